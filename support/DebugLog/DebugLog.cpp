@@ -1,0 +1,256 @@
+#include "DebugLog.h"
+
+#include "LogConfig.h"
+#include "LogOutput.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+using namespace DebugLogDetail;
+
+namespace {
+
+// The levels that pass, for the test at the head of DebugLogEx. All bits set: the configuration has not been read yet.
+const unsigned int MaskUnknown = ~0u;
+std::atomic<unsigned int> s_mask{MaskUnknown};
+
+// The process's log. No destructor: it must work until the very end of the process.
+struct Log {
+    Log() {
+        InitializeCriticalSection(&lock);
+    }
+
+    CRITICAL_SECTION lock;
+    bool isConfigured = false;
+    unsigned int configuredMask = MaskDefault;
+    unsigned int maskWithoutFile = MaskDefault;
+    LogFile file;
+    DebugLogSink sink = nullptr;
+    void* sinkContext = nullptr;
+    bool isInSink = false;
+};
+
+Log& TheLog() {
+    static Log log;
+    return log;
+}
+
+class Locked {
+public:
+    explicit Locked(Log& log) : m_log(log) {
+        EnterCriticalSection(&m_log.lock);
+    }
+    ~Locked() {
+        LeaveCriticalSection(&m_log.lock);
+    }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+
+private:
+    Log& m_log;
+};
+
+class LastErrorKept {
+public:
+    LastErrorKept() : m_code(GetLastError()) {}
+    ~LastErrorKept() {
+        SetLastError(m_code);
+    }
+    LastErrorKept(const LastErrorKept&) = delete;
+    LastErrorKept& operator=(const LastErrorKept&) = delete;
+
+private:
+    DWORD m_code;
+};
+
+unsigned int MaskOfLevel(unsigned int level) {
+    switch (level) {
+    case DBG::LEVEL_ERROR:
+        return MaskError;
+    case DBG::LEVEL_INFORMATION:
+        return MaskInformation;
+    default:
+        return (level & 0x1000) != 0 ? MaskWarning : MaskTrace;
+    }
+}
+
+const wchar_t* WordOfLevel(unsigned int level) {
+    switch (level) {
+    case DBG::LEVEL_ERROR:
+        return L"ERROR";
+    case DBG::LEVEL_INFORMATION:
+        return L"INFO";
+    case DBG::LEVEL_ENTRY:
+        return L"ENTER";
+    case DBG::LEVEL_LEAVING:
+        return L"LEAVE";
+    default:
+        return (level & 0x1000) != 0 ? L"WARNING" : L"TRACE";
+    }
+}
+
+void PublishMask(const Log& log) {
+    s_mask.store(log.sink != nullptr ? static_cast<unsigned int>(MaskAll) : log.configuredMask, std::memory_order_release);
+}
+
+void UseDebuggerOnly(Log& log) {
+    log.configuredMask = log.maskWithoutFile;
+    PublishMask(log);
+}
+
+void Configure(Log& log) {
+    if (log.isConfigured) {
+        return;
+    }
+    log.isConfigured = true;
+    PublishMask(log);
+    const LogConfig config = ReadLogConfig();
+    log.configuredMask = config.mask;
+    log.maskWithoutFile = config.maskWithoutFile;
+    if (config.file.empty() || config.mask == 0 || log.file.Open(config.file)) {
+        PublishMask(log);
+        return;
+    }
+    const DWORD error = GetLastError();
+    UseDebuggerOnly(log);
+    if (log.configuredMask != 0) {
+        WriteToDebugger(L"DebugLog: cannot open " + config.file + L", error " + std::to_wstring(error));
+    }
+}
+
+std::wstring BaseName(const std::wstring& path) {
+    const size_t separator = path.find_last_of(L"\\/");
+    return separator == std::wstring::npos ? path : path.substr(separator + 1);
+}
+
+std::wstring ModuleName(HMODULE module) {
+    wchar_t path[MAX_PATH];
+    const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
+    return length == 0 ? std::wstring(L"-") : BaseName(std::wstring(path, length));
+}
+
+std::wstring SourceName(const char* sourceFile) {
+    std::wstring name;
+    for (const char* c = sourceFile == nullptr ? "-" : sourceFile; *c != '\0'; ++c) {
+        name += static_cast<wchar_t>(static_cast<unsigned char>(*c));
+    }
+    return BaseName(name);
+}
+
+std::wstring ComposeLine(HMODULE module, unsigned int level, const char* sourceFile, int line, const std::wstring& text) {
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    wchar_t head[96];
+    _snwprintf(head, 96, L"%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu %s ", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute,
+               now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId(), WordOfLevel(level));
+    head[95] = L'\0';
+    std::wstring result = head;
+    const std::wstring place = ModuleName(module) + L" " + SourceName(sourceFile) + L"(" + std::to_wstring(line) + L"): ";
+    AppendPrintable(result, place.data(), place.size());
+    AppendPrintable(result, text.data(), text.size());
+    return result;
+}
+
+void Write(Log& log, const std::wstring& line) {
+    if (log.file.IsOpen()) {
+        if (log.file.WriteLine(line)) {
+            return;
+        }
+        const DWORD error = GetLastError();
+        UseDebuggerOnly(log);
+        WriteToDebugger(L"DebugLog: cannot write to the log file, error " + std::to_wstring(error));
+    }
+    WriteToDebugger(line);
+}
+
+void Pass(HMODULE module, unsigned int level, const char* sourceFile, int line, const std::wstring& text) {
+    Log& log = TheLog();
+    const Locked locked(log);
+    if (log.sink != nullptr && !log.isInSink) {
+        log.isInSink = true;
+        log.sink(log.sinkContext, level, sourceFile, line, text.c_str());
+        log.isInSink = false;
+    }
+    if ((log.configuredMask & MaskOfLevel(level)) != 0) {
+        Write(log, ComposeLine(module, level, sourceFile, line, text));
+    }
+}
+
+std::wstring Format(const wchar_t* format, va_list arguments) {
+    if (format == nullptr) {
+        return L"(null)";
+    }
+    wchar_t small[1024];
+    va_list again;
+    va_copy(again, arguments);
+    const int length = _vsnwprintf(small, 1024, format, arguments);
+    std::wstring text;
+    if (length >= 0 && length < 1024) {
+        text.assign(small, static_cast<size_t>(length));
+    } else {
+        va_list measure;
+        va_copy(measure, again);
+        const int needed = _vscwprintf(format, measure);
+        va_end(measure);
+        if (needed > 0) {
+            std::vector<wchar_t> large(static_cast<size_t>(needed) + 1);
+            _vsnwprintf(large.data(), large.size(), format, again);
+            text.assign(large.data(), static_cast<size_t>(needed));
+        } else {
+            // An argument that the runtime cannot convert: the text up to there is better than none.
+            small[1023] = L'\0';
+            text = small;
+        }
+    }
+    va_end(again);
+    return text;
+}
+
+bool IsEnabled(unsigned int level) {
+    return (s_mask.load(std::memory_order_acquire) & MaskOfLevel(level)) != 0;
+}
+
+} // namespace
+
+namespace DBG {
+
+void DebugLogEx(HMODULE module, unsigned int level, const char* sourceFile, int line, const wchar_t* format, ...) {
+    if (!IsEnabled(level)) {
+        return;
+    }
+    const LastErrorKept kept;
+    va_list arguments;
+    va_start(arguments, format);
+    try {
+        if (s_mask.load(std::memory_order_acquire) == MaskUnknown) {
+            Log& log = TheLog();
+            const Locked locked(log);
+            Configure(log);
+        }
+        if (IsEnabled(level)) {
+            Pass(module, level, sourceFile, line, Format(format, arguments));
+        }
+    } catch (...) {
+        // Out of memory: the line is lost, the caller goes on.
+    }
+    va_end(arguments);
+}
+
+} // namespace DBG
+
+void DebugLogSetSink(DebugLogSink sink, void* context) {
+    const LastErrorKept kept;
+    Log& log = TheLog();
+    const Locked locked(log);
+    try {
+        Configure(log);
+    } catch (...) {
+        // Out of memory: the defaults hold.
+    }
+    log.sink = sink;
+    log.sinkContext = context;
+    PublishMask(log);
+}

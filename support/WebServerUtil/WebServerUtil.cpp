@@ -1,0 +1,80 @@
+#include "WebServerUtil.h"
+
+#include "SiteLookup.h"
+
+#include <string>
+
+namespace {
+
+// No real configuration comes near; a file beyond it is not read.
+const LONGLONG MaxFileSize = 256 * 1024 * 1024;
+
+// False when the file does not exist. Empty `bytes` when it exists but cannot be read.
+bool ReadFileBytes(const std::wstring& path, std::string& bytes) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND;
+    }
+    struct Closer {
+        HANDLE file;
+        ~Closer() {
+            CloseHandle(file);
+        }
+    } const closer = {file};
+    LARGE_INTEGER size = {};
+    if (!GetFileSizeEx(file, &size) || size.QuadPart > MaxFileSize) {
+        return true;
+    }
+    bytes.resize(static_cast<size_t>(size.QuadPart));
+    DWORD read = 0;
+    if (!bytes.empty() && !ReadFile(file, &bytes[0], static_cast<DWORD>(bytes.size()), &read, nullptr)) {
+        read = 0;
+    }
+    bytes.resize(read);
+    return true;
+}
+
+int FindSite(const std::wstring& homeDir) {
+    wchar_t system[MAX_PATH];
+    const UINT length = GetSystemDirectoryW(system, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) {
+        return -1;
+    }
+    const std::wstring folder = std::wstring(system, length) + L"\\inetsrv\\";
+    std::string bytes;
+    if (ReadFileBytes(folder + L"config\\applicationHost.config", bytes)) {
+        return FindSiteOfFolder(bytes, SiteFileForm::ApplicationHost, homeDir);
+    }
+    if (ReadFileBytes(folder + L"MetaBase.xml", bytes)) {
+        return FindSiteOfFolder(bytes, SiteFileForm::MetaBase, homeDir);
+    }
+    return -1;
+}
+
+} // namespace
+
+CWebServer::CWebServer(const wchar_t* homeDir) : m_serverType(ServerTypeNone), m_siteId(-1) {
+    if (homeDir == nullptr || *homeDir == L'\0') {
+        return;
+    }
+    try {
+        m_siteId = FindSite(homeDir);
+    } catch (...) {
+        // Out of memory counts as "not found": callers have no handler here.
+    }
+    if (m_siteId >= 0) {
+        m_serverType = ServerTypeIIS;
+    }
+}
+
+CWebServer::~CWebServer() = default;
+
+int CWebServer::GetServerType() {
+    return m_serverType;
+}
+
+int CWebServer::GetIISSiteID() {
+    return m_siteId;
+}
