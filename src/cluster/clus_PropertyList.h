@@ -1,0 +1,19 @@
+// Cluster property lists that hold one property, as the cluster's SET_*_PROPERTIES controls take them. Little-endian; every entry is
+// padded with zeros to a multiple of 4 bytes, the padding is not part of its length. Pure functions.
+#ifndef CLUS_PROPERTYLIST_H
+#define CLUS_PROPERTYLIST_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace clus {
+
+// Bytes of a list with one DWORD property; `cchName` without terminator.
+std::size_t DwordPropertyListSize(std::size_t cchName);
+
+// Writes that list into `block`, zero-filled and of the size above.
+void WriteDwordPropertyList(unsigned char* block, const wchar_t* name, std::size_t cchName, std::uint32_t value);
+
+} // namespace clus
+
+#endif

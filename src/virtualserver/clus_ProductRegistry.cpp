@@ -1,0 +1,151 @@
+#include "clus_ProductRegistry.h"
+
+#include "clus_SettingsFile.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <memory>
+
+namespace clus {
+
+const wchar_t DefaultProductRegistryKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
+
+std::wstring ProductRegistryKey(DefaultProductRegistryKey);
+
+namespace {
+
+const wchar_t SettingsFileName[] = L"cfg_ProductRegistry.txt";
+const wchar_t SettingsKeyName[] = L"RegKeyProductCurrentVersion";
+
+std::atomic<bool> ProductRegistryKeyLoaded(false);
+
+class CriticalSection {
+public:
+    CriticalSection() {
+        InitializeCriticalSection(&m_section);
+    }
+    ~CriticalSection() {
+        DeleteCriticalSection(&m_section);
+    }
+    CriticalSection(const CriticalSection&) = delete;
+    CriticalSection& operator=(const CriticalSection&) = delete;
+
+    CRITICAL_SECTION* get() {
+        return &m_section;
+    }
+
+private:
+    CRITICAL_SECTION m_section;
+};
+
+CriticalSection SettingsLock;
+
+struct FileCloser {
+    void operator()(FILE* file) const {
+        std::fclose(file);
+    }
+};
+typedef std::unique_ptr<FILE, FileCloser> FileOwner;
+
+// The folder of the host executable, with a backslash at its end; empty when it cannot be told.
+std::wstring HostDirectory() {
+    wchar_t path[MAX_PATH] = {};
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) { // at MAX_PATH the path is cut
+        return std::wstring();
+    }
+    const std::wstring text(path, length);
+    return text.substr(0, text.rfind(L'\\') + 1);
+}
+
+FileOwner OpenSettingsFile() {
+    const std::wstring directory = HostDirectory();
+    const std::wstring first = (directory.empty() ? directory : directory + L"config\\") + SettingsFileName;
+    FileOwner file(_wfopen(first.c_str(), L"r"));
+    if (!file) {
+        file.reset(_wfopen((directory + SettingsFileName).c_str(), L"r"));
+    }
+    return file;
+}
+
+// The file's lines, in pieces; no further than the settings text can hold.
+std::vector<std::string> ReadLines(FILE* file) {
+    std::vector<std::string> lines;
+    std::vector<char> piece(SettingsPieceCharacters + 1);
+    std::size_t total = 0;
+    while (total <= SettingsTextCharacters && std::fgets(piece.data(), static_cast<int>(piece.size()), file)) {
+        lines.emplace_back(piece.data());
+        total += lines.back().size() + 1;
+    }
+    return lines;
+}
+
+std::wstring ProductRegistryKeyFromFile() {
+    FileOwner file = OpenSettingsFile();
+    if (file) {
+        const std::vector<std::string> lines = ReadLines(file.get());
+        file.reset();
+        _flushall();
+        const SettingsTable table = ParseSettings(lines);
+        const auto entry = table.find(SettingsKeyName);
+        if (entry != table.end() && !entry->second.empty()) {
+            return entry->second;
+        }
+    }
+    return DefaultProductRegistryKey;
+}
+
+} // namespace
+
+SettingsLockGuard::SettingsLockGuard() {
+    EnterCriticalSection(SettingsLock.get());
+}
+
+SettingsLockGuard::~SettingsLockGuard() {
+    LeaveCriticalSection(SettingsLock.get());
+}
+
+void LoadProductRegistryKey() {
+    if (ProductRegistryKeyLoaded) {
+        return;
+    }
+    const SettingsLockGuard guard;
+    if (!ProductRegistryKeyLoaded) {
+        ProductRegistryKey = ProductRegistryKeyFromFile();
+        ProductRegistryKeyLoaded = true;
+    }
+}
+
+RegistryKey::RegistryKey(const wchar_t* path, REGSAM access) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access, &key) == ERROR_SUCCESS) {
+        m_key.reset(key);
+    }
+}
+
+bool RegistryKey::ReadDword(const wchar_t* name, DWORD& value) const {
+    DWORD type = REG_DWORD;
+    DWORD stored = 0;
+    DWORD cb = sizeof(stored);
+    if (RegQueryValueExW(m_key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(&stored), &cb) != ERROR_SUCCESS ||
+        type != REG_DWORD || cb != sizeof(stored)) {
+        return false;
+    }
+    value = stored;
+    return true;
+}
+
+bool RegistryKey::ReadText(const wchar_t* name, wchar_t* text, DWORD cchText, DWORD cbLimit) const {
+    DWORD type = REG_SZ;
+    DWORD cb = cbLimit;
+    const LONG code = RegQueryValueExW(m_key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(text), &cb);
+    if (code != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) {
+        text[0] = L'\0';
+        return false;
+    }
+    text[std::min<DWORD>(cb / sizeof(wchar_t), cchText - 1)] = L'\0';
+    return true;
+}
+
+} // namespace clus
