@@ -13,7 +13,7 @@ CLUSUTIL_SHARED_RUNTIME_BEGIN
 // One server: the plain server, or one Exchange virtual server. A fixed-size record that callers allocate in arrays and that is
 // copied bytewise. Texts are UTF-16 and always terminated; a longer text is cut to its member.
 struct CLUSUTIL_API CClusterVirtualServerInfo {
-    static const int MaxSmtpInstances = 128;
+    static const int MaxSmtpInstances = 128; // capacity of m_dwSmtpInstanceIds
 
     // An empty record: not online, instance count -1, all arrays zero.
     CClusterVirtualServerInfo();

@@ -1,0 +1,142 @@
+#!/usr/bin/env python3
+"""Checks the documentation.
+
+- Markdown: every relative link leads to a file, every #anchor to a heading; every `./dev COMMAND` named is a command.
+- Public headers: every type and every public or protected member is documented: the block of lines it stands in begins
+  with a comment, or its own line ends with one. Constructors and destructors without parameters, deleted members
+  and friends need none.
+- Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
+"""
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+problems = []
+
+
+def problem(path, line, text):
+    problems.append(f"{path.relative_to(ROOT)}:{line}: {text}")
+
+
+def tracked(*patterns):
+    command = ["git", "-C", str(ROOT), "ls-files", "--cached", "--others", "--exclude-standard", "--", *patterns]
+    names = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
+    return [ROOT / name for name in sorted(set(names)) if (ROOT / name).exists()]
+
+
+def without_code_blocks(lines):
+    inside = False
+    for number, line in enumerate(lines, 1):
+        if line.lstrip().startswith("```"):
+            inside = not inside
+        elif not inside:
+            yield number, line
+
+
+def anchors(path):
+    found = set()
+    for _, line in without_code_blocks(path.read_text(encoding="utf-8").splitlines()):
+        heading = re.match(r"#+\s+(.*)", line)
+        if heading:
+            text = re.sub(r"[^\w\- ]", "", heading.group(1).strip().lower())
+            found.add(text.replace(" ", "-"))
+    return found
+
+
+def check_markdown(path, commands):
+    lines = path.read_text(encoding="utf-8").splitlines()
+    for number, line in without_code_blocks(lines):
+        for target in re.findall(r"\]\(([^)\s]+)\)", line):
+            if re.match(r"[a-z]+:", target):
+                continue
+            name, _, anchor = target.partition("#")
+            file = (path.parent / name).resolve() if name else path
+            if not file.exists():
+                problem(path, number, f"link to {target}: no such file")
+            elif anchor and file.suffix == ".md" and anchor not in anchors(file):
+                problem(path, number, f"link to {target}: no such heading")
+    for number, line in enumerate(lines, 1):
+        for command in re.findall(r"\./dev ([a-z]+)", line):
+            if command not in commands:
+                problem(path, number, f"./dev has no command '{command}'")
+
+
+def split_comment(line):
+    code, mark, comment = line.partition("//")
+    return code.strip(), comment.strip() if mark else None
+
+
+def exempt(code, type_name):
+    return (code.startswith("friend ") or code.endswith("= delete;") or code.startswith("#")
+            or (type_name and re.fullmatch(rf"(explicit )?~?{type_name}\(\);", code)))
+
+
+def check_header(path):
+    lines = path.read_text(encoding="utf-8").splitlines()
+    code_words = set()
+    for line in lines:
+        code_words.update(re.findall(r"\w+", split_comment(line)[0]))
+
+    scopes = []  # (kind, name, visible) of the open braces
+    documented_block = False
+    continued = False  # inside a declaration of several lines
+    for number, line in enumerate(lines, 1):
+        code, comment = split_comment(line)
+        if comment:
+            for name in re.findall(r"`(\w+)`", comment):
+                if name not in code_words:
+                    problem(path, number, f"the comment names `{name}`, which the header does not have")
+        if not code:
+            documented_block = comment is not None and (documented_block or not continued)
+            continue
+        if code.startswith("#") or code.endswith("\\"):
+            continue
+        if code in ("public:", "protected:", "private:"):
+            scopes[-1] = (*scopes[-1][:2], code != "private:")
+            continue
+        if code.startswith("}"):
+            scopes.pop()
+            documented_block = False
+            continue
+        opened = re.match(r"(?:typedef\s+)?(class|struct|enum(?: class)?|namespace|extern)\b(?:\s+[A-Z_]+_API)?\s*([\w\"]*)", code)
+        opens_scope = bool(opened) and code.endswith("{")
+        visible = all(scope[2] for scope in scopes)
+        type_name = scopes[-1][1] if scopes and scopes[-1][0] in ("class", "struct") else None
+        forward = bool(re.fullmatch(r"(class|struct) \w+;", code))
+        macro = bool(re.fullmatch(r"[A-Z_]+", code)) or code.startswith(("static_assert", "typedef struct _"))
+        needs_words = visible and not continued and not forward and not macro and not exempt(code, type_name)
+        if opens_scope and opened.group(1) in ("namespace", "extern"):
+            needs_words = False
+        if needs_words and not documented_block and comment is None and not (scopes and scopes[-1][0] == "documented"):
+            problem(path, number, f"not documented: {code}")
+        if opens_scope:
+            kind = opened.group(1)
+            # The values of a documented enumeration are explained by it unless they carry words of their own.
+            scopes.append(("documented" if kind.startswith("enum") else kind, opened.group(2), kind != "class"))
+            documented_block = False
+        continued = not opens_scope and not code.endswith((";", "}", ",")) and not macro
+        if code.endswith(",") and code.count("(") > code.count(")"):
+            continued = True
+
+
+def main():
+    usage = (ROOT / "dev").read_text(encoding="utf-8").split("<<'TEXT'")[1].split("\nTEXT")[0]
+    commands = set(re.findall(r"^  ([a-z]+)\b", usage, re.M))
+    markdown = tracked("*.md")
+    headers = tracked("include/*.h")
+    if not markdown or not headers or not commands:
+        sys.exit("check_docs.py: found no Markdown files, public headers or commands")
+    for path in markdown:
+        check_markdown(path, commands)
+    for path in headers:
+        check_header(path)
+    for text in problems:
+        print(text, file=sys.stderr)
+    print(f"{len(markdown)} Markdown files and {len(headers)} public headers checked, {len(problems)} problems")
+    sys.exit(1 if problems else 0)
+
+
+if __name__ == "__main__":
+    main()
