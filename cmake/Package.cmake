@@ -1,0 +1,28 @@
+# What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs, kept apart so that no
+# program loads them by accident), share/ (documents and examples).
+include(CMakePackageConfigHelpers)
+
+set(clusutil_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/clusutil")
+
+install(EXPORT clusutilTargets NAMESPACE clusutil:: DESTINATION ${clusutil_package_dir})
+configure_package_config_file(cmake/clusutilConfig.cmake.in "${PROJECT_BINARY_DIR}/clusutilConfig.cmake"
+  INSTALL_DESTINATION ${clusutil_package_dir}
+  PATH_VARS CMAKE_INSTALL_BINDIR)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/clusutilConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/clusutilConfig.cmake" "${PROJECT_BINARY_DIR}/clusutilConfigVersion.cmake"
+  DESTINATION ${clusutil_package_dir})
+
+if(TARGET clusctl)
+  install(TARGETS clusctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+foreach(library clussim_clusapi clussim_resutils)
+  if(TARGET ${library})
+    install(TARGETS ${library} RUNTIME DESTINATION simulator ARCHIVE DESTINATION simulator)
+  endif()
+endforeach()
+if(CLUSUTIL_BUILD_SIMULATORS)
+  install(FILES simulator/cluster/ClusSimControl.h DESTINATION simulator)
+endif()
+
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil)
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil)
