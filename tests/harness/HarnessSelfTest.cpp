@@ -1,0 +1,211 @@
+#include "FaultSweep.h"
+
+#include <gtest/gtest-spi.h>
+
+#include "clus_Cluster.h"
+
+using namespace harness;
+
+namespace {
+
+// ImportPatch -----------------------------------------------------------------------------------------------------------
+
+BOOL CallComputerName(HMODULE module) {
+    wchar_t text[MAX_COMPUTERNAME_LENGTH + 1];
+    DWORD cch = MAX_COMPUTERNAME_LENGTH + 1;
+    void** entry = FindImports(module, "KERNEL32.dll", "GetComputerNameW").at(0);
+    return reinterpret_cast<decltype(&GetComputerNameW)>(*entry)(text, &cch);
+}
+
+TEST(ImportPatch, ReplacesWithACapturingLambdaAndRestores) {
+    int calls = 0;
+    {
+        auto patch = PatchImport(kernel32, GetComputerNameW, [&](LPWSTR, LPDWORD) -> BOOL {
+            ++calls;
+            return FALSE;
+        });
+        EXPECT_FALSE(CallComputerName(LibraryModule()));
+    }
+    EXPECT_TRUE(CallComputerName(LibraryModule()));
+    EXPECT_EQ(calls, 1);
+}
+
+TEST(ImportPatch, PassesOnToWhatItReplaced) {
+    auto lower = PatchImport(kernel32, GetComputerNameW, [](LPWSTR, LPDWORD) -> BOOL { return 17; });
+    struct UpperTag;
+    ImportPatch<BOOL(LPWSTR, LPDWORD), UpperTag>* self = nullptr;
+    ImportPatch<BOOL(LPWSTR, LPDWORD), UpperTag> upper(
+        FindImports(LibraryModule(), "kernel32.dll", "GetComputerNameW"),
+        [&](LPWSTR text, LPDWORD cch) { return self->Next(text, cch) + 1; });
+    self = &upper;
+    EXPECT_EQ(CallComputerName(LibraryModule()), 18);
+}
+
+TEST(ImportPatch, ASecondPatchInTheSameSlotIsAnError) {
+    const auto patchIt = [] {
+        return PatchImport(kernel32, GetComputerNameW, [](LPWSTR, LPDWORD) -> BOOL { return TRUE; });
+    };
+    const auto first = patchIt();
+    EXPECT_THROW(patchIt(), std::logic_error);
+}
+
+TEST(ImportPatch, ExportNamesCompareExactlyAndDllNamesWithoutCase) {
+    EXPECT_FALSE(FindImports(LibraryModule(), "KERNEL32.DLL", "GetComputerNameW").empty());
+    EXPECT_TRUE(FindImports(LibraryModule(), "kernel32.dll", "getcomputernamew").empty());
+    EXPECT_TRUE(FindImports(LibraryModule(), "kernel32.dll", "GetComputerName").empty());
+}
+
+TEST(ImportPatch, AnImportThatTheModuleLacksIsAnError) {
+    const auto patchIt = [] { return PatchImport(kernel32, GetTickCount, []() -> DWORD { return 0; }); };
+    EXPECT_THROW(patchIt(), std::runtime_error);
+}
+
+// Guarded ---------------------------------------------------------------------------------------------------------------
+
+TEST(Guarded, SeesWritesIntoAndBesideTheRecords) {
+    Guarded<int, 2> records;
+    EXPECT_TRUE(records.Untouched(0));
+    records[1] = 5;
+    EXPECT_TRUE(records.Untouched(0));
+    EXPECT_FALSE(records.Untouched(1));
+    EXPECT_TRUE(records.GuardsIntact());
+    int* behind = records.get() + 2;
+    *behind = 0;
+    EXPECT_FALSE(records.GuardsIntact());
+}
+
+// Registry --------------------------------------------------------------------------------------------------------------
+
+TEST(IsolatedRegistry, TheKeyGoesWithTheObject) {
+    HKEY root = nullptr;
+    {
+        IsolatedRegistry registry;
+        root = registry.Root();
+        registry.SetNumber(L"SOFTWARE\\A\\B", L"N", 3);
+        registry.SetText(L"SOFTWARE\\A", L"T", L"text");
+        HKEY key = nullptr;
+        ASSERT_EQ(RegOpenKeyExW(root, L"SOFTWARE\\A\\B", 0, KEY_READ, &key), ERROR_SUCCESS);
+        RegCloseKey(key);
+    }
+    HKEY tests = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\clusutil-tests", 0, KEY_READ, &tests), ERROR_SUCCESS);
+    wchar_t name[256];
+    const std::wstring mine = std::to_wstring(GetCurrentProcessId()) + L"-";
+    for (DWORD index = 0; RegEnumKeyW(tests, index, name, 256) == ERROR_SUCCESS; ++index) {
+        EXPECT_NE(std::wstring(name).rfind(mine, 0), 0u) << Utf8(name);
+    }
+    RegCloseKey(tests);
+}
+
+// Fixture ---------------------------------------------------------------------------------------------------------------
+
+ModelBuilder SmallCluster() {
+    return GivenCluster().Node("NODE-A").Node("NODE-B").Group("EVS1", "NODE-A").NetworkName("EVS1 Name", "EVS1");
+}
+
+class HarnessClusterTest : public ClusterTest {};
+
+TEST_F(HarnessClusterTest, LogAndJournalAreCompactText) {
+    Load(SmallCluster());
+    {
+        CCluster cluster;
+        CClusterResource resource;
+        ASSERT_TRUE(cluster.OpenByLPC());
+        EXPECT_TRUE(cluster.OpenResourceByName(resource, L"evs1 name"));
+        CClusterResource missing;
+        EXPECT_FALSE(cluster.OpenResourceByName(missing, L"EVS2"));
+    }
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "OpenClusterResource(evs1 name)", "OpenClusterResource(EVS2)=5007",
+                                    "CloseClusterResource(evs1 name)", "CloseCluster()"}));
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()",
+                                "E Open resource failed:EVS2, err=5007"}));
+}
+
+TEST_F(HarnessClusterTest, AFailedCallIsNotPassedOn) {
+    Load(SmallCluster());
+    Platform().FailCall("OpenCluster", 1753, 2);
+    CCluster first;
+    CCluster second;
+    EXPECT_TRUE(first.OpenByLPC());
+    EXPECT_FALSE(second.OpenByLPC());
+    EXPECT_EQ(Cluster().OpenHandles("cluster"), 1u);
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "OpenCluster()=1753"}));
+}
+
+TEST_F(HarnessClusterTest, AFailingCloseStillCloses) {
+    Load(SmallCluster());
+    Platform().FailCall("CloseCluster", 6);
+    {
+        CCluster cluster;
+        ASSERT_TRUE(cluster.OpenByLPC());
+    }
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "CloseCluster()=6"}));
+}
+
+TEST_F(HarnessClusterTest, AuditFindsAHandleLeftOpen) {
+    Load(SmallCluster());
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    EXPECT_EQ(Cluster().OpenHandles("cluster"), 1u);
+    ::testing::TestPartResultArray failures;
+    {
+        const ::testing::ScopedFakeTestPartResultReporter reporter(
+            ::testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
+        Audit();
+    }
+    ASSERT_EQ(failures.size(), 1);
+    EXPECT_THAT(failures.GetTestPartResult(0).message(), ::testing::HasSubstr("cluster handles left open"));
+}
+
+TEST_F(HarnessClusterTest, AFailingLocalAllocIsSeenByTheLibrary) {
+    Load(SmallCluster());
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    Heap().FailLocalAlloc(1);
+    std::list<std::wstring> names;
+    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_TRUE(Heap().Fired());
+}
+
+TEST_F(HarnessClusterTest, ASweepMeetsEveryCallAndEveryAllocation) {
+    int callRuns = 0;
+    int allocationRuns = 0;
+    int good = 0;
+    FaultSweep(*this, {[&] { Load(SmallCluster()); },
+                       [] {
+                           CCluster cluster;
+                           std::list<std::wstring> names;
+                           return std::string(cluster.OpenByLPC() && cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)
+                                                  ? "true"
+                                                  : "false");
+                       },
+                       [&](const SweepRun& run) {
+                           if (!run.faulted) {
+                               EXPECT_EQ(run.result, "true");
+                               ++good;
+                           } else if (run.fault == "operator new" || run.fault == "LocalAlloc") {
+                               ++allocationRuns;
+                           } else {
+                               ++callRuns;
+                           }
+                       }});
+    // OpenCluster, ClusterOpenEnum, ClusterEnum twice, ClusterCloseEnum, CloseCluster; once and from then on.
+    EXPECT_EQ(callRuns, 12);
+    EXPECT_GE(allocationRuns, 4); // the name buffer and the list entry
+    EXPECT_EQ(good, 5);
+}
+
+TEST_F(HarnessClusterTest, SleepAdvancesTheClusterClockOnly) {
+    Load(SmallCluster());
+    const auto sleepEntries = FindImports(LibraryModule(), "kernel32.dll", "Sleep");
+    if (sleepEntries.empty()) {
+        GTEST_SKIP() << "the library does not sleep yet";
+    }
+    const DWORD before = GetTickCount();
+    reinterpret_cast<decltype(&Sleep)>(*sleepEntries.front())(60000);
+    EXPECT_LT(GetTickCount() - before, 10000u);
+    EXPECT_EQ(TakeJournal(), Lines({"Sleep(60000)"}));
+    EXPECT_EQ(Platform().sleeps, std::vector<DWORD>{60000});
+}
+
+} // namespace

@@ -1,0 +1,100 @@
+#include "ImportPatch.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace harness {
+
+namespace {
+
+template <typename T> T* At(HMODULE module, std::size_t rva) {
+    return reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(module) + rva);
+}
+
+// Calls visit(dll, name, entry) for every import; the name is null for an import by ordinal or without a name table.
+template <typename Visit> void ForEachImport(HMODULE module, Visit visit) {
+    const auto* dos = At<IMAGE_DOS_HEADER>(module, 0);
+    const auto* headers = At<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew));
+    const auto& directory = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (directory.VirtualAddress == 0) {
+        return;
+    }
+    for (const auto* descriptor = At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress); descriptor->Name != 0;
+         ++descriptor) {
+        auto* entry = At<IMAGE_THUNK_DATA>(module, descriptor->FirstThunk);
+        const auto* name = descriptor->OriginalFirstThunk
+                               ? At<IMAGE_THUNK_DATA>(module, descriptor->OriginalFirstThunk)
+                               : nullptr;
+        for (; entry->u1.Function != 0; ++entry) {
+            const char* text = nullptr;
+            if (name) {
+                if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+                    text = reinterpret_cast<const char*>(
+                        At<IMAGE_IMPORT_BY_NAME>(module, static_cast<std::size_t>(name->u1.AddressOfData))->Name);
+                }
+                ++name;
+            }
+            visit(At<char>(module, descriptor->Name), text, reinterpret_cast<void**>(&entry->u1.Function));
+        }
+    }
+}
+
+void WriteEntry(void** entry, void* value) {
+    DWORD old = 0;
+    VirtualProtect(entry, sizeof(*entry), PAGE_READWRITE, &old);
+    *entry = value;
+    VirtualProtect(entry, sizeof(*entry), old, &old);
+}
+
+} // namespace
+
+std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name) {
+    std::vector<void**> found;
+    ForEachImport(module, [&](const char* entryDll, const char* entryName, void** entry) {
+        if (entryName && lstrcmpiA(entryDll, dll) == 0 && std::strcmp(entryName, name) == 0) {
+            found.push_back(entry);
+        }
+    });
+    return found;
+}
+
+std::vector<void**> FindImportsByAddress(HMODULE module, const void* address) {
+    std::vector<void**> found;
+    ForEachImport(module, [&](const char*, const char*, void** entry) {
+        if (*entry == address) {
+            found.push_back(entry);
+        }
+    });
+    return found;
+}
+
+HMODULE LibraryModule() {
+    const HMODULE module = GetModuleHandleW(L"clusutil.dll");
+    if (!module) {
+        throw std::runtime_error("clusutil.dll is not loaded");
+    }
+    return module;
+}
+
+ImportEntryPatch::ImportEntryPatch(std::vector<void**> entries, void* replacement)
+    : m_entries(std::move(entries)), m_original(nullptr), m_replacement(replacement) {
+    if (m_entries.empty()) {
+        throw std::runtime_error("the module does not import this function");
+    }
+    m_original = *m_entries.front();
+    for (void** entry : m_entries) {
+        WriteEntry(entry, replacement);
+    }
+}
+
+ImportEntryPatch::~ImportEntryPatch() {
+    for (void** entry : m_entries) {
+        if (*entry != m_replacement) {
+            OutputDebugStringA("import patches ended in the wrong order");
+            std::abort();
+        }
+        WriteEntry(entry, m_original);
+    }
+}
+
+} // namespace harness

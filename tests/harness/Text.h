@@ -1,0 +1,20 @@
+// Texts of the harness: UTF-8 inside, UTF-16 at the platform's border.
+#ifndef HARNESS_TEXT_H
+#define HARNESS_TEXT_H
+
+#include <string>
+#include <vector>
+
+namespace harness {
+
+// "NULL" for a null pointer.
+std::string Utf8(const wchar_t* text);
+std::string Utf8(const std::wstring& text);
+std::wstring Utf16(const std::string& text);
+
+// Lines joined by line feeds, so that a failing comparison shows a line-by-line diff.
+std::string Lines(const std::vector<std::string>& lines);
+
+} // namespace harness
+
+#endif
