@@ -25,7 +25,7 @@ struct Log {
 
     CRITICAL_SECTION lock;
     bool isConfigured = false;
-    unsigned int configuredMask = MaskDefault;
+    std::atomic<unsigned int> configuredMask{MaskDefault};
     unsigned int maskWithoutFile = MaskDefault;
     LogFile file;
     DebugLogSink sink = nullptr;
@@ -93,7 +93,8 @@ const wchar_t* WordOfLevel(unsigned int level) {
 }
 
 void PublishMask(const Log& log) {
-    s_mask.store(log.sink != nullptr ? static_cast<unsigned int>(MaskAll) : log.configuredMask, std::memory_order_release);
+    s_mask.store(log.sink != nullptr ? static_cast<unsigned int>(MaskAll) : log.configuredMask.load(),
+                 std::memory_order_release);
 }
 
 void UseDebuggerOnly(Log& log) {
@@ -101,24 +102,31 @@ void UseDebuggerOnly(Log& log) {
     PublishMask(log);
 }
 
+void ReadAndOpen(Log& log) {
+    const LogConfig config = ReadLogConfig();
+    log.configuredMask = config.mask;
+    log.maskWithoutFile = config.maskWithoutFile;
+    if (!config.file.empty() && config.mask != 0 && !log.file.Open(config.file)) {
+        const DWORD error = GetLastError();
+        UseDebuggerOnly(log);
+        if (log.configuredMask != 0) {
+            WriteToDebugger(L"DebugLog: cannot open " + config.file + L", error " + std::to_wstring(error));
+        }
+    }
+}
+
+// The mask is published last, so that no other thread drops a line by a half-read configuration.
 void Configure(Log& log) {
     if (log.isConfigured) {
         return;
     }
     log.isConfigured = true;
+    try {
+        ReadAndOpen(log);
+    } catch (...) {
+        // Out of memory: what has been read so far holds.
+    }
     PublishMask(log);
-    const LogConfig config = ReadLogConfig();
-    log.configuredMask = config.mask;
-    log.maskWithoutFile = config.maskWithoutFile;
-    if (config.file.empty() || config.mask == 0 || log.file.Open(config.file)) {
-        PublishMask(log);
-        return;
-    }
-    const DWORD error = GetLastError();
-    UseDebuggerOnly(log);
-    if (log.configuredMask != 0) {
-        WriteToDebugger(L"DebugLog: cannot open " + config.file + L", error " + std::to_wstring(error));
-    }
 }
 
 std::wstring BaseName(const std::wstring& path) {
@@ -168,14 +176,18 @@ void Write(Log& log, const std::wstring& line) {
 
 void Pass(HMODULE module, unsigned int level, const char* sourceFile, int line, const std::wstring& text) {
     Log& log = TheLog();
+    // Composed outside the lock: asking for a module's name may need the loader lock, and a thread that holds the loader lock may
+    // be waiting to log.
+    const bool isConfigured = (log.configuredMask & MaskOfLevel(level)) != 0;
+    const std::wstring composed = isConfigured ? ComposeLine(module, level, sourceFile, line, text) : std::wstring();
     const Locked locked(log);
     if (log.sink != nullptr && !log.isInSink) {
         log.isInSink = true;
         log.sink(log.sinkContext, level, sourceFile, line, text.c_str());
         log.isInSink = false;
     }
-    if ((log.configuredMask & MaskOfLevel(level)) != 0) {
-        Write(log, ComposeLine(module, level, sourceFile, line, text));
+    if (isConfigured) {
+        Write(log, composed);
     }
 }
 
@@ -245,11 +257,7 @@ void DebugLogSetSink(DebugLogSink sink, void* context) {
     const LastErrorKept kept;
     Log& log = TheLog();
     const Locked locked(log);
-    try {
-        Configure(log);
-    } catch (...) {
-        // Out of memory: the defaults hold.
-    }
+    Configure(log);
     log.sink = sink;
     log.sinkContext = context;
     PublishMask(log);

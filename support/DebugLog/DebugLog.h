@@ -32,7 +32,7 @@ DEBUGLOG_API void DebugLogEx(HMODULE module, unsigned int level, const char* sou
 
 // Receives every line that this process logs, whatever the configured level, besides the configured destination. `text` is the
 // formatted text without a line end; it is valid during the call only. Called on the logging thread, one call at a time. What the
-// sink itself logs goes to the configured destination only. The sink must not throw.
+// sink itself logs goes to the configured destination only. The sink must not throw, nor wait for another thread that logs.
 typedef void (*DebugLogSink)(void* context, unsigned int level, const char* sourceFile, int line, const wchar_t* text);
 
 // Replaces the process's sink; null removes it. When the function returns, the previous sink is not running and will not be called

@@ -1,5 +1,7 @@
 #include "LogConfig.h"
 
+#include <cwchar>
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -7,8 +9,9 @@ namespace DebugLogDetail {
 namespace {
 
 const wchar_t RegistryKey[] = L"SOFTWARE\\clusutil\\DebugLog";
+const DWORD MaxValueBytes = 0x10000; // the longest path there is
 
-// Also null when the variable is empty: that is how a command prompt removes one.
+// Empty when the variable is absent. An empty one counts as absent: that is how a command prompt removes one.
 std::wstring ReadVariable(const wchar_t* name) {
     std::wstring value(256, L'\0');
     for (;;) {
@@ -41,17 +44,26 @@ std::wstring ReadRegistryText(const wchar_t* name) {
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, RegistryKey, 0, KEY_QUERY_VALUE, &key) != ERROR_SUCCESS) {
         return std::wstring();
     }
-    // 32,767 characters is the longest path there is; a longer value is no configuration of ours.
-    wchar_t small[512];
-    DWORD bytes = sizeof(small);
+    std::wstring value;
     DWORD type = 0;
-    const LONG result = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(small), &bytes);
+    DWORD bytes = 0;
+    LONG result = RegQueryValueExW(key, name, nullptr, &type, nullptr, &bytes);
+    if (result == ERROR_SUCCESS && bytes <= MaxValueBytes) {
+        try {
+            value.resize(bytes / sizeof(wchar_t) + 1);
+        } catch (...) {
+            RegCloseKey(key);
+            throw;
+        }
+        bytes = static_cast<DWORD>(value.size() * sizeof(wchar_t));
+        result = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value[0]), &bytes);
+    }
     RegCloseKey(key);
     if (result != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) {
         return std::wstring();
     }
-    std::wstring value(small, bytes / sizeof(wchar_t));
-    value.resize(value.find(L'\0') == std::wstring::npos ? value.size() : value.find(L'\0'));
+    // The stored text may or may not include its terminator.
+    value.resize(wcsnlen(value.c_str(), bytes / sizeof(wchar_t)));
     return type == REG_EXPAND_SZ ? Expand(value) : value;
 }
 
@@ -88,7 +100,7 @@ bool ParseLevel(const std::wstring& word, unsigned int& mask) {
         {L"all", MaskAll},
     };
     for (const auto& level : levels) {
-        if (lstrcmpiW(level.word, word.c_str()) == 0) {
+        if (_wcsicmp(level.word, word.c_str()) == 0) {
             mask = level.mask;
             return true;
         }

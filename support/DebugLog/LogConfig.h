@@ -17,9 +17,9 @@ enum : unsigned int {
 };
 
 struct LogConfig {
-    unsigned int mask = MaskDefault;         // levels that pass
+    unsigned int mask = MaskDefault;            // levels that pass
     unsigned int maskWithoutFile = MaskDefault; // levels that pass when the file cannot be used
-    std::wstring file;                       // full path, empty: debugger channel
+    std::wstring file;                          // full path, empty: debugger channel
 };
 
 // Reads the process's configuration. Throws std::bad_alloc only.

@@ -1,13 +1,12 @@
 #include "SiteLookup.h"
 
 #include "FolderPath.h"
+#include "MarkupCheck.h"
 #include "XmlText.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <utility>
-
-#include <winsock2.h>
-#include <windows.h>
 
 namespace {
 
@@ -20,7 +19,7 @@ const std::wstring& ValueOf(const Attributes& attributes, const wchar_t* name) {
 }
 
 bool IsSameWithoutCase(const std::wstring& text, const wchar_t* other) {
-    return lstrcmpiW(text.c_str(), other) == 0;
+    return _wcsicmp(text.c_str(), other) == 0;
 }
 
 // A positive decimal number that fits, otherwise -1.
@@ -131,8 +130,9 @@ std::string InKnownByteOrder(const std::string& bytes) {
 
 template <class Handler>
 int Find(const std::string& bytes, const std::wstring& folder) {
+    const std::string text = InKnownByteOrder(bytes);
     Handler handler(folder);
-    return ReadXml(InKnownByteOrder(bytes), handler) ? handler.SiteId() : -1;
+    return HasCompleteMarkup(text) && ReadXml(text, handler) ? handler.SiteId() : -1;
 }
 
 } // namespace
