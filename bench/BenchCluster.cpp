@@ -2,6 +2,7 @@
 
 #include "ClusSimControl.h"
 
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -11,11 +12,79 @@ namespace {
 
 const wchar_t ProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
 
+// Collects the resources of the model; each name is unique by its group's number.
+class ModelText {
+public:
+    void Add(const std::string& name, std::size_t group, const char* type, const std::string& dependencies,
+             const std::string& privateProperties) {
+        char id[40];
+        std::snprintf(id, sizeof(id), "7d7c2a3e-0000-4000-8000-%012u", ++m_lastId);
+        m_text += m_text.empty() ? "" : ",\n";
+        m_text += R"({"name": ")" + Named(name, group) + R"(", "type": ")" + type + R"(", "id": ")" + id +
+                  R"(", "group": ")" + Named("Group", group) + R"(", "state": "online", "dependencies": [)" +
+                  dependencies + R"(], "private": {)" + privateProperties + "}}";
+    }
+    static std::string Named(const std::string& name, std::size_t group) {
+        return name + " " + std::to_string(group);
+    }
+    static std::string Quoted(const std::string& name, std::size_t group) {
+        return "\"" + Named(name, group) + "\"";
+    }
+    const std::string& Text() const {
+        return m_text;
+    }
+
+private:
+    std::string m_text;
+    unsigned m_lastId = 0;
+};
+
+// An Exchange virtual server with the product's resource.
+void AddGroup(ModelText& model, std::size_t group) {
+    const std::string number = std::to_string(group);
+    const std::string address = "10." + std::to_string(group / 65536) + "." + std::to_string(group / 256 % 256) + "." +
+                                std::to_string(group % 256);
+    model.Add("Exchange IP Address", group, "IP Address", "", R"("Address": ")" + address + "\"");
+    model.Add("Exchange Network Name", group, "Network Name", ModelText::Quoted("Exchange IP Address", group),
+              R"("Name": "EXVS)" + number + "\"");
+    model.Add("Disk", group, "Physical Disk", "", "");
+    model.Add("Exchange System Attendant", group, "Microsoft Exchange System Attendant",
+              ModelText::Quoted("Exchange Network Name", group) + ", " + ModelText::Quoted("Disk", group), "");
+    const std::string attendant = ModelText::Quoted("Exchange System Attendant", group);
+    model.Add("Exchange Information Store", group, "Microsoft Exchange Information Store", attendant, "");
+    model.Add("Exchange SMTP Server", group, "Microsoft Exchange SMTP Server Instance", attendant,
+              R"("ProtocolInstanceId": 1)");
+    model.Add("Exchange Routing Service", group, "Microsoft Exchange Routing Service", attendant, "");
+    model.Add("Exchange Message Transfer", group, "Microsoft Exchange Message Transfer Agent", attendant, "");
+    model.Add("Exchange Full Text Search", group, "Microsoft Search Service Instance", attendant, "");
+    model.Add("Product", group, "clusRDLL",
+              ModelText::Quoted("Exchange Network Name", group) + ", " + ModelText::Quoted("Disk", group),
+              R"("KOVA_DATA_PATH": "E:\\data\\EXVS)" + number + "\"");
+}
+
 } // namespace
 
+void LoadCluster(std::size_t resources) {
+    std::string groups;
+    ModelText model;
+    for (std::size_t group = 0; group < resources / ResourcesPerGroup; ++group) {
+        // "." is this computer.
+        groups += std::string(group ? ",\n" : "") + R"({"name": ")" + ModelText::Named("Group", group) +
+                  R"(", "owner": ")" + (group % 2 == 0 ? "." : "OTHERNODE") + "\"}";
+        AddGroup(model, group);
+    }
+    const std::string json = R"({"cluster": "BENCHCLUSTER", "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
+"groups": [)" + groups + "],\n\"resources\": [" +
+                             model.Text() + "]}\n";
+    char error[512] = "";
+    if (!ClusSimLoadModel(json.c_str(), error, sizeof(error))) {
+        throw std::runtime_error(std::string("the simulator refuses the model: ") + error);
+    }
+}
+
 ClusteredRegistry::ClusteredRegistry() : m_key(nullptr), m_hadValue(false), m_oldValue(0) {
-    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, ProductKey, 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &m_key, nullptr) !=
-        ERROR_SUCCESS) {
+    if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, ProductKey, 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &m_key,
+                        nullptr) != ERROR_SUCCESS) {
         throw std::runtime_error("cannot open the product's registry key");
     }
     DWORD cb = sizeof(m_oldValue);
@@ -29,7 +98,8 @@ ClusteredRegistry::ClusteredRegistry() : m_key(nullptr), m_hadValue(false), m_ol
 
 ClusteredRegistry::~ClusteredRegistry() {
     if (m_hadValue) {
-        RegSetValueExW(m_key, L"IsCluster", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&m_oldValue), sizeof(m_oldValue));
+        RegSetValueExW(m_key, L"IsCluster", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&m_oldValue),
+                       sizeof(m_oldValue));
     } else {
         RegDeleteValueW(m_key, L"IsCluster");
     }

@@ -1,4 +1,5 @@
-// The surroundings of a measurement: a generated cluster in the simulator's memory, and a computer that counts as clustered.
+// The surroundings of a measurement: a generated cluster in the simulator's memory, and a computer that counts as
+// clustered.
 #ifndef BENCHCLUSTER_H
 #define BENCHCLUSTER_H
 

@@ -13,7 +13,9 @@
 #include <cstdio>
 #include <exception>
 #include <functional>
+#include <list>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
@@ -105,7 +107,8 @@ Result MeasureEnumServers(std::size_t resources, std::size_t& servers) {
     return Measure(
         [&]() {
             int capacity = count;
-            if (util.EnumServersOnCurrentNode(records.data(), &capacity) != CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS) {
+            if (util.EnumServersOnCurrentNode(records.data(), &capacity) !=
+                CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS) {
                 throw std::runtime_error("EnumServersOnCurrentNode failed");
             }
         },
@@ -122,7 +125,8 @@ Result MeasureNamesByType(std::size_t resources) {
         [&]() {
             CCluster cluster;
             std::list<std::wstring> names;
-            if (!cluster.OpenByLPC() || !cluster.EnumResourceNamesByType(StoreType, names) || names.size() != expected) {
+            if (!cluster.OpenByLPC() || !cluster.EnumResourceNamesByType(StoreType, names) ||
+                names.size() != expected) {
                 throw std::runtime_error("EnumResourceNamesByType failed");
             }
         },
@@ -134,8 +138,9 @@ Result MeasureNamesByType(std::size_t resources) {
 }
 
 void Print(std::size_t resources, const Result& result, const Result* smaller, std::size_t recordsHeld) {
-    std::printf("%6u resources: library %9.3f ms, bare %9.3f ms, ratio %.3f (target 1.10 at most)", static_cast<unsigned>(resources),
-                result.library * 1e3, result.bare * 1e3, result.library / result.bare);
+    std::printf("%6u resources: library %9.3f ms, bare %9.3f ms, ratio %.3f (target 1.10 at most)",
+                static_cast<unsigned>(resources), result.library * 1e3, result.bare * 1e3,
+                result.library / result.bare);
     if (smaller) {
         std::printf(", growth x%.2f, bare x%.2f (target 11 at most)", result.library / smaller->library,
                     result.bare / smaller->bare);
@@ -148,9 +153,10 @@ void Print(std::size_t resources, const Result& result, const Result* smaller, s
         return;
     }
     const std::size_t target = 4096 * recordsHeld + 200 * resources;
-    std::printf("%17s  peak memory: %u bytes in %u allocations (target %u: 4 KiB per server found, 200 bytes per resource)\n", "",
-                static_cast<unsigned>(result.peakBytes), static_cast<unsigned>(result.allocations),
-                static_cast<unsigned>(target));
+    std::printf(
+        "%17s  peak memory: %u bytes in %u allocations (target %u: 4 KiB per server found, 200 bytes per resource)\n",
+        "", static_cast<unsigned>(result.peakBytes), static_cast<unsigned>(result.allocations),
+        static_cast<unsigned>(target));
 }
 
 int Run() {
@@ -161,7 +167,8 @@ int Run() {
     std::printf("Medians of rounds in which library and bare loop take turns; log off, simulated cluster in memory.\n"
                 "One server in %u resources is on this node; a record takes %u bytes.\n"
                 "Memory is what malloc of the C++ runtime and the library's LocalAlloc hand out during one call.\n",
-                static_cast<unsigned>(bench::ResourcesPerGroup * 2), static_cast<unsigned>(sizeof(CClusterVirtualServerInfo)));
+                static_cast<unsigned>(bench::ResourcesPerGroup * 2),
+                static_cast<unsigned>(sizeof(CClusterVirtualServerInfo)));
     const std::size_t sizes[] = {100, 1000, 10000};
     std::vector<Result> servers, names;
     std::vector<std::size_t> serverCounts;

@@ -1,5 +1,5 @@
-// Measures what a call allocates: the C++ runtime's malloc and free (all standard containers and strings of all DLLs) and
-// clusutil.dll's local heap calls are replaced in the import tables while one lives.
+// Measures what a call allocates: the C++ runtime's malloc and free (all standard containers and strings of all DLLs)
+// and clusutil.dll's local heap calls are replaced in the import tables while one lives.
 #ifndef MEMORYMETER_H
 #define MEMORYMETER_H
 

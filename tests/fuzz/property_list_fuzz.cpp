@@ -22,7 +22,8 @@ std::wstring TextFrom(const std::uint8_t* data, std::size_t size) {
 }
 
 // Checks one text entry at `position` and returns where the next entry starts.
-std::size_t CheckText(const unsigned char* block, std::size_t position, std::uint32_t syntax, const std::wstring& text) {
+std::size_t CheckText(const unsigned char* block, std::size_t position, std::uint32_t syntax,
+                      const std::wstring& text) {
     const std::size_t length = (text.size() + 1) * 2;
     FUZZ_CHECK(LittleEndian(block + position) == syntax);
     FUZZ_CHECK(LittleEndian(block + position + 4) == length);
