@@ -5,7 +5,7 @@
 namespace DebugLogDetail {
 namespace {
 
-// Longest wait for another process's line. After that the line is written anyway: a stopped process must not stop the others.
+// Longest wait for another process's line. After that lines are written without waiting: a stopped process must not stop the others.
 const DWORD TurnTimeoutMs = 2000;
 
 // The same name for the same file in every process.
@@ -64,11 +64,15 @@ bool LogFile::WriteLine(const std::wstring& line) {
     DWORD written = 0;
     const bool done = WriteFile(m_file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != FALSE &&
                       written == bytes.size();
+    const DWORD error = GetLastError();
     if (turn == WAIT_OBJECT_0 || turn == WAIT_ABANDONED) {
         ReleaseMutex(m_turn);
+    } else {
+        GiveUpTurns();
     }
     if (!done) {
         Close();
+        SetLastError(error);
     }
     return done;
 }
@@ -76,6 +80,10 @@ bool LogFile::WriteLine(const std::wstring& line) {
 void LogFile::Close() {
     CloseHandle(m_file);
     m_file = INVALID_HANDLE_VALUE;
+    GiveUpTurns();
+}
+
+void LogFile::GiveUpTurns() {
     if (m_turn != nullptr) {
         CloseHandle(m_turn);
         m_turn = nullptr;

@@ -19,11 +19,12 @@ public:
     bool IsOpen() const;
 
     // Writes the line (UTF-16, without line end) as UTF-8 in one piece. False when it could not be written completely; the file
-    // is closed then.
+    // is closed then, and the last-error value says why.
     bool WriteLine(const std::wstring& line);
 
 private:
     void Close();
+    void GiveUpTurns();
 
     HANDLE m_file = INVALID_HANDLE_VALUE;
     HANDLE m_turn = nullptr;

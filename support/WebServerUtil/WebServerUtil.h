@@ -14,8 +14,7 @@
 
 class WEBSERVERUTIL_API CWebServer {
 public:
-    static const int ServerTypeIIS = 0;
-    static const int ServerTypeNone = -1;
+    enum : int { ServerTypeIIS = 0, ServerTypeNone = -1 };
 
     // Reads the web server's configuration: applicationHost.config (IIS 7 and later), or MetaBase.xml (IIS 6) when there is no such file. A
     // site serves the home directory when a physical path of one of its applications or virtual directories is the home directory
