@@ -115,14 +115,29 @@ TEST(DebugLog, AppendsToAnExistingFile) {
 TEST(DebugLog, KeepsEveryLineWholeWhenTwoProcessesShareAFile) {
     const TemporaryFile file;
     const int count = 1000;
-    HANDLE processes[2] = {StartLogWriter(L"many A " + std::to_wstring(count), {{File, file.Path()}}),
-                           StartLogWriter(L"many B " + std::to_wstring(count), {{File, file.Path()}})};
+    const std::wstring id = std::to_wstring(GetCurrentProcessId());
+    const std::wstring readyName = L"clusutil_support_ready_" + id;
+    const std::wstring goName = L"clusutil_support_go_" + id;
+    const HANDLE ready = CreateSemaphoreW(nullptr, 0, 2, readyName.c_str());
+    const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, goName.c_str());
+    HANDLE processes[2] = {};
+    for (int i = 0; i < 2; ++i) {
+        processes[i] = StartLogWriter((i == 0 ? L"many A " : L"many B ") + std::to_wstring(count) + L" " + readyName + L" " + goName,
+                                      {{File, file.Path()}});
+        ASSERT_NE(nullptr, processes[i]);
+        ASSERT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(ready, 30000));
+    }
+    SetEvent(go);
     for (const HANDLE process : processes) {
-        ASSERT_NE(nullptr, process);
-        EXPECT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(process, 100000));
+        EXPECT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(process, 60000));
+        DWORD exitCode = 99;
+        GetExitCodeProcess(process, &exitCode);
+        EXPECT_EQ(0u, exitCode);
         CloseHandle(process);
     }
-    std::multiset<std::string> expected;
+    CloseHandle(ready);
+    CloseHandle(go);
+    std::multiset<std::string> expected = {"A ready", "B ready"};
     for (const char* tag : {"A", "B"}) {
         for (int thread = 1; thread <= 2; ++thread) {
             for (int i = 0; i < count; ++i) {
@@ -133,6 +148,11 @@ TEST(DebugLog, KeepsEveryLineWholeWhenTwoProcessesShareAFile) {
     }
     const std::vector<std::string> texts = TextsOf(file.Lines());
     EXPECT_TRUE(std::multiset<std::string>(texts.begin(), texts.end()) == expected) << texts.size() << " lines";
+    size_t changes = 0;
+    for (size_t i = 1; i < texts.size(); ++i) {
+        changes += texts[i][0] != texts[i - 1][0];
+    }
+    EXPECT_GT(changes, 10u) << "the two processes did not write at the same time";
 }
 
 TEST(DebugLog, WritesLongTextsCompletely) {

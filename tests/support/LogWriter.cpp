@@ -26,8 +26,15 @@ int Levels() {
     return 0;
 }
 
-// Many lines of different lengths from two threads: "<tag>.<thread>.<number> xxxx".
-int Many(const wchar_t* tag, int count) {
+// Many lines of different lengths from two threads: "<tag>.<thread>.<number> xxxx". Tells by the semaphore that it is ready and begins
+// with the event, so that several processes write at the same time.
+int Many(const wchar_t* tag, int count, const wchar_t* readyName, const wchar_t* goName) {
+    const HANDLE ready = OpenSemaphoreW(SEMAPHORE_MODIFY_STATE, FALSE, readyName);
+    const HANDLE go = OpenEventW(SYNCHRONIZE, FALSE, goName);
+    DBG::DebugLogEx(nullptr, DBG::LEVEL_INFORMATION, Source, 0, L"%s ready", tag);
+    if (!ReleaseSemaphore(ready, 1, nullptr) || WaitForSingleObject(go, 30000) != WAIT_OBJECT_0) {
+        return 1;
+    }
     const auto write = [&](int thread) {
         for (int i = 0; i < count; ++i) {
             const std::wstring filler(static_cast<size_t>(i * 37 % 400), L'x');
@@ -158,8 +165,8 @@ int wmain(int argc, wchar_t** argv) {
     if (command == L"levels") {
         return Levels();
     }
-    if (command == L"many" && argc == 4) {
-        return Many(argv[2], _wtoi(argv[3]));
+    if (command == L"many" && argc == 6) {
+        return Many(argv[2], _wtoi(argv[3]), argv[4], argv[5]);
     }
     if (command == L"texts") {
         return Texts();
