@@ -49,7 +49,8 @@ bool IsDriveLetter(wchar_t c) {
 
 namespace OS {
 
-CException::CException(DWORD code) : m_code(code) {}
+CException::CException(DWORD code) : m_code(code) {
+}
 
 DWORD CException::GetErrorCode() const {
     return m_code;

@@ -55,7 +55,8 @@ private:
 
 class LastErrorKept {
 public:
-    LastErrorKept() : m_code(GetLastError()) {}
+    LastErrorKept() : m_code(GetLastError()) {
+    }
     ~LastErrorKept() {
         SetLastError(m_code);
     }
@@ -148,15 +149,18 @@ std::wstring SourceName(const char* sourceFile) {
     return BaseName(name);
 }
 
-std::wstring ComposeLine(HMODULE module, unsigned int level, const char* sourceFile, int line, const std::wstring& text) {
+std::wstring ComposeLine(HMODULE module, unsigned int level, const char* sourceFile, int line,
+                         const std::wstring& text) {
     SYSTEMTIME now;
     GetLocalTime(&now);
     wchar_t head[96];
-    _snwprintf(head, 96, L"%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu %s ", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute,
-               now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId(), WordOfLevel(level));
+    _snwprintf(head, 96, L"%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu %s ", now.wYear, now.wMonth, now.wDay, now.wHour,
+               now.wMinute, now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId(),
+               WordOfLevel(level));
     head[95] = L'\0';
     std::wstring result = head;
-    const std::wstring place = ModuleName(module) + L" " + SourceName(sourceFile) + L"(" + std::to_wstring(line) + L"): ";
+    const std::wstring place =
+        ModuleName(module) + L" " + SourceName(sourceFile) + L"(" + std::to_wstring(line) + L"): ";
     AppendPrintable(result, place.data(), place.size());
     AppendPrintable(result, text.data(), text.size());
     return result;
@@ -176,8 +180,8 @@ void Write(Log& log, const std::wstring& line) {
 
 void Pass(HMODULE module, unsigned int level, const char* sourceFile, int line, const std::wstring& text) {
     Log& log = TheLog();
-    // Composed outside the lock: asking for a module's name may need the loader lock, and a thread that holds the loader lock may
-    // be waiting to log.
+    // Composed outside the lock: asking for a module's name may need the loader lock, and a thread that holds the
+    // loader lock may be waiting to log.
     const bool isConfigured = (log.configuredMask & MaskOfLevel(level)) != 0;
     const std::wstring composed = isConfigured ? ComposeLine(module, level, sourceFile, line, text) : std::wstring();
     const Locked locked(log);

@@ -5,7 +5,8 @@
 namespace DebugLogDetail {
 namespace {
 
-// Longest wait for another process's line. After that lines are written without waiting: a stopped process must not stop the others.
+// Longest wait for another process's line. After that lines are written without waiting: a stopped process must not
+// stop the others.
 const DWORD TurnTimeoutMs = 2000;
 
 // The same name for the same file in every process.
@@ -30,7 +31,8 @@ std::string ToUtf8(const std::wstring& text) {
         WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), nullptr, 0, nullptr, nullptr);
     if (needed > 0) {
         bytes.resize(static_cast<size_t>(needed));
-        WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), &bytes[0], needed, nullptr, nullptr);
+        WideCharToMultiByte(CP_UTF8, 0, text.c_str(), static_cast<int>(text.size()), &bytes[0], needed, nullptr,
+                            nullptr);
     }
     return bytes;
 }
@@ -43,13 +45,14 @@ bool BreaksLine(wchar_t c) {
 
 bool LogFile::Open(const std::wstring& path) {
     // Without FILE_WRITE_DATA every write is an append, done as one step by the local file systems.
-    m_file = CreateFileW(path.c_str(), FILE_APPEND_DATA | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                         nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_file = CreateFileW(path.c_str(), FILE_APPEND_DATA | SYNCHRONIZE,
+                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
     if (m_file == INVALID_HANDLE_VALUE) {
         return false;
     }
-    // On a network share an append is "seek, then write", so the processes take turns. A mutex that another account keeps
-    // from us is no reason not to log.
+    // On a network share an append is "seek, then write", so the processes take turns. A mutex that another account
+    // keeps from us is no reason not to log.
     m_turn = CreateMutexW(nullptr, FALSE, TurnName(path).c_str());
     return true;
 }

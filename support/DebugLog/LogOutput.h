@@ -9,8 +9,8 @@
 
 namespace DebugLogDetail {
 
-// Appends whole lines to one file. Has no destructor on purpose: the handles live as long as the process, so that lines logged while it
-// ends still arrive.
+// Appends whole lines to one file. Has no destructor on purpose: the handles live as long as the process, so that lines
+// logged while it ends still arrive.
 class LogFile {
 public:
     // False when the file cannot be opened for appending.
@@ -18,8 +18,8 @@ public:
 
     bool IsOpen() const;
 
-    // Writes the line (UTF-16, without line end) as UTF-8 in one piece. False when it could not be written completely; the file
-    // is closed then, and the last-error value says why.
+    // Writes the line (UTF-16, without line end) as UTF-8 in one piece. False when it could not be written completely;
+    // the file is closed then, and the last-error value says why.
     bool WriteLine(const std::wstring& line);
 
 private:
@@ -32,7 +32,8 @@ private:
 
 void WriteToDebugger(const std::wstring& line);
 
-// Appends `text` with everything that could end or garble a line replaced by a visible escape; line ends at its end are dropped.
+// Appends `text` with everything that could end or garble a line replaced by a visible escape; line ends at its end are
+// dropped.
 void AppendPrintable(std::wstring& line, const wchar_t* text, size_t length);
 
 } // namespace DebugLogDetail

@@ -33,7 +33,8 @@ std::wstring Resolve(const std::wstring& path) {
 }
 
 bool IsAbsolute(const std::wstring& path) {
-    return path.size() >= 2 && ((path[1] == L':' && (path.size() == 2 || path[2] == L'\\')) || path.compare(0, 2, L"\\\\") == 0);
+    return path.size() >= 2 &&
+           ((path[1] == L':' && (path.size() == 2 || path[2] == L'\\')) || path.compare(0, 2, L"\\\\") == 0);
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Environment variables expanded, one backslash between the parts, "." and ".." resolved, upper case, no separator at the end. Empty for
-// anything that is not an absolute path with a drive letter or a UNC path.
+// Environment variables expanded, one backslash between the parts, "." and ".." resolved, upper case, no separator at
+// the end. Empty for anything that is not an absolute path with a drive letter or a UNC path.
 std::wstring ComparableFolder(const std::wstring& path);
 
 // Whether `outer` is `inner` or a folder above it; both comparable.

@@ -4,10 +4,10 @@
 
 namespace {
 
-template <class Char>
-class MarkupScanner {
+template <class Char> class MarkupScanner {
 public:
-    explicit MarkupScanner(const std::basic_string<Char>& text) : m_text(text) {}
+    explicit MarkupScanner(const std::basic_string<Char>& text) : m_text(text) {
+    }
 
     bool Scan() {
         if (m_text.find(Char()) != npos) {
@@ -86,8 +86,7 @@ private:
     bool m_hasElement = false;
 };
 
-template <class Char>
-bool Scan(const std::basic_string<Char>& text) {
+template <class Char> bool Scan(const std::basic_string<Char>& text) {
     return MarkupScanner<Char>(text).Scan();
 }
 

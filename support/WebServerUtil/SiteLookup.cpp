@@ -37,7 +37,8 @@ int ParseSiteId(const std::wstring& text) {
 // Keeps the site with the longest path that holds the folder.
 class BestSite : public XmlElementHandler {
 public:
-    explicit BestSite(const std::wstring& folder) : m_folder(ComparableFolder(folder)) {}
+    explicit BestSite(const std::wstring& folder) : m_folder(ComparableFolder(folder)) {
+    }
 
     int SiteId() const {
         return m_siteId;
@@ -68,8 +69,8 @@ public:
     using BestSite::BestSite;
 
     void OnElement(const std::vector<std::wstring>& path, const Attributes& attributes) override {
-        static const wchar_t* const names[] = {L"configuration", L"system.applicationHost", L"sites",
-                                               L"site",          L"application",            L"virtualDirectory"};
+        static const wchar_t* const names[] = {L"configuration", L"system.applicationHost", L"sites", L"site",
+                                               L"application",   L"virtualDirectory"};
         const size_t depth = path.size();
         if (depth != 4 && depth != 6) {
             return;
@@ -128,8 +129,7 @@ std::string InKnownByteOrder(const std::string& bytes) {
     return result;
 }
 
-template <class Handler>
-int Find(const std::string& bytes, const std::wstring& folder) {
+template <class Handler> int Find(const std::string& bytes, const std::wstring& folder) {
     const std::string text = InKnownByteOrder(bytes);
     Handler handler(folder);
     return HasCompleteMarkup(text) && ReadXml(text, handler) ? handler.SiteId() : -1;

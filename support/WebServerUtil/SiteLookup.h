@@ -9,8 +9,8 @@ enum class SiteFileForm {
     MetaBase         // MetaBase.xml, IIS 6
 };
 
-// `bytes` is the whole file, UTF-8 or UTF-16. Gives the site's number, or -1 when there is no such site or the file is not well-formed
-// to its end. Throws std::bad_alloc only.
+// `bytes` is the whole file, UTF-8 or UTF-16. Gives the site's number, or -1 when there is no such site or the file is
+// not well-formed to its end. Throws std::bad_alloc only.
 int FindSiteOfFolder(const std::string& bytes, SiteFileForm form, const std::wstring& folder);
 
 #endif

@@ -1,5 +1,5 @@
-// Which web server, and which of its sites, serves the product's home directory? This is the default implementation of the interface;
-// the product's own WebServerUtil.dll can take its place.
+// Which web server, and which of its sites, serves the product's home directory? This is the default implementation of
+// the interface; the product's own WebServerUtil.dll can take its place.
 #ifndef WEBSERVERUTIL_H
 #define WEBSERVERUTIL_H
 
@@ -14,11 +14,15 @@
 
 class WEBSERVERUTIL_API CWebServer {
 public:
-    enum : int { ServerTypeIIS = 0, ServerTypeNone = -1 };
+    enum : int {
+        ServerTypeIIS = 0,
+        ServerTypeNone = -1
+    };
 
-    // Reads the web server's configuration: applicationHost.config (IIS 7 and later), or MetaBase.xml (IIS 6) when there is no such file. A
-    // site serves the home directory when a physical path of one of its applications or virtual directories is the home directory
-    // or a folder above it; the longest such path wins, among equal ones the first in the file. Never throws.
+    // Reads the web server's configuration: applicationHost.config (IIS 7 and later), or MetaBase.xml (IIS 6) when
+    // there is no such file. A site serves the home directory when a physical path of one of its applications or
+    // virtual directories is the home directory or a folder above it; the longest such path wins, among equal ones the
+    // first in the file. Never throws.
     explicit CWebServer(const wchar_t* homeDir);
     ~CWebServer();
     CWebServer(const CWebServer&) = delete;

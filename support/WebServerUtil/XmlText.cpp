@@ -11,8 +11,7 @@
 
 namespace {
 
-template <class Interface>
-class ComOwner {
+template <class Interface> class ComOwner {
 public:
     ComOwner() = default;
     ~ComOwner() {
@@ -37,7 +36,8 @@ private:
 // The bytes as a stream. Lives on the stack longer than its reader, so that counting references is not needed.
 class ByteStream final : public ISequentialStream {
 public:
-    explicit ByteStream(const std::string& bytes) : m_bytes(bytes) {}
+    explicit ByteStream(const std::string& bytes) : m_bytes(bytes) {
+    }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override {
         if (IsEqualIID(id, __uuidof(IUnknown)) || IsEqualIID(id, __uuidof(ISequentialStream))) {
@@ -74,7 +74,8 @@ private:
 
 typedef HRESULT(WINAPI* CreateXmlReaderFunction)(REFIID id, void** object, IMalloc* allocator);
 
-// XmlLite from the system folder, looked up at run time: Windows Server 2003 got it with a service pack only. Stays loaded.
+// XmlLite from the system folder, looked up at run time: Windows Server 2003 got it with a service pack only. Stays
+// loaded.
 CreateXmlReaderFunction FindCreateXmlReader() {
     wchar_t path[MAX_PATH + 16];
     const UINT length = GetSystemDirectoryW(path, MAX_PATH);

@@ -40,8 +40,8 @@ bool Start(const std::wstring& arguments, const Variables& variables, DWORD flag
     std::wstring environment = EnvironmentBlock(variables);
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
-    return CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, flags | CREATE_UNICODE_ENVIRONMENT, &environment[0],
-                          nullptr, &startup, &process) != FALSE;
+    return CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, flags | CREATE_UNICODE_ENVIRONMENT,
+                          &environment[0], nullptr, &startup, &process) != FALSE;
 }
 
 std::string ReadDebugString(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& info) {
@@ -132,8 +132,9 @@ TemporaryFile::~TemporaryFile() {
 }
 
 std::string TemporaryFile::Bytes() const {
-    const HANDLE file = CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, 0, nullptr);
+    const HANDLE file =
+        CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return std::string();
     }

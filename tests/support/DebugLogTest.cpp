@@ -33,8 +33,8 @@ std::vector<std::string> TextsOf(const std::vector<std::string>& lines) {
 class MachineKey {
 public:
     MachineKey() : m_name(L"Software\\clusutil_support_test_" + std::to_wstring(GetCurrentProcessId())) {
-        RegCreateKeyExW(HKEY_CURRENT_USER, (m_name + L"\\SOFTWARE\\clusutil\\DebugLog").c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                        nullptr, &m_key, nullptr);
+        RegCreateKeyExW(HKEY_CURRENT_USER, (m_name + L"\\SOFTWARE\\clusutil\\DebugLog").c_str(), 0, nullptr, 0,
+                        KEY_ALL_ACCESS, nullptr, &m_key, nullptr);
     }
     ~MachineKey() {
         RegCloseKey(m_key);
@@ -91,7 +91,8 @@ TEST(DebugLog, LetsThroughTheLevelsThatTheVariableNames) {
     const struct {
         const wchar_t* word;
         size_t count;
-    } cases[] = {{L"off", 0}, {L"error", 1}, {L"warning", 2}, {L"info", 3}, {L"all", 5}, {L"WARNING", 2}, {L"nonsense", 5}};
+    } cases[] = {{L"off", 0}, {L"error", 1},   {L"warning", 2}, {L"info", 3},
+                 {L"all", 5}, {L"WARNING", 2}, {L"nonsense", 5}};
     for (const auto& c : cases) {
         const TemporaryFile file;
         RunLogWriter(L"levels", {{File, file.Path()}, {Level, c.word}});
@@ -122,7 +123,8 @@ TEST(DebugLog, KeepsEveryLineWholeWhenTwoProcessesShareAFile) {
     const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, goName.c_str());
     HANDLE processes[2] = {};
     for (int i = 0; i < 2; ++i) {
-        processes[i] = StartLogWriter((i == 0 ? L"many A " : L"many B ") + std::to_wstring(count) + L" " + readyName + L" " + goName,
+        processes[i] = StartLogWriter((i == 0 ? L"many A " : L"many B ") + std::to_wstring(count) + L" " + readyName +
+                                          L" " + goName,
                                       {{File, file.Path()}});
         ASSERT_NE(nullptr, processes[i]);
         ASSERT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(ready, 30000));
@@ -174,7 +176,9 @@ TEST(DebugLog, WritesOneLineWhateverTheTextHolds) {
     const std::vector<std::string> texts = TextsOf(lines);
     EXPECT_EQ("line end", texts[7]);
     EXPECT_EQ("one\\ntwo\\rthree\\tfour\\x1b five\\u2028six\\x85", texts[8]);
-    EXPECT_EQ("Gr\xc3\xbc\xc3\x9f" "e \xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x98\x80", texts[9]);
+    EXPECT_EQ("Gr\xc3\xbc\xc3\x9f"
+              "e \xe6\x97\xa5\xe6\x9c\xac \xf0\x9f\x98\x80",
+              texts[9]);
     EXPECT_THAT(lines[10], EndsWith(" ERROR DebugLog.dll -(0): null (null) argument"));
     EXPECT_THAT(lines[11], EndsWith(" Writer.cpp(1): (null)"));
     EXPECT_THAT(lines[12], EndsWith(" (-1): "));

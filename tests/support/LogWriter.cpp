@@ -26,8 +26,8 @@ int Levels() {
     return 0;
 }
 
-// Many lines of different lengths from two threads: "<tag>.<thread>.<number> xxxx". Tells by the semaphore that it is ready and begins
-// with the event, so that several processes write at the same time.
+// Many lines of different lengths from two threads: "<tag>.<thread>.<number> xxxx". Tells by the semaphore that it is
+// ready and begins with the event, so that several processes write at the same time.
 int Many(const wchar_t* tag, int count, const wchar_t* readyName, const wchar_t* goName) {
     const HANDLE ready = OpenSemaphoreW(SEMAPHORE_MODIFY_STATE, FALSE, readyName);
     const HANDLE go = OpenEventW(SYNCHRONIZE, FALSE, goName);
@@ -38,7 +38,8 @@ int Many(const wchar_t* tag, int count, const wchar_t* readyName, const wchar_t*
     const auto write = [&](int thread) {
         for (int i = 0; i < count; ++i) {
             const std::wstring filler(static_cast<size_t>(i * 37 % 400), L'x');
-            DBG::DebugLogEx(nullptr, DBG::LEVEL_INFORMATION, Source, i, L"%s.%d.%d %s|", tag, thread, i, filler.c_str());
+            DBG::DebugLogEx(nullptr, DBG::LEVEL_INFORMATION, Source, i, L"%s.%d.%d %s|", tag, thread, i,
+                            filler.c_str());
         }
     };
     std::thread first(write, 1);

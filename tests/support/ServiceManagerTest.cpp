@@ -12,8 +12,8 @@ public:
     StoppedService() : m_name(L"clusutil_support_test_" + std::to_wstring(GetCurrentProcessId())) {
         m_manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT | SC_MANAGER_CREATE_SERVICE);
         m_service = CreateServiceW(m_manager, m_name.c_str(), nullptr, SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
-                                   SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL, L"C:\\no_such_program.exe", nullptr, nullptr,
-                                   nullptr, nullptr, nullptr);
+                                   SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL, L"C:\\no_such_program.exe", nullptr,
+                                   nullptr, nullptr, nullptr, nullptr);
     }
     ~StoppedService() {
         if (m_service != nullptr) {
@@ -69,7 +69,8 @@ TEST(ServiceManager, ReportsARunningService) {
     DWORD needed = 0;
     DWORD count = 0;
     DWORD resume = 0;
-    ASSERT_TRUE(EnumServicesStatusW(manager, SERVICE_WIN32, SERVICE_ACTIVE, reinterpret_cast<ENUM_SERVICE_STATUSW*>(buffer.data()),
+    ASSERT_TRUE(EnumServicesStatusW(manager, SERVICE_WIN32, SERVICE_ACTIVE,
+                                    reinterpret_cast<ENUM_SERVICE_STATUSW*>(buffer.data()),
                                     static_cast<DWORD>(buffer.size()), &needed, &count, &resume))
         << GetLastError();
     CloseServiceHandle(manager);

@@ -10,7 +10,8 @@
 
 namespace {
 
-// Sites 1 to 4: a plain site, one with applications and virtual directories, one by an environment variable, one on a share.
+// Sites 1 to 4: a plain site, one with applications and virtual directories, one by an environment variable, one on a
+// share.
 const char Sites[] = R"(<?xml version="1.0" encoding="UTF-8"?>
 <configuration>
   <configSections><section name="sites" /></configSections>
@@ -25,7 +26,9 @@ const char Sites[] = R"(<?xml version="1.0" encoding="UTF-8"?>
           <virtualDirectory path="/" physicalPath="D:\Web" />
           <virtualDirectory path="/tools" physicalPath="D:\Tools\" />
         </application>
-        <application path="/gate"><virtualDirectory path="/" physicalPath="d:/product/Gate &amp; Co"></virtualDirectory></application>
+        <application path="/gate">
+          <virtualDirectory path="/" physicalPath="d:/product/Gate &amp; Co"></virtualDirectory>
+        </application>
       </site>
       <site name="System" id="8">
         <application path="/"><virtualDirectory path="/" physicalPath="%SUPPORT_TEST_DRIVE%\Site" /></application>
@@ -99,8 +102,9 @@ TEST(SiteLookup, FindsTheSiteWhosePathIsOrContainsTheFolder) {
 }
 
 TEST(SiteLookup, FindsNoneForOtherFolders) {
-    for (const wchar_t* folder : {L"C:\\", L"C:\\inetpub", L"C:\\inetpub\\wwwroot2", L"D:\\Webx\\y", L"D:\\Product", L"E:\\",
-                                  L"C:\\logs", L"\\\\server\\share", L"\\\\server2\\share\\web", L"", L"Web", L"\\Web", L"D:Web"}) {
+    for (const wchar_t* folder :
+         {L"C:\\", L"C:\\inetpub", L"C:\\inetpub\\wwwroot2", L"D:\\Webx\\y", L"D:\\Product", L"E:\\", L"C:\\logs",
+          L"\\\\server\\share", L"\\\\server2\\share\\web", L"", L"Web", L"\\Web", L"D:Web"}) {
         EXPECT_EQ(-1, SiteOf(folder)) << testing::PrintToString(std::wstring(folder));
     }
 }
@@ -136,14 +140,16 @@ TEST(SiteLookup, TakesADriveRootForAllItsFolders) {
 
 TEST(SiteLookup, CountsElementsInTheirPlaceOnly) {
     const std::string element = "<virtualDirectory path=\"/\" physicalPath=\"E:\\Data\" />";
-    EXPECT_EQ(1, SiteOf(L"E:\\Data", Replaced(Sites, "<application path=\"/\">", "<application path=\"/\">" + element)));
+    EXPECT_EQ(1,
+              SiteOf(L"E:\\Data", Replaced(Sites, "<application path=\"/\">", "<application path=\"/\">" + element)));
     EXPECT_EQ(-1, SiteOf(L"E:\\Data", Replaced(Sites, "<siteDefaults>", "<siteDefaults>" + element)));
     EXPECT_EQ(-1, SiteOf(L"E:\\Data", Replaced(Sites, "<sites>", "<sites>" + element)));
     EXPECT_EQ(-1, SiteOf(L"E:\\Data", Replaced(Sites, "<bindings>", "<bindings>" + element)));
 }
 
 TEST(SiteLookup, IsNotConfusedByCommentsAndCharacterData) {
-    const std::string site = "<site id=\"66\"><application><virtualDirectory physicalPath=\"E:\\Data\" /></application></site>";
+    const std::string site =
+        "<site id=\"66\"><application><virtualDirectory physicalPath=\"E:\\Data\" /></application></site>";
     EXPECT_EQ(66, SiteOf(L"E:\\Data", Replaced(Sites, "<sites>", "<sites>" + site)));
     for (const std::string& hidden : {"<!-- " + site + " -->", "<![CDATA[" + site + "]]>", "<?note " + site + "?>"}) {
         const std::string text = Replaced(Sites, "<sites>", "<sites>" + hidden);
@@ -165,7 +171,9 @@ TEST(SiteLookup, ReadsEveryEncodingThatWindowsWrites) {
     EXPECT_EQ(7, SiteOf(L"D:\\Web", "\xef\xbb\xbf" + std::string(Sites)));
     EXPECT_EQ(7, SiteOf(L"D:\\Web", Utf16(wide, false)));
     EXPECT_EQ(7, SiteOf(L"D:\\Web", Utf16(wide, true)));
-    EXPECT_EQ(7, SiteOf(L"D:\\B\u00fccher", Replaced(Sites, "D:\\Web\"", "D:\\B\xc3\xbc" "cher\"")));
+    EXPECT_EQ(7, SiteOf(L"D:\\B\u00fccher", Replaced(Sites, "D:\\Web\"",
+                                                     "D:\\B\xc3\xbc"
+                                                     "cher\"")));
     EXPECT_EQ(7, SiteOf(L"D:\\B\u00dcCHER", Replaced(Sites, "D:\\Web\"", "D:\\B&#xfc;cher\"")));
 }
 
@@ -181,7 +189,8 @@ TEST(SiteLookup, FindsNothingInABrokenFile) {
     EXPECT_EQ(-1, SiteOf(folder, Replaced(whole, "</sites>", "</site>")));
     EXPECT_EQ(-1, SiteOf(folder, Replaced(whole, "</sites>", "</sites></sites>")));
     EXPECT_EQ(-1, SiteOf(folder, Replaced(whole, "&amp;", "&unknown;")));
-    EXPECT_EQ(-1, SiteOf(folder, Replaced(whole, "<configuration>", "<!DOCTYPE x [<!ENTITY a \"b\">]><configuration>")));
+    EXPECT_EQ(-1,
+              SiteOf(folder, Replaced(whole, "<configuration>", "<!DOCTYPE x [<!ENTITY a \"b\">]><configuration>")));
     for (size_t length = whole.rfind("</configuration>") + 15; length > 0; length -= std::min<size_t>(length, 23)) {
         EXPECT_EQ(-1, SiteOf(folder, whole.substr(0, length))) << length;
     }
@@ -203,8 +212,9 @@ TEST(SiteLookup, LooksThroughThousandsOfSites) {
     std::string text = "<configuration><system.applicationHost><sites>";
     for (int id = 1; id <= 5000; ++id) {
         const std::string number = std::to_string(id);
-        text += "<site name=\"Site " + number + "\" id=\"" + number + "\"><application path=\"/\"><virtualDirectory path=\"/\" " +
-                "physicalPath=\"E:\\Sites\\" + number + "\" /></application></site>\r\n";
+        text += "<site name=\"Site " + number + "\" id=\"" + number +
+                "\"><application path=\"/\"><virtualDirectory path=\"/\" " + "physicalPath=\"E:\\Sites\\" + number +
+                "\" /></application></site>\r\n";
     }
     text += "</sites></system.applicationHost></configuration>";
     EXPECT_EQ(5000, SiteOf(L"E:\\Sites\\5000", text));

@@ -9,8 +9,9 @@ namespace {
 const char Host[] = "<configuration><system.applicationHost><sites><site id=\"12\"><application path=\"/\">"
                     "<virtualDirectory path=\"/\" physicalPath=\"D:\\Product\" /></application></site></sites>"
                     "</system.applicationHost></configuration>";
-const char Meta[] = "<configuration><MBProperty><IIsWebVirtualDir Location=\"/LM/W3SVC/34/ROOT\" Path=\"D:\\Product\" />"
-                    "</MBProperty></configuration>";
+const char Meta[] =
+    "<configuration><MBProperty><IIsWebVirtualDir Location=\"/LM/W3SVC/34/ROOT\" Path=\"D:\\Product\" />"
+    "</MBProperty></configuration>";
 
 // Owns the configuration files in the system folder. Only for Wine's, where no real IIS can be hurt.
 class WebServer : public testing::Test {
