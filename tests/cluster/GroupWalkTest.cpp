@@ -1,0 +1,259 @@
+// Walking a group's resources with a callback, and the list of its storage resources.
+#include "ClusterFixture.h"
+
+using namespace harness;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace {
+
+const char WalkEntry[] = "> EnumResourceInGroup";
+const char WalkLeaving[] = "< EnumResourceInGroup";
+
+struct Visit {
+    HCLUSTER cluster;
+    HGROUP group;
+    HRESOURCE resource;
+    std::wstring name;
+    std::string typeWhileOpen;
+};
+
+struct Visitor {
+    std::vector<Visit> visits;
+    DWORD answer = 0;
+
+    static DWORD Callback(HCLUSTER cluster, HGROUP group, HRESOURCE resource, const wchar_t* name, void* context) {
+        auto& self = *static_cast<Visitor*>(context);
+        CClusterResource borrowed(resource, false);
+        const wchar_t* const type = borrowed.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        self.visits.push_back({cluster, group, resource, name, Utf8(type)});
+        return self.answer;
+    }
+};
+
+class GroupWalk : public OpenClusterTest {
+protected:
+    std::vector<std::wstring> Visited(const Visitor& visitor) {
+        std::vector<std::wstring> names;
+        for (const Visit& visit : visitor.visits) {
+            names.push_back(visit.name);
+        }
+        return names;
+    }
+};
+
+TEST_F(GroupWalk, VisitsEachResourceOpen) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_EQ(Visited(visitor), (std::vector<std::wstring>{L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
+    for (const Visit& visit : visitor.visits) {
+        EXPECT_EQ(visit.cluster, cluster.GetHandle());
+        EXPECT_EQ(visit.group, group.GetGroupHandle());
+        EXPECT_NE(visit.resource, nullptr);
+    }
+    EXPECT_EQ(visitor.visits.at(0).typeWhileOpen, "Physical Disk");
+    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk",
+                                "I [FIXREF-77888] Enumerated object = EVS1 IP",
+                                "I [FIXREF-77888] Enumerated object = EVS1 Name", WalkLeaving}));
+}
+
+TEST_F(GroupWalk, PassesTheBufferSizeInBytesAsTheCount) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
+    EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,2048)",
+                                    "OpenClusterResource(EVS1 Disk)", "CloseClusterResource(EVS1 Disk)",
+                                    "ClusterGroupEnum(1,2048)", "OpenClusterResource(EVS1 IP)",
+                                    "CloseClusterResource(EVS1 IP)", "ClusterGroupEnum(2,2048)",
+                                    "OpenClusterResource(EVS1 Name)", "CloseClusterResource(EVS1 Name)",
+                                    "ClusterGroupEnum(3,2048)=259", "ClusterGroupCloseEnum()"}));
+}
+
+TEST_F(GroupWalk, StopsAfterTheResourceForWhichTheCallbackAnswersNonZero) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Visitor visitor;
+    visitor.answer = 1;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_EQ(Visited(visitor), std::vector<std::wstring>{L"EVS1 Disk"});
+    EXPECT_THAT(TakeJournal(), EndsWith(Lines({"CloseClusterResource(EVS1 Disk)", "ClusterGroupCloseEnum()"})));
+    EXPECT_THAT(TakeLog(), EndsWith("< EnumResourceInGroup\n"));
+}
+
+TEST_F(GroupWalk, WithoutACallbackIsLoggedForEachResource) {
+    CClusterGroup group;
+    Open(group, L"Cluster Group");
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
+    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "I [FIXREF-77888] Enumerated object = Cluster IP",
+                                "E [FIXREF-77888] No Callback function ",
+                                "I [FIXREF-77888] Enumerated object = Cluster Name",
+                                "E [FIXREF-77888] No Callback function ", WalkLeaving}));
+}
+
+TEST_F(GroupWalk, WithoutAHandleIsLogged) {
+    const CClusterGroup group;
+    Visitor visitor;
+    EXPECT_FALSE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "E [FIXREF-77888] NULL == m_hGroup",
+                                "< [FIXREF-77888] EnumResourceNamesInGroup"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(GroupWalk, AGroupThatCannotBeListedCountsAsEmpty) {
+    Platform().FailCall("ClusterGroupOpenEnum", 5);
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_TRUE(visitor.visits.empty());
+    EXPECT_EQ(TakeLog(),
+              Lines({WalkEntry, "E [FIXREF-77888] ClusterGroupOpenEnum failed (error=5)", WalkLeaving}));
+}
+
+TEST_F(GroupWalk, AResourceThatDoesNotOpenIsLoggedAndTheWalkGoesOn) {
+    Platform().FailCall("OpenClusterResource(EVS1 IP)", 5);
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_EQ(Visited(visitor), (std::vector<std::wstring>{L"EVS1 Disk", L"EVS1 Name"}));
+    EXPECT_THAT(TakeLog(), HasSubstr(Lines({"I [FIXREF-77888] Enumerated object = EVS1 IP",
+                                            "E [FIXREF-77888] OpenClusterResource Fail (error=5)",
+                                            "I [FIXREF-77888] Enumerated object = EVS1 Name"})));
+}
+
+TEST_F(GroupWalk, ABrokenEntryEndsTheWalkWithSuccessAndLogsTheLastError) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    const auto patch = PatchImport(clusapi, ClusterGroupEnum, [](HGROUPENUM, DWORD, LPDWORD, LPWSTR, LPDWORD) -> DWORD {
+        SetLastError(4711);
+        return 1726;
+    });
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_TRUE(visitor.visits.empty());
+    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "E [FIXREF-77888] EnumGroup Fail (error=4711)", WalkLeaving}));
+}
+
+class WalkedNames : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+
+TEST_P(WalkedNames, OfAnyLengthAreVisited) {
+    const std::string name(GetParam(), 'x');
+    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
+    CClusterGroup group;
+    Open(group, L"G");
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    ASSERT_EQ(visitor.visits.size(), 2u);
+    EXPECT_EQ(Utf8(visitor.visits[0].name), name);
+    EXPECT_EQ(visitor.visits[1].name, L"b");
+    EXPECT_EQ(Heap().BadFrees(), 0u);
+}
+
+// 1,023 is what 2,048 bytes hold; the count passed claims twice as many characters.
+INSTANTIATE_TEST_SUITE_P(Boundary, WalkedNames,
+                         ::testing::Values(1u, 260u, 1022u, 1023u, 1024u, 1025u, 2046u, 2047u, 2048u, 2049u, 2559u, 2560u, 5000u),
+                         ::testing::PrintToStringParamName());
+
+TEST_F(GroupWalk, GrowsToTheNextMultipleOf512Characters) {
+    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(2600, 'x'), "10.0.0.1"));
+    CClusterGroup group;
+    Open(group, L"G");
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
+    // 2,601 characters are needed: 3,072 of them are 6,144 bytes.
+    EXPECT_THAT(TakeJournal(), ::testing::StartsWith(Lines({"ClusterGroupOpenEnum(G,1)", "ClusterGroupEnum(0,2048)=234",
+                                                            "ClusterGroupEnum(0,6144)"})));
+}
+
+TEST_F(GroupWalk, ANameThatTheBufferCannotGrowForEndsTheWalk) {
+    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(5000, 'x'), "10.0.0.1"));
+    CClusterGroup group;
+    Open(group, L"G");
+    Heap().FailLocalReAlloc(1);
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_TRUE(visitor.visits.empty());
+    EXPECT_THAT(TakeLog(), HasSubstr("E [FIXREF-77888] EnumGroup Fail (error="));
+}
+
+TEST_F(GroupWalk, WithoutAFirstBufferNothingIsVisited) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_TRUE(visitor.visits.empty());
+    EXPECT_THAT(TakeLog(), HasSubstr("E [FIXREF-77888] EnumGroup Fail (error="));
+}
+
+TEST_F(GroupWalk, AnExceptionOfTheCallbackLeavesNothingOpen) {
+    {
+        CClusterGroup group;
+        Open(group, L"EVS1");
+        const EnumResourceCallback throwing = [](HCLUSTER, HGROUP, HRESOURCE, const wchar_t*, void*) -> DWORD {
+            throw std::runtime_error("callback");
+        };
+        EXPECT_THROW(group.EnumResourceInGroup(cluster.GetHandle(), throwing, nullptr), std::runtime_error);
+    }
+    EXPECT_EQ(Cluster().OpenHandles("resource"), 0u);
+    EXPECT_EQ(Cluster().OpenHandles("enum"), 0u);
+}
+
+// Storage ------------------------------------------------------------------------------------------------------------------
+
+TEST_F(GroupWalk, ListsStorageResources) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Names names{L"before"};
+    EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
+    EXPECT_EQ(names, (Names{L"before", L"EVS1 Disk"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk",
+                     "I [FIXREF-77888] EVS1 Disk is CLUS_RESCLASS_STORAGE", "I [FIXREF-77888] Enumerated object = EVS1 IP",
+                     "I [FIXREF-77888] Enumerated object = EVS1 Name", WalkLeaving, "< EnumStorageResourceNamesInGroup"}));
+    EXPECT_THAT(TakeJournal(), HasSubstr(Lines({"OpenClusterResource(EVS1 Disk)",
+                                                "ClusterResourceControl(EVS1 Disk,GET_CLASS_INFO,8)",
+                                                "CloseClusterResource(EVS1 Disk)"})));
+}
+
+TEST_F(GroupWalk, AResourceWhoseClassCannotBeReadIsLoggedAndSkipped) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    const auto patch = PatchImport(clusapi, ClusterResourceControl,
+                                   [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD) -> DWORD {
+                                       SetLastError(4711);
+                                       return 1726;
+                                   });
+    Names names;
+    EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
+    EXPECT_TRUE(names.empty());
+    const std::string error =
+        "E [FIXREF-77888] ClusterResourceControl(CLUSCTL_RESOURCE_GET_CLASS_INFO Fail (error=4711)";
+    EXPECT_EQ(TakeLog(),
+              Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk", error,
+                     "I [FIXREF-77888] Enumerated object = EVS1 IP", error,
+                     "I [FIXREF-77888] Enumerated object = EVS1 Name", error, WalkLeaving,
+                     "< EnumStorageResourceNamesInGroup"}));
+}
+
+TEST_F(GroupWalk, StorageOfAGroupThatCannotBeListedIsAnEmptySuccess) {
+    Platform().FailCall("ClusterGroupOpenEnum", 5);
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    Names names;
+    EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
+    EXPECT_TRUE(names.empty());
+}
+
+TEST_F(GroupWalk, StorageWithoutAGroupHandleIsAFailure) {
+    const CClusterGroup group;
+    Names names;
+    EXPECT_FALSE(group.EnumStorageResourceNamesInGroup(cluster, names));
+    EXPECT_EQ(TakeLog(), Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "E [FIXREF-77888] NULL == m_hGroup",
+                                "< [FIXREF-77888] EnumResourceNamesInGroup", "< EnumStorageResourceNamesInGroup"}));
+}
+
+} // namespace

@@ -1,0 +1,375 @@
+#include "ClusterFixture.h"
+
+using namespace harness;
+
+namespace {
+
+typedef CClusterResource Res;
+
+class ResourceState : public OpenClusterTest {};
+
+// Texts ------------------------------------------------------------------------------------------------------------------
+
+TEST(ResourceStateText, IsThatOfTheTable) {
+    const wchar_t* const expected[] = {L"[INITIALIZING]",   L"[ONLINE]",          L"[OFFLINE]", L"[FAILED]", L"[PENDING]",
+                                       L"[ONLINE_PENDING]", L"[OFFLINE_PENDING]", L"RES_STATE_END"};
+    for (int state = 0; state <= Res::RES_STATE_END; ++state) {
+        EXPECT_STREQ(Res::GetStateString(state), expected[state]);
+    }
+}
+
+// GetResourceState ---------------------------------------------------------------------------------------------------------
+
+struct StateMapping {
+    int clusterState;
+    Res::RES_STATE state;
+};
+
+class StateMap : public OpenClusterTest, public ::testing::WithParamInterface<StateMapping> {};
+
+TEST_P(StateMap, KnownStatesAreMappedAndOthersAreLogged) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const auto patch = PatchImport(clusapi, GetClusterResourceState, [](HRESOURCE, LPWSTR, LPDWORD, LPWSTR, LPDWORD) {
+        return static_cast<CLUSTER_RESOURCE_STATE>(GetParam().clusterState);
+    });
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), GetParam().state);
+    EXPECT_EQ(TakeLog(), GetParam().clusterState == -1             ? "E ClusterResourceStateUnknown == 0\n"
+                         : GetParam().state == Res::RES_STATE_UNKNOWN ? "E Unknow resource state\n"
+                                                                      : "");
+}
+
+INSTANTIATE_TEST_SUITE_P(States, StateMap,
+                         ::testing::Values(StateMapping{-1, Res::RES_STATE_UNKNOWN},
+                                           StateMapping{0, Res::RES_STATE_UNKNOWN},
+                                           StateMapping{1, Res::RES_STATE_INITIALIZING},
+                                           StateMapping{2, Res::RES_STATE_ONLINE},
+                                           StateMapping{3, Res::RES_STATE_OFFLINE},
+                                           StateMapping{4, Res::RES_STATE_FAILED},
+                                           StateMapping{5, Res::RES_STATE_UNKNOWN},
+                                           StateMapping{127, Res::RES_STATE_UNKNOWN},
+                                           StateMapping{128, Res::RES_STATE_PENDING},
+                                           StateMapping{129, Res::RES_STATE_ONLINE_PENDING},
+                                           StateMapping{130, Res::RES_STATE_OFFLINE_PENDING},
+                                           StateMapping{131, Res::RES_STATE_UNKNOWN}));
+
+TEST(ResourceStateNumbers, ArePartOfTheInterface) {
+    EXPECT_EQ(Res::RES_STATE_UNKNOWN, -1);
+    EXPECT_EQ(Res::RES_STATE_INITIALIZING, 0);
+    EXPECT_EQ(Res::RES_STATE_ONLINE, 1);
+    EXPECT_EQ(Res::RES_STATE_OFFLINE, 2);
+    EXPECT_EQ(Res::RES_STATE_FAILED, 3);
+    EXPECT_EQ(Res::RES_STATE_PENDING, 4);
+    EXPECT_EQ(Res::RES_STATE_ONLINE_PENDING, 5);
+    EXPECT_EQ(Res::RES_STATE_OFFLINE_PENDING, 6);
+    EXPECT_EQ(Res::RES_STATE_END, 7);
+}
+
+TEST_F(ResourceState, GivesOwnerNodeAndGroup) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    std::wstring node;
+    std::wstring group;
+    EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_ONLINE);
+    EXPECT_EQ(node, L"NODE-A");
+    EXPECT_EQ(group, L"EVS1");
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"GetClusterResourceState(EVS1 IP)=2"}));
+}
+
+TEST_F(ResourceState, BuffersArePreparedOnlyForWhatIsAsked) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    struct Call {
+        bool node;
+        DWORD cchNode;
+        bool group;
+        DWORD cchGroup;
+    } call = {};
+    const auto patch = PatchImport(clusapi, GetClusterResourceState,
+                                   [&](HRESOURCE h, LPWSTR node, LPDWORD cchNode, LPWSTR group, LPDWORD cchGroup) {
+                                       call = {node != nullptr, *cchNode, group != nullptr, *cchGroup};
+                                       return ::GetClusterResourceState(h, node, cchNode, group, cchGroup);
+                                   });
+    std::wstring text;
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_ONLINE);
+    EXPECT_FALSE(call.node || call.group);
+    EXPECT_EQ(call.cchNode, 0u);
+    EXPECT_EQ(call.cchGroup, 0u);
+    EXPECT_EQ(resource.GetResourceState(&text, nullptr), Res::RES_STATE_ONLINE);
+    EXPECT_TRUE(call.node && !call.group);
+    EXPECT_EQ(call.cchNode, 16u);
+    EXPECT_EQ(resource.GetResourceState(nullptr, &text), Res::RES_STATE_ONLINE);
+    EXPECT_TRUE(!call.node && call.group);
+    EXPECT_EQ(call.cchNode, 0u);
+    EXPECT_EQ(call.cchGroup, 256u);
+}
+
+TEST_F(ResourceState, WithoutAHandleIsLogged) {
+    CClusterResource resource;
+    std::wstring node = L"before";
+    EXPECT_EQ(resource.GetResourceState(&node, nullptr), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(node, L"before");
+    EXPECT_EQ(TakeLog(), Lines({"E NULL == m_hResource"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ResourceState, AFailureLeavesTheTextsAlone) {
+    Platform().FailCall("GetClusterResourceState", 5006);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    std::wstring node = L"node";
+    std::wstring group = L"group";
+    EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(node, L"node");
+    EXPECT_EQ(group, L"group");
+    EXPECT_EQ(TakeLog(), Lines({"E ClusterResourceStateUnknown == 0"}));
+}
+
+TEST_F(ResourceState, AnEmptyNodeNameIsAFailure) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const auto patch =
+        PatchImport(clusapi, GetClusterResourceState, [](HRESOURCE, LPWSTR, LPDWORD cchNode, LPWSTR, LPDWORD) {
+            *cchNode = 0;
+            return ClusterResourceOnline;
+        });
+    std::wstring node = L"node";
+    std::wstring group = L"group";
+    EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(node, L"node");
+    EXPECT_EQ(group, L"group");
+    EXPECT_EQ(TakeLog(), Lines({"E dwCChNode <= 0"}));
+}
+
+TEST_F(ResourceState, AnEmptyGroupNameIsAFailureButTheNodeIsWritten) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const auto patch = PatchImport(clusapi, GetClusterResourceState,
+                                   [](HRESOURCE, LPWSTR node, LPDWORD cchNode, LPWSTR, LPDWORD cchGroup) {
+                                       node[0] = L'N';
+                                       node[1] = L'\0';
+                                       *cchNode = 1;
+                                       *cchGroup = 0;
+                                       return ClusterResourceOnline;
+                                   });
+    std::wstring node = L"node";
+    std::wstring group = L"group";
+    EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(node, L"N");
+    EXPECT_EQ(group, L"group");
+    EXPECT_EQ(TakeLog(), Lines({"E dwCChGroup <= 0"}));
+}
+
+class NodeNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+
+TEST_P(NodeNameLength, UpToFifteenCharactersFit) {
+    const std::string name(GetParam(), 'N');
+    LoadAndOpen(GivenCluster().Node(name).Group("G", name).IpAddress("IP", "10.0.0.1"));
+    CClusterResource resource;
+    Open(resource, L"IP");
+    std::wstring node = L"before";
+    if (name.size() <= 15) {
+        EXPECT_EQ(resource.GetResourceState(&node, nullptr), Res::RES_STATE_ONLINE);
+        EXPECT_EQ(Utf8(node), name);
+    } else {
+        EXPECT_EQ(resource.GetResourceState(&node, nullptr), Res::RES_STATE_UNKNOWN);
+        EXPECT_EQ(node, L"before");
+        EXPECT_EQ(TakeLog(), Lines({"E ClusterResourceStateUnknown == 0"}));
+        EXPECT_EQ(TakeJournal(), Lines({"GetClusterResourceState(IP)=-1"})) << "there is no second try";
+    }
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_ONLINE) << "nobody asked for the name";
+}
+
+INSTANTIATE_TEST_SUITE_P(Boundary, NodeNameLength, ::testing::Values(1u, 14u, 15u, 16u, 17u),
+                         ::testing::PrintToStringParamName());
+
+class GroupNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+
+TEST_P(GroupNameLength, UpTo255CharactersFit) {
+    const std::string name(GetParam(), 'G');
+    LoadAndOpen(GivenCluster().Node("NODE-A").Group(name, "NODE-A").IpAddress("IP", "10.0.0.1"));
+    CClusterResource resource;
+    Open(resource, L"IP");
+    std::wstring group = L"before";
+    const bool fits = name.size() <= 255;
+    EXPECT_EQ(resource.GetResourceState(nullptr, &group), fits ? Res::RES_STATE_ONLINE : Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(Utf8(group), fits ? name : "before");
+    EXPECT_EQ(TakeLog(), fits ? "" : "E ClusterResourceStateUnknown == 0\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Boundary, GroupNameLength, ::testing::Values(254u, 255u, 256u, 5000u),
+                         ::testing::PrintToStringParamName());
+
+// Online and offline -------------------------------------------------------------------------------------------------------
+
+TEST_F(ResourceState, OnlineGivesTheStateReached) {
+    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
+    CClusterResource resource;
+    Open(resource, L"Spare IP");
+    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_ONLINE);
+    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "< OnlineResource"}));
+    EXPECT_EQ(TakeJournal(), Lines({"OnlineClusterResource(Spare IP)"}));
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_ONLINE);
+}
+
+TEST_F(ResourceState, OnlineDoesNotWaitForAPendingResource) {
+    Platform().FailCall("OnlineClusterResource", ERROR_IO_PENDING);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_ONLINE_PENDING);
+    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "< OnlineResource"}));
+    EXPECT_TRUE(Platform().sleeps.empty());
+}
+
+TEST_F(ResourceState, OnlineFailureIsLoggedWithTheLastErrorNotTheCode) {
+    Platform().FailCall("OnlineClusterResource", 5018);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    SetLastError(4711);
+    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "E Unexected return value: 4711", "< OnlineResource"}));
+}
+
+TEST_F(ResourceState, OnlineWithoutAHandleIsLogged) {
+    CClusterResource resource;
+    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "E Resource handle is NULL", "< OnlineResource"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ResourceState, OfflineGivesTheStateReached) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 Name");
+    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_OFFLINE);
+    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "< OfflineResource"}));
+    EXPECT_EQ(TakeJournal(), Lines({"OfflineClusterResource(EVS1 Name)"}));
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_OFFLINE);
+}
+
+TEST_F(ResourceState, OfflineDoesNotWaitForAPendingResource) {
+    Platform().FailCall("OfflineClusterResource", ERROR_IO_PENDING);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_OFFLINE_PENDING);
+    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "< OfflineResource"}));
+    EXPECT_TRUE(Platform().sleeps.empty());
+}
+
+TEST_F(ResourceState, OfflineFailureIsLoggedWithTheLastErrorNotTheCode) {
+    Platform().FailCall("OfflineClusterResource", 5038);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    SetLastError(4711);
+    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "E Unexected return value: 4711", "< OfflineResource"}));
+}
+
+TEST_F(ResourceState, OfflineWithoutAHandleHasNoMessageAndNoLeavingLine) {
+    CClusterResource resource;
+    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+// On this node -------------------------------------------------------------------------------------------------------------
+
+TEST_F(ResourceState, OnlineOnThisNode) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    std::wstring group;
+    EXPECT_TRUE(resource.IsOnlineOnCurrentNode(&group));
+    EXPECT_EQ(group, L"EVS1");
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A",
+                                "I Local node name:NODE-A", "< CClusterResource::IsOnlineOnCurrentNode"}));
+    EXPECT_EQ(TakeJournal(), Lines({"GetComputerNameW()", "GetClusterResourceState(EVS1 IP)=2"}));
+}
+
+TEST_F(ResourceState, OnlineElsewhereIsNotOnlineHere) {
+    CClusterResource resource;
+    Open(resource, L"Cluster IP");
+    std::wstring group;
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(&group));
+    EXPECT_EQ(group, L"Cluster Group");
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A",
+                                "I Local node name:NODE-B", "< CClusterResource::IsOnlineOnCurrentNode"}));
+}
+
+TEST_F(ResourceState, OfflineHereIsNotOnlineHere) {
+    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
+    CClusterResource resource;
+    Open(resource, L"Spare IP");
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A",
+                     "I Resource is not online, return false", "< CClusterResource::IsOnlineOnCurrentNode"}));
+    EXPECT_TRUE(resource.IsOnCurrentNode(nullptr));
+}
+
+TEST_F(ResourceState, AnOwnerThatDiffersInLetterCaseOnlyIsAnotherNode) {
+    SetComputerName(L"node-a");
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
+    EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
+}
+
+TEST_F(ResourceState, WithoutAComputerNameNothingIsOnThisNode) {
+    Platform().FailCall("GetComputerNameW", 8, 1, FaultMode::FromThenOn);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    std::wstring group = L"before";
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(&group));
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnlineOnCurrentNode", "E Cannot get computer name, code:8",
+                                "< CClusterResource::IsOnlineOnCurrentNode"}));
+    EXPECT_FALSE(resource.IsOnCurrentNode(&group));
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnCurrentNode", "E Cannot get computer name, code:8",
+                                "< CClusterResource::IsOnCurrentNode"}));
+    EXPECT_EQ(group, L"before");
+    EXPECT_EQ(TakeJournal(), Lines({"GetComputerNameW()=8", "GetComputerNameW()=8"}));
+}
+
+TEST_F(ResourceState, AComputerNameOfFifteenCharactersFitsAndOneOfSixteenDoesNot) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    SetComputerName(L"NNNNNNNNNNNNNNN");
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
+    EXPECT_THAT(TakeLog(), ::testing::HasSubstr("I Local node name:NNNNNNNNNNNNNNN\n"));
+    SetComputerName(L"NNNNNNNNNNNNNNNN");
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
+    EXPECT_THAT(TakeLog(), ::testing::HasSubstr("E Cannot get computer name, code:111\n"));
+}
+
+TEST_F(ResourceState, OnThisNodeWhateverTheState) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    std::wstring group;
+    EXPECT_TRUE(resource.IsOnCurrentNode(&group));
+    EXPECT_EQ(group, L"EVS1");
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::IsOnCurrentNode", "< CClusterResource::IsOnCurrentNode"}));
+    EXPECT_EQ(TakeJournal(), Lines({"GetComputerNameW()", "GetClusterResourceState(EVS1 IP)=2"}));
+    CClusterResource other;
+    Open(other, L"Cluster IP");
+    EXPECT_FALSE(other.IsOnCurrentNode(nullptr));
+}
+
+TEST_F(ResourceState, AnUnknownStateIsNotOnThisNode) {
+    Platform().FailCall("GetClusterResourceState", 5006);
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnCurrentNode", "E ClusterResourceStateUnknown == 0",
+                                "< CClusterResource::IsOnCurrentNode"}));
+}
+
+TEST_F(ResourceState, WithoutAHandleNothingIsOnThisNode) {
+    CClusterResource resource;
+    EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A", "E NULL == m_hResource",
+                     "I Resource is not online, return false", "< CClusterResource::IsOnlineOnCurrentNode"}));
+    EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
+}
+
+} // namespace

@@ -1,0 +1,412 @@
+#include "ClusterFixture.h"
+
+using namespace harness;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+namespace {
+
+class ClusterSession : public OpenClusterTest {};
+
+class ClusterOpening : public ClusterTest {
+protected:
+    ClusterOpening() {
+        Load(ExchangeCluster());
+    }
+};
+
+// Opening and closing ----------------------------------------------------------------------------------------------------
+
+TEST_F(ClusterOpening, StartsClosed) {
+    CCluster cluster;
+    EXPECT_EQ(cluster.GetHandle(), nullptr);
+    cluster.Close();
+    EXPECT_EQ(TakeJournal(), "");
+    EXPECT_EQ(TakeLog(), "");
+}
+
+TEST_F(ClusterOpening, OpensTheLocalCluster) {
+    CCluster cluster;
+    EXPECT_TRUE(cluster.OpenByLPC());
+    EXPECT_NE(cluster.GetHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()"}));
+}
+
+TEST_F(ClusterOpening, AFailureToOpenTheLocalClusterIsLoggedAtTheLeavingLevel) {
+    Platform().FailCall("OpenCluster()", 1753);
+    CCluster cluster;
+    EXPECT_FALSE(cluster.OpenByLPC());
+    EXPECT_EQ(cluster.GetHandle(), nullptr);
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC(), err=1753", "< CCluster::OpenByLPC()"}));
+}
+
+TEST_F(ClusterOpening, OpeningTheLocalClusterTwiceSucceedsAndKeepsTheHandle) {
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    const HCLUSTER handle = cluster.GetHandle();
+    Forget();
+    EXPECT_TRUE(cluster.OpenByLPC());
+    EXPECT_EQ(cluster.GetHandle(), handle);
+    EXPECT_EQ(TakeJournal(), "");
+    EXPECT_THAT(TakeLog(), StartsWith(Lines({"> CCluster::OpenByLPC()",
+                                             "W Warning, the cluster has already been opened, return success."})));
+}
+
+TEST_F(ClusterOpening, OpensAClusterByName) {
+    CCluster cluster;
+    EXPECT_TRUE(cluster.OpenByRPC(L"EXCLUS"));
+    EXPECT_NE(cluster.GetHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster(EXCLUS)"}));
+}
+
+TEST_F(ClusterOpening, AFailureToOpenByNameIsNotLogged) {
+    Platform().FailCall("OpenCluster", 1722);
+    CCluster cluster;
+    EXPECT_FALSE(cluster.OpenByRPC(L"ELSEWHERE"));
+    EXPECT_EQ(cluster.GetHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster(ELSEWHERE)=1722"}));
+}
+
+TEST_F(ClusterOpening, OpeningByNameNeedsAName) {
+    CCluster cluster;
+    EXPECT_FALSE(cluster.OpenByRPC(nullptr));
+    EXPECT_EQ(TakeLog(), Lines({"E lpcwClusterName is NULL, cannot open RPC handle"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ClusterOpening, OpeningByNameWhileOpenFailsAndKeepsTheHandle) {
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    const HCLUSTER handle = cluster.GetHandle();
+    Forget();
+    EXPECT_FALSE(cluster.OpenByRPC(L"EXCLUS"));
+    EXPECT_EQ(cluster.GetHandle(), handle);
+    EXPECT_EQ(TakeLog(), Lines({"E Already opened, return false"}));
+    EXPECT_FALSE(cluster.OpenByRPC(nullptr));
+    EXPECT_EQ(TakeLog(), Lines({"E lpcwClusterName is NULL, cannot open RPC handle"}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ClusterOpening, CloseIsRepeatableAndOpeningAgainWorks) {
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    cluster.Close();
+    EXPECT_EQ(cluster.GetHandle(), nullptr);
+    cluster.Close();
+    EXPECT_TRUE(cluster.OpenByRPC(L"EXCLUS"));
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "CloseCluster()", "OpenCluster(EXCLUS)"}));
+}
+
+TEST_F(ClusterOpening, AFailingCloseIsIgnoredAndTheHandleForgotten) {
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    Forget();
+    Platform().FailCall("CloseCluster", 6);
+    cluster.Close();
+    EXPECT_EQ(cluster.GetHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), "");
+}
+
+TEST_F(ClusterOpening, DestructionClosesAndKeepsTheLastError) {
+    Platform().FailCall("CloseCluster", 6);
+    {
+        CCluster cluster;
+        ASSERT_TRUE(cluster.OpenByLPC());
+        SetLastError(ImpossibleCode);
+    }
+    EXPECT_EQ(GetLastError(), ImpossibleCode);
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "CloseCluster()=6"}));
+}
+
+// Cluster name -------------------------------------------------------------------------------------------------------------
+
+class ClusterNameLength : public ClusterTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ClusterNameLength, UpToFifteenCharactersAreReturned) {
+    const std::string name(static_cast<std::size_t>(GetParam()), 'N');
+    Load(GivenCluster(name).Node("NODE-A"));
+    CCluster cluster;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    Forget();
+    std::wstring text = L"before";
+    const bool fits = GetParam() <= 15;
+    EXPECT_EQ(cluster.GetClusterName(text), fits);
+    if (fits) {
+        EXPECT_EQ(Utf8(text), name);
+        EXPECT_EQ(TakeJournal(), Lines({"GetClusterInformation(16)"}));
+        EXPECT_EQ(TakeLog(), "");
+    } else {
+        // The second call fills the buffer all the same; callers rely on the refusal.
+        EXPECT_EQ(text, L"before");
+        EXPECT_EQ(TakeJournal(), Lines({"GetClusterInformation(16)=234",
+                                        "GetClusterInformation(" + std::to_string(GetParam() + 1) + ")"}));
+        EXPECT_THAT(TakeLog(), StartsWith("E CCluster::GetClusterName() returns error, code:"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Boundary, ClusterNameLength, ::testing::Values(1, 14, 15, 16, 17, 63),
+                         ::testing::PrintToStringParamName());
+
+TEST_F(ClusterSession, AClusterNameThatCannotBeReadIsLoggedWithTheLastErrorNotTheCode) {
+    Platform().FailCall("GetClusterInformation", 1726);
+    std::wstring name = L"before";
+    SetLastError(4711);
+    EXPECT_FALSE(cluster.GetClusterName(name));
+    EXPECT_EQ(name, L"before");
+    EXPECT_EQ(TakeLog(), Lines({"E CCluster::GetClusterName() returns error, code:4711"}));
+    EXPECT_EQ(TakeJournal(), Lines({"GetClusterInformation(16)=1726"}));
+}
+
+TEST_F(ClusterSession, TheSecondReadOfALongClusterNameIsNotLookedAt) {
+    int calls = 0;
+    const auto patch =
+        PatchImport(clusapi, GetClusterInformation, [&](HCLUSTER, LPWSTR, LPDWORD cch, LPCLUSTERVERSIONINFO) -> DWORD {
+            *cch = 20;
+            SetLastError(4711);
+            return ++calls == 1 ? ERROR_MORE_DATA : ERROR_ACCESS_DENIED;
+        });
+    std::wstring name;
+    EXPECT_FALSE(cluster.GetClusterName(name));
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(TakeLog(), Lines({"E CCluster::GetClusterName() returns error, code:4711"}));
+}
+
+TEST_F(ClusterSession, TheClusterNameSurvivesMissingMemory) {
+    std::wstring name = L"before";
+    Heap().FailLocalAlloc(1);
+    EXPECT_FALSE(cluster.GetClusterName(name));
+    EXPECT_TRUE(Heap().Fired());
+    EXPECT_EQ(name, L"before");
+    EXPECT_THAT(TakeLog(), HasSubstr("E CCluster::GetClusterName() returns error, code:"));
+}
+
+TEST_F(ClusterOpening, TheNameOfAClosedClusterIsAFailure) {
+    CCluster cluster;
+    std::wstring name = L"before";
+    EXPECT_FALSE(cluster.GetClusterName(name));
+    EXPECT_EQ(name, L"before");
+    EXPECT_THAT(TakeLog(), StartsWith("E CCluster::GetClusterName() returns error, code:"));
+    Cluster().ClearJournal(); // the null handle is no open one
+}
+
+// Name and resource of the cluster -----------------------------------------------------------------------------------------
+
+TEST_F(ClusterOpening, GivesTheClusterNameAndItsResourceId) {
+    std::wstring name;
+    std::wstring id;
+    EXPECT_TRUE(CCluster::GetClusterNameResourceGUID(name, id));
+    EXPECT_EQ(name, L"EXCLUS");
+    EXPECT_EQ(id, L"0a0b0c0d-0000-0000-0000-00000000c1c1");
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::GetClusterNameResourceGUID()",
+                                "> CCluster::OpenByLPC()",
+                                "< CCluster::OpenByLPC()",
+                                "> CCluster::OpenNetworkNameResourceByNetworkName",
+                                "> CCluster::FindFirstResourceNameByNetworkName",
+                                "I Network name found: Cluster Name for res:",
+                                "< CClusterResource::FindFirstResourceNameByNetworkName",
+                                "< CCluster::OpenNetworkNameResourceByNetworkName",
+                                "< CCluster::GetClusterNameResourceGUID()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()",
+                                    "GetClusterInformation(16)",
+                                    "ClusterOpenEnum(4)",
+                                    "ClusterEnum(0,256)",
+                                    "ClusterEnum(1,256)",
+                                    "ClusterEnum(2,256)",
+                                    "ClusterEnum(3,256)",
+                                    "ClusterEnum(4,256)",
+                                    "ClusterEnum(5,256)=259",
+                                    "ClusterCloseEnum()",
+                                    "OpenClusterResource(Cluster IP)",
+                                    "ClusterResourceControl(Cluster IP,GET_RESOURCE_TYPE,128)",
+                                    "CloseClusterResource(Cluster IP)",
+                                    "OpenClusterResource(Cluster Name)",
+                                    "ClusterResourceControl(Cluster Name,GET_RESOURCE_TYPE,128)",
+                                    "ClusterResourceControl(Cluster Name,GET_NETWORK_NAME,128)",
+                                    "CloseClusterResource(Cluster Name)",
+                                    "OpenClusterResource(Cluster Name)",
+                                    "ClusterResourceControl(Cluster Name,GET_ID,128)",
+                                    "CloseClusterResource(Cluster Name)",
+                                    "CloseCluster()"}));
+}
+
+struct FailingStep {
+    const char* call;
+    const char* warning;
+};
+
+class ClusterNameResource : public ClusterTest, public ::testing::WithParamInterface<FailingStep> {};
+
+TEST_P(ClusterNameResource, WritesNeitherOutputWhenAStepFails) {
+    Load(ExchangeCluster());
+    Platform().FailCall(GetParam().call, ERROR_ACCESS_DENIED);
+    std::wstring name = L"name";
+    std::wstring id = L"id";
+    EXPECT_FALSE(CCluster::GetClusterNameResourceGUID(name, id));
+    EXPECT_EQ(name, L"name");
+    EXPECT_EQ(id, L"id");
+    const std::string log = TakeLog();
+    EXPECT_THAT(log, StartsWith("> CCluster::GetClusterNameResourceGUID()\n"));
+    EXPECT_THAT(log, ::testing::EndsWith(Lines({std::string("W ") + GetParam().warning,
+                                                "< CCluster::GetClusterNameResourceGUID()"})));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, ClusterNameResource,
+    ::testing::Values(FailingStep{"OpenCluster", "Cannot cluster.OpenByLPC()"},
+                      FailingStep{"GetClusterInformation", "cluster.GetClusterName"},
+                      FailingStep{"ClusterOpenEnum", "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+                      FailingStep{"OpenClusterResource(Cluster Name)",
+                                  "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+                      FailingStep{"ClusterResourceControl(Cluster Name,GET_ID,128)",
+                                  "cannot resNetworkName.GetSystemStringProperty()"}));
+
+// Opening objects ----------------------------------------------------------------------------------------------------------
+
+TEST_F(ClusterSession, OpensAResourceByNameInAnyLetterCase) {
+    CClusterResource resource;
+    EXPECT_TRUE(cluster.OpenResourceByName(resource, L"evs1 DISK"));
+    EXPECT_NE(resource.GetResourceHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenClusterResource(evs1 DISK)"}));
+}
+
+TEST_F(ClusterSession, AResourceThatDoesNotOpenIsLoggedWithItsCode) {
+    CClusterResource resource;
+    EXPECT_FALSE(cluster.OpenResourceByName(resource, L"EVS9"));
+    EXPECT_EQ(resource.GetResourceHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), Lines({"E Open resource failed:EVS9, err=5007"}));
+}
+
+TEST_F(ClusterSession, OpeningIntoAResourceThatHoldsAHandleKeepsThatHandle) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const HRESOURCE handle = resource.GetResourceHandle();
+    EXPECT_FALSE(cluster.OpenResourceByName(resource, L"EVS1 Disk"));
+    EXPECT_EQ(resource.GetResourceHandle(), handle);
+    EXPECT_EQ(TakeLog(), Lines({"E resource has alreay been opened."}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ClusterSession, OpensAGroupByName) {
+    CClusterGroup group;
+    EXPECT_TRUE(cluster.OpenGroupByName(group, L"EVS1"));
+    EXPECT_NE(group.GetGroupHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenClusterGroup(EVS1)"}));
+}
+
+TEST_F(ClusterSession, AGroupThatDoesNotOpenIsLoggedWithItsCode) {
+    CClusterGroup group;
+    EXPECT_FALSE(cluster.OpenGroupByName(group, L"EVS9"));
+    EXPECT_EQ(group.GetGroupHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), Lines({"E Open group failed, code:5013"}));
+}
+
+TEST_F(ClusterSession, OpeningIntoAGroupThatHoldsAHandleKeepsThatHandle) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    const HGROUP handle = group.GetGroupHandle();
+    EXPECT_FALSE(cluster.OpenGroupByName(group, L"Cluster Group"));
+    EXPECT_EQ(group.GetGroupHandle(), handle);
+    EXPECT_EQ(TakeLog(), Lines({"E Group has already been opened."}));
+    EXPECT_EQ(TakeJournal(), "");
+}
+
+TEST_F(ClusterSession, OpensANodeByName) {
+    {
+        CClusterNode node;
+        EXPECT_EQ(node.GetNodeHandle(), nullptr);
+        EXPECT_TRUE(cluster.OpenNodeByName(node, L"NODE-B"));
+        EXPECT_NE(node.GetNodeHandle(), nullptr);
+    }
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenClusterNode(NODE-B)", "CloseClusterNode(NODE-B)"}));
+}
+
+TEST_F(ClusterSession, ANodeThatDoesNotOpenIsNotLoggedAndKeepsWhatItHeld) {
+    CClusterNode node;
+    ASSERT_TRUE(cluster.OpenNodeByName(node, L"NODE-A"));
+    const HNODE handle = node.GetNodeHandle();
+    EXPECT_FALSE(cluster.OpenNodeByName(node, L"NODE-Z"));
+    EXPECT_EQ(node.GetNodeHandle(), handle);
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(TakeJournal(), Lines({"OpenClusterNode(NODE-A)", "OpenClusterNode(NODE-Z)=5042"}));
+}
+
+TEST_F(ClusterSession, OpeningANodeOverwritesAHeldHandleWithoutClosingIt) {
+    HNODE first = nullptr;
+    {
+        CClusterNode node;
+        ASSERT_TRUE(cluster.OpenNodeByName(node, L"NODE-A"));
+        first = node.GetNodeHandle();
+        EXPECT_TRUE(cluster.OpenNodeByName(node, L"NODE-B"));
+        EXPECT_NE(node.GetNodeHandle(), first);
+    }
+    EXPECT_EQ(TakeJournal(),
+              Lines({"OpenClusterNode(NODE-A)", "OpenClusterNode(NODE-B)", "CloseClusterNode(NODE-B)"}));
+    EXPECT_TRUE(CloseClusterNode(first));
+}
+
+TEST_F(ClusterSession, HandlesStayUsableAfterTheClusterIsClosed) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    cluster.Close();
+    EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false), L"IP Address");
+}
+
+TEST_F(ClusterOpening, OpeningThroughAClosedClusterFails) {
+    CCluster cluster;
+    CClusterResource resource;
+    CClusterGroup group;
+    CClusterNode node;
+    EXPECT_FALSE(cluster.OpenResourceByName(resource, L"EVS1 IP"));
+    EXPECT_FALSE(cluster.OpenGroupByName(group, L"EVS1"));
+    EXPECT_FALSE(cluster.OpenNodeByName(node, L"NODE-A"));
+    EXPECT_EQ(TakeLog(), Lines({"E Open resource failed:EVS1 IP, err=6", "E Open group failed, code:6"}));
+    Cluster().ClearJournal(); // the null handle is no open one
+}
+
+// Creating -------------------------------------------------------------------------------------------------------------------
+
+TEST_F(ClusterSession, CreatesAnOfflineResourceInTheGroup) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    CClusterResource resource;
+    EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::CreateResource", "< CCluster::CreateResource"}));
+    EXPECT_EQ(TakeJournal(), Lines({"CreateClusterResource(EVS1,EVS1 IP 2,IP Address,0)"}));
+    std::wstring groupName;
+    EXPECT_EQ(resource.GetResourceState(nullptr, &groupName), CClusterResource::RES_STATE_OFFLINE);
+    EXPECT_EQ(groupName, L"EVS1");
+}
+
+TEST_F(ClusterSession, AResourceThatCannotBeCreatedIsLogged) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    CClusterResource resource;
+    EXPECT_FALSE(CCluster::CreateResource(group, resource, L"EVS1 IP", L"IP Address"));
+    EXPECT_EQ(resource.GetResourceHandle(), nullptr);
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::CreateResource", "E Cannot create resource:EVS1 IP type:IP Address",
+                                "< CCluster::CreateResource"}));
+    EXPECT_EQ(TakeJournal(), Lines({"CreateClusterResource(EVS1,EVS1 IP,IP Address,0)=5010"}));
+}
+
+TEST_F(ClusterSession, CreatingOverwritesAHeldHandleWithoutClosingIt) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const HRESOURCE first = resource.GetResourceHandle();
+    EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
+    EXPECT_NE(resource.GetResourceHandle(), first);
+    resource.Close();
+    EXPECT_EQ(TakeJournal(),
+              Lines({"CreateClusterResource(EVS1,EVS1 IP 2,IP Address,0)", "CloseClusterResource(EVS1 IP 2)"}));
+    EXPECT_TRUE(CloseClusterResource(first));
+}
+
+} // namespace
