@@ -1,0 +1,126 @@
+#!/bin/bash
+# demo.sh BIN_DIR RUN_COMMAND...: shows the library's main job on simulated clusters.
+#
+# BIN_DIR holds clusctl.exe with the library's and the simulator's DLLs; RUN_COMMAND runs a Windows program in a Wine prefix of the
+# demo's own, whose product settings are replaced. Exit code 1 as soon as something does not behave as the text says.
+set -euo pipefail
+
+if [ $# -lt 2 ]; then
+    echo "usage: demo.sh BIN_DIR RUN_COMMAND..." >&2
+    exit 2
+fi
+absolute() { # a path that still holds after the change of folder; other words stay as they are
+    if [ -e "$1" ]; then realpath -- "$1"; else printf '%s\n' "$1"; fi
+}
+examples=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+bin=$(cd "$1" && pwd)
+shift
+run=()
+for word in "$@"; do
+    run+=("$(absolute "$word")")
+done
+
+work=$(mktemp -d)
+cleanUp() {
+    "${run[@]}" reg delete "$productKey" /f >/dev/null 2>&1 </dev/null || true
+    rm -rf "$work"
+}
+productKey='HKLM\SOFTWARE\Plinthcore'
+trap cleanUp EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+cp "$examples"/*.json "$examples"/*.reg "$work"
+cd "$work"
+unset CLUSUTIL_LOG_FILE CLUSUTIL_LOG_LEVEL
+
+heading() {
+    printf '\n=== %s ===\n\n' "$1"
+}
+
+say() {
+    printf '%s\n' "$@"
+}
+
+broken() {
+    printf '\ndemo.sh: %s\n' "$1" >&2
+    exit 1
+}
+
+settings() { # settings FILE.reg: what set-up wrote on this computer
+    "${run[@]}" reg delete "$productKey" /f >/dev/null 2>&1 </dev/null || true
+    "${run[@]}" reg import "$1" >import.txt 2>&1 </dev/null || broken "cannot import $1: $(cat import.txt)"
+}
+
+# try EXIT_CODE TEXT ARGUMENT...: prints and runs clusctl ARGUMENT...; it has to end with this code and to say this text.
+try() {
+    local wanted=$1 text=$2 found=0
+    shift 2
+    printf '  $ clusctl%s\n' "$(printf ' %s' "$@")"
+    "${run[@]}" "$bin/clusctl.exe" "$@" >said.txt 2>&1 </dev/null || found=$?
+    sed 's/^/  /' said.txt
+    if [ "$found" -ne 0 ]; then
+        printf '  (exit code %d)\n' "$found"
+    fi
+    echo
+    [ "$found" -eq "$wanted" ] || broken "exit code $found, expected $wanted"
+    grep -qF -- "$text" said.txt || broken "expected the output to say \"$text\""
+}
+
+rejects() { # rejects TEXT: what the last command said must not contain it
+    ! grep -qF -- "$1" said.txt || broken "the output must not say \"$1\""
+}
+
+say "clusutil tells a mail security product which servers it has to protect on this computer." \
+    "clusctl is its command-line tool. Everything below is its real output. The clusters are simulated:" \
+    "files that the cluster simulator serves in place of a real cluster."
+
+heading "1. A node of a cluster"
+settings cluster.reg
+export CLUSSIM_FILE=two-node-single-copy.json
+say "The cluster has two nodes, this computer and EXNODE2, and three Exchange virtual servers," \
+    "EXVS-MAIL1 to EXVS-MAIL3, each a group of resources that moves between the nodes as a whole:" ""
+try 0 "EXVS-MAIL3" groups
+say "Which of them does this node serve? Those whose product resource it owns, so not EXVS-MAIL3:" ""
+try 0 "EXVS-MAIL1  192.0.2.21" servers
+rejects "EXVS-MAIL3"
+say "EXVS-MAIL2 is here too, but its product resource is offline (ONLINE: no). The same for scripts:" ""
+try 0 '"name": "EXVS-MAIL1"' servers --json
+
+heading "2. Which server is meant?"
+say "A name in any letter case, with or without a domain, or an address:" ""
+try 0 "F:\\Zyntra Gate\\" query exvs-mail1.example.com
+try 0 "EXVS-MAIL2" query 192.0.2.22
+say "EXVS-MAIL3 exists, but the other node serves it:" ""
+try 1 "this node serves no server" query EXVS-MAIL3
+
+heading "3. What belongs to a server"
+say "Its Exchange SMTP instances, and the product resource with what it depends on:" ""
+try 0 "100" smtp-instances EXVS-MAIL1
+try 0 "Depends on:" resources "Zyntra Gate (EXVS-MAIL1)"
+try 0 "single copy" host
+
+heading "4. Rehearse a failover"
+say "A snapshot is a copy of the cluster to play with. In the copy, this node takes EXVS-MAIL3 over:" ""
+try 0 "copy.json" snapshot copy.json
+FAILOVER
+heading "5. Continuous replication"
+settings ccr.reg
+export CLUSSIM_FILE=ccr.json
+say "A cluster without a shared disk: each node has its own copy of the data. The data path says so:" ""
+try 0 'CCRVSDB\EXVS-CCR1' servers
+try 0 "continuous replication" host
+
+heading "6. A plain server"
+settings plain-server.reg
+say "No cluster deployment: the one server is this computer, and its data is where set-up put it." \
+    "The cluster is not even asked:" ""
+try 0 "192.0.2.10" servers
+try 0 "192.0.2.10" query localhost
+
+heading "7. When the cluster does not answer"
+settings cluster.reg
+export CLUSSIM_FILE=no-such-cluster.json
+say "This should be a cluster node, but its cluster cannot be opened. An empty list would be a lie:" ""
+try 1 "cannot list the servers" servers
+
+say "That was the tour. 'clusctl --help' lists the rest, examples/README.md says how to go on by hand."

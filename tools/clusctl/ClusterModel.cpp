@@ -1,0 +1,243 @@
+#include "ClusterModel.h"
+
+#include "ClusterObjects.h"
+#include "PropertyJson.h"
+#include "Text.h"
+
+#include <cstring>
+
+namespace {
+
+const char* StateName(CLUSTER_RESOURCE_STATE state) {
+    switch (state) {
+    case ClusterResourceInherited:
+        return "Inherited";
+    case ClusterResourceInitializing:
+        return "Initializing";
+    case ClusterResourceOnline:
+        return "Online";
+    case ClusterResourceOffline:
+        return "Offline";
+    case ClusterResourceFailed:
+        return "Failed";
+    case ClusterResourcePending:
+        return "Pending";
+    case ClusterResourceOnlinePending:
+        return "OnlinePending";
+    case ClusterResourceOfflinePending:
+        return "OfflinePending";
+    default:
+        return "Unknown";
+    }
+}
+
+Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
+    return Failure(std::string("cannot read ") + what + " of " + Quoted(ToUtf8(name)) + ": " + ErrorText(code));
+}
+
+struct Placement {
+    CLUSTER_RESOURCE_STATE state;
+    std::wstring node;
+    std::wstring group;
+};
+
+// Where a resource is. Unlike the library's class, without a limit to the names.
+Placement ReadPlacement(HRESOURCE resource, const std::wstring& name) {
+    std::vector<wchar_t> node(64);
+    std::vector<wchar_t> group(256);
+    for (;;) {
+        auto nodeLength = static_cast<DWORD>(node.size());
+        auto groupLength = static_cast<DWORD>(group.size());
+        const CLUSTER_RESOURCE_STATE state =
+            GetClusterResourceState(resource, node.data(), &nodeLength, group.data(), &groupLength);
+        if (state != ClusterResourceStateUnknown) {
+            return {state, node.data(), group.data()};
+        }
+        const DWORD code = GetLastError();
+        if (code != ERROR_MORE_DATA || (nodeLength < node.size() && groupLength < group.size())) {
+            throw CannotRead("the state", name, code);
+        }
+        node.resize(nodeLength + 1);
+        group.resize(groupLength + 1);
+    }
+}
+
+// Unlike the library's class, without a limit to the name.
+std::wstring ReadClusterName(const CCluster& cluster) {
+    std::vector<wchar_t> name(64);
+    for (;;) {
+        auto length = static_cast<DWORD>(name.size());
+        const DWORD code = GetClusterInformation(cluster.GetHandle(), name.data(), &length, nullptr);
+        if (code == ERROR_SUCCESS) {
+            return name.data();
+        }
+        if (code != ERROR_MORE_DATA || length < name.size()) {
+            throw Failure("cannot read the cluster's name: " + ErrorText(code));
+        }
+        name.resize(length + 1);
+    }
+}
+
+// Reads the open cluster, object by object, in the cluster's order.
+class ModelReader {
+public:
+    explicit ModelReader(const CCluster& cluster) : m_cluster(cluster) {
+        wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+        DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
+        if (GetComputerNameW(name, &length)) {
+            m_thisComputer.assign(name, length);
+        }
+    }
+
+    Json Read() {
+        Json model;
+        model["cluster"] = {{"name", ToUtf8(ReadClusterName(m_cluster))}};
+        Json resources = Json::array();
+        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_RESOURCE)) {
+            resources.push_back(ReadResourceModel(name));
+        }
+        model["resourceTypes"] = m_types;
+        model["nodes"] = Json::array();
+        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_NODE)) {
+            model["nodes"].push_back(ReadNodeModel(name));
+        }
+        model["groups"] = Json::array();
+        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_GROUP)) {
+            model["groups"].push_back(ReadGroupModel(name));
+        }
+        model["resources"] = resources;
+        return model;
+    }
+
+private:
+    // A node's name in the model. The library compares node and computer names letter by letter: so does this.
+    std::string NodeName(const std::wstring& name) const {
+        return name == m_thisComputer ? "." : ToUtf8(name);
+    }
+
+    Json NodeNames(const Names& names) const {
+        Json list = Json::array();
+        for (const std::wstring& name : names) {
+            list.push_back(NodeName(name));
+        }
+        return list;
+    }
+
+    Json ReadNodeModel(const std::wstring& name) const {
+        CClusterNode node;
+        if (!m_cluster.OpenNodeByName(node, name.c_str())) {
+            throw Failure("cannot open the node " + Quoted(ToUtf8(name)));
+        }
+        Json model = {{"name", NodeName(name)}};
+        const CLUSTER_NODE_STATE state = GetClusterNodeState(node.GetNodeHandle());
+        if (state != ClusterNodeUp) {
+            model["state"] = state == ClusterNodePaused ? "paused" : "down";
+        }
+        return model;
+    }
+
+    Json ReadGroupModel(const std::wstring& name) const {
+        CClusterGroup group;
+        if (!m_cluster.OpenGroupByName(group, name.c_str())) {
+            throw Failure("cannot open the group " + Quoted(ToUtf8(name)));
+        }
+        std::wstring owner;
+        if (ReadGroupState(group.GetGroupHandle(), owner) == ClusterGroupStateUnknown) {
+            throw CannotRead("the owner", name, GetLastError());
+        }
+        Json model = {{"name", ToUtf8(name)}, {"owner", NodeName(owner)}};
+        Names preferred;
+        if (!ListPreferredOwners(group.GetGroupHandle(), preferred)) {
+            throw Failure("cannot list the preferred owners of " + Quoted(ToUtf8(name)));
+        }
+        if (!preferred.empty()) {
+            model["preferredOwners"] = NodeNames(preferred);
+        }
+        return model;
+    }
+
+    Json ReadResourceModel(const std::wstring& name) {
+        CClusterResource resource;
+        if (!m_cluster.OpenResourceByName(resource, name.c_str())) {
+            throw Failure("cannot open the resource " + Quoted(ToUtf8(name)));
+        }
+        const HRESOURCE handle = resource.GetResourceHandle();
+        const Placement placement = ReadPlacement(handle, name);
+        const std::string type = SystemText(resource, CClusterResource::RES_PROP_TYPE, name);
+        AddType(type, handle, name);
+        Json model;
+        model["name"] = ToUtf8(name);
+        model["type"] = type;
+        model["id"] = SystemText(resource, CClusterResource::RES_PROP_GUID, name);
+        model["group"] = ToUtf8(placement.group);
+        model["state"] = StateName(placement.state);
+        model["dependsOn"] = NamesJson(Related(resource, CLUSTER_RESOURCE_ENUM_DEPENDS, name));
+        model["possibleOwners"] = NodeNames(Related(resource, CLUSTER_RESOURCE_ENUM_NODES, name));
+        AddProperties(model, "common", handle, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, name);
+        AddProperties(model, "private", handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, name);
+        if (ResourceClass(handle) == CLUS_RESCLASS_STORAGE) {
+            model["disk"] =
+                DiskJson(Query(handle, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, "the disk information", name));
+        }
+        return model;
+    }
+
+    void AddType(const std::string& type, HRESOURCE resource, const std::wstring& name) {
+        for (const Json& known : m_types) {
+            if (known["name"] == type) {
+                return;
+            }
+        }
+        const std::vector<unsigned char> answer = Query(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, "the class", name);
+        DWORD numbers[2] = {}; // class, subclass
+        std::memcpy(numbers, answer.data(), answer.size() < sizeof(numbers) ? answer.size() : sizeof(numbers));
+        m_types.push_back({{"name", type}, {"class", numbers[0]}, {"subclass", numbers[1]}});
+    }
+
+    static void AddProperties(Json& model, const char* member, HRESOURCE resource, DWORD controlCode,
+                              const std::wstring& name) {
+        const Json properties = PropertiesJson(Query(resource, controlCode, "the properties", name));
+        if (!properties.empty()) {
+            model[member] = properties;
+        }
+    }
+
+    static std::vector<unsigned char> Query(HRESOURCE resource, DWORD controlCode, const char* what,
+                                            const std::wstring& name) {
+        std::vector<unsigned char> answer;
+        DWORD code = 0;
+        if (!QueryResource(resource, controlCode, answer, code)) {
+            throw CannotRead(what, name, code);
+        }
+        return answer;
+    }
+
+    static Names Related(const CClusterResource& resource, DWORD enumType, const std::wstring& name) {
+        Names names;
+        if (!resource.EnumNames(enumType, names)) {
+            throw Failure("cannot list the related objects of " + Quoted(ToUtf8(name)));
+        }
+        return names;
+    }
+
+    static std::string SystemText(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id,
+                                  const std::wstring& name) {
+        const wchar_t* text = resource.GetSystemStringProperty(id, false);
+        if (text == nullptr) {
+            throw Failure("cannot read type and ID of " + Quoted(ToUtf8(name)));
+        }
+        return ToUtf8(text);
+    }
+
+    const CCluster& m_cluster;
+    std::wstring m_thisComputer;
+    Json m_types = Json::array();
+};
+
+} // namespace
+
+Json ReadClusterModel() {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    return ModelReader(cluster).Read();
+}

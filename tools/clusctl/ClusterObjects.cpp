@@ -1,0 +1,216 @@
+#include "ClusterObjects.h"
+
+#include "ClusterApi.h"
+#include "Text.h"
+
+#include <cstring>
+
+namespace {
+
+Json TextOrNull(const wchar_t* text) {
+    return text == nullptr ? Json() : Json(ToUtf8(text));
+}
+
+Json RelatedNames(const CClusterResource& resource, DWORD enumType) {
+    Names names;
+    return resource.EnumNames(enumType, names) ? NamesJson(names) : Json();
+}
+
+// A disk without a partition gives the head of its disk information instead of a device name.
+Json DiskDevice(CClusterResource& resource) {
+    const wchar_t* device = resource.GetSystemStringProperty(CClusterResource::RES_PROP_DISK_DEVICE, false);
+    return device == nullptr || device[0] < L' ' ? Json() : Json(ToUtf8(device));
+}
+
+std::string GroupStateWord(CLUSTER_GROUP_STATE state) {
+    switch (state) {
+    case ClusterGroupOnline:
+        return "online";
+    case ClusterGroupOffline:
+        return "offline";
+    case ClusterGroupFailed:
+        return "failed";
+    case ClusterGroupPartialOnline:
+        return "partly online";
+    case ClusterGroupPending:
+        return "pending";
+    default:
+        return "unknown";
+    }
+}
+
+void ReadResourceDetail(CClusterResource& resource, const std::wstring& type, Json& record) {
+    record["id"] = TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false));
+    record["dependsOn"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_DEPENDS);
+    record["dependants"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_PROVIDES);
+    record["possibleOwners"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_NODES);
+    if (type == L"Network Name") {
+        record["networkName"] =
+            TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false));
+    }
+    if (ResourceClass(resource.GetResourceHandle()) == CLUS_RESCLASS_STORAGE) {
+        record["diskDevice"] = DiskDevice(resource);
+    }
+}
+
+} // namespace
+
+CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
+    std::vector<wchar_t> node(64);
+    for (;;) {
+        auto length = static_cast<DWORD>(node.size());
+        const CLUSTER_GROUP_STATE state = GetClusterGroupState(group, node.data(), &length);
+        if (state != ClusterGroupStateUnknown) {
+            owner = node.data();
+            return state;
+        }
+        if (GetLastError() != ERROR_MORE_DATA || length < node.size()) {
+            return state;
+        }
+        node.resize(length + 1);
+    }
+}
+
+bool ListPreferredOwners(HGROUP group, Names& names) {
+    const HGROUPENUM list = ClusterGroupOpenEnum(group, CLUSTER_GROUP_ENUM_NODES);
+    if (list == nullptr) {
+        return false;
+    }
+    std::vector<wchar_t> name(64);
+    DWORD code = ERROR_SUCCESS;
+    for (DWORD i = 0; code == ERROR_SUCCESS;) {
+        DWORD type = 0;
+        auto length = static_cast<DWORD>(name.size());
+        code = ClusterGroupEnum(list, i, &type, name.data(), &length);
+        if (code == ERROR_SUCCESS) {
+            names.push_back(name.data());
+            ++i;
+        } else if (code == ERROR_MORE_DATA && length >= name.size()) {
+            name.resize(length + 1);
+            code = ERROR_SUCCESS;
+        }
+    }
+    ClusterGroupCloseEnum(list);
+    return code == ERROR_NO_MORE_ITEMS;
+}
+
+void OpenLocalCluster(CCluster& cluster) {
+    if (!cluster.OpenByLPC()) {
+        throw Failure("cannot open this computer's cluster");
+    }
+}
+
+Names ListNames(const CCluster& cluster, CCLUSTER_OBJ_ENUM kind) {
+    Names names;
+    if (!cluster.EnumNames(kind, names)) {
+        throw Failure("cannot list the cluster's objects");
+    }
+    return names;
+}
+
+Json NamesJson(const Names& names) {
+    Json list = Json::array();
+    for (const std::wstring& name : names) {
+        list.push_back(ToUtf8(name));
+    }
+    return list;
+}
+
+bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
+    answer.resize(512);
+    for (;;) {
+        DWORD needed = 0;
+        code = ClusterResourceControl(resource, nullptr, controlCode, nullptr, 0, answer.data(),
+                                      static_cast<DWORD>(answer.size()), &needed);
+        if (code == ERROR_MORE_DATA && needed > answer.size()) {
+            answer.resize(needed);
+            continue;
+        }
+        answer.resize(code == ERROR_SUCCESS ? needed : 0);
+        return code == ERROR_SUCCESS;
+    }
+}
+
+DWORD ResourceClass(HRESOURCE resource) {
+    std::vector<unsigned char> answer;
+    DWORD code = 0;
+    DWORD result = CLUS_RESCLASS_UNKNOWN;
+    if (QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code) && answer.size() >= sizeof(result)) {
+        std::memcpy(&result, answer.data(), sizeof(result));
+    }
+    return result;
+}
+
+std::string StateWord(CClusterResource::RES_STATE state) {
+    if (state == CClusterResource::RES_STATE_UNKNOWN) {
+        return "unknown";
+    }
+    std::string word;
+    for (const char c : ToUtf8(CClusterResource::GetStateString(state))) { // "[ONLINE_PENDING]"
+        if (c >= 'A' && c <= 'Z') {
+            word += static_cast<char>(c - 'A' + 'a');
+        } else if (c == '_') {
+            word += ' ';
+        }
+    }
+    return word;
+}
+
+Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail) {
+    Json record;
+    record["name"] = ToUtf8(name);
+    record["type"] = nullptr;
+    record["group"] = nullptr;
+    record["owner"] = nullptr;
+    record["state"] = "unknown";
+    CClusterResource resource;
+    if (!cluster.OpenResourceByName(resource, name.c_str())) {
+        return record;
+    }
+    const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+    record["type"] = TextOrNull(type);
+    std::wstring owner;
+    std::wstring group;
+    const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, &group);
+    if (state != CClusterResource::RES_STATE_UNKNOWN) {
+        record["group"] = ToUtf8(group);
+        record["owner"] = ToUtf8(owner);
+        record["state"] = StateWord(state);
+    }
+    if (detail) {
+        const wchar_t* fullName = resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false);
+        if (fullName != nullptr) {
+            record["name"] = ToUtf8(fullName); // as stored: the caller's letter case may differ
+        }
+        ReadResourceDetail(resource, type == nullptr ? std::wstring() : type, record);
+    }
+    return record;
+}
+
+Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail) {
+    Json record;
+    record["name"] = ToUtf8(name);
+    record["owner"] = nullptr;
+    record["state"] = "unknown";
+    record["resources"] = nullptr;
+    CClusterGroup group;
+    if (!cluster.OpenGroupByName(group, name.c_str())) {
+        return record;
+    }
+    std::wstring owner;
+    const CLUSTER_GROUP_STATE state = ReadGroupState(group.GetGroupHandle(), owner);
+    if (state != ClusterGroupStateUnknown) {
+        record["owner"] = ToUtf8(owner);
+    }
+    record["state"] = GroupStateWord(state);
+    Names members;
+    if (group.EnumResourceNamesInGroup(members)) {
+        record["resources"] = members.size();
+    }
+    if (detail) {
+        record["members"] = NamesJson(members);
+        Names disks;
+        record["disks"] = group.EnumStorageResourceNamesInGroup(cluster, disks) ? NamesJson(disks) : Json();
+    }
+    return record;
+}

@@ -1,0 +1,137 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+
+namespace {
+
+const char Description[] = "Shows which servers this node serves, and what its cluster holds.";
+
+const char Footer[] = "Options may stand before or after the sub-command. 'clusctl SUBCOMMAND --help' shows its own.\n"
+                      "Exit code: 0 done, 1 the operation failed (the reason is on standard error), 2 wrong usage.\n"
+                      "\n"
+                      "Example: rehearse a change on a copy of your cluster\n"
+                      "\n"
+                      "  1. On a cluster node, write the live cluster to a file:\n"
+                      "       clusctl snapshot C:\\rehearsal\\model.json\n"
+                      "  2. Copy clusctl.exe and the DLLs beside it to a folder of its own, and the simulator's\n"
+                      "     clusapi.dll and resutils.dll into that folder. Tell them the file:\n"
+                      "       set CLUSSIM_FILE=C:\\rehearsal\\model.json\n"
+                      "  3. Make the change in the file, or with your own program on the same DLLs.\n"
+                      "  4. Look at the result, and compare it with the real cluster:\n"
+                      "       clusctl servers\n"
+                      "       clusctl resources --detail\n"
+                      "  The real cluster is not touched. Delete the file, and nothing is left.";
+
+// "Usage: clusctl query [OPTIONS] NAME|ADDRESS"
+std::string UsageLine(const CLI::App& app) {
+    if (app.get_parent() == nullptr) {
+        return "Usage: clusctl [OPTIONS] SUBCOMMAND\n";
+    }
+    std::string usage = "Usage: clusctl " + app.get_name() + " [OPTIONS]";
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->get_positional()) {
+            const std::string name = option->get_type_name();
+            usage += option->get_required() ? " " + name : " [" + name + "]";
+        }
+    }
+    return usage + "\n";
+}
+
+// Help texts as this tool words them: no notes on which option excludes which, one blank line between groups.
+class HelpFormatter : public CLI::Formatter {
+public:
+    HelpFormatter() {
+        column_width(34);
+        label("Positionals", "Arguments");
+    }
+
+    std::string make_help(const CLI::App* app, std::string, CLI::AppFormatMode mode) const override {
+        std::string text = app->get_description() + "\n\n" + UsageLine(*app) + make_positionals(app);
+        for (const std::string& group : app->get_groups()) {
+            const auto options = app->get_options([&group](const CLI::Option* option) {
+                return option->get_group() == group && option->nonpositional();
+            });
+            if (!options.empty()) {
+                text += make_group(group, false, options);
+            }
+        }
+        return text + make_subcommands(app, mode) + "\n" + app->get_footer() + "\n";
+    }
+
+    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+        return isPositional ? option->get_type_name() : CLI::Formatter::make_option_name(option, isPositional);
+    }
+
+    std::string make_option_opts(const CLI::Option* option) const override {
+        return option->get_type_size() == 0 || option->get_positional() ? std::string() : " " + option->get_type_name();
+    }
+};
+
+const CLI::Validator
+    NotEmpty([](std::string& text) { return text.empty() ? std::string("it is empty") : std::string(); }, "");
+
+} // namespace
+
+CommandLine::CommandLine() : m_app(Description, "clusctl") {
+    m_app.allow_windows_style_options(false);
+    m_app.require_subcommand(1);
+    m_app.formatter(std::make_shared<HelpFormatter>());
+    m_app.set_help_flag("-h,--help", "Show this text, or that of a sub-command")->group("Help");
+    m_app.set_version_flag("--version", "clusctl " CLUSCTL_VERSION, "Show the version")->group("Help");
+    m_app.add_flag("--json", m_shared.json, "Print JSON, for scripts")->group("Output");
+    m_app.add_flag("--verbose", m_shared.verbose, "Show the debug log on standard error")->group("Diagnostics");
+    m_app.add_option("--log", m_shared.logFile, "Append the debug log to a file")
+        ->type_name("FILE")
+        ->check(NotEmpty)
+        ->group("Diagnostics");
+    m_app.footer(Footer);
+}
+
+CLI::App& CommandLine::Add(const char* heading, const char* name, const char* description, const Action& action) {
+    CLI::App* command = m_app.add_subcommand(name, description);
+    command->group(heading);
+    command->fallthrough();
+    command->footer("The options of 'clusctl --help' hold here too.");
+    command->callback([this, action]() { m_chosen = action; });
+    return *command;
+}
+
+CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments) {
+    try {
+        m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it wants them last first
+        return Result::Run;
+    } catch (const CLI::CallForHelp&) {
+        m_text = m_app.help();
+        return Result::Help;
+    } catch (const CLI::CallForVersion& version) {
+        m_text = std::string(version.what()) + "\n";
+        return Result::Help;
+    } catch (const CLI::ParseError& error) {
+        m_text = std::string("clusctl: ") + error.what() + "\n" + Usage() + "Try 'clusctl --help'.\n";
+        return Result::Usage;
+    }
+}
+
+const std::string& CommandLine::Text() const {
+    return m_text;
+}
+
+const SharedOptions& CommandLine::Shared() const {
+    return m_shared;
+}
+
+const Action& CommandLine::Chosen() const {
+    return m_chosen;
+}
+
+CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
+                                  const char* description) {
+    return *command.add_option(name, value, description)->type_name(typeName)->check(NotEmpty);
+}
+
+std::string CommandLine::Usage() const {
+    const auto chosen = m_app.get_subcommands();
+    return UsageLine(chosen.empty() ? m_app : *chosen.back());
+}

@@ -1,0 +1,59 @@
+// The command line: options that every sub-command shares, and the sub-commands, which the command families add.
+#ifndef CLUSCTL_COMMANDLINE_H
+#define CLUSCTL_COMMANDLINE_H
+
+#include "Report.h"
+
+#include <CLI/App.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct SharedOptions {
+    bool json = false;
+    bool verbose = false;
+    std::string logFile;
+};
+
+class LogCapture;
+
+// Does a sub-command's work. Throws Failure. The log tells apart a plain "no" from a question that could not be
+// answered.
+typedef std::function<Report(const LogCapture& log)> Action;
+
+class CommandLine {
+public:
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    // Adds a sub-command under a heading of the help text. The options and arguments of its own go to the result.
+    CLI::App& Add(const char* heading, const char* name, const char* description, const Action& action);
+
+    // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty.
+    static CLI::Option& AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
+                                const char* description);
+
+    enum class Result {
+        Run,  // one sub-command was chosen
+        Help, // print Text() and be done
+        Usage // wrong usage; Text() says what is wrong
+    };
+
+    Result Parse(const std::vector<std::string>& arguments);
+
+    const std::string& Text() const;
+    const SharedOptions& Shared() const;
+    const Action& Chosen() const;
+
+private:
+    std::string Usage() const;
+
+    CLI::App m_app;
+    SharedOptions m_shared;
+    Action m_chosen;
+    std::string m_text;
+};
+
+#endif

@@ -1,0 +1,73 @@
+#include "HostCommands.h"
+
+#include "CommandLine.h"
+#include "LogCapture.h"
+#include "Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+namespace {
+
+const char Heading[] = "This computer";
+
+const Columns HostTitles = {
+    {"computerName", "Computer name"},
+    {"clustered", "Cluster deployment"},
+    {"quorumMode", "Quorum mode"},
+    {"quorumMeaning", "Quorum mode means"},
+    {"homeDirectory", "Home directory"},
+    {"dataRoot", "Data root"},
+    {"iisSite", "IIS site"},
+};
+
+// The home directory is there for derived classes.
+class HostSettings : public CVirtualServerUtil {
+public:
+    using CVirtualServerUtil::GetHomeDir;
+};
+
+std::string ComputerName() {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
+    if (!GetComputerNameW(name, &length)) {
+        throw Failure("cannot read the computer name: " + ErrorText(GetLastError()));
+    }
+    return ToUtf8(std::wstring(name, length));
+}
+
+const char* QuorumMeaning(int mode) {
+    switch (mode) {
+    case 0:
+        return "not set";
+    case CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY:
+        return "single copy cluster (shared disk)";
+    case CVirtualServerUtil::CLUSTER_QUORUM_CCR:
+        return "cluster continuous replication (CCR)";
+    default:
+        return "unknown";
+    }
+}
+
+Report Host(const LogCapture&) {
+    Json record;
+    record["computerName"] = ComputerName();
+    record["clustered"] = CVirtualServerUtil::CheckIsClusterByRegKey();
+    const int mode = CVirtualServerUtil::GetClusterQuorumModeByRegKey();
+    record["quorumMode"] = mode;
+    record["quorumMeaning"] = QuorumMeaning(mode);
+    std::wstring homeDirectory;
+    record["homeDirectory"] = HostSettings::GetHomeDir(homeDirectory) ? Json(ToUtf8(homeDirectory)) : Json();
+    const std::wstring dataRoot = CVirtualServerUtil::GetDataRootPath();
+    record["dataRoot"] = dataRoot.empty() ? Json() : Json(ToUtf8(dataRoot));
+    const int site = CVirtualServerUtil::QueryIISSiteID();
+    record["iisSite"] = site < 0 ? Json() : Json(site);
+    Report report;
+    report.AddRecord("host", record, HostTitles);
+    return report;
+}
+
+} // namespace
+
+void AddHostCommands(CommandLine& commandLine) {
+    commandLine.Add(Heading, "host", "Show the product's settings on this computer", Host);
+}

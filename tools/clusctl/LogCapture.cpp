@@ -1,0 +1,105 @@
+#include "LogCapture.h"
+
+#include "Text.h"
+
+#include <DebugLog.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+typedef decltype(&DebugLogSetSink) SetSinkFunction;
+
+SetSinkFunction FindSetSink() {
+    const HMODULE module = GetModuleHandleW(L"DebugLog.dll");
+    if (module == nullptr) {
+        return nullptr;
+    }
+    // By way of void*: the two function types have nothing in common.
+    return reinterpret_cast<SetSinkFunction>(reinterpret_cast<void*>(GetProcAddress(module, "DebugLogSetSink")));
+}
+
+bool IsProblem(unsigned int level, const std::string& text) {
+    // A cluster that cannot be opened is told on a leaving line, with the only code there is.
+    const bool isFailedOpen = level == DBG::LEVEL_LEAVING && text.find("err=") != std::string::npos;
+    return (level & 0x1000) != 0 || isFailedOpen;
+}
+
+// The library's text, and what the code at its end means.
+std::string Explained(const std::string& text) {
+    for (const char* mark : {"err=", "err:", "code:", "code: ", "error="}) {
+        const size_t at = text.rfind(mark);
+        if (at == std::string::npos) {
+            continue;
+        }
+        const char* number = text.c_str() + at + std::string(mark).size();
+        char* end = nullptr;
+        const unsigned long code = std::strtoul(number, &end, 10);
+        if (end != number && code != 0 && (*end == '\0' || *end == ')')) {
+            const std::string meaning = ErrorText(code);
+            const size_t open = meaning.find('(');
+            return open == std::string::npos ? text : text + " " + meaning.substr(open);
+        }
+    }
+    return text;
+}
+
+const char* WordOfLevel(unsigned int level) {
+    switch (level) {
+    case DBG::LEVEL_ERROR:
+        return "ERROR";
+    case DBG::LEVEL_INFORMATION:
+        return "INFO";
+    case DBG::LEVEL_ENTRY:
+        return "ENTER";
+    case DBG::LEVEL_LEAVING:
+        return "LEAVE";
+    default:
+        return (level & 0x1000) != 0 ? "WARNING" : "TRACE";
+    }
+}
+
+} // namespace
+
+LogCapture::LogCapture(const Stream* verbose) : m_verbose(verbose), m_isAvailable(false) {
+    if (const SetSinkFunction setSink = FindSetSink()) {
+        setSink(&LogCapture::Receive, this);
+        m_isAvailable = true;
+    }
+}
+
+LogCapture::~LogCapture() {
+    if (const SetSinkFunction setSink = m_isAvailable ? FindSetSink() : nullptr) {
+        setSink(nullptr, nullptr);
+    }
+}
+
+bool LogCapture::IsAvailable() const {
+    return m_isAvailable;
+}
+
+const std::vector<std::string>& LogCapture::Problems() const {
+    return m_problems;
+}
+
+void LogCapture::Receive(void* context, unsigned int level, const char*, int, const wchar_t* text) {
+    try {
+        static_cast<LogCapture*>(context)->Take(level, text);
+    } catch (...) {
+        // Out of memory: the line is lost, the library goes on.
+    }
+}
+
+void LogCapture::Take(unsigned int level, const std::wstring& text) {
+    const std::string line = Printable(ToUtf8(text));
+    if (m_verbose != nullptr) {
+        m_verbose->Write(std::string(WordOfLevel(level)) + " " + line + "\n");
+    }
+    if (IsProblem(level, line)) {
+        const std::string problem = Explained(line);
+        if (std::find(m_problems.begin(), m_problems.end(), problem) == m_problems.end()) {
+            m_problems.push_back(problem);
+        }
+    }
+}

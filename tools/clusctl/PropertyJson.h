@@ -1,0 +1,15 @@
+// Property lists and disk information, as the cluster gives them, in the form of the simulator's model file.
+#ifndef CLUSCTL_PROPERTYJSON_H
+#define CLUSCTL_PROPERTYJSON_H
+
+#include "Report.h"
+
+#include <vector>
+
+// An object with one member per property. Throws Failure when the list is malformed.
+Json PropertiesJson(const std::vector<unsigned char>& propertyList);
+
+// The value list of CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO. Throws Failure when it is malformed.
+Json DiskJson(const std::vector<unsigned char>& valueList);
+
+#endif

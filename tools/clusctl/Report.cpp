@@ -1,0 +1,160 @@
+#include "Report.h"
+
+#include "Text.h"
+
+#include <algorithm>
+
+namespace {
+
+const char Nothing[] = "-";
+const char Gap[] = "  ";
+
+// A value as a person reads it.
+std::string CellText(const Json& value) {
+    if (value.is_null()) {
+        return Nothing;
+    }
+    if (value.is_boolean()) {
+        return value.get<bool>() ? "yes" : "no";
+    }
+    if (value.is_string()) {
+        const std::string text = Printable(value.get<std::string>());
+        return text.empty() ? Nothing : text;
+    }
+    if (value.is_array()) {
+        std::string text;
+        for (const Json& element : value) {
+            text += (text.empty() ? "" : ", ") + CellText(element);
+        }
+        return text.empty() ? Nothing : text;
+    }
+    return value.dump();
+}
+
+std::string Cell(const Json& record, const Column& column) {
+    const auto found = record.find(column.key);
+    return found == record.end() ? Nothing : CellText(*found);
+}
+
+std::string Padded(const std::string& text, size_t width) {
+    const size_t count = CharacterCount(text);
+    return count < width ? text + std::string(width - count, ' ') : text;
+}
+
+std::string RecordText(const Json& record, const Columns& columns) {
+    size_t width = 0;
+    for (const Column& column : columns) {
+        if (record.contains(column.key)) {
+            width = std::max(width, CharacterCount(column.title));
+        }
+    }
+    std::string text;
+    for (const Column& column : columns) {
+        if (record.contains(column.key)) {
+            text += Padded(std::string(column.title) + ":", width + 1) + Gap + Cell(record, column) + "\n";
+        }
+    }
+    return text;
+}
+
+std::string LineText(const std::vector<std::string>& cells, const std::vector<size_t>& widths) {
+    std::string line;
+    for (size_t i = 0; i < cells.size(); ++i) {
+        const bool isLast = i + 1 == cells.size();
+        line += isLast ? cells[i] : Padded(cells[i], widths[i]) + Gap;
+    }
+    return line + "\n";
+}
+
+std::string TableText(const Json& records, const Columns& columns) {
+    std::vector<std::vector<std::string>> lines(1);
+    for (const Column& column : columns) {
+        lines[0].push_back(column.title);
+    }
+    for (const Json& record : records) {
+        std::vector<std::string> line;
+        for (const Column& column : columns) {
+            line.push_back(Cell(record, column));
+        }
+        lines.push_back(line);
+    }
+    std::vector<size_t> widths(columns.size(), 0);
+    for (const auto& line : lines) {
+        for (size_t i = 0; i < line.size(); ++i) {
+            widths[i] = std::max(widths[i], CharacterCount(line[i]));
+        }
+    }
+    std::string text;
+    for (const auto& line : lines) {
+        text += LineText(line, widths);
+    }
+    return text;
+}
+
+std::string RecordsText(const Json& records, const Columns& columns) {
+    std::string text;
+    for (const Json& record : records) {
+        text += (text.empty() ? "" : "\n") + RecordText(record, columns);
+    }
+    return text;
+}
+
+} // namespace
+
+void Report::Add(Form form, const char* key, const Json& value, const Columns& columns, const std::string& sentence) {
+    m_document[key] = value;
+    m_sections.push_back({form, key, columns, sentence});
+}
+
+void Report::AddRecord(const char* key, const Json& record, const Columns& columns) {
+    Add(Form::Record, key, record, columns, std::string());
+}
+
+void Report::AddTable(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty) {
+    Add(Form::Table, key, records, columns, whenEmpty);
+}
+
+void Report::AddRecords(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty) {
+    Add(Form::Records, key, records, columns, whenEmpty);
+}
+
+void Report::AddSentence(const char* key, const Json& value, const std::string& sentence) {
+    Add(Form::Sentence, key, value, Columns(), sentence);
+}
+
+Report Report::Verbatim(const Json& document) {
+    Report report;
+    report.m_document = document;
+    report.m_isVerbatim = true;
+    return report;
+}
+
+std::string Report::ToText() const {
+    if (m_isVerbatim) {
+        return ToJson();
+    }
+    std::string text;
+    for (const Section& section : m_sections) {
+        const Json& value = m_document.at(section.key);
+        const bool isEmptyList = section.form == Form::Sentence || (value.is_array() && value.empty());
+        text += text.empty() ? "" : "\n";
+        if (isEmptyList) {
+            text += section.sentence + "\n";
+        } else if (section.form == Form::Table) {
+            text += TableText(value, section.columns);
+        } else if (section.form == Form::Records) {
+            text += RecordsText(value, section.columns);
+        } else {
+            text += RecordText(value, section.columns);
+        }
+    }
+    return text;
+}
+
+std::string Report::ToJson() const {
+    return DumpJson(m_document);
+}
+
+std::string DumpJson(const Json& document) {
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}

@@ -1,0 +1,134 @@
+#include "ServerCommands.h"
+
+#include "ClusterObjects.h"
+#include "CommandLine.h"
+#include "LogCapture.h"
+#include "Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+const char Heading[] = "The servers of this node";
+
+const Columns ServerColumns = {
+    {"name", "NAME"}, {"address", "ADDRESS"}, {"online", "ONLINE"}, {"dataPath", "DATA PATH"}, {"guid", "GUID"},
+};
+
+const Columns ServerTitles = {
+    {"name", "Name"}, {"address", "Address"}, {"online", "Online"}, {"dataPath", "Data path"}, {"guid", "GUID"},
+};
+
+Json ServerRecord(const CClusterVirtualServerInfo& info) {
+    Json record;
+    record["name"] = ToUtf8(info.m_wsServerName);
+    record["address"] = ToUtf8(info.m_wsServerIP);
+    record["online"] = info.m_bIsOnline;
+    record["dataPath"] = ToUtf8(info.m_wsDataPath);
+    record["guid"] = ToUtf8(info.m_wsServerGUID);
+    return record;
+}
+
+// Asks for the count first and again as long as the cluster grows in between.
+std::vector<CClusterVirtualServerInfo> ListServers() {
+    CVirtualServerUtil util;
+    int count = 0;
+    std::vector<CClusterVirtualServerInfo> servers;
+    CVirtualServerUtil::ENUM_VS_RESULT result = util.EnumServersOnCurrentNode(nullptr, &count);
+    while (result == CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA) {
+        // One record at least: without servers there would be no buffer, and that asks for the count again.
+        servers.resize(static_cast<size_t>(count > 0 ? count : 1));
+        count = static_cast<int>(servers.size());
+        result = util.EnumServersOnCurrentNode(servers.data(), &count);
+    }
+    if (result != CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS) {
+        throw Failure("cannot list the servers of this node");
+    }
+    servers.resize(static_cast<size_t>(count));
+    return servers;
+}
+
+Report Servers() {
+    Json records = Json::array();
+    for (const CClusterVirtualServerInfo& info : ListServers()) {
+        records.push_back(ServerRecord(info));
+    }
+    Report report;
+    report.AddTable("servers", records, ServerColumns, "This node serves no server at present.");
+    return report;
+}
+
+Report Query(const std::string& nameOrAddress) {
+    CClusterVirtualServerLookupRequest request;
+    request.m_wsNameOrIP = ToUtf16(nameOrAddress);
+    CVirtualServerUtil util;
+    const auto info = std::make_unique<CClusterVirtualServerInfo>();
+    if (!util.QueryServerInfo(request, *info)) {
+        throw Failure("this node serves no server with the name or address " + Quoted(nameOrAddress));
+    }
+    Report report;
+    report.AddRecord("server", ServerRecord(*info), ServerTitles);
+    return report;
+}
+
+Report SmtpInstances(const std::string& networkName) {
+    const auto info = std::make_unique<CClusterVirtualServerInfo>();
+    if (!CVirtualServerUtil::GetSMTPInstanceInfo(ToUtf16(networkName).c_str(), *info)) {
+        throw Failure("cannot collect the SMTP instances of " + Quoted(networkName));
+    }
+    Report report;
+    if (info->m_nSmtpInstanceCount < 0) {
+        report.AddSentence("smtpInstances", nullptr,
+                           "This is not a cluster deployment: there are no instances to collect.");
+        return report;
+    }
+    Json instances = Json::array();
+    for (int i = 0; i < info->m_nSmtpInstanceCount; ++i) {
+        instances.push_back({{"id", info->m_dwSmtpInstanceIds[i]}});
+    }
+    report.AddTable("smtpInstances", instances, {{"id", "SMTP INSTANCE"}},
+                    "The group of " + Quoted(networkName) + " has no SMTP instance.");
+    return report;
+}
+
+Report StoreOnline(const LogCapture& log) {
+    {
+        CCluster cluster;
+        OpenLocalCluster(cluster);
+    }
+    const bool isOnline = CVirtualServerUtil::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode();
+    if (!isOnline && !log.Problems().empty()) {
+        throw Failure("cannot tell whether an Exchange store is online on this node");
+    }
+    Report report;
+    report.AddSentence("storeOnline", isOnline,
+                       isOnline ? "An Exchange store is online on this node."
+                                : "No Exchange store is online on this node.");
+    return report;
+}
+
+} // namespace
+
+void AddServerCommands(CommandLine& commandLine) {
+    commandLine.Add(Heading, "servers", "List the servers that this node serves",
+                    [](const LogCapture&) { return Servers(); });
+
+    const auto wanted = std::make_shared<std::string>();
+    CLI::App& query = commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
+                                      [wanted](const LogCapture&) { return Query(*wanted); });
+    CommandLine::AddText(query, "server", *wanted, "NAME|ADDRESS",
+                         "Network name, computer name, host name with domain, or IP address")
+        .required();
+
+    const auto networkName = std::make_shared<std::string>();
+    CLI::App& instances =
+        commandLine.Add(Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
+                        [networkName](const LogCapture&) { return SmtpInstances(*networkName); });
+    CommandLine::AddText(instances, "network-name", *networkName, "NETWORK-NAME", "The virtual server's network name")
+        .required();
+
+    commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node", StoreOnline);
+}

@@ -1,0 +1,72 @@
+#include "SnapshotCommand.h"
+
+#include "ClusterModel.h"
+#include "CommandLine.h"
+#include "Text.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <memory>
+
+namespace {
+
+const char Heading[] = "Rehearsal";
+
+// The file appears complete or not at all.
+void WriteFileWhole(const std::string& file, const std::string& text) {
+    const std::wstring path = ToUtf16(file);
+    const std::wstring temporary = path + L".new";
+    const HANDLE handle =
+        CreateFileW(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        throw Failure("cannot create " + Quoted(ToUtf8(temporary)) + ": " + ErrorText(GetLastError()));
+    }
+    DWORD written = 0;
+    DWORD code = ERROR_SUCCESS;
+    if (!WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
+        !FlushFileBuffers(handle)) {
+        code = GetLastError();
+    } else if (written != text.size()) {
+        code = ERROR_HANDLE_DISK_FULL;
+    }
+    CloseHandle(handle);
+    if (code == ERROR_SUCCESS &&
+        !MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        code = GetLastError();
+    }
+    if (code != ERROR_SUCCESS) {
+        DeleteFileW(temporary.c_str());
+        throw Failure("cannot write " + Quoted(file) + ": " + ErrorText(code));
+    }
+}
+
+std::string Counted(size_t count, const char* word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+Report Snapshot(const std::string& file) {
+    const Json model = ReadClusterModel();
+    if (file.empty()) {
+        return Report::Verbatim(model);
+    }
+    WriteFileWhole(file, DumpJson(model));
+    const size_t nodes = model["nodes"].size();
+    const size_t groups = model["groups"].size();
+    const size_t resources = model["resources"].size();
+    Report report;
+    report.AddSentence("snapshot", {{"file", file}, {"nodes", nodes}, {"groups", groups}, {"resources", resources}},
+                       "Wrote " + Printable(file) + ": " + Counted(nodes, "node") + ", " + Counted(groups, "group") +
+                           ", " + Counted(resources, "resource") + ".");
+    return report;
+}
+
+} // namespace
+
+void AddSnapshotCommand(CommandLine& commandLine) {
+    const auto file = std::make_shared<std::string>();
+    CLI::App& command =
+        commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
+                        [file](const LogCapture&) { return Snapshot(*file); });
+    CommandLine::AddText(command, "file", *file, "FILE", "The file to write; standard output without it");
+}

@@ -1,0 +1,95 @@
+#include "Text.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <algorithm>
+
+namespace {
+
+const size_t LongestQuoted = 80;
+
+bool IsContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// The first `count` characters.
+std::string Head(const std::string& text, size_t count) {
+    size_t end = 0;
+    while (end < text.size() && (count > 0 || IsContinuation(text[end]))) {
+        if (!IsContinuation(text[end])) {
+            --count;
+        }
+        ++end;
+    }
+    // `count` is used up at the first byte of the last character.
+    return text.substr(0, end);
+}
+
+} // namespace
+
+std::string ToUtf8(const std::wstring& text) {
+    if (text.empty()) {
+        return std::string();
+    }
+    const int length = static_cast<int>(text.size());
+    const int needed = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<size_t>(needed), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, &result[0], needed, nullptr, nullptr);
+    return result;
+}
+
+std::wstring ToUtf16(const std::string& text) {
+    if (text.empty()) {
+        return std::wstring();
+    }
+    const int length = static_cast<int>(text.size());
+    const int needed = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
+    std::wstring result(static_cast<size_t>(needed), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, &result[0], needed);
+    return result;
+}
+
+std::string Printable(const std::string& text) {
+    static const char digits[] = "0123456789ABCDEF";
+    std::string result;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        // U+0080 to U+009F are control characters too: C2 80 to C2 9F.
+        const bool isC1 = c == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (c >= 0x20 && c != 0x7F && !isC1) {
+            result += text[i];
+            continue;
+        }
+        const auto code = isC1 ? static_cast<unsigned char>(text[++i]) : c;
+        result += "\\x";
+        result += digits[code >> 4];
+        result += digits[code & 15];
+    }
+    return result;
+}
+
+size_t CharacterCount(const std::string& text) {
+    return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
+}
+
+std::string Quoted(const std::string& text) {
+    const std::string printable = Printable(text);
+    const size_t count = CharacterCount(printable);
+    if (count <= LongestQuoted) {
+        return "\"" + printable + "\"";
+    }
+    return "\"" + Head(printable, LongestQuoted - 20) + "...\" (" + std::to_string(count) + " characters)";
+}
+
+std::string ErrorText(unsigned long code) {
+    std::string result = "error " + std::to_string(code);
+    wchar_t buffer[512];
+    const DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    const DWORD length = FormatMessageW(flags, nullptr, code, 0, buffer, 512, nullptr);
+    std::string text = Printable(ToUtf8(std::wstring(buffer, length)));
+    while (!text.empty() && (text.back() == ' ' || text.back() == '.')) {
+        text.pop_back();
+    }
+    return text.empty() ? result : result + " (" + text + ")";
+}

@@ -1,0 +1,23 @@
+// Texts: UTF-16 as the platform and the library use it, UTF-8 inside this tool and in everything it prints.
+#ifndef CLUSCTL_TEXT_H
+#define CLUSCTL_TEXT_H
+
+#include <string>
+
+// What is no valid text becomes U+FFFD.
+std::string ToUtf8(const std::wstring& text);
+std::wstring ToUtf16(const std::string& text);
+
+// The text with control characters replaced by a visible form, so that a name cannot break a line or steer a terminal.
+std::string Printable(const std::string& text);
+
+// Characters, not bytes.
+size_t CharacterCount(const std::string& text);
+
+// The printable text in double quotes, its middle left out when it is very long.
+std::string Quoted(const std::string& text);
+
+// "error 5007 (Cluster resource not found)"; the number alone when the system has no text for it.
+std::string ErrorText(unsigned long code);
+
+#endif
