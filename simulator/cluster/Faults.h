@@ -1,0 +1,44 @@
+// Faults on demand: "call@object#n=code".
+#ifndef CLUSSIM_FAULTS_H
+#define CLUSSIM_FAULTS_H
+
+#include "Model.h"
+
+#include <string>
+#include <vector>
+
+namespace clussim {
+
+struct Fault {
+    std::string call;
+    std::wstring object;      // folded; empty: whatever the object is
+    std::size_t first = 1;    // occurrence of a matching call
+    bool onlyFirst = false;   // else from then on
+    Code code = 0;
+    bool forcesState = false; // "state:130": the call succeeds and gives this state
+    int state = 0;
+    std::size_t seen = 0;
+};
+
+// False when the text is malformed.
+bool ParseFault(const std::string& text, Fault& fault);
+
+class Faults {
+public:
+    void Add(const Fault& fault);
+    void Clear();
+
+    // Counts the call, and gives the fault that hits it, or null. `objects` are the names it goes by: resource name, control code.
+    const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);
+
+    bool Empty() const {
+        return m_faults.empty();
+    }
+
+private:
+    std::vector<Fault> m_faults;
+};
+
+} // namespace clussim
+
+#endif

@@ -1,0 +1,386 @@
+#include "Model.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <ntsecapi.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace clussim {
+
+namespace {
+
+template <typename Map> auto Lookup(const Map& map, const std::wstring& name) -> typename Map::mapped_type {
+    const auto found = map.find(Folded(name));
+    return found == map.end() ? nullptr : found->second;
+}
+
+template <typename Item> bool Contains(const std::vector<Item*>& items, const Item& item) {
+    return std::find(items.begin(), items.end(), &item) != items.end();
+}
+
+template <typename Item> void Erase(std::vector<Item*>& items, const Item& item) {
+    items.erase(std::remove(items.begin(), items.end(), &item), items.end());
+}
+
+std::wstring NewId() {
+    unsigned char bytes[16];
+    RtlGenRandom(bytes, sizeof(bytes));
+    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+    std::wstring id;
+    for (int i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            id += L'-';
+        }
+        const wchar_t digits[] = L"0123456789abcdef";
+        id += digits[bytes[i] >> 4];
+        id += digits[bytes[i] & 15];
+    }
+    return id;
+}
+
+} // namespace
+
+std::wstring Folded(const std::wstring& text) {
+    std::wstring folded(text);
+    bool ascii = true;
+    for (wchar_t& c : folded) {
+        if (c >= L'a' && c <= L'z') {
+            c = static_cast<wchar_t>(c - L'a' + L'A');
+        }
+        ascii = ascii && c < 0x80;
+    }
+    if (!ascii) {
+        LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, text.c_str(), static_cast<int>(text.size()), &folded[0],
+                     static_cast<int>(folded.size()));
+    }
+    return folded;
+}
+
+const PropertyValue* PropertySet::Find(const std::wstring& name) const {
+    const std::wstring wanted = Folded(name);
+    for (const Item& item : m_items) {
+        if (Folded(item.name) == wanted) {
+            return &item.value;
+        }
+    }
+    return nullptr;
+}
+
+void PropertySet::Set(const std::wstring& name, const PropertyValue& value) {
+    const std::wstring wanted = Folded(name);
+    for (Item& item : m_items) {
+        if (Folded(item.name) == wanted) {
+            item.value = value;
+            return;
+        }
+    }
+    m_items.push_back({name, value});
+}
+
+Node* Model::FindNode(const std::wstring& nodeName) const {
+    return Lookup(m_nodesByName, nodeName);
+}
+
+Group* Model::FindGroup(const std::wstring& groupName) const {
+    return Lookup(m_groupsByName, groupName);
+}
+
+const ResourceType* Model::FindType(const std::wstring& typeName) const {
+    return Lookup(m_typesByName, typeName);
+}
+
+Resource* Model::ResourceNamed(const std::wstring& nameOrId) const {
+    const auto found = m_resourcesByName.find(Folded(nameOrId));
+    return found != m_resourcesByName.end() ? &*found->second : ResourceWithId(nameOrId);
+}
+
+Resource* Model::ResourceWithId(const std::wstring& id) const {
+    const auto found = m_resourcesById.find(Folded(id));
+    return found != m_resourcesById.end() ? &*found->second : nullptr;
+}
+
+bool Model::AddNode(Node node) {
+    const std::wstring key = Folded(node.name);
+    if (m_nodesByName.count(key)) {
+        return false;
+    }
+    nodes.push_back(std::move(node));
+    m_nodesByName[key] = &nodes.back();
+    return true;
+}
+
+bool Model::AddType(ResourceType type) {
+    const std::wstring key = Folded(type.name);
+    if (m_typesByName.count(key)) {
+        return false;
+    }
+    types.push_back(std::move(type));
+    m_typesByName[key] = &types.back();
+    return true;
+}
+
+bool Model::AddGroup(Group group) {
+    const std::wstring key = Folded(group.name);
+    if (m_groupsByName.count(key)) {
+        return false;
+    }
+    groups.push_back(std::move(group));
+    m_groupsByName[key] = &groups.back();
+    return true;
+}
+
+Resource* Model::AddResource(const std::wstring& resourceName, const std::wstring& id, const ResourceType* type,
+                             Group* group) {
+    const std::wstring key = Folded(resourceName);
+    const std::wstring idKey = Folded(id);
+    if (m_resourcesByName.count(key) || m_resourcesById.count(key) || m_resourcesById.count(idKey) ||
+        m_resourcesByName.count(idKey)) {
+        return nullptr;
+    }
+    const auto resource = resources.emplace(resources.end());
+    resource->name = resourceName;
+    resource->id = id;
+    resource->type = type;
+    resource->group = group;
+    group->resources.push_back(&*resource);
+    m_resourcesByName[key] = resource;
+    m_resourcesById[idKey] = resource;
+    return &*resource;
+}
+
+void Model::AddBuiltInTypes() {
+    const ResourceType builtIn[] = {
+        {L"Physical Disk", 1, 0x80000000},
+        {L"IP Address", 0, 0},
+        {L"Network Name", 0, 0},
+        {L"Generic Service", 0, 0},
+        {L"Generic Application", 0, 0},
+        {L"Microsoft Exchange System Attendant", 0, 0},
+        {L"Microsoft Exchange Information Store", 0, 0},
+        {L"Microsoft Exchange SMTP Server Instance", 0, 0},
+        {L"clusRDLL", 0, 0},
+        {L"clusRDLLCCR", 0, 0},
+    };
+    for (const ResourceType& type : builtIn) {
+        AddType(type);
+    }
+}
+
+Code Model::Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id) {
+    if (resourceName.find_first_not_of(L' ') == std::wstring::npos) {
+        return ERROR_INVALID_NAME;
+    }
+    const ResourceType* type = FindType(typeName);
+    if (!type) {
+        return 5078; // ERROR_CLUSTER_RESOURCE_TYPE_NOT_FOUND
+    }
+    if (ResourceNamed(resourceName)) {
+        return ERROR_OBJECT_ALREADY_EXISTS;
+    }
+    id = NewId();
+    Resource* resource = AddResource(resourceName, id, type, &group);
+    for (Node& node : nodes) {
+        resource->possibleOwners.push_back(&node);
+    }
+    return ERROR_SUCCESS;
+}
+
+std::vector<Resource*> Model::Dependants(const Resource& resource) const {
+    std::vector<Resource*> dependants;
+    for (Resource* other : resource.group->resources) {
+        if (Contains(other->dependsOn, resource)) {
+            dependants.push_back(other);
+        }
+    }
+    return dependants;
+}
+
+Code Model::Delete(Resource& resource) {
+    if (resource.state != StateOffline && resource.state != StateFailed) {
+        return behaviour.deleteOnline;
+    }
+    if (!Dependants(resource).empty()) {
+        return ERROR_DEPENDENT_RESOURCE_EXISTS;
+    }
+    Erase(resource.group->resources, resource);
+    Erase(m_pending, resource);
+    const auto position = m_resourcesById.at(Folded(resource.id));
+    m_resourcesByName.erase(Folded(position->name));
+    m_resourcesById.erase(Folded(position->id));
+    resources.erase(position);
+    return ERROR_SUCCESS;
+}
+
+void Model::TrackPending(Resource& resource) {
+    if (!Contains(m_pending, resource)) {
+        m_pending.push_back(&resource);
+    }
+}
+
+Code Model::Online(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOnline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing) {
+        return ERROR_INVALID_STATE;
+    }
+    if (resource.group->owner->status == Node::Status::Paused) {
+        return ERROR_SHARING_PAUSED;
+    }
+    if (!Contains(resource.possibleOwners, *resource.group->owner)) {
+        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
+    }
+    // What it depends on comes first.
+    std::int64_t start = now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* provider : resource.dependsOn) {
+        const Code code = provider->state == StateOnlinePending ? ERROR_IO_PENDING : Online(*provider, now);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || provider->dueAt == 0;
+            start = std::max(start, provider->dueAt);
+        } else if (code != ERROR_SUCCESS) {
+            return 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
+        }
+    }
+    if (waits || resource.onlineMs > 0 || resource.staysPending) {
+        resource.state = StateOnlinePending;
+        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.onlineMs;
+        TrackPending(resource);
+        return ERROR_IO_PENDING;
+    }
+    resource.state = resource.failsOnline ? StateFailed : StateOnline;
+    return resource.failsOnline ? static_cast<Code>(ERROR_RESMON_ONLINE_FAILED) : static_cast<Code>(ERROR_SUCCESS);
+}
+
+Code Model::Offline(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOffline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state == StateFailed) {
+        if (behaviour.offlineFailed == ERROR_SUCCESS) {
+            resource.state = StateOffline;
+        }
+        return behaviour.offlineFailed;
+    }
+    if (resource.state != StateOnline) {
+        return ERROR_INVALID_STATE;
+    }
+    // What depends on it goes first.
+    std::int64_t start = now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* dependant : Dependants(resource)) {
+        const Code code = dependant->state == StateOfflinePending ? ERROR_IO_PENDING : Offline(*dependant, now);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || dependant->dueAt == 0;
+            start = std::max(start, dependant->dueAt);
+        } else if (code != ERROR_SUCCESS && dependant->state != StateFailed) {
+            return code;
+        }
+    }
+    if (waits || resource.offlineMs > 0 || resource.staysPending) {
+        resource.state = StateOfflinePending;
+        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.offlineMs;
+        TrackPending(resource);
+        return ERROR_IO_PENDING;
+    }
+    resource.state = StateOffline;
+    return ERROR_SUCCESS;
+}
+
+void Model::Complete(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOnlinePending) {
+        bool providersOnline = true;
+        for (Resource* provider : resource.dependsOn) {
+            if (provider->state == StateOnlinePending && provider->dueAt != 0 && provider->dueAt <= now) {
+                Complete(*provider, now);
+            }
+            providersOnline = providersOnline && provider->state == StateOnline;
+        }
+        resource.state = resource.failsOnline || !providersOnline ? StateFailed : StateOnline;
+    } else if (resource.state == StateOfflinePending) {
+        resource.state = StateOffline;
+    }
+    resource.dueAt = 0;
+}
+
+void Model::Settle(std::int64_t now) {
+    if (m_pending.empty()) {
+        return;
+    }
+    for (Resource* resource : m_pending) {
+        if (resource->dueAt != 0 && resource->dueAt <= now) {
+            Complete(*resource, now);
+        }
+    }
+    m_pending.erase(std::remove_if(m_pending.begin(), m_pending.end(),
+                                   [](const Resource* resource) {
+                                       return resource->state != StateOnlinePending &&
+                                              resource->state != StateOfflinePending;
+                                   }),
+                    m_pending.end());
+}
+
+bool Model::DependsOn(const Resource& resource, const Resource& other) {
+    // Each resource is looked at once: a diamond of dependencies must not multiply the work.
+    std::vector<const Resource*> seen(1, &resource);
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        for (const Resource* provider : seen[i]->dependsOn) {
+            if (provider == &other) {
+                return true;
+            }
+            if (std::find(seen.begin(), seen.end(), provider) == seen.end()) {
+                seen.push_back(provider);
+            }
+        }
+    }
+    return false;
+}
+
+Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
+    if (&resource == &dependsOn || resource.group != dependsOn.group) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (Contains(resource.dependsOn, dependsOn)) {
+        return ERROR_DEPENDENCY_ALREADY_EXISTS;
+    }
+    if (DependsOn(dependsOn, resource)) {
+        return ERROR_CIRCULAR_DEPENDENCY;
+    }
+    const bool refused =
+        behaviour.protocol >= 2008
+            ? resource.state == StateOnlinePending ||
+                  (resource.state == StateOnline && dependsOn.state != StateOnline)
+            : resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing;
+    if (refused) {
+        return ERROR_RESOURCE_ONLINE;
+    }
+    resource.dependsOn.push_back(&dependsOn);
+    return ERROR_SUCCESS;
+}
+
+Code Model::RemoveDependency(Resource& resource, Resource& dependsOn) {
+    if (!Contains(resource.dependsOn, dependsOn)) {
+        return ERROR_DEPENDENCY_NOT_FOUND;
+    }
+    Erase(resource.dependsOn, dependsOn);
+    return ERROR_SUCCESS;
+}
+
+Code Model::AddOwner(Resource& resource, Node& node) {
+    if (Contains(resource.possibleOwners, node)) {
+        return ERROR_OBJECT_ALREADY_EXISTS;
+    }
+    resource.possibleOwners.push_back(&node);
+    resource.ownersGiven = true;
+    return ERROR_SUCCESS;
+}
+
+} // namespace clussim

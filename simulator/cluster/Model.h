@@ -1,0 +1,186 @@
+// The simulated cluster and the rules it keeps.
+#ifndef CLUSSIM_MODEL_H
+#define CLUSSIM_MODEL_H
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace clussim {
+
+typedef unsigned long Code; // Win32 error code
+
+// States as the cluster API numbers them.
+enum State : int {
+    StateUnknown = -1,
+    StateInherited = 0,
+    StateInitializing = 1,
+    StateOnline = 2,
+    StateOffline = 3,
+    StateFailed = 4,
+    StatePending = 128,
+    StateOnlinePending = 129,
+    StateOfflinePending = 130
+};
+
+struct PropertyValue {
+    enum Kind { Sz, Dword, MultiSz, ExpandSz, Binary };
+
+    Kind kind = Sz;
+    std::wstring text;                // Sz, ExpandSz
+    std::uint32_t number = 0;         // Dword
+    std::vector<std::wstring> texts;  // MultiSz
+    std::vector<unsigned char> bytes; // Binary
+};
+
+// Named values in the order they were first set. Names compare without case.
+class PropertySet {
+public:
+    struct Item {
+        std::wstring name;
+        PropertyValue value;
+    };
+
+    const PropertyValue* Find(const std::wstring& name) const;
+    void Set(const std::wstring& name, const PropertyValue& value);
+
+    const std::vector<Item>& Items() const {
+        return m_items;
+    }
+
+private:
+    std::vector<Item> m_items;
+};
+
+struct Partition {
+    std::wstring device;
+    std::wstring label;
+};
+
+struct Disk {
+    std::uint32_t signature = 0;
+    std::wstring guid; // instead of a signature: a GPT disk
+    std::uint32_t number = 0;
+    std::vector<Partition> partitions;
+};
+
+struct Node {
+    enum class Status { Up, Down, Paused };
+
+    std::wstring name;
+    bool isThisComputer = false; // "." in the model file
+    Status status = Status::Up;
+};
+
+struct ResourceType {
+    std::wstring name;
+    std::uint32_t classCode = 0;
+    std::uint32_t subclass = 0;
+};
+
+struct Resource;
+
+struct Group {
+    std::wstring name;
+    Node* owner = nullptr;
+    std::vector<Node*> preferredOwners;
+    std::vector<Resource*> resources; // in creation order
+};
+
+struct Resource {
+    std::wstring name;
+    const ResourceType* type = nullptr;
+    std::wstring id; // GUID text without braces
+    Group* group = nullptr;
+    State state = StateOffline;
+    std::int64_t dueAt = 0; // of a pending state, in clock milliseconds; 0: it never ends
+    std::vector<Resource*> dependsOn;
+    std::vector<Node*> possibleOwners;
+    bool ownersGiven = false; // listed in the model file, and not just all nodes
+    PropertySet common;
+    PropertySet privateProperties;
+    std::unique_ptr<Disk> disk;
+    std::uint32_t onlineMs = 0;
+    std::uint32_t offlineMs = 0;
+    bool failsOnline = false;
+    bool staysPending = false;
+};
+
+// How the service behaves where its generations differ.
+struct Behaviour {
+    bool emptyMaskIsEmptyList = false; // else an empty enumeration mask is an error
+    Code deleteOnline = 5019;
+    Code offlineFailed = 5038; // 0: succeeds, and the resource is offline
+    int protocol = 2003;
+};
+
+class Model {
+public:
+    Model() = default;
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+
+    std::wstring name;
+    bool running = true;
+    Behaviour behaviour;
+    std::vector<std::string> faults; // as the file gives them
+
+    std::list<Node> nodes;
+    std::list<ResourceType> types;
+    std::list<Group> groups;
+    std::list<Resource> resources;
+    bool typesGiven = false;
+
+    // Look-up without case; null when there is none. A resource is found by name or ID.
+    Node* FindNode(const std::wstring& nodeName) const;
+    Group* FindGroup(const std::wstring& groupName) const;
+    Resource* ResourceNamed(const std::wstring& nameOrId) const;
+    Resource* ResourceWithId(const std::wstring& id) const;
+    const ResourceType* FindType(const std::wstring& typeName) const;
+
+    // Building. False when the name is taken.
+    bool AddNode(Node node);
+    bool AddType(ResourceType type);
+    bool AddGroup(Group group);
+    Resource* AddResource(const std::wstring& resourceName, const std::wstring& id, const ResourceType* type,
+                          Group* group); // null when name or ID is taken
+    void AddBuiltInTypes();
+
+    // Operations, with the codes of the cluster API. `now` is the clock in milliseconds.
+    Code Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id);
+    Code Delete(Resource& resource);
+    Code Online(Resource& resource, std::int64_t now);
+    Code Offline(Resource& resource, std::int64_t now);
+    Code AddDependency(Resource& resource, Resource& dependsOn);
+    Code RemoveDependency(Resource& resource, Resource& dependsOn);
+    Code AddOwner(Resource& resource, Node& node);
+
+    // Completes the transitions that are due.
+    void Settle(std::int64_t now);
+
+    // Puts a resource with a pending state on the list that Settle looks through; for models read from a file.
+    void TrackPending(Resource& resource);
+
+    static bool DependsOn(const Resource& resource, const Resource& other); // directly or not
+
+private:
+    void Complete(Resource& resource, std::int64_t now);
+    std::vector<Resource*> Dependants(const Resource& resource) const;
+
+    std::unordered_map<std::wstring, Node*> m_nodesByName;
+    std::unordered_map<std::wstring, Group*> m_groupsByName;
+    std::unordered_map<std::wstring, ResourceType*> m_typesByName;
+    std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesByName;
+    std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesById;
+    std::vector<Resource*> m_pending;
+};
+
+// The text in one letter case, for comparing names.
+std::wstring Folded(const std::wstring& text);
+
+} // namespace clussim
+
+#endif

@@ -1,0 +1,65 @@
+// A model in a file that several processes work on.
+#ifndef CLUSSIM_MODELFILE_H
+#define CLUSSIM_MODELFILE_H
+
+#include "Model.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+namespace clussim {
+
+class ModelFile {
+public:
+    ~ModelFile();
+
+    // The file to work on; empty for none.
+    void SetPath(const std::wstring& path);
+
+    // The model, read again when the file has changed. Null when there is no file or it is malformed: the reason is then told
+    // once on standard error and to the debugger.
+    Model* Current();
+
+    // Writes the current model: a temporary file, flushed, then put in the old one's place. The Win32 code.
+    Code Write();
+
+    // Forgets what was read, so that Current reads again.
+    void Forget();
+
+    // Keeps other processes from changing the file; a process that dies gives its turn up.
+    class Turn {
+    public:
+        explicit Turn(const ModelFile& file);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+    private:
+        HANDLE m_mutex;
+    };
+
+private:
+    // What tells one version of the file from another.
+    struct Stamp {
+        DWORD indexHigh = 0;
+        DWORD indexLow = 0;
+        FILETIME written = {};
+        DWORD size = 0;
+
+        bool operator==(const Stamp& other) const;
+    };
+
+    void Tell(const std::string& message);
+
+    std::wstring m_path;
+    std::unique_ptr<Model> m_model;
+    Stamp m_stamp;
+    std::string m_told;
+};
+
+// GetComputerNameW.
+std::wstring ThisComputer();
+
+} // namespace clussim
+
+#endif

@@ -1,0 +1,263 @@
+#include "PropertyLists.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <cstring>
+
+namespace clussim {
+
+namespace {
+
+enum Syntax : std::uint32_t {
+    SyntaxEndMark = 0x00000000,
+    SyntaxName = 0x00040003,
+    SyntaxBinary = 0x00010001,
+    SyntaxDword = 0x00010002,
+    SyntaxSz = 0x00010003,
+    SyntaxExpandSz = 0x00010004,
+    SyntaxMultiSz = 0x00010005,
+    SyntaxExpandedSz = 0x00010008,
+    SyntaxDiskSignature = 0x00050002,
+    SyntaxScsiAddress = 0x00060002,
+    SyntaxDiskNumber = 0x00070002,
+    SyntaxPartitionInfo = 0x00080001,
+    SyntaxDiskGuid = 0x000B0003
+};
+
+const std::size_t PartitionInfoSize = 1120;
+
+void AppendDword(Bytes& bytes, std::uint32_t value) {
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes.push_back(static_cast<unsigned char>(value >> shift));
+    }
+}
+
+Bytes DwordBytes(std::uint32_t value) {
+    Bytes bytes;
+    AppendDword(bytes, value);
+    return bytes;
+}
+
+void AppendEntry(Bytes& bytes, std::uint32_t syntax, const Bytes& value) {
+    AppendDword(bytes, syntax);
+    AppendDword(bytes, static_cast<std::uint32_t>(value.size()));
+    bytes.insert(bytes.end(), value.begin(), value.end());
+    bytes.resize((bytes.size() + 3) & ~static_cast<std::size_t>(3));
+}
+
+void AppendValue(Bytes& bytes, const PropertyValue& value) {
+    switch (value.kind) {
+    case PropertyValue::Sz:
+        AppendEntry(bytes, SyntaxSz, TextBytes(value.text));
+        break;
+    case PropertyValue::Dword:
+        AppendEntry(bytes, SyntaxDword, DwordBytes(value.number));
+        break;
+    case PropertyValue::MultiSz: {
+        Bytes texts;
+        for (const std::wstring& text : value.texts) {
+            const Bytes one = TextBytes(text);
+            texts.insert(texts.end(), one.begin(), one.end());
+        }
+        texts.resize(texts.size() + 2);
+        AppendEntry(bytes, SyntaxMultiSz, texts);
+        break;
+    }
+    case PropertyValue::ExpandSz: {
+        AppendEntry(bytes, SyntaxExpandSz, TextBytes(value.text));
+        std::wstring expanded(ExpandEnvironmentStringsW(value.text.c_str(), nullptr, 0), L'\0');
+        ExpandEnvironmentStringsW(value.text.c_str(), &expanded[0], static_cast<DWORD>(expanded.size()));
+        AppendEntry(bytes, SyntaxExpandedSz, TextBytes(expanded.c_str()));
+        break;
+    }
+    case PropertyValue::Binary:
+        AppendEntry(bytes, SyntaxBinary, value.bytes);
+        break;
+    }
+    AppendDword(bytes, SyntaxEndMark); // after each property
+}
+
+void PutText(Bytes& bytes, std::size_t offset, const std::wstring& text) {
+    std::memcpy(&bytes[offset], text.c_str(), text.size() * sizeof(wchar_t));
+}
+
+// Reads a list front to back, with every length checked against what is left.
+class Reader {
+public:
+    Reader(const void* data, std::size_t cb) : m_next(static_cast<const unsigned char*>(data)), m_left(cb) {
+    }
+
+    bool Dword(std::uint32_t& value) {
+        if (m_left < 4) {
+            return false;
+        }
+        value = static_cast<std::uint32_t>(m_next[0]) | static_cast<std::uint32_t>(m_next[1]) << 8 |
+                static_cast<std::uint32_t>(m_next[2]) << 16 | static_cast<std::uint32_t>(m_next[3]) << 24;
+        m_next += 4;
+        m_left -= 4;
+        return true;
+    }
+
+    // A value's bytes and their padding, of which the last may be missing.
+    bool Value(std::size_t cb, Bytes& bytes) {
+        if (cb > m_left) {
+            return false;
+        }
+        bytes.assign(m_next, m_next + cb);
+        const std::size_t padded = (cb + 3) & ~static_cast<std::size_t>(3);
+        const std::size_t taken = padded < m_left ? padded : m_left;
+        m_next += taken;
+        m_left -= taken;
+        return true;
+    }
+
+private:
+    const unsigned char* m_next;
+    std::size_t m_left;
+};
+
+// The texts in the bytes, each up to its terminator.
+std::vector<std::wstring> Texts(const Bytes& bytes) {
+    std::vector<std::wstring> texts;
+    std::wstring text;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+        const wchar_t c = static_cast<wchar_t>(bytes[i] | bytes[i + 1] << 8);
+        if (c != L'\0') {
+            text += c;
+            continue;
+        }
+        texts.push_back(text);
+        text.clear();
+    }
+    if (!text.empty()) {
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+std::wstring FirstText(const Bytes& bytes) {
+    const std::vector<std::wstring> texts = Texts(bytes);
+    return texts.empty() ? std::wstring() : texts.front();
+}
+
+bool ToPropertyValue(std::uint32_t syntax, const Bytes& bytes, PropertyValue& value) {
+    switch (syntax) {
+    case SyntaxSz:
+        value.kind = PropertyValue::Sz;
+        value.text = FirstText(bytes);
+        return true;
+    case SyntaxExpandSz:
+        value.kind = PropertyValue::ExpandSz;
+        value.text = FirstText(bytes);
+        return true;
+    case SyntaxDword:
+        if (bytes.size() != 4) {
+            return false;
+        }
+        value.kind = PropertyValue::Dword;
+        return Reader(bytes.data(), bytes.size()).Dword(value.number);
+    case SyntaxMultiSz:
+        value.kind = PropertyValue::MultiSz;
+        value.texts = Texts(bytes);
+        while (!value.texts.empty() && value.texts.back().empty()) {
+            value.texts.pop_back();
+        }
+        return true;
+    case SyntaxBinary:
+        value.kind = PropertyValue::Binary;
+        value.bytes = bytes;
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+Bytes TextBytes(const std::wstring& text) {
+    Bytes bytes((text.size() + 1) * sizeof(wchar_t));
+    std::memcpy(bytes.data(), text.c_str(), bytes.size());
+    return bytes;
+}
+
+Bytes PropertyList(const PropertySet& properties) {
+    Bytes bytes;
+    AppendDword(bytes, static_cast<std::uint32_t>(properties.Items().size()));
+    for (const PropertySet::Item& item : properties.Items()) {
+        AppendEntry(bytes, SyntaxName, TextBytes(item.name));
+        AppendValue(bytes, item.value);
+    }
+    return bytes;
+}
+
+Bytes DiskInformation(const Disk& disk) {
+    Bytes bytes;
+    if (disk.guid.empty()) {
+        AppendEntry(bytes, SyntaxDiskSignature, DwordBytes(disk.signature));
+    } else {
+        AppendEntry(bytes, SyntaxDiskGuid, TextBytes(disk.guid));
+    }
+    AppendEntry(bytes, SyntaxScsiAddress, DwordBytes(disk.number << 16)); // target
+    AppendEntry(bytes, SyntaxDiskNumber, DwordBytes(disk.number));
+    for (const Partition& partition : disk.partitions) {
+        const bool hasLetter = partition.device.size() == 2 && partition.device[1] == L':';
+        Bytes info(PartitionInfoSize);
+        info[0] = hasLetter ? 5 : 4;               // sticky, usable
+        PutText(info, 4, partition.device);        // 260 characters
+        PutText(info, 4 + 520, partition.label);   // 260 characters
+        info[4 + 520 + 520 + 4] = 255;             // longest name component
+        PutText(info, 4 + 520 + 520 + 12, L"NTFS"); // 32 characters
+        AppendEntry(bytes, SyntaxPartitionInfo, info);
+    }
+    AppendDword(bytes, SyntaxEndMark);
+    return bytes;
+}
+
+Code ParsePropertyList(const void* data, std::size_t cb, PropertySet& properties) {
+    Reader reader(data, cb);
+    std::uint32_t count = 0;
+    if (!reader.Dword(count)) {
+        return ERROR_INSUFFICIENT_BUFFER;
+    }
+    for (; count > 0; --count) {
+        std::uint32_t syntax = 0;
+        std::uint32_t length = 0;
+        Bytes nameBytes;
+        if (!reader.Dword(syntax) || !reader.Dword(length)) {
+            return ERROR_INSUFFICIENT_BUFFER;
+        }
+        if (syntax != SyntaxName) {
+            return ERROR_INVALID_DATA;
+        }
+        if (!reader.Value(length, nameBytes)) {
+            return ERROR_INSUFFICIENT_BUFFER;
+        }
+        PropertyValue value;
+        bool first = true;
+        for (;;) {
+            if (!reader.Dword(syntax)) {
+                return ERROR_INSUFFICIENT_BUFFER;
+            }
+            if (syntax == SyntaxEndMark) {
+                break;
+            }
+            Bytes bytes;
+            if (!reader.Dword(length) || !reader.Value(length, bytes)) {
+                return ERROR_INSUFFICIENT_BUFFER;
+            }
+            if (first && !ToPropertyValue(syntax, bytes, value)) {
+                return ERROR_INVALID_DATA;
+            }
+            first = false;
+        }
+        const std::wstring name = FirstText(nameBytes);
+        if (first || name.empty()) {
+            return ERROR_INVALID_DATA;
+        }
+        properties.Set(name, value);
+    }
+    return ERROR_SUCCESS;
+}
+
+} // namespace clussim

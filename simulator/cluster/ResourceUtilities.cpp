@@ -1,0 +1,168 @@
+// The exports of resutils.dll. They work through clusapi.dll, so that both always agree.
+#include "ExportedApi.h"
+#include "PropertyLists.h"
+
+#include <cstring>
+
+using namespace clussim;
+
+namespace {
+
+class ResourceHandle {
+public:
+    explicit ResourceHandle(HRESOURCE handle) : m_handle(handle) {
+    }
+    ~ResourceHandle() {
+        if (m_handle) {
+            CloseClusterResource(m_handle);
+        }
+    }
+    ResourceHandle(const ResourceHandle&) = delete;
+    ResourceHandle& operator=(const ResourceHandle&) = delete;
+
+    HRESOURCE get() const {
+        return m_handle;
+    }
+    HRESOURCE Release() {
+        const HRESOURCE handle = m_handle;
+        m_handle = nullptr;
+        return handle;
+    }
+
+private:
+    HRESOURCE m_handle;
+};
+
+bool TypeOf(HRESOURCE resource, std::wstring& type) {
+    DWORD cb = 0;
+    std::vector<unsigned char> bytes(512);
+    DWORD code = ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, nullptr, 0, bytes.data(),
+                                        static_cast<DWORD>(bytes.size()), &cb);
+    if (code == ERROR_MORE_DATA) {
+        bytes.resize(cb);
+        code = ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, nullptr, 0, bytes.data(), cb,
+                                      &cb);
+    }
+    if (code != ERROR_SUCCESS || cb < sizeof(wchar_t)) {
+        return false;
+    }
+    type.assign(reinterpret_cast<const wchar_t*>(bytes.data()), cb / sizeof(wchar_t) - 1);
+    return true;
+}
+
+// The first direct dependency, or with `recurse` the first of the whole tree, that `matches(handle)`.
+template <typename Matches>
+HRESOURCE FindDependency(HCLUSTER cluster, HRESOURCE self, bool recurse, Matches matches) {
+    const HRESENUM list = ClusterResourceOpenEnum(self, CLUSTER_RESOURCE_ENUM_DEPENDS);
+    if (!list) {
+        return nullptr;
+    }
+    HRESOURCE found = nullptr;
+    DWORD error = ERROR_RESOURCE_NOT_FOUND;
+    std::vector<wchar_t> name(256);
+    for (DWORD index = 0; !found;) {
+        DWORD type = 0;
+        DWORD cch = static_cast<DWORD>(name.size());
+        const DWORD code = ClusterResourceEnum(list, index, &type, name.data(), &cch);
+        if (code == ERROR_MORE_DATA) {
+            name.resize(cch + 1);
+            continue;
+        }
+        if (code != ERROR_SUCCESS) {
+            error = code == ERROR_NO_MORE_ITEMS ? error : code;
+            break;
+        }
+        ++index;
+        ResourceHandle dependency(OpenClusterResource(cluster, name.data()));
+        if (!dependency.get()) {
+            error = GetLastError();
+            continue;
+        }
+        if (matches(dependency.get())) {
+            found = dependency.Release();
+        } else if (recurse) {
+            found = FindDependency(cluster, dependency.get(), recurse, matches);
+        }
+    }
+    ClusterResourceCloseEnum(list);
+    if (!found) {
+        SetLastError(error);
+    }
+    return found;
+}
+
+// The list is bounded by its count: what stands behind it in the buffer is not looked at.
+DWORD FindProperty(PVOID list, DWORD cb, LPCWSTR name, PropertyValue::Kind kind, PropertyValue& value) {
+    PropertySet properties;
+    if (!list || !name || ParsePropertyList(list, cb, properties) != ERROR_SUCCESS) {
+        return ERROR_INVALID_DATA;
+    }
+    const PropertyValue* found = properties.Find(name);
+    if (!found) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    if (found->kind != kind) {
+        return ERROR_INVALID_DATA;
+    }
+    value = *found;
+    return ERROR_SUCCESS;
+}
+
+} // namespace
+
+HRESOURCE WINAPI ResUtilGetResourceDependency(HANDLE self, LPCWSTR type) {
+    const HRESOURCE resource = static_cast<HRESOURCE>(self);
+    const HCLUSTER cluster = type ? GetClusterFromResource(resource) : nullptr;
+    if (!cluster) {
+        return nullptr;
+    }
+    const std::wstring wanted = Folded(type);
+    const HRESOURCE found = FindDependency(cluster, resource, false, [&](HRESOURCE dependency) {
+        std::wstring itsType;
+        return TypeOf(dependency, itsType) && Folded(itsType) == wanted;
+    });
+    const DWORD error = GetLastError();
+    CloseCluster(cluster);
+    SetLastError(error);
+    return found;
+}
+
+HRESOURCE WINAPI ResUtilGetResourceDependencyByClass(HCLUSTER cluster, HANDLE self, PCLUS_RESOURCE_CLASS_INFO info,
+                                                     BOOL recurse) {
+    return FindDependency(cluster, static_cast<HRESOURCE>(self), recurse != FALSE, [&](HRESOURCE dependency) {
+        CLUS_RESOURCE_CLASS_INFO its = {};
+        DWORD cb = 0;
+        return ClusterResourceControl(dependency, nullptr, CLUSCTL_RESOURCE_GET_CLASS_INFO, nullptr, 0, &its, sizeof(its),
+                                      &cb) == ERROR_SUCCESS &&
+               its.rc == info->rc; // the subclass does not matter
+    });
+}
+
+DWORD WINAPI ResUtilFindSzProperty(PVOID list, DWORD cb, LPCWSTR name, LPWSTR* text) {
+    PropertyValue value;
+    const DWORD code = FindProperty(list, cb, name, PropertyValue::Sz, value);
+    if (code != ERROR_SUCCESS || !text) {
+        return code;
+    }
+    const std::size_t cbText = (value.text.size() + 1) * sizeof(wchar_t);
+    *text = static_cast<LPWSTR>(LocalAlloc(LMEM_FIXED, cbText));
+    if (!*text) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+    std::memcpy(*text, value.text.c_str(), cbText);
+    return ERROR_SUCCESS;
+}
+
+DWORD WINAPI ResUtilFindDwordProperty(PVOID list, DWORD cb, LPCWSTR name, LPDWORD number) {
+    PropertyValue value;
+    const DWORD code = FindProperty(list, cb, name, PropertyValue::Dword, value);
+    if (code == ERROR_SUCCESS && number) {
+        *number = value.number;
+    }
+    return code;
+}
+
+BOOL WINAPI ResUtilResourceTypesEqual(LPCWSTR type, HRESOURCE resource) {
+    std::wstring itsType;
+    return type && resource && TypeOf(resource, itsType) && Folded(itsType) == Folded(type);
+}

@@ -1,0 +1,159 @@
+#include "Service.h"
+
+#include "ModelJson.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace clussim {
+
+namespace {
+
+std::wstring Environment(const wchar_t* name) {
+    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
+    if (!value.empty()) {
+        value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
+    }
+    return value;
+}
+
+} // namespace
+
+Service::Service() = default;
+
+Service& Service::Instance() {
+    // Never destroyed: other DLLs may still close handles while the process ends.
+    static Service* const service = new Service;
+    return *service;
+}
+
+void Service::LoadConfiguration() {
+    if (m_configured) {
+        return;
+    }
+    m_configured = true;
+    m_file.SetPath(Environment(L"CLUSSIM_FILE"));
+    journal.SetFile(Environment(L"CLUSSIM_JOURNAL"));
+    const std::string faults = Utf8(Environment(L"CLUSSIM_FAULTS"));
+    for (std::size_t start = 0; start < faults.size();) {
+        const std::size_t end = std::min(faults.find(';', start), faults.size());
+        const std::string text = faults.substr(start, end - start);
+        const std::size_t first = text.find_first_not_of(' ');
+        if (first != std::string::npos && !AddFault(text.c_str() + first)) {
+            std::fprintf(stderr, "clussim: CLUSSIM_FAULTS: \"%s\" is no fault like call@object#n=code\n", text.c_str());
+        }
+        start = end + 1;
+    }
+}
+
+Model* Service::Current() {
+    Model* model = m_memory.get();
+    if (!model) {
+        LoadConfiguration();
+        model = m_file.Current();
+        if (model && !m_fileFaultsAdded) {
+            m_fileFaultsAdded = true; // once: their counts go on when the file is read again
+            for (const std::string& text : model->faults) {
+                AddFault(text.c_str());
+            }
+        }
+    }
+    if (model) {
+        model->Settle(Now());
+    }
+    return model;
+}
+
+Code Service::Change(const std::function<Code(Model&)>& change) {
+    if (m_memory) {
+        m_memory->Settle(Now());
+        return change(*m_memory);
+    }
+    LoadConfiguration();
+    const ModelFile::Turn turn(m_file);
+    Model* model = Current();
+    if (!model) {
+        return RPC_S_SERVER_UNAVAILABLE;
+    }
+    const std::string before = WriteModel(*model);
+    const Code code = change(*model);
+    if (WriteModel(*model) == before) {
+        return code;
+    }
+    const Code written = m_file.Write();
+    m_file.Forget();
+    return written != ERROR_SUCCESS ? written : code;
+}
+
+std::int64_t Service::Now() const {
+    if (m_manualClock) {
+        return m_manualNow;
+    }
+    FILETIME time;
+    GetSystemTimeAsFileTime(&time);
+    return static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / 10000);
+}
+
+const Fault* Service::Hit(const char* call, const std::vector<std::wstring>& objects) {
+    return m_faults.Empty() ? nullptr : m_faults.Hit(call, objects);
+}
+
+bool Service::LoadModel(const char* json, std::string& error) {
+    try {
+        std::unique_ptr<Model> model = clussim::ReadModel(json, ThisComputer());
+        m_configured = true; // an in-memory model ignores the environment
+        m_file.SetPath(L"");
+        m_memory = std::move(model);
+    } catch (const ModelError& problem) {
+        error = problem.what();
+        return false;
+    }
+    journal.recording = true;
+    for (const std::string& text : m_memory->faults) {
+        AddFault(text.c_str());
+    }
+    return true;
+}
+
+std::string Service::ReadModel() {
+    const Model* model = Current();
+    return model ? WriteModel(*model) : std::string();
+}
+
+void Service::Reset() {
+    m_memory.reset();
+    m_file.SetPath(L"");
+    m_configured = false;
+    m_fileFaultsAdded = false;
+    m_faults.Clear();
+    m_manualClock = false;
+    journal.Clear();
+    journal.recording = false;
+    journal.SetFile(L"");
+    handles.ForgetBadCalls();
+}
+
+bool Service::AddFault(const char* text) {
+    Fault fault;
+    if (!ParseFault(text, fault)) {
+        return false;
+    }
+    m_faults.Add(fault);
+    return true;
+}
+
+void Service::ClearFaults() {
+    m_faults.Clear();
+}
+
+void Service::UseManualClock() {
+    m_manualNow = Now();
+    m_manualClock = true;
+}
+
+void Service::AdvanceClock(unsigned milliseconds) {
+    m_manualNow += milliseconds;
+}
+
+} // namespace clussim

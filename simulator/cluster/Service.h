@@ -1,0 +1,70 @@
+// The simulated cluster service of this process: one model, from a file shared with other processes or held in memory, with its
+// clock, faults, journal and handles.
+#ifndef CLUSSIM_SERVICE_H
+#define CLUSSIM_SERVICE_H
+
+#include "Faults.h"
+#include "Handles.h"
+#include "Journal.h"
+#include "ModelFile.h"
+
+#include <functional>
+#include <mutex>
+
+namespace clussim {
+
+class Service {
+public:
+    static Service& Instance();
+
+    // Everything below is called with the lock held.
+    std::recursive_mutex lock;
+    Journal journal;
+    Handles handles;
+
+    // The model as it is now: re-read when another process changed its file, transitions completed. Null when there is none.
+    Model* Current();
+
+    // Changes the model and, in file mode, writes it back under the lock shared with other processes. The change finds its objects
+    // itself, as the model may be read anew before. A change that cannot be written is undone and answers with the Win32 code.
+    Code Change(const std::function<Code(Model&)>& change);
+
+    std::int64_t Now() const;
+
+    // A test drives the model: calls leave misleading last-error values behind then, where the API promises none.
+    bool InMemory() const {
+        return m_memory != nullptr;
+    }
+
+    bool HasFaults() const {
+        return !m_faults.Empty();
+    }
+
+    // The fault that hits this call, or null. Counts.
+    const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);
+
+    // Control.
+    bool LoadModel(const char* json, std::string& error);
+    std::string ReadModel();
+    void Reset();
+    bool AddFault(const char* text);
+    void ClearFaults();
+    void UseManualClock();
+    void AdvanceClock(unsigned milliseconds);
+
+private:
+    Service();
+    void LoadConfiguration();
+
+    std::unique_ptr<Model> m_memory; // loaded by a test
+    ModelFile m_file;
+    Faults m_faults;
+    bool m_configured = false;
+    bool m_fileFaultsAdded = false;
+    bool m_manualClock = false;
+    std::int64_t m_manualNow = 0;
+};
+
+} // namespace clussim
+
+#endif
