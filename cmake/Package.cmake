@@ -14,6 +14,9 @@ install(FILES "${PROJECT_BINARY_DIR}/clusutilConfig.cmake" "${PROJECT_BINARY_DIR
 
 if(TARGET clusctl)
   install(TARGETS clusctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(EXISTS "${PROJECT_SOURCE_DIR}/tools/clusctl/clusctl.md")
+    install(FILES tools/clusctl/clusctl.md DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil/docs)
+  endif()
 endif()
 foreach(library clussim_clusapi clussim_resutils)
   if(TARGET ${library})
