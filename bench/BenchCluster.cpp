@@ -21,7 +21,7 @@ public:
         std::snprintf(id, sizeof(id), "7d7c2a3e-0000-4000-8000-%012u", ++m_lastId);
         m_text += m_text.empty() ? "" : ",\n";
         m_text += R"({"name": ")" + Named(name, group) + R"(", "type": ")" + type + R"(", "id": ")" + id +
-                  R"(", "group": ")" + Named("Group", group) + R"(", "state": "online", "dependencies": [)" +
+                  R"(", "group": ")" + Named("Group", group) + R"(", "state": "Online", "dependsOn": [)" +
                   dependencies + R"(], "private": {)" + privateProperties + "}}";
     }
     static std::string Named(const std::string& name, std::size_t group) {
@@ -54,9 +54,9 @@ void AddGroup(ModelText& model, std::size_t group) {
     model.Add("Exchange Information Store", group, "Microsoft Exchange Information Store", attendant, "");
     model.Add("Exchange SMTP Server", group, "Microsoft Exchange SMTP Server Instance", attendant,
               R"("ProtocolInstanceId": 1)");
-    model.Add("Exchange Routing Service", group, "Microsoft Exchange Routing Service", attendant, "");
-    model.Add("Exchange Message Transfer", group, "Microsoft Exchange Message Transfer Agent", attendant, "");
-    model.Add("Exchange Full Text Search", group, "Microsoft Search Service Instance", attendant, "");
+    model.Add("Exchange Routing Service", group, "Generic Service", attendant, "");
+    model.Add("Exchange Message Transfer", group, "Generic Service", attendant, "");
+    model.Add("Exchange Full Text Search", group, "Generic Service", attendant, "");
     model.Add("Product", group, "clusRDLL",
               ModelText::Quoted("Exchange Network Name", group) + ", " + ModelText::Quoted("Disk", group),
               R"("KOVA_DATA_PATH": "E:\\data\\EXVS)" + number + "\"");
@@ -73,7 +73,7 @@ void LoadCluster(std::size_t resources) {
                   R"(", "owner": ")" + (group % 2 == 0 ? "." : "OTHERNODE") + "\"}";
         AddGroup(model, group);
     }
-    const std::string json = R"({"cluster": "BENCHCLUSTER", "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
+    const std::string json = R"({"cluster": {"name": "BENCHCLUSTER"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
 "groups": [)" + groups + "],\n\"resources\": [" +
                              model.Text() + "]}\n";
     char error[512] = "";

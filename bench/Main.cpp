@@ -138,9 +138,10 @@ Result MeasureNamesByType(std::size_t resources) {
 }
 
 void Print(std::size_t resources, const Result& result, const Result* smaller, std::size_t recordsHeld) {
-    std::printf("%6u resources: library %9.3f ms, bare %9.3f ms, ratio %.3f (target 1.10 at most)",
-                static_cast<unsigned>(resources), result.library * 1e3, result.bare * 1e3,
-                result.library / result.bare);
+    std::printf(
+        "%6u resources: library %9.3f ms, bare %9.3f ms, ratio %.3f (target 1.10 at most), %.3f us more per resource",
+        static_cast<unsigned>(resources), result.library * 1e3, result.bare * 1e3, result.library / result.bare,
+        (result.library - result.bare) * 1e6 / static_cast<double>(resources));
     if (smaller) {
         std::printf(", growth x%.2f, bare x%.2f (target 11 at most)", result.library / smaller->library,
                     result.bare / smaller->bare);
