@@ -7,7 +7,7 @@
 namespace {
 
 // No real configuration comes near; a file beyond it is not read.
-const LONGLONG MaxFileSize = 256 * 1024 * 1024;
+const LONGLONG MaxFileSize = LONGLONG{256} * 1024 * 1024;
 
 // False when the file does not exist. Empty `bytes` when it exists but cannot be read.
 bool ReadFileBytes(const std::wstring& path, std::string& bytes) {
