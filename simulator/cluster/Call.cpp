@@ -64,9 +64,9 @@ DWORD Call::Return(Code code) {
 }
 
 void* Call::ReturnHandle(void* handle, Code code) {
-    Finish(m_service.journal.WantsLines()
-               ? handle ? std::to_string(reinterpret_cast<std::uintptr_t>(handle)) : "null, \"error\": " + std::to_string(code)
-               : std::string(),
+    Finish(m_service.journal.WantsLines() ? handle ? std::to_string(reinterpret_cast<std::uintptr_t>(handle))
+                                                   : "null, \"error\": " + std::to_string(code)
+                                          : std::string(),
            handle ? MisleadingSuccess : code, handle == nullptr);
     return handle;
 }

@@ -29,8 +29,8 @@ public:
     // The resource a handle stands for, or the code that says why not.
     Code ResourceOf(Model* model, const void* handle, Resource*& resource);
 
-    // End the call. A successful call, and a failing one whose result is the code itself, leaves a misleading last-error value
-    // behind while a test drives the model: nobody may look at it.
+    // End the call. A successful call, and a failing one whose result is the code itself, leaves a misleading
+    // last-error value behind while a test drives the model: nobody may look at it.
     DWORD Return(Code code);
     void* ReturnHandle(void* handle, Code code); // null: the code is the last-error value
     BOOL ReturnBool(Code code);

@@ -1,8 +1,9 @@
-// Control interface of the cluster simulator, exported by its clusapi.dll: lets a test drive the simulated cluster inside its own
-// process. Programs that only use the cluster need nothing of this; they name a model file in CLUSSIM_FILE.
+// Control interface of the cluster simulator, exported by its clusapi.dll: lets a test drive the simulated cluster
+// inside its own process. Programs that only use the cluster need nothing of this; they name a model file in
+// CLUSSIM_FILE.
 //
-// Texts are UTF-8. A function that fills a buffer returns the bytes needed, terminator included; it writes only when they fit.
-// Control calls are never journalled and never hit by faults. All calls are thread-safe.
+// Texts are UTF-8. A function that fills a buffer returns the bytes needed, terminator included; it writes only when
+// they fit. Control calls are never journalled and never hit by faults. All calls are thread-safe.
 #ifndef CLUSSIMCONTROL_H
 #define CLUSSIMCONTROL_H
 
@@ -21,19 +22,20 @@ extern "C" {
 // 1. Its presence tells that the simulator was loaded, and not some other clusapi.dll.
 CLUSSIM_API unsigned ClusSimVersion(void);
 
-// Replaces the model by a JSON text and holds it in memory: no file is read or written until ClusSimReset. 1 on success; 0 when
-// the text is malformed, with the reason and its place in `error`; the old model stays.
+// Replaces the model by a JSON text and holds it in memory: no file is read or written until ClusSimReset. 1 on
+// success; 0 when the text is malformed, with the reason and its place in `error`; the old model stays.
 CLUSSIM_API int ClusSimLoadModel(const char* json, char* error, size_t cbError);
 
 // The model as JSON, pending transitions brought up to the clock first.
 CLUSSIM_API size_t ClusSimReadModel(char* buffer, size_t cb);
 
-// Forgets the model, faults, journal, counters and the manual clock; the next cluster call reads CLUSSIM_FILE again. Handles still open stay valid
-// for closing only.
+// Forgets the model, faults, journal, counters and the manual clock; the next cluster call reads CLUSSIM_FILE again.
+// Handles still open stay valid for closing only.
 CLUSSIM_API void ClusSimReset(void);
 
-// Adds a fault, for example "OpenClusterResource@EVS1 Disk#2=5007": call, optional object name, optional occurrence ("#2" the second matching
-// call only, "#2+" from the second on, none: every one), code. 1 on success, 0 when the text is malformed.
+// Adds a fault, for example "OpenClusterResource@EVS1 Disk#2=5007": call, optional object name, optional occurrence
+// ("#2" the second matching call only, "#2+" from the second on, none: every one), code. 1 on success, 0 when the text
+// is malformed.
 CLUSSIM_API int ClusSimAddFault(const char* fault);
 CLUSSIM_API void ClusSimClearFaults(void);
 
@@ -46,7 +48,8 @@ CLUSSIM_API void ClusSimRecordJournal(int on);
 CLUSSIM_API size_t ClusSimReadJournal(char* buffer, size_t cb);
 CLUSSIM_API void ClusSimClearJournal(void);
 
-// Cluster calls since the last ClusSimClearJournal or ClusSimReset, counted whether recording is on or not; null counts all.
+// Cluster calls since the last ClusSimClearJournal or ClusSimReset, counted whether recording is on or not; null counts
+// all.
 CLUSSIM_API size_t ClusSimCallCount(const char* call);
 
 // Handles open now. `kind`: "cluster", "resource", "group", "node", "enum", or null for all.

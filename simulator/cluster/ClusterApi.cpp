@@ -79,7 +79,8 @@ Code CopyName(const std::wstring& text, LPWSTR buffer, LPDWORD cch) {
 }
 
 DWORD EnumerationItem(const char* callName, const void* handle, DWORD index, LPDWORD type, LPWSTR name, LPDWORD cch) {
-    Call call(callName, {Arg("handle", handle), Arg("index", index), Arg("cch", cch ? static_cast<long long>(*cch) : 0)});
+    Call call(callName,
+              {Arg("handle", handle), Arg("index", index), Arg("cch", cch ? static_cast<long long>(*cch) : 0)});
     const HandleEntry* entry = call.service().handles.Find(handle, HandleKind::Enum);
     const bool exists = entry && index < entry->items.size();
     if (const Fault* fault = call.Hit({exists ? entry->items[index].second : std::wstring()})) {
@@ -111,7 +112,8 @@ template <typename Change> DWORD ChangeResource(Call& call, HRESOURCE handle, Ch
 
 } // namespace
 
-// Cluster ---------------------------------------------------------------------------------------------------------------
+// Cluster
+// ---------------------------------------------------------------------------------------------------------------
 
 HCLUSTER WINAPI OpenCluster(LPCWSTR name) {
     Call call("OpenCluster", {Arg("name", name)});
@@ -126,7 +128,8 @@ HCLUSTER WINAPI OpenCluster(LPCWSTR name) {
     if (name && (!running || (Folded(name) != Folded(model->name) && !model->FindNode(name)))) {
         return static_cast<HCLUSTER>(call.ReturnHandle(nullptr, RPC_S_SERVER_UNAVAILABLE));
     }
-    return static_cast<HCLUSTER>(call.ReturnHandle(call.service().handles.Open(Entry(HandleKind::Cluster)), ERROR_SUCCESS));
+    return static_cast<HCLUSTER>(
+        call.ReturnHandle(call.service().handles.Open(Entry(HandleKind::Cluster)), ERROR_SUCCESS));
 }
 
 BOOL WINAPI CloseCluster(HCLUSTER cluster) {
@@ -141,7 +144,8 @@ HCLUSTER WINAPI GetClusterFromResource(HRESOURCE resource) {
     if (!call.service().handles.Find(resource, HandleKind::Resource)) {
         return static_cast<HCLUSTER>(call.ReturnHandle(nullptr, ERROR_INVALID_HANDLE));
     }
-    return static_cast<HCLUSTER>(call.ReturnHandle(call.service().handles.Open(Entry(HandleKind::Cluster)), ERROR_SUCCESS));
+    return static_cast<HCLUSTER>(
+        call.ReturnHandle(call.service().handles.Open(Entry(HandleKind::Cluster)), ERROR_SUCCESS));
 }
 
 DWORD WINAPI GetClusterInformation(HCLUSTER cluster, LPWSTR name, LPDWORD cch, LPCLUSTERVERSIONINFO info) {
@@ -211,7 +215,8 @@ DWORD WINAPI ClusterCloseEnum(HCLUSENUM handle) {
     return CloseEnumeration("ClusterCloseEnum", handle);
 }
 
-// Objects ---------------------------------------------------------------------------------------------------------------
+// Objects
+// ---------------------------------------------------------------------------------------------------------------
 
 HRESOURCE WINAPI OpenClusterResource(HCLUSTER cluster, LPCWSTR name) {
     return static_cast<HRESOURCE>(OpenObject("OpenClusterResource", cluster, name, HandleKind::Resource,
@@ -222,16 +227,16 @@ HRESOURCE WINAPI OpenClusterResource(HCLUSTER cluster, LPCWSTR name) {
 }
 
 HGROUP WINAPI OpenClusterGroup(HCLUSTER cluster, LPCWSTR name) {
-    return static_cast<HGROUP>(
-        OpenObject("OpenClusterGroup", cluster, name, HandleKind::Group, ERROR_GROUP_NOT_FOUND, [&](const Model& model) {
-            const Group* found = model.FindGroup(name);
-            return found ? found->name : std::wstring();
-        }));
+    return static_cast<HGROUP>(OpenObject("OpenClusterGroup", cluster, name, HandleKind::Group, ERROR_GROUP_NOT_FOUND,
+                                          [&](const Model& model) {
+                                              const Group* found = model.FindGroup(name);
+                                              return found ? found->name : std::wstring();
+                                          }));
 }
 
 HNODE WINAPI OpenClusterNode(HCLUSTER cluster, LPCWSTR name) {
-    return static_cast<HNODE>(OpenObject("OpenClusterNode", cluster, name, HandleKind::Node, ERROR_CLUSTER_NODE_NOT_FOUND,
-                                         [&](const Model& model) {
+    return static_cast<HNODE>(OpenObject("OpenClusterNode", cluster, name, HandleKind::Node,
+                                         ERROR_CLUSTER_NODE_NOT_FOUND, [&](const Model& model) {
                                              const Node* found = model.FindNode(name);
                                              return found ? found->name : std::wstring();
                                          }));
@@ -280,11 +285,11 @@ CLUSTER_GROUP_STATE WINAPI GetClusterGroupState(HGROUP handle, LPWSTR nodeName, 
                              [state](const Resource* resource) { return resource->state == state; });
     };
     const auto online = count(StateOnline);
-    const int state = count(StateFailed) > 0                                              ? 2
-                      : count(StateOnlinePending) + count(StateOfflinePending) > 0        ? 4
-                      : online == 0                                                       ? 1
-                      : online == static_cast<std::ptrdiff_t>(group->resources.size())    ? 0
-                                                                                          : 3;
+    const int state = count(StateFailed) > 0                                           ? 2
+                      : count(StateOnlinePending) + count(StateOfflinePending) > 0     ? 4
+                      : online == 0                                                    ? 1
+                      : online == static_cast<std::ptrdiff_t>(group->resources.size()) ? 0
+                                                                                       : 3;
     return static_cast<CLUSTER_GROUP_STATE>(call.ReturnState(state, ERROR_SUCCESS));
 }
 
@@ -363,10 +368,12 @@ DWORD WINAPI ClusterResourceCloseEnum(HRESENUM handle) {
     return CloseEnumeration("ClusterResourceCloseEnum", handle);
 }
 
-// Resources -------------------------------------------------------------------------------------------------------------
+// Resources
+// -------------------------------------------------------------------------------------------------------------
 
 HRESOURCE WINAPI CreateClusterResource(HGROUP handle, LPCWSTR name, LPCWSTR type, DWORD flags) {
-    Call call("CreateClusterResource", {Arg("group", handle), Arg("name", name), Arg("type", type), Arg("flags", flags)});
+    Call call("CreateClusterResource",
+              {Arg("group", handle), Arg("name", name), Arg("type", type), Arg("flags", flags)});
     if (const Fault* fault = call.Hit({name ? name : L""})) {
         return static_cast<HRESOURCE>(call.ReturnHandle(nullptr, fault->code));
     }
@@ -396,16 +403,14 @@ DWORD WINAPI DeleteClusterResource(HRESOURCE handle) {
 
 DWORD WINAPI OnlineClusterResource(HRESOURCE handle) {
     Call call("OnlineClusterResource", {Arg("resource", handle)});
-    return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
-        return model.Online(resource, call.service().Now());
-    });
+    return ChangeResource(
+        call, handle, [&](Model& model, Resource& resource) { return model.Online(resource, call.service().Now()); });
 }
 
 DWORD WINAPI OfflineClusterResource(HRESOURCE handle) {
     Call call("OfflineClusterResource", {Arg("resource", handle)});
-    return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
-        return model.Offline(resource, call.service().Now());
-    });
+    return ChangeResource(
+        call, handle, [&](Model& model, Resource& resource) { return model.Offline(resource, call.service().Now()); });
 }
 
 CLUSTER_RESOURCE_STATE WINAPI GetClusterResourceState(HRESOURCE handle, LPWSTR node, LPDWORD cchNode, LPWSTR group,

@@ -23,7 +23,8 @@ bool ParseNumber(const std::string& text, unsigned long& number) {
 
 bool ParseFault(const std::string& text, Fault& fault) {
     fault = Fault();
-    // The code stands behind the last "=", the occurrence behind the last "#" before it: object names may hold either character.
+    // The code stands behind the last "=", the occurrence behind the last "#" before it: object names may hold either
+    // character.
     const std::size_t equals = text.rfind('=');
     if (equals == std::string::npos) {
         return false;

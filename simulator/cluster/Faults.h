@@ -11,9 +11,9 @@ namespace clussim {
 
 struct Fault {
     std::string call;
-    std::wstring object;      // folded; empty: whatever the object is
-    std::size_t first = 1;    // occurrence of a matching call
-    bool onlyFirst = false;   // else from then on
+    std::wstring object;    // folded; empty: whatever the object is
+    std::size_t first = 1;  // occurrence of a matching call
+    bool onlyFirst = false; // else from then on
     Code code = 0;
     bool forcesState = false; // "state:130": the call succeeds and gives this state
     int state = 0;
@@ -28,7 +28,8 @@ public:
     void Add(const Fault& fault);
     void Clear();
 
-    // Counts the call, and gives the fault that hits it, or null. `objects` are the names it goes by: resource name, control code.
+    // Counts the call, and gives the fault that hits it, or null. `objects` are the names it goes by: resource name,
+    // control code.
     const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);
 
     bool Empty() const {

@@ -1,5 +1,6 @@
-// Handles of the simulated cluster API. A value is never used twice in a process, so that a double close and a use after close show.
-// An object is named by what outlives a re-read of the model: a resource by its ID, groups and nodes by name.
+// Handles of the simulated cluster API. A value is never used twice in a process, so that a double close and a use
+// after close show. An object is named by what outlives a re-read of the model: a resource by its ID, groups and nodes
+// by name.
 #ifndef CLUSSIM_HANDLES_H
 #define CLUSSIM_HANDLES_H
 
@@ -10,13 +11,19 @@
 
 namespace clussim {
 
-enum class HandleKind { Cluster, Resource, Group, Node, Enum };
+enum class HandleKind {
+    Cluster,
+    Resource,
+    Group,
+    Node,
+    Enum
+};
 
 struct HandleEntry {
     HandleKind kind;
-    std::wstring object;                                        // ID or name
-    std::vector<std::pair<unsigned long, std::wstring>> items;  // of an enumeration: type and name
-    const char* enumCall = "";                                  // which enumeration it is
+    std::wstring object;                                       // ID or name
+    std::vector<std::pair<unsigned long, std::wstring>> items; // of an enumeration: type and name
+    const char* enumCall = "";                                 // which enumeration it is
 };
 
 class Handles {

@@ -9,7 +9,12 @@ namespace clussim {
 
 // A value in a journal line. Pointers are only looked at when lines are recorded.
 struct JournalValue {
-    enum Kind { Number, Text, Bytes, Null };
+    enum Kind {
+        Number,
+        Text,
+        Bytes,
+        Null
+    };
 
     const char* name = nullptr;
     Kind kind = Null;

@@ -356,8 +356,7 @@ Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
     }
     const bool refused =
         behaviour.protocol >= 2008
-            ? resource.state == StateOnlinePending ||
-                  (resource.state == StateOnline && dependsOn.state != StateOnline)
+            ? resource.state == StateOnlinePending || (resource.state == StateOnline && dependsOn.state != StateOnline)
             : resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing;
     if (refused) {
         return ERROR_RESOURCE_ONLINE;

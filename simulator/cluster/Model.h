@@ -27,7 +27,13 @@ enum State : int {
 };
 
 struct PropertyValue {
-    enum Kind { Sz, Dword, MultiSz, ExpandSz, Binary };
+    enum Kind {
+        Sz,
+        Dword,
+        MultiSz,
+        ExpandSz,
+        Binary
+    };
 
     Kind kind = Sz;
     std::wstring text;                // Sz, ExpandSz
@@ -68,7 +74,11 @@ struct Disk {
 };
 
 struct Node {
-    enum class Status { Up, Down, Paused };
+    enum class Status {
+        Up,
+        Down,
+        Paused
+    };
 
     std::wstring name;
     bool isThisComputer = false; // "." in the model file

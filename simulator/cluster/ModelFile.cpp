@@ -109,8 +109,9 @@ Model* ModelFile::Current() {
     if (m_path.empty()) {
         return nullptr;
     }
-    const FileHandle file(CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const FileHandle file(CreateFileW(m_path.c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
     BY_HANDLE_FILE_INFORMATION information = {};
     if (!file || !GetFileInformationByHandle(file.get(), &information)) {
         Tell("cannot be opened, error " + std::to_string(GetLastError()));

@@ -16,8 +16,8 @@ public:
     // The file to work on; empty for none.
     void SetPath(const std::wstring& path);
 
-    // The model, read again when the file has changed. Null when there is no file or it is malformed: the reason is then told
-    // once on standard error and to the debugger.
+    // The model, read again when the file has changed. Null when there is no file or it is malformed: the reason is
+    // then told once on standard error and to the debugger.
     Model* Current();
 
     // Writes the current model: a temporary file, flushed, then put in the old one's place. The Win32 code.

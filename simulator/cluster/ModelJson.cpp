@@ -127,7 +127,10 @@ std::wstring TextItem(const Json& item, const std::string& place) {
 }
 
 int HexDigit(char c) {
-    return c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+    return c >= '0' && c <= '9'   ? c - '0'
+           : c >= 'a' && c <= 'f' ? c - 'a' + 10
+           : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                  : -1;
 }
 
 PropertyValue ReadProperty(const Json& json, const std::string& place) {
@@ -157,7 +160,8 @@ PropertyValue ReadProperty(const Json& json, const std::string& place) {
             value.bytes.push_back(static_cast<unsigned char>(high * 16 + low));
         }
     } else {
-        Fail(place, "a text, a number of 32 bits, a list of texts, {\"expandSz\": text} or {\"binary\": hex} is expected");
+        Fail(place,
+             "a text, a number of 32 bits, a list of texts, {\"expandSz\": text} or {\"binary\": hex} is expected");
     }
     return value;
 }

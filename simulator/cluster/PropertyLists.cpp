@@ -203,10 +203,10 @@ Bytes DiskInformation(const Disk& disk) {
     for (const Partition& partition : disk.partitions) {
         const bool hasLetter = partition.device.size() == 2 && partition.device[1] == L':';
         Bytes info(PartitionInfoSize);
-        info[0] = hasLetter ? 5 : 4;               // sticky, usable
-        PutText(info, 4, partition.device);        // 260 characters
-        PutText(info, 4 + 520, partition.label);   // 260 characters
-        info[4 + 520 + 520 + 4] = 255;             // longest name component
+        info[0] = hasLetter ? 5 : 4;                // sticky, usable
+        PutText(info, 4, partition.device);         // 260 characters
+        PutText(info, 4 + 520, partition.label);    // 260 characters
+        info[4 + 520 + 520 + 4] = 255;              // longest name component
         PutText(info, 4 + 520 + 520 + 12, L"NTFS"); // 32 characters
         AppendEntry(bytes, SyntaxPartitionInfo, info);
     }

@@ -141,8 +141,8 @@ Code Set(Resource& resource, DWORD code, const PropertySet& properties) {
 
 } // namespace
 
-DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LPVOID in, DWORD cbIn, LPVOID out, DWORD cbOut,
-                                    LPDWORD cbReturned) {
+DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LPVOID in, DWORD cbIn, LPVOID out,
+                                    DWORD cbOut, LPDWORD cbReturned) {
     Call call("ClusterResourceControl", {Arg("resource", handle), Arg("node", node), Arg("code", code),
                                          JournalValue::Of("in", in, cbIn), Arg("cbOut", cbOut)});
     wchar_t codeText[16];
@@ -189,7 +189,8 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
     const DWORD cb = static_cast<DWORD>(bytes.size());
     if (!out || cbOut < cb) {
         // Since 2008 a probe without a buffer for the class succeeds.
-        const bool probeSucceeds = !out && cbOut == 0 && code == ControlGetClassInfo && model->behaviour.protocol >= 2008;
+        const bool probeSucceeds =
+            !out && cbOut == 0 && code == ControlGetClassInfo && model->behaviour.protocol >= 2008;
         return finish(probeSucceeds ? static_cast<Code>(ERROR_SUCCESS) : static_cast<Code>(ERROR_MORE_DATA), cb);
     }
     std::memcpy(out, bytes.data(), cb);

@@ -40,8 +40,8 @@ bool TypeOf(HRESOURCE resource, std::wstring& type) {
                                         static_cast<DWORD>(bytes.size()), &cb);
     if (code == ERROR_MORE_DATA) {
         bytes.resize(cb);
-        code = ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, nullptr, 0, bytes.data(), cb,
-                                      &cb);
+        code = ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, nullptr, 0, bytes.data(),
+                                      cb, &cb);
     }
     if (code != ERROR_SUCCESS || cb < sizeof(wchar_t)) {
         return false;
@@ -51,8 +51,7 @@ bool TypeOf(HRESOURCE resource, std::wstring& type) {
 }
 
 // The first direct dependency, or with `recurse` the first of the whole tree, that `matches(handle)`.
-template <typename Matches>
-HRESOURCE FindDependency(HCLUSTER cluster, HRESOURCE self, bool recurse, Matches matches) {
+template <typename Matches> HRESOURCE FindDependency(HCLUSTER cluster, HRESOURCE self, bool recurse, Matches matches) {
     const HRESENUM list = ClusterResourceOpenEnum(self, CLUSTER_RESOURCE_ENUM_DEPENDS);
     if (!list) {
         return nullptr;
@@ -132,7 +131,8 @@ HRESOURCE WINAPI ResUtilGetResourceDependencyByClass(HCLUSTER cluster, HANDLE se
     return FindDependency(cluster, static_cast<HRESOURCE>(self), recurse != FALSE, [&](HRESOURCE dependency) {
         CLUS_RESOURCE_CLASS_INFO its = {};
         DWORD cb = 0;
-        return ClusterResourceControl(dependency, nullptr, CLUSCTL_RESOURCE_GET_CLASS_INFO, nullptr, 0, &its, sizeof(its),
+        return ClusterResourceControl(dependency, nullptr, CLUSCTL_RESOURCE_GET_CLASS_INFO, nullptr, 0, &its,
+                                      sizeof(its),
                                       &cb) == ERROR_SUCCESS &&
                its.rc == info->rc; // the subclass does not matter
     });

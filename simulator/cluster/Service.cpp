@@ -92,7 +92,8 @@ std::int64_t Service::Now() const {
     }
     FILETIME time;
     GetSystemTimeAsFileTime(&time);
-    return static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / 10000);
+    return static_cast<std::int64_t>((static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) /
+                                     10000);
 }
 
 const Fault* Service::Hit(const char* call, const std::vector<std::wstring>& objects) {

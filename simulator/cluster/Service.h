@@ -1,5 +1,5 @@
-// The simulated cluster service of this process: one model, from a file shared with other processes or held in memory, with its
-// clock, faults, journal and handles.
+// The simulated cluster service of this process: one model, from a file shared with other processes or held in memory,
+// with its clock, faults, journal and handles.
 #ifndef CLUSSIM_SERVICE_H
 #define CLUSSIM_SERVICE_H
 
@@ -22,11 +22,13 @@ public:
     Journal journal;
     Handles handles;
 
-    // The model as it is now: re-read when another process changed its file, transitions completed. Null when there is none.
+    // The model as it is now: re-read when another process changed its file, transitions completed. Null when there is
+    // none.
     Model* Current();
 
-    // Changes the model and, in file mode, writes it back under the lock shared with other processes. The change finds its objects
-    // itself, as the model may be read anew before. A change that cannot be written is undone and answers with the Win32 code.
+    // Changes the model and, in file mode, writes it back under the lock shared with other processes. The change finds
+    // its objects itself, as the model may be read anew before. A change that cannot be written is undone and answers
+    // with the Win32 code.
     Code Change(const std::function<Code(Model&)>& change);
 
     std::int64_t Now() const;

@@ -15,7 +15,8 @@ std::wstring Wide(const std::string& utf8) {
 std::string Utf8(const std::wstring& text) {
     const int cch = static_cast<int>(text.size());
     std::string utf8(
-        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), cch, nullptr, 0, nullptr, nullptr)), '\0');
+        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), cch, nullptr, 0, nullptr, nullptr)),
+        '\0');
     WideCharToMultiByte(CP_UTF8, 0, text.data(), cch, &utf8[0], static_cast<int>(utf8.size()), nullptr, nullptr);
     return utf8;
 }
