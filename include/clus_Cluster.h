@@ -1,8 +1,9 @@
 // Failover cluster access: the cluster, its resources, groups and nodes.
 //
-// Every class owns at most one cluster handle and closes it when it dies. An object belongs to one thread at a time; separate objects
-// may be used on separate threads. No member throws on its own: failures are results and log lines. A failing allocation of
-// the standard library passes through as its exception, with every handle and buffer released.
+// Every class holds at most one cluster handle and closes it when it dies (a resource only with auto-close on). An
+// object belongs to one thread at a time; separate objects may be used on separate threads. No member throws on its
+// own: failures are results and log lines. A failing allocation of the standard library passes through as its
+// exception, with every handle and buffer released.
 //
 // Handles stay usable after the CCluster they were opened from is closed.
 #ifndef CLUS_CLUSTER_H
@@ -18,7 +19,7 @@ CLUSUTIL_SHARED_RUNTIME_BEGIN
 class CCluster;
 
 // What CCluster::EnumNames lists. Any other value is logged and asks the cluster with an empty type mask.
-enum CCLUSTER_OBJ_ENUM {
+enum CCLUSTER_OBJ_ENUM : int {
     CCLUSTER_OBJ_RESOURCE = 2,
     CCLUSTER_OBJ_NODE = 4,
     CCLUSTER_OBJ_GROUP = 5
@@ -43,8 +44,8 @@ private:
     HNODE m_hNode;
 };
 
-// One cluster resource (HRESOURCE). Opened by CCluster::OpenResourceByName, created by CCluster::CreateResource, found by the
-// dependency finders below, or wrapped around a handle that somebody else owns (autoClose false).
+// One cluster resource (HRESOURCE). Opened by CCluster::OpenResourceByName, created by CCluster::CreateResource, found
+// by the dependency finders below, or wrapped around a handle that somebody else owns (autoClose false).
 class CLUSUTIL_API CClusterResource {
 public:
     // State of a resource, and result of switching one. The numbers are part of the interface.
@@ -75,7 +76,8 @@ public:
     CClusterResource(const CClusterResource&) = delete;
     CClusterResource& operator=(const CClusterResource&) = delete;
 
-    // CloseClusterResource, then forgets the handle and the cached properties. With auto-close off it does nothing at all.
+    // CloseClusterResource, then forgets the handle and the cached properties. With auto-close off it does nothing at
+    // all.
     void Close();
     void SetAutoClose(bool autoClose);
 
@@ -85,69 +87,78 @@ public:
     // Text of a state, such as "[ONLINE]"; a constant. `state` must be 0 to RES_STATE_END: there is no range check.
     static const wchar_t* GetStateString(int state);
 
-    // GetClusterResourceState. `nodeName` (the owner node) and `groupName` are optional and written only when read. A node name of
-    // more than 15 or a group name of more than 255 characters makes the call fail. RES_STATE_UNKNOWN on failure.
+    // GetClusterResourceState. `nodeName` (the owner node) and `groupName` are optional and written only when read. A
+    // node name of more than 15 or a group name of more than 255 characters makes the call fail. RES_STATE_UNKNOWN on
+    // failure.
     RES_STATE GetResourceState(std::wstring* nodeName, std::wstring* groupName);
 
-    // OnlineClusterResource / OfflineClusterResource: the state reached, or the pending state when the cluster goes on by itself
-    // (neither call waits), or RES_STATE_UNKNOWN on failure.
+    // OnlineClusterResource / OfflineClusterResource: the state reached, or the pending state when the cluster goes on
+    // by itself (neither call waits), or RES_STATE_UNKNOWN on failure.
     RES_STATE OnlineResource();
     RES_STATE OfflineResource();
 
-    // Whether this computer owns the resource (exact, case-sensitive comparison of node and computer name), and, for the first,
-    // whether it is online. `groupName` is optional and receives the group's name.
+    // Whether this computer owns the resource (exact, case-sensitive comparison of node and computer name), and, for
+    // the first, whether it is online. `groupName` is optional and receives the group's name.
     bool IsOnlineOnCurrentNode(std::wstring* groupName);
     bool IsOnCurrentNode(std::wstring* groupName);
 
-    // A system property, read once and then cached; `refresh` reads it again. Null on failure. The text belongs to the object and stays
-    // valid until the next refreshed read of the same property, Close, or destruction. A disk without partitions gives whatever text stands at the
-    // start of its disk information, not null.
+    // A system property, read once and then cached; `refresh` reads it again. Null on failure. The text belongs to the
+    // object and stays valid until the next refreshed read of the same property, Close, or destruction. A disk without
+    // partitions gives whatever text stands at the start of its disk information, not null.
     const wchar_t* GetSystemStringProperty(RES_PROPERTY_ID id, bool refresh);
 
-    // Private properties (CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES). False when the property is missing or of another type;
-    // `value` is then untouched.
+    // Private properties (CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES). False when the property is missing or of another
+    // type; `value` is then untouched.
     bool GetPrivateStringProperty(const wchar_t* name, std::wstring& value);
     bool GetPrivateDWORDProperty(const wchar_t* name, DWORD& value);
 
-    // Sends one DWORD property with the given control code, for example CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES. An answer of
-    // ERROR_RESOURCE_PROPERTIES_STORED (an online resource takes the value up later) counts as failure.
+    // Sends one DWORD property with the given control code, for example CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES. An
+    // answer of ERROR_RESOURCE_PROPERTIES_STORED (an online resource takes the value up later) counts as failure.
     bool SetDWORDProperty(DWORD controlCode, const wchar_t* name, DWORD value);
 
     // AddClusterResourceDependency: this resource will depend on `dependsOn`.
     bool AddDependency(HRESOURCE dependsOn);
 
-    // AddClusterResourceNode: makes the node a possible owner. The Win32 code; ERROR_OBJECT_ALREADY_EXISTS when it is one already.
+    // AddClusterResourceNode: makes the node a possible owner. The Win32 code; ERROR_OBJECT_ALREADY_EXISTS when it is
+    // one already.
     DWORD AddOwner(HNODE node);
 
     // DeleteClusterResource, and on success Close.
     bool DeleteResource();
 
-    // The first storage-class resource this one depends on directly. A handle that `storage` already held is overwritten,
-    // not closed.
+    // The first storage-class resource this one depends on directly. A handle that `storage` already held is
+    // overwritten, not closed.
     bool GetResourceStorageDependency(CClusterResource& storage);
 
-    // The first resource of the given type this one depends on directly. Fails when `dependency` already holds a handle.
+    // The first resource of the given type this one depends on directly. Fails when `dependency` already holds a
+    // handle.
     bool GetResourceDependencyByType(CClusterResource& dependency, const wchar_t* type);
 
     // The network name of the Network Name resource this one depends on. `networkName` is untouched on failure.
     bool GetDependentNetworkName(std::wstring& networkName);
 
-    // Appends the names of related objects: `enumType` is a mask of CLUSTER_RESOURCE_ENUM_DEPENDS (1), _PROVIDES (2) and
-    // _NODES (4, the possible owners). False also when single entries could not be read; the others are in the list then.
+    // Appends the names of related objects: `enumType` is a mask of CLUSTER_RESOURCE_ENUM_DEPENDS (1), _PROVIDES (2)
+    // and _NODES (4, the possible owners). False also when single entries could not be read; the others are in the list
+    // then.
     bool EnumNames(DWORD enumType, std::list<std::wstring>& names) const;
 
 private:
     friend class CCluster;
 
-    static const int PropertyCount = 5;
+    // Takes a new handle; what was cached of another resource goes.
+    void SetResourceHandle(HRESOURCE h);
+
+    enum {
+        PropertyCount = 5
+    };
 
     HRESOURCE m_hResource;
     bool m_bAutoClose;
     std::wstring m_propertyCache[PropertyCount]; // by RES_PROPERTY_ID, empty until read
 };
 
-// Called for each resource of a group. The resource handle is valid during the call only. Return 0 to go on with the next resource,
-// anything else to stop after this one.
+// Called for each resource of a group. The resource handle is valid during the call only. Return 0 to go on with the
+// next resource, anything else to stop after this one.
 typedef DWORD (*EnumResourceCallback)(HCLUSTER cluster, HGROUP group, HRESOURCE resource, const wchar_t* resourceName,
                                       void* context);
 
@@ -162,8 +173,8 @@ public:
     CClusterGroup& operator=(const CClusterGroup& other);
     CClusterGroup(const CClusterGroup&) = delete;
 
-    // CloseClusterGroup. The handle value is kept, so that destruction closes it once more: call Close just before the object
-    // dies, or not at all.
+    // CloseClusterGroup. The handle value is kept, so that destruction closes it once more: call Close just before the
+    // object dies, or not at all.
     void Close();
 
     // The handle, still owned by this object; null when none is held.
@@ -172,20 +183,21 @@ public:
     // Appends the names of the group's resources. False on failure, with the names read so far in the list.
     bool EnumResourceNamesInGroup(std::list<std::wstring>& names) const;
 
-    // The same, then keeps only the names whose resource type is exactly `type`; names that were in the list before are filtered
-    // too. False as soon as one resource cannot be opened; the list is partly filtered then.
+    // The same, then keeps only the names whose resource type is exactly `type`; names that were in the list before are
+    // filtered too. False as soon as one resource cannot be opened; the list is partly filtered then.
     bool EnumResourceNamesInGroupByType(CCluster& cluster, std::list<std::wstring>& names, const wchar_t* type) const;
 
     // Appends the names of the group's storage-class resources. False only when no group handle is held.
     bool EnumStorageResourceNamesInGroup(CCluster& cluster, std::list<std::wstring>& names) const;
 
-    // Opens each resource of the group and calls `callback` for it. False only when no group handle is held: a group that cannot be
-    // enumerated counts as an empty one.
+    // Opens each resource of the group and calls `callback` for it. False only when no group handle is held: a group
+    // that cannot be enumerated counts as an empty one.
     bool EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback callback, void* context) const;
 
     // The group's first disk whose first partition's device name begins with `driveLetter` (exact letter case).
     // `resourceName` is untouched when there is none.
-    bool FindPhysicalDiskResourceNameByDriveLetter(CCluster& cluster, wchar_t driveLetter, std::wstring& resourceName) const;
+    bool FindPhysicalDiskResourceNameByDriveLetter(CCluster& cluster, wchar_t driveLetter,
+                                                   std::wstring& resourceName) const;
 
 private:
     friend class CCluster;
@@ -195,8 +207,8 @@ private:
     HGROUP m_hGroup;
 };
 
-// The cluster itself (HCLUSTER). Construct, OpenByLPC or OpenByRPC, any number of queries, then Close or destruction. No member
-// reopens a handle implicitly.
+// The cluster itself (HCLUSTER). Construct, OpenByLPC or OpenByRPC, any number of queries, then Close or destruction.
+// No member reopens a handle implicitly.
 class CLUSUTIL_API CCluster {
 public:
     CCluster();
@@ -216,19 +228,20 @@ public:
     // The handle, still owned by this object; null while closed.
     HCLUSTER GetHandle() const;
 
-    // GetClusterInformation. Fails for a name of more than 15 characters, the limit callers rely on. `name` is untouched on
-    // failure.
+    // GetClusterInformation. Fails for a name of more than 15 characters, the limit callers rely on. `name` is
+    // untouched on failure.
     bool GetClusterName(std::wstring& name);
 
-    // The local cluster's name and the ID of the resource that carries it (GUID text without braces). Both outputs are written on success only.
+    // The local cluster's name and the ID of the resource that carries it (GUID text without braces). Both outputs are
+    // written on success only.
     static bool GetClusterNameResourceGUID(std::wstring& clusterName, std::wstring& resourceId);
 
-    // Appends the names of all objects of one kind, in the cluster's order (ClusterOpenEnum, ClusterEnum). False also when
-    // single entries could not be read; the others are in the list then.
+    // Appends the names of all objects of one kind, in the cluster's order (ClusterOpenEnum, ClusterEnum). False also
+    // when single entries could not be read; the others are in the list then.
     bool EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names) const;
 
-    // The same for resources, then keeps only the names whose resource opens and whose type is exactly `resourceType`. Names that
-    // were in the list before are filtered too.
+    // The same for resources, then keeps only the names whose resource opens and whose type is exactly `resourceType`.
+    // Names that were in the list before are filtered too.
     bool EnumResourceNamesByType(const wchar_t* resourceType, std::list<std::wstring>& names);
 
     // OpenClusterResource, OpenClusterGroup. Fail when the object already holds a handle.
@@ -238,15 +251,16 @@ public:
     // OpenClusterNode. A handle that `node` already held is overwritten, not closed.
     bool OpenNodeByName(CClusterNode& node, const wchar_t* name) const;
 
-    // Find the Network Name resource that carries `networkName`, upper-cased (ASCII letters only) and compared exactly with what the
-    // cluster returns; the first match wins. They give the open resource, its open group, or its name.
+    // Find the Network Name resource that carries `networkName`, upper-cased (ASCII letters only) and compared exactly
+    // with what the cluster returns; the first match wins. They give the open resource, its open group, or its name.
     bool OpenNetworkNameResourceByNetworkName(CClusterResource& resource, const wchar_t* networkName);
     bool OpenGroupByNetworkName(CClusterGroup& group, const wchar_t* networkName);
     bool FindFirstResourceNameByNetworkName(std::wstring& resourceName, const wchar_t* networkName);
 
-    // CreateClusterResource in the group; the new resource is offline. A handle that `resource` already held is overwritten,
-    // not closed.
-    static bool CreateResource(CClusterGroup& group, CClusterResource& resource, const wchar_t* name, const wchar_t* type);
+    // CreateClusterResource in the group; the new resource is offline. A handle that `resource` already held is
+    // overwritten, not closed.
+    static bool CreateResource(CClusterGroup& group, CClusterResource& resource, const wchar_t* name,
+                               const wchar_t* type);
 
 private:
     HCLUSTER m_hCluster;

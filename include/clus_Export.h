@@ -8,8 +8,10 @@
 #define CLUSUTIL_API __declspec(dllimport)
 #endif
 
-// winsock2.h comes first: windows.h on its own pulls in the old winsock.h, which clashes with it.
+// Before windows.h, which on its own pulls in the old winsock.h; not behind it, where the two clash.
+#if !defined(_WINDOWS_) && !defined(_INC_WINDOWS)
 #include <winsock2.h>
+#endif
 #include <windows.h>
 
 // The cluster API's handle types. Repeating its typedefs keeps callers free of clusapi.h and of its version quirks.

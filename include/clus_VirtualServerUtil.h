@@ -1,5 +1,5 @@
-// Which servers does this node serve? On a Microsoft cluster the Exchange virtual servers whose product resource this node owns, on
-// a plain server the server itself; and where the product keeps its settings and data.
+// Which servers does this node serve? On a Microsoft cluster the Exchange virtual servers whose product resource this
+// node owns, on a plain server the server itself; and where the product keeps its settings and data.
 #ifndef CLUS_VIRTUALSERVERUTIL_H
 #define CLUS_VIRTUALSERVERUTIL_H
 
@@ -10,10 +10,12 @@
 
 CLUSUTIL_SHARED_RUNTIME_BEGIN
 
-// One server: the plain server, or one Exchange virtual server. A fixed-size record that callers allocate in arrays and that is
-// copied bytewise. Texts are UTF-16 and always terminated; a longer text is cut to its member.
+// One server: the plain server, or one Exchange virtual server. A fixed-size record that callers allocate in arrays and
+// that is copied bytewise. Texts are UTF-16 and always terminated; a longer text is cut to its member.
 struct CLUSUTIL_API CClusterVirtualServerInfo {
-    static const int MaxSmtpInstances = 128; // capacity of m_dwSmtpInstanceIds
+    enum : int {
+        MaxSmtpInstances = 128
+    }; // capacity of m_dwSmtpInstanceIds
 
     // An empty record: not online, instance count -1, all arrays zero.
     CClusterVirtualServerInfo();
@@ -43,11 +45,12 @@ struct CClusterVirtualServerLookupRequest {
     std::wstring m_wsNameOrIP;         // network name, computer name, host name with domain, "localhost", or IP address
 };
 
-// The product's view of this host. Construct one per use; the first instance of a process starts Windows Sockets and the last one
-// stops it, uncounted across threads: create and destroy instances on one thread at a time. No member throws on its own.
+// The product's view of this host. Construct one per use; the first instance of a process starts Windows Sockets and
+// the last one stops it, uncounted across threads: create and destroy instances on one thread at a time. No member
+// throws on its own.
 //
-// Whether the product is a cluster deployment, and which registry key holds its settings ("cfg_ProductRegistry.txt"), is read once
-// per process; a change takes effect in a new process.
+// Whether the product is a cluster deployment, and which registry key holds its settings ("cfg_ProductRegistry.txt"),
+// is read once per process; a change takes effect in a new process.
 class CLUSUTIL_API CVirtualServerUtil {
 public:
     // Result of EnumServersOnCurrentNode. The numbers are part of the interface.
@@ -70,40 +73,47 @@ public:
 
     // --- Servers ----------------------------------------------------------------------------------------------------
 
-    // Lists the servers of this node. `*pCount` is the capacity of `pBuffer` in records on entry, and the number of records written
-    // or needed on return. On a cluster `pBuffer` may be null to ask for the count (ENUM_VS_RESULT_MORE_DATA); on a plain
-    // server it must not be null unless `*pCount` is below 1.
+    // Lists the servers of this node. `*pCount` is the capacity of `pBuffer` in records on entry, and the number of
+    // records written or needed on return. On a cluster `pBuffer` may be null to ask for the count
+    // (ENUM_VS_RESULT_MORE_DATA); on a plain server it must not be null unless `*pCount` is below 1.
     //
-    //     int count = 0;
-    //     util.EnumServersOnCurrentNode(nullptr, &count);
-    //     std::vector<CClusterVirtualServerInfo> servers(count);
-    //     while (util.EnumServersOnCurrentNode(servers.data(), &count) == CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA)
-    //         servers.resize(count); // the cluster changed in between
+    //     int count = 1;
+    //     std::vector<CClusterVirtualServerInfo> servers(count); // never empty: a null buffer only asks for the count
+    //     CVirtualServerUtil::ENUM_VS_RESULT result;
+    //     while ((result = util.EnumServersOnCurrentNode(servers.data(), &count)) ==
+    //            CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA)
+    //         servers.resize(count); // more than before
+    //     servers.resize(result == CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS ? count : 0);
     ENUM_VS_RESULT EnumServersOnCurrentNode(CClusterVirtualServerInfo* pBuffer, int* pCount);
 
     // Finds the server of this node that `request.m_wsNameOrIP` denotes. On false `info` must not be used.
     bool QueryServerInfo(const CClusterVirtualServerLookupRequest& request, CClusterVirtualServerInfo& info);
 
-    // Whether a name or an IP address denotes the server of `info`: its IP text exactly; its name in any letter case, also with a domain behind it;
-    // "localhost" when the record is this computer. Any other IP address does not match.
+    // Whether a name or an IP address denotes the server of `info`: its IP text exactly; its name in any letter case,
+    // with a domain behind it when it starts with a letter; "localhost" when the record is this computer. Any other IP
+    // address does not match.
     bool IsTheSameVirtualServer(const wchar_t* lpwsNameOrIP, const CClusterVirtualServerInfo& info);
 
-    // Fills `info` for the plain server from the product's registry key and the computer name. False when the home directory
-    // cannot be read from an opened key, or the computer name cannot be read; `info` may be partly filled then.
+    // Fills `info` for the plain server from the product's registry key and the computer name. False when the home
+    // directory cannot be read from an opened key, or the computer name cannot be read; `info` may be partly filled
+    // then.
     static bool GetNormalServerInfo(CClusterVirtualServerInfo& info);
 
-    // Fills `info` for the virtual server of a product resource, whose handle stays the caller's. Does not set m_bIsOnline.
-    // On false the record is partly filled and must be discarded.
-    static bool GetVirtualServerInfo(HRESOURCE hResource, CClusterVirtualServerInfo& info, bool bGetDataPath, bool bGetSmtpInstances);
+    // Fills `info` for the virtual server of a product resource, whose handle stays the caller's. Does not set
+    // m_bIsOnline. On false the record is partly filled and must be discarded.
+    static bool GetVirtualServerInfo(HRESOURCE hResource, CClusterVirtualServerInfo& info, bool bGetDataPath,
+                                     bool bGetSmtpInstances);
 
-    // Collects the "ProtocolInstanceId" of every SMTP instance in the group of a virtual server. Not clustered: count -1 and true.
-    // False on any failure, and when there are more than MaxSmtpInstances; those read so far stay in the record.
+    // Collects the "ProtocolInstanceId" of every SMTP instance in the group of a virtual server. Not clustered: count
+    // -1 and true. False on any failure, and when there are more than MaxSmtpInstances; those read so far stay in the
+    // record.
     static bool GetSMTPInstanceInfo(const wchar_t* lpwsNetworkName, CClusterVirtualServerInfo& info);
 
     // Whether a "Microsoft Exchange Information Store" resource is online on this node.
     static bool AtLeastOneExchangeResourceDLLOnlineOnCurrentNode();
 
-    // --- Settings of the product and its host ------------------------------------------------------------------------------
+    // --- Settings of the product and its host
+    // ------------------------------------------------------------------------------
 
     // Whether "IsCluster" is 1. Read once per process; a key that cannot be opened means false.
     static bool CheckIsClusterByRegKey();
@@ -114,7 +124,8 @@ public:
     // "DataRootPath" of the compiled-in key (the settings file is not consulted), empty when absent.
     static std::wstring GetDataRootPath();
 
-    // The data folder of a CCR virtual server: data root, "CCRVSDB", server name, joined with one backslash each.
+    // The data folder of a CCR virtual server: data root, "CCRVSDB", server name, joined with one backslash each. Null
+    // counts as empty.
     static void ConcatCCRDataPath(const wchar_t* dataRoot, const wchar_t* serverName, std::wstring& path);
 
     // Number of the IIS site that serves the home directory, -1 when there is none.
@@ -127,8 +138,10 @@ protected:
 private:
     ENUM_VS_RESULT EnumNormalServerOnCurrentNode_(CClusterVirtualServerInfo* pBuffer, int* pCount);
     ENUM_VS_RESULT EnumVirtualServerOnCurrentNode_(CClusterVirtualServerInfo* pBuffer, int* pCount);
-    bool QueryServerInfoFromRegistry_(const CClusterVirtualServerLookupRequest& request, CClusterVirtualServerInfo& info);
-    bool QueryServerInfoFromCluster_(const CClusterVirtualServerLookupRequest& request, CClusterVirtualServerInfo& info);
+    bool QueryServerInfoFromRegistry_(const CClusterVirtualServerLookupRequest& request,
+                                      CClusterVirtualServerInfo& info);
+    bool QueryServerInfoFromCluster_(const CClusterVirtualServerLookupRequest& request,
+                                     CClusterVirtualServerInfo& info);
 
     CClusterVirtualServerInfo m_normalServer; // this computer, filled when not clustered
     bool m_bIsCluster;

@@ -2,6 +2,8 @@
 #ifndef CLUSSIM_MODEL_H
 #define CLUSSIM_MODEL_H
 
+#include "PropertySet.h"
+
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -24,41 +26,6 @@ enum State : int {
     StatePending = 128,
     StateOnlinePending = 129,
     StateOfflinePending = 130
-};
-
-struct PropertyValue {
-    enum Kind {
-        Sz,
-        Dword,
-        MultiSz,
-        ExpandSz,
-        Binary
-    };
-
-    Kind kind = Sz;
-    std::wstring text;                // Sz, ExpandSz
-    std::uint32_t number = 0;         // Dword
-    std::vector<std::wstring> texts;  // MultiSz
-    std::vector<unsigned char> bytes; // Binary
-};
-
-// Named values in the order they were first set. Names compare without case.
-class PropertySet {
-public:
-    struct Item {
-        std::wstring name;
-        PropertyValue value;
-    };
-
-    const PropertyValue* Find(const std::wstring& name) const;
-    void Set(const std::wstring& name, const PropertyValue& value);
-
-    const std::vector<Item>& Items() const {
-        return m_items;
-    }
-
-private:
-    std::vector<Item> m_items;
 };
 
 struct Partition {
@@ -187,9 +154,6 @@ private:
     std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesById;
     std::vector<Resource*> m_pending;
 };
-
-// The text in one letter case, for comparing names.
-std::wstring Folded(const std::wstring& text);
 
 } // namespace clussim
 

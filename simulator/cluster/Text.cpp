@@ -21,4 +21,20 @@ std::string Utf8(const std::wstring& text) {
     return utf8;
 }
 
+std::wstring Folded(const std::wstring& text) {
+    std::wstring folded(text);
+    bool ascii = true;
+    for (wchar_t& c : folded) {
+        if (c >= L'a' && c <= L'z') {
+            c = static_cast<wchar_t>(c - L'a' + L'A');
+        }
+        ascii = ascii && c < 0x80;
+    }
+    if (!ascii) {
+        LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, text.c_str(), static_cast<int>(text.size()), &folded[0],
+                     static_cast<int>(folded.size()));
+    }
+    return folded;
+}
+
 } // namespace clussim

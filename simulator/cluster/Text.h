@@ -1,4 +1,4 @@
-// UTF-8 and UTF-16.
+// UTF-8, UTF-16, and letter case.
 #ifndef CLUSSIM_TEXT_H
 #define CLUSSIM_TEXT_H
 
@@ -8,6 +8,9 @@ namespace clussim {
 
 std::wstring Wide(const std::string& utf8);
 std::string Utf8(const std::wstring& text);
+
+// The text in one letter case, for comparing names.
+std::wstring Folded(const std::wstring& text);
 
 } // namespace clussim
 

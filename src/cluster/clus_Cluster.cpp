@@ -10,7 +10,10 @@
 #include "clus_ValueList.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
+#include <iterator>
 
 using clus::ClusterEnumOwner;
 using clus::ClusterOwner;
@@ -55,14 +58,17 @@ DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
     const DWORD cbStart = 128;
     DWORD cb = 0;
     out.Ensure(cbStart);
-    DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.pData ? cbStart : 0, &cb);
-    if (result == ERROR_MORE_DATA && out.Ensure(cb)) {
+    DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cb);
+    if (result == ERROR_MORE_DATA && cb <= MAXLONG && out.Ensure(cb)) {
         DWORD cbCheck = 0;
-        result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.pData ? cb : 0, &cbCheck);
+        result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cbCheck);
         if (cbCheck != cb) {
             LOG_ERROR(L"dwSizeCheck != dwSize");
+            if (cbCheck < cb && out.pData) {
+                std::memset(static_cast<unsigned char*>(out.pData) + cbCheck, 0,
+                            cb - cbCheck); // not written by the service
+            }
         }
-        cb = cbCheck;
     }
     if (result != ERROR_SUCCESS) {
         LOG_ERROR(L"Calling ClusterResourceControl returns error, code:%d", result);
@@ -71,8 +77,8 @@ DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
     return std::min(cb, out.cbSize);
 }
 
-// The text of a system property in the bytes that answered its control code. A value list without the entry searched gives
-// the text at its start: callers take that for a disk without partitions.
+// The text of a system property in the bytes that answered its control code. A value list without the entry searched
+// gives the text at its start: callers take that for a disk without partitions.
 std::wstring SystemPropertyText(const SystemProperty& property, const void* data, DWORD cb) {
     if (property.searchesValueList) {
         clus::ValueListReader reader(data, cb);
@@ -120,7 +126,8 @@ DWORD CollectStorageResource(HCLUSTER, HGROUP, HRESOURCE resource, const wchar_t
     if (code != ERROR_SUCCESS) {
         LOG_ERROR(L"[FIXREF-77888] ClusterResourceControl(CLUSCTL_RESOURCE_GET_CLASS_INFO Fail (error=%d)",
                   GetLastError());
-    } else if (info.rc == CLUS_RESCLASS_STORAGE) {
+    }
+    if (info.rc == CLUS_RESCLASS_STORAGE) {
         LOG_INFO(L"[FIXREF-77888] %s is CLUS_RESCLASS_STORAGE", name);
         static_cast<std::list<std::wstring>*>(context)->push_back(name);
     }
@@ -129,7 +136,8 @@ DWORD CollectStorageResource(HCLUSTER, HGROUP, HRESOURCE resource, const wchar_t
 
 } // namespace
 
-// CCluster --------------------------------------------------------------------------------------------------------------
+// CCluster
+// --------------------------------------------------------------------------------------------------------------
 
 CCluster::CCluster() : m_hCluster(nullptr) {
 }
@@ -179,13 +187,13 @@ HCLUSTER CCluster::GetHandle() const {
 }
 
 bool CCluster::GetClusterName(std::wstring& name) {
-    DWORD cch = 16;
     LocalBuffer buffer;
-    buffer.Ensure(cch * CharacterSize);
+    buffer.EnsureCharacters(16);
+    DWORD cch = buffer.Characters();
     const DWORD first = GetClusterInformation(m_hCluster, buffer.Text(), &cch, nullptr);
     if (first == ERROR_MORE_DATA) {
         ++cch;
-        if (buffer.Ensure(cch * CharacterSize)) {
+        if (buffer.EnsureCharacters(cch)) {
             GetClusterInformation(m_hCluster, buffer.Text(), &cch, nullptr);
         }
     }
@@ -244,6 +252,7 @@ bool CCluster::EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names)
         LOG_ERROR(L"Warning, unexpected type_enum value:%d", static_cast<int>(kind));
         break;
     }
+    LocalBuffer buffer;
     const ClusterEnumOwner hEnum(ClusterOpenEnum(m_hCluster, mask));
     if (!hEnum) {
         LOG_ERROR(L"calling ClusterOpenEnum failed");
@@ -253,7 +262,7 @@ bool CCluster::EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names)
     return clus::AppendNames(
         256, OnFailedEntry::GoOn,
         [&](DWORD index, wchar_t* text, DWORD* cch) { return ClusterEnum(hEnum.get(), index, &type, text, cch); },
-        [](DWORD) { LOG_ERROR(L"Unexpected result for cluster enum"); }, names);
+        [](DWORD) { LOG_ERROR(L"Unexpected result for cluster enum"); }, buffer, names);
 }
 
 bool CCluster::EnumResourceNamesByType(const wchar_t* resourceType, std::list<std::wstring>& names) {
@@ -276,7 +285,7 @@ bool CCluster::OpenResourceByName(CClusterResource& resource, const wchar_t* nam
         LOG_ERROR(L"resource has alreay been opened.");
         return false;
     }
-    resource.m_hResource = OpenClusterResource(m_hCluster, name);
+    resource.SetResourceHandle(OpenClusterResource(m_hCluster, name));
     if (!resource.m_hResource) {
         LOG_ERROR(L"Open resource failed:%s, err=%d", name, GetLastError());
         return false;
@@ -308,7 +317,8 @@ bool CCluster::OpenNodeByName(CClusterNode& node, const wchar_t* name) const {
 
 bool CCluster::FindFirstResourceNameByNetworkName(std::wstring& resourceName, const wchar_t* networkName) {
     LOG_ENTER(L"CCluster::FindFirstResourceNameByNetworkName");
-    LOG_LEAVE_AT_END(L"CClusterResource::FindFirstResourceNameByNetworkName"); // the class word differs, as in every release
+    LOG_LEAVE_AT_END(
+        L"CClusterResource::FindFirstResourceNameByNetworkName"); // the class word differs, as in every release
     std::wstring wanted(networkName ? networkName : L"");
     std::transform(wanted.begin(), wanted.end(), wanted.begin(),
                    [](wchar_t c) { return c >= L'a' && c <= L'z' ? static_cast<wchar_t>(c - L'a' + L'A') : c; });
@@ -340,7 +350,7 @@ bool CCluster::FindFirstResourceNameByNetworkName(std::wstring& resourceName, co
             LOG_ERROR(L"Unable to get resource property NETWORK NAME for res: %s", name.c_str());
             continue;
         }
-        if (Equal(found, wanted.c_str())) {
+        if (networkName && Equal(found, wanted.c_str())) {
             resourceName = name;
             LOG_INFO(L"Network name found: %s for res:", name.c_str(), name.c_str());
             return true;
@@ -376,11 +386,12 @@ bool CCluster::CreateResource(CClusterGroup& group, CClusterResource& resource, 
         LOG_ERROR(L"Cannot create resource:%s type:%s", name, type);
         return false;
     }
-    resource.m_hResource = hResource;
+    resource.SetResourceHandle(hResource);
     return true;
 }
 
-// CClusterResource ------------------------------------------------------------------------------------------------------
+// CClusterResource
+// ------------------------------------------------------------------------------------------------------
 
 CClusterResource::CClusterResource(HRESOURCE h, bool autoClose) : m_hResource(h), m_bAutoClose(autoClose) {
 }
@@ -397,7 +408,11 @@ void CClusterResource::Close() {
     if (!CloseClusterResource(m_hResource)) {
         LOG_ERROR(L"Warning, calling CloseClusterResource returns FALSE");
     }
-    m_hResource = nullptr;
+    SetResourceHandle(nullptr);
+}
+
+void CClusterResource::SetResourceHandle(HRESOURCE h) {
+    m_hResource = h;
     for (std::wstring& text : m_propertyCache) {
         text.clear();
     }
@@ -412,8 +427,8 @@ HRESOURCE CClusterResource::GetResourceHandle() {
 }
 
 const wchar_t* CClusterResource::GetStateString(int state) {
-    static const wchar_t* const texts[] = {L"[INITIALIZING]", L"[ONLINE]",  L"[OFFLINE]",
-                                           L"[FAILED]",       L"[PENDING]", L"[ONLINE_PENDING]",
+    static const wchar_t* const texts[] = {L"[INITIALIZING]",    L"[ONLINE]",     L"[OFFLINE]",
+                                           L"[FAILED]",          L"[PENDING]",    L"[ONLINE_PENDING]",
                                            L"[OFFLINE_PENDING]", L"RES_STATE_END"};
     return texts[state];
 }
@@ -440,6 +455,7 @@ CClusterResource::RES_STATE CClusterResource::GetResourceState(std::wstring* nod
             LOG_ERROR(L"dwCChNode <= 0");
             return RES_STATE_UNKNOWN;
         }
+        node[cchNodeMax - 1] = L'\0';
         *nodeName = node;
     }
     if (groupName) {
@@ -447,6 +463,7 @@ CClusterResource::RES_STATE CClusterResource::GetResourceState(std::wstring* nod
             LOG_ERROR(L"dwCChGroup <= 0");
             return RES_STATE_UNKNOWN;
         }
+        group[cchGroupMax - 1] = L'\0';
         *groupName = group;
     }
     return StateOf(state);
@@ -565,14 +582,14 @@ bool CClusterResource::SetDWORDProperty(DWORD controlCode, const wchar_t* name, 
     LOG_LEAVE_AT_END(L"CClusterResource::SetDWORDProperty");
     const std::size_t cchName = name ? std::wcslen(name) : 0;
     const DWORD cb = static_cast<DWORD>(clus::DwordPropertyListSize(cchName));
-    const LocalMemoryOwner block(LocalAlloc(LPTR, cb));
+    LocalMemoryOwner block(LocalAlloc(LPTR, cb));
     if (!block) {
         LOG_ERROR(L"LocalAlloc %d bytes fail", cb);
         return false;
     }
     clus::WriteDwordPropertyList(static_cast<unsigned char*>(block.get()), name, cchName, value);
-    const DWORD code =
-        ClusterResourceControl(m_hResource, nullptr, controlCode, block.get(), cb, nullptr, 0, nullptr);
+    const DWORD code = ClusterResourceControl(m_hResource, nullptr, controlCode, block.get(), cb, nullptr, 0, nullptr);
+    block.reset();
     if (code != ERROR_SUCCESS) {
         LOG_ERROR(L"CClusterResource::SetDWORDProperty failed, code:%d", code);
         return false;
@@ -624,10 +641,11 @@ bool CClusterResource::GetResourceStorageDependency(CClusterResource& storage) {
         found = ResUtilGetResourceDependencyByClass(cluster.get(), m_hResource, &info, FALSE);
     }
     if (!found) {
-        LOG_ERROR(L"[FIXREF-77888] GetClusterFromResource Fail(%d)", GetLastError()); // either call; support greps for this text
+        LOG_ERROR(L"[FIXREF-77888] GetClusterFromResource Fail(%d)",
+                  GetLastError()); // either call; support greps for this text
         return false;
     }
-    storage.m_hResource = found;
+    storage.SetResourceHandle(found);
     return true;
 }
 
@@ -637,7 +655,7 @@ bool CClusterResource::GetResourceDependencyByType(CClusterResource& dependency,
         LOG_ERROR(L"Resource handle is not NULL");
         return false;
     }
-    dependency.m_hResource = ResUtilGetResourceDependency(m_hResource, type);
+    dependency.SetResourceHandle(ResUtilGetResourceDependency(m_hResource, type));
     if (!dependency.m_hResource) {
         LOG_ERROR(L"Calling ResUtilGetResourceDEpendency error, resname:%s code:%d", type, GetLastError());
         return false;
@@ -663,6 +681,7 @@ bool CClusterResource::EnumNames(DWORD enumType, std::list<std::wstring>& names)
     if (!m_hResource) {
         return false;
     }
+    LocalBuffer buffer;
     const ResourceEnumOwner hEnum(ClusterResourceOpenEnum(m_hResource, enumType));
     if (!hEnum) {
         LOG_ERROR(L"calling ClusterResourceOpenEnum failed");
@@ -671,11 +690,14 @@ bool CClusterResource::EnumNames(DWORD enumType, std::list<std::wstring>& names)
     DWORD type = 0;
     return clus::AppendNames(
         256, OnFailedEntry::GoOn,
-        [&](DWORD index, wchar_t* text, DWORD* cch) { return ClusterResourceEnum(hEnum.get(), index, &type, text, cch); },
-        [](DWORD) { LOG_ERROR(L"Unexpected result for ClusterResourceEnum"); }, names);
+        [&](DWORD index, wchar_t* text, DWORD* cch) {
+            return ClusterResourceEnum(hEnum.get(), index, &type, text, cch);
+        },
+        [](DWORD) { LOG_ERROR(L"Unexpected result for ClusterResourceEnum"); }, buffer, names);
 }
 
-// CClusterGroup ---------------------------------------------------------------------------------------------------------
+// CClusterGroup
+// ---------------------------------------------------------------------------------------------------------
 
 CClusterGroup::CClusterGroup(HGROUP) : m_hGroup(nullptr) {
 }
@@ -692,7 +714,8 @@ CClusterGroup& CClusterGroup::operator=(const CClusterGroup& other) {
 void CClusterGroup::Close() {
     if (m_hGroup) {
         const LastErrorKeeper keeper;
-        CloseClusterGroup(m_hGroup); // the member keeps its value: a second Close closes again, as callers have always seen it
+        CloseClusterGroup(
+            m_hGroup); // the member keeps its value: a second Close closes again, as callers have always seen it
     }
 }
 
@@ -710,6 +733,7 @@ bool CClusterGroup::EnumResourceNamesInGroup(std::list<std::wstring>& names) con
         LOG_ERROR(L"NULL == m_hGroup");
         return false;
     }
+    LocalBuffer buffer;
     const GroupEnumOwner hEnum(ClusterGroupOpenEnum(m_hGroup, CLUSTER_GROUP_ENUM_CONTAINS));
     if (!hEnum) {
         LOG_ERROR(L"NULL == hEnum");
@@ -719,7 +743,7 @@ bool CClusterGroup::EnumResourceNamesInGroup(std::list<std::wstring>& names) con
     return clus::AppendNames(
         8, OnFailedEntry::Stop,
         [&](DWORD index, wchar_t* text, DWORD* cch) { return ClusterGroupEnum(hEnum.get(), index, &type, text, cch); },
-        [](DWORD code) { LOG_ERROR(L"Invalid result for cluster enum, %d", code); }, names);
+        [](DWORD code) { LOG_ERROR(L"Invalid result for cluster enum, %d", code); }, buffer, names);
 }
 
 bool CClusterGroup::EnumResourceNamesInGroupByType(CCluster& cluster, std::list<std::wstring>& names,
@@ -755,27 +779,27 @@ bool CClusterGroup::EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback c
         return false;
     }
     LOG_LEAVE_AT_END(L"EnumResourceInGroup");
+    LocalBuffer buffer;
     const GroupEnumOwner hEnum(ClusterGroupOpenEnum(m_hGroup, CLUSTER_GROUP_ENUM_CONTAINS));
     if (!hEnum) {
         LOG_ERROR(L"[FIXREF-77888] ClusterGroupOpenEnum failed (error=%d)", GetLastError());
         return true; // callers take a group that cannot be listed for an empty one
     }
-    // The count that the cluster is given is the buffer's size in bytes, not in characters. The block behind it holds that many
-    // characters, so that no name can pass its end.
+    // The count that the cluster is given is the buffer's size in bytes, not in characters. The block behind it holds
+    // that many characters, so that no name can pass its end.
     DWORD cbBuffer = 2048;
-    LocalBuffer buffer;
-    buffer.Ensure(cbBuffer * CharacterSize);
+    buffer.EnsureCharacters(cbBuffer);
     for (DWORD index = 0;;) {
         DWORD type = 0;
-        DWORD cch = cbBuffer;
+        DWORD cch = buffer.pData ? cbBuffer : 0;
         const DWORD code = ClusterGroupEnum(hEnum.get(), index, &type, buffer.Text(), &cch);
         if (code == ERROR_NO_MORE_ITEMS) {
             break;
         }
-        if (code == ERROR_MORE_DATA) {
-            const DWORD cchGrown = ((cch + 1) / 512 + 1) * 512;
-            if (buffer.Ensure(cchGrown * CharacterSize * CharacterSize)) {
-                cbBuffer = std::max(cbBuffer, cchGrown * CharacterSize);
+        if (code == ERROR_MORE_DATA && cch < MAXLONG / 8) {
+            const DWORD cbGrown = ((cch + 1) / 512 + 1) * 512 * CharacterSize;
+            if (buffer.EnsureCharacters(cbGrown)) {
+                cbBuffer = std::max(cbBuffer, cbGrown);
                 continue;
             }
         }
@@ -818,7 +842,8 @@ bool CClusterGroup::FindPhysicalDiskResourceNameByDriveLetter(CCluster& cluster,
     return false;
 }
 
-// CClusterNode ----------------------------------------------------------------------------------------------------------
+// CClusterNode
+// ----------------------------------------------------------------------------------------------------------
 
 CClusterNode::CClusterNode() : m_hNode(nullptr) {
 }

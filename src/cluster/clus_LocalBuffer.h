@@ -18,9 +18,9 @@ struct LocalBuffer {
     LocalBuffer(const LocalBuffer&) = delete;
     LocalBuffer& operator=(const LocalBuffer&) = delete;
 
-    // Makes room for `cbNeeded` bytes, keeping the content; it never shrinks. The first block is zero-filled, what is added later
-    // is not. False for 0 and when a block cannot grow (the old one stays). A failing first allocation still answers true and records the size:
-    // users look at the pointer.
+    // Makes room for `cbNeeded` bytes, keeping the content; it never shrinks. The first block is zero-filled, what is
+    // added later is not. False for 0 and when a block cannot grow (the old one stays). A failing first allocation
+    // still answers true and records the size: users look at the pointer.
     bool Ensure(DWORD cbNeeded) {
         if (cbNeeded == 0) {
             return false;
@@ -41,6 +41,11 @@ struct LocalBuffer {
         return true;
     }
 
+    // The same in characters, for counts that a service reports: true only when the block is there and holds them.
+    bool EnsureCharacters(DWORD cch) {
+        return cch <= MAXLONG / sizeof(wchar_t) && Ensure(cch * static_cast<DWORD>(sizeof(wchar_t))) && pData;
+    }
+
     void Release() {
         LocalFree(pData);
         pData = nullptr;
@@ -50,8 +55,12 @@ struct LocalBuffer {
     wchar_t* Text() const {
         return static_cast<wchar_t*>(pData);
     }
+    // Characters and bytes that may be written.
     DWORD Characters() const {
-        return cbSize / static_cast<DWORD>(sizeof(wchar_t));
+        return Bytes() / static_cast<DWORD>(sizeof(wchar_t));
+    }
+    DWORD Bytes() const {
+        return pData ? cbSize : 0;
     }
 };
 

@@ -9,19 +9,22 @@
 
 namespace clus {
 
-enum class OnFailedEntry { GoOn, Stop };
+enum class OnFailedEntry {
+    GoOn,
+    Stop
+};
 
-// Appends every name that `enumEntry(index, text, &cch)` gives, until ERROR_NO_MORE_ITEMS. The buffer starts with `cchStart`
-// characters and grows to what ERROR_MORE_DATA reports, which excludes the terminator. Any other code, and a name that memory could not
-// be found for, is passed to `logFailure`, makes the result false, and goes on with the next index or stops.
+// Appends every name that `enumEntry(index, text, &cch)` gives, until ERROR_NO_MORE_ITEMS. The empty `buffer` starts
+// with `cchStart` characters and grows to what ERROR_MORE_DATA reports, which excludes the terminator. Any other code,
+// and a name that memory could not be found for, is passed to `logFailure`, makes the result false, and goes on with
+// the next index or stops.
 template <typename EnumEntry, typename LogFailure>
 bool AppendNames(DWORD cchStart, OnFailedEntry onFailedEntry, EnumEntry enumEntry, LogFailure logFailure,
-                 std::list<std::wstring>& names) {
+                 LocalBuffer& buffer, std::list<std::wstring>& names) {
     bool result = true;
     DWORD index = 0;
-    DWORD cch = cchStart;
-    LocalBuffer buffer;
-    buffer.Ensure(cch * static_cast<DWORD>(sizeof(wchar_t)));
+    buffer.EnsureCharacters(cchStart);
+    DWORD cch = buffer.Characters();
     for (;;) {
         const DWORD code = enumEntry(index, buffer.Text(), &cch);
         if (code == ERROR_NO_MORE_ITEMS) {
@@ -29,7 +32,7 @@ bool AppendNames(DWORD cchStart, OnFailedEntry onFailedEntry, EnumEntry enumEntr
         }
         if (code == ERROR_MORE_DATA) {
             ++cch;
-            if (buffer.Ensure(cch * static_cast<DWORD>(sizeof(wchar_t))) && buffer.pData) {
+            if (buffer.EnsureCharacters(cch)) {
                 continue;
             }
         }

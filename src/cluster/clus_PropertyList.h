@@ -1,5 +1,5 @@
-// Cluster property lists that hold one property, as the cluster's SET_*_PROPERTIES controls take them. Little-endian; every entry is
-// padded with zeros to a multiple of 4 bytes, the padding is not part of its length. Pure functions.
+// Cluster property lists that hold one property, as the cluster's SET_*_PROPERTIES controls take them. Little-endian;
+// every entry is padded with zeros to a multiple of 4 bytes, the padding is not part of its length. Pure functions.
 #ifndef CLUS_PROPERTYLIST_H
 #define CLUS_PROPERTYLIST_H
 

@@ -1,5 +1,6 @@
-// Cluster value lists: entries of a 4-byte syntax, a 4-byte length and the value padded to a multiple of 4 bytes, ended by a zero
-// syntax. The bytes come from the cluster service: nothing is read past their end, whatever the lengths say. Pure functions.
+// Cluster value lists: entries of a 4-byte syntax, a 4-byte length and the value padded to a multiple of 4 bytes, ended
+// by a zero syntax. The bytes come from the cluster service: nothing is read past their end, whatever the lengths say.
+// Pure functions.
 #ifndef CLUS_VALUELIST_H
 #define CLUS_VALUELIST_H
 

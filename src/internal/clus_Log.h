@@ -24,7 +24,8 @@ inline HMODULE ThisModule() {
 // Logs that a function is left, on whatever path.
 class LeaveLogger {
 public:
-    LeaveLogger(const char* sourceTag, int line, const wchar_t* text) : m_sourceTag(sourceTag), m_line(line), m_text(text) {
+    LeaveLogger(const char* sourceTag, int line, const wchar_t* text)
+        : m_sourceTag(sourceTag), m_line(line), m_text(text) {
     }
     ~LeaveLogger() {
         DBG::DebugLogEx(ThisModule(), LogLevelLeave, m_sourceTag, m_line, m_text);

@@ -1,4 +1,5 @@
-// Sole owner of one platform handle. Closing keeps the caller's last-error value: cleaning up must not hide why something failed.
+// Sole owner of one platform handle. Closing keeps the caller's last-error value: cleaning up must not hide why
+// something failed.
 #ifndef CLUS_OWNER_H
 #define CLUS_OWNER_H
 

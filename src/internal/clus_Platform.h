@@ -7,8 +7,8 @@
 
 #include <clusapi.h>
 #if defined(__MINGW32__)
-// mingw-w64's clusapi.h compiles only for targets before Windows Vista (the build sets _WIN32_WINNT accordingly), and its resapi.h
-// names this type without declaring it.
+// mingw-w64's clusapi.h compiles only for targets before Windows Vista (the build sets _WIN32_WINNT accordingly), and
+// its resapi.h names this type without declaring it.
 typedef struct CLUSPROP_FILETIME* PCLUSPROP_FILETIME;
 #endif
 #include <resapi.h>

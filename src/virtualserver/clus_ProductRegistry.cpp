@@ -52,10 +52,8 @@ typedef std::unique_ptr<FILE, FileCloser> FileOwner;
 std::wstring HostDirectory() {
     wchar_t path[MAX_PATH] = {};
     const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    if (length == 0 || length >= MAX_PATH) { // at MAX_PATH the path is cut
-        return std::wstring();
-    }
-    const std::wstring text(path, length);
+    const std::wstring text(path,
+                            std::min<DWORD>(length, MAX_PATH - 1)); // a longer path is cut, and not always terminated
     return text.substr(0, text.rfind(L'\\') + 1);
 }
 
@@ -144,7 +142,7 @@ bool RegistryKey::ReadText(const wchar_t* name, wchar_t* text, DWORD cchText, DW
         text[0] = L'\0';
         return false;
     }
-    text[std::min<DWORD>(cb / sizeof(wchar_t), cchText - 1)] = L'\0';
+    text[std::min(cb / static_cast<DWORD>(sizeof(wchar_t)), cchText - 1)] = L'\0';
     return true;
 }
 

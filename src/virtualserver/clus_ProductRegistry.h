@@ -14,7 +14,8 @@ extern const wchar_t DefaultProductRegistryKey[];
 // The path in force: the compiled-in one, or what the settings file names. Valid after LoadProductRegistryKey.
 extern std::wstring ProductRegistryKey;
 
-// Reads the settings file beside the host executable, once per process whatever the outcome. Thread-safe; nothing is logged.
+// Reads the settings file beside the host executable, once per process whatever the outcome. Thread-safe; nothing is
+// logged.
 void LoadProductRegistryKey();
 
 // Holds the one lock of the library, around the values that are read once per process. Its owner may enter it again.
@@ -38,8 +39,8 @@ public:
     // A REG_DWORD value. False, with `value` untouched, when it is missing or of another type.
     bool ReadDword(const wchar_t* name, DWORD& value) const;
 
-    // A text value as stored, into `text` of `cchText` characters, of which `cbLimit` bytes may be filled. Terminated on success even
-    // when the stored value is not; empty on failure: value missing, longer, or no text.
+    // A text value as stored, into `text` of `cchText` characters, of which `cbLimit` bytes may be filled. Terminated
+    // on success even when the stored value is not; empty on failure: value missing, longer, or no text.
     bool ReadText(const wchar_t* name, wchar_t* text, DWORD cchText, DWORD cbLimit) const;
 
 private:

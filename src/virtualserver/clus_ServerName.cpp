@@ -29,9 +29,8 @@ bool StartsLikeHostName(const wchar_t* text) {
 std::wstring UpperFirstLabel(const wchar_t* text) {
     std::wstring label(text);
     label.erase(std::min(label.find(L'.'), label.size()));
-    std::transform(label.begin(), label.end(), label.begin(), [](wchar_t c) {
-        return IsNarrow(c) ? static_cast<wchar_t>(std::toupper(static_cast<int>(c))) : c;
-    });
+    std::transform(label.begin(), label.end(), label.begin(),
+                   [](wchar_t c) { return IsNarrow(c) ? static_cast<wchar_t>(std::toupper(static_cast<int>(c))) : c; });
     return label;
 }
 

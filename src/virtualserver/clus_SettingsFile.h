@@ -1,8 +1,8 @@
 // The settings file "cfg_ProductRegistry.txt": lines of KEY <TAB> VALUE, "#" for comments. Pure functions.
 //
-// The lines are split in place, in one text, and a scan may run on into the following lines. So of several key-value lines in a row only
-// the first, third, fifth and so on take effect. Installations rely on the format as it is: their entry stands on
-// the first line or right behind a comment.
+// The lines are split in place, in one text, and a scan may run on into the following lines. So of several key-value
+// lines in a row only the first, third, fifth and so on take effect. Installations rely on the format as it is: their
+// entry stands on the first line or right behind a comment.
 #ifndef CLUS_SETTINGSFILE_H
 #define CLUS_SETTINGSFILE_H
 
@@ -13,9 +13,9 @@
 
 namespace clus {
 
-const std::size_t SettingsPieceCharacters = 8191;  // a longer line is read as several
-const std::size_t SettingsTextCharacters = 10240;  // all lines together, each counted with one character more
-const std::size_t SettingsValueCharacters = 1024;  // of a quoted value
+const std::size_t SettingsPieceCharacters = 8191; // a longer line is read as several
+const std::size_t SettingsTextCharacters = 10240; // all lines together, each counted with one character more
+const std::size_t SettingsValueCharacters = 1024; // of a quoted value
 
 typedef std::map<std::wstring, std::wstring> SettingsTable;
 

@@ -4,6 +4,7 @@
 #include "clus_Cluster.h"
 #include "clus_ComputerName.h"
 #include "clus_Log.h"
+#include "clus_Platform.h"
 #include "clus_ProductRegistry.h"
 #include "clus_ServerName.h"
 
@@ -36,8 +37,6 @@ const wchar_t SmtpInstanceType[] = L"Microsoft Exchange SMTP Server Instance";
 const wchar_t InformationStoreType[] = L"Microsoft Exchange Information Store";
 
 const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
-
-const DWORD CharacterSize = sizeof(wchar_t);
 
 // Registry texts are read into 2,048 characters; how many bytes of that may be filled differs by value.
 const DWORD RegistryTextCharacters = 2048;
@@ -85,8 +84,95 @@ template <std::size_t Size> void CopyText(wchar_t (&member)[Size], const wchar_t
     std::fill(member + length, member + Size, L'\0');
 }
 
+// "HomeDir", from the open product key.
+bool ReadHomeDir(const RegistryKey& key, wchar_t (&text)[RegistryTextCharacters]) {
+    if (!key.ReadText(L"HomeDir", text, RegistryTextCharacters, ShortRegistryTextBytes)) {
+        LOG_ERROR(L"Cannot get home directory");
+        return false;
+    }
+    return true;
+}
+
 bool IsProductType(const wchar_t* type) {
     return std::wcscmp(type, SingleCopyType) == 0 || std::wcscmp(type, CcrType) == 0;
+}
+
+// Everything of a virtual server but its SMTP instances.
+bool FillVirtualServerInfo(HRESOURCE hResource, CClusterVirtualServerInfo& info, bool bGetDataPath) {
+    if (!hResource) {
+        LOG_ERROR(L"Resource handle is NULL, return.");
+        return false;
+    }
+    CClusterResource resource(hResource, false);
+    const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+    if (!type) {
+        LOG_WARNING(L"NULL resource type");
+        return false;
+    }
+    if (!IsProductType(type)) {
+        LOG_WARNING(L"This is not a KOVA resource, its type is: %s", type);
+        return false;
+    }
+    CClusterResource resNetworkName;
+    if (!resource.GetResourceDependencyByType(resNetworkName, NetworkNameType)) {
+        LOG_WARNING(L"Cannot get Network name resource");
+        return false;
+    }
+    CClusterResource resIpAddress;
+    if (!resNetworkName.GetResourceDependencyByType(resIpAddress, IpAddressType)) {
+        LOG_WARNING(L"Cannot get IP address resource");
+        return false;
+    }
+    const wchar_t* networkName = resNetworkName.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false);
+    if (!networkName) {
+        LOG_WARNING(L"Cannot get RES_PROP_NETWORK_NAME property.");
+        return false;
+    }
+    CopyText(info.m_wsServerName, networkName);
+
+    const auto readDataPath = [&]() {
+        std::wstring dataPath;
+        if (!resource.GetPrivateStringProperty(DataPathProperty, dataPath)) {
+            LOG_WARNING(L"Cannot get KOVA_DATA_PATH property.");
+            return false;
+        }
+        if (dataPath.empty()) {
+            LOG_WARNING(L"KOVA_DATA_PATH string length is 0");
+            return false;
+        }
+        if (bGetDataPath) {
+            CopyText(info.m_wsDataPath, dataPath.c_str());
+        }
+        return true;
+    };
+    if (!readDataPath()) {
+        return false;
+    }
+    if (ResUtilResourceTypesEqual(SingleCopyType, hResource)) {
+        LOG_INFO(L"Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY");
+    } else if (ResUtilResourceTypesEqual(CcrType, hResource)) {
+        LOG_INFO(L"Quorum Mode: CLUSTER_QUORUM_CCR");
+    } else {
+        LOG_WARNING(L"Unexpected cluster quorum mode!");
+        return false;
+    }
+    // Read a second time on purpose: the value that counts is the one after the mode is known.
+    if (bGetDataPath && !readDataPath()) {
+        return false;
+    }
+    const wchar_t* id = resNetworkName.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false);
+    if (!id) {
+        LOG_WARNING(L"Cannot get RES_PROP_GUID property.");
+        return false;
+    }
+    CopyText(info.m_wsServerGUID, id);
+    std::wstring address;
+    if (!resIpAddress.GetPrivateStringProperty(L"Address", address)) {
+        LOG_WARNING(L"Cannot get IP Address property.");
+        return false;
+    }
+    CopyText(info.m_wsServerIP, address.c_str());
+    return true;
 }
 
 } // namespace
@@ -111,7 +197,8 @@ CVirtualServerUtil::~CVirtualServerUtil() {
     InstanceStart::Undo();
 }
 
-// Settings ---------------------------------------------------------------------------------------------------------------
+// Settings
+// ---------------------------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::CheckIsClusterByRegKey() {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::CheckIsClusterByRegKey()");
@@ -144,12 +231,14 @@ int CVirtualServerUtil::GetClusterQuorumModeByRegKey() {
 
 std::wstring CVirtualServerUtil::GetDataRootPath() {
     wchar_t text[RegistryTextCharacters] = {};
-    // The compiled-in key, whatever the settings file names: the tools that write this value know no other.
-    const RegistryKey key(DefaultProductRegistryKey, KEY_READ);
-    if (key) {
-        key.ReadText(L"DataRootPath", text, RegistryTextCharacters, sizeof(text));
-    } else {
-        LOG_WARNING(L"Cannot open registry %s, Last err:%d", DefaultProductRegistryKey, GetLastError());
+    {
+        // The compiled-in key, whatever the settings file names: the tools that write this value know no other.
+        const RegistryKey key(DefaultProductRegistryKey, KEY_READ);
+        if (key) {
+            key.ReadText(L"DataRootPath", text, RegistryTextCharacters, sizeof(text));
+        } else {
+            LOG_WARNING(L"Cannot open registry %s, Last err:%d", DefaultProductRegistryKey, GetLastError());
+        }
     }
     LOG_INFO(L"GetVeritasDiskPath: returns: %s", text);
     return text;
@@ -163,8 +252,7 @@ bool CVirtualServerUtil::GetHomeDir(std::wstring& homeDir) {
         return false;
     }
     wchar_t text[RegistryTextCharacters] = {};
-    if (!key.ReadText(L"HomeDir", text, RegistryTextCharacters, ShortRegistryTextBytes)) {
-        LOG_ERROR(L"Cannot get home directory");
+    if (!ReadHomeDir(key, text)) {
         return false;
     }
     homeDir = text;
@@ -179,8 +267,7 @@ int CVirtualServerUtil::QueryIISSiteID() {
         return -1;
     }
     wchar_t homeDir[RegistryTextCharacters] = {};
-    if (!key.ReadText(L"HomeDir", homeDir, RegistryTextCharacters, ShortRegistryTextBytes)) {
-        LOG_ERROR(L"Cannot get home directory");
+    if (!ReadHomeDir(key, homeDir)) {
         return -1;
     }
     const int iisServerType = 0;
@@ -194,10 +281,12 @@ int CVirtualServerUtil::QueryIISSiteID() {
 }
 
 void CVirtualServerUtil::ConcatCCRDataPath(const wchar_t* dataRoot, const wchar_t* serverName, std::wstring& path) {
-    path = NS_StringUtils::concatPath(NS_StringUtils::concatPath(dataRoot, L"CCRVSDB"), serverName);
+    path = NS_StringUtils::concatPath(NS_StringUtils::concatPath(dataRoot ? dataRoot : L"", L"CCRVSDB"),
+                                      serverName ? serverName : L"");
 }
 
-// The plain server -------------------------------------------------------------------------------------------------------
+// The plain server
+// -------------------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::GetNormalServerInfo(CClusterVirtualServerInfo& info) {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::GetNormalServerInfo()");
@@ -206,8 +295,7 @@ bool CVirtualServerUtil::GetNormalServerInfo(CClusterVirtualServerInfo& info) {
         const RegistryKey key(ProductRegistryKey.c_str(), KEY_ALL_ACCESS);
         if (key) {
             wchar_t text[RegistryTextCharacters] = {};
-            if (!key.ReadText(L"HomeDir", text, RegistryTextCharacters, ShortRegistryTextBytes)) {
-                LOG_ERROR(L"Cannot get home directory");
+            if (!ReadHomeDir(key, text)) {
                 return false;
             }
             CopyText(info.m_wsDataPath, text);
@@ -250,7 +338,8 @@ bool CVirtualServerUtil::GetNormalServerInfo(CClusterVirtualServerInfo& info) {
     return true;
 }
 
-// Look-up ----------------------------------------------------------------------------------------------------------------
+// Look-up
+// ----------------------------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::IsTheSameVirtualServer(const wchar_t* lpwsNameOrIP, const CClusterVirtualServerInfo& info) {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::IsTheSameVirtualServer()");
@@ -291,8 +380,8 @@ bool CVirtualServerUtil::IsTheSameVirtualServer(const wchar_t* lpwsNameOrIP, con
     if (WSAGetLastError() != 0 || !host || !host->h_name) {
         return false;
     }
-    // The converted count includes the terminator and so never equals the length: an address that is not the record's own does not
-    // match through its host name. Callers rely on that.
+    // The converted count includes the terminator and so never equals the length: an address that is not the record's
+    // own does not match through its host name. Callers rely on that.
     const std::size_t cbHost = std::strlen(host->h_name);
     std::size_t cchConverted = 0;
     mbstowcs_s(&cchConverted, nullptr, 0, host->h_name, 0);
@@ -352,7 +441,8 @@ bool CVirtualServerUtil::QueryServerInfoFromCluster_(const CClusterVirtualServer
     return false;
 }
 
-// Enumeration ------------------------------------------------------------------------------------------------------------
+// Enumeration
+// ------------------------------------------------------------------------------------------------------------
 
 CVirtualServerUtil::ENUM_VS_RESULT CVirtualServerUtil::EnumServersOnCurrentNode(CClusterVirtualServerInfo* pBuffer,
                                                                                 int* pCount) {
@@ -453,85 +543,17 @@ CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(CClusterVirtualServerInfo* p
 
 bool CVirtualServerUtil::GetVirtualServerInfo(HRESOURCE hResource, CClusterVirtualServerInfo& info, bool bGetDataPath,
                                               bool bGetSmtpInstances) {
-    LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::GetVirtualServerInfo()");
-    if (!hResource) {
-        LOG_ERROR(L"Resource handle is NULL, return.");
-        return false;
-    }
-    CClusterResource resource(hResource, false);
-    const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-    if (!type) {
-        LOG_WARNING(L"NULL resource type");
-        return false;
-    }
-    if (!IsProductType(type)) {
-        LOG_WARNING(L"This is not a KOVA resource, its type is: %s", type);
-        return false;
-    }
-    CClusterResource resNetworkName;
-    if (!resource.GetResourceDependencyByType(resNetworkName, NetworkNameType)) {
-        LOG_WARNING(L"Cannot get Network name resource");
-        return false;
-    }
-    CClusterResource resIpAddress;
-    if (!resNetworkName.GetResourceDependencyByType(resIpAddress, IpAddressType)) {
-        LOG_WARNING(L"Cannot get IP address resource");
-        return false;
-    }
-    const wchar_t* networkName =
-        resNetworkName.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false);
-    if (!networkName) {
-        LOG_WARNING(L"Cannot get RES_PROP_NETWORK_NAME property.");
-        return false;
-    }
-    CopyText(info.m_wsServerName, networkName);
-
-    const auto readDataPath = [&]() {
-        std::wstring dataPath;
-        if (!resource.GetPrivateStringProperty(DataPathProperty, dataPath)) {
-            LOG_WARNING(L"Cannot get KOVA_DATA_PATH property.");
+    LOG_ENTER(L"CVirtualServerUtil::GetVirtualServerInfo()");
+    {
+        LOG_LEAVE_AT_END(L"CVirtualServerUtil::GetVirtualServerInfo()");
+        if (!FillVirtualServerInfo(hResource, info, bGetDataPath)) {
             return false;
         }
-        if (dataPath.empty()) {
-            LOG_WARNING(L"KOVA_DATA_PATH string length is 0");
-            return false;
+        if (!bGetSmtpInstances) {
+            return true;
         }
-        if (bGetDataPath) {
-            CopyText(info.m_wsDataPath, dataPath.c_str());
-        }
-        return true;
-    };
-    if (!readDataPath()) {
-        return false;
+        LOG_WARNING(L"CVirtualServerUtil::GetVirtualServerInfo(), should not get SMTP Instance IDs in PLATFORM_E2K7!");
     }
-    if (ResUtilResourceTypesEqual(SingleCopyType, hResource)) {
-        LOG_INFO(L"Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY");
-    } else if (ResUtilResourceTypesEqual(CcrType, hResource)) {
-        LOG_INFO(L"Quorum Mode: CLUSTER_QUORUM_CCR");
-    } else {
-        LOG_WARNING(L"Unexpected cluster quorum mode!");
-        return false;
-    }
-    // Read a second time on purpose: the value that counts is the one after the mode is known.
-    if (bGetDataPath && !readDataPath()) {
-        return false;
-    }
-    const wchar_t* id = resNetworkName.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false);
-    if (!id) {
-        LOG_WARNING(L"Cannot get RES_PROP_GUID property.");
-        return false;
-    }
-    CopyText(info.m_wsServerGUID, id);
-    std::wstring address;
-    if (!resIpAddress.GetPrivateStringProperty(L"Address", address)) {
-        LOG_WARNING(L"Cannot get IP Address property.");
-        return false;
-    }
-    CopyText(info.m_wsServerIP, address.c_str());
-    if (!bGetSmtpInstances) {
-        return true;
-    }
-    LOG_WARNING(L"CVirtualServerUtil::GetVirtualServerInfo(), should not get SMTP Instance IDs in PLATFORM_E2K7!");
     return GetSMTPInstanceInfo(info.m_wsServerName, info);
 }
 

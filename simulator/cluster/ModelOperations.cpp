@@ -1,0 +1,256 @@
+// What the cluster does on request, with the codes of its API.
+#include "Model.h"
+
+#include "Text.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <ntsecapi.h>
+
+#include <algorithm>
+
+namespace clussim {
+
+namespace {
+
+template <typename Item> bool Contains(const std::vector<Item*>& items, const Item& item) {
+    return std::find(items.begin(), items.end(), &item) != items.end();
+}
+
+template <typename Item> void Erase(std::vector<Item*>& items, const Item& item) {
+    items.erase(std::remove(items.begin(), items.end(), &item), items.end());
+}
+
+std::wstring NewId() {
+    unsigned char bytes[16];
+    RtlGenRandom(bytes, sizeof(bytes));
+    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+    std::wstring id;
+    for (int i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            id += L'-';
+        }
+        const wchar_t digits[] = L"0123456789abcdef";
+        id += digits[bytes[i] >> 4];
+        id += digits[bytes[i] & 15];
+    }
+    return id;
+}
+
+} // namespace
+
+Code Model::Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id) {
+    if (resourceName.find_first_not_of(L' ') == std::wstring::npos) {
+        return ERROR_INVALID_NAME;
+    }
+    const ResourceType* type = FindType(typeName);
+    if (!type) {
+        return 5078; // ERROR_CLUSTER_RESOURCE_TYPE_NOT_FOUND
+    }
+    if (ResourceNamed(resourceName)) {
+        return ERROR_OBJECT_ALREADY_EXISTS;
+    }
+    id = NewId();
+    Resource* resource = AddResource(resourceName, id, type, &group);
+    for (Node& node : nodes) {
+        resource->possibleOwners.push_back(&node);
+    }
+    return ERROR_SUCCESS;
+}
+
+std::vector<Resource*> Model::Dependants(const Resource& resource) const {
+    std::vector<Resource*> dependants;
+    for (Resource* other : resource.group->resources) {
+        if (Contains(other->dependsOn, resource)) {
+            dependants.push_back(other);
+        }
+    }
+    return dependants;
+}
+
+Code Model::Delete(Resource& resource) {
+    if (resource.state != StateOffline && resource.state != StateFailed) {
+        return behaviour.deleteOnline;
+    }
+    if (!Dependants(resource).empty()) {
+        return ERROR_DEPENDENT_RESOURCE_EXISTS;
+    }
+    Erase(resource.group->resources, resource);
+    Erase(m_pending, resource);
+    const auto position = m_resourcesById.at(Folded(resource.id));
+    m_resourcesByName.erase(Folded(position->name));
+    m_resourcesById.erase(Folded(position->id));
+    resources.erase(position);
+    return ERROR_SUCCESS;
+}
+
+void Model::TrackPending(Resource& resource) {
+    if (!Contains(m_pending, resource)) {
+        m_pending.push_back(&resource);
+    }
+}
+
+Code Model::Online(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOnline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing) {
+        return ERROR_INVALID_STATE;
+    }
+    if (resource.group->owner->status == Node::Status::Paused) {
+        return ERROR_SHARING_PAUSED;
+    }
+    if (!Contains(resource.possibleOwners, *resource.group->owner)) {
+        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
+    }
+    // What it depends on comes first.
+    std::int64_t start = now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* provider : resource.dependsOn) {
+        const Code code = provider->state == StateOnlinePending ? ERROR_IO_PENDING : Online(*provider, now);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || provider->dueAt == 0;
+            start = std::max(start, provider->dueAt);
+        } else if (code != ERROR_SUCCESS) {
+            return 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
+        }
+    }
+    if (waits || resource.onlineMs > 0 || resource.staysPending) {
+        resource.state = StateOnlinePending;
+        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.onlineMs;
+        TrackPending(resource);
+        return ERROR_IO_PENDING;
+    }
+    resource.state = resource.failsOnline ? StateFailed : StateOnline;
+    return resource.failsOnline ? static_cast<Code>(ERROR_RESMON_ONLINE_FAILED) : static_cast<Code>(ERROR_SUCCESS);
+}
+
+Code Model::Offline(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOffline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state == StateFailed) {
+        if (behaviour.offlineFailed == ERROR_SUCCESS) {
+            resource.state = StateOffline;
+        }
+        return behaviour.offlineFailed;
+    }
+    if (resource.state != StateOnline) {
+        return ERROR_INVALID_STATE;
+    }
+    // What depends on it goes first.
+    std::int64_t start = now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* dependant : Dependants(resource)) {
+        const Code code = dependant->state == StateOfflinePending ? ERROR_IO_PENDING : Offline(*dependant, now);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || dependant->dueAt == 0;
+            start = std::max(start, dependant->dueAt);
+        } else if (code != ERROR_SUCCESS && dependant->state != StateFailed) {
+            return code;
+        }
+    }
+    if (waits || resource.offlineMs > 0 || resource.staysPending) {
+        resource.state = StateOfflinePending;
+        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.offlineMs;
+        TrackPending(resource);
+        return ERROR_IO_PENDING;
+    }
+    resource.state = StateOffline;
+    return ERROR_SUCCESS;
+}
+
+void Model::Complete(Resource& resource, std::int64_t now) {
+    if (resource.state == StateOnlinePending) {
+        bool providersOnline = true;
+        for (Resource* provider : resource.dependsOn) {
+            if (provider->state == StateOnlinePending && provider->dueAt != 0 && provider->dueAt <= now) {
+                Complete(*provider, now);
+            }
+            providersOnline = providersOnline && provider->state == StateOnline;
+        }
+        resource.state = resource.failsOnline || !providersOnline ? StateFailed : StateOnline;
+    } else if (resource.state == StateOfflinePending) {
+        resource.state = StateOffline;
+    }
+    resource.dueAt = 0;
+}
+
+void Model::Settle(std::int64_t now) {
+    if (m_pending.empty()) {
+        return;
+    }
+    for (Resource* resource : m_pending) {
+        if (resource->dueAt != 0 && resource->dueAt <= now) {
+            Complete(*resource, now);
+        }
+    }
+    m_pending.erase(std::remove_if(m_pending.begin(), m_pending.end(),
+                                   [](const Resource* resource) {
+                                       return resource->state != StateOnlinePending &&
+                                              resource->state != StateOfflinePending;
+                                   }),
+                    m_pending.end());
+}
+
+bool Model::DependsOn(const Resource& resource, const Resource& other) {
+    // Each resource is looked at once: a diamond of dependencies must not multiply the work.
+    std::vector<const Resource*> seen(1, &resource);
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        for (const Resource* provider : seen[i]->dependsOn) {
+            if (provider == &other) {
+                return true;
+            }
+            if (std::find(seen.begin(), seen.end(), provider) == seen.end()) {
+                seen.push_back(provider);
+            }
+        }
+    }
+    return false;
+}
+
+Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
+    if (&resource == &dependsOn || resource.group != dependsOn.group) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (Contains(resource.dependsOn, dependsOn)) {
+        return ERROR_DEPENDENCY_ALREADY_EXISTS;
+    }
+    if (DependsOn(dependsOn, resource)) {
+        return ERROR_CIRCULAR_DEPENDENCY;
+    }
+    const bool refused =
+        behaviour.protocol >= 2008
+            ? resource.state == StateOnlinePending || (resource.state == StateOnline && dependsOn.state != StateOnline)
+            : resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing;
+    if (refused) {
+        return ERROR_RESOURCE_ONLINE;
+    }
+    resource.dependsOn.push_back(&dependsOn);
+    return ERROR_SUCCESS;
+}
+
+Code Model::RemoveDependency(Resource& resource, Resource& dependsOn) {
+    if (!Contains(resource.dependsOn, dependsOn)) {
+        return ERROR_DEPENDENCY_NOT_FOUND;
+    }
+    Erase(resource.dependsOn, dependsOn);
+    return ERROR_SUCCESS;
+}
+
+Code Model::AddOwner(Resource& resource, Node& node) {
+    if (Contains(resource.possibleOwners, node)) {
+        return ERROR_OBJECT_ALREADY_EXISTS;
+    }
+    resource.possibleOwners.push_back(&node);
+    resource.ownersGiven = true;
+    return ERROR_SUCCESS;
+}
+
+} // namespace clussim

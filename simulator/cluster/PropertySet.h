@@ -1,0 +1,48 @@
+// Named values of a resource.
+#ifndef CLUSSIM_PROPERTYSET_H
+#define CLUSSIM_PROPERTYSET_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace clussim {
+
+struct PropertyValue {
+    enum Kind {
+        Sz,
+        Dword,
+        MultiSz,
+        ExpandSz,
+        Binary
+    };
+
+    Kind kind = Sz;
+    std::wstring text;                // Sz, ExpandSz
+    std::uint32_t number = 0;         // Dword
+    std::vector<std::wstring> texts;  // MultiSz
+    std::vector<unsigned char> bytes; // Binary
+};
+
+// Named values in the order they were first set. Names compare without case.
+class PropertySet {
+public:
+    struct Item {
+        std::wstring name;
+        PropertyValue value;
+    };
+
+    const PropertyValue* Find(const std::wstring& name) const;
+    void Set(const std::wstring& name, const PropertyValue& value);
+
+    const std::vector<Item>& Items() const {
+        return m_items;
+    }
+
+private:
+    std::vector<Item> m_items;
+};
+
+} // namespace clussim
+
+#endif
