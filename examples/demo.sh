@@ -20,12 +20,12 @@ for word in "$@"; do
     run+=("$(absolute "$word")")
 done
 
+productKey='HKLM\SOFTWARE\Plinthcore'
 work=$(mktemp -d)
 cleanUp() {
     "${run[@]}" reg delete "$productKey" /f >/dev/null 2>&1 </dev/null || true
     rm -rf "$work"
 }
-productKey='HKLM\SOFTWARE\Plinthcore'
 trap cleanUp EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
@@ -34,7 +34,7 @@ cd "$work"
 unset CLUSUTIL_LOG_FILE CLUSUTIL_LOG_LEVEL
 
 heading() {
-    printf '\n=== %s ===\n\n' "$1"
+    printf '=== %s ===\n\n' "$1"
 }
 
 say() {
@@ -49,13 +49,26 @@ broken() {
 settings() { # settings FILE.reg: what set-up wrote on this computer
     "${run[@]}" reg delete "$productKey" /f >/dev/null 2>&1 </dev/null || true
     "${run[@]}" reg import "$1" >import.txt 2>&1 </dev/null || broken "cannot import $1: $(cat import.txt)"
+    printf '  $ reg import %s\n' "$1"
+}
+
+cluster() { # cluster FILE.json: the cluster that the simulator plays
+    export CLUSSIM_FILE=$1
+    printf '  $ export CLUSSIM_FILE=%s\n\n' "$1"
 }
 
 # try EXIT_CODE TEXT ARGUMENT...: prints and runs clusctl ARGUMENT...; it has to end with this code and to say this text.
 try() {
-    local wanted=$1 text=$2 found=0
+    local wanted=$1 text=$2 found=0 word
     shift 2
-    printf '  $ clusctl%s\n' "$(printf ' %s' "$@")"
+    printf '  $ clusctl'
+    for word in "$@"; do
+        case $word in
+            *[\ \(]*) printf ' "%s"' "$word" ;;
+            *) printf ' %s' "$word" ;;
+        esac
+    done
+    echo
     "${run[@]}" "$bin/clusctl.exe" "$@" >said.txt 2>&1 </dev/null || found=$?
     sed 's/^/  /' said.txt
     if [ "$found" -ne 0 ]; then
@@ -72,11 +85,12 @@ rejects() { # rejects TEXT: what the last command said must not contain it
 
 say "clusutil tells a mail security product which servers it has to protect on this computer." \
     "clusctl is its command-line tool. Everything below is its real output. The clusters are simulated:" \
-    "files that the cluster simulator serves in place of a real cluster."
+    "files that the cluster simulator serves in place of a real cluster." ""
 
 heading "1. A node of a cluster"
+say "What set-up wrote on this computer, and the cluster that is simulated:" ""
 settings cluster.reg
-export CLUSSIM_FILE=two-node-single-copy.json
+cluster two-node-single-copy.json
 say "The cluster has two nodes, this computer and EXNODE2, and three Exchange virtual servers," \
     "EXVS-MAIL1 to EXVS-MAIL3, each a group of resources that moves between the nodes as a whole:" ""
 try 0 "EXVS-MAIL3" groups
@@ -100,27 +114,35 @@ try 0 "Depends on:" resources "Zyntra Gate (EXVS-MAIL1)"
 try 0 "single copy" host
 
 heading "4. Rehearse a failover"
-say "A snapshot is a copy of the cluster to play with. In the copy, this node takes EXVS-MAIL3 over:" ""
+say "A snapshot is a copy of the cluster to play with. In the copy, this node takes EXVS-MAIL3 over" \
+    "(sed is the editor here, '.' is this computer):" ""
 try 0 "copy.json" snapshot copy.json
-FAILOVER
+failover='/"name": "EXVS-MAIL3"/{n;s/"EXNODE2"/"."/}'
+say "  \$ sed -i '$failover' copy.json"
+sed -i "$failover" copy.json
+cluster copy.json
+try 0 "EXVS-MAIL3  192.0.2.23" servers
+say "The cluster that the snapshot was taken of is as before." ""
+cmp -s "$examples/two-node-single-copy.json" two-node-single-copy.json || broken "the example's copy was changed"
 heading "5. Continuous replication"
-settings ccr.reg
-export CLUSSIM_FILE=ccr.json
 say "A cluster without a shared disk: each node has its own copy of the data. The data path says so:" ""
+settings ccr.reg
+cluster ccr.json
 try 0 'CCRVSDB\EXVS-CCR1' servers
 try 0 "continuous replication" host
 
 heading "6. A plain server"
-settings plain-server.reg
 say "No cluster deployment: the one server is this computer, and its data is where set-up put it." \
-    "The cluster is not even asked:" ""
+    "No cluster is asked:" ""
+settings plain-server.reg
+cluster no-such-cluster.json
 try 0 "192.0.2.10" servers
 try 0 "192.0.2.10" query localhost
 
 heading "7. When the cluster does not answer"
+say "The settings say cluster node, but the cluster cannot be opened. An empty list would be a lie:" ""
 settings cluster.reg
-export CLUSSIM_FILE=no-such-cluster.json
-say "This should be a cluster node, but its cluster cannot be opened. An empty list would be a lie:" ""
+cluster no-such-cluster.json
 try 1 "cannot list the servers" servers
 
 say "That was the tour. 'clusctl --help' lists the rest, examples/README.md says how to go on by hand."

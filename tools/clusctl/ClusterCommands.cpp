@@ -76,6 +76,16 @@ void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::stri
     }
 }
 
+// The name as the cluster writes it; the caller's letter case may differ.
+std::wstring StoredName(const Names& names, const std::wstring& wanted) {
+    for (const std::wstring& name : names) {
+        if (CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, name.c_str(), -1, wanted.c_str(), -1) == CSTR_EQUAL) {
+            return name;
+        }
+    }
+    return wanted;
+}
+
 Report Groups(const GroupOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
@@ -85,7 +95,7 @@ Report Groups(const GroupOptions& options) {
     } else {
         CClusterGroup group;
         RequireGroup(cluster, group, options.name);
-        names.push_back(ToUtf16(options.name));
+        names.push_back(StoredName(ListNames(cluster, CCLUSTER_OBJ_GROUP), ToUtf16(options.name)));
     }
     const bool detail = options.detail || !options.name.empty();
     Json records = Json::array();
@@ -161,13 +171,13 @@ void AddClusterCommands(CommandLine& commandLine) {
     const auto groupOptions = std::make_shared<GroupOptions>();
     CLI::App& groups = commandLine.Add(Heading, "groups", "List the cluster's groups, or show one",
                                        [groupOptions](const LogCapture&) { return Groups(*groupOptions); });
-    CommandLine::AddText(groups, "name", groupOptions->name, "NAME", "Show this group in detail");
+    CommandLine::AddText(groups, "NAME", groupOptions->name, "NAME", "Show this group in detail");
     groups.add_flag("--detail", groupOptions->detail, "Show each group in detail");
 
     const auto options = std::make_shared<ResourceOptions>();
     CLI::App& resources = commandLine.Add(Heading, "resources", "List the cluster's resources, or show one",
                                           [options](const LogCapture&) { return Resources(*options); });
-    CLI::Option& name = CommandLine::AddText(resources, "name", options->name, "NAME", "Show this resource in detail");
+    CLI::Option& name = CommandLine::AddText(resources, "NAME", options->name, "NAME", "Show this resource in detail");
     CommandLine::AddText(resources, "--type", options->type, "TYPE", "Only resources of this type, letter for letter")
         .excludes(&name);
     CommandLine::AddText(resources, "--group", options->group, "GROUP", "Only resources of this group").excludes(&name);

@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include "Text.h"
+
 #include <CLI/CLI.hpp>
 
 #include <memory>
@@ -70,7 +72,7 @@ public:
 };
 
 const CLI::Validator
-    NotEmpty([](std::string& text) { return text.empty() ? std::string("it is empty") : std::string(); }, "");
+    NotEmpty([](std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, "");
 
 } // namespace
 
@@ -109,7 +111,14 @@ CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments
         m_text = std::string(version.what()) + "\n";
         return Result::Help;
     } catch (const CLI::ParseError& error) {
-        m_text = std::string("clusctl: ") + error.what() + "\n" + Usage() + "Try 'clusctl --help'.\n";
+        std::string reason = error.what();
+        if (m_app.get_subcommands().empty() &&
+            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
+            const std::vector<std::string> unknown = m_app.remaining();
+            reason = unknown.empty() ? "a sub-command is missing"
+                                     : "there is no sub-command or option " + Quoted(unknown.front());
+        }
+        m_text = "clusctl: " + Printable(reason) + "\n" + Usage() + "Try 'clusctl --help'.\n";
         return Result::Usage;
     }
 }

@@ -51,10 +51,11 @@ const char* QuorumMeaning(int mode) {
 Report Host(const LogCapture&) {
     Json record;
     record["computerName"] = ComputerName();
-    record["clustered"] = CVirtualServerUtil::CheckIsClusterByRegKey();
-    const int mode = CVirtualServerUtil::GetClusterQuorumModeByRegKey();
-    record["quorumMode"] = mode;
-    record["quorumMeaning"] = QuorumMeaning(mode);
+    const bool isClustered = CVirtualServerUtil::CheckIsClusterByRegKey();
+    record["clustered"] = isClustered;
+    const int mode = isClustered ? CVirtualServerUtil::GetClusterQuorumModeByRegKey() : 0;
+    record["quorumMode"] = isClustered ? Json(mode) : Json();
+    record["quorumMeaning"] = isClustered ? Json(QuorumMeaning(mode)) : Json();
     std::wstring homeDirectory;
     record["homeDirectory"] = HostSettings::GetHomeDir(homeDirectory) ? Json(ToUtf8(homeDirectory)) : Json();
     const std::wstring dataRoot = CVirtualServerUtil::GetDataRootPath();

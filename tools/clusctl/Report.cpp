@@ -8,6 +8,7 @@ namespace {
 
 const char Nothing[] = "-";
 const char Gap[] = "  ";
+const size_t WidestColumn = 60; // a longer cell pushes the rest of its line; the other lines stay readable
 
 // A value as a person reads it.
 std::string CellText(const Json& value) {
@@ -41,6 +42,18 @@ std::string Padded(const std::string& text, size_t width) {
     return count < width ? text + std::string(width - count, ' ') : text;
 }
 
+// The title with the value behind it; a list has one element per line.
+std::string TitledLines(const std::string& title, const Json& value) {
+    if (!value.is_array() || value.empty()) {
+        return title + CellText(value) + "\n";
+    }
+    std::string text;
+    for (const Json& element : value) {
+        text += (text.empty() ? title : std::string(CharacterCount(title), ' ')) + CellText(element) + "\n";
+    }
+    return text;
+}
+
 std::string RecordText(const Json& record, const Columns& columns) {
     size_t width = 0;
     for (const Column& column : columns) {
@@ -51,7 +64,7 @@ std::string RecordText(const Json& record, const Columns& columns) {
     std::string text;
     for (const Column& column : columns) {
         if (record.contains(column.key)) {
-            text += Padded(std::string(column.title) + ":", width + 1) + Gap + Cell(record, column) + "\n";
+            text += TitledLines(Padded(std::string(column.title) + ":", width + 1) + Gap, record.at(column.key));
         }
     }
     return text;
@@ -81,7 +94,8 @@ std::string TableText(const Json& records, const Columns& columns) {
     std::vector<size_t> widths(columns.size(), 0);
     for (const auto& line : lines) {
         for (size_t i = 0; i < line.size(); ++i) {
-            widths[i] = std::max(widths[i], CharacterCount(line[i]));
+            const size_t count = CharacterCount(line[i]);
+            widths[i] = std::max(widths[i], count <= WidestColumn ? count : 0);
         }
     }
     std::string text;

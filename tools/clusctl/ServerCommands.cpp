@@ -61,12 +61,21 @@ Report Servers() {
     return report;
 }
 
+// After a "not found": throws when the reason is that the cluster does not answer.
+void RequireAnswer() {
+    if (CVirtualServerUtil::CheckIsClusterByRegKey()) {
+        CCluster cluster;
+        OpenLocalCluster(cluster);
+    }
+}
+
 Report Query(const std::string& nameOrAddress) {
     CClusterVirtualServerLookupRequest request;
     request.m_wsNameOrIP = ToUtf16(nameOrAddress);
     CVirtualServerUtil util;
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!util.QueryServerInfo(request, *info)) {
+        RequireAnswer();
         throw Failure("this node serves no server with the name or address " + Quoted(nameOrAddress));
     }
     Report report;
@@ -77,6 +86,12 @@ Report Query(const std::string& nameOrAddress) {
 Report SmtpInstances(const std::string& networkName) {
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!CVirtualServerUtil::GetSMTPInstanceInfo(ToUtf16(networkName).c_str(), *info)) {
+        CCluster cluster;
+        OpenLocalCluster(cluster);
+        std::wstring resourceName;
+        if (!cluster.FindFirstResourceNameByNetworkName(resourceName, ToUtf16(networkName).c_str())) {
+            throw Failure("the cluster has no network name " + Quoted(networkName));
+        }
         throw Failure("cannot collect the SMTP instances of " + Quoted(networkName));
     }
     Report report;
@@ -119,7 +134,7 @@ void AddServerCommands(CommandLine& commandLine) {
     const auto wanted = std::make_shared<std::string>();
     CLI::App& query = commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
                                       [wanted](const LogCapture&) { return Query(*wanted); });
-    CommandLine::AddText(query, "server", *wanted, "NAME|ADDRESS",
+    CommandLine::AddText(query, "NAME", *wanted, "NAME|ADDRESS",
                          "Network name, computer name, host name with domain, or IP address")
         .required();
 
@@ -127,7 +142,7 @@ void AddServerCommands(CommandLine& commandLine) {
     CLI::App& instances =
         commandLine.Add(Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
                         [networkName](const LogCapture&) { return SmtpInstances(*networkName); });
-    CommandLine::AddText(instances, "network-name", *networkName, "NETWORK-NAME", "The virtual server's network name")
+    CommandLine::AddText(instances, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
         .required();
 
     commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node", StoreOnline);

@@ -68,5 +68,5 @@ void AddSnapshotCommand(CommandLine& commandLine) {
     CLI::App& command =
         commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
                         [file](const LogCapture&) { return Snapshot(*file); });
-    CommandLine::AddText(command, "file", *file, "FILE", "The file to write; standard output without it");
+    CommandLine::AddText(command, "FILE", *file, "FILE", "The file to write; standard output without it");
 }

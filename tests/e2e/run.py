@@ -1,0 +1,288 @@
+#!/usr/bin/env python3
+"""Runs clusctl end to end and compares what it does with a committed transcript.
+
+  run.py --bin DIR --prefix DIR --work DIR start | stop       the Wine prefix that the cases share
+  run.py ... case NAME [NAME ...] [--update]                  cases/NAME.txt; --update accepts the difference and prints it
+  run.py ... manual                                           clusctl.md against --help
+  run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
+
+A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
+the case's purpose ("# ...") and its setting:
+
+  model FILE          a model from models/ or examples/, copied to model.json, where CLUSSIM_FILE points
+  registry FILE       a registry file from examples/ or models/; without it the product is not installed
+  computer NAME       the computer's name, NODE1 without it
+  settings KEY        clusctl runs from a folder of its own with a cfg_ProductRegistry.txt that names this registry key
+
+Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
+
+  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes; {x*5000} stands for 5,000 letters x
+  same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
+  together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
+  show FILE           prints a file of the case's folder
+"""
+import argparse
+import difflib
+import json
+import os
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+ROOT = HERE.parent.parent
+EXAMPLES = ROOT / "examples"
+TIME_LIMIT = 60
+COMPUTER = "NODE1"
+
+# All that may differ between two runs or two machines.
+VOLATILE = [
+    (r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3} \d+ \d+ ", "TIME PID THREAD "),
+    (r"(clus_\w+\.cpp)\(\d+\)", r"\1(LINE)"),
+    (r"(?<=clusctl )\d+\.\d+\.\d+(?=\n)", "VERSION"),
+    (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
+]
+
+
+def normalised(text):
+    for pattern, replacement in VOLATILE:
+        text = re.sub(pattern, replacement, text)
+    return text
+
+
+def expanded(text):
+    return re.sub(r"\{(\w)\*(\d+)\}", lambda match: match[1] * int(match[2]), text)
+
+
+class Runner:
+    def __init__(self, options):
+        self.bin = Path(options.bin).resolve()
+        self.prefix = Path(options.prefix).resolve()
+        self.work = Path(options.work).resolve()
+
+    def wine(self, *arguments):
+        return [str(ROOT / "cmake" / "wine-run"), str(self.prefix), *map(str, arguments)]
+
+    def quiet(self, *command):
+        done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        if done.returncode != 0:
+            sys.exit(f"exit code {done.returncode} of {' '.join(command)}")
+
+    def start(self):
+        self.quiet(str(ROOT / "cmake" / "wine-run"), "--start", str(self.prefix))
+
+    def stop(self):
+        self.quiet(str(ROOT / "cmake" / "wine-run"), "--stop", str(self.prefix))
+
+    def set_registry(self, folder, computer, product):
+        """The product's key holds what the file `product` says and nothing else."""
+        head, _, body = (product or "REGEDIT4\n").partition("\n")
+        text = (f"{head.strip()}\n\n[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Plinthcore]\n\n"
+                "[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName]\n"
+                f"\"ComputerName\"=\"{computer}\"\n\n{body}\n")
+        file = folder / "setting.reg"
+        file.write_text(text, encoding="ascii")
+        self.quiet(*self.wine("reg", "import", file.name if Path.cwd() == folder else file))
+
+
+class Case:
+    def __init__(self, runner, name):
+        self.runner = runner
+        self.file = HERE / "cases" / f"{name}.txt"
+        self.folder = runner.work / name
+        self.program = runner.bin / "clusctl.exe"
+
+    def prepare(self, settings):
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(parents=True)
+        for word, value in settings:
+            if word == "model":
+                self.copy_model(value)
+            elif word == "settings":
+                self.install_with_settings(value)
+            elif word not in ("registry", "computer"):
+                sys.exit(f"{self.file.name}: unknown setting '{word}'")
+        values = dict(settings)
+        registry = find_input(values["registry"]).read_text(encoding="ascii") if "registry" in values else None
+        self.runner.set_registry(self.folder, values.get("computer", COMPUTER), registry)
+
+    def copy_model(self, name):
+        text = expanded(find_input(name).read_text(encoding="utf-8"))
+        (self.folder / "model.json").write_text(text, encoding="utf-8")
+
+    def install_with_settings(self, key):
+        self.program = self.folder / "bin" / "clusctl.exe"
+        self.program.parent.mkdir()
+        for file in [self.runner.bin / "clusctl.exe", *self.runner.bin.glob("*.dll")]:
+            os.link(file, self.program.parent / file.name)
+        (self.program.parent / "cfg_ProductRegistry.txt").write_text(f"RegKeyProductCurrentVersion\t{key}\n")
+
+    def start(self, arguments, variables):
+        variables = dict(variables)
+        target = variables.pop("STDOUT", "pipe")
+        # Only what a case sets reaches the program; the machine's own settings must not.
+        environment = {name: value for name, value in os.environ.items() if not name.startswith(("CLUSSIM_", "CLUSUTIL_"))}
+        environment = {**environment, "CLUSSIM_FILE": "model.json", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT), **variables}
+        output = subprocess.PIPE
+        if target == "full":
+            output = os.open("/dev/full", os.O_WRONLY)
+        elif target == "closed":
+            reader, output = os.pipe()
+            os.close(reader)
+        process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
+                                   env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE)
+        if output != subprocess.PIPE:
+            os.close(output)
+        return process
+
+    def finish(self, process, arguments):
+        out, err = process.communicate()
+        out = out or b""
+        if b"\r" in out:
+            sys.exit(f"carriage return in the output of clusctl {' '.join(arguments)}")
+        result = out.decode("utf-8")
+        if process.returncode == 0 and "--json" in arguments and "--help" not in arguments:
+            json.loads(result)
+        if err:
+            result += "[stderr]\n" + err.decode("utf-8").replace("\r\n", "\n") # the simulator's come with both
+        return normalised(result) + f"[exit {process.returncode}]\n"
+
+    def clusctl(self, arguments, variables):
+        return self.finish(self.start(arguments, variables), arguments)
+
+    def run(self, line):
+        words = shlex.split(line)
+        variables = {}
+        while "=" in words[0]:
+            name, _, value = words.pop(0).partition("=")
+            variables[name] = value
+        verb, arguments = words[0], words[1:]
+        if verb == "clusctl":
+            return self.clusctl(arguments, variables)
+        if verb == "same":
+            first, second = (self.clusctl(arguments[2:], {**variables, "CLUSSIM_FILE": file}) for file in arguments[:2])
+            return difference(first, second, *arguments[:2]) or "same\n"
+        if verb == "together":
+            processes = [self.start(arguments[1:], variables) for _ in range(int(arguments[0]))]
+            results = [self.finish(process, arguments[1:]) for process in processes]
+            differences = [difference(results[0], other, "first", "other") for other in results[1:]]
+            return results[0] + "".join(text or "same\n" for text in differences)
+        if verb == "show":
+            return normalised((self.folder / arguments[0]).read_text(encoding="utf-8"))
+        sys.exit(f"{self.file.name}: unknown command '{verb}'")
+
+    def transcript(self):
+        lines = self.file.read_text(encoding="utf-8").splitlines()
+        first = next((i for i, line in enumerate(lines) if line.startswith("$ ")), len(lines))
+        settings = [tuple(line.split(" ", 1)) for line in lines[:first] if line and not line.startswith("#")]
+        if first == len(lines):
+            sys.exit(f"{self.file.name} runs nothing")
+        self.prepare(settings)
+        result = "\n".join(lines[:first]).rstrip("\n") + "\n"
+        for line in lines[first:]:
+            if line.startswith("$ "):
+                result += f"\n{line}\n{self.run(line[2:])}"
+        return result
+
+    def check(self, update):
+        found = self.transcript()
+        expected = self.file.read_text(encoding="utf-8")
+        text = difference(expected, found, f"expected {self.file.name}", "found")
+        if text:
+            print(text, end="")
+        if update:
+            self.file.write_text(found, encoding="utf-8")
+        return update or not text
+
+
+def difference(first, second, first_name, second_name):
+    return "".join(line if line.endswith("\n") else line + "\n" for line in difflib.unified_diff(
+        first.splitlines(keepends=True), second.splitlines(keepends=True), first_name, second_name, n=2))
+
+
+def find_input(name):
+    for folder in (HERE / "models", EXAMPLES):
+        if (folder / name).is_file():
+            return folder / name
+    sys.exit(f"no input file {name}")
+
+
+def help_of(runner, *arguments):
+    return subprocess.run(runner.wine(runner.bin / "clusctl.exe", *arguments, "--help"), cwd=runner.work, check=True,
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, encoding="utf-8", timeout=TIME_LIMIT).stdout
+
+
+def options_in_help(text):
+    """The options and their argument, such as "--log FILE", without --help and its kind when `text` is a sub-command's."""
+    return set(re.findall(r"^  (-\S+(?: [A-Z|-]+)?)(?:  .*)?$", text, re.MULTILINE))
+
+
+def check_manual(runner):
+    runner.work.mkdir(parents=True, exist_ok=True)
+    manual = (ROOT / "tools" / "clusctl" / "clusctl.md").read_text(encoding="utf-8")
+    sections = dict(re.findall(r"^###? (.*?)\n(.*?)(?=^###? |\Z)", manual, re.MULTILINE | re.DOTALL))
+
+    def options_in_manual(title):
+        return set(re.findall(r"^- `(-[^`]*)`", sections.get(title, ""), re.MULTILINE))
+
+    problems = []
+
+    def compare(what, in_help, in_manual):
+        problems.extend(f"{what}: {option} is in --help only" for option in sorted(in_help - in_manual))
+        problems.extend(f"{what}: {option} is in the manual page only" for option in sorted(in_manual - in_help))
+
+    overview = help_of(runner)
+    compare("clusctl", options_in_help(overview), options_in_manual("Options"))
+    commands = re.findall(r"^  ([a-z][a-z-]*)  ", overview, re.MULTILINE)
+    usages = set()
+    for command in commands:
+        text = help_of(runner, command)
+        usage = re.search(r"^Usage: clusctl (.*)$", text, re.MULTILINE)[1].replace(" [OPTIONS]", "")
+        usages.add(usage)
+        compare(usage, options_in_help(text) - {"-h,--help"}, options_in_manual(f"`{usage}`"))
+    described = set(re.findall(r"^### `([a-z].*)`$", manual, re.MULTILINE))
+    compare("sub-commands", usages, described)
+    if not commands or not usages:
+        problems.append("no sub-command found in --help")
+    print("\n".join(problems))
+    return not problems
+
+
+def check_demo(runner):
+    folder = runner.work / "demo in a folder with blanks"
+    shutil.rmtree(folder, ignore_errors=True)
+    (folder / "bin dir").mkdir(parents=True)
+    for file in [runner.bin / "clusctl.exe", *runner.bin.glob("*.dll")]:
+        os.link(file, folder / "bin dir" / file.name)
+    shutil.copytree(EXAMPLES, folder / "examples")
+    done = subprocess.run([str(folder / "examples" / "demo.sh"), str(folder / "bin dir"), *runner.wine()], cwd=folder,
+                          stdin=subprocess.DEVNULL, timeout=110)
+    return done.returncode == 0
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--bin", required=True)
+    parser.add_argument("--prefix", required=True)
+    parser.add_argument("--work", required=True)
+    parser.add_argument("--update", action="store_true")
+    parser.add_argument("action", choices=["start", "stop", "case", "manual", "demo"])
+    parser.add_argument("names", nargs="*")
+    options = parser.parse_args()
+    runner = Runner(options)
+    if options.action == "start":
+        runner.start()
+    elif options.action == "stop":
+        runner.stop()
+    elif options.action == "case":
+        results = [Case(runner, name).check(options.update) for name in options.names]
+        sys.exit(0 if results and all(results) else 1)
+    else:
+        sys.exit(0 if {"manual": check_manual, "demo": check_demo}[options.action](runner) else 1)
+
+
+if __name__ == "__main__":
+    main()
