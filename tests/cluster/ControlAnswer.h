@@ -34,7 +34,8 @@ inline Bytes TextBytes(const std::wstring& text) {
     return bytes;
 }
 
-// A partition entry of a disk's value list: syntax, length 1120, flags, then the device name in room for 260 characters.
+// A partition entry of a disk's value list: syntax, length 1120, flags, then the device name in room for 260
+// characters.
 inline Bytes PartitionEntry(const std::wstring& device) {
     Bytes bytes;
     bytes += DWORD(0x00080001);
@@ -65,8 +66,10 @@ inline Bytes Concat(std::initializer_list<Bytes> parts) {
 
 struct ControlAnswerTag;
 
-// Answers every control of clusutil.dll with the same bytes, by the platform's rules; the last-error value is left alone.
-class ControlAnswer : public ImportPatch<DWORD(HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD), ControlAnswerTag> {
+// Answers every control of clusutil.dll with the same bytes, by the platform's rules; the last-error value is left
+// alone.
+class ControlAnswer
+    : public ImportPatch<DWORD(HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD), ControlAnswerTag> {
 public:
     explicit ControlAnswer(const Bytes& bytes)
         : ImportPatch(FindImports(LibraryModule(), "clusapi.dll", "ClusterResourceControl"),

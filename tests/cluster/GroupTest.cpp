@@ -10,7 +10,8 @@ namespace {
 
 class Group : public OpenClusterTest {};
 
-// Handles ------------------------------------------------------------------------------------------------------------------
+// Handles
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(Group, HoldsNoHandleWhateverItIsConstructedFrom) {
     {
@@ -84,7 +85,8 @@ TEST_F(Group, NodeDestructionKeepsTheLastError) {
     EXPECT_EQ(GetLastError(), ImpossibleCode);
 }
 
-// Names of the group's resources -------------------------------------------------------------------------------------------
+// Names of the group's resources
+// -------------------------------------------------------------------------------------------
 
 const char NamesEntry[] = "> EnumResourceNamesInGroup";
 const char NamesLeaving[] = "< EnumResourceNamesInGroup";
@@ -96,9 +98,9 @@ TEST_F(Group, ListsItsResourcesFromASmallBuffer) {
     EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
     EXPECT_EQ(names, (Names{L"before", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, NamesLeaving}));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234", "ClusterGroupEnum(0,10)",
-                                    "ClusterGroupEnum(1,10)", "ClusterGroupEnum(2,10)", "ClusterGroupEnum(3,10)=259",
-                                    "ClusterGroupCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234",
+                                    "ClusterGroupEnum(0,10)", "ClusterGroupEnum(1,10)", "ClusterGroupEnum(2,10)",
+                                    "ClusterGroupEnum(3,10)=259", "ClusterGroupCloseEnum()"}));
 }
 
 TEST_F(Group, ListingWithoutAHandleIsLogged) {
@@ -127,15 +129,17 @@ TEST_F(Group, ABrokenEntryEndsTheList) {
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
     EXPECT_EQ(names, Names{L"EVS1 Disk"});
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, "E Invalid result for cluster enum, 1726", NamesLeaving}));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234", "ClusterGroupEnum(0,10)",
-                                    "ClusterGroupEnum(1,10)=1726", "ClusterGroupCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234", "ClusterGroupEnum(0,10)",
+                     "ClusterGroupEnum(1,10)=1726", "ClusterGroupCloseEnum()"}));
 }
 
 class GroupNames : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
 
 TEST_P(GroupNames, OfAnyLengthAreListed) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
+    LoadAndOpen(
+        GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
     CClusterGroup group;
     Open(group, L"G");
     Names names;
@@ -153,7 +157,8 @@ TEST_P(GroupNames, OfAnyLengthAreListed) {
 
 TEST_P(GroupNames, OneThatTheBufferCannotGrowForEndsTheList) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress("a", "10.0.0.1").IpAddress(name, "10.0.0.2"));
+    LoadAndOpen(
+        GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress("a", "10.0.0.1").IpAddress(name, "10.0.0.2"));
     CClusterGroup group;
     Open(group, L"G");
     Heap().FailLocalReAlloc(1);
@@ -178,7 +183,8 @@ TEST_F(Group, WithoutAFirstBufferNoNameIsInvented) {
     EXPECT_THAT(TakeLog(), HasSubstr("E Invalid result for cluster enum, "));
 }
 
-// By type ------------------------------------------------------------------------------------------------------------------
+// By type
+// ------------------------------------------------------------------------------------------------------------------
 
 const char TypeEntry[] = "> EnumResourceNamesInGroupByType";
 const char TypeLeaving[] = "< EnumResourceNamesInGroupByType";
@@ -238,12 +244,13 @@ TEST_F(Group, ByTypeDropsAResourceWithoutAType) {
     Names names;
     EXPECT_TRUE(group.EnumResourceNamesInGroupByType(cluster, names, L"IP Address"));
     EXPECT_TRUE(names.empty());
-    EXPECT_EQ(TakeLog(), Lines({TypeEntry, NamesEntry, NamesLeaving,
-                                "E Calling ClusterResourceControl returns error, code:1726", "E 0 == dwSize",
-                                "E Get cluster resource type failed, skip this resource.", TypeLeaving}));
+    EXPECT_EQ(TakeLog(),
+              Lines({TypeEntry, NamesEntry, NamesLeaving, "E Calling ClusterResourceControl returns error, code:1726",
+                     "E 0 == dwSize", "E Get cluster resource type failed, skip this resource.", TypeLeaving}));
 }
 
-// Disk by drive letter -------------------------------------------------------------------------------------------------------
+// Disk by drive letter
+// -------------------------------------------------------------------------------------------------------
 
 class GroupDisk : public OpenClusterTest {
 protected:

@@ -64,12 +64,11 @@ TEST_F(GroupWalk, PassesTheBufferSizeInBytesAsTheCount) {
     CClusterGroup group;
     Open(group, L"EVS1");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,2048)",
-                                    "OpenClusterResource(EVS1 Disk)", "CloseClusterResource(EVS1 Disk)",
-                                    "ClusterGroupEnum(1,2048)", "OpenClusterResource(EVS1 IP)",
-                                    "CloseClusterResource(EVS1 IP)", "ClusterGroupEnum(2,2048)",
-                                    "OpenClusterResource(EVS1 Name)", "CloseClusterResource(EVS1 Name)",
-                                    "ClusterGroupEnum(3,2048)=259", "ClusterGroupCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,2048)", "OpenClusterResource(EVS1 Disk)",
+                     "CloseClusterResource(EVS1 Disk)", "ClusterGroupEnum(1,2048)", "OpenClusterResource(EVS1 IP)",
+                     "CloseClusterResource(EVS1 IP)", "ClusterGroupEnum(2,2048)", "OpenClusterResource(EVS1 Name)",
+                     "CloseClusterResource(EVS1 Name)", "ClusterGroupEnum(3,2048)=259", "ClusterGroupCloseEnum()"}));
 }
 
 TEST_F(GroupWalk, StopsAfterTheResourceForWhichTheCallbackAnswersNonZero) {
@@ -87,18 +86,18 @@ TEST_F(GroupWalk, WithoutACallbackIsLoggedForEachResource) {
     CClusterGroup group;
     Open(group, L"Cluster Group");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
-    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "I [FIXREF-77888] Enumerated object = Cluster IP",
-                                "E [FIXREF-77888] No Callback function ",
-                                "I [FIXREF-77888] Enumerated object = Cluster Name",
-                                "E [FIXREF-77888] No Callback function ", WalkLeaving}));
+    EXPECT_EQ(TakeLog(),
+              Lines({WalkEntry, "I [FIXREF-77888] Enumerated object = Cluster IP",
+                     "E [FIXREF-77888] No Callback function ", "I [FIXREF-77888] Enumerated object = Cluster Name",
+                     "E [FIXREF-77888] No Callback function ", WalkLeaving}));
 }
 
 TEST_F(GroupWalk, WithoutAHandleIsLogged) {
     const CClusterGroup group;
     Visitor visitor;
     EXPECT_FALSE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
-    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "E [FIXREF-77888] NULL == m_hGroup",
-                                "< [FIXREF-77888] EnumResourceNamesInGroup"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({WalkEntry, "E [FIXREF-77888] NULL == m_hGroup", "< [FIXREF-77888] EnumResourceNamesInGroup"}));
     EXPECT_EQ(TakeJournal(), "");
 }
 
@@ -109,8 +108,7 @@ TEST_F(GroupWalk, AGroupThatCannotBeListedCountsAsEmpty) {
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
     EXPECT_TRUE(visitor.visits.empty());
-    EXPECT_EQ(TakeLog(),
-              Lines({WalkEntry, "E [FIXREF-77888] ClusterGroupOpenEnum failed (error=5)", WalkLeaving}));
+    EXPECT_EQ(TakeLog(), Lines({WalkEntry, "E [FIXREF-77888] ClusterGroupOpenEnum failed (error=5)", WalkLeaving}));
 }
 
 TEST_F(GroupWalk, AResourceThatDoesNotOpenIsLoggedAndTheWalkGoesOn) {
@@ -142,7 +140,8 @@ class WalkedNames : public OpenClusterTest, public ::testing::WithParamInterface
 
 TEST_P(WalkedNames, OfAnyLengthAreVisited) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
+    LoadAndOpen(
+        GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
     CClusterGroup group;
     Open(group, L"G");
     Visitor visitor;
@@ -155,7 +154,8 @@ TEST_P(WalkedNames, OfAnyLengthAreVisited) {
 
 // 1,023 is what 2,048 bytes hold; the count passed claims twice as many characters.
 INSTANTIATE_TEST_SUITE_P(Boundary, WalkedNames,
-                         ::testing::Values(1u, 260u, 1022u, 1023u, 1024u, 1025u, 2046u, 2047u, 2048u, 2049u, 2559u, 2560u, 5000u),
+                         ::testing::Values(1u, 260u, 1022u, 1023u, 1024u, 1025u, 2046u, 2047u, 2048u, 2049u, 2559u,
+                                           2560u, 5000u),
                          ::testing::PrintToStringParamName());
 
 TEST_F(GroupWalk, GrowsToTheNextMultipleOf512Characters) {
@@ -202,7 +202,8 @@ TEST_F(GroupWalk, AnExceptionOfTheCallbackLeavesNothingOpen) {
     EXPECT_EQ(Cluster().OpenHandles("enum"), 0u);
 }
 
-// Storage ------------------------------------------------------------------------------------------------------------------
+// Storage
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(GroupWalk, ListsStorageResources) {
     CClusterGroup group;
@@ -210,13 +211,14 @@ TEST_F(GroupWalk, ListsStorageResources) {
     Names names{L"before"};
     EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
     EXPECT_EQ(names, (Names{L"before", L"EVS1 Disk"}));
-    EXPECT_EQ(TakeLog(),
-              Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk",
-                     "I [FIXREF-77888] EVS1 Disk is CLUS_RESCLASS_STORAGE", "I [FIXREF-77888] Enumerated object = EVS1 IP",
-                     "I [FIXREF-77888] Enumerated object = EVS1 Name", WalkLeaving, "< EnumStorageResourceNamesInGroup"}));
-    EXPECT_THAT(TakeJournal(), HasSubstr(Lines({"OpenClusterResource(EVS1 Disk)",
-                                                "ClusterResourceControl(EVS1 Disk,GET_CLASS_INFO,8)",
-                                                "CloseClusterResource(EVS1 Disk)"})));
+    EXPECT_EQ(
+        TakeLog(),
+        Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk",
+               "I [FIXREF-77888] EVS1 Disk is CLUS_RESCLASS_STORAGE", "I [FIXREF-77888] Enumerated object = EVS1 IP",
+               "I [FIXREF-77888] Enumerated object = EVS1 Name", WalkLeaving, "< EnumStorageResourceNamesInGroup"}));
+    EXPECT_THAT(TakeJournal(),
+                HasSubstr(Lines({"OpenClusterResource(EVS1 Disk)", "ClusterResourceControl(EVS1 Disk,GET_CLASS_INFO,8)",
+                                 "CloseClusterResource(EVS1 Disk)"})));
 }
 
 TEST_F(GroupWalk, AResourceWhoseClassCannotBeReadIsLoggedAndSkipped) {
@@ -232,11 +234,11 @@ TEST_F(GroupWalk, AResourceWhoseClassCannotBeReadIsLoggedAndSkipped) {
     EXPECT_TRUE(names.empty());
     const std::string error =
         "E [FIXREF-77888] ClusterResourceControl(CLUSCTL_RESOURCE_GET_CLASS_INFO Fail (error=4711)";
-    EXPECT_EQ(TakeLog(),
-              Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk", error,
-                     "I [FIXREF-77888] Enumerated object = EVS1 IP", error,
-                     "I [FIXREF-77888] Enumerated object = EVS1 Name", error, WalkLeaving,
-                     "< EnumStorageResourceNamesInGroup"}));
+    EXPECT_EQ(
+        TakeLog(),
+        Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk", error,
+               "I [FIXREF-77888] Enumerated object = EVS1 IP", error, "I [FIXREF-77888] Enumerated object = EVS1 Name",
+               error, WalkLeaving, "< EnumStorageResourceNamesInGroup"}));
 }
 
 TEST_F(GroupWalk, StorageOfAGroupThatCannotBeListedIsAnEmptySuccess) {

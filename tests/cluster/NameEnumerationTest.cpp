@@ -16,16 +16,17 @@ ModelBuilder ClusterWithResources(const std::vector<std::string>& names) {
     return model;
 }
 
-// Kinds ------------------------------------------------------------------------------------------------------------------
+// Kinds
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(NameEnumeration, ListsResourcesInTheClustersOrder) {
     Names names;
     EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{L"Cluster IP", L"Cluster Name", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), "");
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)", "ClusterEnum(2,256)",
-                                    "ClusterEnum(3,256)", "ClusterEnum(4,256)", "ClusterEnum(5,256)=259",
-                                    "ClusterCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)", "ClusterEnum(2,256)",
+                     "ClusterEnum(3,256)", "ClusterEnum(4,256)", "ClusterEnum(5,256)=259", "ClusterCloseEnum()"}));
 }
 
 TEST_F(NameEnumeration, ListsNodes) {
@@ -96,9 +97,9 @@ TEST_F(NameEnumeration, ABrokenEntryIsLoggedAndTheOthersAreListed) {
     EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)=1726",
-                                    "ClusterEnum(2,256)", "ClusterEnum(3,256)", "ClusterEnum(4,256)",
-                                    "ClusterEnum(5,256)=259", "ClusterCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)=1726", "ClusterEnum(2,256)",
+                     "ClusterEnum(3,256)", "ClusterEnum(4,256)", "ClusterEnum(5,256)=259", "ClusterCloseEnum()"}));
 }
 
 TEST_F(NameEnumeration, ABrokenFirstAndLastEntryAreLoggedEach) {
@@ -110,7 +111,8 @@ TEST_F(NameEnumeration, ABrokenFirstAndLastEntryAreLoggedEach) {
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
 }
 
-// The growing buffer -----------------------------------------------------------------------------------------------------
+// The growing buffer
+// -----------------------------------------------------------------------------------------------------
 
 class NameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
 
@@ -126,9 +128,9 @@ TEST_P(NameLength, NamesOfAnyLengthAreListed) {
                                         "ClusterEnum(2,256)=259", "ClusterCloseEnum()"}));
     } else {
         const std::string grown = std::to_string(name.size() + 1);
-        EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0," + grown + ")",
-                                        "ClusterEnum(1," + grown + ")", "ClusterEnum(2," + grown + ")=259",
-                                        "ClusterCloseEnum()"}));
+        EXPECT_EQ(TakeJournal(),
+                  Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0," + grown + ")",
+                         "ClusterEnum(1," + grown + ")", "ClusterEnum(2," + grown + ")=259", "ClusterCloseEnum()"}));
     }
 }
 
@@ -140,9 +142,9 @@ TEST_F(NameEnumeration, TheBufferGrowsOncePerLongerName) {
     Names names;
     EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{std::wstring(300, L'a'), std::wstring(280, L'b'), std::wstring(400, L'c')}));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0,301)",
-                                    "ClusterEnum(1,301)", "ClusterEnum(2,301)=234", "ClusterEnum(2,401)",
-                                    "ClusterEnum(3,401)=259", "ClusterCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0,301)", "ClusterEnum(1,301)",
+                     "ClusterEnum(2,301)=234", "ClusterEnum(2,401)", "ClusterEnum(3,401)=259", "ClusterCloseEnum()"}));
 }
 
 TEST_F(NameEnumeration, ANameThatGrowsBetweenTwoCallsIsAskedForAgain) {
@@ -181,29 +183,24 @@ TEST_F(NameEnumeration, WithoutAFirstBufferNoNameIsInvented) {
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
 }
 
-// By type ----------------------------------------------------------------------------------------------------------------
+// By type
+// ----------------------------------------------------------------------------------------------------------------
 
 TEST_F(NameEnumeration, ByTypeKeepsTheResourcesOfThatTypeOnly) {
     Names names;
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"Network Name", names));
     EXPECT_EQ(names, (Names{L"Cluster Name", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"< CCluster::EnumResourceNamesByType()"}));
-    EXPECT_THAT(TakeJournal(), ::testing::EndsWith(Lines({"ClusterCloseEnum()",
-                                                         "OpenClusterResource(Cluster IP)",
-                                                         "ClusterResourceControl(Cluster IP,GET_RESOURCE_TYPE,128)",
-                                                         "CloseClusterResource(Cluster IP)",
-                                                         "OpenClusterResource(Cluster Name)",
-                                                         "ClusterResourceControl(Cluster Name,GET_RESOURCE_TYPE,128)",
-                                                         "CloseClusterResource(Cluster Name)",
-                                                         "OpenClusterResource(EVS1 Disk)",
-                                                         "ClusterResourceControl(EVS1 Disk,GET_RESOURCE_TYPE,128)",
-                                                         "CloseClusterResource(EVS1 Disk)",
-                                                         "OpenClusterResource(EVS1 IP)",
-                                                         "ClusterResourceControl(EVS1 IP,GET_RESOURCE_TYPE,128)",
-                                                         "CloseClusterResource(EVS1 IP)",
-                                                         "OpenClusterResource(EVS1 Name)",
-                                                         "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)",
-                                                         "CloseClusterResource(EVS1 Name)"})));
+    EXPECT_THAT(TakeJournal(),
+                ::testing::EndsWith(Lines(
+                    {"ClusterCloseEnum()", "OpenClusterResource(Cluster IP)",
+                     "ClusterResourceControl(Cluster IP,GET_RESOURCE_TYPE,128)", "CloseClusterResource(Cluster IP)",
+                     "OpenClusterResource(Cluster Name)", "ClusterResourceControl(Cluster Name,GET_RESOURCE_TYPE,128)",
+                     "CloseClusterResource(Cluster Name)", "OpenClusterResource(EVS1 Disk)",
+                     "ClusterResourceControl(EVS1 Disk,GET_RESOURCE_TYPE,128)", "CloseClusterResource(EVS1 Disk)",
+                     "OpenClusterResource(EVS1 IP)", "ClusterResourceControl(EVS1 IP,GET_RESOURCE_TYPE,128)",
+                     "CloseClusterResource(EVS1 IP)", "OpenClusterResource(EVS1 Name)",
+                     "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)", "CloseClusterResource(EVS1 Name)"})));
 }
 
 TEST_F(NameEnumeration, ByTypeComparesTheTypeExactly) {
@@ -243,7 +240,8 @@ TEST_F(NameEnumeration, ByTypeFailsWithTheEnumerationAndFiltersNothing) {
     EXPECT_THAT(TakeJournal(), Not(HasSubstr("OpenClusterResource")));
 }
 
-// By network name --------------------------------------------------------------------------------------------------------
+// By network name
+// --------------------------------------------------------------------------------------------------------
 
 const char FindEntry[] = "> CCluster::FindFirstResourceNameByNetworkName";
 const char FindLeaving[] = "< CClusterResource::FindFirstResourceNameByNetworkName";
@@ -320,27 +318,22 @@ TEST_F(NameEnumeration, FindingSkipsWhatCannotBeReadAndGoesOn) {
     std::wstring name;
     EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"EVS1"));
     EXPECT_EQ(name, L"EVS1 Name");
-    EXPECT_EQ(TakeLog(), Lines({FindEntry,
-                                "E Open resource failed:Cluster IP, err=5",
-                                "E Unable to open resource: Cluster IP",
-                                "E Calling ClusterResourceControl returns error, code:1",
-                                "E 0 == dwSize",
-                                "E Unable to get resource property NETWORK NAME for res: Cluster Name",
-                                "E Calling ClusterResourceControl returns error, code:1726",
-                                "E 0 == dwSize",
-                                "E Unable to get resource type for res: EVS1 Disk",
-                                "I Network name found: EVS1 Name for res:",
-                                FindLeaving}));
+    EXPECT_EQ(TakeLog(),
+              Lines({FindEntry, "E Open resource failed:Cluster IP, err=5", "E Unable to open resource: Cluster IP",
+                     "E Calling ClusterResourceControl returns error, code:1", "E 0 == dwSize",
+                     "E Unable to get resource property NETWORK NAME for res: Cluster Name",
+                     "E Calling ClusterResourceControl returns error, code:1726", "E 0 == dwSize",
+                     "E Unable to get resource type for res: EVS1 Disk",
+                     "I Network name found: EVS1 Name for res:", FindLeaving}));
 }
 
 TEST_F(NameEnumeration, OpensTheResourceThatCarriesANetworkName) {
     CClusterResource resource;
     EXPECT_TRUE(cluster.OpenNetworkNameResourceByNetworkName(resource, L"evs1"));
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 Name");
-    EXPECT_EQ(TakeLog(),
-              Lines({"> CCluster::OpenNetworkNameResourceByNetworkName", FindEntry,
-                     "I Network name found: EVS1 Name for res:", FindLeaving,
-                     "< CCluster::OpenNetworkNameResourceByNetworkName"}));
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenNetworkNameResourceByNetworkName", FindEntry,
+                                "I Network name found: EVS1 Name for res:", FindLeaving,
+                                "< CCluster::OpenNetworkNameResourceByNetworkName"}));
 }
 
 TEST_F(NameEnumeration, AnUnknownNetworkNameOpensNothing) {
@@ -364,14 +357,12 @@ TEST_F(NameEnumeration, OpensTheGroupOfANetworkName) {
     CClusterGroup group;
     EXPECT_TRUE(cluster.OpenGroupByNetworkName(group, L"evs1"));
     EXPECT_NE(group.GetGroupHandle(), nullptr);
-    EXPECT_THAT(TakeJournal(), ::testing::EndsWith(Lines({"OpenClusterResource(EVS1 Name)",
-                                                         "GetClusterResourceState(EVS1 Name)=2",
-                                                         "OpenClusterGroup(EVS1)",
-                                                         "CloseClusterResource(EVS1 Name)"})));
-    EXPECT_EQ(TakeLog(),
-              Lines({"> CCluster::OpenNetworkNameResourceByNetworkName", FindEntry,
-                     "I Network name found: EVS1 Name for res:", FindLeaving,
-                     "< CCluster::OpenNetworkNameResourceByNetworkName"}));
+    EXPECT_THAT(TakeJournal(),
+                ::testing::EndsWith(Lines({"OpenClusterResource(EVS1 Name)", "GetClusterResourceState(EVS1 Name)=2",
+                                           "OpenClusterGroup(EVS1)", "CloseClusterResource(EVS1 Name)"})));
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenNetworkNameResourceByNetworkName", FindEntry,
+                                "I Network name found: EVS1 Name for res:", FindLeaving,
+                                "< CCluster::OpenNetworkNameResourceByNetworkName"}));
 }
 
 TEST_F(NameEnumeration, TheGroupOfAnUnknownNetworkNameDoesNotOpen) {

@@ -34,7 +34,8 @@ protected:
     CClusterResource other;
 };
 
-// Adding -------------------------------------------------------------------------------------------------------------------
+// Adding
+// -------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, IsAdded) {
     EXPECT_TRUE(other.AddDependency(store.GetResourceHandle()));
@@ -73,11 +74,11 @@ TEST_F(ResourceDependency, AnOwnerThatIsOneAlreadyGivesTheClustersCode) {
     ASSERT_TRUE(cluster.OpenNodeByName(node, L"NODE-A"));
     Forget();
     EXPECT_EQ(store.AddOwner(node.GetNodeHandle()), DWORD(ERROR_OBJECT_ALREADY_EXISTS));
-    EXPECT_EQ(TakeLog(),
-              Lines({"> CClusterResource::AddOwnder", "E CClusterResource::AddOwnder fail, code:5010"}));
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::AddOwnder", "E CClusterResource::AddOwnder fail, code:5010"}));
 }
 
-// Finding by type ------------------------------------------------------------------------------------------------------------
+// Finding by type
+// ------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, IsFoundByType) {
     {
@@ -113,14 +114,16 @@ TEST_F(ResourceDependency, FindingIntoAHeldResourceFailsWithoutACall) {
     EXPECT_EQ(TakeJournal(), "");
 }
 
-// Storage ----------------------------------------------------------------------------------------------------------------
+// Storage
+// ----------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, StorageIsFoundByClass) {
     CClusterResource storage;
     EXPECT_TRUE(store.GetResourceStorageDependency(storage));
     EXPECT_EQ(TakeLog(), Lines({"> GetResourceStorageDependency", "< GetResourceStorageDependency"}));
-    EXPECT_EQ(TakeJournal(), Lines({"GetClusterFromResource(EVS1 Store)",
-                                    "ResUtilGetResourceDependencyByClass(EVS1 Store,class 1,direct)", "CloseCluster()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"GetClusterFromResource(EVS1 Store)",
+                     "ResUtilGetResourceDependencyByClass(EVS1 Store,class 1,direct)", "CloseCluster()"}));
     EXPECT_STREQ(storage.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 Disk");
 }
 
@@ -151,24 +154,27 @@ TEST_F(ResourceDependency, MissingStorageAndAMissingClusterHandleLogTheSameText)
     Platform().FailCall("ResUtilGetResourceDependencyByClass", 5002, 1);
     CClusterResource storage;
     EXPECT_FALSE(store.GetResourceStorageDependency(storage));
-    EXPECT_EQ(TakeJournal(), Lines({"GetClusterFromResource(EVS1 Store)",
-                                    "ResUtilGetResourceDependencyByClass(EVS1 Store,class 1,direct)=5002",
-                                    "CloseCluster()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"GetClusterFromResource(EVS1 Store)",
+                     "ResUtilGetResourceDependencyByClass(EVS1 Store,class 1,direct)=5002", "CloseCluster()"}));
     EXPECT_FALSE(store.GetResourceStorageDependency(storage));
     EXPECT_EQ(TakeJournal(), Lines({"GetClusterFromResource(EVS1 Store)=1722"}));
     EXPECT_EQ(storage.GetResourceHandle(), nullptr);
-    EXPECT_EQ(TakeLog(), Lines({"> GetResourceStorageDependency", "E [FIXREF-77888] GetClusterFromResource Fail(5002)",
-                                "< GetResourceStorageDependency", "> GetResourceStorageDependency",
-                                "E [FIXREF-77888] GetClusterFromResource Fail(1722)", "< GetResourceStorageDependency"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> GetResourceStorageDependency", "E [FIXREF-77888] GetClusterFromResource Fail(5002)",
+                     "< GetResourceStorageDependency", "> GetResourceStorageDependency",
+                     "E [FIXREF-77888] GetClusterFromResource Fail(1722)", "< GetResourceStorageDependency"}));
 }
 
-// Network name -------------------------------------------------------------------------------------------------------------
+// Network name
+// -------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, TheNetworkNameDependedOnIsRead) {
     std::wstring name;
     EXPECT_TRUE(store.GetDependentNetworkName(name));
     EXPECT_EQ(name, L"EVS1");
-    EXPECT_EQ(TakeLog(), Lines({"> GetDependentNetworkName", "> GetResourceDependencyByType", "< GetDependentNetworkName"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> GetDependentNetworkName", "> GetResourceDependencyByType", "< GetDependentNetworkName"}));
     EXPECT_EQ(TakeJournal(), Lines({"ResUtilGetResourceDependency(EVS1 Store,Network Name)",
                                     "ClusterResourceControl(Network Name of EVS1 Store,GET_NETWORK_NAME,128)",
                                     "CloseClusterResource(Network Name of EVS1 Store)"}));
@@ -191,15 +197,16 @@ TEST_F(ResourceDependency, ANetworkNameThatCannotBeReadLeavesTheTextAlone) {
                                 "< GetDependentNetworkName"}));
 }
 
-// Listing ------------------------------------------------------------------------------------------------------------------
+// Listing
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, RelatedNamesAreListedByKind) {
     Names names;
     EXPECT_TRUE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_THAT(names, ::testing::UnorderedElementsAre(L"EVS1 Name", L"EVS1 Disk"));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterResourceOpenEnum(EVS1 Store,1)", "ClusterResourceEnum(0,256)",
-                                    "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259",
-                                    "ClusterResourceCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterResourceOpenEnum(EVS1 Store,1)", "ClusterResourceEnum(0,256)",
+                     "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259", "ClusterResourceCloseEnum()"}));
     names.clear();
     EXPECT_TRUE(store.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, names));
     EXPECT_EQ(names, Names{L"NODE-A"});
@@ -233,9 +240,9 @@ TEST_F(ResourceDependency, ABrokenEntryIsLoggedAndTheOthersAreListed) {
     EXPECT_FALSE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_EQ(names.size(), 1u);
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for ClusterResourceEnum"}));
-    EXPECT_EQ(TakeJournal(), Lines({"ClusterResourceOpenEnum(EVS1 Store,1)", "ClusterResourceEnum(0,256)=1726",
-                                    "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259",
-                                    "ClusterResourceCloseEnum()"}));
+    EXPECT_EQ(TakeJournal(),
+              Lines({"ClusterResourceOpenEnum(EVS1 Store,1)", "ClusterResourceEnum(0,256)=1726",
+                     "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259", "ClusterResourceCloseEnum()"}));
 }
 
 class RelatedNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {
@@ -291,7 +298,8 @@ TEST_F(ResourceDependency, WithoutAFirstBufferNoNameIsInvented) {
     Names names;
     EXPECT_FALSE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_TRUE(names.empty());
-    EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for ClusterResourceEnum", "E Unexpected result for ClusterResourceEnum"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"E Unexpected result for ClusterResourceEnum", "E Unexpected result for ClusterResourceEnum"}));
 }
 
 } // namespace

@@ -114,10 +114,11 @@ TEST_F(PrivateProperty, AnEmptyAnswerIsAFailure) {
 
 TEST_F(PrivateProperty, TheSearchIsGivenTheAllocatedSize) {
     DWORD size = 0;
-    const auto patch = PatchImport(resutils, ResUtilFindSzProperty, [&](const PVOID list, DWORD cb, LPCWSTR name, LPWSTR* text) {
-        size = cb;
-        return ::ResUtilFindSzProperty(list, cb, name, text);
-    });
+    const auto patch =
+        PatchImport(resutils, ResUtilFindSzProperty, [&](const PVOID list, DWORD cb, LPCWSTR name, LPWSTR* text) {
+            size = cb;
+            return ::ResUtilFindSzProperty(list, cb, name, text);
+        });
     std::wstring text;
     const ControlAnswer answer(Bytes(4));
     EXPECT_FALSE(ip.GetPrivateStringProperty(L"Address", text));

@@ -8,17 +8,19 @@ typedef CClusterResource Res;
 
 class ResourceState : public OpenClusterTest {};
 
-// Texts ------------------------------------------------------------------------------------------------------------------
+// Texts
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST(ResourceStateText, IsThatOfTheTable) {
-    const wchar_t* const expected[] = {L"[INITIALIZING]",   L"[ONLINE]",          L"[OFFLINE]", L"[FAILED]", L"[PENDING]",
-                                       L"[ONLINE_PENDING]", L"[OFFLINE_PENDING]", L"RES_STATE_END"};
+    const wchar_t* const expected[] = {L"[INITIALIZING]", L"[ONLINE]",         L"[OFFLINE]",         L"[FAILED]",
+                                       L"[PENDING]",      L"[ONLINE_PENDING]", L"[OFFLINE_PENDING]", L"RES_STATE_END"};
     for (int state = 0; state <= Res::RES_STATE_END; ++state) {
         EXPECT_STREQ(Res::GetStateString(state), expected[state]);
     }
 }
 
-// GetResourceState ---------------------------------------------------------------------------------------------------------
+// GetResourceState
+// ---------------------------------------------------------------------------------------------------------
 
 struct StateMapping {
     int clusterState;
@@ -34,24 +36,19 @@ TEST_P(StateMap, KnownStatesAreMappedAndOthersAreLogged) {
         return static_cast<CLUSTER_RESOURCE_STATE>(GetParam().clusterState);
     });
     EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), GetParam().state);
-    EXPECT_EQ(TakeLog(), GetParam().clusterState == -1             ? "E ClusterResourceStateUnknown == 0\n"
+    EXPECT_EQ(TakeLog(), GetParam().clusterState == -1                ? "E ClusterResourceStateUnknown == 0\n"
                          : GetParam().state == Res::RES_STATE_UNKNOWN ? "E Unknow resource state\n"
                                                                       : "");
 }
 
-INSTANTIATE_TEST_SUITE_P(States, StateMap,
-                         ::testing::Values(StateMapping{-1, Res::RES_STATE_UNKNOWN},
-                                           StateMapping{0, Res::RES_STATE_UNKNOWN},
-                                           StateMapping{1, Res::RES_STATE_INITIALIZING},
-                                           StateMapping{2, Res::RES_STATE_ONLINE},
-                                           StateMapping{3, Res::RES_STATE_OFFLINE},
-                                           StateMapping{4, Res::RES_STATE_FAILED},
-                                           StateMapping{5, Res::RES_STATE_UNKNOWN},
-                                           StateMapping{127, Res::RES_STATE_UNKNOWN},
-                                           StateMapping{128, Res::RES_STATE_PENDING},
-                                           StateMapping{129, Res::RES_STATE_ONLINE_PENDING},
-                                           StateMapping{130, Res::RES_STATE_OFFLINE_PENDING},
-                                           StateMapping{131, Res::RES_STATE_UNKNOWN}));
+INSTANTIATE_TEST_SUITE_P(
+    States, StateMap,
+    ::testing::Values(StateMapping{-1, Res::RES_STATE_UNKNOWN}, StateMapping{0, Res::RES_STATE_UNKNOWN},
+                      StateMapping{1, Res::RES_STATE_INITIALIZING}, StateMapping{2, Res::RES_STATE_ONLINE},
+                      StateMapping{3, Res::RES_STATE_OFFLINE}, StateMapping{4, Res::RES_STATE_FAILED},
+                      StateMapping{5, Res::RES_STATE_UNKNOWN}, StateMapping{127, Res::RES_STATE_UNKNOWN},
+                      StateMapping{128, Res::RES_STATE_PENDING}, StateMapping{129, Res::RES_STATE_ONLINE_PENDING},
+                      StateMapping{130, Res::RES_STATE_OFFLINE_PENDING}, StateMapping{131, Res::RES_STATE_UNKNOWN}));
 
 TEST(ResourceStateNumbers, ArePartOfTheInterface) {
     EXPECT_EQ(Res::RES_STATE_UNKNOWN, -1);
@@ -201,7 +198,8 @@ TEST_P(GroupNameLength, UpTo255CharactersFit) {
 INSTANTIATE_TEST_SUITE_P(Boundary, GroupNameLength, ::testing::Values(254u, 255u, 256u, 5000u),
                          ::testing::PrintToStringParamName());
 
-// Online and offline -------------------------------------------------------------------------------------------------------
+// Online and offline
+// -------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceState, OnlineGivesTheStateReached) {
     LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
@@ -272,7 +270,8 @@ TEST_F(ResourceState, OfflineWithoutAHandleHasNoMessageAndNoLeavingLine) {
     EXPECT_EQ(TakeJournal(), "");
 }
 
-// On this node -------------------------------------------------------------------------------------------------------------
+// On this node
+// -------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceState, OnlineOnThisNode) {
     CClusterResource resource;
@@ -346,8 +345,7 @@ TEST_F(ResourceState, OnThisNodeWhateverTheState) {
     std::wstring group;
     EXPECT_TRUE(resource.IsOnCurrentNode(&group));
     EXPECT_EQ(group, L"EVS1");
-    EXPECT_EQ(TakeLog(),
-              Lines({"> CClusterResource::IsOnCurrentNode", "< CClusterResource::IsOnCurrentNode"}));
+    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnCurrentNode", "< CClusterResource::IsOnCurrentNode"}));
     EXPECT_EQ(TakeJournal(), Lines({"GetComputerNameW()", "GetClusterResourceState(EVS1 IP)=2"}));
     CClusterResource other;
     Open(other, L"Cluster IP");

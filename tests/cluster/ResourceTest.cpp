@@ -89,7 +89,8 @@ TEST_F(ResourceHandle, CloseForgetsTheCachedProperties) {
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 Disk");
 }
 
-// Deleting ----------------------------------------------------------------------------------------------------------------
+// Deleting
+// ----------------------------------------------------------------------------------------------------------------
 
 class ResourceDeletion : public OpenClusterTest {
 protected:
@@ -129,8 +130,8 @@ TEST_F(ResourceDeletion, OfAnOnlineResourceFailsWithAWarningAndKeepsTheHandle) {
     Open(resource, L"EVS1 Name");
     EXPECT_FALSE(resource.DeleteResource());
     EXPECT_NE(resource.GetResourceHandle(), nullptr);
-    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::DeleteResource",
-                                "W Calling DeleteClusterResource error, code: 5019"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::DeleteResource", "W Calling DeleteClusterResource error, code: 5019"}));
     EXPECT_EQ(TakeJournal(), Lines({"DeleteClusterResource(EVS1 Name)=5019"}));
     EXPECT_TRUE(Exists(L"EVS1 Name"));
 }
@@ -138,8 +139,8 @@ TEST_F(ResourceDeletion, OfAnOnlineResourceFailsWithAWarningAndKeepsTheHandle) {
 TEST_F(ResourceDeletion, WithoutAHandleIsLogged) {
     CClusterResource resource;
     EXPECT_FALSE(resource.DeleteResource());
-    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::DeleteResource", "E Resource handle is NULL",
-                                "< CCluster::DeleteResource"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::DeleteResource", "E Resource handle is NULL", "< CCluster::DeleteResource"}));
     EXPECT_EQ(TakeJournal(), "");
 }
 
@@ -148,8 +149,8 @@ TEST_F(ResourceDeletion, AFailingCloseAfterwardsIsStillSuccess) {
     CClusterResource resource;
     Open(resource, L"Spare IP");
     EXPECT_TRUE(resource.DeleteResource());
-    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::DeleteResource",
-                                "E Warning, calling CloseClusterResource returns FALSE"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::DeleteResource", "E Warning, calling CloseClusterResource returns FALSE"}));
 }
 
 } // namespace

@@ -15,7 +15,8 @@ protected:
     }
 };
 
-// Opening and closing ----------------------------------------------------------------------------------------------------
+// Opening and closing
+// ----------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterOpening, StartsClosed) {
     CCluster cluster;
@@ -122,7 +123,8 @@ TEST_F(ClusterOpening, DestructionClosesAndKeepsTheLastError) {
     EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "CloseCluster()=6"}));
 }
 
-// Cluster name -------------------------------------------------------------------------------------------------------------
+// Cluster name
+// -------------------------------------------------------------------------------------------------------------
 
 class ClusterNameLength : public ClusterTest, public ::testing::WithParamInterface<int> {};
 
@@ -193,7 +195,8 @@ TEST_F(ClusterOpening, TheNameOfAClosedClusterIsAFailure) {
     Cluster().ClearJournal(); // the null handle is no open one
 }
 
-// Name and resource of the cluster -----------------------------------------------------------------------------------------
+// Name and resource of the cluster
+// -----------------------------------------------------------------------------------------
 
 TEST_F(ClusterOpening, GivesTheClusterNameAndItsResourceId) {
     std::wstring name;
@@ -201,15 +204,12 @@ TEST_F(ClusterOpening, GivesTheClusterNameAndItsResourceId) {
     EXPECT_TRUE(CCluster::GetClusterNameResourceGUID(name, id));
     EXPECT_EQ(name, L"EXCLUS");
     EXPECT_EQ(id, L"0a0b0c0d-0000-0000-0000-00000000c1c1");
-    EXPECT_EQ(TakeLog(), Lines({"> CCluster::GetClusterNameResourceGUID()",
-                                "> CCluster::OpenByLPC()",
-                                "< CCluster::OpenByLPC()",
-                                "> CCluster::OpenNetworkNameResourceByNetworkName",
-                                "> CCluster::FindFirstResourceNameByNetworkName",
-                                "I Network name found: Cluster Name for res:",
-                                "< CClusterResource::FindFirstResourceNameByNetworkName",
-                                "< CCluster::OpenNetworkNameResourceByNetworkName",
-                                "< CCluster::GetClusterNameResourceGUID()"}));
+    EXPECT_EQ(
+        TakeLog(),
+        Lines({"> CCluster::GetClusterNameResourceGUID()", "> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()",
+               "> CCluster::OpenNetworkNameResourceByNetworkName", "> CCluster::FindFirstResourceNameByNetworkName",
+               "I Network name found: Cluster Name for res:", "< CClusterResource::FindFirstResourceNameByNetworkName",
+               "< CCluster::OpenNetworkNameResourceByNetworkName", "< CCluster::GetClusterNameResourceGUID()"}));
     EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()",
                                     "GetClusterInformation(16)",
                                     "ClusterOpenEnum(4)",
@@ -250,21 +250,22 @@ TEST_P(ClusterNameResource, WritesNeitherOutputWhenAStepFails) {
     EXPECT_EQ(id, L"id");
     const std::string log = TakeLog();
     EXPECT_THAT(log, StartsWith("> CCluster::GetClusterNameResourceGUID()\n"));
-    EXPECT_THAT(log, ::testing::EndsWith(Lines({std::string("W ") + GetParam().warning,
-                                                "< CCluster::GetClusterNameResourceGUID()"})));
+    EXPECT_THAT(log, ::testing::EndsWith(
+                         Lines({std::string("W ") + GetParam().warning, "< CCluster::GetClusterNameResourceGUID()"})));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Steps, ClusterNameResource,
-    ::testing::Values(FailingStep{"OpenCluster", "Cannot cluster.OpenByLPC()"},
-                      FailingStep{"GetClusterInformation", "cluster.GetClusterName"},
-                      FailingStep{"ClusterOpenEnum", "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
-                      FailingStep{"OpenClusterResource(Cluster Name)",
-                                  "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
-                      FailingStep{"ClusterResourceControl(Cluster Name,GET_ID,128)",
-                                  "cannot resNetworkName.GetSystemStringProperty()"}));
+INSTANTIATE_TEST_SUITE_P(Steps, ClusterNameResource,
+                         ::testing::Values(FailingStep{"OpenCluster", "Cannot cluster.OpenByLPC()"},
+                                           FailingStep{"GetClusterInformation", "cluster.GetClusterName"},
+                                           FailingStep{"ClusterOpenEnum",
+                                                       "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+                                           FailingStep{"OpenClusterResource(Cluster Name)",
+                                                       "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+                                           FailingStep{"ClusterResourceControl(Cluster Name,GET_ID,128)",
+                                                       "cannot resNetworkName.GetSystemStringProperty()"}));
 
-// Opening objects ----------------------------------------------------------------------------------------------------------
+// Opening objects
+// ----------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSession, OpensAResourceByNameInAnyLetterCase) {
     CClusterResource resource;
@@ -346,8 +347,7 @@ TEST_F(ClusterSession, OpeningANodeOverwritesAHeldHandleWithoutClosingIt) {
         EXPECT_TRUE(cluster.OpenNodeByName(node, L"NODE-B"));
         EXPECT_NE(node.GetNodeHandle(), first);
     }
-    EXPECT_EQ(TakeJournal(),
-              Lines({"OpenClusterNode(NODE-A)", "OpenClusterNode(NODE-B)", "CloseClusterNode(NODE-B)"}));
+    EXPECT_EQ(TakeJournal(), Lines({"OpenClusterNode(NODE-A)", "OpenClusterNode(NODE-B)", "CloseClusterNode(NODE-B)"}));
     EXPECT_TRUE(CloseClusterNode(first));
 }
 
@@ -370,7 +370,8 @@ TEST_F(ClusterOpening, OpeningThroughAClosedClusterFails) {
     Cluster().ClearJournal(); // the null handle is no open one
 }
 
-// Creating -------------------------------------------------------------------------------------------------------------------
+// Creating
+// -------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSession, CreatesAnOfflineResourceInTheGroup) {
     CClusterGroup group;

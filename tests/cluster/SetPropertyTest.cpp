@@ -86,9 +86,9 @@ TEST_F(SetProperty, AFailingControlIsLogged) {
     CClusterResource resource;
     Open(resource, L"Spare IP");
     EXPECT_FALSE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 9));
-    EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::SetDWORDProperty, 20971614,RestartAction,9",
-                                "E CClusterResource::SetDWORDProperty failed, code:87",
-                                "< CClusterResource::SetDWORDProperty"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CClusterResource::SetDWORDProperty, 20971614,RestartAction,9",
+                     "E CClusterResource::SetDWORDProperty failed, code:87", "< CClusterResource::SetDWORDProperty"}));
 }
 
 TEST_F(SetProperty, OfAnOnlineResourceCountsAsFailureWhenItIsOnlyStored) {

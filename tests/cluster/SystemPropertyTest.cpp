@@ -16,7 +16,8 @@ TEST(SystemPropertyNumbers, ArePartOfTheInterface) {
     EXPECT_EQ(Res::RES_PROP_GUID, 4);
 }
 
-// Each one -----------------------------------------------------------------------------------------------------------------
+// Each one
+// -----------------------------------------------------------------------------------------------------------------
 
 struct PropertyCase {
     const wchar_t* resource;
@@ -31,15 +32,15 @@ TEST_P(EachSystemProperty, SendsItsControlCodeAndGivesTheText) {
     CClusterResource resource;
     Open(resource, GetParam().resource);
     std::vector<DWORD> codes;
-    const auto patch = PatchImport(clusapi, ClusterResourceControl,
-                                   [&](HRESOURCE h, HNODE node, DWORD code, LPVOID in, DWORD cbIn, LPVOID out, DWORD cbOut,
-                                       LPDWORD cb) -> DWORD {
-                                       EXPECT_EQ(node, nullptr);
-                                       EXPECT_EQ(in, nullptr);
-                                       EXPECT_EQ(cbIn, 0u);
-                                       codes.push_back(code);
-                                       return ::ClusterResourceControl(h, node, code, in, cbIn, out, cbOut, cb);
-                                   });
+    const auto patch = PatchImport(
+        clusapi, ClusterResourceControl,
+        [&](HRESOURCE h, HNODE node, DWORD code, LPVOID in, DWORD cbIn, LPVOID out, DWORD cbOut, LPDWORD cb) -> DWORD {
+            EXPECT_EQ(node, nullptr);
+            EXPECT_EQ(in, nullptr);
+            EXPECT_EQ(cbIn, 0u);
+            codes.push_back(code);
+            return ::ClusterResourceControl(h, node, code, in, cbIn, out, cbOut, cb);
+        });
     EXPECT_STREQ(resource.GetSystemStringProperty(GetParam().id, false), GetParam().text);
     for (const DWORD code : codes) {
         EXPECT_EQ(code, GetParam().control);
@@ -48,15 +49,16 @@ TEST_P(EachSystemProperty, SendsItsControlCodeAndGivesTheText) {
     EXPECT_EQ(TakeLog(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, EachSystemProperty,
-    ::testing::Values(PropertyCase{L"evs1 name", Res::RES_PROP_NAME, 0x01000029, L"EVS1 Name"},
-                      PropertyCase{L"EVS1 Name", Res::RES_PROP_TYPE, 0x0100002D, L"Network Name"},
-                      PropertyCase{L"EVS1 Name", Res::RES_PROP_NETWORK_NAME, 0x01000169, L"EVS1"},
-                      PropertyCase{L"EVS1 Disk", Res::RES_PROP_DISK_DEVICE, 0x01000191, L"F:"},
-                      PropertyCase{L"EVS1 Name", Res::RES_PROP_GUID, 0x01000039, L"0a0b0c0d-0000-0000-0000-0000000000e1"}));
+INSTANTIATE_TEST_SUITE_P(Table, EachSystemProperty,
+                         ::testing::Values(PropertyCase{L"evs1 name", Res::RES_PROP_NAME, 0x01000029, L"EVS1 Name"},
+                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_TYPE, 0x0100002D, L"Network Name"},
+                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_NETWORK_NAME, 0x01000169, L"EVS1"},
+                                           PropertyCase{L"EVS1 Disk", Res::RES_PROP_DISK_DEVICE, 0x01000191, L"F:"},
+                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_GUID, 0x01000039,
+                                                        L"0a0b0c0d-0000-0000-0000-0000000000e1"}));
 
-// Cache --------------------------------------------------------------------------------------------------------------------
+// Cache
+// --------------------------------------------------------------------------------------------------------------------
 
 TEST_F(SystemProperty, IsReadOnceWithoutRefresh) {
     CClusterResource resource;
@@ -106,7 +108,8 @@ TEST_F(SystemProperty, AnEmptyTextIsNotNullAndIsReadAgain) {
     EXPECT_EQ(TakeLog(), "");
 }
 
-// Failures -----------------------------------------------------------------------------------------------------------------
+// Failures
+// -----------------------------------------------------------------------------------------------------------------
 
 TEST_F(SystemProperty, WithoutAHandleIsLogged) {
     CClusterResource resource;
@@ -136,8 +139,8 @@ TEST_F(SystemProperty, ASecondCallThatFailsIsLogged) {
     CClusterResource resource;
     Open(resource, L"EVS1 Disk");
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_DISK_DEVICE, false), nullptr);
-    EXPECT_THAT(TakeLog(), ::testing::EndsWith(Lines({"E Calling ClusterResourceControl returns error, code:1726",
-                                                     "E 0 == dwSize"})));
+    EXPECT_THAT(TakeLog(), ::testing::EndsWith(
+                               Lines({"E Calling ClusterResourceControl returns error, code:1726", "E 0 == dwSize"})));
 }
 
 TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheSecondHolds) {
@@ -174,7 +177,8 @@ TEST_F(SystemProperty, ATextThatGrowsBetweenTheTwoCallsIsAFailure) {
                                 "E 0 == dwSize"}));
 }
 
-// Boundaries of the 128 byte buffer ------------------------------------------------------------------------------------------
+// Boundaries of the 128 byte buffer
+// ------------------------------------------------------------------------------------------
 
 class SystemPropertyLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
 
@@ -186,8 +190,8 @@ TEST_P(SystemPropertyLength, TextsOfAnyLengthAreRead) {
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), Utf16(name).c_str());
     const std::string call = "ClusterResourceControl(" + name + ",GET_NAME,";
     const std::size_t bytes = (name.size() + 1) * 2;
-    EXPECT_EQ(TakeJournal(), bytes <= 128 ? Lines({call + "128)"})
-                                          : Lines({call + "128)=234", call + std::to_string(bytes) + ")"}));
+    EXPECT_EQ(TakeJournal(),
+              bytes <= 128 ? Lines({call + "128)"}) : Lines({call + "128)=234", call + std::to_string(bytes) + ")"}));
     EXPECT_EQ(TakeLog(), "");
 }
 
@@ -211,7 +215,8 @@ TEST_F(SystemProperty, MissingMemoryNeverGivesAWrongText) {
     EXPECT_NE(TakeLog(), "");
 }
 
-// Disk device ----------------------------------------------------------------------------------------------------------------
+// Disk device
+// ----------------------------------------------------------------------------------------------------------------
 
 class DiskDevice : public OpenClusterTest {
 protected:
@@ -233,8 +238,8 @@ TEST_F(DiskDevice, IsThatOfTheFirstPartition) {
 }
 
 TEST_F(DiskDevice, FollowsEntriesWhoseLengthIsPadded) {
-    EXPECT_EQ(DeviceIn(Concat({Entry(0x000B0003, Bytes(78, 0x41)), Entry(1, Bytes(1)), Entry(2, Bytes(2)), Entry(3, Bytes(3)),
-                               Entry(4, Bytes{}), PartitionEntry(L"Disk1Partition2"), endMark})),
+    EXPECT_EQ(DeviceIn(Concat({Entry(0x000B0003, Bytes(78, 0x41)), Entry(1, Bytes(1)), Entry(2, Bytes(2)),
+                               Entry(3, Bytes(3)), Entry(4, Bytes{}), PartitionEntry(L"Disk1Partition2"), endMark})),
               L"Disk1Partition2");
 }
 
@@ -273,7 +278,8 @@ TEST_F(DiskDevice, LengthsThatLieDoNotLeadOutOfTheInformation) {
         lying += DWORD(0x00050002);
         lying += length;
         lying += DWORD(0x04030201);
-        EXPECT_EQ(DeviceIn(Concat({lying, PartitionEntry(L"F:"), endMark})).substr(0, 2), std::wstring({0x0002, 0x0005}))
+        EXPECT_EQ(DeviceIn(Concat({lying, PartitionEntry(L"F:"), endMark})).substr(0, 2),
+                  std::wstring({0x0002, 0x0005}))
             << length;
     }
 }

@@ -1,5 +1,5 @@
-// Fixtures. LibraryTest watches clusutil.dll: its log, its platform calls, its memory. ClusterTest adds a simulated cluster, with this
-// computer as NODE-A and a clock that stands still except while the library sleeps.
+// Fixtures. LibraryTest watches clusutil.dll: its log, its platform calls, its memory. ClusterTest adds a simulated
+// cluster, with this computer as NODE-A and a clock that stands still except while the library sleeps.
 //
 // After each test both check that nothing is left: handles, registry keys, local heap blocks, Winsock starts.
 #ifndef HARNESS_CLUSTERTEST_H
@@ -98,7 +98,8 @@ protected:
         return m_simulator;
     }
 
-    // A fault of the simulator, for what only a cluster can do; a call that just fails is Platform().FailCall's business.
+    // A fault of the simulator, for what only a cluster can do; a call that just fails is Platform().FailCall's
+    // business.
     void AddFault(const std::string& fault) {
         m_simulator.AddFault(fault);
     }

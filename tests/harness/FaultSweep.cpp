@@ -35,19 +35,16 @@ bool SweepAccess::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode m
         heap.EndOperation();
     }
     run.faulted = what == What::Call ? platform.Fired() : heap.Fired();
-    run.fault = !run.faulted          ? "nothing"
-                : what == What::Call ? platform.FiredCall()
-                                      : std::string(heap.FiredIn());
+    run.fault = !run.faulted ? "nothing" : what == What::Call ? platform.FiredCall() : std::string(heap.FiredIn());
     run.log = log.TakeLog();
     run.journal = platform.TakeJournal();
     platform.FailNthCall(0, FaultMode::Once, 0);
     heap.FailAllocation(0, FaultMode::Once);
 
-    const ::testing::ScopedTrace trace(
-        __FILE__, __LINE__,
-        "failing " + std::string(what == What::Call ? "call " : "allocation ") + std::to_string(n) +
-            (mode == FaultMode::Once ? "" : " and all after it") + ": " + run.fault + "\nlog:\n" + run.log + "journal:\n" +
-            run.journal);
+    const ::testing::ScopedTrace trace(__FILE__, __LINE__,
+                                       "failing " + std::string(what == What::Call ? "call " : "allocation ") +
+                                           std::to_string(n) + (mode == FaultMode::Once ? "" : " and all after it") +
+                                           ": " + run.fault + "\nlog:\n" + run.log + "journal:\n" + run.journal);
     EXPECT_EQ(foreignException, "");
     EXPECT_TRUE(!run.threw || what == What::Allocation) << "an exception without a failing allocation";
     if (n != 0) {

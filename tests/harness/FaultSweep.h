@@ -1,11 +1,13 @@
 // Runs an operation again and again, each time with another failure in its way, until a run meets no failure any more:
-// the 1st, 2nd, ... platform call fails, once or from then on; and the same for the memory allocations. After each run: no exception but
-// std::bad_alloc from a failed allocation, nothing left behind (the fixture's audit), no C++ block kept, and `check` holds.
+// the 1st, 2nd, ... platform call fails, once or from then on; and the same for the memory allocations. After each run:
+// no exception but std::bad_alloc from a failed allocation, nothing left behind (the fixture's audit), no C++ block
+// kept, and `check` holds.
 //
 //     FaultSweep(*this, {
 //         [&] { Load(model); },
 //         [&] { CCluster cluster; return std::string(cluster.OpenByLPC() ? "true" : "false"); },
-//         [&](const SweepRun& run) { EXPECT_THAT(run.result, run.faulted ? AnyOf("true", "false") : AnyOf("true")); }});
+//         [&](const SweepRun& run) { EXPECT_THAT(run.result, run.faulted ? AnyOf("true", "false") : AnyOf("true"));
+//         }});
 #ifndef HARNESS_FAULTSWEEP_H
 #define HARNESS_FAULTSWEEP_H
 
@@ -42,7 +44,10 @@ public:
     void Run(const Sweep& sweep);
 
 private:
-    enum class What { Call, Allocation };
+    enum class What {
+        Call,
+        Allocation
+    };
 
     // One run with the n-th call or allocation failing; n 0: none. False when nothing failed.
     bool RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode);

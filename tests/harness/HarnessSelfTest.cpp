@@ -8,7 +8,8 @@ using namespace harness;
 
 namespace {
 
-// ImportPatch -----------------------------------------------------------------------------------------------------------
+// ImportPatch
+// -----------------------------------------------------------------------------------------------------------
 
 BOOL CallComputerName(HMODULE module) {
     wchar_t text[MAX_COMPUTERNAME_LENGTH + 1];
@@ -60,7 +61,8 @@ TEST(ImportPatch, AnImportThatTheModuleLacksIsAnError) {
     EXPECT_THROW(patchIt(), std::runtime_error);
 }
 
-// Guarded ---------------------------------------------------------------------------------------------------------------
+// Guarded
+// ---------------------------------------------------------------------------------------------------------------
 
 TEST(Guarded, SeesWritesIntoAndBesideTheRecords) {
     Guarded<int, 2> records;
@@ -74,7 +76,8 @@ TEST(Guarded, SeesWritesIntoAndBesideTheRecords) {
     EXPECT_FALSE(records.GuardsIntact());
 }
 
-// Registry --------------------------------------------------------------------------------------------------------------
+// Registry
+// --------------------------------------------------------------------------------------------------------------
 
 TEST(IsolatedRegistry, TheKeyGoesWithTheObject) {
     HKEY root = nullptr;
@@ -97,7 +100,8 @@ TEST(IsolatedRegistry, TheKeyGoesWithTheObject) {
     RegCloseKey(tests);
 }
 
-// Fixture ---------------------------------------------------------------------------------------------------------------
+// Fixture
+// ---------------------------------------------------------------------------------------------------------------
 
 ModelBuilder SmallCluster() {
     return GivenCluster().Node("NODE-A").Node("NODE-B").Group("EVS1", "NODE-A").NetworkName("EVS1 Name", "EVS1");
@@ -117,8 +121,8 @@ TEST_F(HarnessClusterTest, LogAndJournalAreCompactText) {
     }
     EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "OpenClusterResource(evs1 name)", "OpenClusterResource(EVS2)=5007",
                                     "CloseClusterResource(evs1 name)", "CloseCluster()"}));
-    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()",
-                                "E Open resource failed:EVS2, err=5007"}));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()", "E Open resource failed:EVS2, err=5007"}));
 }
 
 TEST_F(HarnessClusterTest, AFailedCallIsNotPassedOn) {
@@ -202,7 +206,7 @@ TEST_F(HarnessClusterTest, SleepAdvancesTheClusterClockOnly) {
         GTEST_SKIP() << "the library does not sleep yet";
     }
     const DWORD before = GetTickCount();
-    reinterpret_cast<decltype(&Sleep)>(*sleepEntries.front())(60000);
+    reinterpret_cast<decltype(&Sleep)> (*sleepEntries.front())(60000);
     EXPECT_LT(GetTickCount() - before, 10000u);
     EXPECT_EQ(TakeJournal(), Lines({"Sleep(60000)"}));
     EXPECT_EQ(Platform().sleeps, std::vector<DWORD>{60000});

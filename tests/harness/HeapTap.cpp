@@ -93,8 +93,8 @@ bool CountAllocation(const char* where) {
         return false;
     }
     ++state.count;
-    const bool fails = state.failAt != 0 && (state.mode == FaultMode::Once ? state.count == state.failAt
-                                                                            : state.count >= state.failAt);
+    const bool fails = state.failAt != 0 &&
+                       (state.mode == FaultMode::Once ? state.count == state.failAt : state.count >= state.failAt);
     return fails && Fire(where);
 }
 
@@ -202,10 +202,10 @@ HeapTap::HeapTap() : m_patches(std::make_unique<Patches>()) {
         PatchIfImported(library, "kernel32.dll", "LocalReAlloc", reinterpret_cast<void*>(&TappedLocalReAlloc));
     m_patches->localFree =
         PatchIfImported(library, "kernel32.dll", "LocalFree", reinterpret_cast<void*>(&TappedLocalFree));
-    // The runtime's operator new and delete call these; only mingw-w64's runtime is a DLL whose table can be patched so.
+    // The runtime's operator new and delete call these; only mingw-w64's runtime is a DLL whose table can be patched
+    // so.
     if (const HMODULE runtime = GetModuleHandleW(L"libstdc++-6.dll")) {
-        m_patches->allocate =
-            PatchIfImported(runtime, "msvcrt.dll", "malloc", reinterpret_cast<void*>(&TappedMalloc));
+        m_patches->allocate = PatchIfImported(runtime, "msvcrt.dll", "malloc", reinterpret_cast<void*>(&TappedMalloc));
         m_patches->release = PatchIfImported(runtime, "msvcrt.dll", "free", reinterpret_cast<void*>(&TappedFree));
     }
     theTap = this;

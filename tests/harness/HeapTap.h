@@ -1,5 +1,5 @@
-// Watches the memory of clusutil.dll: its blocks on the local heap, and what the C++ runtime allocates for it. Can make the n-th
-// allocation fail.
+// Watches the memory of clusutil.dll: its blocks on the local heap, and what the C++ runtime allocates for it. Can make
+// the n-th allocation fail.
 #ifndef HARNESS_HEAPTAP_H
 #define HARNESS_HEAPTAP_H
 
@@ -8,7 +8,10 @@
 
 namespace harness {
 
-enum class FaultMode { Once, FromThenOn };
+enum class FaultMode {
+    Once,
+    FromThenOn
+};
 
 // While one lives, allocations belong to the harness: neither counted nor made to fail.
 class HarnessScope {
@@ -19,8 +22,8 @@ public:
     HarnessScope& operator=(const HarnessScope&) = delete;
 };
 
-// One at a time. A LocalReAlloc always moves the block and fills what it adds with 0xcc, so that use of a stale pointer or of
-// unwritten memory is found.
+// One at a time. A LocalReAlloc always moves the block and fills what it adds with 0xcc, so that use of a stale pointer
+// or of unwritten memory is found.
 class HeapTap {
 public:
     HeapTap();

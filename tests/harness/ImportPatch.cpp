@@ -22,9 +22,8 @@ template <typename Visit> void ForEachImport(HMODULE module, Visit visit) {
     for (const auto* descriptor = At<IMAGE_IMPORT_DESCRIPTOR>(module, directory.VirtualAddress); descriptor->Name != 0;
          ++descriptor) {
         auto* entry = At<IMAGE_THUNK_DATA>(module, descriptor->FirstThunk);
-        const auto* name = descriptor->OriginalFirstThunk
-                               ? At<IMAGE_THUNK_DATA>(module, descriptor->OriginalFirstThunk)
-                               : nullptr;
+        const auto* name =
+            descriptor->OriginalFirstThunk ? At<IMAGE_THUNK_DATA>(module, descriptor->OriginalFirstThunk) : nullptr;
         for (; entry->u1.Function != 0; ++entry) {
             const char* text = nullptr;
             if (name) {

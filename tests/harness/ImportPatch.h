@@ -2,8 +2,9 @@
 //
 //     auto patch = PatchImport(kernel32, GetComputerNameW, [&](LPWSTR text, LPDWORD cch) -> BOOL { ... });
 //
-// The replacement may capture. It calls what it replaced with patch.Next(...), or the real thing with ::GetComputerNameW(...):
-// only clusutil.dll's own calls are replaced. Patches stack and must end in the opposite order.
+// The replacement may capture. It calls what it replaced with patch.Next(...), or the real thing with
+// ::GetComputerNameW(...): only clusutil.dll's own calls are replaced. Patches stack and must end in the opposite
+// order.
 #ifndef IMPORTPATCH_H
 #define IMPORTPATCH_H
 
@@ -17,8 +18,8 @@
 
 namespace harness {
 
-// The entries of a module's import table that hold one function. All import descriptors are searched; the DLL name compares without
-// case, the export name exactly.
+// The entries of a module's import table that hold one function. All import descriptors are searched; the DLL name
+// compares without case, the export name exactly.
 std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name);
 
 // The entries that hold this address now, whatever DLL and name they stand under.
@@ -86,9 +87,9 @@ private:
 
 } // namespace harness
 
-#define PatchImportOf(module, dll, function, ...)                                                                                \
-    ::harness::ImportPatch<std::remove_pointer_t<decltype(&::function)>, struct function##_in_##dll> {                           \
-        ::harness::FindImports(module, #dll ".dll", #function), __VA_ARGS__                                                      \
+#define PatchImportOf(module, dll, function, ...)                                                      \
+    ::harness::ImportPatch<std::remove_pointer_t<decltype(&::function)>, struct function##_in_##dll> { \
+        ::harness::FindImports(module, #dll ".dll", #function), __VA_ARGS__                            \
     }
 #define PatchImport(dll, function, ...) PatchImportOf(::harness::LibraryModule(), dll, function, __VA_ARGS__)
 

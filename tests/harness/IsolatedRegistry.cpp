@@ -17,7 +17,8 @@ void Check(LSTATUS code, const char* what) {
 
 HKEY Create(HKEY parent, const std::wstring& path) {
     HKEY key = nullptr;
-    Check(RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), "RegCreateKeyExW");
+    Check(RegCreateKeyExW(parent, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+          "RegCreateKeyExW");
     return key;
 }
 
@@ -86,7 +87,8 @@ void IsolatedRegistry::SetNumber(const std::wstring& path, const std::wstring& n
     SetBytes(path, name, REG_DWORD, &value, sizeof(value));
 }
 
-void IsolatedRegistry::SetBytes(const std::wstring& path, const std::wstring& name, DWORD type, const void* data, DWORD size) {
+void IsolatedRegistry::SetBytes(const std::wstring& path, const std::wstring& name, DWORD type, const void* data,
+                                DWORD size) {
     HKEY key = Create(m_root, path);
     const LSTATUS code = RegSetValueExW(key, name.c_str(), 0, type, static_cast<const BYTE*>(data), size);
     RegCloseKey(key);

@@ -1,5 +1,5 @@
-// A registry of one's own in place of HKEY_LOCAL_MACHINE: a key below HKEY_CURRENT_USER that goes with the object. Keys that
-// crashed runs left behind are removed.
+// A registry of one's own in place of HKEY_LOCAL_MACHINE: a key below HKEY_CURRENT_USER that goes with the object. Keys
+// that crashed runs left behind are removed.
 #ifndef HARNESS_ISOLATEDREGISTRY_H
 #define HARNESS_ISOLATEDREGISTRY_H
 
@@ -22,7 +22,8 @@ public:
         return m_root;
     }
 
-    // Write values below it; missing keys are created. `SetBytes` gives full control over type and size, terminator included.
+    // Write values below it; missing keys are created. `SetBytes` gives full control over type and size, terminator
+    // included.
     void CreateKey(const std::wstring& path);
     void SetText(const std::wstring& path, const std::wstring& name, const std::wstring& value);
     void SetNumber(const std::wstring& path, const std::wstring& name, DWORD value);

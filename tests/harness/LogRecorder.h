@@ -1,6 +1,7 @@
 // Takes DBG::DebugLogEx's place for clusutil.dll and keeps its lines.
 //
-// One line of text per log line, led by its level: `> ` entry, `< ` leaving, `I ` information, `W ` warning, `E ` error.
+// One line of text per log line, led by its level: `> ` entry, `< ` leaving, `I ` information, `W ` warning, `E `
+// error.
 #ifndef HARNESS_LOGRECORDER_H
 #define HARNESS_LOGRECORDER_H
 
@@ -32,8 +33,8 @@ public:
     // The log since the last call in compact form.
     std::string TakeLog();
 
-    // Lines with another module handle than clusutil.dll's, without a source line, or with an unknown source tag: described, empty
-    // when all is well.
+    // Lines with another module handle than clusutil.dll's, without a source line, or with an unknown source tag:
+    // described, empty when all is well.
     std::string Misuse() const {
         return m_misuse;
     }

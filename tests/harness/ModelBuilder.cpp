@@ -62,11 +62,10 @@ ModelBuilder& ModelBuilder::Resource(const std::string& name, const std::string&
 
 ModelBuilder& ModelBuilder::Disk(const std::string& name, const std::vector<std::string>& devices) {
     Resource(name, "Physical Disk");
-    return Raw("disk", "{\"signature\": 1, \"number\": 1, \"partitions\": [" +
-                           Joined(devices, [](const std::string& device) {
-                               return "{\"device\": " + Quoted(device) + "}";
-                           }) +
-                           "]}");
+    return Raw("disk",
+               "{\"signature\": 1, \"number\": 1, \"partitions\": [" + Joined(devices, [](const std::string& device) {
+                   return "{\"device\": " + Quoted(device) + "}";
+               }) + "]}");
 }
 
 ModelBuilder& ModelBuilder::IpAddress(const std::string& name, const std::string& address) {
@@ -125,19 +124,20 @@ ModelBuilder::ResourceModel& ModelBuilder::Last() {
 }
 
 std::string ModelBuilder::Json() const {
-    std::string json = "{\n  \"cluster\": " + Quoted(m_clusterName);
+    std::string json = "{\n  \"cluster\": {\"name\": " + Quoted(m_clusterName);
     for (const auto& member : m_raw) {
-        json += ",\n  " + Member(member);
+        json += ", " + Member(member);
     }
-    json += ",\n  \"nodes\": [" + Joined(m_nodes, [](const std::string& node) { return "{\"name\": " + Quoted(node) + "}"; });
+    json += "},\n  \"nodes\": [" +
+            Joined(m_nodes, [](const std::string& node) { return "{\"name\": " + Quoted(node) + "}"; });
     json += "],\n  \"groups\": [" + Joined(m_groups, [](const auto& group) {
                 return "{\"name\": " + Quoted(group.first) + ", \"owner\": " + Quoted(group.second) + "}";
             });
     json += "],\n  \"resources\": [" + Joined(m_resources, [](const ResourceModel& resource) {
-                std::string text = "\n    {\"name\": " + Quoted(resource.name) + ", \"type\": " + Quoted(resource.type) +
-                                   ", \"id\": " + Quoted(resource.id) + ", \"group\": " + Quoted(resource.group) +
-                                   ", \"state\": " + Quoted(resource.state);
-                text += ", \"dependencies\": [" + Joined(resource.dependsOn, Quoted) + "]";
+                std::string text = "\n    {\"name\": " + Quoted(resource.name) +
+                                   ", \"type\": " + Quoted(resource.type) + ", \"id\": " + Quoted(resource.id) +
+                                   ", \"group\": " + Quoted(resource.group) + ", \"state\": " + Quoted(resource.state);
+                text += ", \"dependsOn\": [" + Joined(resource.dependsOn, Quoted) + "]";
                 if (!resource.possibleOwners.empty()) {
                     text += ", \"possibleOwners\": [" + Joined(resource.possibleOwners, Quoted) + "]";
                 }

@@ -36,7 +36,8 @@ public:
     ModelBuilder& IpAddress(const std::string& name, const std::string& address);
     ModelBuilder& NetworkName(const std::string& name, const std::string& networkName);
 
-    // Of the last resource. A state is one of "Online", "Offline", "Failed", "OnlinePending", "OfflinePending", "Initializing".
+    // Of the last resource. A state is one of "Online", "Offline", "Failed", "OnlinePending", "OfflinePending",
+    // "Initializing".
     ModelBuilder& Id(const std::string& id);
     ModelBuilder& State(const std::string& state);
     ModelBuilder& DependsOn(const std::string& resource);

@@ -47,8 +47,8 @@ bool PlatformTap::ShouldFail(const char* function, const std::string& text, DWOR
         }
     }
     ++m_sweepCount;
-    const bool fails = m_sweepAt != 0 && (m_sweepMode == FaultMode::Once ? m_sweepCount == m_sweepAt
-                                                                          : m_sweepCount >= m_sweepAt);
+    const bool fails =
+        m_sweepAt != 0 && (m_sweepMode == FaultMode::Once ? m_sweepCount == m_sweepAt : m_sweepCount >= m_sweepAt);
     if (fails) {
         if (m_fired.empty()) {
             m_fired = text;

@@ -1,8 +1,8 @@
-// Listens to what clusutil.dll asks of the platform: every call through its import table that matters to a test goes into a journal,
-// can be made to fail, and is counted for fault sweeps.
+// Listens to what clusutil.dll asks of the platform: every call through its import table that matters to a test goes
+// into a journal, can be made to fail, and is counted for fault sweeps.
 //
-// One journal line per call: `Call(arguments)`, then `=code` when it failed. Handles show as the name of what they stand for.
-// Memory calls are not journalled (HeapTap.h).
+// One journal line per call: `Call(arguments)`, then `=code` when it failed. Handles show as the name of what they
+// stand for. Memory calls are not journalled (HeapTap.h).
 //
 //     OpenCluster()
 //     OpenClusterResource(EVS1 Disk)=5007
@@ -46,8 +46,8 @@ public:
         return m_journal;
     }
 
-    // Makes a call fail. `call` is a function's name, or a journal line without its result, such as "OpenClusterResource(EVS1 Disk)".
-    // The occurrence counts from now on: the n-th only, or all from it on.
+    // Makes a call fail. `call` is a function's name, or a journal line without its result, such as
+    // "OpenClusterResource(EVS1 Disk)". The occurrence counts from now on: the n-th only, or all from it on.
     void FailCall(const std::string& call, DWORD code, unsigned occurrence = 1, FaultMode mode = FaultMode::Once);
 
     // For sweeps: counting starts anew, and call number n (1, 2, ...) fails. 0: none.

@@ -56,8 +56,8 @@ public:
         const char* name;
         FailureForm form;
         std::function<std::string(A...)> arguments;
-        std::function<void(R, A...)> done;  // after a call that was passed on, null when there is nothing to do
-        std::function<R(A...)> instead;     // in place of the real thing, null for the real thing
+        std::function<void(R, A...)> done; // after a call that was passed on, null when there is nothing to do
+        std::function<R(A...)> instead;    // in place of the real thing, null for the real thing
     };
 
     TappedCall(PlatformTap& tap, Description description)
@@ -95,8 +95,8 @@ private:
         }
         if (fails && !ended) {
             result = FailedResult<R>(form, code);
-            const bool isResult = form == FailureForm::Code || form == FailureForm::CloseCode ||
-                                  form == FailureForm::Enumeration;
+            const bool isResult =
+                form == FailureForm::Code || form == FailureForm::CloseCode || form == FailureForm::Enumeration;
             lastError = isResult ? lastError : code;
         }
         m_tap.Record(text + ResultSuffix(form, result, lastError));
@@ -175,8 +175,8 @@ std::string ControlName(DWORD code) {
     }
 }
 
-#define TAP_INSTEAD(dll, function, form, arguments, done, instead)                                                             \
-    Add<struct function##_tap, std::remove_pointer_t<decltype(&::function)>>(                                                  \
+#define TAP_INSTEAD(dll, function, form, arguments, done, instead)            \
+    Add<struct function##_tap, std::remove_pointer_t<decltype(&::function)>>( \
         tap, {dll ".dll", #function, FailureForm::form, arguments, done, instead})
 #define TAP(dll, function, form, arguments, done) TAP_INSTEAD(dll, function, form, arguments, done, nullptr)
 
@@ -185,58 +185,81 @@ void TapClusterCalls(PlatformTap& tap) {
     const auto nothing = [](auto) { return std::string(); };
     const auto handleOnly = [of](auto handle) { return of(handle); };
 
-    TAP("clusapi", OpenCluster, Null, [](LPCWSTR name) { return name ? Utf8(name) : std::string(); },
+    TAP(
+        "clusapi", OpenCluster, Null, [](LPCWSTR name) { return name ? Utf8(name) : std::string(); },
         [&tap](HCLUSTER result, LPCWSTR) { tap.Label(result, "cluster"); });
     TAP("clusapi", CloseCluster, CloseFalse, nothing, nullptr);
     TAP("clusapi", GetClusterFromResource, Null, handleOnly,
         [&tap](HCLUSTER result, HRESOURCE) { tap.Label(result, "cluster"); });
-    TAP("clusapi", GetClusterInformation, Code,
+    TAP(
+        "clusapi", GetClusterInformation, Code,
         [](HCLUSTER, LPWSTR, LPDWORD cch, LPCLUSTERVERSIONINFO) { return Count(cch); }, nullptr);
-    TAP("clusapi", ClusterOpenEnum, Null, [](HCLUSTER, DWORD mask) { return Number(mask); }, nullptr);
-    TAP("clusapi", ClusterEnum, Enumeration,
-        [](HCLUSENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) { return Joined({Number(index), Count(cch)}); },
+    TAP(
+        "clusapi", ClusterOpenEnum, Null, [](HCLUSTER, DWORD mask) { return Number(mask); }, nullptr);
+    TAP(
+        "clusapi", ClusterEnum, Enumeration,
+        [](HCLUSENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
+            return Joined({Number(index), Count(cch)});
+        },
         nullptr);
     TAP("clusapi", ClusterCloseEnum, CloseCode, nothing, nullptr);
 
-    TAP("clusapi", OpenClusterResource, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
+    TAP(
+        "clusapi", OpenClusterResource, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
         [&tap](HRESOURCE result, HCLUSTER, LPCWSTR name) { tap.Label(result, Utf8(name)); });
     TAP("clusapi", CloseClusterResource, CloseFalse, handleOnly, nullptr);
-    TAP("clusapi", OpenClusterGroup, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
+    TAP(
+        "clusapi", OpenClusterGroup, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
         [&tap](HGROUP result, HCLUSTER, LPCWSTR name) { tap.Label(result, Utf8(name)); });
     TAP("clusapi", CloseClusterGroup, CloseFalse, handleOnly, nullptr);
-    TAP("clusapi", OpenClusterNode, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
+    TAP(
+        "clusapi", OpenClusterNode, Null, [](HCLUSTER, LPCWSTR name) { return Utf8(name); },
         [&tap](HNODE result, HCLUSTER, LPCWSTR name) { tap.Label(result, Utf8(name)); });
     TAP("clusapi", CloseClusterNode, CloseFalse, handleOnly, nullptr);
 
-    TAP("clusapi", CreateClusterResource, Null,
-        ([of](HGROUP group, LPCWSTR name, LPCWSTR type, DWORD flags) {
+    TAP("clusapi", CreateClusterResource, Null, ([of](HGROUP group, LPCWSTR name, LPCWSTR type, DWORD flags) {
             return Joined({of(group), Utf8(name), Utf8(type), Number(flags)});
         }),
         ([&tap](HRESOURCE result, HGROUP, LPCWSTR name, LPCWSTR, DWORD) { tap.Label(result, Utf8(name)); }));
     TAP("clusapi", DeleteClusterResource, Code, handleOnly, nullptr);
     TAP("clusapi", OnlineClusterResource, Code, handleOnly, nullptr);
     TAP("clusapi", OfflineClusterResource, Code, handleOnly, nullptr);
-    TAP("clusapi", GetClusterResourceState, MinusOne,
+    TAP(
+        "clusapi", GetClusterResourceState, MinusOne,
         [of](HRESOURCE resource, LPWSTR, LPDWORD, LPWSTR, LPDWORD) { return of(resource); }, nullptr);
     TAP("clusapi", ClusterResourceControl, Code,
         ([of](HRESOURCE resource, HNODE, DWORD code, LPVOID, DWORD cbIn, LPVOID, DWORD cbOut, LPDWORD) {
             return Joined({of(resource), ControlName(code), Number(cbIn ? cbIn : cbOut)});
         }),
         nullptr);
-    TAP("clusapi", AddClusterResourceDependency, Code,
-        ([of](HRESOURCE resource, HRESOURCE other) { return Joined({of(resource), of(other)}); }), nullptr);
-    TAP("clusapi", AddClusterResourceNode, Code,
-        ([of](HRESOURCE resource, HNODE node) { return Joined({of(resource), of(node)}); }), nullptr);
-    TAP("clusapi", ClusterResourceOpenEnum, Null,
-        ([of](HRESOURCE resource, DWORD mask) { return Joined({of(resource), Number(mask)}); }), nullptr);
-    TAP("clusapi", ClusterResourceEnum, Enumeration,
-        [](HRESENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) { return Joined({Number(index), Count(cch)}); },
+    TAP("clusapi", AddClusterResourceDependency, Code, ([of](HRESOURCE resource, HRESOURCE other) {
+            return Joined({of(resource), of(other)});
+        }),
+        nullptr);
+    TAP("clusapi", AddClusterResourceNode, Code, ([of](HRESOURCE resource, HNODE node) {
+            return Joined({of(resource), of(node)});
+        }),
+        nullptr);
+    TAP("clusapi", ClusterResourceOpenEnum, Null, ([of](HRESOURCE resource, DWORD mask) {
+            return Joined({of(resource), Number(mask)});
+        }),
+        nullptr);
+    TAP(
+        "clusapi", ClusterResourceEnum, Enumeration,
+        [](HRESENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
+            return Joined({Number(index), Count(cch)});
+        },
         nullptr);
     TAP("clusapi", ClusterResourceCloseEnum, CloseCode, nothing, nullptr);
-    TAP("clusapi", ClusterGroupOpenEnum, Null,
-        ([of](HGROUP group, DWORD mask) { return Joined({of(group), Number(mask)}); }), nullptr);
-    TAP("clusapi", ClusterGroupEnum, Enumeration,
-        [](HGROUPENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) { return Joined({Number(index), Count(cch)}); },
+    TAP("clusapi", ClusterGroupOpenEnum, Null, ([of](HGROUP group, DWORD mask) {
+            return Joined({of(group), Number(mask)});
+        }),
+        nullptr);
+    TAP(
+        "clusapi", ClusterGroupEnum, Enumeration,
+        [](HGROUPENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
+            return Joined({Number(index), Count(cch)});
+        },
         nullptr);
     TAP("clusapi", ClusterGroupCloseEnum, CloseCode, nothing, nullptr);
 }
@@ -244,8 +267,9 @@ void TapClusterCalls(PlatformTap& tap) {
 void TapResourceUtilities(PlatformTap& tap) {
     const auto of = [&tap](const void* handle) { return tap.LabelOf(handle); };
 
-    TAP("resutils", ResUtilGetResourceDependency, Null,
-        ([of](HANDLE self, LPCWSTR type) { return Joined({of(self), Utf8(type)}); }),
+    TAP("resutils", ResUtilGetResourceDependency, Null, ([of](HANDLE self, LPCWSTR type) {
+            return Joined({of(self), Utf8(type)});
+        }),
         ([&tap](HRESOURCE result, HANDLE self, LPCWSTR type) {
             tap.Label(result, Utf8(type) + " of " + tap.LabelOf(self));
         }));
@@ -264,8 +288,10 @@ void TapResourceUtilities(PlatformTap& tap) {
         }));
     TAP("resutils", ResUtilFindDwordProperty, Code,
         ([](const PVOID, DWORD, LPCWSTR name, LPDWORD) { return Utf8(name); }), nullptr);
-    TAP("resutils", ResUtilResourceTypesEqual, Answer,
-        ([of](LPCWSTR type, HRESOURCE resource) { return Joined({Utf8(type), of(resource)}); }), nullptr);
+    TAP("resutils", ResUtilResourceTypesEqual, Answer, ([of](LPCWSTR type, HRESOURCE resource) {
+            return Joined({Utf8(type), of(resource)});
+        }),
+        nullptr);
 }
 
 LSTATUS OpenRedirected(PlatformTap& tap, HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY result) {
@@ -274,8 +300,7 @@ LSTATUS OpenRedirected(PlatformTap& tap, HKEY key, LPCWSTR path, DWORD options, 
 }
 
 void TapOperatingSystem(PlatformTap& tap) {
-    TAP_INSTEAD("advapi32", RegOpenKeyExW, Code,
-                ([](HKEY, LPCWSTR path, DWORD, REGSAM, PHKEY) { return Utf8(path); }),
+    TAP_INSTEAD("advapi32", RegOpenKeyExW, Code, ([](HKEY, LPCWSTR path, DWORD, REGSAM, PHKEY) { return Utf8(path); }),
                 ([&tap](LSTATUS result, HKEY, LPCWSTR path, DWORD, REGSAM, PHKEY key) {
                     if (result == ERROR_SUCCESS) {
                         tap.CountKey(1);
@@ -285,17 +310,20 @@ void TapOperatingSystem(PlatformTap& tap) {
                 ([&tap](HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY result) {
                     return OpenRedirected(tap, key, path, options, access, result);
                 }));
-    TAP("advapi32", RegQueryValueExW, Code,
+    TAP(
+        "advapi32", RegQueryValueExW, Code,
         [](HKEY, LPCWSTR name, LPDWORD, LPDWORD, LPBYTE, LPDWORD) { return Utf8(name); }, nullptr);
-    TAP("advapi32", RegCloseKey, CloseCode, [](HKEY) { return std::string(); },
+    TAP(
+        "advapi32", RegCloseKey, CloseCode, [](HKEY) { return std::string(); },
         ([&tap](LSTATUS result, HKEY) { tap.CountKey(result == ERROR_SUCCESS ? -1 : 0); }));
     TAP("kernel32", GetComputerNameW, Null, ([](LPWSTR, LPDWORD) { return std::string(); }), nullptr);
     TAP("kernel32", GetModuleFileNameW, Null, ([](HMODULE, LPWSTR, DWORD) { return std::string(); }), nullptr);
-    TAP("kernel32", GetVolumeNameForVolumeMountPointW, Null,
-        ([](LPCWSTR path, LPWSTR, DWORD) { return Utf8(path); }), nullptr);
+    TAP("kernel32", GetVolumeNameForVolumeMountPointW, Null, ([](LPCWSTR path, LPWSTR, DWORD) { return Utf8(path); }),
+        nullptr);
     TAP("ws2_32", WSAStartup, Code, ([](WORD, LPWSADATA) { return std::string(); }),
         ([&tap](int result, WORD, LPWSADATA) { tap.CountWinsock(result == 0 ? 1 : 0); }));
-    TAP("ws2_32", WSACleanup, Never, []() { return std::string(); }, ([&tap](int) { tap.CountWinsock(-1); }));
+    TAP(
+        "ws2_32", WSACleanup, Never, []() { return std::string(); }, ([&tap](int) { tap.CountWinsock(-1); }));
     TAP("ws2_32", gethostbyaddr, Null, ([](const char*, int, int) { return std::string(); }), nullptr);
     if (!FindImports(LibraryModule(), "kernel32.dll", "Sleep").empty()) {
         tap.Install(std::make_unique<TappedSleep>(tap));

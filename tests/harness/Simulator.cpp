@@ -10,8 +10,8 @@ namespace harness {
 namespace {
 
 template <typename Function> void LookUp(Function& function, const char* name) {
-    function = reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"clusapi.dll"), name)));
+    function =
+        reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"clusapi.dll"), name)));
     if (!function) {
         throw std::runtime_error(std::string("the loaded clusapi.dll is not the simulator, it lacks ") + name);
     }

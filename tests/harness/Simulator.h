@@ -1,5 +1,5 @@
-// The simulator's control interface, looked up in the clusapi.dll that was loaded: a foreign clusapi.dll is found out, and no import
-// library of the simulator is needed.
+// The simulator's control interface, looked up in the clusapi.dll that was loaded: a foreign clusapi.dll is found out,
+// and no import library of the simulator is needed.
 #ifndef HARNESS_SIMULATOR_H
 #define HARNESS_SIMULATOR_H
 

@@ -4,7 +4,8 @@ namespace harness {
 
 Watchdog::Watchdog(const std::string& testName, DWORD milliseconds)
     : m_message("watchdog: " + testName + " hangs\n"), m_milliseconds(milliseconds),
-      m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)), m_thread(CreateThread(nullptr, 0, &Watch, this, 0, nullptr)) {
+      m_stop(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      m_thread(CreateThread(nullptr, 0, &Watch, this, 0, nullptr)) {
 }
 
 Watchdog::~Watchdog() {
@@ -19,8 +20,8 @@ DWORD WINAPI Watchdog::Watch(void* context) {
     if (WaitForSingleObject(self.m_stop, self.m_milliseconds) == WAIT_TIMEOUT) {
         // Straight to the handle: the hanging thread may hold the streams' locks.
         DWORD written = 0;
-        WriteFile(GetStdHandle(STD_ERROR_HANDLE), self.m_message.data(), static_cast<DWORD>(self.m_message.size()), &written,
-                  nullptr);
+        WriteFile(GetStdHandle(STD_ERROR_HANDLE), self.m_message.data(), static_cast<DWORD>(self.m_message.size()),
+                  &written, nullptr);
         TerminateProcess(GetCurrentProcess(), WatchdogExitCode);
     }
     return 0;

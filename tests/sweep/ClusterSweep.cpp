@@ -34,7 +34,8 @@ protected:
     typedef std::function<std::string(CCluster&, CClusterGroup&)> GroupOperation;
 
     // With a fault the result is one of `faulted`, or the good one.
-    void SweepCluster(const ClusterOperation& operation, const std::string& good, std::vector<std::string> faulted = {"false"}) {
+    void SweepCluster(const ClusterOperation& operation, const std::string& good,
+                      std::vector<std::string> faulted = {"false"}) {
         faulted.push_back("not open");
         faulted.push_back(good);
         Sweep sweep;
@@ -63,7 +64,8 @@ protected:
             good, faulted);
     }
 
-    void SweepGroup(const GroupOperation& operation, const std::string& good, const std::vector<std::string>& faulted = {"false"}) {
+    void SweepGroup(const GroupOperation& operation, const std::string& good,
+                    const std::vector<std::string>& faulted = {"false"}) {
         SweepCluster(
             [&](CCluster& cluster) {
                 CClusterGroup group;
@@ -73,7 +75,8 @@ protected:
     }
 };
 
-// Cluster ------------------------------------------------------------------------------------------------------------------
+// Cluster
+// ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSweep, GetClusterName) {
     SweepCluster(
@@ -154,17 +157,17 @@ TEST_F(ClusterSweep, CreateResource) {
         "true");
 }
 
-// Resource -----------------------------------------------------------------------------------------------------------------
+// Resource
+// -----------------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSweep, GetResourceState) {
-    SweepResource(
-        L"EVS1 IP",
-        [](Res& resource) {
-            std::wstring node;
-            std::wstring group;
-            return std::to_string(resource.GetResourceState(&node, &group));
-        },
-        "1", {"-1"});
+    SweepResource(L"EVS1 IP",
+                  [](Res& resource) {
+                      std::wstring node;
+                      std::wstring group;
+                      return std::to_string(resource.GetResourceState(&node, &group));
+                  },
+                  "1", {"-1"});
 }
 
 TEST_F(ClusterSweep, IsOnlineOnCurrentNode) {
@@ -188,19 +191,19 @@ TEST_F(ClusterSweep, IsOnCurrentNode) {
 }
 
 TEST_F(ClusterSweep, OnlineAndOfflineResource) {
-    SweepResource(
-        L"EVS1 Store",
-        [](Res& resource) {
-            const int online = resource.OnlineResource();
-            return std::to_string(online) + "/" + std::to_string(resource.OfflineResource());
-        },
-        "1/2", {"-1/-1", "-1/2", "1/-1"});
+    SweepResource(L"EVS1 Store",
+                  [](Res& resource) {
+                      const int online = resource.OnlineResource();
+                      return std::to_string(online) + "/" + std::to_string(resource.OfflineResource());
+                  },
+                  "1/2", {"-1/-1", "-1/2", "1/-1"});
 }
 
 TEST_F(ClusterSweep, GetSystemStringProperty) {
     for (const auto id : {Res::RES_PROP_NAME, Res::RES_PROP_TYPE, Res::RES_PROP_NETWORK_NAME, Res::RES_PROP_GUID}) {
         SweepResource(
-            L"EVS1 Name", [id](Res& resource) { return Text(resource.GetSystemStringProperty(id, false) != nullptr); }, "true");
+            L"EVS1 Name", [id](Res& resource) { return Text(resource.GetSystemStringProperty(id, false) != nullptr); },
+            "true");
     }
     SweepResource(
         L"EVS1 Disk",
@@ -216,8 +219,9 @@ TEST_F(ClusterSweep, GetPrivateStringProperty) {
         L"EVS1 Store",
         [](Res& resource) {
             std::wstring value = L"before";
-            return resource.GetPrivateStringProperty(L"Path", value) ? Utf8(value)
-                                                                      : std::string(value == L"before" ? "false" : "written");
+            return resource.GetPrivateStringProperty(L"Path", value)
+                       ? Utf8(value)
+                       : std::string(value == L"before" ? "false" : "written");
         },
         "F:\\Data");
 }
@@ -323,7 +327,8 @@ TEST_F(ClusterSweep, EnumNamesOfAResource) {
     }
 }
 
-// Group --------------------------------------------------------------------------------------------------------------------
+// Group
+// --------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSweep, EnumResourceNamesInGroup) {
     SweepGroup(
@@ -338,7 +343,8 @@ TEST_F(ClusterSweep, EnumResourceNamesInGroupByType) {
     SweepGroup(
         [](CCluster& cluster, CClusterGroup& group) {
             Names names;
-            return group.EnumResourceNamesInGroupByType(cluster, names, L"Network Name") ? Text(names) : std::string("false");
+            return group.EnumResourceNamesInGroupByType(cluster, names, L"Network Name") ? Text(names)
+                                                                                         : std::string("false");
         },
         "1", {"false", "0"});
 }
