@@ -12,7 +12,9 @@ the case's purpose ("# ...") and its setting:
   model FILE          a model from models/ or examples/, copied to model.json, where CLUSSIM_FILE points
   registry FILE       a registry file from examples/ or models/; without it the product is not installed
   computer NAME       the computer's name, NODE1 without it
-  settings KEY        clusctl runs from a folder of its own with a cfg_ProductRegistry.txt that names this registry key
+  iis FILE            the web server's configuration on this computer
+  debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
+  settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
 
 Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
@@ -98,11 +100,19 @@ class Case:
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir(parents=True)
+        self.set_web_server(None)
         for word, value in settings:
             if word == "model":
                 self.copy_model(value)
             elif word == "settings":
-                self.install_with_settings(value)
+                text = f"RegKeyProductCurrentVersion\t{value}\n"
+                (self.own_program_folder() / "cfg_ProductRegistry.txt").write_text(text, encoding="ascii")
+            elif word == "debug-log":
+                library = self.own_program_folder() / "DebugLog.dll"
+                library.unlink()
+                os.link(self.runner.bin / "e2e" / value / "DebugLog.dll", library)
+            elif word == "iis":
+                self.set_web_server(find_input(value).read_text(encoding="utf-8"))
             elif word not in ("registry", "computer"):
                 sys.exit(f"{self.file.name}: unknown setting '{word}'")
         values = dict(settings)
@@ -113,12 +123,23 @@ class Case:
         text = expanded(find_input(name).read_text(encoding="utf-8"))
         (self.folder / "model.json").write_text(text, encoding="utf-8")
 
-    def install_with_settings(self, key):
-        self.program = self.folder / "bin" / "clusctl.exe"
-        self.program.parent.mkdir()
-        for file in [self.runner.bin / "clusctl.exe", *self.runner.bin.glob("*.dll")]:
-            os.link(file, self.program.parent / file.name)
-        (self.program.parent / "cfg_ProductRegistry.txt").write_text(f"RegKeyProductCurrentVersion\t{key}\n")
+    def own_program_folder(self):
+        """A folder with a copy of clusctl and its libraries that this case may change."""
+        folder = self.folder / "bin"
+        if not folder.exists():
+            folder.mkdir()
+            for file in [self.runner.bin / "clusctl.exe", *self.runner.bin.glob("*.dll")]:
+                os.link(file, folder / file.name)
+            self.program = folder / "clusctl.exe"
+        return folder
+
+    def set_web_server(self, text):
+        file = self.runner.prefix / "drive_c/windows/system32/inetsrv/config/applicationHost.config"
+        if text is None:
+            file.unlink(missing_ok=True)
+        else:
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text, encoding="utf-8")
 
     def start(self, arguments, variables):
         variables = dict(variables)

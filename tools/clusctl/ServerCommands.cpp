@@ -92,7 +92,9 @@ Report SmtpInstances(const std::string& networkName) {
         if (!cluster.FindFirstResourceNameByNetworkName(resourceName, ToUtf16(networkName).c_str())) {
             throw Failure("the cluster has no network name " + Quoted(networkName));
         }
-        throw Failure("cannot collect the SMTP instances of " + Quoted(networkName));
+        throw Failure("cannot collect the SMTP instances of " + Quoted(networkName) +
+                      ": one cannot be read, or there are more than " +
+                      std::to_string(CClusterVirtualServerInfo::MaxSmtpInstances));
     }
     Report report;
     if (info->m_nSmtpInstanceCount < 0) {
