@@ -13,6 +13,7 @@
 
 #include <list>
 #include <string>
+#include <vector>
 
 CLUSUTIL_SHARED_RUNTIME_BEGIN
 
@@ -265,6 +266,21 @@ public:
 private:
     HCLUSTER m_hCluster;
 };
+
+// Disk paths. Both are exported under their plain names, for callers that look them up at run time. Callable from any
+// thread.
+extern "C" {
+
+// Appends the path of every partition of a Physical Disk resource that can be translated: a drive root ("F:\\") or a
+// mount folder, with a backslash at its end, in the order of the partitions. Works on the node that owns the disk
+// (CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, then the volume manager). True when the disk information was read, also when
+// no partition could be translated.
+CLUSUTIL_API bool GetDiskLettersFromResource(HRESOURCE resource, std::vector<std::wstring>& paths);
+
+// The first of these paths, cut to `cchPath` characters including the terminator. False, with `path` untouched, when
+// there is none and when `cchPath` is 0.
+CLUSUTIL_API bool GetDiskLetterFromResource(HRESOURCE resource, wchar_t* path, DWORD cchPath);
+}
 
 CLUSUTIL_SHARED_RUNTIME_END
 

@@ -97,6 +97,13 @@ struct LocalMemoryTraits {
     }
 };
 
+struct ModuleTraits {
+    typedef HMODULE Handle;
+    static void Close(HMODULE module) {
+        FreeLibrary(module);
+    }
+};
+
 typedef Owner<ClusterTraits> ClusterOwner;
 typedef Owner<ClusterEnumTraits> ClusterEnumOwner;
 typedef Owner<ResourceTraits> ResourceOwner;
@@ -104,6 +111,7 @@ typedef Owner<ResourceEnumTraits> ResourceEnumOwner;
 typedef Owner<GroupEnumTraits> GroupEnumOwner;
 typedef Owner<RegKeyTraits> RegKeyOwner;
 typedef Owner<LocalMemoryTraits> LocalMemoryOwner;
+typedef Owner<ModuleTraits> ModuleOwner;
 
 } // namespace clus
 
