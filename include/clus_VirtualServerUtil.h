@@ -10,6 +10,9 @@
 
 CLUSUTIL_SHARED_RUNTIME_BEGIN
 
+class CCluster;
+class CClusterResource;
+
 // One server: the plain server, or one Exchange virtual server. A fixed-size record that callers allocate in arrays and
 // that is copied bytewise. Texts are UTF-16 and always terminated; a longer text is cut to its member.
 struct CLUSUTIL_API CClusterVirtualServerInfo {
@@ -71,7 +74,7 @@ public:
     CVirtualServerUtil(const CVirtualServerUtil&) = delete;
     CVirtualServerUtil& operator=(const CVirtualServerUtil&) = delete;
 
-    // --- Servers ----------------------------------------------------------------------------------------------------
+    // --- Servers ---
 
     // Lists the servers of this node. `*pCount` is the capacity of `pBuffer` in records on entry, and the number of
     // records written or needed on return. On a cluster `pBuffer` may be null to ask for the count
@@ -112,8 +115,41 @@ public:
     // Whether a "Microsoft Exchange Information Store" resource is online on this node.
     static bool AtLeastOneExchangeResourceDLLOnlineOnCurrentNode();
 
-    // --- Settings of the product and its host
-    // ------------------------------------------------------------------------------
+    // --- The product's own cluster resource ---
+    //
+    // One resource of type "clusRDLL" (single copy) or "clusRDLLCCR" (CCR) in the group of an Exchange virtual server,
+    // which is named by its network name.
+
+    // Creates the resource, offline, in the virtual server's group, which must be online on this node and hold no
+    // product resource yet: with its dependencies (disk, store, network name), the possible owners of the group's
+    // System Attendant, "KOVA_DATA_PATH" and "RestartAction". Any failure deletes what was created.
+    //   lpwsDataRootPath      CCR: the data path is this, "CCRVSDB", virtual server name
+    //   lpwsKOVAResourceName  name of the new resource
+    //   lpwsDataPath          single copy: the data path
+    //   szVirtualDiskLetter   single copy: name of the Physical Disk resource; empty for the System Attendant's own
+    //   disk nQuorumMode           a CLUSTER_QUORUM_MODE
+    // May block for up to 295 seconds per node while the cluster refuses a possible owner; such a node is left out.
+    static bool CreateKOVAResource(const wchar_t* lpwsDataRootPath, const wchar_t* lpwsKOVAResourceName,
+                                   const wchar_t* lpwsDataPath, const wchar_t* lpwsVirtualServerName,
+                                   const wchar_t* szVirtualDiskLetter, int nQuorumMode);
+
+    // Bring the virtual server's product resources online or offline, wherever the cluster runs them. With `bWait` the
+    // call polls once a second until the state is reached or `dwWaitTimeout` milliseconds have passed; a time-out that
+    // is no multiple of 1,000 is never reached. Without it, or with a time-out of 0, a pending state counts as success.
+    // True also when there is no resource.
+    static bool TurnOnKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait, DWORD dwWaitTimeout);
+    static bool TurnOffKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait, DWORD dwWaitTimeout);
+
+    // Deletes the virtual server's product resources that this node owns; those of other nodes are skipped. A resource
+    // that refuses is taken offline first, waited for up to three minutes. True also when one did not go offline in
+    // that time and so remains.
+    static bool DeleteKOVAResurceOnCurrentNode(const wchar_t* lpwsVirtualServerName);
+
+    // Takes the first "Microsoft Exchange SMTP Server Instance" that is online on this node offline, waits for that up
+    // to two minutes, and brings it online again. True when the switch-on was issued; its outcome is not awaited.
+    static bool RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
+
+    // --- Settings of the product and its host ---
 
     // Whether "IsCluster" is 1. Read once per process; a key that cannot be opened means false.
     static bool CheckIsClusterByRegKey();
@@ -138,6 +174,11 @@ protected:
 private:
     ENUM_VS_RESULT EnumNormalServerOnCurrentNode_(CClusterVirtualServerInfo* pBuffer, int* pCount);
     ENUM_VS_RESULT EnumVirtualServerOnCurrentNode_(CClusterVirtualServerInfo* pBuffer, int* pCount);
+    static bool CreateKOVAResource_(CCluster& cluster, CClusterResource& created, const wchar_t* lpwsDataRootPath,
+                                    const wchar_t* lpwsKOVAResourceName, const wchar_t* lpwsDataPath,
+                                    const wchar_t* lpwsVirtualServerName, const wchar_t* szVirtualDiskLetter,
+                                    int nQuorumMode);
+    static int SetKOVAProeprty_(HRESOURCE hResource, const wchar_t* lpwsName, const wchar_t* lpwsValue);
     bool QueryServerInfoFromRegistry_(const CClusterVirtualServerLookupRequest& request,
                                       CClusterVirtualServerInfo& info);
     bool QueryServerInfoFromCluster_(const CClusterVirtualServerLookupRequest& request,

@@ -58,4 +58,17 @@ void WriteDwordPropertyList(unsigned char* block, const wchar_t* name, std::size
     writer.Dword(SyntaxEndMark);
 }
 
+std::size_t TextPropertyListSize(std::size_t cchName, std::size_t cchValue) {
+    return CountSize + TextEntrySize(cchName) + TextEntrySize(cchValue) + EndMarkSize;
+}
+
+void WriteTextPropertyList(unsigned char* block, const wchar_t* name, std::size_t cchName, const wchar_t* value,
+                           std::size_t cchValue) {
+    Writer writer(block);
+    writer.Dword(1); // one property
+    writer.TextEntry(SyntaxName, name, cchName);
+    writer.TextEntry(SyntaxListValueSz, value, cchValue);
+    writer.Dword(SyntaxEndMark);
+}
+
 } // namespace clus

@@ -14,6 +14,11 @@ std::size_t DwordPropertyListSize(std::size_t cchName);
 // Writes that list into `block`, zero-filled and of the size above.
 void WriteDwordPropertyList(unsigned char* block, const wchar_t* name, std::size_t cchName, std::uint32_t value);
 
+// The same for one text property.
+std::size_t TextPropertyListSize(std::size_t cchName, std::size_t cchValue);
+void WriteTextPropertyList(unsigned char* block, const wchar_t* name, std::size_t cchName, const wchar_t* value,
+                           std::size_t cchValue);
+
 } // namespace clus
 
 #endif

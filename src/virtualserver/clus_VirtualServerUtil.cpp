@@ -6,6 +6,7 @@
 #include "clus_Log.h"
 #include "clus_Platform.h"
 #include "clus_ProductRegistry.h"
+#include "clus_PropertyList.h"
 #include "clus_ServerName.h"
 
 #include "CommonUtil.h"
@@ -35,6 +36,7 @@ const wchar_t NetworkNameType[] = L"Network Name";
 const wchar_t IpAddressType[] = L"IP Address";
 const wchar_t SmtpInstanceType[] = L"Microsoft Exchange SMTP Server Instance";
 const wchar_t InformationStoreType[] = L"Microsoft Exchange Information Store";
+const wchar_t SystemAttendantType[] = L"Microsoft Exchange System Attendant";
 
 const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
 
@@ -91,6 +93,302 @@ bool ReadHomeDir(const RegistryKey& key, wchar_t (&text)[RegistryTextCharacters]
         return false;
     }
     return true;
+}
+
+// What switching the product's resources on and switching them off do not have in common.
+struct ResourceSwitch {
+    CClusterResource::RES_STATE (CClusterResource::*operation)();
+    CClusterResource::RES_STATE reached;
+    CClusterResource::RES_STATE pending;
+    const wchar_t* progressText;
+    const wchar_t* reachedText;
+    const wchar_t* pendingText;
+    const wchar_t* successText;
+    const wchar_t* failureText;
+};
+
+const ResourceSwitch SwitchOn = {&CClusterResource::OnlineResource,
+                                 CClusterResource::RES_STATE_ONLINE,
+                                 CClusterResource::RES_STATE_ONLINE_PENDING,
+                                 L"online-ing resource: %s...",
+                                 L"Resource %s is on-line.",
+                                 L"Resource %s is on-line pending.",
+                                 L"Resource: %s, is online/online pending",
+                                 L"Fail to bring resource: %s online"};
+
+const ResourceSwitch SwitchOff = {&CClusterResource::OfflineResource,
+                                  CClusterResource::RES_STATE_OFFLINE,
+                                  CClusterResource::RES_STATE_OFFLINE_PENDING,
+                                  L"offline-ing resource: %s...",
+                                  L"Resource %s is off-line.",
+                                  L"Resource %s is off-line pending.",
+                                  L"Resource: %s, is offline/offline pending",
+                                  L"Fail to bring resource: %s offline"};
+
+// What finding the product's resources logs for switching and for deletion.
+struct FindTexts {
+    bool showsProgress;
+    const wchar_t* noNetworkName;
+    const wchar_t* cannotEnum;
+    const wchar_t* noneFound;
+    const wchar_t* severalFound;
+};
+
+const FindTexts FindToSwitch = {true, L"cannot Find network name %s", L"Cannot enum clusRDLL resources for group:%s",
+                                L"No clusRDLL(Non-CCRf) resource found in group:%s, try finding CCR resources",
+                                L"Warning, more than 1 KOVA resource is found at a group.\n"};
+
+const FindTexts FindToDelete = {false, L"cannot Find network name", L"Cannot enum KOVA resources for group:%s",
+                                L"No clusRDLL(Non-CCR) resource found in group:%s, try finding CCR resources",
+                                L"Warning, more than 1 KOVA resource is found\n"};
+
+// The product resources in a virtual server's group: those of the single-copy type, or the CCR ones when there are
+// none. Opens the cluster.
+bool FindProductResources(CCluster& cluster, const wchar_t* networkName, const FindTexts& texts,
+                          std::list<std::wstring>& names) {
+    const auto progress = [&texts](const wchar_t* format, const wchar_t* argument) {
+        if (texts.showsProgress) {
+            LOG_INFO(format, argument);
+        }
+    };
+    progress(L"Network name: %s", networkName);
+    progress(L"Opening cluster...", nullptr);
+    if (!cluster.OpenByLPC()) {
+        LOG_ERROR(L"Cannot open cluster");
+        return false;
+    }
+    progress(L"Performing FindFirstResourceNameByNetworkName...", nullptr);
+    std::wstring resourceName;
+    if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName)) {
+        LOG_ERROR(texts.noNetworkName, networkName);
+        return false;
+    }
+    progress(L"Opening resource by name:%s...", resourceName.c_str());
+    CClusterResource resNetworkName;
+    if (!cluster.OpenResourceByName(resNetworkName, resourceName.c_str())) {
+        LOG_ERROR(L"Cannot open network name resource:%s", resourceName.c_str());
+        return false;
+    }
+    progress(L"Getting resource state...", nullptr);
+    std::wstring groupName;
+    resNetworkName.GetResourceState(nullptr, &groupName);
+    progress(L"Opening group: %s...", groupName.c_str());
+    CClusterGroup group;
+    if (!cluster.OpenGroupByName(group, groupName.c_str())) {
+        LOG_ERROR(L"Cannot open group:%s", groupName.c_str());
+        return false;
+    }
+    progress(L"Performing EnumResourceNamesInGroupByType...", nullptr);
+    if (!group.EnumResourceNamesInGroupByType(cluster, names, SingleCopyType)) {
+        LOG_ERROR(texts.cannotEnum, groupName.c_str());
+        return false;
+    }
+    if (names.empty()) {
+        LOG_ERROR(texts.noneFound, groupName.c_str());
+        if (!group.EnumResourceNamesInGroupByType(cluster, names, CcrType)) {
+            LOG_ERROR(L"Cannot enum clusRDLL(CCR) resources for group:%s", groupName.c_str());
+            return false;
+        }
+    }
+    if (names.size() > 1) {
+        LOG_INFO(texts.severalFound);
+    }
+    return true;
+}
+
+// Switches every product resource of a virtual server. Once false the result stays false, and the later ones still get
+// their attempt.
+bool SwitchProductResources(const wchar_t* networkName, bool wait, DWORD timeout, const ResourceSwitch& how) {
+    const DWORD pollInterval = 1000;
+    CCluster cluster;
+    std::list<std::wstring> names;
+    if (!FindProductResources(cluster, networkName, FindToSwitch, names)) {
+        return false;
+    }
+    bool result = true;
+    for (const std::wstring& name : names) {
+        LOG_INFO(L"Open resource: %s", name.c_str());
+        CClusterResource resource;
+        if (!cluster.OpenResourceByName(resource, name.c_str())) {
+            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
+            return false;
+        }
+        LOG_INFO(how.progressText, name.c_str());
+        CClusterResource::RES_STATE state = (resource.*how.operation)();
+        if (state == how.reached) {
+            LOG_INFO(how.reachedText, name.c_str());
+        } else if (state == how.pending) {
+            LOG_INFO(how.pendingText, name.c_str());
+        } else {
+            result = false;
+            if (state != CClusterResource::RES_STATE_UNKNOWN) {
+                LOG_ERROR(L"Unexpected OfflineResource Result, abort."); // for both directions
+            }
+        }
+        if (wait && timeout != 0) {
+            // Tested for zero only: a time-out that is no multiple of the interval wraps around, and the wait ends with
+            // the state.
+            for (DWORD remaining = timeout; remaining != 0 && state != how.reached; remaining -= pollInterval) {
+                Sleep(pollInterval);
+                state = resource.GetResourceState(nullptr, nullptr);
+            }
+            if (state != how.reached) {
+                result = false;
+            }
+        }
+        if (result) {
+            LOG_INFO(how.successText, name.c_str());
+        } else {
+            LOG_ERROR(how.failureText, name.c_str());
+        }
+    }
+    return result;
+}
+
+// First pass of the deletion: deletes what this node owns; names of resources that refuse are kept and these taken
+// offline.
+bool DeleteOwnedResources(CCluster& cluster, const std::list<std::wstring>& names, std::list<std::wstring>& refusing) {
+    for (const std::wstring& name : names) {
+        CClusterResource resource;
+        if (!cluster.OpenResourceByName(resource, name.c_str())) {
+            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
+            return false;
+        }
+        if (!resource.IsOnCurrentNode(nullptr)) {
+            LOG_INFO(L"KOVA resource:%s is not on current node, skip.", name.c_str());
+            continue;
+        }
+        LOG_INFO(L"try deleting KOVA resource:%s...", name.c_str());
+        if (resource.DeleteResource()) {
+            LOG_INFO(L"Deleting resource %s successful", name.c_str());
+            continue;
+        }
+        const DWORD code = GetLastError();
+        refusing.push_back(name);
+        LOG_INFO(L"Deleting resource %s unsuccessful, code:%d trying to offline the resource then try again",
+                 name.c_str(), code);
+        LOG_INFO(L"Turning KOVA resource:%s offline...", name.c_str());
+        switch (resource.OfflineResource()) {
+        case CClusterResource::RES_STATE_OFFLINE:
+            LOG_INFO(L"KOVA resource:%s offlined successfully", name.c_str());
+            break;
+        case CClusterResource::RES_STATE_OFFLINE_PENDING:
+            LOG_INFO(L"KOVA resource:%s is offline pending.", name.c_str());
+            break;
+        case CClusterResource::RES_STATE_UNKNOWN:
+            LOG_WARNING(L"KOVA resource:%s offline unsuccessful", name.c_str());
+            break;
+        default:
+            LOG_WARNING(L"Unexpected offlineResource Result");
+            break;
+        }
+    }
+    return true;
+}
+
+// Second pass: deletes the refusing resources as they come offline. One that does not in time stays, which is no
+// failure.
+bool DeleteWhenOffline(CCluster& cluster, const std::list<std::wstring>& names) {
+    const int interval = 6000;
+    for (const std::wstring& name : names) {
+        CClusterResource resource;
+        if (!cluster.OpenResourceByName(resource, name.c_str())) {
+            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
+            return false;
+        }
+        CClusterResource::RES_STATE state = resource.GetResourceState(nullptr, nullptr);
+        for (int budget = 30 * interval; budget > 0 && state != CClusterResource::RES_STATE_OFFLINE;
+             budget -= interval) {
+            Sleep(interval);
+            state = resource.GetResourceState(nullptr, nullptr);
+        }
+        if (state != CClusterResource::RES_STATE_OFFLINE) {
+            LOG_ERROR(L"Error bring resource %s, off-line, abort delete", name.c_str());
+            continue;
+        }
+        if (!resource.DeleteResource()) {
+            LOG_ERROR(L"Error deleting resource %s, code: %d", name.c_str(), GetLastError());
+            return false;
+        }
+    }
+    return true;
+}
+
+// Takes one online SMTP instance offline and brings it online again; true when the switch-on was issued.
+bool RestartSmtpInstance(CClusterResource& instance, const wchar_t* name) {
+    const int interval = 1000;
+    LOG_INFO(L"Try to offline SMTP virtual server instance...");
+    CClusterResource::RES_STATE state = instance.OfflineResource();
+    for (int budget = 120000; budget > 0; budget -= interval) {
+        switch (state) {
+        case CClusterResource::RES_STATE_OFFLINE:
+            LOG_INFO(L"Resource %s is offlined, online it again.", name);
+            instance.OnlineResource();
+            return true;
+        case CClusterResource::RES_STATE_OFFLINE_PENDING:
+            LOG_INFO(L"Resource %s is offline pending.", name);
+            Sleep(interval);
+            state = instance.GetResourceState(nullptr, nullptr);
+            break;
+        case CClusterResource::RES_STATE_UNKNOWN:
+            LOG_INFO(L"Resource %s is failed to offline.", name);
+            return false;
+        default:
+            // The state is not read again: the line repeats until the budget is used up, which support recognises.
+            LOG_ERROR(L"Unexpected OfflineResource Result, resource state = %d.", static_cast<int>(state));
+            break;
+        }
+    }
+    return false;
+}
+
+bool RestartFirstSmtpInstanceOfThisNode() {
+    CCluster cluster;
+    if (!cluster.OpenByLPC()) {
+        LOG_WARNING(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), fail to open cluster by LPC");
+        return false;
+    }
+    ComputerName computer;
+    computer.Read();
+    LOG_INFO(L"Current node is: %s", computer.c_str());
+    std::list<std::wstring> names;
+    if (!cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
+        LOG_WARNING(L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(), fail to enum names on the cluster");
+        return false;
+    }
+    LOG_INFO(L"EnumNames, returns %d resources.", static_cast<int>(names.size()));
+    for (const std::wstring& name : names) {
+        CClusterResource resource;
+        if (!cluster.OpenResourceByName(resource, name.c_str())) {
+            LOG_WARNING(L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
+            continue;
+        }
+        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        if (!type || _wcsicmp(type, SmtpInstanceType) != 0) {
+            continue;
+        }
+        std::wstring owner;
+        const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, nullptr);
+        if (_wcsicmp(owner.c_str(), computer.c_str()) == 0 && state == CClusterResource::RES_STATE_ONLINE) {
+            return RestartSmtpInstance(resource, name.c_str());
+        }
+    }
+    return false;
+}
+
+// Makes the node a possible owner of the resource. A cluster that keeps refusing is given up on: the node is left out.
+void AddPossibleOwner(CClusterResource& resource, const CClusterNode& node, const wchar_t* nodeName) {
+    const DWORD retryInterval = 5000;
+    for (int attempts = 60; --attempts > 0;) {
+        const DWORD code = resource.AddOwner(node.GetNodeHandle());
+        LOG_INFO(L"AddOwner returns: %d (5010 is Object already exist, not error)", code);
+        if (code == ERROR_SUCCESS || code == ERROR_OBJECT_ALREADY_EXISTS) {
+            LOG_INFO(L"AddOwner operation ok.");
+            return;
+        }
+        LOG_INFO(L"Retrying adding node %s to possible owner list", nodeName);
+        Sleep(retryInterval);
+    }
 }
 
 bool IsProductType(const wchar_t* type) {
@@ -635,4 +933,249 @@ bool CVirtualServerUtil::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode() {
         LOG_INFO(L"Skip this store, reason: the node is not online");
     }
     return false;
+}
+
+// The product's own resource
+// ---------------------------------------------------------------------------------------------
+
+bool CVirtualServerUtil::CreateKOVAResource(const wchar_t* lpwsDataRootPath, const wchar_t* lpwsKOVAResourceName,
+                                            const wchar_t* lpwsDataPath, const wchar_t* lpwsVirtualServerName,
+                                            const wchar_t* szVirtualDiskLetter, int nQuorumMode) {
+    LOG_ENTER_AND_LEAVE(L"CreateKOVAResource_");
+    CCluster cluster;
+    CClusterResource created;
+    // Deletes what was created, on failure and when an exception passes. Without a resource the deletion fails
+    // harmlessly.
+    struct RollBack {
+        CClusterResource& created;
+        bool success;
+        ~RollBack() {
+            if (!success) {
+                LOG_INFO(L"Deleting unsuccessfully created resource.");
+                created.DeleteResource();
+            }
+        }
+    } rollBack = {created, false};
+    rollBack.success = CreateKOVAResource_(cluster, created, lpwsDataRootPath, lpwsKOVAResourceName, lpwsDataPath,
+                                           lpwsVirtualServerName, szVirtualDiskLetter, nQuorumMode);
+    return rollBack.success;
+}
+
+bool CVirtualServerUtil::CreateKOVAResource_(CCluster& cluster, CClusterResource& created,
+                                             const wchar_t* lpwsDataRootPath, const wchar_t* lpwsKOVAResourceName,
+                                             const wchar_t* lpwsDataPath, const wchar_t* lpwsVirtualServerName,
+                                             const wchar_t* szVirtualDiskLetter, int nQuorumMode) {
+    const bool singleCopy = nQuorumMode == CLUSTER_QUORUM_SINGLE_COPY;
+    if (!lpwsKOVAResourceName) {
+        LOG_ERROR(L"NULL KOVA resource name");
+        return false;
+    }
+    if (!lpwsVirtualServerName) {
+        LOG_ERROR(L"NULL virtual server name");
+        return false;
+    }
+    if (singleCopy && !szVirtualDiskLetter) {
+        LOG_ERROR(L"Quorum mode is single copy cluster but szVirtualDiskLetter is NULL!");
+        return false;
+    }
+    if (!cluster.OpenByLPC()) {
+        LOG_ERROR(L"Cannot open cluster");
+        return false;
+    }
+    std::wstring resourceName;
+    if (!cluster.FindFirstResourceNameByNetworkName(resourceName, lpwsVirtualServerName)) {
+        LOG_ERROR(L"cannot Find network name");
+        return false;
+    }
+    CClusterResource networkName;
+    if (!cluster.OpenResourceByName(networkName, resourceName.c_str())) {
+        LOG_ERROR(L"Cannot open network name resource:%s", resourceName.c_str());
+        return false;
+    }
+    std::wstring groupName;
+    if (!networkName.IsOnlineOnCurrentNode(&groupName)) {
+        LOG_ERROR(L"The virtual sever is offline, cannot create resource");
+        return false;
+    }
+    LOG_INFO(L"Get group %s ", groupName.c_str());
+    CClusterGroup group;
+    if (!cluster.OpenGroupByName(group, groupName.c_str())) {
+        LOG_ERROR(L"Cannot open group:%s", groupName.c_str());
+        return false;
+    }
+
+    // A group holds at most one product resource of either type.
+    std::list<std::wstring> existing;
+    if (!group.EnumResourceNamesInGroupByType(cluster, existing, SingleCopyType)) {
+        LOG_ERROR(L"Cannot enum KOVA SCC resources for group:%s", groupName.c_str());
+        return false;
+    }
+    if (!existing.empty()) {
+        LOG_ERROR(L"There's already other KOVA resources present, abort resource creating.");
+        return false;
+    }
+    if (!group.EnumResourceNamesInGroupByType(cluster, existing, CcrType)) {
+        LOG_ERROR(L"Cannot enum KOVA CCR attendant resources for group:%s", groupName.c_str());
+        return false;
+    }
+    if (!existing.empty()) {
+        LOG_ERROR(L"There's already other KOVA resources present, abort resource creating.");
+        return false;
+    }
+
+    std::list<std::wstring> attendants;
+    if (!group.EnumResourceNamesInGroupByType(cluster, attendants, SystemAttendantType)) {
+        LOG_ERROR(L"Cannot enum System attendant resources for group:%s", groupName.c_str());
+        return false;
+    }
+    if (attendants.empty()) {
+        LOG_ERROR(L"No system attendant resource found in group:%s, cannot create KOVA resource", groupName.c_str());
+        return false;
+    }
+    if (attendants.size() > 1) {
+        LOG_INFO(L"Warning, more than 1 system attendant found, use the 1st one");
+    }
+    LOG_INFO(L"Get system attendant %s ", attendants.front().c_str());
+    CClusterResource attendant;
+    if (!cluster.OpenResourceByName(attendant, attendants.front().c_str())) {
+        LOG_ERROR(L"Cannot open system attendant resource:%s, abort", attendants.front().c_str());
+        return false;
+    }
+
+    std::list<std::wstring> stores;
+    if (!group.EnumResourceNamesInGroupByType(cluster, stores, InformationStoreType)) {
+        LOG_ERROR(L"Cannot enum store resources for group:%s", groupName.c_str());
+        return false;
+    }
+    if (stores.empty()) {
+        LOG_ERROR(L"No store resource found in group:%s, cannot create KOVA resource", groupName.c_str());
+        return false;
+    }
+    if (stores.size() > 1) {
+        LOG_INFO(L"Warning, more than 1 store found, use the 1st one");
+    }
+    LOG_INFO(L"Get Store: %s ", stores.front().c_str());
+    CClusterResource store;
+    if (!cluster.OpenResourceByName(store, stores.front().c_str())) {
+        LOG_ERROR(L"Cannot open store resource:%s, abort", stores.front().c_str());
+        return false;
+    }
+
+    CClusterResource disk;
+    if (singleCopy) {
+        if (szVirtualDiskLetter[0] != L'\0') {
+            if (!cluster.OpenResourceByName(disk, szVirtualDiskLetter)) {
+                return false;
+            }
+        } else if (!attendant.GetResourceStorageDependency(disk)) {
+            LOG_ERROR(L"Cannot open cluster disk, abort");
+            return false;
+        }
+        if (!disk.IsOnlineOnCurrentNode(nullptr)) {
+            LOG_ERROR(L"Shared disk is not online on current node, abort");
+            return false;
+        }
+    }
+
+    if (!singleCopy && nQuorumMode != CLUSTER_QUORUM_CCR) {
+        LOG_ERROR(L"Unexpected cluster quorum type %d", nQuorumMode);
+        return false;
+    }
+    if (!CCluster::CreateResource(group, created, lpwsKOVAResourceName, singleCopy ? SingleCopyType : CcrType)) {
+        LOG_ERROR(L"Cannot create KOVA resource, abort");
+        return false;
+    }
+    if (singleCopy && !created.AddDependency(disk.GetResourceHandle())) {
+        LOG_ERROR(L"Cannot add disk dependency,abort");
+        return false;
+    }
+    if (!created.AddDependency(store.GetResourceHandle())) {
+        LOG_ERROR(L"Cannot add store dependency,abort");
+        return false;
+    }
+    if (!created.AddDependency(networkName.GetResourceHandle())) {
+        LOG_ERROR(L"Cannot add network name dependency,abort");
+        return false;
+    }
+
+    std::list<std::wstring> nodes;
+    if (!attendant.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, nodes)) {
+        LOG_ERROR(L"Cannot enum nodes in the cluster,abort");
+        return false;
+    }
+    for (const std::wstring& nodeName : nodes) {
+        LOG_INFO(L"Adding node %s as its possible owner", nodeName.c_str());
+        CClusterNode node;
+        if (!cluster.OpenNodeByName(node, nodeName.c_str())) {
+            LOG_ERROR(L"Error Opening node:%s", nodeName.c_str());
+            return false;
+        }
+        AddPossibleOwner(created, node, nodeName.c_str());
+    }
+
+    std::wstring ccrDataPath;
+    const wchar_t* dataPath = lpwsDataPath;
+    if (!singleCopy) {
+        if (lpwsDataRootPath) {
+            ConcatCCRDataPath(lpwsDataRootPath, lpwsVirtualServerName, ccrDataPath);
+        }
+        dataPath = lpwsDataRootPath ? ccrDataPath.c_str() : nullptr;
+    }
+    if (!SetKOVAProeprty_(created.GetResourceHandle(), DataPathProperty, dataPath)) {
+        LOG_ERROR(L"Cannot set private property KOVA_DATA_PATH to %s", dataPath ? dataPath : L"");
+        return false;
+    }
+    // The text names another action than the value sets; both are what installations have.
+    if (!created.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1)) {
+        LOG_ERROR(L"Cannot set common property RestartAction to ClusterResourceDontRestart");
+    }
+    return true;
+}
+
+int CVirtualServerUtil::SetKOVAProeprty_(HRESOURCE hResource, const wchar_t* lpwsName, const wchar_t* lpwsValue) {
+    LOG_ENTER_AND_LEAVE(L"SetKOVAProeprty_");
+    if (!lpwsName || !lpwsValue) {
+        return 0;
+    }
+    const std::size_t cchName = std::wcslen(lpwsName);
+    const std::size_t cchValue = std::wcslen(lpwsValue);
+    const DWORD cb = static_cast<DWORD>(clus::TextPropertyListSize(cchName, cchValue));
+    const clus::LocalMemoryOwner block(LocalAlloc(LPTR, cb));
+    if (!block) {
+        LOG_ERROR(L"Error calling local alloc:%d", GetLastError());
+        return 0;
+    }
+    clus::WriteTextPropertyList(static_cast<unsigned char*>(block.get()), lpwsName, cchName, lpwsValue, cchValue);
+    return ClusterResourceControl(hResource, nullptr, CLUSCTL_RESOURCE_SET_PRIVATE_PROPERTIES, block.get(), cb, nullptr,
+                                  0, nullptr) == ERROR_SUCCESS
+               ? 1
+               : 0;
+}
+
+bool CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait,
+                                                         DWORD dwWaitTimeout) {
+    LOG_ENTER_AND_LEAVE(L"TurnOnKOVAResourceOnCurrentNode");
+    return SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, SwitchOn);
+}
+
+bool CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait,
+                                                          DWORD dwWaitTimeout) {
+    LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode");
+    return SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, SwitchOff);
+}
+
+bool CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(const wchar_t* lpwsVirtualServerName) {
+    LOG_ENTER_AND_LEAVE(L"DeleteKOVAResurceOnCurrentNode");
+    CCluster cluster;
+    std::list<std::wstring> names;
+    std::list<std::wstring> refusing;
+    return FindProductResources(cluster, lpwsVirtualServerName, FindToDelete, names) &&
+           DeleteOwnedResources(cluster, names, refusing) && DeleteWhenOffline(cluster, refusing);
+}
+
+bool CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode() {
+    LOG_ENTER(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource()");
+    const bool bSuccess = RestartFirstSmtpInstanceOfThisNode();
+    LOG_LEAVE(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), bSuccess=%d", bSuccess);
+    return bSuccess;
 }
