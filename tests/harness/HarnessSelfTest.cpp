@@ -3,6 +3,7 @@
 #include <gtest/gtest-spi.h>
 
 #include "clus_Cluster.h"
+#include "clus_Platform.h"
 
 using namespace harness;
 
@@ -197,6 +198,49 @@ TEST_F(HarnessClusterTest, ASweepMeetsEveryCallAndEveryAllocation) {
     EXPECT_EQ(callRuns, 12);
     EXPECT_GE(allocationRuns, 4); // the name buffer and the list entry
     EXPECT_EQ(good, 5);
+}
+
+TEST_F(HarnessClusterTest, ASweepReportsWhatIsLeftBehind) {
+    std::vector<HCLUSTER> handles;
+    std::vector<int*> blocks;
+    Sweep leaking;
+    leaking.prepare = [&] { Load(SmallCluster()); };
+    leaking.body = [&] {
+        CCluster cluster;
+        if (!cluster.OpenByLPC()) {
+            handles.push_back(OpenCluster(nullptr));
+            blocks.push_back(new int(1));
+        }
+        return std::string();
+    };
+    leaking.check = [](const SweepRun&) {};
+    ::testing::TestPartResultArray failures;
+    {
+        const ::testing::ScopedFakeTestPartResultReporter reporter(
+            ::testing::ScopedFakeTestPartResultReporter::INTERCEPT_ONLY_CURRENT_THREAD, &failures);
+        FaultSweep(*this, leaking);
+    }
+    std::string messages;
+    for (int i = 0; i < failures.size(); ++i) {
+        messages += failures.GetTestPartResult(i).message();
+    }
+    EXPECT_THAT(messages, ::testing::HasSubstr("C++ blocks kept"));
+    EXPECT_THAT(messages, ::testing::HasSubstr("cluster handles left open"));
+    EXPECT_THAT(messages, ::testing::HasSubstr("failing call 1: OpenCluster()"));
+    for (const HCLUSTER handle : handles) {
+        CloseCluster(handle);
+    }
+    for (int* const block : blocks) {
+        delete block;
+    }
+}
+
+TEST(WatchdogDeathTest, NamesTheHangingTestAndEndsTheProcessWithItsOwnCode) {
+    const auto hang = [] {
+        const Watchdog watchdog("Suite.Name", 100);
+        Sleep(30000);
+    };
+    EXPECT_EXIT(hang(), ::testing::ExitedWithCode(WatchdogExitCode), "watchdog: Suite.Name hangs");
 }
 
 TEST_F(HarnessClusterTest, SleepAdvancesTheClusterClockOnly) {

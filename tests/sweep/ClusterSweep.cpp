@@ -161,7 +161,7 @@ TEST_F(ClusterSweep, CreateResource) {
 // -----------------------------------------------------------------------------------------------------------------
 
 TEST_F(ClusterSweep, GetResourceState) {
-    SweepResource(L"EVS1 IP",
+    SweepResource(L"Cluster IP", // its group's name needs memory
                   [](Res& resource) {
                       std::wstring node;
                       std::wstring group;
