@@ -143,7 +143,7 @@ TEST_F(SystemProperty, ASecondCallThatFailsIsLogged) {
                                Lines({"E Calling ClusterResourceControl returns error, code:1726", "E 0 == dwSize"})));
 }
 
-TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheSecondHolds) {
+TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheTextStillHolds) {
     CClusterResource resource;
     Open(resource, L"EVS1 IP");
     int calls = 0;
