@@ -1,5 +1,7 @@
 #include "Call.h"
 
+#include <cstring>
+
 namespace clussim {
 
 namespace {
@@ -10,7 +12,7 @@ const DWORD MisleadingFailure = 0xBAD1;
 } // namespace
 
 Call::Call(const char* name, std::initializer_list<JournalValue> arguments)
-    : m_service(Service::Instance()), m_lock(m_service.lock), m_name(name) {
+    : m_service(Service::Instance()), m_lock(m_service.lock), m_name(name), m_lastErrorBefore(GetLastError()) {
     m_service.journal.Count(name);
     if (!m_service.journal.WantsLines()) {
         return;
@@ -24,14 +26,24 @@ Call::Call(const char* name, std::initializer_list<JournalValue> arguments)
     m_arguments += "}";
 }
 
-const Fault* Call::HitResource(const void* handle, const std::wstring& other) {
+const Fault* Call::HitHandle(const void* handle, const wchar_t* other) {
     if (!m_service.HasFaults()) {
         return nullptr;
     }
-    const Model* model = m_service.Current();
     const HandleEntry* entry = m_service.handles.Peek(handle);
-    const Resource* resource = model && entry ? model->ResourceWithId(entry->object) : nullptr;
-    return Hit({resource ? resource->name : std::wstring(), other});
+    std::wstring object = entry ? entry->object : std::wstring();
+    if (entry && (entry->kind == HandleKind::Resource || entry->kind == HandleKind::ResourceEnum)) {
+        const Model* model = m_service.Current();
+        const Resource* resource = model ? model->ResourceWithId(object) : nullptr;
+        object = resource ? resource->name : std::wstring();
+    }
+    return m_service.Hit(m_name, {object, other ? other : L""});
+}
+
+Code Call::Close(const void* handle, HandleKind kind) {
+    const Fault* fault = HitHandle(handle);
+    const bool closed = m_service.handles.Close(handle, kind);
+    return fault ? fault->code : closed ? static_cast<Code>(ERROR_SUCCESS) : static_cast<Code>(ERROR_INVALID_HANDLE);
 }
 
 Code Call::ResourceOf(Model* model, const void* handle, Resource*& resource) {
@@ -52,9 +64,11 @@ void Call::Finish(const std::string& result, Code lastError, bool isSet) {
     }
     const bool misleads = m_service.InMemory();
     m_lock.unlock();
-    if (isSet || misleads) {
-        SetLastError(lastError);
-    }
+    SetLastError(isSet || misleads ? lastError : m_lastErrorBefore);
+}
+
+std::string Call::Failure(const char* result, Code code) const {
+    return m_service.journal.WantsLines() ? result + (", \"error\": " + std::to_string(code)) : std::string();
 }
 
 DWORD Call::Return(Code code) {
@@ -64,23 +78,45 @@ DWORD Call::Return(Code code) {
 }
 
 void* Call::ReturnHandle(void* handle, Code code) {
-    Finish(m_service.journal.WantsLines() ? handle ? std::to_string(reinterpret_cast<std::uintptr_t>(handle))
-                                                   : "null, \"error\": " + std::to_string(code)
-                                          : std::string(),
-           handle ? MisleadingSuccess : code, handle == nullptr);
+    if (!handle) {
+        Finish(Failure("null", code), code, true);
+        return handle;
+    }
+    Finish(m_service.journal.WantsLines() ? std::to_string(reinterpret_cast<std::uintptr_t>(handle)) : std::string(),
+           MisleadingSuccess, false);
     return handle;
 }
 
 BOOL Call::ReturnBool(Code code) {
-    Finish(code == ERROR_SUCCESS ? "true" : "false, \"error\": " + std::to_string(code),
-           code == ERROR_SUCCESS ? MisleadingSuccess : code, code != ERROR_SUCCESS);
-    return code == ERROR_SUCCESS;
+    const bool isGood = code == ERROR_SUCCESS;
+    Finish(isGood ? "true" : Failure("false", code), isGood ? MisleadingSuccess : code, !isGood);
+    return isGood;
+}
+
+void Call::ReturnTruth(bool isTrue) {
+    Finish(isTrue ? "true" : "false", isTrue ? MisleadingSuccess : MisleadingFailure, false);
 }
 
 int Call::ReturnState(int state, Code code) {
-    Finish(state != StateUnknown ? std::to_string(state) : "-1, \"error\": " + std::to_string(code),
-           state != StateUnknown ? MisleadingSuccess : code, state == StateUnknown);
+    const bool isGood = state != StateUnknown;
+    Finish(isGood ? std::to_string(state) : Failure("-1", code), isGood ? MisleadingSuccess : code, !isGood);
     return state;
+}
+
+Code CopyName(const std::wstring& text, LPWSTR buffer, LPDWORD cch) {
+    if (!cch) {
+        return buffer ? static_cast<Code>(ERROR_INVALID_PARAMETER) : static_cast<Code>(ERROR_SUCCESS);
+    }
+    const DWORD capacity = *cch;
+    *cch = static_cast<DWORD>(text.size());
+    if (!buffer) {
+        return ERROR_SUCCESS;
+    }
+    if (capacity <= text.size()) {
+        return ERROR_MORE_DATA;
+    }
+    std::memcpy(buffer, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+    return ERROR_SUCCESS;
 }
 
 } // namespace clussim

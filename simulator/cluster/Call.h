@@ -18,30 +18,42 @@ public:
         return m_service;
     }
 
-    // The fault that hits this call, going by any of these names; null when there is none.
-    const Fault* Hit(const std::vector<std::wstring>& objects) {
-        return m_service.Hit(m_name, objects);
+    // The fault that hits this call; null when there is none. `object` is the name that the call goes by.
+    const Fault* Hit(const wchar_t* object = nullptr) {
+        return m_service.HasFaults() ? m_service.Hit(m_name, {object ? object : L""}) : nullptr;
     }
 
-    // The same for a call on a resource; `other` is a further name.
-    const Fault* HitResource(const void* handle, const std::wstring& other = std::wstring());
+    // The same for a call on a handle, which goes by the name of the handle's object, or by `other`.
+    const Fault* HitHandle(const void* handle, const wchar_t* other = nullptr);
+
+    // Closes the handle. A fault is reported, and the handle closed all the same.
+    Code Close(const void* handle, HandleKind kind);
 
     // The resource a handle stands for, or the code that says why not.
     Code ResourceOf(Model* model, const void* handle, Resource*& resource);
 
-    // End the call. A successful call, and a failing one whose result is the code itself, leaves a misleading
-    // last-error value behind while a test drives the model: nobody may look at it.
+    // End the call. The last-error value is set by a failing call that does not return the code itself. Otherwise it is
+    // the caller's own again, or, while a test drives the model, a misleading one: nobody may look at it.
     DWORD Return(Code code);
-    void* ReturnHandle(void* handle, Code code); // null: the code is the last-error value
     BOOL ReturnBool(Code code);
-    int ReturnState(int state, Code code);
+    void ReturnTruth(bool isTrue); // false is no failure
+    int ReturnState(int state, Code code = 0);
+    template <typename Handle> Handle Opened(HandleEntry entry) {
+        return static_cast<Handle>(ReturnHandle(m_service.handles.Open(std::move(entry)), 0));
+    }
+    template <typename Handle> Handle NotOpened(Code code) {
+        return static_cast<Handle>(ReturnHandle(nullptr, code));
+    }
+    void* ReturnHandle(void* handle, Code code);
 
 private:
     void Finish(const std::string& result, Code lastError, bool isSet);
+    std::string Failure(const char* result, Code code) const;
 
     Service& m_service;
     std::unique_lock<std::recursive_mutex> m_lock;
     const char* m_name;
+    const DWORD m_lastErrorBefore;
     std::string m_arguments;
 };
 
@@ -54,6 +66,10 @@ inline JournalValue Arg(const char* name, long long number) {
 inline JournalValue Arg(const char* name, const void* handle) {
     return JournalValue::Of(name, static_cast<long long>(reinterpret_cast<std::uintptr_t>(handle)));
 }
+
+// Writes the name and its terminator, nothing more: a caller may claim more room than it has. `cch` as the cluster API
+// has it: room with the terminator in, length without it out. Without a buffer it tells the length.
+Code CopyName(const std::wstring& text, LPWSTR buffer, LPDWORD cch);
 
 } // namespace clussim
 

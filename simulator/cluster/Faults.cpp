@@ -9,6 +9,44 @@ namespace clussim {
 
 namespace {
 
+const char* const Calls[] = {
+    "AddClusterResourceDependency",
+    "AddClusterResourceNode",
+    "CloseCluster",
+    "CloseClusterGroup",
+    "CloseClusterNode",
+    "CloseClusterResource",
+    "ClusterCloseEnum",
+    "ClusterEnum",
+    "ClusterGroupCloseEnum",
+    "ClusterGroupEnum",
+    "ClusterGroupOpenEnum",
+    "ClusterOpenEnum",
+    "ClusterResourceCloseEnum",
+    "ClusterResourceControl",
+    "ClusterResourceEnum",
+    "ClusterResourceOpenEnum",
+    "CreateClusterResource",
+    "DeleteClusterResource",
+    "GetClusterFromResource",
+    "GetClusterGroupState",
+    "GetClusterInformation",
+    "GetClusterNodeState",
+    "GetClusterResourceState",
+    "OfflineClusterResource",
+    "OnlineClusterResource",
+    "OpenCluster",
+    "OpenClusterGroup",
+    "OpenClusterNode",
+    "OpenClusterResource",
+    "RemoveClusterResourceDependency",
+    "ResUtilFindDwordProperty",
+    "ResUtilFindSzProperty",
+    "ResUtilGetResourceDependency",
+    "ResUtilGetResourceDependencyByClass",
+    "ResUtilResourceTypesEqual",
+};
+
 // The whole text as a number, decimal or with 0x.
 bool ParseNumber(const std::string& text, unsigned long& number) {
     if (text.empty() || text[0] < '0' || text[0] > '9') {
@@ -64,9 +102,8 @@ bool ParseFault(const std::string& text, Fault& fault) {
         what.erase(at);
     }
     fault.call = what;
-    return !what.empty() && std::all_of(what.begin(), what.end(), [](char c) {
-        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
-    });
+    return std::find(std::begin(Calls), std::end(Calls), what) != std::end(Calls) &&
+           (!fault.forcesState || what == "GetClusterResourceState");
 }
 
 void Faults::Add(const Fault& fault) {
@@ -75,6 +112,11 @@ void Faults::Add(const Fault& fault) {
 
 void Faults::Clear() {
     m_faults.clear();
+}
+
+void Faults::ClearModelFaults() {
+    m_faults.erase(std::remove_if(m_faults.begin(), m_faults.end(), [](const Fault& fault) { return fault.isOfModel; }),
+                   m_faults.end());
 }
 
 const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& objects) {

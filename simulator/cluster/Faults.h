@@ -17,6 +17,7 @@ struct Fault {
     Code code = 0;
     bool forcesState = false; // "state:130": the call succeeds and gives this state
     int state = 0;
+    bool isOfModel = false; // given by the model, and gone with it
     std::size_t seen = 0;
 };
 
@@ -27,6 +28,7 @@ class Faults {
 public:
     void Add(const Fault& fault);
     void Clear();
+    void ClearModelFaults();
 
     // Counts the call, and gives the fault that hits it, or null. `objects` are the names it goes by: resource name,
     // control code.

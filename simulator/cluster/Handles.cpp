@@ -29,7 +29,7 @@ void* Handles::Open(HandleEntry entry) {
     return reinterpret_cast<void*>(m_last);
 }
 
-HandleEntry* Handles::Find(const void* handle, HandleKind kind) {
+const HandleEntry* Handles::Find(const void* handle, HandleKind kind) {
     const auto found = m_open.find(reinterpret_cast<std::uintptr_t>(handle));
     if (found == m_open.end() || found->second.kind != kind) {
         ++m_badCalls;

@@ -16,14 +16,19 @@ enum class HandleKind {
     Resource,
     Group,
     Node,
-    Enum
+    ClusterEnum,
+    GroupEnum,
+    ResourceEnum
 };
 
 struct HandleEntry {
+    explicit HandleEntry(HandleKind itsKind, const std::wstring& itsObject = std::wstring())
+        : kind(itsKind), object(itsObject) {
+    }
+
     HandleKind kind;
-    std::wstring object;                                       // ID or name
+    std::wstring object;                                       // ID or name; of an enumeration, of what was enumerated
     std::vector<std::pair<unsigned long, std::wstring>> items; // of an enumeration: type and name
-    const char* enumCall = "";                                 // which enumeration it is
 };
 
 class Handles {
@@ -31,11 +36,11 @@ public:
     void* Open(HandleEntry entry);
 
     // Null, and counted as a bad call, unless the handle is open and of this kind.
-    HandleEntry* Find(const void* handle, HandleKind kind);
+    const HandleEntry* Find(const void* handle, HandleKind kind);
     const HandleEntry* Peek(const void* handle) const; // null when it is not open; never counted
     bool Close(const void* handle, HandleKind kind);
 
-    std::size_t CountOpen(const char* kind) const; // null: all
+    std::size_t CountOpen(const char* kind) const; // "enum" is any enumeration; null: all
     std::size_t BadCalls() const {
         return m_badCalls;
     }

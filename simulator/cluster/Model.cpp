@@ -2,6 +2,8 @@
 
 #include "Text.h"
 
+#include <algorithm>
+
 namespace clussim {
 
 namespace {
@@ -85,9 +87,10 @@ Resource* Model::AddResource(const std::wstring& resourceName, const std::wstrin
 }
 
 void Model::AddBuiltInTypes() {
+    const bool hasNetworkClass = behaviour.protocol >= 2008;
     const ResourceType builtIn[] = {
         {L"Physical Disk", 1, 0x80000000},
-        {L"IP Address", 0, 0},
+        {L"IP Address", hasNetworkClass ? 2U : 0U, hasNetworkClass ? 0x80000000 : 0U},
         {L"Network Name", 0, 0},
         {L"Generic Service", 0, 0},
         {L"Generic Application", 0, 0},
@@ -100,6 +103,19 @@ void Model::AddBuiltInTypes() {
     for (const ResourceType& type : builtIn) {
         AddType(type);
     }
+}
+
+void Model::Link(Resource& resource, Resource& dependsOn) {
+    resource.dependsOn.push_back(&dependsOn);
+    dependsOn.dependants.push_back(&resource);
+}
+
+void Model::Unlink(Resource& resource, Resource& dependsOn) {
+    const auto erase = [](std::vector<Resource*>& items, const Resource* item) {
+        items.erase(std::remove(items.begin(), items.end(), item), items.end());
+    };
+    erase(resource.dependsOn, &dependsOn);
+    erase(dependsOn.dependants, &resource);
 }
 
 } // namespace clussim

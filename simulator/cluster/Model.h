@@ -75,6 +75,7 @@ struct Resource {
     State state = StateOffline;
     std::int64_t dueAt = 0; // of a pending state, in clock milliseconds; 0: it never ends
     std::vector<Resource*> dependsOn;
+    std::vector<Resource*> dependants; // who depends on it: kept by Model::Link and Unlink
     std::vector<Node*> possibleOwners;
     bool ownersGiven = false; // listed in the model file, and not just all nodes
     PropertySet common;
@@ -124,7 +125,11 @@ public:
     bool AddGroup(Group group);
     Resource* AddResource(const std::wstring& resourceName, const std::wstring& id, const ResourceType* type,
                           Group* group); // null when name or ID is taken
-    void AddBuiltInTypes();
+    void AddBuiltInTypes();              // those that are not there yet
+
+    // Make and end a dependency; the rules are the caller's to check.
+    static void Link(Resource& resource, Resource& dependsOn);
+    static void Unlink(Resource& resource, Resource& dependsOn);
 
     // Operations, with the codes of the cluster API. `now` is the clock in milliseconds.
     Code Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id);
@@ -145,7 +150,6 @@ public:
 
 private:
     void Complete(Resource& resource, std::int64_t now);
-    std::vector<Resource*> Dependants(const Resource& resource) const;
 
     std::unordered_map<std::wstring, Node*> m_nodesByName;
     std::unordered_map<std::wstring, Group*> m_groupsByName;

@@ -67,6 +67,31 @@ Code WriteFlushed(const std::wstring& path, const std::string& text) {
     return FlushFileBuffers(file.get()) ? static_cast<Code>(ERROR_SUCCESS) : GetLastError();
 }
 
+// A file that somebody is just looking at cannot be replaced, so this tries for a while.
+Code Replace(const std::wstring& from, const std::wstring& to) {
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            return ERROR_SUCCESS;
+        }
+        const Code code = GetLastError();
+        if ((code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION) || attempt == 100) {
+            return code;
+        }
+        Sleep(5);
+    }
+}
+
+// One mutex per file, named by a hash of its full path.
+std::wstring MutexName(const std::wstring& path) {
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), &full[0], nullptr));
+    unsigned long long hash = 14695981039346656037ULL;
+    for (const wchar_t c : Folded(full)) {
+        hash = (hash ^ c) * 1099511628211ULL;
+    }
+    return L"clussim-" + std::to_wstring(hash);
+}
+
 } // namespace
 
 std::wstring ThisComputer() {
@@ -76,7 +101,9 @@ std::wstring ThisComputer() {
     return name;
 }
 
-ModelFile::~ModelFile() = default;
+ModelFile::~ModelFile() {
+    SetPath(L"");
+}
 
 bool ModelFile::Stamp::operator==(const Stamp& other) const {
     return indexHigh == other.indexHigh && indexLow == other.indexLow && size == other.size &&
@@ -84,9 +111,16 @@ bool ModelFile::Stamp::operator==(const Stamp& other) const {
 }
 
 void ModelFile::SetPath(const std::wstring& path) {
+    if (m_mutex) {
+        CloseHandle(m_mutex);
+        m_mutex = nullptr;
+    }
     m_path = path;
     m_told.clear();
     Forget();
+    if (!path.empty()) {
+        m_mutex = CreateMutexW(nullptr, FALSE, MutexName(path).c_str());
+    }
 }
 
 void ModelFile::Forget() {
@@ -109,6 +143,7 @@ Model* ModelFile::Current() {
     if (m_path.empty()) {
         return nullptr;
     }
+    const Turn turn(*this);
     const FileHandle file(CreateFileW(m_path.c_str(), GENERIC_READ,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -144,11 +179,11 @@ Model* ModelFile::Current() {
 }
 
 Code ModelFile::Write() {
-    const std::wstring temporary = m_path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    // Only whoever has the turn writes, so one name will do: what a dead process left there is overwritten.
+    const std::wstring temporary = m_path + L".new";
     Code code = WriteFlushed(temporary, WriteModel(*m_model));
-    if (code == ERROR_SUCCESS &&
-        !MoveFileExW(temporary.c_str(), m_path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-        code = GetLastError();
+    if (code == ERROR_SUCCESS) {
+        code = Replace(temporary, m_path);
     }
     if (code != ERROR_SUCCESS) {
         DeleteFileW(temporary.c_str());
@@ -156,30 +191,17 @@ Code ModelFile::Write() {
     return code;
 }
 
-ModelFile::Turn::Turn(const ModelFile& file) : m_mutex(nullptr) {
-    if (file.m_path.empty()) {
-        return;
-    }
-    // One mutex per file, named by a hash of its full path.
-    wchar_t full[MAX_PATH * 4] = L"";
-    GetFullPathNameW(file.m_path.c_str(), MAX_PATH * 4, full, nullptr);
-    unsigned long long hash = 1469598103934665603ULL;
-    for (const wchar_t c : Folded(full)) {
-        hash = (hash ^ c) * 1099511628211ULL;
-    }
-    wchar_t name[64];
-    _snwprintf(name, 64, L"clussim-%08lx%08lx", static_cast<unsigned long>(hash >> 32),
-               static_cast<unsigned long>(hash & 0xFFFFFFFF));
-    m_mutex = CreateMutexW(nullptr, FALSE, name);
-    if (m_mutex) {
-        WaitForSingleObject(m_mutex, INFINITE);
+ModelFile::Turn::Turn(const ModelFile& file) : m_mutex(file.m_mutex) {
+    // A dead process's turn is taken over: the file is whole at any moment.
+    if (!m_mutex || WaitForSingleObject(m_mutex, INFINITE) == WAIT_FAILED) {
+        m_mutex = nullptr;
+        m_error = ERROR_SHARING_VIOLATION;
     }
 }
 
 ModelFile::Turn::~Turn() {
     if (m_mutex) {
         ReleaseMutex(m_mutex);
-        CloseHandle(m_mutex);
     }
 }
 

@@ -11,10 +11,16 @@ namespace clussim {
 
 class ModelFile {
 public:
+    ModelFile() = default;
     ~ModelFile();
+    ModelFile(const ModelFile&) = delete;
+    ModelFile& operator=(const ModelFile&) = delete;
 
     // The file to work on; empty for none.
     void SetPath(const std::wstring& path);
+    bool HasPath() const {
+        return !m_path.empty();
+    }
 
     // The model, read again when the file has changed. Null when there is no file or it is malformed: the reason is
     // then told once on standard error and to the debugger.
@@ -26,7 +32,7 @@ public:
     // Forgets what was read, so that Current reads again.
     void Forget();
 
-    // Keeps other processes from changing the file; a process that dies gives its turn up.
+    // Keeps other processes from reading and changing the file; a process that dies gives its turn up.
     class Turn {
     public:
         explicit Turn(const ModelFile& file);
@@ -34,8 +40,14 @@ public:
         Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
 
+        // Why there is no turn; 0 when there is one.
+        Code Error() const {
+            return m_error;
+        }
+
     private:
         HANDLE m_mutex;
+        Code m_error = 0;
     };
 
 private:
@@ -52,6 +64,7 @@ private:
     void Tell(const std::string& message);
 
     std::wstring m_path;
+    HANDLE m_mutex = nullptr;
     std::unique_ptr<Model> m_model;
     Stamp m_stamp;
     std::string m_told;

@@ -19,6 +19,12 @@ std::unique_ptr<Model> ReadModel(const std::string& json, const std::wstring& th
 
 std::string WriteModel(const Model& model);
 
+// What states are called in the text. False when there is no such name.
+const char* StateName(State state);
+bool StateByName(const std::string& name, State& state);
+const char* StatusName(Node::Status status);
+bool StatusByName(const std::string& name, Node::Status& status);
+
 } // namespace clussim
 
 #endif

@@ -60,22 +60,15 @@ Code Model::Create(Group& group, const std::wstring& resourceName, const std::ws
     return ERROR_SUCCESS;
 }
 
-std::vector<Resource*> Model::Dependants(const Resource& resource) const {
-    std::vector<Resource*> dependants;
-    for (Resource* other : resource.group->resources) {
-        if (Contains(other->dependsOn, resource)) {
-            dependants.push_back(other);
-        }
-    }
-    return dependants;
-}
-
 Code Model::Delete(Resource& resource) {
     if (resource.state != StateOffline && resource.state != StateFailed) {
         return behaviour.deleteOnline;
     }
-    if (!Dependants(resource).empty()) {
+    if (!resource.dependants.empty()) {
         return ERROR_DEPENDENT_RESOURCE_EXISTS;
+    }
+    while (!resource.dependsOn.empty()) {
+        Unlink(resource, *resource.dependsOn.back());
     }
     Erase(resource.group->resources, resource);
     Erase(m_pending, resource);
@@ -146,7 +139,7 @@ Code Model::Offline(Resource& resource, std::int64_t now) {
     std::int64_t start = now;
     bool waits = false;
     bool waitsForever = false;
-    for (Resource* dependant : Dependants(resource)) {
+    for (Resource* dependant : resource.dependants) {
         const Code code = dependant->state == StateOfflinePending ? ERROR_IO_PENDING : Offline(*dependant, now);
         if (code == ERROR_IO_PENDING) {
             waits = true;
@@ -232,7 +225,7 @@ Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
     if (refused) {
         return ERROR_RESOURCE_ONLINE;
     }
-    resource.dependsOn.push_back(&dependsOn);
+    Link(resource, dependsOn);
     return ERROR_SUCCESS;
 }
 
@@ -240,7 +233,7 @@ Code Model::RemoveDependency(Resource& resource, Resource& dependsOn) {
     if (!Contains(resource.dependsOn, dependsOn)) {
         return ERROR_DEPENDENCY_NOT_FOUND;
     }
-    Erase(resource.dependsOn, dependsOn);
+    Unlink(resource, dependsOn);
     return ERROR_SUCCESS;
 }
 

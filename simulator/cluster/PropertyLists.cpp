@@ -1,5 +1,7 @@
 #include "PropertyLists.h"
 
+#include "Text.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -173,6 +175,46 @@ bool ToPropertyValue(std::uint32_t syntax, const Bytes& bytes, PropertyValue& va
     }
 }
 
+// A property as a list has it: its name and the first of its values.
+struct ListedProperty {
+    std::wstring name;
+    bool hasValue = false;
+    std::uint32_t syntax = 0;
+    Bytes bytes;
+};
+
+Code ReadListed(Reader& reader, ListedProperty& property) {
+    std::uint32_t syntax = 0;
+    std::uint32_t length = 0;
+    Bytes bytes;
+    if (!reader.Dword(syntax) || !reader.Dword(length)) {
+        return ERROR_INSUFFICIENT_BUFFER;
+    }
+    if (syntax != SyntaxName) {
+        return ERROR_INVALID_DATA;
+    }
+    if (!reader.Value(length, bytes)) {
+        return ERROR_INSUFFICIENT_BUFFER;
+    }
+    property.name = FirstText(bytes);
+    for (;;) {
+        if (!reader.Dword(syntax)) {
+            return ERROR_INSUFFICIENT_BUFFER;
+        }
+        if (syntax == SyntaxEndMark) {
+            return ERROR_SUCCESS;
+        }
+        if (!reader.Dword(length) || !reader.Value(length, bytes)) {
+            return ERROR_INSUFFICIENT_BUFFER;
+        }
+        if (!property.hasValue) {
+            property.hasValue = true;
+            property.syntax = syntax;
+            property.bytes = bytes;
+        }
+    }
+}
+
 } // namespace
 
 Bytes TextBytes(const std::wstring& text) {
@@ -221,43 +263,38 @@ Code ParsePropertyList(const void* data, std::size_t cb, PropertySet& properties
         return ERROR_INSUFFICIENT_BUFFER;
     }
     for (; count > 0; --count) {
-        std::uint32_t syntax = 0;
-        std::uint32_t length = 0;
-        Bytes nameBytes;
-        if (!reader.Dword(syntax) || !reader.Dword(length)) {
-            return ERROR_INSUFFICIENT_BUFFER;
-        }
-        if (syntax != SyntaxName) {
-            return ERROR_INVALID_DATA;
-        }
-        if (!reader.Value(length, nameBytes)) {
-            return ERROR_INSUFFICIENT_BUFFER;
+        ListedProperty property;
+        const Code code = ReadListed(reader, property);
+        if (code != ERROR_SUCCESS) {
+            return code;
         }
         PropertyValue value;
-        bool first = true;
-        for (;;) {
-            if (!reader.Dword(syntax)) {
-                return ERROR_INSUFFICIENT_BUFFER;
-            }
-            if (syntax == SyntaxEndMark) {
-                break;
-            }
-            Bytes bytes;
-            if (!reader.Dword(length) || !reader.Value(length, bytes)) {
-                return ERROR_INSUFFICIENT_BUFFER;
-            }
-            if (first && !ToPropertyValue(syntax, bytes, value)) {
-                return ERROR_INVALID_DATA;
-            }
-            first = false;
-        }
-        const std::wstring name = FirstText(nameBytes);
-        if (first || name.empty()) {
+        if (!property.hasValue || property.name.empty() || !ToPropertyValue(property.syntax, property.bytes, value)) {
             return ERROR_INVALID_DATA;
         }
-        properties.Set(name, value);
+        properties.Set(property.name, value);
     }
     return ERROR_SUCCESS;
+}
+
+Code FindListedProperty(const void* data, std::size_t cb, const std::wstring& name, PropertyValue& value) {
+    Reader reader(data, cb);
+    std::uint32_t count = 0;
+    if (!reader.Dword(count)) {
+        return ERROR_INVALID_DATA;
+    }
+    const std::wstring wanted = Folded(name);
+    for (; count > 0; --count) {
+        ListedProperty property;
+        if (ReadListed(reader, property) != ERROR_SUCCESS) {
+            return ERROR_INVALID_DATA;
+        }
+        if (Folded(property.name) == wanted) {
+            const bool isKnown = property.hasValue && ToPropertyValue(property.syntax, property.bytes, value);
+            return isKnown ? static_cast<Code>(ERROR_SUCCESS) : static_cast<Code>(ERROR_INVALID_DATA);
+        }
+    }
+    return ERROR_FILE_NOT_FOUND;
 }
 
 } // namespace clussim

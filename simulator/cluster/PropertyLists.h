@@ -15,6 +15,9 @@ Bytes TextBytes(const std::wstring& text); // UTF-16 with its terminator
 // Reads a list sent by a caller; never past `cb`. 0, 13 (malformed) or 122 (longer than `cb`).
 Code ParsePropertyList(const void* data, std::size_t cb, PropertySet& properties);
 
+// Looks one property up in a list, the same way; of several values it gives the first. 0, 2 (not in the list) or 13.
+Code FindListedProperty(const void* data, std::size_t cb, const std::wstring& name, PropertyValue& value);
+
 } // namespace clussim
 
 #endif

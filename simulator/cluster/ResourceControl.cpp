@@ -2,6 +2,7 @@
 #include "Call.h"
 #include "ExportedApi.h"
 #include "PropertyLists.h"
+#include "Text.h"
 
 #include <cstdio>
 #include <cstring>
@@ -145,46 +146,46 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
                                     DWORD cbOut, LPDWORD cbReturned) {
     Call call("ClusterResourceControl", {Arg("resource", handle), Arg("node", node), Arg("code", code),
                                          JournalValue::Of("in", in, cbIn), Arg("cbOut", cbOut)});
-    wchar_t codeText[16];
-    _snwprintf(codeText, 16, L"0x%08lx", code);
-    if (const Fault* fault = call.HitResource(handle, codeText)) {
-        if (cbReturned) {
-            *cbReturned = 0;
-        }
-        return call.Return(fault->code);
-    }
-    const auto finish = [&](Code result, DWORD cb) {
+    const auto finish = [&](Code result, DWORD cb = 0) {
         if (cbReturned) {
             *cbReturned = cb;
         }
         return call.Return(result);
     };
+    if (call.service().HasFaults()) {
+        wchar_t codeText[16];
+        _snwprintf(codeText, 16, L"0x%08lx", code);
+        if (const Fault* fault = call.HitHandle(handle, codeText)) {
+            return finish(fault->code);
+        }
+    }
+    Model* model = call.service().Running();
+    Resource* resource = nullptr;
+    const Code found = call.ResourceOf(model, handle, resource);
+    if (found != ERROR_SUCCESS) {
+        return finish(found);
+    }
+    if (node && !call.service().handles.Find(node, HandleKind::Node)) {
+        return finish(ERROR_INVALID_HANDLE);
+    }
     if (code == ControlSetPrivate || code == ControlSetCommon || code == ControlValidatePrivate) {
         if (!in) {
-            return finish(RPC_X_BAD_STUB_DATA, 0);
+            return finish(RPC_X_BAD_STUB_DATA);
         }
         PropertySet properties;
         const Code parsed = ParsePropertyList(in, cbIn, properties);
         if (parsed != ERROR_SUCCESS || code == ControlValidatePrivate) {
-            return finish(parsed, 0);
+            return finish(parsed);
         }
-        return finish(call.service().Change([&](Model& model) {
-            Resource* resource = nullptr;
-            const Code found = call.ResourceOf(&model, handle, resource);
-            return found != ERROR_SUCCESS ? found : Set(*resource, code, properties);
-        }),
-                      0);
-    }
-    Model* model = call.service().Current();
-    Resource* resource = nullptr;
-    const Code found = call.ResourceOf(model, handle, resource);
-    if (found != ERROR_SUCCESS) {
-        return finish(found, 0);
+        return finish(call.service().Change([&](Model& changed) {
+            const Code stillThere = call.ResourceOf(&changed, handle, resource);
+            return stillThere != ERROR_SUCCESS ? stillThere : Set(*resource, code, properties);
+        }));
     }
     Bytes bytes;
     const Code read = Read(*resource, code, bytes);
     if (read != ERROR_SUCCESS) {
-        return finish(read, 0);
+        return finish(read);
     }
     const DWORD cb = static_cast<DWORD>(bytes.size());
     if (!out || cbOut < cb) {

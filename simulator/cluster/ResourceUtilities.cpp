@@ -1,6 +1,8 @@
 // The exports of resutils.dll. They work through clusapi.dll, so that both always agree.
 #include "ExportedApi.h"
 #include "PropertyLists.h"
+#include "Text.h"
+#include "UtilityCall.h"
 
 #include <cstring>
 
@@ -90,30 +92,61 @@ template <typename Matches> HRESOURCE FindDependency(HCLUSTER cluster, HRESOURCE
     return found;
 }
 
+// The call as clusapi.dll sees it: counted, journalled, hit by faults.
+class UtilityCall {
+public:
+    UtilityCall(UtilityCallName name, const void* resource, LPCWSTR text)
+        : m_call(ClusSimBeginUtilityCall(name, resource, text, &m_fault)) {
+    }
+    UtilityCall(const UtilityCall&) = delete;
+    UtilityCall& operator=(const UtilityCall&) = delete;
+
+    // 0: there is none.
+    DWORD Fault() const {
+        return m_fault;
+    }
+
+    DWORD Return(DWORD code) {
+        ClusSimEndUtilityCall(m_call, UtilityResultCode, nullptr, code);
+        return code;
+    }
+    HRESOURCE ReturnHandle(HRESOURCE handle, DWORD code) {
+        ClusSimEndUtilityCall(m_call, UtilityResultHandle, handle, code);
+        return handle;
+    }
+    BOOL ReturnBool(bool isTrue) {
+        ClusSimEndUtilityCall(m_call, UtilityResultBool, nullptr, isTrue);
+        return isTrue;
+    }
+
+private:
+    unsigned long m_fault = 0;
+    void* m_call;
+};
+
 // The list is bounded by its count: what stands behind it in the buffer is not looked at.
 DWORD FindProperty(PVOID list, DWORD cb, LPCWSTR name, PropertyValue::Kind kind, PropertyValue& value) {
-    PropertySet properties;
-    if (!list || !name || ParsePropertyList(list, cb, properties) != ERROR_SUCCESS) {
-        return ERROR_INVALID_DATA;
+    if (!list || !name) {
+        return ERROR_INVALID_PARAMETER;
     }
-    const PropertyValue* found = properties.Find(name);
-    if (!found) {
-        return ERROR_FILE_NOT_FOUND;
-    }
-    if (found->kind != kind) {
-        return ERROR_INVALID_DATA;
-    }
-    value = *found;
-    return ERROR_SUCCESS;
+    const Code code = FindListedProperty(list, cb, name, value);
+    return code == ERROR_SUCCESS && value.kind != kind ? static_cast<Code>(ERROR_INVALID_DATA) : code;
 }
 
 } // namespace
 
 HRESOURCE WINAPI ResUtilGetResourceDependency(HANDLE self, LPCWSTR type) {
     const HRESOURCE resource = static_cast<HRESOURCE>(self);
-    const HCLUSTER cluster = type ? GetClusterFromResource(resource) : nullptr;
+    UtilityCall call(UtilityGetResourceDependency, self, type);
+    if (call.Fault() != ERROR_SUCCESS) {
+        return call.ReturnHandle(nullptr, call.Fault());
+    }
+    if (!type) {
+        return call.ReturnHandle(nullptr, ERROR_INVALID_PARAMETER);
+    }
+    const HCLUSTER cluster = GetClusterFromResource(resource);
     if (!cluster) {
-        return nullptr;
+        return call.ReturnHandle(nullptr, GetLastError());
     }
     const std::wstring wanted = Folded(type);
     const HRESOURCE found = FindDependency(cluster, resource, false, [&](HRESOURCE dependency) {
@@ -122,47 +155,66 @@ HRESOURCE WINAPI ResUtilGetResourceDependency(HANDLE self, LPCWSTR type) {
     });
     const DWORD error = GetLastError();
     CloseCluster(cluster);
-    SetLastError(error);
-    return found;
+    return call.ReturnHandle(found, error);
 }
 
 HRESOURCE WINAPI ResUtilGetResourceDependencyByClass(HCLUSTER cluster, HANDLE self, PCLUS_RESOURCE_CLASS_INFO info,
                                                      BOOL recurse) {
-    return FindDependency(cluster, static_cast<HRESOURCE>(self), recurse != FALSE, [&](HRESOURCE dependency) {
-        CLUS_RESOURCE_CLASS_INFO its = {};
-        DWORD cb = 0;
-        return ClusterResourceControl(dependency, nullptr, CLUSCTL_RESOURCE_GET_CLASS_INFO, nullptr, 0, &its,
-                                      sizeof(its),
-                                      &cb) == ERROR_SUCCESS &&
-               its.rc == info->rc; // the subclass does not matter
-    });
+    UtilityCall call(UtilityGetResourceDependencyByClass, self, nullptr);
+    if (call.Fault() != ERROR_SUCCESS) {
+        return call.ReturnHandle(nullptr, call.Fault());
+    }
+    if (!info) {
+        return call.ReturnHandle(nullptr, ERROR_INVALID_PARAMETER);
+    }
+    const HRESOURCE found =
+        FindDependency(cluster, static_cast<HRESOURCE>(self), recurse != FALSE, [info](HRESOURCE dependency) {
+            CLUS_RESOURCE_CLASS_INFO its = {};
+            DWORD cb = 0;
+            return ClusterResourceControl(dependency, nullptr, CLUSCTL_RESOURCE_GET_CLASS_INFO, nullptr, 0, &its,
+                                          sizeof(its), &cb) == ERROR_SUCCESS &&
+                   its.rc == info->rc; // the subclass does not matter
+        });
+    return call.ReturnHandle(found, GetLastError());
 }
 
 DWORD WINAPI ResUtilFindSzProperty(PVOID list, DWORD cb, LPCWSTR name, LPWSTR* text) {
+    UtilityCall call(UtilityFindSzProperty, nullptr, name);
+    if (call.Fault() != ERROR_SUCCESS) {
+        return call.Return(call.Fault());
+    }
     PropertyValue value;
     const DWORD code = FindProperty(list, cb, name, PropertyValue::Sz, value);
     if (code != ERROR_SUCCESS || !text) {
-        return code;
+        return call.Return(code);
     }
     const std::size_t cbText = (value.text.size() + 1) * sizeof(wchar_t);
     *text = static_cast<LPWSTR>(LocalAlloc(LMEM_FIXED, cbText));
     if (!*text) {
-        return ERROR_NOT_ENOUGH_MEMORY;
+        return call.Return(ERROR_NOT_ENOUGH_MEMORY);
     }
     std::memcpy(*text, value.text.c_str(), cbText);
-    return ERROR_SUCCESS;
+    return call.Return(ERROR_SUCCESS);
 }
 
 DWORD WINAPI ResUtilFindDwordProperty(PVOID list, DWORD cb, LPCWSTR name, LPDWORD number) {
+    UtilityCall call(UtilityFindDwordProperty, nullptr, name);
+    if (call.Fault() != ERROR_SUCCESS) {
+        return call.Return(call.Fault());
+    }
     PropertyValue value;
     const DWORD code = FindProperty(list, cb, name, PropertyValue::Dword, value);
     if (code == ERROR_SUCCESS && number) {
         *number = value.number;
     }
-    return code;
+    return call.Return(code);
 }
 
 BOOL WINAPI ResUtilResourceTypesEqual(LPCWSTR type, HRESOURCE resource) {
+    UtilityCall call(UtilityResourceTypesEqual, resource, type);
+    if (call.Fault() != ERROR_SUCCESS) {
+        return call.ReturnBool(false);
+    }
     std::wstring itsType;
-    return type && resource && TypeOf(resource, itsType) && Folded(itsType) == Folded(type);
+    return call.ReturnBool(type && resource && TypeOf(resource, itsType) && Folded(itsType) == Folded(type));
 }

@@ -54,9 +54,7 @@ Model* Service::Current() {
         model = m_file.Current();
         if (model && !m_fileFaultsAdded) {
             m_fileFaultsAdded = true; // once: their counts go on when the file is read again
-            for (const std::string& text : model->faults) {
-                AddFault(text.c_str());
-            }
+            AddModelFaults(*model);
         }
     }
     if (model) {
@@ -65,14 +63,22 @@ Model* Service::Current() {
     return model;
 }
 
+Model* Service::Running() {
+    Model* model = Current();
+    return model && model->running ? model : nullptr;
+}
+
 Code Service::Change(const std::function<Code(Model&)>& change) {
     if (m_memory) {
-        m_memory->Settle(Now());
-        return change(*m_memory);
+        return Running() ? change(*m_memory) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     LoadConfiguration();
     const ModelFile::Turn turn(m_file);
-    Model* model = Current();
+    if (turn.Error() != ERROR_SUCCESS) {
+        return m_file.HasPath() ? turn.Error() : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+    }
+    m_file.Forget(); // two writes in one tick of the file system's clock can look alike
+    Model* model = Running();
     if (!model) {
         return RPC_S_SERVER_UNAVAILABLE;
     }
@@ -101,6 +107,10 @@ const Fault* Service::Hit(const char* call, const std::vector<std::wstring>& obj
 }
 
 bool Service::LoadModel(const char* json, std::string& error) {
+    if (!json) {
+        error = "no text";
+        return false;
+    }
     try {
         std::unique_ptr<Model> model = clussim::ReadModel(json, ThisComputer());
         m_configured = true; // an in-memory model ignores the environment
@@ -111,9 +121,8 @@ bool Service::LoadModel(const char* json, std::string& error) {
         return false;
     }
     journal.recording = true;
-    for (const std::string& text : m_memory->faults) {
-        AddFault(text.c_str());
-    }
+    m_faults.ClearModelFaults();
+    AddModelFaults(*m_memory);
     return true;
 }
 
@@ -142,6 +151,15 @@ bool Service::AddFault(const char* text) {
     }
     m_faults.Add(fault);
     return true;
+}
+
+void Service::AddModelFaults(const Model& model) {
+    for (const std::string& text : model.faults) {
+        Fault fault;
+        ParseFault(text, fault);
+        fault.isOfModel = true;
+        m_faults.Add(fault);
+    }
 }
 
 void Service::ClearFaults() {

@@ -26,6 +26,9 @@ public:
     // none.
     Model* Current();
 
+    // The same for cluster calls: null too while the cluster does not run.
+    Model* Running();
+
     // Changes the model and, in file mode, writes it back under the lock shared with other processes. The change finds
     // its objects itself, as the model may be read anew before. A change that cannot be written is undone and answers
     // with the Win32 code.
@@ -57,6 +60,7 @@ public:
 private:
     Service();
     void LoadConfiguration();
+    void AddModelFaults(const Model& model);
 
     std::unique_ptr<Model> m_memory; // loaded by a test
     ModelFile m_file;

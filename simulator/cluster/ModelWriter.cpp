@@ -1,0 +1,176 @@
+#include "ModelJson.h"
+#include "Text.h"
+
+#include <nlohmann/json.hpp>
+
+namespace clussim {
+
+namespace {
+
+typedef nlohmann::ordered_json Json;
+
+std::string NodeText(const Node& node) {
+    return node.isThisComputer ? "." : Utf8(node.name);
+}
+
+Json PropertiesJson(const PropertySet& properties) {
+    Json json = Json::object();
+    for (const PropertySet::Item& item : properties.Items()) {
+        Json value;
+        switch (item.value.kind) {
+        case PropertyValue::Sz:
+            value = Utf8(item.value.text);
+            break;
+        case PropertyValue::Dword:
+            value = item.value.number;
+            break;
+        case PropertyValue::MultiSz:
+            value = Json::array();
+            for (const std::wstring& text : item.value.texts) {
+                value.push_back(Utf8(text));
+            }
+            break;
+        case PropertyValue::ExpandSz:
+            value = {{"expandSz", Utf8(item.value.text)}};
+            break;
+        case PropertyValue::Binary: {
+            std::string hex;
+            for (const unsigned char byte : item.value.bytes) {
+                hex += "0123456789abcdef"[byte >> 4];
+                hex += "0123456789abcdef"[byte & 15];
+            }
+            value = {{"binary", hex}};
+            break;
+        }
+        }
+        json[Utf8(item.name)] = value;
+    }
+    return json;
+}
+
+Json ResourceJson(const Resource& resource) {
+    Json json;
+    json["name"] = Utf8(resource.name);
+    json["type"] = Utf8(resource.type->name);
+    json["id"] = Utf8(resource.id);
+    json["group"] = Utf8(resource.group->name);
+    json["state"] = StateName(resource.state);
+    if (resource.dueAt != 0) {
+        json["dueAt"] = resource.dueAt;
+    }
+    json["dependsOn"] = Json::array();
+    for (const Resource* provider : resource.dependsOn) {
+        json["dependsOn"].push_back(Utf8(provider->name));
+    }
+    if (resource.ownersGiven) {
+        json["possibleOwners"] = Json::array();
+        for (const Node* node : resource.possibleOwners) {
+            json["possibleOwners"].push_back(NodeText(*node));
+        }
+    }
+    if (!resource.common.Items().empty()) {
+        json["common"] = PropertiesJson(resource.common);
+    }
+    if (!resource.privateProperties.Items().empty()) {
+        json["private"] = PropertiesJson(resource.privateProperties);
+    }
+    if (resource.disk) {
+        Json disk;
+        if (resource.disk->guid.empty()) {
+            disk["signature"] = resource.disk->signature;
+        } else {
+            disk["guid"] = Utf8(resource.disk->guid);
+        }
+        disk["number"] = resource.disk->number;
+        disk["partitions"] = Json::array();
+        for (const Partition& partition : resource.disk->partitions) {
+            Json item = {{"device", Utf8(partition.device)}};
+            if (!partition.label.empty()) {
+                item["label"] = Utf8(partition.label);
+            }
+            disk["partitions"].push_back(item);
+        }
+        json["disk"] = disk;
+    }
+    if (resource.onlineMs != 0) {
+        json["onlineMs"] = resource.onlineMs;
+    }
+    if (resource.offlineMs != 0) {
+        json["offlineMs"] = resource.offlineMs;
+    }
+    if (resource.failsOnline) {
+        json["failsOnline"] = true;
+    }
+    if (resource.staysPending) {
+        json["staysPending"] = true;
+    }
+    return json;
+}
+
+Json ClusterJson(const Model& model) {
+    Json json = {{"name", Utf8(model.name)}};
+    if (!model.running) {
+        json["running"] = false;
+    }
+    const Behaviour standard;
+    Json behaviour = Json::object();
+    if (model.behaviour.emptyMaskIsEmptyList) {
+        behaviour["enumMaskZero"] = "empty";
+    }
+    if (model.behaviour.deleteOnline != standard.deleteOnline) {
+        behaviour["deleteOnline"] = model.behaviour.deleteOnline;
+    }
+    if (model.behaviour.offlineFailed != standard.offlineFailed) {
+        behaviour["offlineFailed"] = model.behaviour.offlineFailed;
+    }
+    if (model.behaviour.protocol != standard.protocol) {
+        behaviour["protocol"] = model.behaviour.protocol;
+    }
+    if (!behaviour.empty()) {
+        json["behaviour"] = behaviour;
+    }
+    return json;
+}
+
+} // namespace
+
+std::string WriteModel(const Model& model) {
+    Json json;
+    json["cluster"] = ClusterJson(model);
+    if (model.typesGiven) {
+        json["resourceTypes"] = Json::array();
+        for (const ResourceType& type : model.types) {
+            json["resourceTypes"].push_back(
+                {{"name", Utf8(type.name)}, {"class", type.classCode}, {"subclass", type.subclass}});
+        }
+    }
+    json["nodes"] = Json::array();
+    for (const Node& node : model.nodes) {
+        Json item = {{"name", NodeText(node)}};
+        if (node.status != Node::Status::Up) {
+            item["state"] = StatusName(node.status);
+        }
+        json["nodes"].push_back(item);
+    }
+    json["groups"] = Json::array();
+    for (const Group& group : model.groups) {
+        Json item = {{"name", Utf8(group.name)}, {"owner", NodeText(*group.owner)}};
+        if (!group.preferredOwners.empty()) {
+            item["preferredOwners"] = Json::array();
+            for (const Node* node : group.preferredOwners) {
+                item["preferredOwners"].push_back(NodeText(*node));
+            }
+        }
+        json["groups"].push_back(item);
+    }
+    json["resources"] = Json::array();
+    for (const Resource& resource : model.resources) {
+        json["resources"].push_back(ResourceJson(resource));
+    }
+    if (!model.faults.empty()) {
+        json["faults"] = model.faults;
+    }
+    return json.dump(2) + "\n";
+}
+
+} // namespace clussim
