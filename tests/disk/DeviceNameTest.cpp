@@ -67,12 +67,28 @@ TEST_F(DiskDeviceName, EveryDigitIsPutInItsPlace) {
 
 // All names that are neither a path nor a partition end the same way, without the volume manager being asked.
 TEST_F(DiskDeviceName, AnyOtherNameIsSkipped) {
-    for (const std::string name :
-         {"Disk12Partition1", "Disk1Partition12", "DiskPartition1", "Disk1Partition", "disk1partition1",
-          "DISK1PARTITION1", "Disk1partition1", " Disk1Partition1", "Disk1Partition1 ", "XDisk1Partition1",
-          "Disk1Partition1\\\\", "Disk1Partition1\\Data", "Disk1Partition1\\Data\\", "DiskAPartition1",
-          "Disk1PartitionA", "Disk1 Partition1", "Disk-1Partition1", "\\Device\\Harddisk1\\Partition1", "F", "1:",
-          "\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition1", "Harddisk1Partition1"}) {
+    for (const std::string name : {"Disk12Partition1",
+                                   "Disk1Partition12",
+                                   "DiskPartition1",
+                                   "Disk1Partition",
+                                   "disk1partition1",
+                                   "DISK1PARTITION1",
+                                   "Disk1partition1",
+                                   " Disk1Partition1",
+                                   "Disk1Partition1 ",
+                                   "XDisk1Partition1",
+                                   "Disk1Partition1\\\\",
+                                   "Disk1Partition1\\Data",
+                                   "Disk1Partition1\\Data\\",
+                                   "DiskAPartition1",
+                                   "Disk1PartitionA",
+                                   "Disk1 Partition1",
+                                   "Disk-1Partition1",
+                                   "\\Device\\Harddisk1\\Partition1",
+                                   "F",
+                                   "1:",
+                                   "\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition1",
+                                   "Harddisk1Partition1"}) {
         EXPECT_EQ(PathsOf({name}), Paths{}) << name;
         const std::string withBackslash = name.back() == '\\' ? name : name + "\\";
         EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: " + name,
@@ -85,9 +101,9 @@ TEST_F(DiskDeviceName, AnyOtherNameIsSkipped) {
 
 TEST_F(DiskDeviceName, AnEmptyNameIsSkippedWithoutABackslash) {
     EXPECT_EQ(PathsOf({""}), Paths{});
-    EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: ",
-                                EnterTranslation, "I Translating device name .", LeaveTranslation,
-                                "W translation fail, skip disk", LeaveLetters}));
+    EXPECT_EQ(TakeLog(),
+              Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: ", EnterTranslation,
+                     "I Translating device name .", LeaveTranslation, "W translation fail, skip disk", LeaveLetters}));
 }
 
 TEST_F(DiskDeviceName, FormatCharactersAreText) {

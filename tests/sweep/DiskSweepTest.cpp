@@ -1,0 +1,81 @@
+// The disk paths, with each platform call and allocation failing on the way to them.
+#include "DiskFixture.h"
+#include "FaultSweep.h"
+
+using namespace harness;
+
+namespace {
+
+const char* const Devices[] = {"F:", "Disk1Partition2", "nothing", "Disk0Partition9"};
+
+class DiskSweep : public ClusterTest {
+protected:
+    DiskSweep() : volumes(Platform()) {
+        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition2\\", L"\\\\?\\Volume{12}\\", {L"G:\\"});
+        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk0\\Partition9\\", L"\\\\?\\Volume{09}\\",
+                    {L"H:\\Data\\", L"I:\\"});
+    }
+
+    // Sweeps an operation on the opened disk. With a fault the result is one of `faulted`, or the good one.
+    void SweepDisk(const std::function<std::string(HRESOURCE)>& operation, const std::string& good,
+                   std::vector<std::string> faulted) {
+        faulted.push_back("not open");
+        faulted.push_back(good);
+        Sweep sweep;
+        sweep.prepare = [this] {
+            Load(GivenCluster()
+                     .Node("NODE-A")
+                     .Group("EVS1", "NODE-A")
+                     .Disk("Disk", std::vector<std::string>(std::begin(Devices), std::end(Devices))));
+        };
+        sweep.body = [&] {
+            CCluster cluster;
+            CClusterResource disk;
+            if (!cluster.OpenByLPC() || !cluster.OpenResourceByName(disk, L"Disk")) {
+                return std::string("not open");
+            }
+            return operation(disk.GetResourceHandle());
+        };
+        sweep.check = [&](const SweepRun& run) {
+            EXPECT_EQ(volumes.LibrariesHeld(), 0) << run.fault;
+            if (!run.faulted) {
+                EXPECT_EQ(run.result, good);
+            } else if (!run.threw) {
+                EXPECT_THAT(faulted, ::testing::Contains(run.result)) << run.fault;
+            }
+        };
+        FaultSweep(*this, sweep);
+    }
+
+    VolumeManager volumes;
+};
+
+TEST_F(DiskSweep, GetDiskLettersFromResource) {
+    SweepDisk(
+        [](HRESOURCE disk) {
+            Paths paths{L"before"};
+            const bool result = ::GetDiskLettersFromResource(disk, paths);
+            std::string text = result ? "true" : "false";
+            for (const std::wstring& path : paths) {
+                text += " " + Utf8(path);
+            }
+            return text;
+        },
+        "true before F:\\ G:\\ H:\\Data\\",
+        {"false before", "true before F:\\", "true before F:\\ G:\\", "true before F:\\ H:\\Data\\"});
+}
+
+TEST_F(DiskSweep, GetDiskLetterFromResource) {
+    SweepDisk(
+        [](HRESOURCE disk) {
+            Guarded<wchar_t, 8> path;
+            const bool result = ::GetDiskLetterFromResource(disk, path.get(), 8);
+            if (!path.GuardsIntact()) {
+                return std::string("overrun");
+            }
+            return result ? Utf8(path.get()) : std::string(path.Untouched(0) && path.Untouched(7) ? "false" : "half");
+        },
+        "F:\\", {"false"});
+}
+
+} // namespace
