@@ -106,7 +106,7 @@ exportList() {
 
 tidy() {
     local extra=() argument
-    for argument in "${cross[@]}" -Wno-unknown-warning-option; do
+    for argument in "${cross[@]}" -std=gnu++17 -Wno-unknown-warning-option; do
         extra+=("--extra-arg=$argument")
     done
     local log="$tree/clang-tidy.log" result=0

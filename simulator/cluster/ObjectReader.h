@@ -52,7 +52,7 @@ public:
 
     // Of what is looked up by it: never empty.
     std::wstring Name(const char* name) {
-        const std::wstring text = Text(name);
+        std::wstring text = Text(name);
         if (text.find_first_not_of(L' ') == std::wstring::npos) {
             Fail(Place(name), "a name is expected");
         }

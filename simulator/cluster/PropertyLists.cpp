@@ -70,7 +70,8 @@ void AppendValue(Bytes& bytes, const PropertyValue& value) {
         AppendEntry(bytes, SyntaxExpandSz, TextBytes(value.text));
         std::wstring expanded(ExpandEnvironmentStringsW(value.text.c_str(), nullptr, 0), L'\0');
         ExpandEnvironmentStringsW(value.text.c_str(), &expanded[0], static_cast<DWORD>(expanded.size()));
-        AppendEntry(bytes, SyntaxExpandedSz, TextBytes(expanded.c_str()));
+        expanded.pop_back(); // the terminator
+        AppendEntry(bytes, SyntaxExpandedSz, TextBytes(expanded));
         break;
     }
     case PropertyValue::Binary:
