@@ -136,8 +136,7 @@ DWORD CollectStorageResource(HCLUSTER, HGROUP, HRESOURCE resource, const wchar_t
 
 } // namespace
 
-// CCluster
-// --------------------------------------------------------------------------------------------------------------
+// CCluster ------------------------------------------------------------------------------------------------------
 
 CCluster::CCluster() : m_hCluster(nullptr) {
 }
@@ -390,8 +389,7 @@ bool CCluster::CreateResource(CClusterGroup& group, CClusterResource& resource, 
     return true;
 }
 
-// CClusterResource
-// ------------------------------------------------------------------------------------------------------
+// CClusterResource ----------------------------------------------------------------------------------------------
 
 CClusterResource::CClusterResource(HRESOURCE h, bool autoClose) : m_hResource(h), m_bAutoClose(autoClose) {
 }
@@ -696,8 +694,7 @@ bool CClusterResource::EnumNames(DWORD enumType, std::list<std::wstring>& names)
         [](DWORD) { LOG_ERROR(L"Unexpected result for ClusterResourceEnum"); }, buffer, names);
 }
 
-// CClusterGroup
-// ---------------------------------------------------------------------------------------------------------
+// CClusterGroup -------------------------------------------------------------------------------------------------
 
 CClusterGroup::CClusterGroup(HGROUP) : m_hGroup(nullptr) {
 }
@@ -842,8 +839,7 @@ bool CClusterGroup::FindPhysicalDiskResourceNameByDriveLetter(CCluster& cluster,
     return false;
 }
 
-// CClusterNode
-// ----------------------------------------------------------------------------------------------------------
+// CClusterNode --------------------------------------------------------------------------------------------------
 
 CClusterNode::CClusterNode() : m_hNode(nullptr) {
 }

@@ -6,8 +6,11 @@
 #include "clus_Log.h"
 #include "clus_Platform.h"
 #include "clus_ProductRegistry.h"
+#include "clus_ProductResource.h"
 #include "clus_PropertyList.h"
+#include "clus_ResourceTypes.h"
 #include "clus_ServerName.h"
+#include "clus_SmtpRestart.h"
 
 #include "CommonUtil.h"
 #include "WebServerUtil.h"
@@ -20,23 +23,21 @@
 #include <list>
 #include <vector>
 
+using clus::CcrType;
 using clus::ComputerName;
 using clus::DefaultProductRegistryKey;
+using clus::InformationStoreType;
+using clus::IpAddressType;
 using clus::LoadProductRegistryKey;
+using clus::NetworkNameType;
 using clus::ProductRegistryKey;
 using clus::RegistryKey;
 using clus::SettingsLockGuard;
+using clus::SingleCopyType;
+using clus::SmtpInstanceType;
+using clus::SystemAttendantType;
 
 namespace {
-
-// Cluster resource types of the product and of Exchange.
-const wchar_t SingleCopyType[] = L"clusRDLL";
-const wchar_t CcrType[] = L"clusRDLLCCR";
-const wchar_t NetworkNameType[] = L"Network Name";
-const wchar_t IpAddressType[] = L"IP Address";
-const wchar_t SmtpInstanceType[] = L"Microsoft Exchange SMTP Server Instance";
-const wchar_t InformationStoreType[] = L"Microsoft Exchange Information Store";
-const wchar_t SystemAttendantType[] = L"Microsoft Exchange System Attendant";
 
 const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
 
@@ -93,302 +94,6 @@ bool ReadHomeDir(const RegistryKey& key, wchar_t (&text)[RegistryTextCharacters]
         return false;
     }
     return true;
-}
-
-// What switching the product's resources on and switching them off do not have in common.
-struct ResourceSwitch {
-    CClusterResource::RES_STATE (CClusterResource::*operation)();
-    CClusterResource::RES_STATE reached;
-    CClusterResource::RES_STATE pending;
-    const wchar_t* progressText;
-    const wchar_t* reachedText;
-    const wchar_t* pendingText;
-    const wchar_t* successText;
-    const wchar_t* failureText;
-};
-
-const ResourceSwitch SwitchOn = {&CClusterResource::OnlineResource,
-                                 CClusterResource::RES_STATE_ONLINE,
-                                 CClusterResource::RES_STATE_ONLINE_PENDING,
-                                 L"online-ing resource: %s...",
-                                 L"Resource %s is on-line.",
-                                 L"Resource %s is on-line pending.",
-                                 L"Resource: %s, is online/online pending",
-                                 L"Fail to bring resource: %s online"};
-
-const ResourceSwitch SwitchOff = {&CClusterResource::OfflineResource,
-                                  CClusterResource::RES_STATE_OFFLINE,
-                                  CClusterResource::RES_STATE_OFFLINE_PENDING,
-                                  L"offline-ing resource: %s...",
-                                  L"Resource %s is off-line.",
-                                  L"Resource %s is off-line pending.",
-                                  L"Resource: %s, is offline/offline pending",
-                                  L"Fail to bring resource: %s offline"};
-
-// What finding the product's resources logs for switching and for deletion.
-struct FindTexts {
-    bool showsProgress;
-    const wchar_t* noNetworkName;
-    const wchar_t* cannotEnum;
-    const wchar_t* noneFound;
-    const wchar_t* severalFound;
-};
-
-const FindTexts FindToSwitch = {true, L"cannot Find network name %s", L"Cannot enum clusRDLL resources for group:%s",
-                                L"No clusRDLL(Non-CCRf) resource found in group:%s, try finding CCR resources",
-                                L"Warning, more than 1 KOVA resource is found at a group.\n"};
-
-const FindTexts FindToDelete = {false, L"cannot Find network name", L"Cannot enum KOVA resources for group:%s",
-                                L"No clusRDLL(Non-CCR) resource found in group:%s, try finding CCR resources",
-                                L"Warning, more than 1 KOVA resource is found\n"};
-
-// The product resources in a virtual server's group: those of the single-copy type, or the CCR ones when there are
-// none. Opens the cluster.
-bool FindProductResources(CCluster& cluster, const wchar_t* networkName, const FindTexts& texts,
-                          std::list<std::wstring>& names) {
-    const auto progress = [&texts](const wchar_t* format, const wchar_t* argument) {
-        if (texts.showsProgress) {
-            LOG_INFO(format, argument);
-        }
-    };
-    progress(L"Network name: %s", networkName);
-    progress(L"Opening cluster...", nullptr);
-    if (!cluster.OpenByLPC()) {
-        LOG_ERROR(L"Cannot open cluster");
-        return false;
-    }
-    progress(L"Performing FindFirstResourceNameByNetworkName...", nullptr);
-    std::wstring resourceName;
-    if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName)) {
-        LOG_ERROR(texts.noNetworkName, networkName);
-        return false;
-    }
-    progress(L"Opening resource by name:%s...", resourceName.c_str());
-    CClusterResource resNetworkName;
-    if (!cluster.OpenResourceByName(resNetworkName, resourceName.c_str())) {
-        LOG_ERROR(L"Cannot open network name resource:%s", resourceName.c_str());
-        return false;
-    }
-    progress(L"Getting resource state...", nullptr);
-    std::wstring groupName;
-    resNetworkName.GetResourceState(nullptr, &groupName);
-    progress(L"Opening group: %s...", groupName.c_str());
-    CClusterGroup group;
-    if (!cluster.OpenGroupByName(group, groupName.c_str())) {
-        LOG_ERROR(L"Cannot open group:%s", groupName.c_str());
-        return false;
-    }
-    progress(L"Performing EnumResourceNamesInGroupByType...", nullptr);
-    if (!group.EnumResourceNamesInGroupByType(cluster, names, SingleCopyType)) {
-        LOG_ERROR(texts.cannotEnum, groupName.c_str());
-        return false;
-    }
-    if (names.empty()) {
-        LOG_ERROR(texts.noneFound, groupName.c_str());
-        if (!group.EnumResourceNamesInGroupByType(cluster, names, CcrType)) {
-            LOG_ERROR(L"Cannot enum clusRDLL(CCR) resources for group:%s", groupName.c_str());
-            return false;
-        }
-    }
-    if (names.size() > 1) {
-        LOG_INFO(texts.severalFound);
-    }
-    return true;
-}
-
-// Switches every product resource of a virtual server. Once false the result stays false, and the later ones still get
-// their attempt.
-bool SwitchProductResources(const wchar_t* networkName, bool wait, DWORD timeout, const ResourceSwitch& how) {
-    const DWORD pollInterval = 1000;
-    CCluster cluster;
-    std::list<std::wstring> names;
-    if (!FindProductResources(cluster, networkName, FindToSwitch, names)) {
-        return false;
-    }
-    bool result = true;
-    for (const std::wstring& name : names) {
-        LOG_INFO(L"Open resource: %s", name.c_str());
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
-            return false;
-        }
-        LOG_INFO(how.progressText, name.c_str());
-        CClusterResource::RES_STATE state = (resource.*how.operation)();
-        if (state == how.reached) {
-            LOG_INFO(how.reachedText, name.c_str());
-        } else if (state == how.pending) {
-            LOG_INFO(how.pendingText, name.c_str());
-        } else {
-            result = false;
-            if (state != CClusterResource::RES_STATE_UNKNOWN) {
-                LOG_ERROR(L"Unexpected OfflineResource Result, abort."); // for both directions
-            }
-        }
-        if (wait && timeout != 0) {
-            // Tested for zero only: a time-out that is no multiple of the interval wraps around, and the wait ends with
-            // the state.
-            for (DWORD remaining = timeout; remaining != 0 && state != how.reached; remaining -= pollInterval) {
-                Sleep(pollInterval);
-                state = resource.GetResourceState(nullptr, nullptr);
-            }
-            if (state != how.reached) {
-                result = false;
-            }
-        }
-        if (result) {
-            LOG_INFO(how.successText, name.c_str());
-        } else {
-            LOG_ERROR(how.failureText, name.c_str());
-        }
-    }
-    return result;
-}
-
-// First pass of the deletion: deletes what this node owns; names of resources that refuse are kept and these taken
-// offline.
-bool DeleteOwnedResources(CCluster& cluster, const std::list<std::wstring>& names, std::list<std::wstring>& refusing) {
-    for (const std::wstring& name : names) {
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
-            return false;
-        }
-        if (!resource.IsOnCurrentNode(nullptr)) {
-            LOG_INFO(L"KOVA resource:%s is not on current node, skip.", name.c_str());
-            continue;
-        }
-        LOG_INFO(L"try deleting KOVA resource:%s...", name.c_str());
-        if (resource.DeleteResource()) {
-            LOG_INFO(L"Deleting resource %s successful", name.c_str());
-            continue;
-        }
-        const DWORD code = GetLastError();
-        refusing.push_back(name);
-        LOG_INFO(L"Deleting resource %s unsuccessful, code:%d trying to offline the resource then try again",
-                 name.c_str(), code);
-        LOG_INFO(L"Turning KOVA resource:%s offline...", name.c_str());
-        switch (resource.OfflineResource()) {
-        case CClusterResource::RES_STATE_OFFLINE:
-            LOG_INFO(L"KOVA resource:%s offlined successfully", name.c_str());
-            break;
-        case CClusterResource::RES_STATE_OFFLINE_PENDING:
-            LOG_INFO(L"KOVA resource:%s is offline pending.", name.c_str());
-            break;
-        case CClusterResource::RES_STATE_UNKNOWN:
-            LOG_WARNING(L"KOVA resource:%s offline unsuccessful", name.c_str());
-            break;
-        default:
-            LOG_WARNING(L"Unexpected offlineResource Result");
-            break;
-        }
-    }
-    return true;
-}
-
-// Second pass: deletes the refusing resources as they come offline. One that does not in time stays, which is no
-// failure.
-bool DeleteWhenOffline(CCluster& cluster, const std::list<std::wstring>& names) {
-    const int interval = 6000;
-    for (const std::wstring& name : names) {
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_ERROR(L"Cannot open KOVA resource:%s, abort", name.c_str());
-            return false;
-        }
-        CClusterResource::RES_STATE state = resource.GetResourceState(nullptr, nullptr);
-        for (int budget = 30 * interval; budget > 0 && state != CClusterResource::RES_STATE_OFFLINE;
-             budget -= interval) {
-            Sleep(interval);
-            state = resource.GetResourceState(nullptr, nullptr);
-        }
-        if (state != CClusterResource::RES_STATE_OFFLINE) {
-            LOG_ERROR(L"Error bring resource %s, off-line, abort delete", name.c_str());
-            continue;
-        }
-        if (!resource.DeleteResource()) {
-            LOG_ERROR(L"Error deleting resource %s, code: %d", name.c_str(), GetLastError());
-            return false;
-        }
-    }
-    return true;
-}
-
-// Takes one online SMTP instance offline and brings it online again; true when the switch-on was issued.
-bool RestartSmtpInstance(CClusterResource& instance, const wchar_t* name) {
-    const int interval = 1000;
-    LOG_INFO(L"Try to offline SMTP virtual server instance...");
-    CClusterResource::RES_STATE state = instance.OfflineResource();
-    for (int budget = 120000; budget > 0; budget -= interval) {
-        switch (state) {
-        case CClusterResource::RES_STATE_OFFLINE:
-            LOG_INFO(L"Resource %s is offlined, online it again.", name);
-            instance.OnlineResource();
-            return true;
-        case CClusterResource::RES_STATE_OFFLINE_PENDING:
-            LOG_INFO(L"Resource %s is offline pending.", name);
-            Sleep(interval);
-            state = instance.GetResourceState(nullptr, nullptr);
-            break;
-        case CClusterResource::RES_STATE_UNKNOWN:
-            LOG_INFO(L"Resource %s is failed to offline.", name);
-            return false;
-        default:
-            // The state is not read again: the line repeats until the budget is used up, which support recognises.
-            LOG_ERROR(L"Unexpected OfflineResource Result, resource state = %d.", static_cast<int>(state));
-            break;
-        }
-    }
-    return false;
-}
-
-bool RestartFirstSmtpInstanceOfThisNode() {
-    CCluster cluster;
-    if (!cluster.OpenByLPC()) {
-        LOG_WARNING(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), fail to open cluster by LPC");
-        return false;
-    }
-    ComputerName computer;
-    computer.Read();
-    LOG_INFO(L"Current node is: %s", computer.c_str());
-    std::list<std::wstring> names;
-    if (!cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
-        LOG_WARNING(L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(), fail to enum names on the cluster");
-        return false;
-    }
-    LOG_INFO(L"EnumNames, returns %d resources.", static_cast<int>(names.size()));
-    for (const std::wstring& name : names) {
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_WARNING(L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
-            continue;
-        }
-        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-        if (!type || _wcsicmp(type, SmtpInstanceType) != 0) {
-            continue;
-        }
-        std::wstring owner;
-        const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, nullptr);
-        if (_wcsicmp(owner.c_str(), computer.c_str()) == 0 && state == CClusterResource::RES_STATE_ONLINE) {
-            return RestartSmtpInstance(resource, name.c_str());
-        }
-    }
-    return false;
-}
-
-// Makes the node a possible owner of the resource. A cluster that keeps refusing is given up on: the node is left out.
-void AddPossibleOwner(CClusterResource& resource, const CClusterNode& node, const wchar_t* nodeName) {
-    const DWORD retryInterval = 5000;
-    for (int attempts = 60; --attempts > 0;) {
-        const DWORD code = resource.AddOwner(node.GetNodeHandle());
-        LOG_INFO(L"AddOwner returns: %d (5010 is Object already exist, not error)", code);
-        if (code == ERROR_SUCCESS || code == ERROR_OBJECT_ALREADY_EXISTS) {
-            LOG_INFO(L"AddOwner operation ok.");
-            return;
-        }
-        LOG_INFO(L"Retrying adding node %s to possible owner list", nodeName);
-        Sleep(retryInterval);
-    }
 }
 
 bool IsProductType(const wchar_t* type) {
@@ -495,8 +200,7 @@ CVirtualServerUtil::~CVirtualServerUtil() {
     InstanceStart::Undo();
 }
 
-// Settings
-// ---------------------------------------------------------------------------------------------------------------
+// Settings ------------------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::CheckIsClusterByRegKey() {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::CheckIsClusterByRegKey()");
@@ -583,8 +287,7 @@ void CVirtualServerUtil::ConcatCCRDataPath(const wchar_t* dataRoot, const wchar_
                                       serverName ? serverName : L"");
 }
 
-// The plain server
-// -------------------------------------------------------------------------------------------------------
+// The plain server ----------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::GetNormalServerInfo(CClusterVirtualServerInfo& info) {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::GetNormalServerInfo()");
@@ -636,8 +339,7 @@ bool CVirtualServerUtil::GetNormalServerInfo(CClusterVirtualServerInfo& info) {
     return true;
 }
 
-// Look-up
-// ----------------------------------------------------------------------------------------------------------------
+// Look-up -------------------------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::IsTheSameVirtualServer(const wchar_t* lpwsNameOrIP, const CClusterVirtualServerInfo& info) {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::IsTheSameVirtualServer()");
@@ -739,8 +441,7 @@ bool CVirtualServerUtil::QueryServerInfoFromCluster_(const CClusterVirtualServer
     return false;
 }
 
-// Enumeration
-// ------------------------------------------------------------------------------------------------------------
+// Enumeration ---------------------------------------------------------------------------------------------------
 
 CVirtualServerUtil::ENUM_VS_RESULT CVirtualServerUtil::EnumServersOnCurrentNode(CClusterVirtualServerInfo* pBuffer,
                                                                                 int* pCount) {
@@ -935,8 +636,7 @@ bool CVirtualServerUtil::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode() {
     return false;
 }
 
-// The product's own resource
-// ---------------------------------------------------------------------------------------------
+// The product's own resource ------------------------------------------------------------------------------------
 
 bool CVirtualServerUtil::CreateKOVAResource(const wchar_t* lpwsDataRootPath, const wchar_t* lpwsKOVAResourceName,
                                             const wchar_t* lpwsDataPath, const wchar_t* lpwsVirtualServerName,
@@ -1110,7 +810,7 @@ bool CVirtualServerUtil::CreateKOVAResource_(CCluster& cluster, CClusterResource
             LOG_ERROR(L"Error Opening node:%s", nodeName.c_str());
             return false;
         }
-        AddPossibleOwner(created, node, nodeName.c_str());
+        clus::AddPossibleOwner(created, node, nodeName.c_str());
     }
 
     std::wstring ccrDataPath;
@@ -1155,13 +855,13 @@ int CVirtualServerUtil::SetKOVAProeprty_(HRESOURCE hResource, const wchar_t* lpw
 bool CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait,
                                                          DWORD dwWaitTimeout) {
     LOG_ENTER_AND_LEAVE(L"TurnOnKOVAResourceOnCurrentNode");
-    return SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, SwitchOn);
+    return clus::SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, clus::SwitchOn);
 }
 
 bool CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode(const wchar_t* lpwsVirtualServerName, bool bWait,
                                                           DWORD dwWaitTimeout) {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode");
-    return SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, SwitchOff);
+    return clus::SwitchProductResources(lpwsVirtualServerName, bWait, dwWaitTimeout, clus::SwitchOff);
 }
 
 bool CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(const wchar_t* lpwsVirtualServerName) {
@@ -1169,13 +869,13 @@ bool CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(const wchar_t* lpwsVirtu
     CCluster cluster;
     std::list<std::wstring> names;
     std::list<std::wstring> refusing;
-    return FindProductResources(cluster, lpwsVirtualServerName, FindToDelete, names) &&
-           DeleteOwnedResources(cluster, names, refusing) && DeleteWhenOffline(cluster, refusing);
+    return clus::FindProductResources(cluster, lpwsVirtualServerName, clus::FindToDelete, names) &&
+           clus::DeleteOwnedResources(cluster, names, refusing) && clus::DeleteWhenOffline(cluster, refusing);
 }
 
 bool CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode() {
     LOG_ENTER(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource()");
-    const bool bSuccess = RestartFirstSmtpInstanceOfThisNode();
+    const bool bSuccess = clus::RestartFirstSmtpInstanceOfThisNode();
     LOG_LEAVE(L"CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), bSuccess=%d", bSuccess);
     return bSuccess;
 }
