@@ -13,6 +13,7 @@ const DWORD MisleadingFailure = 0xBAD1;
 
 Call::Call(const char* name, std::initializer_list<JournalValue> arguments)
     : m_service(Service::Instance()), m_lock(m_service.lock), m_name(name), m_lastErrorBefore(GetLastError()) {
+    m_service.LoadConfiguration();
     m_service.journal.Count(name);
     if (!m_service.journal.WantsLines()) {
         return;

@@ -56,6 +56,11 @@ std::string Journal::ToJson(const JournalValue& value) {
     }
 }
 
+void Journal::SetFile(const std::wstring& path) {
+    m_file = path;
+    m_mutex.SetPath(path);
+}
+
 void Journal::Count(const char* call) {
     ++m_counts[call];
 }
@@ -67,6 +72,7 @@ void Journal::Add(const char* call, const std::string& argumentsJson, const std:
         m_lines += line;
     }
     if (!m_file.empty()) {
+        const FileMutex::Turn turn(m_mutex);
         const HANDLE file = CreateFileW(m_file.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                         OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file != INVALID_HANDLE_VALUE) {

@@ -2,6 +2,8 @@
 #ifndef CLUSSIM_JOURNAL_H
 #define CLUSSIM_JOURNAL_H
 
+#include "FileMutex.h"
+
 #include <map>
 #include <string>
 
@@ -34,9 +36,7 @@ public:
     bool recording = false;
 
     // Appends every line to this file too; empty for none.
-    void SetFile(const std::wstring& path) {
-        m_file = path;
-    }
+    void SetFile(const std::wstring& path);
 
     bool WantsLines() const {
         return recording || !m_file.empty();
@@ -58,6 +58,7 @@ private:
     std::size_t m_sequence = 0;
     std::string m_lines;
     std::wstring m_file;
+    FileMutex m_mutex; // whose lines stay whole when several processes write
 };
 
 } // namespace clussim

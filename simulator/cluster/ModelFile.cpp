@@ -81,17 +81,6 @@ Code Replace(const std::wstring& from, const std::wstring& to) {
     }
 }
 
-// One mutex per file, named by a hash of its full path.
-std::wstring MutexName(const std::wstring& path) {
-    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
-    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), &full[0], nullptr));
-    unsigned long long hash = 14695981039346656037ULL;
-    for (const wchar_t c : Folded(full)) {
-        hash = (hash ^ c) * 1099511628211ULL;
-    }
-    return L"clussim-" + std::to_wstring(hash);
-}
-
 } // namespace
 
 std::wstring ThisComputer() {
@@ -101,26 +90,16 @@ std::wstring ThisComputer() {
     return name;
 }
 
-ModelFile::~ModelFile() {
-    SetPath(L"");
-}
-
 bool ModelFile::Stamp::operator==(const Stamp& other) const {
     return indexHigh == other.indexHigh && indexLow == other.indexLow && size == other.size &&
            std::memcmp(&written, &other.written, sizeof(written)) == 0;
 }
 
 void ModelFile::SetPath(const std::wstring& path) {
-    if (m_mutex) {
-        CloseHandle(m_mutex);
-        m_mutex = nullptr;
-    }
     m_path = path;
+    m_mutex.SetPath(path);
     m_told.clear();
     Forget();
-    if (!path.empty()) {
-        m_mutex = CreateMutexW(nullptr, FALSE, MutexName(path).c_str());
-    }
 }
 
 void ModelFile::Forget() {
@@ -143,7 +122,7 @@ Model* ModelFile::Current() {
     if (m_path.empty()) {
         return nullptr;
     }
-    const Turn turn(*this);
+    const FileMutex::Turn turn(m_mutex);
     const FileHandle file(CreateFileW(m_path.c_str(), GENERIC_READ,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -189,20 +168,6 @@ Code ModelFile::Write() {
         DeleteFileW(temporary.c_str());
     }
     return code;
-}
-
-ModelFile::Turn::Turn(const ModelFile& file) : m_mutex(file.m_mutex) {
-    // A dead process's turn is taken over: the file is whole at any moment.
-    if (!m_mutex || WaitForSingleObject(m_mutex, INFINITE) == WAIT_FAILED) {
-        m_mutex = nullptr;
-        m_error = ERROR_SHARING_VIOLATION;
-    }
-}
-
-ModelFile::Turn::~Turn() {
-    if (m_mutex) {
-        ReleaseMutex(m_mutex);
-    }
 }
 
 } // namespace clussim

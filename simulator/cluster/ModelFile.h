@@ -2,20 +2,13 @@
 #ifndef CLUSSIM_MODELFILE_H
 #define CLUSSIM_MODELFILE_H
 
+#include "FileMutex.h"
 #include "Model.h"
-
-#include <winsock2.h>
-#include <windows.h>
 
 namespace clussim {
 
 class ModelFile {
 public:
-    ModelFile() = default;
-    ~ModelFile();
-    ModelFile(const ModelFile&) = delete;
-    ModelFile& operator=(const ModelFile&) = delete;
-
     // The file to work on; empty for none.
     void SetPath(const std::wstring& path);
     bool HasPath() const {
@@ -32,23 +25,10 @@ public:
     // Forgets what was read, so that Current reads again.
     void Forget();
 
-    // Keeps other processes from reading and changing the file; a process that dies gives its turn up.
-    class Turn {
-    public:
-        explicit Turn(const ModelFile& file);
-        ~Turn();
-        Turn(const Turn&) = delete;
-        Turn& operator=(const Turn&) = delete;
-
-        // Why there is no turn; 0 when there is one.
-        Code Error() const {
-            return m_error;
-        }
-
-    private:
-        HANDLE m_mutex;
-        Code m_error = 0;
-    };
+    // Keeps other processes from reading and changing the file.
+    const FileMutex& Mutex() const {
+        return m_mutex;
+    }
 
 private:
     // What tells one version of the file from another.
@@ -64,7 +44,7 @@ private:
     void Tell(const std::string& message);
 
     std::wstring m_path;
-    HANDLE m_mutex = nullptr;
+    FileMutex m_mutex;
     std::unique_ptr<Model> m_model;
     Stamp m_stamp;
     std::string m_told;

@@ -73,9 +73,10 @@ Code Service::Change(const std::function<Code(Model&)>& change) {
         return Running() ? change(*m_memory) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     LoadConfiguration();
-    const ModelFile::Turn turn(m_file);
-    if (turn.Error() != ERROR_SUCCESS) {
-        return m_file.HasPath() ? turn.Error() : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+    const FileMutex::Turn turn(m_file.Mutex());
+    if (!turn) {
+        return m_file.HasPath() ? static_cast<Code>(ERROR_SHARING_VIOLATION)
+                                : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     m_file.Forget(); // two writes in one tick of the file system's clock can look alike
     Model* model = Running();

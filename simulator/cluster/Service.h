@@ -22,6 +22,9 @@ public:
     Journal journal;
     Handles handles;
 
+    // Reads the environment when no test drives the model; once.
+    void LoadConfiguration();
+
     // The model as it is now: re-read when another process changed its file, transitions completed. Null when there is
     // none.
     Model* Current();
@@ -59,7 +62,6 @@ public:
 
 private:
     Service();
-    void LoadConfiguration();
     void AddModelFaults(const Model& model);
 
     std::unique_ptr<Model> m_memory; // loaded by a test

@@ -1,0 +1,161 @@
+// The control interface itself.
+#include "SimulatorTest.h"
+
+using testing::HasSubstr;
+
+class ControlInterface : public SimulatorTest {};
+
+TEST_F(ControlInterface, TellsItsVersion) {
+    EXPECT_EQ(ClusSimVersion(), 1u);
+}
+
+TEST_F(ControlInterface, AModelReadBackIsTheSameModel) {
+    Load();
+    const std::string model = ReadModel();
+    ASSERT_EQ(LoadError(model), "");
+    EXPECT_EQ(ReadModel(), model);
+    EXPECT_THAT(model, HasSubstr("\"label\": \"Mail\""));
+}
+
+TEST_F(ControlInterface, EveryMemberSurvivesReadingBack) {
+    const std::string text = R"({
+  "cluster": {
+    "name": "C\u00e4",
+    "running": false,
+    "behaviour": {
+      "enumMaskZero": "empty",
+      "deleteOnline": 5023,
+      "offlineFailed": 0,
+      "protocol": 2008
+    }
+  },
+  "nodes": [
+    {
+      "name": "N",
+      "state": "paused"
+    }
+  ],
+  "groups": [
+    {
+      "name": "G",
+      "owner": "N",
+      "preferredOwners": [
+        "N"
+      ]
+    }
+  ],
+  "resources": [
+    {
+      "name": "R",
+      "type": "Physical Disk",
+      "id": "1",
+      "group": "G",
+      "state": "OnlinePending",
+      "dueAt": 1,
+      "dependsOn": [],
+      "possibleOwners": [
+        "N"
+      ],
+      "common": {
+        "RestartAction": 1
+      },
+      "private": {
+        "A": "x",
+        "B": 1,
+        "C": [
+          "y"
+        ],
+        "D": {
+          "expandSz": "z"
+        },
+        "E": {
+          "binary": "00ff"
+        }
+      },
+      "disk": {
+        "guid": "{g}",
+        "number": 3,
+        "partitions": [
+          {
+            "device": "F:",
+            "label": "L"
+          }
+        ]
+      },
+      "onlineMs": 1,
+      "offlineMs": 2,
+      "failsOnline": true,
+      "staysPending": true
+    }
+  ],
+  "faults": [
+    "CloseCluster#2+=5"
+  ]
+}
+)";
+    // Due in the far past: the transition has ended by now.
+    ASSERT_EQ(LoadError(text), "");
+    std::string expected = Replaced(text, "      \"dueAt\": 1,\n", "");
+    expected = Replaced(expected, "OnlinePending", "Failed");
+    expected = Replaced(expected, "C\\u00e4", "C\xC3\xA4");
+    EXPECT_EQ(ReadModel(), expected);
+}
+
+TEST_F(ControlInterface, ARefusedModelLeavesTheOldOne) {
+    Load();
+    EXPECT_NE(LoadError("{}"), "");
+    Resource(L"EVS1 IP");
+    char error[8];
+    EXPECT_EQ(ClusSimLoadModel("{}", error, sizeof(error)), 0);
+    EXPECT_EQ(std::string(error).size(), 7u) << "cut to the buffer";
+    EXPECT_EQ(ClusSimLoadModel(nullptr, nullptr, 0), 0);
+}
+
+TEST_F(ControlInterface, BuffersAreOnlyWrittenWhenTheTextFits) {
+    Load();
+    const std::size_t cb = ClusSimReadModel(nullptr, 0);
+    std::string buffer(cb, '#');
+    EXPECT_EQ(ClusSimReadModel(&buffer[0], cb - 1), cb);
+    EXPECT_EQ(buffer, std::string(cb, '#'));
+    EXPECT_EQ(ClusSimReadModel(&buffer[0], cb), cb);
+    EXPECT_EQ(buffer.back(), '\0');
+}
+
+TEST_F(ControlInterface, ResetForgetsEverythingButOpenHandles) {
+    Load();
+    HRESOURCE resource = OpenClusterResource(m_cluster, L"EVS1 IP");
+    ASSERT_TRUE(Accepts("OpenCluster=5"));
+    ClusSimUseManualClock();
+    CloseClusterNode(nullptr);
+    ClusSimReset();
+    EXPECT_EQ(ClusSimBadHandleCalls(), 0u);
+    EXPECT_EQ(ClusSimCallCount(nullptr), 0u);
+    EXPECT_EQ(ReadJournal(), "");
+    EXPECT_EQ(ReadModel(), "");
+    EXPECT_EQ(OnlineClusterResource(resource), static_cast<DWORD>(RPC_S_SERVER_UNAVAILABLE));
+    EXPECT_TRUE(CloseClusterResource(resource));
+    EXPECT_EQ(OpenCluster(nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(EPT_S_NOT_REGISTERED)) << "the fault is gone too";
+}
+
+TEST_F(ControlInterface, TenThousandResourcesAreNoProblem) {
+    std::string json = R"({"cluster": {"name": "C"}, "nodes": [{"name": "N"}], "groups": [{"name": "G", "owner": "N"}],
+                           "resources": [)";
+    for (int i = 0; i < 10000; ++i) {
+        const std::string number = std::to_string(i);
+        json += std::string(i ? "," : "") + R"({"name": "R)" + number + R"(", "type": "IP Address", "id": "id)" +
+                number + R"(", "group": "G")" + (i ? R"(, "dependsOn": ["R)" + std::to_string(i / 2) + "\"]" : "") +
+                "}";
+    }
+    Load(json + "]}");
+    ClusSimRecordJournal(0);
+    const DWORD start = GetTickCount();
+    for (int i = 0; i < 10000; ++i) {
+        const ResourceOwner resource(OpenClusterResource(m_cluster, (L"r" + std::to_wstring(i)).c_str()));
+        ASSERT_EQ(GetClusterResourceState(resource, nullptr, nullptr, nullptr, nullptr), ClusterResourceOffline);
+        const HRESENUM list = ClusterResourceOpenEnum(resource, CLUSTER_RESOURCE_ENUM_PROVIDES);
+        ASSERT_EQ(ClusterResourceCloseEnum(list), 0u);
+    }
+    // A call that walked over all resources would need minutes.
+    EXPECT_LT(GetTickCount() - start, 5000u);
+}
