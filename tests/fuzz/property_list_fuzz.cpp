@@ -60,12 +60,35 @@ void CheckDwordList(const std::wstring& name, std::uint32_t value) {
     FUZZ_CHECK(!reader.Next());
 }
 
+void CheckTextList(const std::wstring& name, const std::wstring& value) {
+    const std::size_t size = clus::TextPropertyListSize(name.size(), value.size());
+    const std::unique_ptr<unsigned char[]> block(new unsigned char[size]());
+    clus::WriteTextPropertyList(block.get(), name.c_str(), name.size(), value.c_str(), value.size());
+
+    FUZZ_CHECK(LittleEndian(block.get()) == 1);
+    std::size_t position = CheckText(block.get(), 4, 0x00040003, name);
+    position = CheckText(block.get(), position, 0x00010003, value);
+    FUZZ_CHECK(LittleEndian(block.get() + position) == 0);
+    FUZZ_CHECK(position + 4 == size);
+
+    clus::ValueListReader reader(block.get() + 4, size - 4);
+    FUZZ_CHECK(reader.Next() && reader.Syntax() == clus::SyntaxName);
+    FUZZ_CHECK(reader.TextAt(clus::EntryHeaderSize) == std::wstring(name.c_str()));
+    FUZZ_CHECK(reader.Next() && reader.Syntax() == clus::SyntaxListValueSz);
+    FUZZ_CHECK(reader.TextAt(clus::EntryHeaderSize) == std::wstring(value.c_str()));
+    FUZZ_CHECK(!reader.Next());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 4) {
         return 0;
     }
-    CheckDwordList(TextFrom(data + 4, size - 4), LittleEndian(data));
+    const std::wstring text = TextFrom(data + 4, size - 4);
+    CheckDwordList(text, LittleEndian(data));
+    // The number also says where the text is divided into a name and a value.
+    const std::size_t cchName = LittleEndian(data) % (text.size() + 1);
+    CheckTextList(text.substr(0, cchName), text.substr(cchName));
     return 0;
 }
