@@ -1,39 +1,12 @@
 #include "BareCalls.h"
 
-#include "clus_Platform.h"
+#include "BareSupport.h"
 
 #include <cwchar>
-#include <stdexcept>
 
 namespace bench {
 
 namespace {
-
-const DWORD ReplyBytes = 128; // the size the library starts with, so that both need a second call for the same replies
-const std::size_t LargeReplyBytes = 4096;
-
-void Require(bool condition, const char* what) {
-    if (!condition) {
-        throw std::runtime_error(what);
-    }
-}
-
-// A control call's reply in a buffer on the stack.
-struct Reply {
-    alignas(8) unsigned char bytes[LargeReplyBytes];
-    DWORD cb = 0;
-
-    Reply(HRESOURCE resource, DWORD code) {
-        DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, bytes, ReplyBytes, &cb);
-        if (result == ERROR_MORE_DATA && cb <= LargeReplyBytes) {
-            result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, bytes, cb, &cb);
-        }
-        Require(result == ERROR_SUCCESS, "ClusterResourceControl");
-    }
-    const wchar_t* Text() const {
-        return reinterpret_cast<const wchar_t*>(bytes);
-    }
-};
 
 template <std::size_t Size> void Store(wchar_t (&member)[Size], const wchar_t* text) {
     std::wcsncpy(member, text, Size - 1);
@@ -63,27 +36,16 @@ void FillRecord(HRESOURCE resource, CClusterVirtualServerInfo& record) {
     CloseClusterResource(networkName);
 }
 
-// Calls visit(resource, type) for every resource.
+// Calls visit(name, resource, type) for every resource. Names are taken first: the list of resources may change while
+// they are looked at.
 template <typename Visit> void ForEachResource(Visit visit) {
     HCLUSTER cluster = OpenCluster(nullptr);
     Require(cluster != nullptr, "OpenCluster");
-    HCLUSENUM hEnum = ClusterOpenEnum(cluster, CLUSTER_ENUM_RESOURCE);
-    Require(hEnum != nullptr, "ClusterOpenEnum");
-    for (DWORD index = 0;; ++index) {
-        wchar_t name[256];
-        DWORD type = 0;
-        DWORD cch = 256;
-        const DWORD code = ClusterEnum(hEnum, index, &type, name, &cch);
-        if (code == ERROR_NO_MORE_ITEMS) {
-            break;
-        }
-        Require(code == ERROR_SUCCESS, "ClusterEnum");
-        HRESOURCE resource = OpenClusterResource(cluster, name);
-        Require(resource != nullptr, "OpenClusterResource");
-        visit(resource, Reply(resource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE).Text());
+    for (std::wstring& name : ResourceNames(cluster)) {
+        HRESOURCE resource = OpenResource(cluster, name);
+        visit(name, resource, Reply(resource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE).Text());
         CloseClusterResource(resource);
     }
-    ClusterCloseEnum(hEnum);
     CloseCluster(cluster);
 }
 
@@ -94,7 +56,7 @@ std::size_t BareEnumServers(CClusterVirtualServerInfo* records, std::size_t capa
     DWORD cchComputer = 16;
     GetComputerNameW(computer, &cchComputer);
     std::size_t count = 0;
-    ForEachResource([&](HRESOURCE resource, const wchar_t* type) {
+    ForEachResource([&](std::wstring&, HRESOURCE resource, const wchar_t* type) {
         if (std::wcscmp(type, L"clusRDLL") != 0 && std::wcscmp(type, L"clusRDLLCCR") != 0) {
             return;
         }
@@ -110,10 +72,26 @@ std::size_t BareEnumServers(CClusterVirtualServerInfo* records, std::size_t capa
     return count;
 }
 
-std::size_t BareCountResourcesOfType(const wchar_t* type) {
-    std::size_t count = 0;
-    ForEachResource([&](HRESOURCE, const wchar_t* found) { count += std::wcscmp(found, type) == 0 ? 1 : 0; });
-    return count;
+std::size_t BareNamesOfType(const wchar_t* type) {
+    NameList names;
+    ForEachResource([&](std::wstring& name, HRESOURCE, const wchar_t* found) {
+        if (std::wcscmp(found, type) == 0) {
+            names.push_back(std::move(name));
+        }
+    });
+    return names.size();
+}
+
+std::wstring BareDiskPath(HRESOURCE disk) {
+    const Reply info(disk, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, 0);
+    for (DWORD entry = 0; entry + 12 <= info.cb;) {
+        const DWORD* header = reinterpret_cast<const DWORD*>(info.bytes + entry);
+        if (header[0] == CLUSPROP_SYNTAX_PARTITION_INFO) {
+            return std::wstring(reinterpret_cast<const wchar_t*>(info.bytes + entry + 12)) + L'\\';
+        }
+        entry += 8 + (header[1] + 3) / 4 * 4;
+    }
+    throw std::runtime_error("a disk without partitions");
 }
 
 } // namespace bench

@@ -16,13 +16,13 @@ const wchar_t ProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion
 class ModelText {
 public:
     void Add(const std::string& name, std::size_t group, const char* type, const std::string& dependencies,
-             const std::string& privateProperties) {
+             const std::string& privateProperties, const std::string& more = "") {
         char id[40];
         std::snprintf(id, sizeof(id), "7d7c2a3e-0000-4000-8000-%012u", ++m_lastId);
         m_text += m_text.empty() ? "" : ",\n";
         m_text += R"({"name": ")" + Named(name, group) + R"(", "type": ")" + type + R"(", "id": ")" + id +
                   R"(", "group": ")" + Named("Group", group) + R"(", "state": "Online", "dependsOn": [)" +
-                  dependencies + R"(], "private": {)" + privateProperties + "}}";
+                  dependencies + R"(], "private": {)" + privateProperties + "}" + more + "}";
     }
     static std::string Named(const std::string& name, std::size_t group) {
         return name + " " + std::to_string(group);
@@ -47,7 +47,8 @@ void AddGroup(ModelText& model, std::size_t group) {
     model.Add("Exchange IP Address", group, "IP Address", "", R"("Address": ")" + address + "\"");
     model.Add("Exchange Network Name", group, "Network Name", ModelText::Quoted("Exchange IP Address", group),
               R"("Name": "EXVS)" + number + "\"");
-    model.Add("Disk", group, "Physical Disk", "", "");
+    model.Add("Disk", group, "Physical Disk", "", "",
+              R"(, "disk": {"signature": 1, "number": 1, "partitions": [{"device": "F:"}]})");
     model.Add("Exchange System Attendant", group, "Microsoft Exchange System Attendant",
               ModelText::Quoted("Exchange Network Name", group) + ", " + ModelText::Quoted("Disk", group), "");
     const std::string attendant = ModelText::Quoted("Exchange System Attendant", group);

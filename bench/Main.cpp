@@ -1,18 +1,17 @@
-// clusutil_bench: what enumeration costs on top of the cluster calls it needs.
+// clusutil_bench: what the library costs on top of the cluster calls it needs.
 //
-// Library and bare loop run in turns in this process, on the same simulated cluster; the figures are medians.
+// Library and bare calls run in turns in this process, on the same simulated cluster; the figures are medians.
 #include "BareCalls.h"
+#include "BareSupport.h"
 #include "BenchCluster.h"
-#include "MemoryMeter.h"
+#include "Measurement.h"
 
 #include "ClusSimControl.h"
 #include "clus_Cluster.h"
 #include "clus_VirtualServerUtil.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <functional>
 #include <list>
 #include <stdexcept>
 #include <string>
@@ -20,80 +19,9 @@
 
 namespace {
 
-const std::size_t MinimumRounds = 15;
-const std::size_t MaximumRounds = 201;
-const double SecondsPerCase = 8; // of six cases; more than that only for the minimum of rounds
-
 const wchar_t StoreType[] = L"Microsoft Exchange Information Store";
 
-double Seconds() {
-    LARGE_INTEGER count, frequency;
-    QueryPerformanceCounter(&count);
-    QueryPerformanceFrequency(&frequency);
-    return static_cast<double>(count.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double TimeOf(const std::function<void()>& call) {
-    const double started = Seconds();
-    call();
-    return Seconds() - started;
-}
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-struct Result {
-    std::size_t rounds = 0;
-    double library = 0;
-    double bare = 0;
-    std::size_t libraryCalls = 0;
-    std::size_t bareCalls = 0;
-    std::size_t peakBytes = 0;
-    std::size_t allocations = 0;
-};
-
-std::size_t CallsOf(const std::function<void()>& call) {
-    ClusSimClearJournal();
-    call();
-    return ClusSimCallCount(nullptr);
-}
-
-Result Measure(const std::function<void()>& library, const std::function<void()>& bare) {
-    Result result;
-    result.libraryCalls = CallsOf(library);
-    result.bareCalls = CallsOf(bare);
-
-    bench::MemoryMeter meter;
-    if (meter.Works()) {
-        meter.Start();
-        library();
-        meter.Stop();
-        result.peakBytes = meter.PeakBytes();
-        result.allocations = meter.Allocations();
-    }
-
-    std::vector<double> libraryTimes, bareTimes;
-    const double started = Seconds();
-    while (libraryTimes.size() < MinimumRounds ||
-           (libraryTimes.size() < MaximumRounds && Seconds() - started < SecondsPerCase)) {
-        // Whoever goes first finds colder caches: take turns in that too.
-        if (libraryTimes.size() % 2 == 0) {
-            libraryTimes.push_back(TimeOf(library));
-            bareTimes.push_back(TimeOf(bare));
-        } else {
-            bareTimes.push_back(TimeOf(bare));
-            libraryTimes.push_back(TimeOf(library));
-        }
-    }
-    result.rounds = libraryTimes.size();
-    result.library = Median(libraryTimes);
-    result.bare = Median(bareTimes);
-    return result;
-}
-
-Result MeasureEnumServers(std::size_t resources, std::size_t& servers) {
+bench::Result MeasureEnumServers(std::size_t resources, std::size_t& servers) {
     CVirtualServerUtil util;
     int count = 0;
     if (util.EnumServersOnCurrentNode(nullptr, &count) != CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA) {
@@ -104,7 +32,7 @@ Result MeasureEnumServers(std::size_t resources, std::size_t& servers) {
         throw std::runtime_error("EnumServersOnCurrentNode finds another number of servers than were made");
     }
     std::vector<CClusterVirtualServerInfo> records(servers);
-    return Measure(
+    return bench::Measure(
         [&]() {
             int capacity = count;
             if (util.EnumServersOnCurrentNode(records.data(), &capacity) !=
@@ -119,9 +47,9 @@ Result MeasureEnumServers(std::size_t resources, std::size_t& servers) {
         });
 }
 
-Result MeasureNamesByType(std::size_t resources) {
+bench::Result MeasureNamesByType(std::size_t resources) {
     const std::size_t expected = resources / bench::ResourcesPerGroup;
-    return Measure(
+    return bench::Measure(
         [&]() {
             CCluster cluster;
             std::list<std::wstring> names;
@@ -131,33 +59,55 @@ Result MeasureNamesByType(std::size_t resources) {
             }
         },
         [&]() {
-            if (bench::BareCountResourcesOfType(StoreType) != expected) {
+            if (bench::BareNamesOfType(StoreType) != expected) {
                 throw std::runtime_error("the bare loop finds another number of stores");
             }
         });
 }
 
-void Print(std::size_t resources, const Result& result, const Result* smaller, std::size_t recordsHeld) {
-    std::printf(
-        "%6u resources: library %9.3f ms, bare %9.3f ms, ratio %.3f (target 1.10 at most), %.3f us more per resource",
-        static_cast<unsigned>(resources), result.library * 1e3, result.bare * 1e3, result.library / result.bare,
-        (result.library - result.bare) * 1e6 / static_cast<double>(resources));
-    if (smaller) {
-        std::printf(", growth x%.2f, bare x%.2f (target 11 at most)", result.library / smaller->library,
-                    result.bare / smaller->bare);
+// The deletion of the first virtual server's product resource and its creation.
+bench::Result MeasureProductResource() {
+    const wchar_t server[] = L"EXVS0";
+    const wchar_t name[] = L"Product 0";
+    const wchar_t dataPath[] = L"E:\\data\\EXVS0";
+    const wchar_t disk[] = L"Disk 0";
+    bench::TakeOffline(name);
+    return bench::Measure(
+        [&]() {
+            if (!CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server) ||
+                !CVirtualServerUtil::CreateKOVAResource(nullptr, name, dataPath, server, disk,
+                                                        CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY)) {
+                throw std::runtime_error("the library does not delete and create the product resource");
+            }
+        },
+        [&]() {
+            bench::BareDeleteProductResource(server);
+            bench::BareCreateProductResource(server, name, dataPath, disk);
+        });
+}
+
+bench::Result MeasureDiskPaths() {
+    const std::size_t repetitions = 500; // one takes microseconds
+    const wchar_t root[] = L"F:\\";
+    CCluster cluster;
+    CClusterResource disk;
+    if (!cluster.OpenByLPC() || !cluster.OpenResourceByName(disk, L"Disk 0")) {
+        throw std::runtime_error("the disk cannot be opened");
     }
-    std::printf("; %u rounds\n", static_cast<unsigned>(result.rounds));
-    std::printf("%17s  cluster calls: library %u, needed %u\n", "", static_cast<unsigned>(result.libraryCalls),
-                static_cast<unsigned>(result.bareCalls));
-    if (result.allocations == 0) {
-        std::printf("%17s  memory: not measured, the C++ runtime is no DLL of its own\n", "");
-        return;
-    }
-    const std::size_t target = 4096 * recordsHeld + 200 * resources;
-    std::printf(
-        "%17s  peak memory: %u bytes in %u allocations (target %u: 4 KiB per server found, 200 bytes per resource)\n",
-        "", static_cast<unsigned>(result.peakBytes), static_cast<unsigned>(result.allocations),
-        static_cast<unsigned>(target));
+    return bench::Measure(
+        [&]() {
+            std::vector<std::wstring> paths;
+            if (!GetDiskLettersFromResource(disk.GetResourceHandle(), paths) || paths.size() != 1 ||
+                paths.front() != root) {
+                throw std::runtime_error("GetDiskLettersFromResource failed");
+            }
+        },
+        [&]() {
+            if (bench::BareDiskPath(disk.GetResourceHandle()) != root) {
+                throw std::runtime_error("the bare calls find another path");
+            }
+        },
+        repetitions);
 }
 
 int Run() {
@@ -165,13 +115,13 @@ int Run() {
         throw std::runtime_error("another clusapi.dll than the simulator was loaded");
     }
     const bench::ClusteredRegistry registry;
-    std::printf("Medians of rounds in which library and bare loop take turns; log off, simulated cluster in memory.\n"
+    std::printf("Medians of rounds in which library and bare calls take turns; log off, simulated cluster in memory.\n"
                 "One server in %u resources is on this node; a record takes %u bytes.\n"
                 "Memory is what malloc of the C++ runtime and the library's LocalAlloc hand out during one call.\n",
                 static_cast<unsigned>(bench::ResourcesPerGroup * 2),
                 static_cast<unsigned>(sizeof(CClusterVirtualServerInfo)));
     const std::size_t sizes[] = {100, 1000, 10000};
-    std::vector<Result> servers, names;
+    std::vector<bench::Result> servers, names, products, disks;
     std::vector<std::size_t> serverCounts;
     for (const std::size_t size : sizes) {
         bench::LoadCluster(size);
@@ -179,14 +129,28 @@ int Run() {
         serverCounts.push_back(0);
         servers.push_back(MeasureEnumServers(size, serverCounts.back()));
         names.push_back(MeasureNamesByType(size));
+        disks.push_back(MeasureDiskPaths());
+        products.push_back(MeasureProductResource());
     }
+    const auto before = [](const std::vector<bench::Result>& results, std::size_t i) {
+        return i ? &results[i - 1] : nullptr;
+    };
     std::printf("\nCVirtualServerUtil::EnumServersOnCurrentNode\n");
     for (std::size_t i = 0; i < servers.size(); ++i) {
-        Print(sizes[i], servers[i], i ? &servers[i - 1] : nullptr, serverCounts[i]);
+        bench::Print(sizes[i], servers[i], before(servers, i), sizes[i], "resource",
+                     4096 * serverCounts[i] + 200 * sizes[i]);
     }
     std::printf("\nCCluster::EnumResourceNamesByType\n");
     for (std::size_t i = 0; i < names.size(); ++i) {
-        Print(sizes[i], names[i], i ? &names[i - 1] : nullptr, 0);
+        bench::Print(sizes[i], names[i], before(names, i), sizes[i], "resource", 200 * sizes[i]);
+    }
+    std::printf("\nCVirtualServerUtil::DeleteKOVAResurceOnCurrentNode, then CreateKOVAResource\n");
+    for (std::size_t i = 0; i < products.size(); ++i) {
+        bench::Print(sizes[i], products[i], nullptr, 1, "pair", 0);
+    }
+    std::printf("\nGetDiskLettersFromResource, device name \"F:\"\n");
+    for (std::size_t i = 0; i < disks.size(); ++i) {
+        bench::Print(sizes[i], disks[i], nullptr, 1, "call", 0);
     }
     if (ClusSimOpenHandles(nullptr) != 0) {
         throw std::runtime_error("cluster handles are left open");
