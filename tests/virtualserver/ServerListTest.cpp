@@ -1,0 +1,311 @@
+// EnumServersOnCurrentNode: which servers, the count protocol, the log, the calls.
+#include "ServerFixture.h"
+
+using namespace harness;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+
+namespace {
+
+class ServerList : public ServerTest {
+protected:
+    // The servers' names, by the count protocol.
+    std::vector<std::wstring> Names() {
+        Util util;
+        int count = 0;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+        std::vector<Info> records(static_cast<std::size_t>(count) + 1);
+        const int announced = count;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(records.data(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+        EXPECT_EQ(count, announced);
+        std::vector<std::wstring> names;
+        for (int i = 0; i < count; ++i) {
+            names.push_back(records[static_cast<std::size_t>(i)].m_wsServerName);
+        }
+        return names;
+    }
+
+    ModelBuilder OneServer() {
+        ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
+        AddServer(model, "EVS1", "NODE-A", "192.0.2.1");
+        return model;
+    }
+};
+
+} // namespace
+
+TEST_F(ServerList, HoldsTheServersOfThisNodeInTheClustersOrder) {
+    ClusterOf(ThreeServers());
+    Util util;
+    Guarded<Info, 3> records;
+    int count = 3;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    ASSERT_EQ(count, 2);
+    EXPECT_TRUE(records.GuardsIntact());
+    EXPECT_TRUE(records.Untouched(2));
+    EXPECT_TRUE(records[0].m_bIsOnline);
+    EXPECT_STREQ(records[0].m_wsServerName, L"EVS1");
+    EXPECT_STREQ(records[0].m_wsServerIP, L"192.0.2.1");
+    EXPECT_STREQ(records[0].m_wsDataPath, L"F:\\EVS1");
+    EXPECT_EQ(records[0].m_nSmtpInstanceCount, -1);
+    EXPECT_FALSE(records[1].m_bIsOnline);
+    EXPECT_STREQ(records[1].m_wsServerName, L"EVS2");
+    EXPECT_STRNE(records[0].m_wsServerGUID, records[1].m_wsServerGUID);
+}
+
+TEST_F(ServerList, OfANullBufferIsTheCountOnly) {
+    ClusterOf(ThreeServers());
+    Util util;
+    for (const int before : {-1, 0, 1, 2, 100}) {
+        int count = before;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+        EXPECT_EQ(count, 2);
+    }
+    EXPECT_THAT(TakeMessages(), Contains("I Returning virtual server count 2 only."));
+}
+
+TEST_F(ServerList, FitsABufferOfExactlyTheCount) {
+    ClusterOf(ThreeServers());
+    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+}
+
+TEST_F(ServerList, ThatDoesNotFitLeavesTheBufferAloneAndLogsTheCountTwice) {
+    ClusterOf(ThreeServers());
+    Util util;
+    for (const int room : {1, 0, -5}) {
+        Guarded<Info, 2> records;
+        int count = room;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_MORE_DATA);
+        EXPECT_EQ(count, 2);
+        EXPECT_TRUE(records.Untouched(0));
+        EXPECT_TRUE(records.Untouched(1));
+        EXPECT_THAT(TakeMessages(), Contains("I The buffer is supplied with 2 space, but 2 is needed, returning "
+                                             "ENUM_VS_RESULT_MORE_DATA"));
+    }
+}
+
+TEST_F(ServerList, OfANodeWithoutServersIsEmptyAndASuccess) {
+    SetComputerName(L"NODE-C");
+    ClusterOf(ThreeServers());
+    Util util;
+    Guarded<Info> record;
+    int count = 0;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(record.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(count, 0);
+    EXPECT_TRUE(record.Untouched());
+}
+
+TEST_F(ServerList, WholeTranscript) {
+    ModelBuilder model = OneServer();
+    ClusterOf(model);
+    Util util;
+    Forget();
+    Info record;
+    int count = 1;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(&record, &count), Util::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(TakeLog(), Lines({
+                             "> CVirtualServerUtil::EnumServersOnCurrentNode()",
+                             "I m_bIsCluster is true, enumerating virtual servers.",
+                             "> CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()",
+                             "> CCluster::OpenByLPC()",
+                             "< CCluster::OpenByLPC()",
+                             "I EnumNames, returns 3 resources.",
+                             "I Current node is: NODE-A",
+                             "I Opening resource:",
+                             "I EVS1 IP",
+                             "I Skip resource EVS1 IP:IP Address",
+                             "I Opening resource:",
+                             "I EVS1 Name",
+                             "I Skip resource EVS1 Name:Network Name",
+                             "I Opening resource:",
+                             "I EVS1 Product",
+                             "I Process resource EVS1 Product:clusRDLL...",
+                             "> CVirtualServerUtil::GetVirtualServerInfo()",
+                             "> GetResourceDependencyByType",
+                             "> GetResourceDependencyByType",
+                             "I Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY",
+                             "< CVirtualServerUtil::GetVirtualServerInfo()",
+                             "I adding resource EVS1 Product to the return server list.",
+                             "I Returning 1 virtual servers data.",
+                             "< CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()",
+                             "< CVirtualServerUtil::EnumServersOnCurrentNode()",
+                         }));
+}
+
+TEST_F(ServerList, AsksTheClusterOnlyWhatItNeeds) {
+    ClusterOf(OneServer());
+    Util util;
+    Forget();
+    Info record;
+    int count = 1;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(&record, &count), Util::ENUM_VS_RESULT_SUCCESS);
+    std::vector<std::string> calls = TakeClusterCalls();
+    for (std::string& call : calls) {
+        call.erase(std::min(call.find('('), call.size()));
+    }
+    EXPECT_THAT(calls,
+                ElementsAre("OpenCluster", "ClusterOpenEnum", "ClusterEnum", "ClusterEnum", "ClusterEnum",
+                            "ClusterEnum", "ClusterCloseEnum", "GetComputerNameW",
+                            // two resources of other types: open, type, close
+                            "OpenClusterResource", "ClusterResourceControl", "CloseClusterResource",
+                            "OpenClusterResource", "ClusterResourceControl", "CloseClusterResource",
+                            // the product resource: type and state, type again, its two dependencies
+                            "OpenClusterResource", "ClusterResourceControl", "GetClusterResourceState",
+                            "ClusterResourceControl", "ResUtilGetResourceDependency", "ResUtilGetResourceDependency",
+                            // network name, data path, mode, data path again, ID, address
+                            "ClusterResourceControl", "ClusterResourceControl", "ResUtilFindSzProperty",
+                            "ResUtilResourceTypesEqual", "ClusterResourceControl", "ResUtilFindSzProperty",
+                            "ClusterResourceControl", "ClusterResourceControl", "ResUtilFindSzProperty",
+                            "CloseClusterResource", "CloseClusterResource", "CloseClusterResource", "CloseCluster"));
+}
+
+TEST_F(ServerList, FailsWithoutTouchingAnythingWhenTheClusterCannotBeRead) {
+    struct {
+        const char* call;
+        const char* message;
+    } const cases[] = {{"OpenCluster", "E Cannot open cluster by LPC."},
+                       {"ClusterOpenEnum", "E Cannot enum names on the cluster"},
+                       {"ClusterEnum", "E Cannot enum names on the cluster"},
+                       {"GetComputerNameW", "E Cannot GetComputerName, code: 5"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.call);
+        ClusterOf(ThreeServers());
+        Util util;
+        Forget();
+        Platform().FailCall(c.call, ERROR_ACCESS_DENIED);
+        Guarded<Info, 2> records;
+        int count = 77;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_FAIL);
+        EXPECT_EQ(count, 77);
+        EXPECT_TRUE(records.Untouched(0));
+        const std::string log = TakeLog();
+        EXPECT_THAT(log, ::testing::HasSubstr(std::string(c.message) +
+                                              "\n< CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()\n< "
+                                              "CVirtualServerUtil::EnumServersOnCurrentNode()"));
+    }
+}
+
+TEST_F(ServerList, LeavesOutAResourceThatCannotBeOpened) {
+    ClusterOf(ThreeServers());
+    Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007, 1, FaultMode::FromThenOn);
+    EXPECT_THAT(Names(), ElementsAre(L"EVS2"));
+    EXPECT_THAT(TakeMessages(), Contains("W Warning, open resource EVS1 Product fail, code: 5007").Times(2));
+}
+
+TEST_F(ServerList, LeavesOutAResourceWithoutType) {
+    ClusterOf(ThreeServers());
+    AddFault("ClusterResourceControl@EVS1 Product=5");
+    EXPECT_THAT(Names(), ElementsAre(L"EVS2"));
+    EXPECT_THAT(TakeMessages(), Contains("W cannot get resource type for res:EVS1 Product, skip this resource."));
+}
+
+TEST_F(ServerList, LeavesOutTheServersOfOtherNodes) {
+    ClusterOf(ThreeServers());
+    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+    EXPECT_THAT(TakeMessages(), Contains("I This resource: EVS3 Product is online on node:NODE-B, skip."));
+}
+
+TEST_F(ServerList, TakesANodeOfAnotherLetterCaseForAnotherNode) {
+    SetComputerName(L"node-a");
+    ClusterOf(ThreeServers());
+    EXPECT_TRUE(Names().empty());
+}
+
+TEST_F(ServerList, LeavesOutAResourceWhoseStateCannotBeRead) {
+    ClusterOf(OneServer());
+    Platform().FailCall("GetClusterResourceState", 6, 1, FaultMode::FromThenOn);
+    EXPECT_TRUE(Names().empty());
+    EXPECT_THAT(TakeMessages(), Contains("I This resource: EVS1 Product is online on node:, skip."));
+}
+
+TEST_F(ServerList, LeavesOutAServerThatCannotBeDescribed) {
+    ModelBuilder model = ThreeServers();
+    model.Group("EVS4", "NODE-A").Resource("Lonely Product", "clusRDLL").Private("KOVA_DATA_PATH", "F:\\");
+    ClusterOf(model);
+    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+    EXPECT_THAT(TakeMessages(), Contains(::testing::StartsWith(
+                                    "W Warning, GetVirtualServerInfo for server Lonely Product fail, code: ")));
+}
+
+TEST_F(ServerList, LeavesOutAServerWithAnEmptyDataPath) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    model.Group("EVS1", "NODE-A")
+        .IpAddress("IP", "192.0.2.1")
+        .NetworkName("Name", "EVS1")
+        .DependsOn("IP")
+        .Resource("Product", "clusRDLL")
+        .DependsOn("Name")
+        .Private("KOVA_DATA_PATH", "");
+    ClusterOf(model);
+    EXPECT_TRUE(Names().empty());
+    EXPECT_THAT(TakeMessages(), Contains("W KOVA_DATA_PATH string length is 0"));
+}
+
+TEST_F(ServerList, HoldsContinuousReplicationServersToo) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    AddServer(model, "EVS1", "NODE-A", "192.0.2.1", "clusRDLLCCR");
+    ClusterOf(model);
+    EXPECT_THAT(Names(), ElementsAre(L"EVS1"));
+    EXPECT_THAT(TakeMessages(), Contains("I Quorum Mode: CLUSTER_QUORUM_CCR"));
+}
+
+TEST_F(ServerList, ComparesResourceTypesExactly) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    AddServer(model, "EVS1", "NODE-A", "192.0.2.1");
+    ClusterOf(model);
+    const auto patch = PatchImport(clusapi, ClusterResourceControl,
+                                   [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
+                                       std::memcpy(out, L"CLUSRDLL", 18);
+                                       *cb = 18;
+                                       return ERROR_SUCCESS;
+                                   });
+    EXPECT_TRUE(Names().empty());
+    EXPECT_THAT(TakeMessages(), Contains("I Skip resource EVS1 Product:CLUSRDLL"));
+}
+
+TEST_F(ServerList, ReadsLongNames) {
+    for (const std::size_t length : {260u, 5000u}) {
+        ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+        AddServer(model, "EVS1", "NODE-A", "192.0.2.1");
+        model.Resource(std::string(length, 'x'), "Generic Service");
+        ClusterOf(model);
+        EXPECT_THAT(Names(), ElementsAre(L"EVS1"));
+    }
+}
+
+TEST_F(ServerList, OfAPlainServerIsTheServerItself) {
+    Load(ThreeServers());
+    PlainServer();
+    Util util;
+    Forget();
+    for (const int room : {1, 2, 100}) {
+        Guarded<Info, 2> records;
+        int count = room;
+        ASSERT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+        EXPECT_EQ(count, 1);
+        EXPECT_STREQ(records[0].m_wsServerName, L"NODE-A");
+        EXPECT_STREQ(records[0].m_wsServerIP, L"192.0.2.10");
+        EXPECT_TRUE(records[0].m_bIsOnline);
+        EXPECT_TRUE(records.Untouched(1));
+    }
+    EXPECT_THAT(TakeClusterCalls(), ElementsAre()) << "no cluster is asked";
+}
+
+TEST_F(ServerList, OfAPlainServerNeedsRoomForOne) {
+    Load(ThreeServers());
+    PlainServer();
+    Util util;
+    Forget();
+    for (const int room : {0, -1}) {
+        Guarded<Info> record;
+        int count = room;
+        EXPECT_EQ(util.EnumServersOnCurrentNode(record.get(), &count), Util::ENUM_VS_RESULT_MORE_DATA);
+        EXPECT_EQ(count, 1);
+        EXPECT_TRUE(record.Untouched());
+        EXPECT_EQ(TakeLog(), Lines({"> CVirtualServerUtil::EnumServersOnCurrentNode()",
+                                    "I m_bIsCluster is false, enumerating normal servers.",
+                                    "> CVirtualServerUtil::EnumNormalServerOnCurrentNode_()",
+                                    "< CVirtualServerUtil::EnumNormalServerOnCurrentNode_()",
+                                    "< CVirtualServerUtil::EnumServersOnCurrentNode()"}));
+    }
+}
