@@ -1,0 +1,121 @@
+// The operations on the product's own resource and on the SMTP instance, with each of their platform calls and
+// allocations failing.
+#include "CreationCalls.h"
+#include "FaultSweep.h"
+
+using namespace harness;
+
+namespace {
+
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+class ProductSweep : public ProductTest {
+protected:
+    // `check` sees every run, those that threw included.
+    void SweepOver(const ModelBuilder& model, const std::function<bool()>& operation,
+                   const std::function<void(const SweepRun&)>& check) {
+        Sweep sweep;
+        sweep.prepare = [&] {
+            Load(model);
+            Platform().sleeps.clear();
+        };
+        sweep.body = [&] { return std::string(operation() ? "true" : "false"); };
+        sweep.check = [&](const SweepRun& run) {
+            if (!run.faulted) {
+                EXPECT_EQ(run.result, "true");
+            }
+            check(run);
+        };
+        FaultSweep(*this, sweep);
+    }
+};
+
+TEST_F(ProductSweep, CreateKOVAResource) {
+    for (const Creation& way : EveryWay) {
+        SweepOver(
+            ExchangeServer(), [&] { return way.Run(); },
+            [&](const SweepRun& run) {
+                EXPECT_EQ(Has(run.log, "I Deleting unsuccessfully created resource."), run.result != "true");
+                // Only a deletion that fails as well leaves the resource.
+                const bool left = run.result != "true" && Has(run.journal, "DeleteClusterResource(KOVA)=");
+                EXPECT_EQ(ResourceInModel("KOVA").empty(), run.result != "true" && !left);
+                for (const DWORD duration : Platform().sleeps) {
+                    EXPECT_EQ(duration, 5000u);
+                }
+                EXPECT_LE(Platform().sleeps.size(), 2u * 59);
+            });
+    }
+}
+
+TEST_F(ProductSweep, TurnOnAndOffKOVAResource) {
+    const struct {
+        bool (*run)(const wchar_t* server, bool wait, DWORD timeout);
+        const char* from;
+        const char* target;
+        const char* success;
+    } directions[] = {
+        {&CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode, "Offline", "Online",
+         "I Resource: KOVA, is online/online pending"},
+        {&CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode, "Online", "Offline",
+         "I Resource: KOVA, is offline/offline pending"},
+    };
+    for (const auto& direction : directions) {
+        for (const char* type : {"clusRDLL", "clusRDLLCCR"}) {
+            SweepOver(
+                ProductServer(type).State(direction.from).Raw("onlineMs", "1500").Raw("offlineMs", "1500"),
+                [&] { return direction.run(L"EVS1", true, 3000); },
+                [&](const SweepRun& run) {
+                    // Success is never claimed without the state.
+                    if (Has(run.log, direction.success)) {
+                        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+                    }
+                    EXPECT_LE(Platform().sleeps.size(), 3u);
+                });
+        }
+    }
+}
+
+TEST_F(ProductSweep, DeleteKOVAResurce) {
+    for (const char* state : {"Offline", "Online"}) {
+        SweepOver(
+            ProductServer().State(state).Raw("offlineMs", "10000").Resource("Second", "clusRDLL").State(state),
+            [] { return CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(L"EVS1"); },
+            [&](const SweepRun& run) {
+                for (const char* name : {"KOVA", "Second"}) {
+                    if (Has(run.log, std::string("I Deleting resource ") + name + " successful")) {
+                        EXPECT_EQ(StateInModel(name), "gone");
+                    }
+                    if (!run.faulted) {
+                        EXPECT_EQ(StateInModel(name), "gone");
+                    }
+                }
+                EXPECT_EQ(StateInModel("EVS1 Name"), "Online");
+                EXPECT_LE(Platform().sleeps.size(), 2u * 30);
+            });
+    }
+}
+
+TEST_F(ProductSweep, RestartSmtpVirtualServerInstanceResource) {
+    SweepOver(
+        GivenCluster()
+            .Node("NODE-A")
+            .Group("EVS1", "NODE-A")
+            .NetworkName("EVS1 Name", "EVS1")
+            .Resource("SMTP", "Microsoft Exchange SMTP Server Instance")
+            .Raw("offlineMs", "2000"),
+        [] { return CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode(); },
+        [&](const SweepRun& run) {
+            if (!run.threw) {
+                EXPECT_EQ(run.result == "true", Has(run.log, "I Resource SMTP is offlined, online it again."));
+            }
+            // Once taken offline and seen so, it is not left there, unless the cluster refuses the switch-on.
+            if (run.result == "true" && !Has(run.journal, "OnlineClusterResource(SMTP)=")) {
+                EXPECT_EQ(StateInModel("SMTP"), "Online");
+            }
+            EXPECT_LE(Platform().sleeps.size(), 120u);
+        });
+}
+
+} // namespace
