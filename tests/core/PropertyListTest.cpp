@@ -68,13 +68,13 @@ Bytes TextList(const std::wstring& name, const std::wstring& value) {
 TEST(PropertyList, RestartActionTakes56Bytes) {
     EXPECT_EQ(clus::DwordPropertyListSize(13), 56u);
     EXPECT_EQ(DwordList(L"RestartAction", 2), Bytes({
-        1, 0, 0, 0,                                                     // one property
-        3, 0, 4, 0, 28, 0, 0, 0,                                        // name
-        'R', 0, 'e', 0, 's', 0, 't', 0, 'a', 0, 'r', 0, 't', 0, 'A', 0, //
-        'c', 0, 't', 0, 'i', 0, 'o', 0, 'n', 0, 0, 0,                   //
-        2, 0, 1, 0, 4, 0, 0, 0, 2, 0, 0, 0,                             // value
-        0, 0, 0, 0                                                      // end mark
-    }));
+                                                  1,   0, 0,   0,                 // one property
+                                                  3,   0, 4,   0, 28,  0, 0,   0, // name
+                                                  'R', 0, 'e', 0, 's', 0, 't', 0, 'a', 0, 'r', 0, 't', 0, 'A', 0, //
+                                                  'c', 0, 't', 0, 'i', 0, 'o', 0, 'n', 0, 0,   0,                 //
+                                                  2,   0, 1,   0, 4,   0, 0,   0, 2,   0, 0,   0, // value
+                                                  0,   0, 0,   0                                  // end mark
+                                              }));
 }
 
 TEST(PropertyList, DwordListHasNameValueAndEndMark) {
@@ -112,11 +112,11 @@ TEST(PropertyList, TextListHasNameValueAndEndMark) {
 
 TEST(PropertyList, EvenNameLengthIsPadded) {
     EXPECT_EQ(TextList(L"AB", L"x"), Bytes({
-        1, 0, 0, 0,                                                          //
-        3, 0, 4, 0, 6, 0, 0, 0, 'A', 0, 'B', 0, 0, 0, 0, 0,                  // padded by two
-        3, 0, 1, 0, 4, 0, 0, 0, 'x', 0, 0, 0,                                //
-        0, 0, 0, 0                                                           //
-    }));
+                                         1, 0, 0, 0,                                         //
+                                         3, 0, 4, 0, 6, 0, 0, 0, 'A', 0, 'B', 0, 0, 0, 0, 0, // padded by two
+                                         3, 0, 1, 0, 4, 0, 0, 0, 'x', 0, 0,   0,             //
+                                         0, 0, 0, 0                                          //
+                                     }));
 }
 
 } // namespace

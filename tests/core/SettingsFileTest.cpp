@@ -124,7 +124,7 @@ TEST(SettingsFile, EachByteBecomesOneCharacter) {
 TEST(SettingsFile, LinesCountUpToTheTotalAndNotBeyond) {
     // Each line counts with one character more.
     const std::string filler = "#" + std::string(5000, 'x') + "\n"; // 5,002
-    const std::string entry = "Key\tValue\n";                      // 10
+    const std::string entry = "Key\tValue\n";                       // 10
     const std::size_t left = clus::SettingsTextCharacters - (filler.size() + 1) - (entry.size() + 1);
     const std::string fits = "#" + std::string(left - 3, 'y') + "\n";
     EXPECT_EQ(ParseSettings({filler, fits, entry}), Table({{L"Key", L"Value"}}));
@@ -164,7 +164,8 @@ TEST(SettingsFile, APieceWithoutLineFeedRunsIntoTheNext) {
 TEST(SettingsFile, ALongCommentCutsTheLineThatGoesOnFromIt) {
     const std::string piece = "#" + std::string(clus::SettingsPieceCharacters - 1, 'x');
     EXPECT_TRUE(ParseSettings({piece, "Key\tValue\n"}).empty()) << "the comment's field ends behind the key";
-    EXPECT_EQ(ParseSettings({piece, "xx\n", "Key\tValue\n"}), Table({{L"Key", L"Value"}})) << "and at the line's end here";
+    EXPECT_EQ(ParseSettings({piece, "xx\n", "Key\tValue\n"}), Table({{L"Key", L"Value"}}))
+        << "and at the line's end here";
 }
 
 TEST(SettingsFile, ACommentMarkNeedsToComeFirst) {

@@ -115,8 +115,8 @@ TEST(ValueList, CutAtEveryLengthItEndsWithTheBytes) {
 }
 
 TEST(ValueList, LengthBeyondTheBytesEndsTheList) {
-    for (const std::uint32_t length : {17u, 20u, 0x1000u, 0x7fffffffu, 0x80000000u, 0xfffffffcu, 0xfffffffdu,
-                                       0xfffffffeu, 0xffffffffu}) {
+    for (const std::uint32_t length :
+         {17u, 20u, 0x1000u, 0x7fffffffu, 0x80000000u, 0xfffffffcu, 0xfffffffdu, 0xfffffffeu, 0xffffffffu}) {
         Bytes list;
         PutText(list, 0x11, length, L"ab");
         PutText(list, 0x22, 4, L"c");
