@@ -27,20 +27,6 @@ const Columns ResourceColumns = {
     {"name", "NAME"}, {"type", "TYPE"}, {"group", "GROUP"}, {"owner", "OWNER"}, {"state", "STATE"},
 };
 
-const Columns ResourceTitles = {
-    {"name", "Resource"},
-    {"type", "Type"},
-    {"group", "Group"},
-    {"owner", "Owner"},
-    {"state", "State"},
-    {"id", "ID"},
-    {"dependsOn", "Depends on"},
-    {"dependants", "Needed by"},
-    {"possibleOwners", "Possible owners"},
-    {"networkName", "Network name"},
-    {"diskDevice", "Disk device"},
-};
-
 struct GroupOptions {
     std::string name;
     bool detail = false;
@@ -155,7 +141,7 @@ Report Resources(const ResourceOptions& options) {
     }
     Report report;
     if (detail) {
-        report.AddRecords("resources", records, ResourceTitles, NoResourceSentence(options));
+        report.AddRecords("resources", records, ResourceTitles(), NoResourceSentence(options));
     } else {
         report.AddTable("resources", records, ResourceColumns, NoResourceSentence(options));
     }

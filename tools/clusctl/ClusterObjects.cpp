@@ -1,6 +1,7 @@
 #include "ClusterObjects.h"
 
 #include "ClusterApi.h"
+#include "PropertyJson.h"
 #include "Text.h"
 
 #include <cstring>
@@ -39,11 +40,47 @@ std::string GroupStateWord(CLUSTER_GROUP_STATE state) {
     }
 }
 
+// Null when the resource does not give them, or in a form that makes no sense.
+Json ReadProperties(HRESOURCE resource, DWORD controlCode) {
+    std::vector<unsigned char> list;
+    DWORD code = 0;
+    if (!QueryResource(resource, controlCode, list, code)) {
+        return Json();
+    }
+    try {
+        return PropertiesJson(list);
+    } catch (const Failure&) {
+        return Json();
+    }
+}
+
+Json RestartMeaning(const Json& action) {
+    if (action == ClusterResourceDontRestart) {
+        return "no restart";
+    }
+    if (action == ClusterResourceRestartNoNotify) {
+        return "restart, without failing the group over";
+    }
+    if (action == ClusterResourceRestartNotify) {
+        return "restart, then fail the group over";
+    }
+    return action.is_null() ? Json() : Json("unknown");
+}
+
+void ReadProperties(HRESOURCE resource, Json& record) {
+    const Json common = ReadProperties(resource, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES);
+    const bool hasAction = common.is_object() && common.contains("RestartAction");
+    record["restartAction"] = hasAction ? common["RestartAction"] : Json();
+    record["restartMeaning"] = RestartMeaning(record["restartAction"]);
+    record["privateProperties"] = ReadProperties(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES);
+}
+
 void ReadResourceDetail(CClusterResource& resource, const std::wstring& type, Json& record) {
     record["id"] = TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false));
     record["dependsOn"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_DEPENDS);
     record["dependants"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_PROVIDES);
     record["possibleOwners"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_NODES);
+    ReadProperties(resource.GetResourceHandle(), record);
     if (type == L"Network Name") {
         record["networkName"] =
             TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false));
@@ -54,6 +91,26 @@ void ReadResourceDetail(CClusterResource& resource, const std::wstring& type, Js
 }
 
 } // namespace
+
+const Columns& ResourceTitles() {
+    static const Columns titles = {
+        {"name", "Resource"},
+        {"type", "Type"},
+        {"group", "Group"},
+        {"owner", "Owner"},
+        {"state", "State"},
+        {"id", "ID"},
+        {"dependsOn", "Depends on"},
+        {"dependants", "Needed by"},
+        {"possibleOwners", "Possible owners"},
+        {"restartAction", "Restart action"},
+        {"restartMeaning", "Restart action means"},
+        {"privateProperties", "Private properties"},
+        {"networkName", "Network name"},
+        {"diskDevice", "Disk device"},
+    };
+    return titles;
+}
 
 CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
     std::vector<wchar_t> node(64);

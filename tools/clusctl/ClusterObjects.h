@@ -35,9 +35,12 @@ bool ListPreferredOwners(HGROUP group, Names& names);
 // "online", "offline pending", ...; "unknown" for RES_STATE_UNKNOWN.
 std::string StateWord(CClusterResource::RES_STATE state);
 
-// name, type, group, owner, state; with `detail` also id, dependsOn, dependants, possibleOwners, networkName,
-// diskDevice. What cannot be read is null.
+// name, type, group, owner, state; with `detail` also id, dependsOn, dependants, possibleOwners, restartAction,
+// restartMeaning, privateProperties, networkName, diskDevice. What cannot be read is null.
 Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail);
+
+// The titles of a resource in detail.
+const Columns& ResourceTitles();
 
 // name, owner, state, resources (their number); with `detail` also members and disks.
 Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail);

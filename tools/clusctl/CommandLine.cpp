@@ -5,10 +5,11 @@
 #include <CLI/CLI.hpp>
 
 #include <memory>
+#include <sstream>
 
 namespace {
 
-const char Description[] = "Shows which servers this node serves, and what its cluster holds.";
+const char Description[] = "Shows which servers this node serves, and works with the product's cluster resources.";
 
 const char Footer[] = "Options may stand before or after the sub-command. 'clusctl SUBCOMMAND --help' shows its own.\n"
                       "Exit code: 0 done, 1 the operation failed (the reason is on standard error), 2 wrong usage.\n"
@@ -20,18 +21,33 @@ const char Footer[] = "Options may stand before or after the sub-command. 'clusc
                       "  2. Copy clusctl.exe and the DLLs beside it to a folder of its own, and the simulator's\n"
                       "     clusapi.dll and resutils.dll into that folder. Tell them the file:\n"
                       "       set CLUSSIM_FILE=C:\\rehearsal\\model.json\n"
-                      "  3. Make the change in the file, or with your own program on the same DLLs.\n"
+                      "  3. Make the change:\n"
+                      "       clusctl resource offline EXVS-MAIL1 --wait\n"
                       "  4. Look at the result, and compare it with the real cluster:\n"
                       "       clusctl servers\n"
                       "       clusctl resources --detail\n"
                       "  The real cluster is not touched. Delete the file, and nothing is left.";
 
+bool IsFamily(const CLI::App& app) {
+    return !app.get_subcommands({}).empty();
+}
+
+// "resource create"
+std::string FullName(const CLI::App& app) {
+    const CLI::App* parent = app.get_parent();
+    return parent->get_parent() == nullptr ? app.get_name() : parent->get_name() + " " + app.get_name();
+}
+
 // "Usage: clusctl query [OPTIONS] NAME|ADDRESS"
 std::string UsageLine(const CLI::App& app) {
-    if (app.get_parent() == nullptr) {
-        return "Usage: clusctl [OPTIONS] SUBCOMMAND\n";
+    std::string usage = "Usage: clusctl";
+    if (app.get_parent() != nullptr) {
+        usage += " " + FullName(app);
     }
-    std::string usage = "Usage: clusctl " + app.get_name() + " [OPTIONS]";
+    usage += " [OPTIONS]";
+    if (IsFamily(app)) {
+        return usage + " SUBCOMMAND\n";
+    }
     for (const CLI::Option* option : app.get_options()) {
         if (option->get_positional()) {
             const std::string name = option->get_type_name();
@@ -60,6 +76,20 @@ public:
             }
         }
         return text + make_subcommands(app, mode) + "\n" + app->get_footer() + "\n";
+    }
+
+    // A family is listed as its members, under their full names.
+    std::string make_subcommand(const CLI::App* app) const override {
+        std::string text;
+        for (const CLI::App* member : app->get_subcommands({})) {
+            text += make_subcommand(member);
+        }
+        if (text.empty()) {
+            std::ostringstream line;
+            CLI::detail::format_help(line, FullName(*app), app->get_description(), get_column_width());
+            text = line.str();
+        }
+        return text;
     }
 
     std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
@@ -91,11 +121,24 @@ CommandLine::CommandLine() : m_app(Description, "clusctl") {
     m_app.footer(Footer);
 }
 
-CLI::App& CommandLine::Add(const char* heading, const char* name, const char* description, const Action& action) {
+CLI::App& CommandLine::AddFamily(const char* heading, const char* name, const char* description) {
     CLI::App* command = m_app.add_subcommand(name, description);
     command->group(heading);
     command->fallthrough();
     command->footer("The options of 'clusctl --help' hold here too.");
+    return *command;
+}
+
+CLI::App& CommandLine::Add(const char* heading, const char* name, const char* description, const Action& action) {
+    CLI::App& command = AddFamily(heading, name, description);
+    command.callback([this, action]() { m_chosen = action; });
+    return command;
+}
+
+CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* description, const Action& action) {
+    family.require_subcommand(1);
+    CLI::App* command = family.add_subcommand(name, description);
+    command->group("Sub-commands");
     command->callback([this, action]() { m_chosen = action; });
     return *command;
 }
@@ -112,13 +155,13 @@ CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments
         return Result::Help;
     } catch (const CLI::ParseError& error) {
         std::string reason = error.what();
-        if (m_app.get_subcommands().empty() &&
+        if (IsFamily(Deepest()) &&
             error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
-            const std::vector<std::string> unknown = m_app.remaining();
+            const std::vector<std::string> unknown = m_app.remaining(true);
             reason = unknown.empty() ? "a sub-command is missing"
                                      : "there is no sub-command or option " + Quoted(unknown.front());
         }
-        m_text = "clusctl: " + Printable(reason) + "\n" + Usage() + "Try 'clusctl --help'.\n";
+        m_text = UsageText(reason);
         return Result::Usage;
     }
 }
@@ -140,7 +183,14 @@ CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::stri
     return *command.add_option(name, value, description)->type_name(typeName)->check(NotEmpty);
 }
 
-std::string CommandLine::Usage() const {
-    const auto chosen = m_app.get_subcommands();
-    return UsageLine(chosen.empty() ? m_app : *chosen.back());
+std::string CommandLine::UsageText(const std::string& reason) const {
+    return "clusctl: " + Printable(reason) + "\n" + UsageLine(Deepest()) + "Try 'clusctl --help'.\n";
+}
+
+const CLI::App& CommandLine::Deepest() const {
+    const CLI::App* app = &m_app;
+    for (auto chosen = app->get_subcommands(); !chosen.empty(); chosen = app->get_subcommands()) {
+        app = chosen.back();
+    }
+    return *app;
 }

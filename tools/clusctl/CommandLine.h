@@ -7,6 +7,7 @@
 #include <CLI/App.hpp>
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,15 @@ struct SharedOptions {
 
 class LogCapture;
 
-// Does a sub-command's work. Throws Failure. The log tells apart a plain "no" from a question that could not be
+// Does a sub-command's work. Throws Failure, or WrongUsage before anything is done. The log tells apart a plain "no" from a question that could not be
 // answered.
 typedef std::function<Report(const LogCapture& log)> Action;
+
+// Options that do not go together, found when the command runs; what() says what is wrong.
+class WrongUsage : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
 
 class CommandLine {
 public:
@@ -30,6 +37,10 @@ public:
 
     // Adds a sub-command under a heading of the help text. The options and arguments of its own go to the result.
     CLI::App& Add(const char* heading, const char* name, const char* description, const Action& action);
+
+    // Adds a sub-command that only has sub-commands ("resource create"), which AddTo adds.
+    CLI::App& AddFamily(const char* heading, const char* name, const char* description);
+    CLI::App& AddTo(CLI::App& family, const char* name, const char* description, const Action& action);
 
     // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty.
     static CLI::Option& AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
@@ -44,11 +55,15 @@ public:
     Result Parse(const std::vector<std::string>& arguments);
 
     const std::string& Text() const;
+
+    // What to print when the chosen command finds its options wrong.
+    std::string UsageText(const std::string& reason) const;
+
     const SharedOptions& Shared() const;
     const Action& Chosen() const;
 
 private:
-    std::string Usage() const;
+    const CLI::App& Deepest() const;
 
     CLI::App m_app;
     SharedOptions m_shared;

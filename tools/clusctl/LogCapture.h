@@ -19,6 +19,9 @@ public:
     // False when the DebugLog.dll in use does not hand out its lines: the product's own may not.
     bool IsAvailable() const;
 
+    // Whether the lines appear on standard error as they are logged.
+    bool IsShown() const;
+
     // The errors and warnings so far, oldest first, each once.
     const std::vector<std::string>& Problems() const;
 

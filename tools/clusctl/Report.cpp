@@ -42,8 +42,20 @@ std::string Padded(const std::string& text, size_t width) {
     return count < width ? text + std::string(width - count, ' ') : text;
 }
 
-// The title with the value behind it; a list has one element per line.
+// The members of an object as "name: value" each.
+Json MemberLines(const Json& object) {
+    Json lines = Json::array();
+    for (const auto& member : object.items()) {
+        lines.push_back(member.key() + ": " + CellText(member.value()));
+    }
+    return lines;
+}
+
+// The title with the value behind it; a list has one element per line, an object one member.
 std::string TitledLines(const std::string& title, const Json& value) {
+    if (value.is_object()) {
+        return TitledLines(title, MemberLines(value));
+    }
     if (!value.is_array() || value.empty()) {
         return title + CellText(value) + "\n";
     }

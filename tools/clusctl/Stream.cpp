@@ -15,6 +15,10 @@ Stream::Stream(DWORD standardHandle) : m_handle(GetStdHandle(standardHandle)), m
     m_isConsole = GetConsoleMode(m_handle, &mode) != FALSE;
 }
 
+bool Stream::IsConsole() const {
+    return m_isConsole;
+}
+
 DWORD Stream::Write(const std::string& text) const {
     if (m_handle == nullptr || m_handle == INVALID_HANDLE_VALUE) {
         return ERROR_INVALID_HANDLE;

@@ -15,6 +15,8 @@ public:
     // Unbuffered. The Win32 code, 0 when everything was written.
     DWORD Write(const std::string& text) const;
 
+    bool IsConsole() const;
+
 private:
     HANDLE m_handle;
     bool m_isConsole;

@@ -1,9 +1,12 @@
 // clusctl: the library's own caller for administrators; see clusctl.md.
 #include "ClusterCommands.h"
 #include "CommandLine.h"
+#include "DiskCommand.h"
 #include "HostCommands.h"
 #include "LogCapture.h"
+#include "ProductResourceCommands.h"
 #include "ServerCommands.h"
+#include "SmtpCommands.h"
 #include "SnapshotCommand.h"
 #include "Stream.h"
 #include "Text.h"
@@ -67,6 +70,9 @@ int Execute(const CommandLine& commandLine, const Stream& output, const Stream& 
         const Report report = commandLine.Chosen()(*log);
         PrintProblems(errors, *log, shared.verbose, "clusctl: warning: ");
         return PrintOutput(output, errors, shared.json ? report.ToJson() : report.ToText());
+    } catch (const WrongUsage& wrong) {
+        errors.Write(commandLine.UsageText(wrong.what()));
+        return ExitUsage;
     } catch (const Failure& failure) {
         errors.Write(std::string("clusctl: ") + failure.what() + "\n");
         if (log != nullptr) {
@@ -89,6 +95,9 @@ int wmain(int argumentCount, wchar_t** arguments) {
         AddServerCommands(commandLine);
         AddHostCommands(commandLine);
         AddClusterCommands(commandLine);
+        AddDiskCommand(commandLine);
+        AddProductResourceCommands(commandLine);
+        AddSmtpCommands(commandLine);
         AddSnapshotCommand(commandLine);
 
         std::vector<std::string> texts;

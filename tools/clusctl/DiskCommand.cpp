@@ -1,0 +1,41 @@
+#include "DiskCommand.h"
+
+#include "ClusterObjects.h"
+#include "CommandLine.h"
+#include "Text.h"
+
+#include <memory>
+
+namespace {
+
+const char Heading[] = "The cluster";
+
+Report Disk(const std::string& resourceName) {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    CClusterResource resource;
+    if (!cluster.OpenResourceByName(resource, ToUtf16(resourceName).c_str())) {
+        throw Failure("there is no resource " + Quoted(resourceName) + " that can be opened");
+    }
+    std::vector<std::wstring> paths;
+    if (!GetDiskLettersFromResource(resource.GetResourceHandle(), paths)) {
+        throw Failure("cannot read the disk information of " + Quoted(resourceName));
+    }
+    Json records = Json::array();
+    for (const std::wstring& path : paths) {
+        records.push_back({{"path", ToUtf8(path)}});
+    }
+    Report report;
+    report.AddTable("paths", records, {{"path", "PATH"}},
+                    "No partition of " + Quoted(resourceName) + " has a path on this node.");
+    return report;
+}
+
+} // namespace
+
+void AddDiskCommand(CommandLine& commandLine) {
+    const auto name = std::make_shared<std::string>();
+    CLI::App& disk = commandLine.Add(Heading, "disk", "List the paths of a cluster disk's partitions on this node",
+                                     [name](const LogCapture&) { return Disk(*name); });
+    CommandLine::AddText(disk, "RESOURCE", *name, "RESOURCE", "The disk's resource").required();
+}

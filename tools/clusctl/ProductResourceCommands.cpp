@@ -1,0 +1,235 @@
+#include "ProductResourceCommands.h"
+
+#include "ClusterObjects.h"
+#include "CommandLine.h"
+#include "Progress.h"
+#include "Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace {
+
+const char Heading[] = "The product's resource";
+
+const Columns ResourceColumns = {
+    {"name", "NAME"}, {"type", "TYPE"}, {"group", "GROUP"}, {"owner", "OWNER"}, {"state", "STATE"},
+};
+
+struct CreateOptions {
+    std::string server;
+    std::string name;
+    std::string mode;
+    std::string dataPath;
+    std::string disk;
+    std::string dataRoot;
+};
+
+struct SwitchOptions {
+    std::string server;
+    bool wait = false;
+    std::uint32_t timeout = 120;
+};
+
+// The product resources in the group of a virtual server, found as the library finds them: those of the single copy
+// type, or else those of the other one. False when they cannot be listed.
+bool ListProductResources(CCluster& cluster, const std::string& server, Names& names) {
+    CClusterResource networkName;
+    std::wstring groupName;
+    CClusterGroup group;
+    if (!cluster.OpenNetworkNameResourceByNetworkName(networkName, ToUtf16(server).c_str()) ||
+        networkName.GetResourceState(nullptr, &groupName) == CClusterResource::RES_STATE_UNKNOWN ||
+        !cluster.OpenGroupByName(group, groupName.c_str()) ||
+        !group.EnumResourceNamesInGroupByType(cluster, names, L"clusRDLL")) {
+        return false;
+    }
+    return !names.empty() || group.EnumResourceNamesInGroupByType(cluster, names, L"clusRDLLCCR");
+}
+
+// What a progress line watches; nothing when there is nobody to watch it.
+Names WatchedResources(CCluster& cluster, const LogCapture& log, const std::string& server) {
+    Names names;
+    if (Progress::IsWanted(log)) {
+        ListProductResources(cluster, server, names);
+    }
+    return names;
+}
+
+Json ReadResources(const CCluster& cluster, const Names& names) {
+    Json records = Json::array();
+    for (const std::wstring& name : names) {
+        records.push_back(ReadResource(cluster, name, false));
+    }
+    return records;
+}
+
+// "\"Zyntra Gate\" is online pending on NODE1"
+std::string StateSentence(const Json& records) {
+    std::string sentence;
+    for (const Json& record : records) {
+        sentence += (sentence.empty() ? "" : ", ") + Quoted(record["name"].get<std::string>()) + " is " +
+                    record["state"].get<std::string>();
+        if (record["owner"].is_string()) {
+            sentence += " on " + Printable(record["owner"].get<std::string>());
+        }
+    }
+    return sentence;
+}
+
+int QuorumMode(const CreateOptions& options) {
+    if (options.mode.empty()) {
+        const int mode = CVirtualServerUtil::GetClusterQuorumModeByRegKey();
+        if (mode != CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY && mode != CVirtualServerUtil::CLUSTER_QUORUM_CCR) {
+            throw WrongUsage("--mode is required: the product's settings name no known quorum mode");
+        }
+        return mode;
+    }
+    return options.mode == "ccr" ? CVirtualServerUtil::CLUSTER_QUORUM_CCR
+                                 : CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY;
+}
+
+void RequireOnly(const char* mode, const char* foreignOption, const std::string& value) {
+    if (!value.empty()) {
+        throw WrongUsage(std::string(foreignOption) + " has no meaning in the mode " + mode);
+    }
+}
+
+Report Create(const CreateOptions& options) {
+    const int mode = QuorumMode(options);
+    std::wstring dataRoot;
+    if (mode == CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY) {
+        RequireOnly("single-copy", "--data-root", options.dataRoot);
+        if (options.dataPath.empty()) {
+            throw WrongUsage("--data-path is required in the mode single-copy");
+        }
+    } else {
+        RequireOnly("ccr", "--data-path", options.dataPath);
+        RequireOnly("ccr", "--disk", options.disk);
+        dataRoot = options.dataRoot.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataRoot);
+        if (dataRoot.empty()) {
+            throw WrongUsage("--data-root is required: the product's settings name none");
+        }
+    }
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    const std::wstring name = ToUtf16(options.name);
+    if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), name.c_str(), ToUtf16(options.dataPath).c_str(),
+                                                ToUtf16(options.server).c_str(), ToUtf16(options.disk).c_str(), mode)) {
+        throw Failure("cannot create the resource " + Quoted(options.name) + " for " + Quoted(options.server));
+    }
+    Report report;
+    report.AddRecords("resources", Json::array({ReadResource(cluster, name, true)}), ResourceTitles(), std::string());
+    return report;
+}
+
+Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline) {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    const auto turn = isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
+                               : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
+    bool isDone = false;
+    {
+        const Progress progress(log, options.wait ? WatchedResources(cluster, log, options.server) : Names());
+        // Whole seconds only: the library never gives up on any other time-out.
+        isDone = turn(ToUtf16(options.server).c_str(), options.wait, options.timeout * 1000);
+    }
+    Names names;
+    const bool isListed = ListProductResources(cluster, options.server, names);
+    const Json records = ReadResources(cluster, names);
+    if (!isDone || !isListed) {
+        const std::string states = StateSentence(records);
+        throw Failure(std::string("cannot bring the product's resource of ") + Quoted(options.server) +
+                      (isOnline ? " online" : " offline") + (states.empty() ? "" : ": " + states + " now"));
+    }
+    Report report;
+    report.AddTable("resources", records, ResourceColumns,
+                    "The group of " + Quoted(options.server) + " has no product resource: nothing was done.");
+    return report;
+}
+
+Report Delete(const LogCapture& log, const std::string& server) {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    Names before;
+    ListProductResources(cluster, server, before);
+    bool isDone = false;
+    {
+        const Progress progress(log, before);
+        isDone = CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(ToUtf16(server).c_str());
+    }
+    if (!isDone) {
+        throw Failure("cannot delete the product's resource of " + Quoted(server));
+    }
+    // The library reports success also when a resource did not go offline in time, or belongs to another node.
+    Names after;
+    if (!ListProductResources(cluster, server, after)) {
+        throw Failure("cannot tell whether the product's resource of " + Quoted(server) + " is gone");
+    }
+    if (!after.empty()) {
+        throw Failure("the product's resource of " + Quoted(server) +
+                      " is still there: " + StateSentence(ReadResources(cluster, after)) +
+                      ". A node deletes only what it owns, and only what goes offline within three minutes");
+    }
+    std::string sentence = "The group of " + Quoted(server) + " has no product resource: nothing was done.";
+    if (!before.empty()) {
+        sentence = "Deleted";
+        for (const std::wstring& name : before) {
+            sentence += (name == before.front() ? " " : ", ") + Quoted(ToUtf8(name));
+        }
+        sentence += ".";
+    }
+    Report report;
+    report.AddSentence("deleted", NamesJson(before), sentence);
+    return report;
+}
+
+void AddServer(CLI::App& command, std::string& server) {
+    CommandLine::AddText(command, "VIRTUAL-SERVER", server, "VIRTUAL-SERVER", "The virtual server's network name")
+        .required();
+}
+
+void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
+    const auto options = std::make_shared<SwitchOptions>();
+    CLI::App& command = commandLine.AddTo(
+        family, isOnline ? "online" : "offline",
+        isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
+        [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
+    AddServer(command, options->server);
+    CLI::Option* wait = command.add_flag("--wait", options->wait, "Wait until it is done");
+    command.add_option("--timeout", options->timeout, "Give up waiting after whole seconds, 120 without it")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1U, 4294967U).description("")) // its milliseconds have to fit into 32 bits
+        ->needs(wait);
+}
+
+} // namespace
+
+void AddProductResourceCommands(CommandLine& commandLine) {
+    CLI::App& family =
+        commandLine.AddFamily(Heading, "resource", "Create, switch or delete the product's resource of a server");
+
+    const auto create = std::make_shared<CreateOptions>();
+    CLI::App& command =
+        commandLine.AddTo(family, "create", "Create the product's resource of a virtual server, offline",
+                          [create](const LogCapture&) { return Create(*create); });
+    AddServer(command, create->server);
+    CommandLine::AddText(command, "--name", create->name, "NAME", "The new resource's name").required();
+    CommandLine::AddText(command, "--mode", create->mode, "MODE",
+                         "single-copy or ccr; the configured quorum mode without it")
+        .check(CLI::IsMember({"single-copy", "ccr"}).description(""));
+    CommandLine::AddText(command, "--data-path", create->dataPath, "PATH", "single-copy: the data path");
+    CommandLine::AddText(command, "--disk", create->disk, "RESOURCE",
+                         "single-copy: the disk's resource; the System Attendant's disk without it");
+    CommandLine::AddText(command, "--data-root", create->dataRoot, "PATH",
+                         "ccr: the folder above the data path; the configured data root without it");
+
+    AddSwitch(commandLine, family, true);
+    AddSwitch(commandLine, family, false);
+
+    const auto server = std::make_shared<std::string>();
+    CLI::App& remove = commandLine.AddTo(family, "delete", "Delete the product's resource of a virtual server",
+                                         [server](const LogCapture& log) { return Delete(log, *server); });
+    AddServer(remove, *server);
+}

@@ -1,0 +1,123 @@
+#include "Progress.h"
+
+#include "LogCapture.h"
+#include "Text.h"
+
+#include <chrono>
+#include <exception>
+
+namespace {
+
+const std::chrono::milliseconds Interval(250);
+const size_t LongestName = 48; // the line has to fit into a narrow terminal: one that wraps cannot be erased
+
+// The platform's own calls: the library's would fill the log with the polling.
+CLUSTER_RESOURCE_STATE ReadState(HCLUSTER cluster, const std::wstring& name) {
+    const HRESOURCE resource = OpenClusterResource(cluster, name.c_str());
+    if (resource == nullptr) {
+        return ClusterResourceStateUnknown;
+    }
+    const CLUSTER_RESOURCE_STATE state = GetClusterResourceState(resource, nullptr, nullptr, nullptr, nullptr);
+    CloseClusterResource(resource);
+    return state;
+}
+
+bool IsPending(CLUSTER_RESOURCE_STATE state) {
+    return state == ClusterResourcePending || state == ClusterResourceOnlinePending ||
+           state == ClusterResourceOfflinePending;
+}
+
+const char* WordOf(CLUSTER_RESOURCE_STATE state) {
+    switch (state) {
+    case ClusterResourceOnline:
+        return "online";
+    case ClusterResourceOffline:
+        return "offline";
+    case ClusterResourceFailed:
+        return "failed";
+    case ClusterResourcePending:
+        return "pending";
+    case ClusterResourceOnlinePending:
+        return "online pending";
+    case ClusterResourceOfflinePending:
+        return "offline pending";
+    case ClusterResourceInitializing:
+        return "initializing";
+    default:
+        return "state unknown";
+    }
+}
+
+} // namespace
+
+bool Progress::IsWanted(const LogCapture& log) {
+    return !log.IsShown() && Stream(STD_ERROR_HANDLE).IsConsole();
+}
+
+Progress::Progress(const LogCapture& log, const Names& resources)
+    : m_resources(resources), m_errors(STD_ERROR_HANDLE) {
+    if (!m_resources.empty() && IsWanted(log)) {
+        m_thread = std::thread([this]() {
+            try {
+                Run();
+            } catch (const std::exception&) {
+                // Out of memory: no more progress is shown, the work goes on.
+            }
+        });
+    }
+}
+
+Progress::~Progress() {
+    if (m_thread.joinable()) {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_isDone = true;
+        }
+        m_wake.notify_one();
+        m_thread.join();
+    }
+}
+
+void Progress::Run() {
+    const auto start = std::chrono::steady_clock::now();
+    size_t drawn = 0;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_wake.wait_for(lock, Interval, [this]() { return m_isDone; })) {
+        lock.unlock();
+        const auto passed = std::chrono::steady_clock::now() - start;
+        std::string line =
+            Line(static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::seconds>(passed).count()));
+        const size_t length = CharacterCount(line);
+        if (length < drawn) {
+            line.append(drawn - length, ' ');
+        }
+        drawn = length > drawn ? length : drawn;
+        m_errors.Write("\r" + line);
+        lock.lock();
+    }
+    if (drawn != 0) {
+        m_errors.Write("\r" + std::string(drawn, ' ') + "\r");
+    }
+}
+
+// The first resource that is on its way, or the first of all.
+std::string Progress::Line(unsigned long long seconds) const {
+    const HCLUSTER cluster = OpenCluster(nullptr);
+    std::wstring name = m_resources.front();
+    CLUSTER_RESOURCE_STATE state = ClusterResourceStateUnknown;
+    if (cluster != nullptr) {
+        state = ReadState(cluster, name);
+        for (auto next = m_resources.begin(); next != m_resources.end() && !IsPending(state); ++next) {
+            const CLUSTER_RESOURCE_STATE candidate = ReadState(cluster, *next);
+            if (IsPending(candidate)) {
+                name = *next;
+                state = candidate;
+            }
+        }
+        CloseCluster(cluster);
+    }
+    if (name.size() > LongestName) {
+        name = name.substr(0, LongestName - 3) + L"...";
+    }
+    return Printable(ToUtf8(name)) + ": " + WordOf(state) + ", " + std::to_string(seconds) + " s";
+}

@@ -1,0 +1,39 @@
+// A line on the terminal while the library waits: which resource, its state, and for how long.
+#ifndef CLUSCTL_PROGRESS_H
+#define CLUSCTL_PROGRESS_H
+
+#include "ClusterObjects.h"
+#include "Stream.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+class LogCapture;
+
+// Draws while it lives, on a thread of its own that asks the cluster itself; the line is gone afterwards. Silent when
+// standard error is no terminal, and when --verbose shows the library's own steps there.
+class Progress {
+public:
+    // Whether there is anybody to draw for. What is only read for a progress line need not be read otherwise.
+    static bool IsWanted(const LogCapture& log);
+
+    Progress(const LogCapture& log, const Names& resources);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+private:
+    void Run();
+    std::string Line(unsigned long long seconds) const;
+
+    const Names m_resources;
+    const Stream m_errors;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_isDone = false;
+    std::thread m_thread;
+};
+
+#endif
