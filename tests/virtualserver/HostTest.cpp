@@ -288,6 +288,10 @@ TEST_F(HomeDirTest, TextWithoutTerminatorIsTerminated) {
     ExpectText(L"D:\\Product");
     SetCharacters(L"HomeDir", REG_SZ, std::wstring(1023, L'h'));
     ExpectText(std::wstring(1023, L'h'));
+    SetCharacters(L"HomeDir", REG_SZ, std::wstring(1024, L'h'));
+    ExpectText(std::wstring(1024, L'h')); // as many bytes as may be filled
+    SetCharacters(L"HomeDir", REG_SZ, std::wstring(1025, L'h'));
+    ExpectUnreadable();
 }
 
 TEST_F(HomeDirTest, ExpandableTextCountsAsText) {
