@@ -31,7 +31,7 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 cp "$examples"/*.json "$examples"/*.reg "$work"
 cd "$work"
-unset CLUSUTIL_LOG_FILE CLUSUTIL_LOG_LEVEL
+unset CLUSUTIL_LOG_FILE CLUSUTIL_LOG_LEVEL CLUSSIM_FAULTS CLUSSIM_JOURNAL
 
 heading() {
     printf '=== %s ===\n\n' "$1"
@@ -83,7 +83,11 @@ rejects() { # rejects TEXT: what the last command said must not contain it
     ! grep -qF -- "$1" said.txt || broken "the output must not say \"$1\""
 }
 
-say "clusutil tells a mail security product which servers it has to protect on this computer." \
+saidToo() { # saidToo TEXT: what the last command said must contain it
+    grep -qF -- "$1" said.txt || broken "expected the output to say \"$1\""
+}
+
+say "clusutil tells a mail security product which servers it has to protect on this computer, and runs it inside them." \
     "clusctl is its command-line tool. Everything below is its real output. The clusters are simulated:" \
     "files that the cluster simulator serves in place of a real cluster." ""
 
@@ -139,7 +143,67 @@ cluster no-such-cluster.json
 try 0 "192.0.2.10" servers
 try 0 "192.0.2.10" query localhost
 
-heading "7. When the cluster does not answer"
+heading "7. Put the product into a virtual server"
+say "EXVS-NEW1 is an Exchange virtual server without the product. These are its resources, and its disks are here:" ""
+settings cluster.reg
+cluster without-product.json
+try 0 "EXVS-NEW1" resources --group EXVS-NEW1
+try 0 "F:\\" disk "Disk F: (EXVS-NEW1)"
+try 0 "L:\\" disk "Disk L: (EXVS-NEW1)"
+say "The product gets a resource of its own in that group. Which disk? Without a name, the System Attendant's." \
+    "The output is what the cluster now holds: dependencies, possible owners, data path, restart action:" ""
+try 0 "Depends on:            Disk F: (EXVS-NEW1)" \
+    resource create EXVS-NEW1 --name "Zyntra Gate (EXVS-NEW1)" --data-path 'F:\Zyntra Gate'
+saidToo 'KOVA_DATA_PATH: F:\Zyntra Gate'
+saidToo "State:                 offline"
+say "A group holds one such resource at most:" ""
+try 1 "already other KOVA resources" resource create EXVS-NEW1 --name "Zyntra Gate (again)" --data-path 'F:\Zyntra Gate'
+
+heading "8. Switch it"
+say "Online: the Information Store that it depends on was offline and takes its time, so the command waits." \
+    "(On a terminal, a line shows the state and the seconds meanwhile.)" ""
+try 0 "online" resource online EXVS-NEW1 --wait --timeout 30
+rejects "pending"
+try 0 "EXVS-NEW1  192.0.2.41  yes" servers
+say "The SMTP instance of this node goes off and on again when the product has changed its settings:" ""
+try 0 "SMTP Virtual Server Instance 1 (EXVS-NEW1)" smtp restart
+say "Offline, and gone:" ""
+try 0 "offline" resource offline EXVS-NEW1 --wait
+try 0 'Deleted "Zyntra Gate (EXVS-NEW1)"' resource delete EXVS-NEW1
+try 0 "serves no server" servers
+
+heading "9. On another disk, or without a shared one"
+say "A disk of the group can be named. The same for scripts:" ""
+try 0 '"Disk L: (EXVS-NEW1)"' resource create EXVS-NEW1 --name "Zyntra Gate (EXVS-NEW1)" --data-path 'L:\Zyntra Gate' \
+    --disk "Disk L: (EXVS-NEW1)" --json
+saidToo '"KOVA_DATA_PATH": "L:\\Zyntra Gate"'
+rejects "Disk F:"
+try 0 "Deleted" resource delete EXVS-NEW1
+say "With continuous replication (the settings say so) there is no disk, and the data path follows from the data root." \
+    "The present resource is online: the cluster refuses to delete it, so it is taken offline first. Then a new one:" ""
+settings ccr.reg
+cluster ccr.json
+try 0 'Deleted "Zyntra Gate (EXVS-CCR1)"' resource delete EXVS-CCR1
+try 0 'KOVA_DATA_PATH: C:\Zyntra Gate Data\CCRVSDB\EXVS-CCR1' resource create EXVS-CCR1 --name "Zyntra Gate (new)"
+rejects "Disk"
+try 0 "online" resource online EXVS-CCR1 --wait
+
+heading "10. A creation that fails half-way"
+say "The simulated cluster refuses the data path, one of the last steps. All that was created before is taken back:" ""
+settings cluster.reg
+cluster without-product.json
+cp without-product.json before.json
+say "  \$ cp without-product.json before.json" "  \$ export CLUSSIM_FAULTS=ClusterResourceControl@0x01400086=5" ""
+export CLUSSIM_FAULTS=ClusterResourceControl@0x01400086=5 CLUSSIM_JOURNAL=$work/journal.txt
+try 1 "Cannot set private property KOVA_DATA_PATH" \
+    resource create EXVS-NEW1 --name "Zyntra Gate (EXVS-NEW1)" --data-path 'F:\Zyntra Gate'
+unset CLUSSIM_FAULTS CLUSSIM_JOURNAL
+grep -q '"call": *"CreateClusterResource"' journal.txt || broken "nothing was created that could be taken back"
+say "The cluster is the one it was, byte for byte:" "" "  \$ cmp before.json without-product.json && echo same"
+cmp before.json without-product.json || broken "the failed creation left something behind"
+say "  same" ""
+
+heading "11. When the cluster does not answer"
 say "The settings say cluster node, but the cluster cannot be opened. An empty list would be a lie:" ""
 settings cluster.reg
 cluster no-such-cluster.json
