@@ -21,12 +21,14 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   clusctl ...         STDOUT=full or STDOUT=closed says where its output goes; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
+  terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
 """
 import argparse
 import difflib
 import json
 import os
+import pty
 import re
 import shlex
 import shutil
@@ -143,12 +145,15 @@ class Case:
             file.parent.mkdir(parents=True, exist_ok=True)
             file.write_text(text, encoding="utf-8")
 
+    @staticmethod
+    def environment(variables):
+        # Only what a case sets reaches the program; the machine's own settings must not.
+        kept = {name: value for name, value in os.environ.items() if not name.startswith(("CLUSSIM_", "CLUSUTIL_"))}
+        return {**kept, "CLUSSIM_FILE": "model.json", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT), **variables}
+
     def start(self, arguments, variables):
         variables = dict(variables)
         target = variables.pop("STDOUT", "pipe")
-        # Only what a case sets reaches the program; the machine's own settings must not.
-        environment = {name: value for name, value in os.environ.items() if not name.startswith(("CLUSSIM_", "CLUSUTIL_"))}
-        environment = {**environment, "CLUSSIM_FILE": "model.json", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT), **variables}
         output = subprocess.PIPE
         if target == "full":
             output = os.open("/dev/full", os.O_WRONLY)
@@ -156,7 +161,7 @@ class Case:
             reader, output = os.pipe()
             os.close(reader)
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
-                                   env=environment, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE)
+                                   env=self.environment(variables), stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE)
         if output != subprocess.PIPE:
             os.close(output)
         return process
@@ -172,6 +177,24 @@ class Case:
         if err:
             result += "[stderr]\n" + err.decode("utf-8").replace("\r\n", "\n") # the simulator's come with both
         return normalised(result) + f"[exit {process.returncode}]\n"
+
+    def terminal(self, arguments, variables):
+        primary, secondary = pty.openpty()
+        process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
+                                   env=self.environment(variables), stdin=secondary, stdout=secondary, stderr=secondary,
+                                   start_new_session=True)
+        os.close(secondary)
+        out = b""
+        try:
+            while data := os.read(primary, 4096):
+                out += data
+        except OSError: # the program has closed its end
+            pass
+        os.close(primary)
+        text = re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8"))
+        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: [a-z]+ pending), \d+ s", text))
+        screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
+        return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {process.wait()}]\n"
 
     def clusctl(self, arguments, variables):
         return self.finish(self.start(arguments, variables), arguments)
@@ -193,6 +216,8 @@ class Case:
             results = [self.finish(process, arguments[1:]) for process in processes]
             differences = [difference(results[0], other, "first", "other") for other in results[1:]]
             return results[0] + "".join(text or "same\n" for text in differences)
+        if verb == "terminal":
+            return self.terminal(arguments[1:], variables)
         if verb == "show":
             return normalised((self.folder / arguments[0]).read_text(encoding="utf-8"))
         sys.exit(f"{self.file.name}: unknown command '{verb}'")
@@ -219,6 +244,25 @@ class Case:
         if update:
             self.file.write_text(found, encoding="utf-8")
         return update or not text
+
+
+def on_screen(line):
+    """What a line shows at its end: carriage returns, erasing to the end, and moves to the right are obeyed."""
+    shown, at = [], 0
+    for part in re.findall(r"\x1b\[\d*[A-Za-z]|\r|[^\x1b\r]", line):
+        if part == "\r":
+            at = 0
+        elif part.endswith("K") and len(part) > 1:
+            del shown[at:]
+        elif part.endswith("C") and len(part) > 1:
+            at += int(part[2:-1] or 1)
+        elif len(part) > 1:
+            sys.exit(f"unknown terminal sequence {part!r}")
+        else:
+            shown += [" "] * (at + 1 - len(shown))
+            shown[at] = part
+            at += 1
+    return "".join(shown).rstrip()
 
 
 def difference(first, second, first_name, second_name):
