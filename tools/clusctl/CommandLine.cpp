@@ -155,8 +155,7 @@ CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments
         return Result::Help;
     } catch (const CLI::ParseError& error) {
         std::string reason = error.what();
-        if (IsFamily(Deepest()) &&
-            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
+        if (IsFamily(Deepest()) && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
             const std::vector<std::string> unknown = m_app.remaining(true);
             reason = unknown.empty() ? "a sub-command is missing"
                                      : "there is no sub-command or option " + Quoted(unknown.front());

@@ -19,8 +19,8 @@ struct SharedOptions {
 
 class LogCapture;
 
-// Does a sub-command's work. Throws Failure, or WrongUsage before anything is done. The log tells apart a plain "no" from a question that could not be
-// answered.
+// Does a sub-command's work. Throws Failure, or WrongUsage before anything is done. The log tells apart a plain "no"
+// from a question that could not be answered.
 typedef std::function<Report(const LogCapture& log)> Action;
 
 // Options that do not go together, found when the command runs; what() says what is wrong.

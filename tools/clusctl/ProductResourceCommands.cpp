@@ -192,10 +192,10 @@ void AddServer(CLI::App& command, std::string& server) {
 
 void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
     const auto options = std::make_shared<SwitchOptions>();
-    CLI::App& command = commandLine.AddTo(
-        family, isOnline ? "online" : "offline",
-        isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
-        [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
+    CLI::App& command =
+        commandLine.AddTo(family, isOnline ? "online" : "offline",
+                          isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
+                          [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
     AddServer(command, options->server);
     CLI::Option* wait = command.add_flag("--wait", options->wait, "Wait until it is done");
     command.add_option("--timeout", options->timeout, "Give up waiting after whole seconds, 120 without it")

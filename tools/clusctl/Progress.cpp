@@ -54,8 +54,7 @@ bool Progress::IsWanted(const LogCapture& log) {
     return !log.IsShown() && Stream(STD_ERROR_HANDLE).IsConsole();
 }
 
-Progress::Progress(const LogCapture& log, const Names& resources)
-    : m_resources(resources), m_errors(STD_ERROR_HANDLE) {
+Progress::Progress(const LogCapture& log, const Names& resources) : m_resources(resources), m_errors(STD_ERROR_HANDLE) {
     if (!m_resources.empty() && IsWanted(log)) {
         m_thread = std::thread([this]() {
             try {
