@@ -16,9 +16,10 @@ class CClusterResource;
 // One server: the plain server, or one Exchange virtual server. A fixed-size record that callers allocate in arrays and
 // that is copied bytewise. Texts are UTF-16 and always terminated; a longer text is cut to its member.
 struct CLUSUTIL_API CClusterVirtualServerInfo {
+    // Capacity of m_dwSmtpInstanceIds.
     enum : int {
         MaxSmtpInstances = 128
-    }; // capacity of m_dwSmtpInstanceIds
+    };
 
     // An empty record: not online, instance count -1, all arrays zero.
     CClusterVirtualServerInfo();
@@ -126,8 +127,8 @@ public:
     //   lpwsDataRootPath      CCR: the data path is this, "CCRVSDB", virtual server name
     //   lpwsKOVAResourceName  name of the new resource
     //   lpwsDataPath          single copy: the data path
-    //   szVirtualDiskLetter   single copy: name of the Physical Disk resource; empty for the System Attendant's own
-    //   disk nQuorumMode           a CLUSTER_QUORUM_MODE
+    //   szVirtualDiskLetter   single copy: name of the Physical Disk resource; empty: the System Attendant's disk
+    //   nQuorumMode           a CLUSTER_QUORUM_MODE
     // May block for up to 295 seconds per node while the cluster refuses a possible owner; such a node is left out.
     static bool CreateKOVAResource(const wchar_t* lpwsDataRootPath, const wchar_t* lpwsKOVAResourceName,
                                    const wchar_t* lpwsDataPath, const wchar_t* lpwsVirtualServerName,
