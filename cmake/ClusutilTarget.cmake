@@ -18,7 +18,8 @@ function(clusutil_target target)
   target_compile_definitions(${target} PRIVATE UNICODE _UNICODE NOMINMAX WINVER=0x0502 _WIN32_WINNT=0x0502)
 
   if(MSVC)
-    target_compile_options(${target} PRIVATE /W4 /WX /permissive- /utf-8 /guard:cf)
+    # An exception may pass through the plainly named exports: /EHs without c.
+    target_compile_options(${target} PRIVATE /W4 /WX /permissive- /utf-8 /guard:cf /EHs /EHc-)
     target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS _WINSOCK_DEPRECATED_NO_WARNINGS)
     target_link_options(${target} PRIVATE /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /guard:cf)
   else()

@@ -124,9 +124,9 @@ public:
     // Creates the resource, offline, in the virtual server's group, which must be online on this node and hold no
     // product resource yet: with its dependencies (disk, store, network name), the possible owners of the group's
     // System Attendant, "KOVA_DATA_PATH" and "RestartAction". Any failure deletes what was created.
-    //   lpwsDataRootPath      CCR: the data path is this, "CCRVSDB", virtual server name
+    //   lpwsDataRootPath      CCR: the data path is this, "CCRVSDB", virtual server name; null fails the creation
     //   lpwsKOVAResourceName  name of the new resource
-    //   lpwsDataPath          single copy: the data path
+    //   lpwsDataPath          single copy: the data path; null fails the creation
     //   szVirtualDiskLetter   single copy: name of the Physical Disk resource; empty: the System Attendant's disk
     //   nQuorumMode           a CLUSTER_QUORUM_MODE
     // May block for up to 295 seconds per node while the cluster refuses a possible owner; such a node is left out.
