@@ -13,14 +13,29 @@ namespace {
 
 const char Heading[] = "Rehearsal";
 
+// Puts a file in another one's place. Another process that is doing the same holds it for a moment.
+DWORD MoveOver(const std::wstring& from, const std::wstring& to) {
+    for (int attempts = 40;; --attempts) {
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            return ERROR_SUCCESS;
+        }
+        const DWORD code = GetLastError();
+        if ((code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED) || attempts == 0) {
+            return code;
+        }
+        Sleep(25);
+    }
+}
+
 // The file appears complete or not at all.
 void WriteFileWhole(const std::string& file, const std::string& text) {
     const std::wstring path = ToUtf16(file);
-    const std::wstring temporary = path + L".new";
+    // A name of this process's own: several may write at once, and the last one's file stays.
+    const std::wstring temporary = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
     const HANDLE handle =
         CreateFileW(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
-        throw Failure("cannot create " + Quoted(ToUtf8(temporary)) + ": " + ErrorText(GetLastError()));
+        throw Failure("cannot create " + Quoted(file) + ": " + ErrorText(GetLastError()));
     }
     DWORD written = 0;
     DWORD code = ERROR_SUCCESS;
@@ -31,9 +46,8 @@ void WriteFileWhole(const std::string& file, const std::string& text) {
         code = ERROR_HANDLE_DISK_FULL;
     }
     CloseHandle(handle);
-    if (code == ERROR_SUCCESS &&
-        !MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-        code = GetLastError();
+    if (code == ERROR_SUCCESS) {
+        code = MoveOver(temporary, path);
     }
     if (code != ERROR_SUCCESS) {
         DeleteFileW(temporary.c_str());
