@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cwctype>
 #include <string>
 
@@ -45,6 +46,14 @@ TEST(ServerName, CharactersBeyondOneByteStartNoHostName) {
     for (unsigned c = 0x100; c <= 0xFFFF; ++c) {
         const wchar_t text[] = {static_cast<wchar_t>(c), L'a', L'\0'};
         ASSERT_FALSE(StartsLikeHostName(text)) << c;
+    }
+}
+
+TEST(ServerName, HighSingleBytesFollowTheNarrowClassification) {
+    for (unsigned c = 0x80; c <= 0xFF; ++c) {
+        const wchar_t text[] = {static_cast<wchar_t>(c), L'a', L'\0'};
+        EXPECT_EQ(StartsLikeHostName(text), std::isalpha(static_cast<int>(c)) != 0) << c;
+        EXPECT_EQ(UpperFirstLabel(text)[0], static_cast<wchar_t>(std::toupper(static_cast<int>(c)))) << c;
     }
 }
 

@@ -202,3 +202,17 @@ TEST(SettingsFile, QuotesOfAKeyStay) {
 TEST(SettingsFile, ACarriageReturnBehindTheClosingQuoteKeepsIt) {
     EXPECT_EQ(ParseSettings({"A\t\"a\"\r\n"}), Table({{L"A", L"a\"\r"}}));
 }
+
+TEST(SettingsFile, ANulEndsTheScanOfItsLine) {
+    EXPECT_EQ(ParseSettings({std::string("A\t1\0more\n", 9), "B\t2\n"}), Table({{L"A", L"1"}, {L"B", L"2"}}));
+    EXPECT_TRUE(ParseSettings({std::string("A\0\t1\n", 6)}).empty());
+}
+
+TEST(SettingsFile, ControlZIsAnOrdinaryCharacterHere) {
+    EXPECT_EQ(ParseSettings({"A\x1a\t\x1a\n"}), Table({{L"A\x1a", L"\x1a"}}));
+}
+
+TEST(SettingsFile, AnUnquotedValueHasNoLimitOfItsOwn) {
+    const std::string value(8000, 'v');
+    EXPECT_EQ(ParseSettings({"A\t" + value + "\n"}), Table({{L"A", std::wstring(8000, L'v')}}));
+}

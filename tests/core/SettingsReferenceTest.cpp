@@ -143,7 +143,7 @@ TEST(SettingsReference, RandomSmallFilesGiveTheReferenceTable) {
 
 TEST(SettingsReference, RandomBytesGiveTheReferenceTable) {
     std::string alphabet;
-    for (int byte = 1; byte < 256; ++byte) {
+    for (int byte = 0; byte < 256; ++byte) {
         alphabet += static_cast<char>(byte);
     }
     alphabet += std::string(30, '\t') + std::string(30, '\n') + std::string(10, '"') + std::string(5, '#');

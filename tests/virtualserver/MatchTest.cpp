@@ -172,11 +172,20 @@ TEST_F(MatchTest, NullMatchesNothing) {
     EXPECT_FALSE(util->IsTheSameVirtualServer(nullptr, info));
 }
 
+TEST_F(MatchTest, LongestNameAndAddressAreComparedWhole) {
+    SetServer(std::wstring(511, L'n').c_str(), std::wstring(510, L'1').c_str());
+    EXPECT_TRUE(MatchesQuietly(std::wstring(511, L'N').c_str()));
+    EXPECT_FALSE(MatchesQuietly(std::wstring(510, L'N').c_str()));
+    EXPECT_TRUE(Matches(std::wstring(510, L'1').c_str()));
+}
+
 // Addresses
 
 class AddressTest : public MatchTest {
 protected:
     std::string hostName = "EVS1";
+    bool hostKnown = true;
+    bool hostNamed = true;
     int resolveError = 0;
     std::vector<std::string> resolved;
 
@@ -195,8 +204,8 @@ private:
             EXPECT_EQ(length, 4);
             EXPECT_EQ(family, AF_INET);
             EXPECT_EQ(std::memcmp(address, &m_address, 4), 0);
-            m_host.h_name = hostName.data();
-            return resolveError ? nullptr : &m_host;
+            m_host.h_name = hostNamed ? hostName.data() : nullptr;
+            return hostKnown ? &m_host : nullptr;
         }};
     ImportPatch<int(), struct ErrorTag> m_lastError{FindImports(LibraryModule(), "ws2_32.dll", "WSAGetLastError"),
                                                     [this]() { return resolveError; }};
@@ -219,9 +228,42 @@ TEST_F(AddressTest, EmptyHostNameDoesNotMatch) {
 }
 
 TEST_F(AddressTest, AddressThatCannotBeResolvedDoesNotMatch) {
+    hostKnown = false;
     resolveError = WSAHOST_NOT_FOUND;
     EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
     EXPECT_EQ(resolved.size(), 1u);
+}
+
+TEST_F(AddressTest, ReportedErrorCountsMoreThanTheHost) {
+    resolveError = WSATRY_AGAIN;
+    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+}
+
+TEST_F(AddressTest, MissingHostWithoutAnErrorDoesNotMatch) {
+    hostKnown = false;
+    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+}
+
+TEST_F(AddressTest, HostWithoutANameDoesNotMatch) {
+    hostNamed = false;
+    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+}
+
+TEST_F(AddressTest, HostNameWithBytesBeyondAsciiDoesNotMatch) {
+    hostName = "\xe4\xff\x80";
+    EXPECT_FALSE(Matches(L"10.9.9.9"));
+    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+}
+
+TEST_F(AddressTest, LongHostNameDoesNotMatch) {
+    hostName = std::string(5000, 'h');
+    EXPECT_FALSE(Matches(L"10.9.9.9"));
+    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+}
+
+TEST_F(AddressTest, LongTextThatIsNoAddressIsHandedOnWhole) {
+    EXPECT_FALSE(Matches(std::wstring(5000, L'9').c_str()));
+    EXPECT_EQ(resolved, std::vector<std::string>{std::string(5000, '9')});
 }
 
 TEST_F(AddressTest, AnythingThatStartsWithNoLetterIsAnAddress) {

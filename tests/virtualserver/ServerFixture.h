@@ -14,6 +14,8 @@ namespace harness {
 typedef CVirtualServerUtil Util;
 typedef CClusterVirtualServerInfo Info;
 
+const char SmtpType[] = "Microsoft Exchange SMTP Server Instance";
+const char StoreType[] = "Microsoft Exchange Information Store";
 const wchar_t ProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
 
 // A virtual server with its product resource "<name> Product".
@@ -26,6 +28,13 @@ inline ModelBuilder& AddServer(ModelBuilder& model, const std::string& name, con
         .Resource(name + " Product", type)
         .DependsOn(name + " Name")
         .Private("KOVA_DATA_PATH", "F:\\" + name);
+}
+
+// Two nodes; one virtual server, online here.
+inline ModelBuilder OneServer(const std::string& type = "clusRDLL") {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
+    AddServer(model, "EVS1", "NODE-A", "192.0.2.1", type);
+    return model;
 }
 
 // Two nodes; one virtual server online here, one offline here, one on the other node.

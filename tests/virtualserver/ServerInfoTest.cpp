@@ -1,4 +1,4 @@
-// GetVirtualServerInfo, GetSMTPInstanceInfo, AtLeastOneExchangeResourceDLLOnlineOnCurrentNode, QueryServerInfo.
+// GetVirtualServerInfo: what describes a server, and what is missed when it lacks.
 #include "ServerFixture.h"
 
 #include "clus_Cluster.h"
@@ -9,17 +9,8 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const char SmtpType[] = "Microsoft Exchange SMTP Server Instance";
-const char StoreType[] = "Microsoft Exchange Information Store";
-
 class ServerInfo : public ServerTest {
 protected:
-    ModelBuilder OneServer(const std::string& type = "clusRDLL") {
-        ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
-        AddServer(model, "EVS1", "NODE-A", "192.0.2.1", type);
-        return model;
-    }
-
     // GetVirtualServerInfo of a resource of the cluster, opened for the purpose.
     bool Describe(const wchar_t* name, Info& info, bool dataPath = true, bool smtp = false) {
         CCluster cluster;
@@ -40,10 +31,6 @@ protected:
         EXPECT_THAT(TakeLog(), ::testing::EndsWith(Lines({message, "< CVirtualServerUtil::GetVirtualServerInfo()"})));
     }
 };
-
-typedef ServerInfo SmtpInstances;
-typedef ServerInfo StoreOnline;
-typedef ServerInfo ServerLookUp;
 
 } // namespace
 
@@ -181,210 +168,137 @@ TEST_F(ServerInfo, AskedForSmtpInstancesWarnsLeavesAndThenCollectsThem) {
                                             "> CVirtualServerUtil::CheckIsClusterByRegKey()"})));
 }
 
-TEST_F(SmtpInstances, AreThoseOfTheServersGroup) {
-    ModelBuilder model = OneServer();
-    model.Resource("SMTP 1", SmtpType).Private("ProtocolInstanceId", 1u);
-    model.Resource("SMTP 100", SmtpType).Private("ProtocolInstanceId", 100u);
-    AddServer(model, "EVS2", "NODE-A", "192.0.2.2");
-    model.Resource("SMTP other", SmtpType).Private("ProtocolInstanceId", 5u);
-    ClusterOf(model);
-    Info info;
-    ASSERT_TRUE(Util::GetSMTPInstanceInfo(L"evs1", info));
-    EXPECT_EQ(info.m_nSmtpInstanceCount, 2);
-    EXPECT_EQ(info.m_dwSmtpInstanceIds[0], 1u);
-    EXPECT_EQ(info.m_dwSmtpInstanceIds[1], 100u);
-    EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CVirtualServerUtil::GetSMTPInstanceInfo()\n"));
-}
-
-TEST_F(SmtpInstances, MayBeNone) {
+TEST_F(ServerInfo, AskedForSmtpInstancesDependsOnThem) {
     ClusterOf(OneServer());
+    ASSERT_TRUE(Util::CheckIsClusterByRegKey());
+    Platform().FailCall("OpenClusterGroup", 5);
     Info info;
-    ASSERT_TRUE(Util::GetSMTPInstanceInfo(L"EVS1", info));
-    EXPECT_EQ(info.m_nSmtpInstanceCount, 0);
+    EXPECT_FALSE(Describe(L"EVS1 Product", info, true, true));
+    EXPECT_STREQ(info.m_wsServerIP, L"192.0.2.1");
 }
 
-TEST_F(SmtpInstances, FitUpTo128) {
-    for (const unsigned count : {128u, 129u}) {
-        ModelBuilder model = OneServer();
-        for (unsigned i = 0; i < count; ++i) {
-            model.Resource("SMTP " + std::to_string(i), SmtpType).Private("ProtocolInstanceId", 1000 + i);
-        }
-        ClusterOf(model);
-        Guarded<Info> info;
-        new (info.get()) Info;
-        EXPECT_EQ(Util::GetSMTPInstanceInfo(L"EVS1", *info), count == 128);
-        EXPECT_TRUE(info.GuardsIntact());
-        EXPECT_EQ(info->m_nSmtpInstanceCount, 128);
-        EXPECT_EQ(info->m_dwSmtpInstanceIds[127], 1127u);
-        EXPECT_STREQ(info->m_wsServerIP, L"");
-    }
-}
-
-TEST_F(SmtpInstances, ThatCannotBeReadKeepTheOnesBefore) {
-    ModelBuilder model = OneServer();
-    model.Resource("SMTP 1", SmtpType).Private("ProtocolInstanceId", 1u);
-    model.Resource("SMTP 2", SmtpType).Private("ProtocolInstanceId", "two");
-    ClusterOf(model);
-    Info info;
-    EXPECT_FALSE(Util::GetSMTPInstanceInfo(L"EVS1", info));
-    EXPECT_EQ(info.m_nSmtpInstanceCount, 1);
-    EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CVirtualServerUtil::GetSMTPInstanceInfo()\n"));
-}
-
-TEST_F(SmtpInstances, AreNotCollectedOnAPlainServer) {
+TEST_F(ServerInfo, OnAPlainServerHasNoSmtpInstances) {
     Load(OneServer());
     PlainServer();
-    Forget();
     Info info;
-    info.m_nSmtpInstanceCount = 3;
-    EXPECT_TRUE(Util::GetSMTPInstanceInfo(L"EVS1", info));
+    info.m_nSmtpInstanceCount = 5;
+    EXPECT_TRUE(Describe(L"EVS1 Product", info, false, true));
+    EXPECT_STREQ(info.m_wsDataPath, L"");
     EXPECT_EQ(info.m_nSmtpInstanceCount, -1);
-    EXPECT_EQ(TakeLog(), Lines({"> CVirtualServerUtil::CheckIsClusterByRegKey()",
-                                "< CVirtualServerUtil::CheckIsClusterByRegKey()"}));
 }
 
-TEST_F(SmtpInstances, FailAtEachStep) {
-    for (const char* call : {"OpenCluster", "ClusterOpenEnum", "OpenClusterResource(EVS1 Name)",
-                             "GetClusterResourceState", "OpenClusterGroup", "ClusterGroupOpenEnum"}) {
-        SCOPED_TRACE(call);
-        ClusterOf(OneServer());
-        Platform().FailCall(call, 5);
-        Info info;
-        EXPECT_FALSE(Util::GetSMTPInstanceInfo(L"EVS1", info));
-        EXPECT_EQ(info.m_nSmtpInstanceCount, -1);
-        EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CVirtualServerUtil::GetSMTPInstanceInfo()\n"));
-    }
-}
-
-TEST_F(StoreOnline, IsTrueForAStoreThatIsOnlineHere) {
-    ModelBuilder model = OneServer();
-    model.Resource("Store", StoreType);
-    ClusterOf(model);
-    EXPECT_TRUE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());
-    EXPECT_EQ(
-        TakeLog(),
-        Lines({"> CVirtualServerUtil::IsAtLeastOneExchangeResourceDLLOnlineOnCurrentNode()", "> CCluster::OpenByLPC()",
-               "< CCluster::OpenByLPC()", "< CCluster::EnumResourceNamesByType()", "I Got computer name:: NODE-A",
-               "I Found store: Store", "< CVirtualServerUtil::IsAtLeastOneExchangeResourceDLLOnlineOnCurrentNode()"}));
-}
-
-TEST_F(StoreOnline, SkipsStoresElsewhereAndOffline) {
-    ModelBuilder model = OneServer();
-    model.Resource("Store", StoreType).State("Offline");
-    AddServer(model, "EVS2", "NODE-B", "192.0.2.2");
-    model.Resource("Store 2", StoreType);
-    ClusterOf(model);
-    EXPECT_FALSE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());
-    EXPECT_THAT(TakeMessages(),
-                ElementsAre("I Got computer name:: NODE-A", "I Found store: Store",
-                            "I Skip this store, reason: the node is not online", "I Found store: Store 2",
-                            "I Skip this store, reason: the node is on node: NODE-B"));
-}
-
-TEST_F(StoreOnline, SkipsAStoreThatCannotBeOpened) {
-    ModelBuilder model = OneServer();
-    model.Resource("Store", StoreType).Resource("Store 2", StoreType);
-    ClusterOf(model);
-    Platform().FailCall("OpenClusterResource(Store)", 5007, 2); // the first opening is the search by type
-    EXPECT_TRUE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());
-    EXPECT_THAT(TakeMessages(), Contains("W cannot open store: Store, skip this one"));
-}
-
-TEST_F(StoreOnline, IsFalseWhenTheClusterCannotBeRead) {
-    struct {
-        const char* call;
-        const char* message;
-    } const cases[] = {{"OpenCluster", "W Calling CCluster::OpenByLPC() fail"},
-                       {"ClusterOpenEnum", "W Calling CCluster::EnumResourceNamesByType fail"},
-                       {"GetComputerNameW", "W Calling GetComputerName fail"}};
-    for (const auto& c : cases) {
-        ClusterOf(OneServer());
-        Platform().FailCall(c.call, 5);
-        EXPECT_FALSE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());
-        EXPECT_THAT(TakeMessages(), Contains(c.message));
-    }
-}
-
-TEST_F(ServerLookUp, FindsAServerOfThisNodeByNameAndByAddress) {
-    ClusterOf(ThreeServers());
-    Util util;
-    for (const wchar_t* name : {L"EVS2", L"evs2", L"evs2.example.com", L"192.0.2.2"}) {
-        CClusterVirtualServerLookupRequest request;
-        request.m_wsNameOrIP = name;
-        Info info;
-        EXPECT_TRUE(util.QueryServerInfo(request, info)) << Utf8(name);
-        EXPECT_STREQ(info.m_wsServerName, L"EVS2");
-        EXPECT_FALSE(info.m_bIsOnline);
-    }
-}
-
-TEST_F(ServerLookUp, SaysWhetherTheServerIsOnline) {
-    ClusterOf(ThreeServers());
-    Util util;
-    CClusterVirtualServerLookupRequest request;
-    request.m_wsNameOrIP = L"EVS1";
-    Info info;
-    ASSERT_TRUE(util.QueryServerInfo(request, info));
-    EXPECT_TRUE(info.m_bIsOnline);
-}
-
-TEST_F(ServerLookUp, DoesNotFindTheServersOfOtherNodes) {
-    ClusterOf(ThreeServers());
-    Util util;
-    CClusterVirtualServerLookupRequest request;
-    request.m_wsNameOrIP = L"EVS3";
-    Info info;
-    EXPECT_FALSE(util.QueryServerInfo(request, info));
-    SetComputerName(L"NODE-C");
-    request.m_wsNameOrIP = L"EVS1";
-    EXPECT_FALSE(util.QueryServerInfo(request, info));
-}
-
-TEST_F(ServerLookUp, SkipsSilentlyWhatCannotBeRead) {
-    ClusterOf(ThreeServers());
-    Util util;
-    Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007);
-    CClusterVirtualServerLookupRequest request;
-    request.m_wsNameOrIP = L"EVS2";
-    Info info;
-    Forget();
-    EXPECT_TRUE(util.QueryServerInfo(request, info));
-    EXPECT_THAT(TakeMessages(), ::testing::Not(Contains(::testing::StartsWith("W Warning, open resource"))));
-}
-
-TEST_F(ServerLookUp, FailsSilentlyWhenTheClusterCannotBeRead) {
-    for (const char* call : {"OpenCluster", "ClusterOpenEnum", "GetComputerNameW"}) {
-        ClusterOf(ThreeServers());
-        Util util;
-        Forget();
-        Platform().FailCall(call, 5);
-        CClusterVirtualServerLookupRequest request;
-        request.m_wsNameOrIP = L"EVS1";
-        Info info;
-        info.m_bIsOnline = true;
-        EXPECT_FALSE(util.QueryServerInfo(request, info));
-        EXPECT_FALSE(info.m_bIsOnline);
-        const std::string log = TakeLog();
-        EXPECT_THAT(log, ::testing::StartsWith("> CVirtualServerUtil::QueryServerInfoFromCluster_()"));
-        EXPECT_THAT(log, ::testing::EndsWith("< CVirtualServerUtil::QueryServerInfoFromCluster_()\n"));
-    }
-}
-
-TEST_F(ServerLookUp, OfAPlainServerFindsOnlyTheServerItself) {
-    Load(ThreeServers());
-    PlainServer();
-    Util util;
-    for (const wchar_t* name : {L"NODE-A", L"node-a.example.com", L"localhost", L"192.0.2.10"}) {
-        CClusterVirtualServerLookupRequest request;
-        request.m_wsNameOrIP = name;
-        Info info;
-        EXPECT_TRUE(util.QueryServerInfo(request, info)) << Utf8(name);
-        EXPECT_STREQ(info.m_wsServerIP, L"192.0.2.10");
-    }
-    CClusterVirtualServerLookupRequest request;
-    request.m_wsNameOrIP = L"EVS1";
+TEST_F(ServerInfo, OfAPoisonedRecordEndsEachTextWithZeros) {
+    ClusterOf(OneServer());
     Guarded<Info> info;
-    EXPECT_FALSE(util.QueryServerInfo(request, *info));
-    EXPECT_TRUE(info.Untouched());
-    EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CVirtualServerUtil::QueryServerInfoFromRegistry_()\n"));
+    ASSERT_TRUE(Describe(L"EVS1 Product", *info));
+    EXPECT_TRUE(info.GuardsIntact());
+    const auto zeroFrom = [](const wchar_t* member, std::size_t length, std::size_t size) {
+        return std::all_of(member + length, member + size, [](wchar_t c) { return c == L'\0'; });
+    };
+    EXPECT_TRUE(zeroFrom(info->m_wsServerName, 4, 512));
+    EXPECT_TRUE(zeroFrom(info->m_wsServerIP, 9, 511));
+    EXPECT_TRUE(zeroFrom(info->m_wsDataPath, 7, 512));
+    EXPECT_TRUE(zeroFrom(info->m_wsServerGUID, 36, 512));
+    EXPECT_TRUE(IsPoison(&info->m_bIsOnline, 1));
+    EXPECT_TRUE(IsPoison(&info->m_nSmtpInstanceCount, 4));
+    EXPECT_TRUE(IsPoison(info->m_dwSmtpInstanceIds, sizeof(info->m_dwSmtpInstanceIds)));
+}
+
+// Clusters that lack something
+
+TEST_F(ServerInfo, NeedsWhatTheProductResourceDependsOn) {
+    const auto product = [](ModelBuilder model) {
+        return model.Resource("EVS1 Product", "clusRDLL").DependsOn("Name").Private("KOVA_DATA_PATH", "F:\\");
+    };
+    const ModelBuilder group = GivenCluster("EXCLUS").Node("NODE-A").Group("EVS1", "NODE-A");
+    ClusterOf(product(ModelBuilder(group).IpAddress("Name", "192.0.2.1")));
+    ExpectRefused("W Cannot get Network name resource");
+    ClusterOf(product(ModelBuilder(group).NetworkName("Name", "EVS1")));
+    ExpectRefused("W Cannot get IP address resource");
+    ClusterOf(product(ModelBuilder(group).Resource("IP", "IP Address").NetworkName("Name", "EVS1").DependsOn("IP")));
+    ExpectRefused("W Cannot get IP Address property.");
+}
+
+TEST_F(ServerInfo, NeedsTheDataPathProperty) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    model.Group("EVS1", "NODE-A").IpAddress("IP", "192.0.2.1").NetworkName("Name", "EVS1").DependsOn("IP");
+    ClusterOf(model.Resource("EVS1 Product", "clusRDLL").DependsOn("Name"));
+    ExpectRefused("W Cannot get KOVA_DATA_PATH property.");
+}
+
+TEST_F(ServerInfo, RefusesAnEmptyDataPathThoughItIsNotAskedFor) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    model.Group("EVS1", "NODE-A").IpAddress("IP", "192.0.2.1").NetworkName("Name", "EVS1").DependsOn("IP");
+    ClusterOf(model.Resource("EVS1 Product", "clusRDLL").DependsOn("Name").Private("KOVA_DATA_PATH", ""));
+    for (const bool dataPath : {true, false}) {
+        Info info;
+        EXPECT_FALSE(Describe(L"EVS1 Product", info, dataPath));
+        EXPECT_THAT(TakeMessages(), ElementsAre("W KOVA_DATA_PATH string length is 0"));
+    }
+}
+
+// The second reading of the data path
+
+class DataPathReading : public ServerInfo {
+protected:
+    // Changes the first character of what the second reading gives.
+    void ChangeSecond(wchar_t first) {
+        m_first = first;
+    }
+
+private:
+    wchar_t m_first = L'\0';
+    int m_reads = 0;
+    ImportPatch<DWORD(PVOID, DWORD, LPCWSTR, LPWSTR*), struct FindTextTag> m_patch{
+        FindImports(LibraryModule(), "resutils.dll", "ResUtilFindSzProperty"),
+        [this](PVOID list, DWORD size, LPCWSTR name, LPWSTR* value) {
+            const DWORD code = m_patch.Next(list, size, name, value);
+            if (std::wcscmp(name, L"KOVA_DATA_PATH") == 0 && ++m_reads == 2) {
+                (*value)[0] = m_first;
+            }
+            return code;
+        }};
+};
+
+TEST_F(DataPathReading, TheSecondOneCounts) {
+    ClusterOf(OneServer());
+    ChangeSecond(L'G');
+    Info info;
+    ASSERT_TRUE(Describe(L"EVS1 Product", info));
+    EXPECT_STREQ(info.m_wsDataPath, L"G:\\EVS1");
+}
+
+TEST_F(DataPathReading, TheSecondOneMayNotBeEmpty) {
+    ClusterOf(OneServer());
+    ChangeSecond(L'\0');
+    Info info;
+    EXPECT_FALSE(Describe(L"EVS1 Product", info));
+    EXPECT_THAT(TakeMessages(),
+                ElementsAre("I Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY", "W KOVA_DATA_PATH string length is 0"));
+}
+
+// The calls
+
+TEST_F(ServerInfo, AsksForEachThingInItsOrder) {
+    ClusterOf(OneServer("clusRDLLCCR"));
+    Info info;
+    ASSERT_TRUE(Describe(L"EVS1 Product", info));
+    const std::string name = "Network Name of EVS1 Product";
+    const std::string address = "IP Address of " + name;
+    EXPECT_THAT(
+        TakeClusterCalls(),
+        ElementsAre("ClusterResourceControl(EVS1 Product,GET_RESOURCE_TYPE,128)",
+                    "ResUtilGetResourceDependency(EVS1 Product,Network Name)",
+                    "ResUtilGetResourceDependency(" + name + ",IP Address)",
+                    "ClusterResourceControl(" + name + ",GET_NETWORK_NAME,128)",
+                    "ClusterResourceControl(EVS1 Product,GET_PRIVATE_PROPERTIES,128)",
+                    "ResUtilFindSzProperty(KOVA_DATA_PATH)", "ResUtilResourceTypesEqual(clusRDLL,EVS1 Product)=0",
+                    "ResUtilResourceTypesEqual(clusRDLLCCR,EVS1 Product)=1",
+                    "ClusterResourceControl(EVS1 Product,GET_PRIVATE_PROPERTIES,128)",
+                    "ResUtilFindSzProperty(KOVA_DATA_PATH)", "ClusterResourceControl(" + name + ",GET_ID,128)",
+                    "ClusterResourceControl(" + address + ",GET_PRIVATE_PROPERTIES,128)",
+                    "ResUtilFindSzProperty(Address)", "CloseClusterResource(" + address + ")",
+                    "CloseClusterResource(" + name + ")",
+                    // the caller's handle is closed by the caller alone
+                    "GetClusterResourceState(EVS1 Product)=2", "CloseClusterResource(EVS1 Product)", "CloseCluster()"));
 }

@@ -24,12 +24,6 @@ protected:
         }
         return names;
     }
-
-    ModelBuilder OneServer() {
-        ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
-        AddServer(model, "EVS1", "NODE-A", "192.0.2.1");
-        return model;
-    }
 };
 
 } // namespace
@@ -308,4 +302,82 @@ TEST_F(ServerList, OfAPlainServerNeedsRoomForOne) {
                                     "< CVirtualServerUtil::EnumNormalServerOnCurrentNode_()",
                                     "< CVirtualServerUtil::EnumServersOnCurrentNode()"}));
     }
+}
+
+TEST_F(ServerList, WholeTranscriptOfTheCount) {
+    ClusterOf(GivenCluster("EXCLUS")
+                  .Node("NODE-A")
+                  .Node("NODE-B")
+                  .Group("EVS3", "NODE-B")
+                  .Resource("EVS3 Product", "clusRDLL")
+                  .Group("EVS4", "NODE-A")
+                  .Resource("EVS4 Product", "clusRDLLCCR"));
+    Util util;
+    Forget();
+    int count = 0;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+    EXPECT_EQ(TakeLog(), Lines({
+                             "> CVirtualServerUtil::EnumServersOnCurrentNode()",
+                             "I m_bIsCluster is true, enumerating virtual servers.",
+                             "> CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()",
+                             "> CCluster::OpenByLPC()",
+                             "< CCluster::OpenByLPC()",
+                             "I EnumNames, returns 2 resources.",
+                             "I Current node is: NODE-A",
+                             "I Opening resource:",
+                             "I EVS3 Product",
+                             "I Process resource EVS3 Product:clusRDLL...",
+                             "I This resource: EVS3 Product is online on node:NODE-B, skip.",
+                             "I Opening resource:",
+                             "I EVS4 Product",
+                             "I Process resource EVS4 Product:clusRDLLCCR...",
+                             "> CVirtualServerUtil::GetVirtualServerInfo()",
+                             "> GetResourceDependencyByType",
+                             "E Calling ResUtilGetResourceDEpendency error, resname:Network Name code:5007",
+                             "W Cannot get Network name resource",
+                             "< CVirtualServerUtil::GetVirtualServerInfo()",
+                             "W Warning, GetVirtualServerInfo for server EVS4 Product fail, code: 5007",
+                             "I Returning virtual server count 0 only.",
+                             "< CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()",
+                             "< CVirtualServerUtil::EnumServersOnCurrentNode()",
+                         }));
+}
+
+TEST_F(ServerList, OfAClusterWithoutResourcesIsEmpty) {
+    ClusterOf(GivenCluster("EXCLUS").Node("NODE-A"));
+    Util util;
+    Forget();
+    Guarded<Info> record;
+    int count = 1;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(record.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(count, 0);
+    EXPECT_TRUE(record.Untouched());
+    EXPECT_THAT(TakeMessages(),
+                ElementsAre("I m_bIsCluster is true, enumerating virtual servers.", "I EnumNames, returns 0 resources.",
+                            "I Current node is: NODE-A", "I Returning 0 virtual servers data."));
+}
+
+TEST_F(ServerList, TakesNoOtherStateForOnline) {
+    for (const char* state : {"Online", "Offline", "Failed", "OnlinePending", "OfflinePending", "Initializing"}) {
+        ClusterOf(OneServer().State(state));
+        Util util;
+        Info record;
+        int count = 1;
+        ASSERT_EQ(util.EnumServersOnCurrentNode(&record, &count), Util::ENUM_VS_RESULT_SUCCESS) << state;
+        EXPECT_EQ(record.m_bIsOnline, std::string(state) == "Online") << state;
+    }
+}
+
+TEST_F(ServerList, ThatGrowsBetweenTheTwoCallsNeedsAThird) {
+    ClusterOf(OneServer());
+    Util util;
+    int count = 0;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+    ASSERT_EQ(count, 1);
+    Load(ThreeServers());
+    Guarded<Info, 2> records;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_MORE_DATA);
+    EXPECT_EQ(count, 2);
+    EXPECT_TRUE(records.Untouched(0));
+    EXPECT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
 }

@@ -1,25 +1,10 @@
 // The IIS site that serves the home directory, with a stand-in for the web-server utility library's class.
 #include "HostFixture.h"
+#include "WebServerStandIn.h"
 
 using namespace harness;
 
 namespace {
-
-#if defined(__MINGW32__)
-const char ConstructorName[] = "_ZN10CWebServerC1EPKw";
-const char DestructorName[] = "_ZN10CWebServerD1Ev";
-const char ServerTypeName[] = "_ZN10CWebServer13GetServerTypeEv";
-const char SiteIdName[] = "_ZN10CWebServer12GetIISSiteIDEv";
-#else
-const char ConstructorName[] = "??0CWebServer@@QEAA@PEB_W@Z";
-const char DestructorName[] = "??1CWebServer@@QEAA@XZ";
-const char ServerTypeName[] = "?GetServerType@CWebServer@@QEAAHXZ";
-const char SiteIdName[] = "?GetIISSiteID@CWebServer@@QEAAHXZ";
-#endif
-
-std::vector<void**> WebServerImports(const char* name) {
-    return FindImports(LibraryModule(), "WebServerUtil.dll", name);
-}
 
 class WebSiteTest : public HostTest {
 protected:
@@ -30,21 +15,7 @@ protected:
     int siteId = 1;
 
 private:
-    ImportPatch<void*(void*, const wchar_t*), struct ConstructorTag> m_constructor{
-        WebServerImports(ConstructorName), [this](void* self, const wchar_t* homeDir) {
-            Platform().Record("CWebServer(" + Utf8(homeDir) + ")");
-            return self;
-        }};
-    ImportPatch<void(void*), struct DestructorTag> m_destructor{WebServerImports(DestructorName),
-                                                                [this](void*) { Platform().Record("~CWebServer()"); }};
-    ImportPatch<int(void*), struct ServerTypeTag> m_serverType{WebServerImports(ServerTypeName), [this](void*) {
-                                                                   Platform().Record("GetServerType()");
-                                                                   return serverType;
-                                                               }};
-    ImportPatch<int(void*), struct SiteIdTag> m_siteId{WebServerImports(SiteIdName), [this](void*) {
-                                                           Platform().Record("GetIISSiteID()");
-                                                           return siteId;
-                                                       }};
+    WebServerStandIn m_webServer{Platform(), serverType, siteId};
 };
 
 TEST_F(WebSiteTest, SiteOfTheHomeDirectoryIsAsked) {

@@ -1,0 +1,77 @@
+// Real settings files beside a host executable, in a folder of the test's own.
+#ifndef SETTINGSFIXTURE_H
+#define SETTINGSFIXTURE_H
+
+#include "HostFixture.h"
+
+namespace harness {
+
+const wchar_t SettingsFileName[] = L"cfg_ProductRegistry.txt";
+const char SettingsEntry[] = "RegKeyProductCurrentVersion\tSOFTWARE\\Other\n";
+
+class SettingsTest : public HostTest {
+protected:
+    SettingsTest() {
+        wchar_t temporary[MAX_PATH];
+        GetTempPathW(MAX_PATH, temporary);
+        m_folder = temporary + std::wstring(L"clusutil-settings-") + std::to_wstring(GetCurrentProcessId()) + L"\\";
+        m_configFolder = m_folder + L"config\\";
+        CreateDirectoryW(m_folder.c_str(), nullptr);
+        CreateDirectoryW(m_configFolder.c_str(), nullptr);
+        SetHostPath(m_folder + L"host.exe");
+    }
+    ~SettingsTest() override {
+        for (const std::wstring& file : m_files) {
+            DeleteFileW(file.c_str());
+        }
+        RemoveDirectoryW(m_configFolder.c_str());
+        RemoveDirectoryW(m_folder.c_str());
+    }
+
+    void WriteText(const std::wstring& path, const std::string& text) {
+        FILE* file = _wfopen(path.c_str(), L"wb");
+        ASSERT_NE(file, nullptr) << Utf8(path);
+        std::fwrite(text.data(), 1, text.size(), file);
+        std::fclose(file);
+        m_files.push_back(path);
+    }
+    void WriteConfig(const std::string& text) {
+        WriteText(m_configFolder + SettingsFileName, text);
+    }
+    void WriteBeside(const std::string& text) {
+        WriteText(m_folder + SettingsFileName, text);
+    }
+
+    // The key that the library now takes for the product's.
+    std::string ProductKey() {
+        TakeOpenedKeys();
+        CVirtualServerUtil::GetClusterQuorumModeByRegKey();
+        const std::vector<OpenedKey> keys = TakeOpenedKeys();
+        EXPECT_EQ(keys.size(), 1u);
+        return keys.empty() ? "none" : keys[0].path;
+    }
+    // The files that the library tried to open.
+    const std::vector<std::string>& Opened() const {
+        return m_opened;
+    }
+    std::string Path(const std::wstring& path) const {
+        return Utf8(path);
+    }
+
+    std::wstring m_folder;
+    std::wstring m_configFolder;
+
+private:
+    std::vector<std::wstring> m_files;
+    std::vector<std::string> m_opened;
+    ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct OpenFileTag> m_openFilePatch{
+        FindImports(LibraryModule(), "msvcrt.dll", "_wfopen"), [this](const wchar_t* path, const wchar_t* mode) {
+            EXPECT_STREQ(mode, L"r");
+            m_opened.push_back(Utf8(path));
+            return m_openFilePatch.Next(path, mode);
+        }};
+};
+
+} // namespace harness
+
+#endif

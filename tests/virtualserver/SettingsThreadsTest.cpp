@@ -1,0 +1,101 @@
+// Several first callers at once: file and registry are read by one of them.
+#include "HostFixture.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+using namespace harness;
+
+namespace {
+
+std::atomic<int> logLines(0);
+void CountLogLine(HMODULE, unsigned int, const char*, int, const wchar_t*, ...) {
+    ++logLines;
+}
+
+// A machine without settings file and product key whose answers take their time; it counts the questions.
+class SettingsThreads : public ::testing::Test {
+protected:
+    SettingsThreads() {
+        logLines = 0;
+    }
+
+    // Runs each of them on a thread of its own, all at once.
+    void RunAtOnce(const std::vector<std::function<void()>>& callers) {
+        std::atomic<std::size_t> waiting(0);
+        std::vector<std::thread> threads;
+        for (const std::function<void()>& caller : callers) {
+            threads.emplace_back([&] {
+                ++waiting;
+                while (waiting < callers.size()) {
+                    ::Sleep(0);
+                }
+                caller();
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+    }
+
+    std::atomic<int> paths{0};
+    std::atomic<int> files{0};
+    std::atomic<int> fullAccessKeys{0};
+    std::atomic<int> readAccessKeys{0};
+
+private:
+    // The log recorder is made for one thread.
+    ImportEntryPatch m_log{FindImportsByAddress(LibraryModule(), reinterpret_cast<const void*>(&DBG::DebugLogEx)),
+                           reinterpret_cast<void*>(&CountLogLine)};
+    ImportPatch<DWORD(HMODULE, LPWSTR, DWORD), struct ThreadPathTag> m_path{
+        FindImports(LibraryModule(), "kernel32.dll", "GetModuleFileNameW"), [this](HMODULE, LPWSTR, DWORD) -> DWORD {
+            ++paths;
+            ::Sleep(50);
+            return 0;
+        }};
+    ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct ThreadFileTag> m_file{
+        FindImports(LibraryModule(), "msvcrt.dll", "_wfopen"), [this](const wchar_t*, const wchar_t*) -> FILE* {
+            ++files;
+            return nullptr;
+        }};
+    ImportPatch<LSTATUS(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY), struct ThreadKeyTag> m_key{
+        FindImports(LibraryModule(), "advapi32.dll", "RegOpenKeyExW"),
+        [this](HKEY, LPCWSTR, DWORD, REGSAM access, PHKEY) -> LSTATUS {
+            ++(access == KEY_ALL_ACCESS ? fullAccessKeys : readAccessKeys);
+            ::Sleep(50);
+            return ERROR_FILE_NOT_FOUND;
+        }};
+};
+
+TEST_F(SettingsThreads, FirstCallersReadFileAndRegistryOnce) {
+    std::atomic<int> clustered(0);
+    RunAtOnce(std::vector<std::function<void()>>(
+        8, [&] { clustered += CVirtualServerUtil::CheckIsClusterByRegKey() ? 1 : 0; }));
+    EXPECT_EQ(paths, 1);
+    EXPECT_EQ(files, 2);
+    EXPECT_EQ(fullAccessKeys, 1);
+    EXPECT_EQ(readAccessKeys, 0);
+    EXPECT_EQ(clustered, 0);
+    EXPECT_EQ(logLines, 16);
+}
+
+TEST_F(SettingsThreads, FirstCallersOfDifferentMembersReadTheFileOnce) {
+    std::vector<std::function<void()>> callers;
+    for (int i = 0; i < 2; ++i) {
+        callers.emplace_back([] { CVirtualServerUtil::CheckIsClusterByRegKey(); });
+        callers.emplace_back([] { CVirtualServerUtil::GetClusterQuorumModeByRegKey(); });
+        callers.emplace_back([] { CVirtualServerUtil::QueryIISSiteID(); });
+        callers.emplace_back([] {
+            std::wstring homeDir;
+            UtilAccess::GetHomeDir(homeDir);
+        });
+    }
+    RunAtOnce(callers);
+    EXPECT_EQ(paths, 1);
+    EXPECT_EQ(files, 2);
+    EXPECT_EQ(fullAccessKeys, 1);
+    EXPECT_EQ(readAccessKeys, 6) << "these values are read afresh by each";
+}
+
+} // namespace
