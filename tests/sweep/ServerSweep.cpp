@@ -2,8 +2,11 @@
 // failing.
 #include "FaultSweep.h"
 #include "ServerFixture.h"
+#include "WebServerStandIn.h"
 
 #include "clus_Cluster.h"
+
+#include <cwchar>
 
 using namespace harness;
 
@@ -112,6 +115,55 @@ TEST_F(ServerSweep, GetSMTPInstanceInfo) {
 
 TEST_F(ServerSweep, AtLeastOneExchangeResourceDLLOnlineOnCurrentNode) {
     SweepServers([] { return Text(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode()); }, "true", {"false"});
+}
+
+TEST_F(ServerSweep, ConstructorAndDestructorOnAPlainServer) {
+    SweepServers(
+        [] {
+            { const Util util; }
+            return std::string("done");
+        },
+        "done", {}, false);
+}
+
+TEST_F(ServerSweep, CheckIsClusterByRegKeyOnceItIsSettled) {
+    ASSERT_EQ(Util::CheckIsClusterByRegKey(), false);
+    const unsigned no = 0;
+    for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
+        Platform().FailNthCall(1, mode, ERROR_ACCESS_DENIED);
+        Heap().FailAllocation(1, mode);
+        Heap().StartOperation();
+        const bool clustered = Util::CheckIsClusterByRegKey();
+        Heap().EndOperation();
+        EXPECT_FALSE(clustered);
+        EXPECT_FALSE(Platform().Fired());
+        EXPECT_FALSE(Heap().Fired());
+        Platform().FailNthCall(no, mode, 0);
+        Heap().FailAllocation(no, mode);
+    }
+}
+
+TEST_F(ServerSweep, QueryIISSiteID) {
+    const int iisServerType = 0;
+    const int siteId = 7;
+    const WebServerStandIn webServer(Platform(), iisServerType, siteId);
+    SweepServers([] { return std::to_string(Util::QueryIISSiteID()); }, "7", {"-1"});
+}
+
+TEST_F(ServerSweep, IsTheSameVirtualServer) {
+    char name[] = "host";
+    hostent host = {};
+    host.h_name = name;
+    const auto resolver = PatchImport(ws2_32, gethostbyaddr, [&](const char*, int, int) -> hostent* { return &host; });
+    SweepServers(
+        [] {
+            Util util;
+            Info info;
+            std::wcscpy(info.m_wsServerName, L"NODE-A");
+            return Text(util.IsTheSameVirtualServer(L"localhost", info)) +
+                   Text(util.IsTheSameVirtualServer(L"192.0.2.99", info));
+        },
+        "truefalse", {"falsefalse"});
 }
 
 TEST_F(ServerSweep, GetClusterQuorumModeByRegKey) {
