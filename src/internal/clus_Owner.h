@@ -96,7 +96,12 @@ struct LocalMemoryTraits {
         LocalFree(memory);
     }
 };
-
+struct HandleTraits {
+    typedef HANDLE Handle;
+    static void Close(HANDLE handle) {
+        CloseHandle(handle);
+    }
+};
 struct ModuleTraits {
     typedef HMODULE Handle;
     static void Close(HMODULE module) {
@@ -110,6 +115,7 @@ typedef Owner<ResourceTraits> ResourceOwner;
 typedef Owner<ResourceEnumTraits> ResourceEnumOwner;
 typedef Owner<GroupEnumTraits> GroupEnumOwner;
 typedef Owner<RegKeyTraits> RegKeyOwner;
+typedef Owner<HandleTraits> HandleOwner;
 typedef Owner<LocalMemoryTraits> LocalMemoryOwner;
 typedef Owner<ModuleTraits> ModuleOwner;
 

@@ -13,33 +13,14 @@ const wchar_t DefaultProductRegistryKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\
 
 std::wstring ProductRegistryKey(DefaultProductRegistryKey);
 
+CriticalSection SettingsLock;
+
 namespace {
 
 const wchar_t SettingsFileName[] = L"cfg_ProductRegistry.txt";
 const wchar_t SettingsKeyName[] = L"RegKeyProductCurrentVersion";
 
 std::atomic<bool> ProductRegistryKeyLoaded(false);
-
-class CriticalSection {
-public:
-    CriticalSection() {
-        InitializeCriticalSection(&m_section);
-    }
-    ~CriticalSection() {
-        DeleteCriticalSection(&m_section);
-    }
-    CriticalSection(const CriticalSection&) = delete;
-    CriticalSection& operator=(const CriticalSection&) = delete;
-
-    CRITICAL_SECTION* get() {
-        return &m_section;
-    }
-
-private:
-    CRITICAL_SECTION m_section;
-};
-
-CriticalSection SettingsLock;
 
 struct FileCloser {
     void operator()(FILE* file) const {
@@ -96,19 +77,11 @@ std::wstring ProductRegistryKeyFromFile() {
 
 } // namespace
 
-SettingsLockGuard::SettingsLockGuard() {
-    EnterCriticalSection(SettingsLock.get());
-}
-
-SettingsLockGuard::~SettingsLockGuard() {
-    LeaveCriticalSection(SettingsLock.get());
-}
-
 void LoadProductRegistryKey() {
     if (ProductRegistryKeyLoaded) {
         return;
     }
-    const SettingsLockGuard guard;
+    const CriticalSectionGuard guard(SettingsLock);
     if (!ProductRegistryKeyLoaded) {
         ProductRegistryKey = ProductRegistryKeyFromFile();
         ProductRegistryKeyLoaded = true;
@@ -132,6 +105,10 @@ bool RegistryKey::ReadDword(const wchar_t* name, DWORD& value) const {
     }
     value = stored;
     return true;
+}
+
+bool RegistryKey::ReadBytes(const wchar_t* name, void* data, DWORD cb) const {
+    return RegQueryValueExW(m_key.get(), name, nullptr, nullptr, static_cast<BYTE*>(data), &cb) == ERROR_SUCCESS;
 }
 
 bool RegistryKey::ReadText(const wchar_t* name, wchar_t* text, DWORD cchText, DWORD cbLimit) const {

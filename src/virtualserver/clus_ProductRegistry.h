@@ -2,6 +2,7 @@
 #ifndef CLUS_PRODUCTREGISTRY_H
 #define CLUS_PRODUCTREGISTRY_H
 
+#include "clus_CriticalSection.h"
 #include "clus_Owner.h"
 
 #include <string>
@@ -18,14 +19,8 @@ extern std::wstring ProductRegistryKey;
 // logged.
 void LoadProductRegistryKey();
 
-// Holds the one lock of the library, around the values that are read once per process. Its owner may enter it again.
-class SettingsLockGuard {
-public:
-    SettingsLockGuard();
-    ~SettingsLockGuard();
-    SettingsLockGuard(const SettingsLockGuard&) = delete;
-    SettingsLockGuard& operator=(const SettingsLockGuard&) = delete;
-};
+// The lock around the values that are read once per process.
+extern CriticalSection SettingsLock;
 
 // An open registry key under HKEY_LOCAL_MACHINE, closed at the end of its scope.
 class RegistryKey {
@@ -38,6 +33,9 @@ public:
 
     // A REG_DWORD value. False, with `value` untouched, when it is missing or of another type.
     bool ReadDword(const wchar_t* name, DWORD& value) const;
+
+    // A value's bytes as stored, whatever its type, into `data` of `cb` bytes. False when it is missing or longer.
+    bool ReadBytes(const wchar_t* name, void* data, DWORD cb) const;
 
     // A text value as stored, into `text` of `cchText` characters, of which `cbLimit` bytes may be filled. Terminated
     // on success even when the stored value is not; empty on failure: value missing, longer, or no text.

@@ -1,19 +1,12 @@
 #include "clus_ServerName.h"
 
+#include "clus_Character.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cwctype>
 
 namespace clus {
-
-namespace {
-
-// The narrow functions are defined for single bytes only.
-bool IsNarrow(wchar_t character) {
-    return static_cast<unsigned long>(character) <= 0xFF;
-}
-
-} // namespace
 
 std::wstring WideUpper(const wchar_t* text) {
     std::wstring upper(text);
@@ -29,8 +22,7 @@ bool StartsLikeHostName(const wchar_t* text) {
 std::wstring UpperFirstLabel(const wchar_t* text) {
     std::wstring label(text);
     label.erase(std::min(label.find(L'.'), label.size()));
-    std::transform(label.begin(), label.end(), label.begin(),
-                   [](wchar_t c) { return IsNarrow(c) ? static_cast<wchar_t>(std::toupper(static_cast<int>(c))) : c; });
+    std::transform(label.begin(), label.end(), label.begin(), NarrowUpper);
     return label;
 }
 

@@ -25,6 +25,7 @@
 
 using clus::CcrType;
 using clus::ComputerName;
+using clus::CriticalSectionGuard;
 using clus::DefaultProductRegistryKey;
 using clus::InformationStoreType;
 using clus::IpAddressType;
@@ -32,7 +33,7 @@ using clus::LoadProductRegistryKey;
 using clus::NetworkNameType;
 using clus::ProductRegistryKey;
 using clus::RegistryKey;
-using clus::SettingsLockGuard;
+using clus::SettingsLock;
 using clus::SingleCopyType;
 using clus::SmtpInstanceType;
 using clus::SystemAttendantType;
@@ -205,7 +206,7 @@ CVirtualServerUtil::~CVirtualServerUtil() {
 bool CVirtualServerUtil::CheckIsClusterByRegKey() {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::CheckIsClusterByRegKey()");
     if (!IsClusterChecked) {
-        const SettingsLockGuard guard;
+        const CriticalSectionGuard guard(SettingsLock);
         if (!IsClusterChecked) {
             LoadProductRegistryKey();
             DWORD value = 0;

@@ -1,0 +1,31 @@
+// Characters and texts compared by the mappings of the C runtime; needs no platform header.
+#ifndef CLUS_CHARACTER_H
+#define CLUS_CHARACTER_H
+
+#include <cctype>
+#include <cwchar>
+#include <string>
+
+namespace clus {
+
+// The narrow functions are defined for single bytes only.
+inline bool IsNarrow(wchar_t character) {
+    return static_cast<unsigned long>(character) <= 0xFF;
+}
+
+// Upper-cased by the narrow mapping: letters outside the single-byte range stay.
+inline wchar_t NarrowUpper(wchar_t character) {
+    return IsNarrow(character) ? static_cast<wchar_t>(std::toupper(static_cast<int>(character))) : character;
+}
+
+inline bool EqualNoCase(const std::wstring& left, const wchar_t* right) {
+#if defined(_WIN32)
+    return _wcsicmp(left.c_str(), right) == 0;
+#else
+    return wcscasecmp(left.c_str(), right) == 0;
+#endif
+}
+
+} // namespace clus
+
+#endif
