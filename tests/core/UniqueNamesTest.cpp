@@ -1,0 +1,55 @@
+// Names appended once, in order, beside what the list held before.
+#include "clus_UniqueNames.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using clus::UniqueNames;
+
+typedef std::vector<std::wstring> Names;
+
+Names Appended(Names names, const Names& more) {
+    UniqueNames unique(names);
+    for (const std::wstring& name : more) {
+        unique.Append(std::wstring(name));
+    }
+    return names;
+}
+
+TEST(UniqueNames, EachNameIsAppendedOnceInOrder) {
+    EXPECT_EQ(Appended({}, {L"b", L"a", L"b", L"c", L"a"}), (Names{L"b", L"a", L"c"}));
+}
+
+TEST(UniqueNames, NamesAlreadyThereStayAndCount) {
+    EXPECT_EQ(Appended({L"x", L"a"}, {L"a", L"b", L"x"}), (Names{L"x", L"a", L"b"}));
+}
+
+TEST(UniqueNames, DuplicatesAlreadyThereStay) {
+    EXPECT_EQ(Appended({L"a", L"a"}, {L"a", L"b"}), (Names{L"a", L"a", L"b"}));
+}
+
+TEST(UniqueNames, LetterCaseCounts) {
+    EXPECT_EQ(Appended({L"EVS1"}, {L"evs1", L"EVS1", L"Evs1"}), (Names{L"EVS1", L"evs1", L"Evs1"}));
+}
+
+TEST(UniqueNames, TheEmptyNameIsAName) {
+    EXPECT_EQ(Appended({}, {L"", L"", L"a"}), (Names{L"", L"a"}));
+}
+
+TEST(UniqueNames, GrowthOfTheListLosesNothing) {
+    Names expected;
+    Names twice;
+    for (int i = 0; i < 20000; ++i) {
+        const std::wstring name = L"a resource name of some length " + std::to_wstring(i);
+        expected.push_back(name);
+        twice.push_back(name);
+        twice.push_back(name);
+    }
+    EXPECT_EQ(Appended({}, twice), expected);
+}
+
+} // namespace
