@@ -1,5 +1,5 @@
-# What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs, kept apart so that no
-# program loads them by accident), share/ (documents and examples).
+# What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs and tools, kept apart so that no
+# program uses them by accident), share/ (documents and examples).
 include(CMakePackageConfigHelpers)
 
 set(clusutil_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/clusutil")
@@ -18,9 +18,9 @@ if(TARGET clusctl)
     install(FILES tools/clusctl/clusctl.md DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil/docs)
   endif()
 endif()
-foreach(library clussim_clusapi clussim_resutils)
-  if(TARGET ${library})
-    install(TARGETS ${library} RUNTIME DESTINATION simulator ARCHIVE DESTINATION simulator)
+foreach(part clussim_clusapi clussim_resutils vcssim_haconf vcssim_hasys vcssim_hagrp vcssim_hares vcssim_vcsencrypt)
+  if(TARGET ${part})
+    install(TARGETS ${part} RUNTIME DESTINATION simulator ARCHIVE DESTINATION simulator)
   endif()
 endforeach()
 if(CLUSUTIL_BUILD_SIMULATORS)

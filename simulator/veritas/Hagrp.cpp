@@ -1,0 +1,196 @@
+#include "Operations.h"
+#include "Queries.h"
+
+#include <algorithm>
+
+namespace vcssim {
+
+namespace {
+
+bool HasGroups(Context& context) {
+    if (context.cluster.configuration.Groups().empty()) {
+        context.output.Warning("50031", "No Groups are configured");
+        return false;
+    }
+    return true;
+}
+
+Displayed DisplayedGroup(const Cluster& cluster, const CfGroup& group) {
+    return {group.block.name, cluster.GroupAttributes(group),
+            [&](const std::string& attribute) { return cluster.GroupAttribute(group, attribute); }};
+}
+
+void List(Context& context, Arguments& arguments) {
+    const std::vector<Condition> conditions = TakeConditions(arguments);
+    if (!HasGroups(context)) {
+        return;
+    }
+    std::vector<ListRow> rows;
+    for (const CfGroup& group : context.cluster.configuration.Groups()) {
+        for (const std::string& system : MatchingSystems(conditions, context.cluster.SystemsOf(group),
+                                                         DisplayedGroup(context.cluster, group).lookUp)) {
+            rows.push_back({group.block.name, system});
+        }
+    }
+    if (rows.empty()) {
+        NoMatch(context.output, "group");
+    }
+    PrintList(context.output, rows);
+}
+
+void DisplayGroups(Context& context, Arguments& arguments) {
+    const DisplayRequest request = TakeDisplayRequest(arguments);
+    std::vector<Displayed> displayed;
+    for (const std::string& name : request.names) {
+        const CfGroup* const group = context.cluster.configuration.FindGroup(name);
+        if (!group) {
+            context.output.Warning("10133", "Group does not exist");
+            return;
+        }
+        displayed.push_back(DisplayedGroup(context.cluster, *group));
+    }
+    if (request.names.empty()) {
+        if (!HasGroups(context)) {
+            return;
+        }
+        for (const CfGroup& group : context.cluster.configuration.Groups()) {
+            displayed.push_back(DisplayedGroup(context.cluster, group));
+        }
+    }
+    Display(context.output, "Group", displayed, request.attributes);
+}
+
+void StateOfSystem(Context& context, const std::string& system) {
+    std::vector<DisplayRow> rows;
+    for (const CfGroup& group : context.cluster.configuration.Groups()) {
+        for (const AttributeRow& row : context.cluster.GroupAttribute(group, "State")) {
+            if (row.system == system) {
+                rows.push_back({group.block.name, "State", system, row.parts});
+            }
+        }
+    }
+    if (rows.empty()) {
+        context.output.Warning("10554", "No group exists with system of " + system);
+        return;
+    }
+    PrintDisplay(context.output, "Group", rows);
+}
+
+void ShowState(Context& context, Arguments& arguments) {
+    std::string system;
+    const bool ofSystem = arguments.TakeValue("-sys", system);
+    const std::string name = arguments.IsEmpty() ? "" : arguments.Next();
+    arguments.NeedEnd();
+    if (ofSystem && !context.cluster.HasSystem(system)) {
+        NoSuchSystem(context.output, "51051", system);
+        return;
+    }
+    if (name.empty()) {
+        if (!HasGroups(context)) {
+            return;
+        }
+        if (ofSystem) {
+            StateOfSystem(context, system);
+            return;
+        }
+    }
+    std::vector<Displayed> displayed;
+    for (const CfGroup& group : context.cluster.configuration.Groups()) {
+        if (name.empty() || group.block.name == name) {
+            displayed.push_back(DisplayedGroup(context.cluster, group));
+        }
+    }
+    if (displayed.empty()) {
+        context.output.Warning("40131", "Group " + name + " does not exist in the local cluster");
+    } else if (ofSystem) {
+        const CfGroup& group = *context.cluster.configuration.FindGroup(name);
+        if (CheckSystem(context, group, system)) {
+            context.output.Print(context.cluster.GroupState(group, system) + "\n");
+        }
+    } else {
+        Display(context.output, "Group", displayed, {"State"});
+    }
+}
+
+void ShowDependencies(Context& context, Arguments& arguments) {
+    const std::string name = arguments.IsEmpty() ? "" : arguments.Next();
+    arguments.NeedEnd();
+    if (!name.empty() && !context.cluster.configuration.FindGroup(name)) {
+        context.output.Warning("10133", "Group does not exist");
+        return;
+    }
+    const auto row = [](const std::string& parent, const std::string& child, const std::string& relationship) {
+        return Padded(parent, 14) + " " + Padded(child, 15) + " " + relationship + "\n";
+    };
+    std::string rows;
+    for (const CfGroup& group : context.cluster.configuration.Groups()) {
+        for (std::size_t i = 0; i < group.requires_.size(); ++i) {
+            const CfLink& link = group.requires_[i];
+            if (name.empty() || link.parent == name || link.child == name) {
+                rows += row(link.parent, link.child, group.relationships[i]);
+            }
+        }
+    }
+    if (rows.empty()) {
+        context.output.Warning("50035", "No Group dependencies are configured");
+        return;
+    }
+    context.output.Print(row("#Parent", "Child", "Relationship") + rows);
+}
+
+void Switch(Context& context, const std::string& command, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    std::string system;
+    if (!arguments.TakeValue("-sys", system)) {
+        throw UsageError();
+    }
+    arguments.NeedEnd();
+    const CfGroup* const group = context.cluster.configuration.FindGroup(name);
+    if (!group) {
+        context.output.Simulated("12130", "Group " + name + " does not exist in the local cluster");
+        return;
+    }
+    if (!CheckSystem(context, *group, system)) {
+        return;
+    }
+    State& state = context.cluster.state;
+    if (command == "-online" && !CheckNotOnlineElsewhere(context, *group, system, false)) {
+        return;
+    }
+    std::set<std::string> seen;
+    for (const CfBlock& resource : group->resources) {
+        if (command == "-online") {
+            if (context.cluster.IsFlagSet(*group, resource, "AutoStart", system)) {
+                BringOnline(context, *group, resource, system, seen);
+            }
+        } else if (!context.cluster.IsPersistent(resource) && !IsFaulted(context.cluster, resource, system)) {
+            state.resources[resource.name][system] = "OFFLINE";
+        }
+    }
+    // From now on the state follows from the resources.
+    const auto given = state.groups.find(name);
+    if (given != state.groups.end()) {
+        given->second.erase(system);
+    }
+}
+
+} // namespace
+
+void RunHagrp(Context& context, Arguments arguments) {
+    const std::string command = arguments.Next();
+    if (command == "-list") {
+        List(context, arguments);
+    } else if (command == "-display") {
+        DisplayGroups(context, arguments);
+    } else if (command == "-state") {
+        ShowState(context, arguments);
+    } else if (command == "-dep") {
+        ShowDependencies(context, arguments);
+    } else if (command == "-online" || command == "-offline") {
+        Switch(context, command, arguments);
+    } else {
+        throw UsageError();
+    }
+}
+
+} // namespace vcssim

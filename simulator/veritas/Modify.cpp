@@ -1,0 +1,253 @@
+#include "Modify.h"
+
+#include <algorithm>
+
+namespace vcssim {
+
+namespace {
+
+typedef std::vector<std::string> Parts;
+
+std::string WrittenValue(AttributeType::Kind kind, const Parts& parts) {
+    if (kind == AttributeType::Text || kind == AttributeType::Number) {
+        const std::string text = parts.empty() ? "" : parts.front();
+        return kind == AttributeType::Number && IsCfNumber(text) ? text : QuotedCf(text);
+    }
+    if (parts.empty()) {
+        return "{}";
+    }
+    std::string written = "{ ";
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const bool isValue = kind == AttributeType::Association && i % 2 == 1;
+        written += i == 0 ? "" : isValue ? " = " : ", ";
+        written += isValue && IsCfNumber(parts[i]) ? parts[i] : QuotedCf(parts[i]);
+    }
+    return written + " }";
+}
+
+// The place of a key among the parts, or their number.
+std::size_t PlaceOf(const Parts& parts, const std::string& key, std::size_t stride) {
+    std::size_t place = 0;
+    while (place < parts.size() && parts[place] != key) {
+        place += stride;
+    }
+    return std::min(place, parts.size());
+}
+
+class Modification {
+public:
+    Modification(Context& context, const ModifyRequest& request)
+        : m_context(context), m_request(request), m_configuration(context.cluster.configuration),
+          m_group(*m_configuration.GroupOf(request.resource)),
+          m_resource(*m_configuration.FindResource(request.resource)) {
+    }
+
+    void Run() {
+        const std::string& attribute = m_request.attribute;
+        if (!FindType()) {
+            Refuse("99040", "Attribute " + attribute + " does not exist in type " + m_resource.keyword);
+            return;
+        }
+        for (const std::string& value : m_request.values) {
+            if (std::any_of(value.begin(), value.end(), [](char c) { return c >= 0 && c < ' ' && c != '\t'; })) {
+                Refuse("99041", "A value of attribute " + attribute + " holds a control character");
+                return;
+            }
+        }
+        Parts parts = CurrentParts(m_request.system);
+        if (Change(parts)) {
+            Write(parts);
+        }
+    }
+
+private:
+    void Refuse(const char* number, const std::string& text) {
+        m_context.output.Simulated(number, text);
+    }
+
+    bool FindType() {
+        const std::string& attribute = m_request.attribute;
+        for (const char* fixed : {"Group", "Type", "State", "Probed"}) {
+            if (attribute == fixed) {
+                return false;
+            }
+        }
+        if (m_context.cluster.FindAttributeType(m_resource, attribute, m_type)) {
+            return true;
+        }
+        const ResourceType* const type = m_context.cluster.types.Find(m_resource.keyword);
+        if ((type && type->complete) || !IsCfName(attribute)) {
+            return false;
+        }
+        // Nothing is known of this attribute: the values tell.
+        const bool isScalar = m_request.action == ModifyRequest::Set && m_request.values.size() == 1;
+        m_type.kind = isScalar                                    ? AttributeType::Text
+                      : m_request.action == ModifyRequest::Update ? AttributeType::Association
+                                                                  : AttributeType::List;
+        return true;
+    }
+
+    Parts CurrentParts(const std::string& system) const {
+        for (const AttributeRow& row : m_context.cluster.ResourceAttribute(m_group, m_resource, m_request.attribute)) {
+            if (row.system == "global" || system.empty() || row.system == system) {
+                return row.parts;
+            }
+        }
+        return {};
+    }
+
+    bool IsScalar() const {
+        return m_type.kind == AttributeType::Text || m_type.kind == AttributeType::Number;
+    }
+
+    bool Change(Parts& parts) {
+        const std::string& attribute = m_request.attribute;
+        if (m_request.action == ModifyRequest::Set && IsScalar()) {
+            if (m_request.values.size() != 1) {
+                Refuse("99042", "Attribute " + attribute + " takes one value");
+                return false;
+            }
+            if (m_type.kind == AttributeType::Number && !IsCfNumber(m_request.values.front())) {
+                Refuse("99043", "'" + m_request.values.front() + "' is no number for attribute " + attribute);
+                return false;
+            }
+            parts = m_request.values;
+            return true;
+        }
+        if (IsScalar()) {
+            Refuse("99044", "Attribute " + attribute + " is a scalar");
+            return false;
+        }
+        const bool isAssociation = m_type.kind == AttributeType::Association;
+        const bool takesPairs = isAssociation && m_request.action != ModifyRequest::Delete;
+        if ((takesPairs && m_request.values.size() % 2 != 0) ||
+            (!isAssociation && m_request.action == ModifyRequest::Update)) {
+            Refuse("99045", isAssociation ? "Attribute " + attribute + " takes keys with values"
+                                          : "Attribute " + attribute + " is no association");
+            return false;
+        }
+        if (m_request.action == ModifyRequest::Set || m_request.action == ModifyRequest::DeleteAll) {
+            parts = m_request.values;
+            if (parts == Parts{""}) {
+                parts.clear();
+            }
+            return true;
+        }
+        return ChangeMembers(parts, isAssociation ? 2 : 1);
+    }
+
+    bool ChangeMembers(Parts& parts, std::size_t stride) {
+        const std::size_t step = m_request.action == ModifyRequest::Delete ? 1 : stride;
+        for (std::size_t i = 0; i < m_request.values.size(); i += step) {
+            const std::string& key = m_request.values[i];
+            const std::size_t place = PlaceOf(parts, key, stride);
+            const auto at = parts.begin() + static_cast<std::ptrdiff_t>(place);
+            const bool exists = place < parts.size();
+            if (m_request.action == ModifyRequest::Delete) {
+                if (!exists) {
+                    m_context.output.Warning("10566", "Entry not found in attribute keylist.");
+                    return false;
+                }
+                parts.erase(at, at + static_cast<std::ptrdiff_t>(std::min(stride, parts.size() - place)));
+            } else if (!exists) {
+                parts.insert(parts.end(), m_request.values.begin() + static_cast<std::ptrdiff_t>(i),
+                             m_request.values.begin() + static_cast<std::ptrdiff_t>(i + stride));
+            } else if (m_request.action == ModifyRequest::Add) {
+                Refuse("10563", "Entry already in attribute keylist");
+                return false;
+            } else if (place + 1 < parts.size()) {
+                parts[place + 1] = m_request.values[i + 1];
+            }
+        }
+        return true;
+    }
+
+    void Write(const Parts& parts) {
+        const std::string& attribute = m_request.attribute;
+        const std::string resource = m_request.resource; // the blocks are read anew after each edit
+        const std::string written = WrittenValue(m_type.kind, parts);
+        const bool isLocal =
+            std::any_of(m_resource.attributes.begin(), m_resource.attributes.end(), [&](const CfAttribute& existing) {
+                return existing.name == attribute && !existing.system.empty();
+            });
+        if (m_request.system.empty()) {
+            if (isLocal) {
+                m_configuration.RemoveAttribute(resource, attribute);
+            }
+            if (parts == m_type.standard) {
+                m_configuration.RemoveAttribute(resource, attribute);
+            } else {
+                m_configuration.SetAttribute(resource, attribute, "", written);
+            }
+            return;
+        }
+        if (!isLocal) {
+            const std::string others = WrittenValue(m_type.kind, CurrentParts(m_request.system));
+            const std::vector<std::string> systems = m_context.cluster.SystemsOf(m_group);
+            m_configuration.RemoveAttribute(resource, attribute);
+            for (const std::string& system : systems) {
+                m_configuration.SetAttribute(resource, attribute, system, others);
+            }
+        }
+        m_configuration.SetAttribute(resource, attribute, m_request.system, written);
+    }
+
+    Context& m_context;
+    const ModifyRequest& m_request;
+    CfDocument& m_configuration;
+    const CfGroup& m_group;
+    const CfBlock& m_resource;
+    AttributeType m_type;
+};
+
+// A leading minus sign of a value is written with a percent sign in front.
+std::string Value(const std::string& argument) {
+    if (argument.compare(0, 2, "%-") == 0) {
+        return argument.substr(1);
+    }
+    if (argument.compare(0, 1, "-") == 0) {
+        throw UsageError();
+    }
+    return argument;
+}
+
+} // namespace
+
+ModifyRequest TakeModifyRequest(Arguments& arguments) {
+    ModifyRequest request;
+    request.resource = arguments.Next();
+    request.attribute = arguments.Next();
+    arguments.TakeValue("-sys", request.system);
+    if (arguments.TakeFlag("-add")) {
+        request.action = ModifyRequest::Add;
+    } else if (arguments.TakeFlag("-update")) {
+        request.action = ModifyRequest::Update;
+    } else if (arguments.TakeFlag("-delete")) {
+        request.action = arguments.TakeFlag("-keys") ? ModifyRequest::DeleteAll : ModifyRequest::Delete;
+    }
+    while (!arguments.IsEmpty()) {
+        request.values.push_back(Value(arguments.Next()));
+    }
+    if (request.values.empty() != (request.action == ModifyRequest::DeleteAll)) {
+        throw UsageError();
+    }
+    return request;
+}
+
+void Modify(Context& context, const ModifyRequest& request) {
+    const CfDocument& configuration = context.cluster.configuration;
+    if (!configuration.FindResource(request.resource)) {
+        NoSuchResource(context.output, request.resource);
+        return;
+    }
+    if (!request.system.empty()) {
+        const std::vector<std::string> systems = context.cluster.SystemsOf(*configuration.GroupOf(request.resource));
+        if (std::find(systems.begin(), systems.end(), request.system) == systems.end()) {
+            NoSuchSystem(context.output, "10200", request.system);
+            return;
+        }
+    }
+    Modification(context, request).Run();
+}
+
+} // namespace vcssim

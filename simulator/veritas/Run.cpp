@@ -1,0 +1,184 @@
+#include "Run.h"
+
+#include "Files.h"
+#include "ToolFaults.h"
+#include "Tools.h"
+
+#include "../cluster/FileMutex.h"
+#include "../cluster/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace vcssim {
+
+namespace {
+
+using clussim::Utf8;
+
+void RunOnCluster(const std::string& tool, const Arguments& arguments, const std::wstring& mainCf, Output& output) {
+    Store store(mainCf);
+    const FileLock lock(store.LockFile());
+    Cluster cluster = store.Load();
+    Context context = {cluster, store, output};
+    if (tool == "haconf") {
+        RunHaconf(context, arguments);
+    } else if (tool == "hasys") {
+        RunHasys(context, arguments);
+    } else if (tool == "hagrp") {
+        RunHagrp(context, arguments);
+    } else {
+        RunHares(context, arguments);
+    }
+    store.Save(cluster);
+}
+
+// Keeps the password of vcsencrypt to itself.
+std::vector<std::string> ShownArguments(const std::string& tool, const std::vector<std::string>& arguments) {
+    std::vector<std::string> shown = arguments;
+    if (tool == "vcsencrypt") {
+        std::fill(shown.begin() + std::min<std::ptrdiff_t>(1, static_cast<std::ptrdiff_t>(shown.size())), shown.end(),
+                  "***");
+    }
+    return shown;
+}
+
+void WriteJournal(const std::wstring& path, const std::string& tool, const std::vector<std::string>& arguments,
+                  const nlohmann::ordered_json& exit, const std::string& output) {
+    if (path.empty()) {
+        return;
+    }
+    nlohmann::ordered_json entry;
+    entry["tool"] = tool;
+    entry["arguments"] = ShownArguments(tool, arguments);
+    entry["exit"] = exit;
+    entry["output"] = output;
+    const std::string line = entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    clussim::FileMutex mutex;
+    mutex.SetPath(path);
+    const clussim::FileMutex::Turn turn(mutex);
+    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        DWORD written = 0;
+        WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+        CloseHandle(file);
+    }
+}
+
+// The fault of this run, or null. The counts of earlier runs lie beside the file.
+std::unique_ptr<ToolFault> FindFault(const std::wstring& path, const std::string& tool,
+                                     const std::vector<std::string>& arguments) {
+    if (path.empty()) {
+        return nullptr;
+    }
+    clussim::FileMutex mutex;
+    mutex.SetPath(path);
+    const clussim::FileMutex::Turn turn(mutex);
+    ToolFaults faults(ReadWholeFile(path));
+    const std::wstring countsPath = path + L".counts";
+    if (FileExists(countsPath)) {
+        faults.SetCounts(ReadWholeFile(countsPath));
+    }
+    const ToolFault* const hit = faults.Hit(tool, arguments);
+    WriteWholeFile(countsPath, faults.Counts());
+    return hit ? std::make_unique<ToolFault>(*hit) : nullptr;
+}
+
+bool WriteBytes(DWORD stream, const char* bytes, std::size_t count) {
+    while (count != 0) {
+        DWORD written = 0;
+        const DWORD block = static_cast<DWORD>(std::min<std::size_t>(count, 1 << 20));
+        if (!WriteFile(GetStdHandle(stream), bytes, block, &written, nullptr) || written == 0) {
+            return false;
+        }
+        bytes += written;
+        count -= written;
+    }
+    return true;
+}
+
+// Writes up to `limit` bytes. What nobody reads is no failure of the tool.
+void WritePieces(const std::vector<OutputPiece>& pieces, std::size_t limit) {
+    for (const OutputPiece& piece : pieces) {
+        const std::size_t count = std::min(limit, piece.text.size());
+        if (!WriteBytes(piece.toErrors ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE, piece.text.data(), count)) {
+            return;
+        }
+        limit -= count;
+    }
+}
+
+int Finish(const Environment& environment, const std::string& tool, const std::vector<std::string>& arguments,
+           const std::vector<OutputPiece>& pieces, int exitCode, const ToolFault* fault) {
+    std::string joined;
+    for (const OutputPiece& piece : pieces) {
+        joined += piece.text;
+    }
+    const bool killed = fault && fault->kills;
+    if (killed) {
+        joined.resize(std::min(joined.size(), fault->kill));
+    }
+    WriteJournal(environment.journal, tool, arguments, exitCode, joined);
+    WritePieces(pieces, joined.size());
+    if (killed) {
+        TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
+    }
+    return exitCode;
+}
+
+} // namespace
+
+Output RunCommand(const std::string& tool, const std::vector<std::string>& arguments, const Environment& environment) {
+    Output output(environment.options);
+    try {
+        if (!arguments.empty() && arguments.front() == "-help") {
+            output.Print(std::string("usage: ") + UsageOf(tool) + "\n");
+        } else if (!environment.options.engineIsUp) {
+            output.EngineDown();
+        } else if (tool == "vcsencrypt") {
+            RunVcsencrypt(output, Arguments(arguments));
+        } else if (environment.mainCf.empty()) {
+            output.Failure("VCSSIM_MAIN_CF is not set");
+        } else {
+            RunOnCluster(tool, Arguments(arguments), environment.mainCf, output);
+        }
+    } catch (const UsageError&) {
+        output.Usage(UsageOf(tool));
+    } catch (const FileError& error) {
+        output.Failure(error.what());
+    } catch (const CfError& error) {
+        output.Failure(std::string("the change cannot be written: ") + error.what());
+    }
+    return output;
+}
+
+int RunTool(const std::string& tool, const std::vector<std::string>& arguments) {
+    Environment environment;
+    std::unique_ptr<ToolFault> fault;
+    try {
+        environment = ReadEnvironment();
+        fault = FindFault(environment.faults, tool, arguments);
+    } catch (const std::exception& error) {
+        Output output(environment.options);
+        output.Failure(error.what());
+        return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
+    }
+    if (fault) {
+        Sleep(fault->delayMs);
+        if (fault->hangs) {
+            WriteJournal(environment.journal, tool, arguments, nullptr, "");
+            Sleep(INFINITE);
+        }
+        if (fault->replacesOutput) {
+            return Finish(environment, tool, arguments, {{fault->toErrors, fault->output}},
+                          fault->setsExit ? fault->exit : 0, fault.get());
+        }
+    }
+    const Output output = RunCommand(tool, arguments, environment);
+    return Finish(environment, tool, arguments, output.Pieces(), output.ExitCode(), fault.get());
+}
+
+} // namespace vcssim

@@ -1,0 +1,111 @@
+#include "State.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vcssim {
+
+namespace {
+
+typedef nlohmann::ordered_json Json;
+
+void ReadTable(const Json& json, const char* member, State::Table& table) {
+    for (const auto& object : json.items()) {
+        for (const auto& system : object.value().items()) {
+            if (!system.value().is_string()) {
+                throw StateError(std::string(member) + "." + object.key() + "." + system.key() + ": is no text");
+            }
+            table[object.key()][system.key()] = system.value().get<std::string>();
+        }
+    }
+}
+
+void ReadMarks(const Json& json, const char* member, State::Marks& marks) {
+    for (const auto& object : json.items()) {
+        for (const Json& system : object.value()) {
+            if (!system.is_string()) {
+                throw StateError(std::string(member) + "." + object.key() + ": is no list of systems");
+            }
+            marks[object.key()].insert(system.get<std::string>());
+        }
+    }
+}
+
+bool IsTableOf(const Json& json, bool ofObjects) {
+    if (!json.is_object()) {
+        return false;
+    }
+    for (const Json& value : json) {
+        if (ofObjects ? !value.is_object() : !value.is_array()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void ReadMember(const std::string& name, const Json& value, State& state) {
+    if (name == "mode") {
+        if (value != "rw" && value != "ro") {
+            throw StateError("mode: is neither \"rw\" nor \"ro\"");
+        }
+        state.writable = value == "rw";
+    } else if (name == "resources" || name == "groups") {
+        if (!IsTableOf(value, true)) {
+            throw StateError(name + ": is no object of objects");
+        }
+        ReadTable(value, name.c_str(), name == "groups" ? state.groups : state.resources);
+    } else if (name == "probed" || name == "failing") {
+        if (!IsTableOf(value, false)) {
+            throw StateError(name + ": is no object of lists");
+        }
+        ReadMarks(value, name.c_str(), name == "probed" ? state.probed : state.failing);
+    } else if (name == "systems") {
+        if (!value.is_object()) {
+            throw StateError("systems: is no object");
+        }
+        for (const auto& system : value.items()) {
+            if (!system.value().is_string()) {
+                throw StateError("systems." + system.key() + ": is no text");
+            }
+            state.systems[system.key()] = system.value().get<std::string>();
+        }
+    } else {
+        throw StateError("there is no member '" + name + "'");
+    }
+}
+
+} // namespace
+
+void State::Forget(const std::string& resource) {
+    resources.erase(resource);
+    probed.erase(resource);
+    failing.erase(resource);
+}
+
+State ReadState(const std::string& json) {
+    State state;
+    try {
+        const Json root = Json::parse(json);
+        if (!root.is_object()) {
+            throw StateError("is no JSON object");
+        }
+        for (const auto& member : root.items()) {
+            ReadMember(member.key(), member.value(), state);
+        }
+    } catch (const Json::exception& error) {
+        throw StateError(error.what());
+    }
+    return state;
+}
+
+std::string WriteState(const State& state) {
+    Json root;
+    root["mode"] = state.writable ? "rw" : "ro";
+    root["systems"] = state.systems;
+    root["groups"] = state.groups;
+    root["resources"] = state.resources;
+    root["probed"] = state.probed;
+    root["failing"] = state.failing;
+    return root.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace vcssim
