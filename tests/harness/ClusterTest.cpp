@@ -43,6 +43,8 @@ void LibraryTest::Audit() {
     EXPECT_EQ(m_heap.BadFrees(), 0u) << "frees of blocks that the library did not hold";
     EXPECT_EQ(m_platform.OpenKeys(), 0) << "registry keys left open";
     EXPECT_EQ(m_platform.WinsockStarts(), 0) << "Winsock starts not balanced";
+    EXPECT_EQ(m_platform.OpenHandles(), "") << "handles left open";
+    EXPECT_EQ(m_platform.BadCloses(), "") << "closes of what was not open";
     EXPECT_EQ(m_log.Misuse(), "") << "log lines with a wrong module handle, line or source tag";
 }
 

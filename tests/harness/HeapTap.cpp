@@ -57,7 +57,6 @@ private:
 
 struct State {
     DWORD operationThread = 0; // 0: outside an operation
-    int harnessDepth = 0;
     std::set<void*> blocks;
     std::size_t badFrees = 0;
 
@@ -74,6 +73,8 @@ State& TheState() {
     return state;
 }
 
+thread_local int harnessDepth = 0;
+
 PointerTable live; // C++ blocks of the operation
 HeapTap* theTap = nullptr;
 
@@ -89,7 +90,7 @@ bool Fire(const char* where) {
 // Counts one allocation of the operation and says whether it has to fail.
 bool CountAllocation(const char* where) {
     State& state = TheState();
-    if (state.harnessDepth > 0 || state.operationThread != GetCurrentThreadId()) {
+    if (harnessDepth > 0 || state.operationThread != GetCurrentThreadId()) {
         return false;
     }
     ++state.count;
@@ -109,7 +110,7 @@ void* TappedMalloc(std::size_t size) {
     }
     State& state = TheState();
     void* block = std::malloc(size);
-    if (block && state.harnessDepth == 0 && state.operationThread == GetCurrentThreadId()) {
+    if (block && harnessDepth == 0 && state.operationThread == GetCurrentThreadId()) {
         live.Add(block);
     }
     return block;
@@ -174,11 +175,11 @@ std::unique_ptr<ImportEntryPatch> PatchIfImported(HMODULE module, const char* dl
 } // namespace
 
 HarnessScope::HarnessScope() {
-    ++TheState().harnessDepth;
+    ++harnessDepth;
 }
 
 HarnessScope::~HarnessScope() {
-    --TheState().harnessDepth;
+    --harnessDepth;
 }
 
 struct HeapTap::Patches {
@@ -236,7 +237,7 @@ void HeapTap::StartOperation() {
     State& state = TheState();
     live.Clear();
     state.count = 0;
-    state.harnessDepth = 0;
+    harnessDepth = 0;
     state.operationThread = GetCurrentThreadId();
 }
 

@@ -81,6 +81,7 @@ LogRecorder::~LogRecorder() {
 }
 
 std::string LogRecorder::TakeLog() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<std::string> lines;
     for (const LogLine& line : m_lines) {
         lines.push_back(line.Compact());
@@ -90,6 +91,7 @@ std::string LogRecorder::TakeLog() {
 }
 
 void LogRecorder::Add(LogLine line, const void* module) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (module != LibraryModule() || line.line <= 0 || !IsKnownTag(line.sourceTag)) {
         m_misuse += line.sourceTag + ":" + std::to_string(line.line) + ": " + line.Compact() + "\n";
     }

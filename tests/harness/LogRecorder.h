@@ -6,6 +6,7 @@
 #define HARNESS_LOGRECORDER_H
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,7 @@ private:
     struct Patch;
 
     std::unique_ptr<Patch> m_patch;
+    std::mutex m_mutex; // several threads of clusutil.dll may log at once
     std::vector<LogLine> m_lines;
     std::string m_misuse;
 };

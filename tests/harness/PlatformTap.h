@@ -16,6 +16,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -23,16 +24,40 @@ namespace harness {
 
 // What a failing call gives.
 enum class FailureForm {
-    Null,        // null pointer or 0 or FALSE, the code in the last-error value
-    Code,        // the code itself
-    MinusOne,    // -1, the code in the last-error value
-    Answer,      // no failure in itself: any result is journalled; made to fail it gives 0
-    CloseFalse,  // closes, then gives FALSE and the code in the last-error value
-    CloseCode,   // closes, then gives the code
-    Enumeration, // the code; but from then on only as long as there are entries: a loop over them has to end
+    Null,         // null pointer or 0 or FALSE, the code in the last-error value
+    Code,         // the code itself
+    MinusOne,     // -1, the code in the last-error value
+    Answer,       // no failure in itself: any result is journalled; made to fail it gives 0
+    CloseFalse,   // closes, then gives FALSE and the code in the last-error value
+    CloseCode,    // closes, then gives the code
+    Invalid,      // -1: an invalid handle, a failed wait, no descriptor; the code in the last-error value
+    CloseInvalid, // closes, then gives -1 and the code in the last-error value
+    Enumeration,  // the code; but from then on only as long as there are entries: a loop over them has to end
     Never
 };
 
+struct CreateProcessArguments {
+    LPCWSTR application;
+    LPWSTR commandLine;
+    LPSECURITY_ATTRIBUTES processAttributes;
+    LPSECURITY_ATTRIBUTES threadAttributes;
+    BOOL inheritHandles;
+    DWORD flags;
+    LPVOID environment;
+    LPCWSTR directory;
+    LPSTARTUPINFOW startup;
+};
+
+// Takes the place of child processes: see ToolScript.h.
+class ProcessStandIn {
+public:
+    virtual ~ProcessStandIn() = default;
+    virtual BOOL Create(const CreateProcessArguments& arguments, LPPROCESS_INFORMATION process) = 0;
+    virtual DWORD Wait(HANDLE process, DWORD milliseconds) = 0;
+    virtual BOOL ExitCode(HANDLE process, LPDWORD code) = 0;
+};
+
+// Several threads of clusutil.dll may call the platform at once; faults and hooks are set before.
 class PlatformTap {
 public:
     PlatformTap();
@@ -67,11 +92,22 @@ public:
         return m_winsockStarts;
     }
 
+    // Handles (files, processes, threads) and C runtime files that were opened and not closed, by name; and closes of
+    // what was not open. Empty when all is well. The invalid handle may be closed.
+    std::string OpenHandles() const;
+    std::string BadCloses() const;
+    void ForgetBadCloses();
+
+    // Real child processes that have not ended yet.
+    size_t LiveChildren();
+
     // Sleep returns at once; its durations are collected and passed to `onSleep`.
     std::vector<DWORD> sleeps;
     std::function<void(DWORD)> onSleep;
     // When set, keys below HKEY_LOCAL_MACHINE are opened below this one instead.
     HKEY localMachine = nullptr;
+    // When set, no process is started: this one answers.
+    ProcessStandIn* processes = nullptr;
 
     // For the table of calls.
     void Install(std::unique_ptr<class TappedCallBase> call);
@@ -85,6 +121,11 @@ public:
     void CountWinsock(int step) {
         m_winsockStarts += step;
     }
+    void HandleOpened(HANDLE handle, const std::string& name);
+    void HandleClosed(HANDLE handle);
+    void FileOpened(int file, const std::string& name);
+    void FileClosed(int file);
+    void WatchChild(HANDLE process);
 
 private:
     struct Fault {
@@ -95,6 +136,7 @@ private:
         unsigned seen;
     };
 
+    mutable std::mutex m_mutex; // over all below
     std::vector<std::unique_ptr<class TappedCallBase>> m_calls;
     std::vector<std::string> m_journal;
     std::map<const void*, std::string> m_labels;
@@ -106,6 +148,10 @@ private:
     std::string m_fired;
     int m_openKeys = 0;
     int m_winsockStarts = 0;
+    std::map<HANDLE, std::string> m_openHandles;
+    std::map<int, std::string> m_openFiles;
+    std::vector<std::string> m_badCloses;
+    std::vector<HANDLE> m_children;
 };
 
 class TappedCallBase {
@@ -115,6 +161,7 @@ public:
 
 // Fills the tap with every import of clusutil.dll that it knows.
 void InstallTapTable(PlatformTap& tap);
+void InstallProcessTapTable(PlatformTap& tap);
 
 } // namespace harness
 

@@ -1,113 +1,10 @@
-#include "PlatformTap.h"
+#include "TappedCall.h"
 
 #include "clus_Platform.h"
-
-#include <initializer_list>
-#include <type_traits>
 
 namespace harness {
 
 namespace {
-
-template <typename R> R FailedResult(FailureForm form, DWORD code) {
-    if constexpr (std::is_pointer_v<R>) {
-        return nullptr;
-    } else {
-        switch (form) {
-        case FailureForm::Code:
-        case FailureForm::CloseCode:
-        case FailureForm::Enumeration:
-            return static_cast<R>(code);
-        case FailureForm::MinusOne:
-            return static_cast<R>(-1);
-        default:
-            return R();
-        }
-    }
-}
-
-template <typename R> std::string ResultSuffix(FailureForm form, R result, DWORD lastError) {
-    if constexpr (std::is_pointer_v<R>) {
-        return result ? "" : "=" + std::to_string(lastError);
-    } else {
-        switch (form) {
-        case FailureForm::Null:
-        case FailureForm::CloseFalse:
-            return result ? "" : "=" + std::to_string(lastError);
-        case FailureForm::Code:
-        case FailureForm::CloseCode:
-        case FailureForm::Enumeration:
-            return result ? "=" + std::to_string(static_cast<long long>(result)) : "";
-        case FailureForm::MinusOne:
-        case FailureForm::Answer:
-            return "=" + std::to_string(static_cast<long long>(result));
-        default:
-            return "";
-        }
-    }
-}
-
-template <typename Function, typename Tag> class TappedCall;
-
-template <typename R, typename... A, typename Tag> class TappedCall<R(A...), Tag> : public TappedCallBase {
-public:
-    struct Description {
-        const char* dll;
-        const char* name;
-        FailureForm form;
-        std::function<std::string(A...)> arguments;
-        std::function<void(R, A...)> done; // after a call that was passed on, null when there is nothing to do
-        std::function<R(A...)> instead;    // in place of the real thing, null for the real thing
-    };
-
-    TappedCall(PlatformTap& tap, Description description)
-        : m_tap(tap), m_description(std::move(description)),
-          m_patch(FindImports(LibraryModule(), m_description.dll, m_description.name),
-                  [this](A... args) { return Call(args...); }) {
-    }
-
-private:
-    R PassOn(A... args) const {
-        return m_description.instead ? m_description.instead(args...) : m_patch.Next(args...);
-    }
-
-    R Call(A... args) {
-        const HarnessScope scope;
-        DWORD lastError = GetLastError();
-        const FailureForm form = m_description.form;
-        const std::string text = std::string(m_description.name) + "(" + m_description.arguments(args...) + ")";
-        DWORD code = 0;
-        FaultMode mode = FaultMode::Once;
-        const bool fails = form != FailureForm::Never && m_tap.ShouldFail(m_description.name, text, &code, &mode);
-        const bool closes = form == FailureForm::CloseFalse || form == FailureForm::CloseCode;
-        R result = R();
-        if (!fails || closes || (form == FailureForm::Enumeration && mode == FaultMode::FromThenOn)) {
-            SetLastError(lastError);
-            result = PassOn(args...);
-            lastError = GetLastError();
-            if (m_description.done) {
-                m_description.done(result, args...);
-            }
-        }
-        bool ended = false;
-        if constexpr (std::is_arithmetic_v<R>) {
-            ended = form == FailureForm::Enumeration && result == R(ERROR_NO_MORE_ITEMS);
-        }
-        if (fails && !ended) {
-            result = FailedResult<R>(form, code);
-            const bool isResult =
-                form == FailureForm::Code || form == FailureForm::CloseCode || form == FailureForm::Enumeration;
-            lastError = isResult ? lastError : code;
-        }
-        m_tap.Record(text + ResultSuffix(form, result, lastError));
-        SetLastError(lastError);
-        return result;
-    }
-
-    PlatformTap& m_tap;
-    Description m_description;
-    ImportPatch<R(A...), Tag> m_patch;
-};
 
 // void functions have no result to fail with: Sleep is the only one and stands alone.
 class TappedSleep : public TappedCallBase {
@@ -126,29 +23,6 @@ public:
 private:
     ImportPatch<void(DWORD), TappedSleep> m_patch;
 };
-
-template <typename Tag, typename Function>
-void Add(PlatformTap& tap, typename TappedCall<Function, Tag>::Description description) {
-    if (!FindImports(LibraryModule(), description.dll, description.name).empty()) {
-        tap.Install(std::make_unique<TappedCall<Function, Tag>>(tap, std::move(description)));
-    }
-}
-
-std::string Joined(std::initializer_list<std::string> parts) {
-    std::string result;
-    for (const std::string& part : parts) {
-        result += (result.empty() ? "" : ",") + part;
-    }
-    return result;
-}
-
-std::string Number(DWORD number) {
-    return std::to_string(number);
-}
-
-std::string Count(const DWORD* count) {
-    return count ? std::to_string(*count) : "NULL";
-}
 
 std::string ControlName(DWORD code) {
     switch (code) {
@@ -174,11 +48,6 @@ std::string ControlName(DWORD code) {
         return std::to_string(code);
     }
 }
-
-#define TAP_INSTEAD(dll, function, form, arguments, done, instead)            \
-    Add<struct function##_tap, std::remove_pointer_t<decltype(&::function)>>( \
-        tap, {dll ".dll", #function, FailureForm::form, arguments, done, instead})
-#define TAP(dll, function, form, arguments, done) TAP_INSTEAD(dll, function, form, arguments, done, nullptr)
 
 void TapClusterCalls(PlatformTap& tap) {
     const auto of = [&tap](const void* handle) { return tap.LabelOf(handle); };
@@ -337,6 +206,7 @@ void InstallTapTable(PlatformTap& tap) {
     TapClusterCalls(tap);
     TapResourceUtilities(tap);
     TapOperatingSystem(tap);
+    InstallProcessTapTable(tap);
 }
 
 } // namespace harness

@@ -15,6 +15,9 @@ std::wstring Utf16(const std::string& text);
 // Lines joined by line feeds, so that a failing comparison shows a line-by-line diff.
 std::string Lines(const std::vector<std::string>& lines);
 
+// The names of capture files, "ha-" and hexadecimal digits, with XXXX in place of the digits.
+std::string WithoutTempNames(const std::string& text);
+
 } // namespace harness
 
 #endif
