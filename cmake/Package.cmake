@@ -1,5 +1,5 @@
-# What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs and tools, kept apart so that no
-# program uses them by accident), share/ (documents and examples).
+# What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs
+# and tools, kept apart so that no program uses them by accident), share/ (documents and examples).
 include(CMakePackageConfigHelpers)
 
 set(clusutil_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/clusutil")

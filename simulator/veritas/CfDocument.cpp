@@ -22,6 +22,11 @@ void AddFlat(const CfValue& value, std::vector<std::string>& parts) {
     }
 }
 
+// A name that reads like the beginning of something else goes in quotes.
+std::string WrittenName(const std::string& name) {
+    return IsCfName(name) ? name : AlwaysQuotedCf(name);
+}
+
 bool IsBlank(char c) {
     return c == ' ' || c == '\t';
 }
@@ -178,7 +183,7 @@ void CfDocument::RemoveResource(const std::string& name) {
 void CfDocument::AddLink(const std::string& parent, const std::string& child) {
     const CfGroup& group = *GroupOf(parent);
     const std::string line =
-        IndentAt(group.block.span.begin) + "\t" + QuotedCf(parent) + " requires " + QuotedCf(child);
+        IndentAt(group.block.span.begin) + "\t" + WrittenName(parent) + " requires " + WrittenName(child);
     if (!group.links.empty()) {
         InsertBehind(group.links.back().span.end, false, line);
     } else {

@@ -146,11 +146,13 @@ std::vector<CfToken> SplitCf(const std::string& text) {
 }
 
 std::string QuotedCf(const std::string& text) {
-    if (!text.empty() && IsLetter(text[0]) && std::all_of(text.begin(), text.end(), [](char c) {
-            return IsLetter(c) || IsDigit(c) || c == '-' || c == '_';
-        })) {
-        return text;
-    }
+    const bool isBare = !text.empty() && IsLetter(text[0]) && std::all_of(text.begin(), text.end(), [](char c) {
+        return IsLetter(c) || IsDigit(c) || c == '-' || c == '_';
+    });
+    return isBare ? text : AlwaysQuotedCf(text);
+}
+
+std::string AlwaysQuotedCf(const std::string& text) {
     std::string quoted = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') {

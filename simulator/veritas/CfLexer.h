@@ -57,6 +57,7 @@ std::vector<CfToken> SplitCf(const std::string& text);
 
 // A text as a value is written: bare if it may be, else in quotes.
 std::string QuotedCf(const std::string& text);
+std::string AlwaysQuotedCf(const std::string& text);
 
 // A number as an attribute of a number type is written: bare.
 bool IsCfNumber(const std::string& text);

@@ -81,7 +81,8 @@ private:
             }
         } else if (first.IsWord("group")) {
             ReadGroup();
-        } else if (m_document.m_groups.empty() || !m_inGroup || IsOneOf(first.text, Sections)) {
+        } else if (m_document.m_groups.empty() || !m_inGroup ||
+                   (first.kind == CfToken::Word && IsOneOf(first.text, Sections))) {
             m_inGroup = false;
             SkipBlock();
             return;
@@ -195,6 +196,7 @@ private:
             while (Here().IsSymbol(';')) {
                 ++m_next;
             }
+            block.attributes.back().span.end = Behind().span.end;
         }
     }
 

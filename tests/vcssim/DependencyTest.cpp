@@ -1,0 +1,74 @@
+// -dep, -link and -unlink.
+#include "ToolTest.h"
+
+using ::testing::HasSubstr;
+
+typedef ToolTest DependencyTest;
+
+TEST_F(DependencyTest, ListsTheRowsInWhichAResourceStands) {
+    EXPECT_EQ(Run("hares", "-dep G-IP"), "#Group Parent   Child\n"
+                                         "G      G-IP     G-NIC\n"
+                                         "G      G-Lanman G-IP\n");
+    EXPECT_EQ(m_exitCode, 0);
+}
+
+TEST_F(DependencyTest, ListsAllRowsWithoutAName) {
+    EXPECT_EQ(Run("hares", "-dep"), "#Group Parent   Child\n"
+                                    "G      G-RegRep G-Mount\n"
+                                    "G      G-Lanman G-IP\n"
+                                    "G      G-IP     G-NIC\n");
+}
+
+TEST_F(DependencyTest, ListsTheLastLinkFirst) {
+    EXPECT_EQ(Run("hares", "-link G-RegRep G-IP"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hares", "-dep G-RegRep"), "#Group Parent   Child\n"
+                                             "G      G-RegRep G-IP\n"
+                                             "G      G-RegRep G-Mount\n");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\tG-RegRep requires G-Mount\n\tG-RegRep requires G-IP\n"));
+    EXPECT_EQ(ReadFile(L""), Sample);
+}
+
+TEST_F(DependencyTest, WarnsWhenThereIsNone) {
+    EXPECT_EQ(Run("hares", "-dep H-Service"), "VCS WARNING V-16-1-50034 No Resource dependencies are configured\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-dep"), "VCS WARNING V-16-1-50035 No Group dependencies are configured\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hares", "-dep Other"),
+              "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
+}
+
+TEST_F(DependencyTest, ListsGroupDependencies) {
+    WriteFile(L"", "group G ()\nrequires group H online local firm\ngroup H ()\n");
+    const std::string expected = "#Parent        Child           Relationship\n"
+                                 "G              H               online local firm\n";
+    EXPECT_EQ(Run("hagrp", "-dep"), expected);
+    EXPECT_EQ(Run("hagrp", "-dep H"), expected);
+    EXPECT_EQ(Run("hagrp", "-dep Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
+}
+
+TEST_F(DependencyTest, RefusesLinksThatCannotBe) {
+    EXPECT_EQ(Run("hares", "-link G-IP Other"),
+              "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
+    EXPECT_EQ(Run("hares", "-link G-IP H-Service"),
+              "VCS WARNING V-16-1-99030 (simulated) Resources G-IP and H-Service are not in the same group\n");
+    EXPECT_EQ(Run("hares", "-link G-IP G-NIC"),
+              "VCS WARNING V-16-1-99031 (simulated) Dependency between 'G-IP' and 'G-NIC' already exists\n");
+    EXPECT_EQ(Run("hares", "-link G-IP G-Lanman"),
+              "VCS WARNING V-16-1-99032 (simulated) Dependency between 'G-IP' and 'G-Lanman' would make a loop\n");
+    EXPECT_EQ(Run("hares", "-link G-IP G-IP"),
+              "VCS WARNING V-16-1-99032 (simulated) Dependency between 'G-IP' and 'G-IP' would make a loop\n");
+    EXPECT_EQ(Run("hares", "-link G-NIC G-Mount"),
+              "VCS WARNING V-16-1-99033 (simulated) Resource G-NIC is persistent and cannot require others\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_FALSE(HasFile(L".live"));
+}
+
+TEST_F(DependencyTest, TakesALinkAway) {
+    EXPECT_EQ(Run("hares", "-unlink G-RegRep G-Mount"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hares", "-dep G-Mount"), "VCS WARNING V-16-1-50034 No Resource dependencies are configured\n");
+    EXPECT_EQ(Run("hares", "-unlink G-RegRep G-Mount"),
+              "VCS WARNING V-16-1-99034 (simulated) There is no dependency between 'G-RegRep' and 'G-Mount'\n");
+    EXPECT_EQ(m_exitCode, 1);
+}

@@ -1,0 +1,132 @@
+// hares -modify.
+#include "ToolTest.h"
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+typedef ToolTest ModifyTest;
+
+TEST_F(ModifyTest, SetsAScalar) {
+    EXPECT_EQ(Run("hares", "-modify  G-Lanman VirtualName OTHER"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hares", "-value G-Lanman VirtualName"), "OTHER\n");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tVirtualName = OTHER\n\t\tIPResName = G-IP\n"));
+}
+
+TEST_F(ModifyTest, QuotesWhatHasToBeQuoted) {
+    RunWith("hares", {"-modify", "G-Mount", "MountPath", "G:\\a \"b\"\\"});
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tMountPath = \"G:\\\\a \\\"b\\\"\\\\\"\n"));
+    EXPECT_EQ(Run("hares", "-value G-Mount MountPath"), "G:\\a \"b\"\\\n");
+}
+
+TEST_F(ModifyTest, LeavesOutWhatIsTheDefault) {
+    Run("hares", "-modify H-Service DelayAfterOnline 600");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tDelayAfterOnline = 600\n"));
+    Run("hares", "-modify H-Service DelayAfterOnline 10");
+    EXPECT_EQ(ReadFile(L".live"), Sample);
+    RunWith("hares", {"-modify", "H-Service", "Password", ""});
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(ReadFile(L".live"), Sample);
+}
+
+TEST_F(ModifyTest, SetsAnAssociationFromKeysAndValues) {
+    EXPECT_EQ(RunWith("hares", {"-modify", "G-RegRep", "Keys", "HKLM\\X Y", ""}), "");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tKeys = { \"HKLM\\\\X Y\" = \"\" }\n"));
+    EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\X Y\t\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep Keys a b c"),
+              "VCS WARNING V-16-1-99045 (simulated) Attribute Keys takes keys with values\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
+TEST_F(ModifyTest, SetsAList) {
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys x y z"), "");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tExcludeKeys = { x, y, z }\n"));
+}
+
+TEST_F(ModifyTest, AddsToAList) {
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add three"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\tthree\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add two"),
+              "VCS WARNING V-16-1-10563 (simulated) Entry already in attribute keylist\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -add HKLM\\D 1"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\A B\t\tHKLM\\C\tIgnoreSubKeys:Yes\tHKLM\\D\t1\n");
+}
+
+TEST_F(ModifyTest, UpdatesAnAssociation) {
+    EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -update HKLM\\C new HKLM\\D 1"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\A B\t\tHKLM\\C\tnew\tHKLM\\D\t1\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -update one 1"),
+              "VCS WARNING V-16-1-99045 (simulated) Attribute ExcludeKeys is no association\n");
+}
+
+TEST_F(ModifyTest, DeletesFromAList) {
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -delete one"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "two\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -delete one"),
+              "VCS WARNING V-16-1-10566 Entry not found in attribute keylist.\n");
+    EXPECT_EQ(RunWith("hares", {"-modify", "G-RegRep", "Keys", "-delete", "HKLM\\A B"}), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\C\tIgnoreSubKeys:Yes\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -delete -keys"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "\n");
+}
+
+TEST_F(ModifyTest, SetsTheValueOfOneSystem) {
+    EXPECT_EQ(Run("hares", "-modify G-IP MACAddress 00-09 -sys NODE2"), "");
+    EXPECT_EQ(Run("hares", "-value G-IP MACAddress NODE1"), "00-01\n");
+    EXPECT_EQ(Run("hares", "-value G-IP MACAddress NODE2"), "00-09\n");
+}
+
+TEST_F(ModifyTest, MakesAGlobalAttributeLocal) {
+    EXPECT_EQ(Run("hares", "-modify G-IP Address 10.9.9.9 -sys NODE2"), "");
+    EXPECT_THAT(ReadFile(L".live"),
+                HasSubstr("\t\tAddress @NODE1 = \"10.1.2.3\"\n\t\tAddress @NODE2 = \"10.9.9.9\"\n"));
+    EXPECT_THAT(ReadFile(L".live"), Not(HasSubstr("Address = ")));
+}
+
+TEST_F(ModifyTest, MakesALocalAttributeGlobal) {
+    EXPECT_EQ(Run("hares", "-modify G-IP MACAddress 00-09"), "");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tAddress = \"10.1.2.3\"\n\t\tMACAddress = \"00-09\"\n\t\t)\n"));
+}
+
+TEST_F(ModifyTest, TakesALeadingMinusWithAPercentSign) {
+    EXPECT_EQ(Run("hares", "-modify G-Mount VolumeName %-y"), "");
+    EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "-y\n");
+    Run("hares", "-modify G-Mount VolumeName -y");
+    EXPECT_EQ(m_exitCode, 2);
+    EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "-y\n");
+}
+
+TEST_F(ModifyTest, RefusesWhatDoesNotFit) {
+    EXPECT_EQ(Run("hares", "-modify Other Address 1"),
+              "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
+    EXPECT_EQ(Run("hares", "-modify G-Mount Colour red"),
+              "VCS WARNING V-16-1-99040 (simulated) Attribute Colour does not exist in type MountV\n");
+    EXPECT_EQ(Run("hares", "-modify G-Mount Type NIC"),
+              "VCS WARNING V-16-1-99040 (simulated) Attribute Type does not exist in type MountV\n");
+    EXPECT_EQ(RunWith("hares", {"-modify", "G-Mount", "VolumeName", "a\nb"}),
+              "VCS WARNING V-16-1-99041 (simulated) A value of attribute VolumeName holds a control character\n");
+    EXPECT_EQ(Run("hares", "-modify H-Service Domain NT Authority"),
+              "VCS WARNING V-16-1-99042 (simulated) Attribute Domain takes one value\n");
+    EXPECT_EQ(Run("hares", "-modify H-Service DelayAfterOnline soon"),
+              "VCS WARNING V-16-1-99043 (simulated) 'soon' is no number for attribute DelayAfterOnline\n");
+    EXPECT_EQ(Run("hares", "-modify H-Service Domain -add x"),
+              "VCS WARNING V-16-1-99044 (simulated) Attribute Domain is a scalar\n");
+    EXPECT_EQ(Run("hares", "-modify H-Service Domain x -sys NODE1"),
+              "VCS WARNING V-16-1-10200 (simulated) System NODE1 does not exist in the local cluster\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_FALSE(HasFile(L".live"));
+}
+
+TEST_F(ModifyTest, TakesAnyAttributeOfATypeThatIsNotKnownWell) {
+    EXPECT_EQ(Run("hares", "-modify G-IP Options none"), "");
+    EXPECT_EQ(Run("hares", "-modify G-IP Hosts -add a b"), "");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tOptions = none\n\t\tHosts = { a, b }\n\t\t)\n"));
+}
+
+TEST_F(ModifyTest, NeedsAResourceAnAttributeAndAValue) {
+    for (const char* arguments : {"-modify", "-modify G-IP", "-modify G-IP Address", "-modify G-IP Address 1 -sys",
+                                  "-modify G-RegRep Keys -delete -keys x"}) {
+        EXPECT_THAT(Run("hares", arguments), HasSubstr("usage: hares ")) << arguments;
+        EXPECT_EQ(m_exitCode, 2);
+    }
+}

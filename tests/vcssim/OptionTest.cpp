@@ -1,0 +1,105 @@
+// The switches, usage errors and the engine.
+#include "ToolTest.h"
+
+#include "ToolFaults.h"
+
+#include <stdexcept>
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+typedef ToolTest OptionTest;
+
+TEST_F(OptionTest, AreReadFromAList) {
+    const vcssim::Options standard = vcssim::ParseOptions("");
+    EXPECT_FALSE(standard.warnsOfNoMatch || standard.blanksInLists || standard.bareEmptyValues ||
+                 standard.encryptPrompts);
+    EXPECT_EQ(standard.lineEnd, "\r\n");
+    EXPECT_TRUE(standard.engineIsUp);
+    const vcssim::Options options =
+        vcssim::ParseOptions("no-match=warning,separator=blanks,empty=bare,encrypt=prompt,lineend=cr,engine=down");
+    EXPECT_TRUE(options.warnsOfNoMatch && options.blanksInLists && options.bareEmptyValues && options.encryptPrompts);
+    EXPECT_EQ(options.lineEnd, "\r");
+    EXPECT_FALSE(options.engineIsUp);
+    EXPECT_EQ(vcssim::ParseOptions("lineend=cr,lineend=lf,engine=down,engine=up").lineEnd, "\n");
+    EXPECT_THROW(vcssim::ParseOptions("colour=red"), std::invalid_argument);
+}
+
+TEST_F(OptionTest, EndLinesAsAsked) {
+    m_environment.options.lineEnd = "\r\n";
+    EXPECT_EQ(Run("hasys", "-list"), "NODE1\r\nNODE2\r\n");
+    m_environment.options.lineEnd = "\r";
+    EXPECT_EQ(Run("hasys", "-list"), "NODE1\rNODE2\r");
+}
+
+TEST_F(OptionTest, TakeTheEngineDownForEveryTool) {
+    m_environment.options.engineIsUp = false;
+    const std::vector<std::pair<const char*, const char*>> runs = {
+        {"haconf", "-makerw"}, {"hasys", "-list"}, {"hagrp", "-list"}, {"hares", "-list"}, {"vcsencrypt", "-agent x"}};
+    for (const auto& run : runs) {
+        EXPECT_EQ(Run(run.first, run.second), "VCS ERROR V-16-1-10600 Cannot connect to VCS engine\n");
+        EXPECT_EQ(m_exitCode, 1);
+        EXPECT_FALSE(m_pieces[0].toErrors);
+    }
+}
+
+TEST_F(OptionTest, AnswerWrongUseWithOneLine) {
+    const std::vector<std::pair<const char*, const char*>> runs = {
+        {"haconf", "-other"},     {"hasys", ""},           {"hasys", "-other"}, {"hasys", "-list x"},
+        {"hagrp", "-online G"},   {"hagrp", "-state a b"}, {"hares", "-add a"}, {"hares", "-display -attribute"},
+        {"hares", "-link a"},     {"hares", "-value a"},   {"hares", "-other"}, {"hares", "-list -x"},
+        {"vcsencrypt", "-other"}, {"vcsencrypt", ""}};
+    for (const auto& run : runs) {
+        const std::string output = Run(run.first, run.second);
+        EXPECT_THAT(output, StartsWith("usage: " + std::string(run.first) + " -")) << run.second;
+        EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1);
+        EXPECT_EQ(m_exitCode, 2);
+        EXPECT_TRUE(m_pieces[0].toErrors);
+    }
+    EXPECT_THAT(Run("hares", "-help"), StartsWith("usage: hares -list"));
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(ReadFile(L""), Sample);
+}
+
+TEST(ToolFaults, HitByToolArgumentsAndCount) {
+    vcssim::ToolFaults faults(R"([{"tool": "hares", "arguments": "-add *", "nth": 2, "output": "x"},
+                                  {"tool": "hasys", "exit": 7}])");
+    EXPECT_EQ(faults.Hit("hares", {"-add", "a"}), nullptr);
+    EXPECT_EQ(faults.Hit("hares", {"-list"}), nullptr);
+    EXPECT_EQ(faults.Hit("hagrp", {"-add", "b"}), nullptr);
+    vcssim::ToolFaults later(R"([{"tool": "hares", "arguments": "-add *", "nth": 2, "output": "x"}])");
+    later.SetCounts(faults.Counts());
+    ASSERT_NE(later.Hit("hares", {"-add", "c"}), nullptr);
+    EXPECT_EQ(later.Hit("hares", {"-add", "d"}), nullptr);
+    ASSERT_NE(faults.Hit("hasys", {}), nullptr);
+    EXPECT_EQ(faults.Hit("hasys", {"-list"})->exit, 7);
+}
+
+TEST(ToolFaults, RefuseWhatTheyDoNotKnow) {
+    const auto messageOf = [](const char* json) {
+        try {
+            vcssim::ToolFaults faults(json);
+        } catch (const std::invalid_argument& error) {
+            return std::string(error.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(messageOf("{}"), "is no list");
+    EXPECT_EQ(messageOf("[1]"), "fault 0: is no object");
+    EXPECT_EQ(messageOf(R"([{}, {"colour": 1}])"), "fault 1: there is no member 'colour'");
+    EXPECT_EQ(messageOf(R"([{"nth": "x"}])"), "fault 0: nth is no number");
+    EXPECT_EQ(messageOf(R"([{"output": 1}])"), "fault 0: output is no text");
+    EXPECT_EQ(messageOf(R"([{"exit": "x"}])"), "fault 0: exit is no number");
+    EXPECT_EQ(messageOf(R"([{"stream": "both"}])"), "fault 0: stream is neither \"out\" nor \"errors\"");
+    EXPECT_THAT(messageOf("["), HasSubstr("parse error"));
+}
+
+TEST(ToolFaults, MatchPatterns) {
+    EXPECT_TRUE(vcssim::MatchesPattern("*", ""));
+    EXPECT_TRUE(vcssim::MatchesPattern("-add *", "-add a b"));
+    EXPECT_TRUE(vcssim::MatchesPattern("*b*d", "abcbd"));
+    EXPECT_TRUE(vcssim::MatchesPattern("a?c", "abc"));
+    EXPECT_FALSE(vcssim::MatchesPattern("a?c", "ac"));
+    EXPECT_FALSE(vcssim::MatchesPattern("-add", "-add a"));
+    EXPECT_FALSE(vcssim::MatchesPattern("*b", "abc"));
+}

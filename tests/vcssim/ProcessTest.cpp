@@ -1,0 +1,194 @@
+// The programs themselves: several at once, faults, journal.
+#include "ToolTest.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+class ProcessTest : public ToolTest {
+protected:
+    ProcessTest() {
+        SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", Path(L"").c_str());
+        SetEnvironmentVariableW(L"VCSSIM_JOURNAL", Path(L".journal").c_str());
+        SetEnvironmentVariableW(L"VCSSIM_OPTIONS", L"lineend=lf");
+        SetEnvironmentVariableW(L"VCSSIM_FAULTS", nullptr);
+    }
+
+    void UseFaults(const std::string& json) {
+        WriteFile(L".faults", json);
+        SetEnvironmentVariableW(L"VCSSIM_FAULTS", Path(L".faults").c_str());
+    }
+
+    // Starts a tool from the folder of this program, both streams into `capture`.
+    static HANDLE Start(const std::wstring& commandLine, const std::wstring& capture) {
+        SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+        const HANDLE file = CreateFileW(capture.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                        &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = file;
+        startup.hStdError = file;
+        PROCESS_INFORMATION process = {};
+        std::wstring line = commandLine;
+        const BOOL started =
+            CreateProcessW(nullptr, &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+        EXPECT_TRUE(started) << GetLastError();
+        CloseHandle(file);
+        CloseHandle(process.hThread);
+        return process.hProcess;
+    }
+
+    static DWORD Wait(HANDLE process) {
+        EXPECT_EQ(WaitForSingleObject(process, 60000), static_cast<DWORD>(WAIT_OBJECT_0));
+        DWORD exitCode = 0;
+        GetExitCodeProcess(process, &exitCode);
+        CloseHandle(process);
+        return exitCode;
+    }
+
+    std::string RunProcess(const std::wstring& commandLine) {
+        m_processExit = Wait(Start(commandLine, Path(L".out")));
+        return ReadFile(L".out");
+    }
+
+    std::vector<nlohmann::json> Journal() const {
+        std::istringstream stream(ReadFile(L".journal"));
+        std::vector<nlohmann::json> entries;
+        std::string line;
+        while (std::getline(stream, line)) {
+            entries.push_back(nlohmann::json::parse(line));
+        }
+        return entries;
+    }
+
+    DWORD m_processExit = 0;
+};
+
+TEST_F(ProcessTest, PrintsBothStreamsAndExits) {
+    EXPECT_EQ(RunProcess(L"hasys -list "), "NODE1\nNODE2\n");
+    EXPECT_EQ(m_processExit, 0u);
+    EXPECT_EQ(RunProcess(L"haconf -makerw "), "VCS WARNING V-16-1-10364 Cluster already writable.\n");
+    EXPECT_EQ(m_processExit, 1u);
+    EXPECT_EQ(RunProcess(L"hagrp -state H"), "#Group       Attribute             System     Value\n"
+                                             "H            State                 NODE2      |OFFLINE|\n");
+    EXPECT_EQ(RunProcess(L"hares -modify  G-RegRep Keys \"HKLM\\X Y\" \"\" "), "");
+    EXPECT_EQ(RunProcess(L"hares -value G-RegRep Keys"), "HKLM\\X Y\t\n");
+    EXPECT_EQ(RunProcess(L"vcsencrypt -agent secret").size(), 25u);
+}
+
+TEST_F(ProcessTest, EndsLinesWithCrLfByDefault) {
+    SetEnvironmentVariableW(L"VCSSIM_OPTIONS", nullptr);
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\r\nNODE2\r\n");
+}
+
+TEST_F(ProcessTest, RefusesUnknownSwitches) {
+    SetEnvironmentVariableW(L"VCSSIM_OPTIONS", L"colour=red");
+    EXPECT_THAT(RunProcess(L"hasys -list"), HasSubstr("VCSSIM_OPTIONS: there is no switch 'colour=red'"));
+    EXPECT_EQ(m_processExit, 2u);
+}
+
+TEST_F(ProcessTest, KeepsUnicodeAndEightBitTexts) {
+    RunProcess(L"hares -modify G-Mount VolumeName \"\u00e4\u4e2d\"");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("VolumeName = \"\xC3\xA4\xE4\xB8\xAD\"\n"));
+    EXPECT_EQ(RunProcess(L"hares -value G-Mount VolumeName"), "\xC3\xA4\xE4\xB8\xAD\n");
+    EXPECT_EQ(RunProcess(L"hares -list VolumeName=\u00e4\u4e2d State=ONLINE"), "G-Mount\t\tNODE1\n");
+}
+
+TEST_F(ProcessTest, WritesAJournal) {
+    RunProcess(L"hares -list Type=NIC");
+    RunProcess(L"hares -nonsense");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].dump(), R"({"arguments":["-list","Type=NIC"],"exit":0,)"
+                                 R"("output":"G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n","tool":"hares"})");
+    EXPECT_EQ(entries[1]["exit"], 2);
+}
+
+TEST_F(ProcessTest, KeepsPasswordsOutOfTheJournal) {
+    RunProcess(L"vcsencrypt -agent secret word");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0]["arguments"].dump(), R"(["-agent","***","***"])");
+    EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("secret")));
+}
+
+TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
+    const int count = 16;
+    std::vector<HANDLE> processes;
+    for (int i = 0; i < count; ++i) {
+        processes.push_back(
+            Start(L"hares -add New" + std::to_wstring(i) + L" MountV G", Path(L".out" + std::to_wstring(i))));
+    }
+    for (const HANDLE process : processes) {
+        EXPECT_EQ(Wait(process), 0u);
+    }
+    for (int i = 0; i < count; ++i) {
+        EXPECT_EQ(Run("hares", "-value New" + std::to_string(i) + " Type"), "MountV\n");
+    }
+    EXPECT_EQ(Journal().size(), static_cast<std::size_t>(count));
+    EXPECT_FALSE(HasFile(L".lock"));
+    EXPECT_FALSE(HasFile(L".live.new"));
+}
+
+TEST_F(ProcessTest, PrintsWhatAFaultSays) {
+    UseFaults(R"([{"tool": "hares", "arguments": "-list*", "nth": 2, "output": "half a li", "exit": 5},
+                  {"tool": "hasys", "output": "a\r\nb", "repeat": 3, "stream": "errors"}])");
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n");
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "half a li");
+    EXPECT_EQ(m_processExit, 5u);
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "a\r\nba\r\nba\r\nb");
+    EXPECT_EQ(m_processExit, 0u);
+}
+
+TEST_F(ProcessTest, DoesNothingWhenAFaultTakesItsPlace) {
+    UseFaults(R"([{"tool": "hares", "exit": 9}])");
+    EXPECT_EQ(RunProcess(L"hares -modify G-IP Address 1"), "");
+    EXPECT_EQ(m_processExit, 9u);
+    EXPECT_FALSE(HasFile(L".live"));
+}
+
+TEST_F(ProcessTest, DiesInMidOutput) {
+    UseFaults(R"([{"tool": "hasys", "kill": 8}])");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNO");
+    EXPECT_EQ(Journal()[0]["output"], "NODE1\nNO");
+}
+
+TEST_F(ProcessTest, PrintsRandomBytes) {
+    UseFaults(R"([{"random": 4096}])");
+    const std::string bytes = RunProcess(L"hagrp -list");
+    EXPECT_EQ(bytes.size(), 4096u);
+    EXPECT_NE(bytes.find('\0'), std::string::npos);
+    EXPECT_EQ(RunProcess(L"hagrp -list"), bytes);
+}
+
+TEST_F(ProcessTest, IsSlowWhenAsked) {
+    UseFaults(R"([{"delay_ms": 700}])");
+    const DWORD begin = GetTickCount();
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+    EXPECT_GE(GetTickCount() - begin, 700u);
+}
+
+TEST_F(ProcessTest, HangsWhenAskedWithoutHoldingOthersUp) {
+    UseFaults(R"([{"tool": "hasys", "hang": true}])");
+    const HANDLE process = Start(L"hasys -list", Path(L".hanging"));
+    EXPECT_EQ(WaitForSingleObject(process, 1000), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(RunProcess(L"hagrp -list Parallel=1"), "");
+    TerminateProcess(process, 0);
+    Wait(process);
+    EXPECT_EQ(Journal()[0]["exit"], nullptr);
+}
+
+TEST_F(ProcessTest, SaysWhatIsWrongWithTheFaults) {
+    UseFaults("[{\"colour\": 1}]");
+    EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("fault 0: there is no member 'colour'\n"));
+    EXPECT_EQ(m_processExit, 2u);
+}

@@ -1,0 +1,64 @@
+// hares -add and -delete.
+#include "ToolTest.h"
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+typedef ToolTest ResourceChangeTest;
+
+TEST_F(ResourceChangeTest, AddsADisabledResource) {
+    EXPECT_EQ(Run("hares", "-add New GenericService G"),
+              "VCS NOTICE V-16-1-10242 Resource added. Enabled attribute must be set before agent monitors\n");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(m_pieces[0].toErrors, false);
+    EXPECT_EQ(Run("hares", "-value New Enabled"), "0\n");
+    EXPECT_EQ(Run("hares", "-value New Critical"), "1\n");
+    EXPECT_EQ(Run("hares", "-value New AutoStart"), "1\n");
+    EXPECT_EQ(Run("hares", "-value New DelayAfterOnline"), "10\n");
+    EXPECT_EQ(Run("hares", "-value New Group"), "G\n");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\tGenericService New (\n\t\tEnabled = 0\n\t\t)\n"));
+}
+
+TEST_F(ResourceChangeTest, DoesNotCountADisabledResource) {
+    WriteFile(L".state.json", R"({"mode": "rw", "resources": {"H-Service": {"NODE2": "ONLINE"}}})");
+    Run("hares", "-add New GenericService H");
+    EXPECT_EQ(Run("hagrp", "-state H -sys NODE2"), "ONLINE\n");
+    Run("hares", "-modify New Enabled 1");
+    EXPECT_EQ(Run("hagrp", "-state H -sys NODE2"), "PARTIAL\n");
+}
+
+TEST_F(ResourceChangeTest, RefusesAResourceThatCannotBe) {
+    EXPECT_EQ(Run("hares", "-add G-IP IP G"), "VCS WARNING V-16-1-99021 (simulated) Resource G-IP exists already\n");
+    EXPECT_EQ(Run("hares", "-add New Nothing G"), "VCS WARNING V-16-1-99022 (simulated) Type Nothing does not exist\n");
+    EXPECT_EQ(Run("hares", "-add New IP Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
+    EXPECT_EQ(Run("hares", "-add 1a IP G"), "VCS WARNING V-16-1-99020 (simulated) '1a' is no name for a resource\n");
+    EXPECT_EQ(RunWith("hares", {"-add", "a (", "IP", "G"}),
+              "VCS WARNING V-16-1-99020 (simulated) 'a (' is no name for a resource\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_FALSE(HasFile(L".live"));
+}
+
+TEST_F(ResourceChangeTest, TakesTheTypesThatAreInUse) {
+    WriteFile(L"", "group G (\n\t)\n\n\tOwnType r (\n\t\t)\n");
+    Run("hares", "-add s OwnType G");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(ReadFile(L".live"), "group G (\n\t)\n\n\tOwnType r (\n\t\t)\n\n\tOwnType s (\n\t\tEnabled = 0\n\t\t)\n");
+}
+
+TEST_F(ResourceChangeTest, DeletesAResourceWithItsLinksAndItsState) {
+    EXPECT_EQ(Run("hares", "-delete G-Mount"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_THAT(ReadFile(L".live"), Not(HasSubstr("G-Mount")));
+    EXPECT_THAT(ReadFile(L".state.json"), Not(HasSubstr("G-Mount")));
+    EXPECT_EQ(Run("hares", "-delete G-Mount"),
+              "VCS WARNING V-16-1-10260 (simulated) Resource G-Mount does not exist in the local cluster\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
+TEST_F(ResourceChangeTest, LeavesNothingOfAResourceThatCameAndWent) {
+    Run("hares", "-add New RegRep G");
+    RunWith("hares", {"-modify", "New", "Keys", "HKLM\\A", ""});
+    Run("hares", "-link New G-Mount");
+    Run("hares", "-delete New");
+    EXPECT_EQ(ReadFile(L".live"), Sample);
+}
