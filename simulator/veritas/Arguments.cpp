@@ -8,7 +8,7 @@ std::string Arguments::Next() {
     if (m_arguments.empty()) {
         throw UsageError();
     }
-    const std::string next = m_arguments.front();
+    std::string next = m_arguments.front();
     m_arguments.erase(m_arguments.begin());
     return next;
 }

@@ -56,6 +56,7 @@ bool Has(const std::vector<std::string>& names, const std::string& name) {
 
 std::vector<std::string> Cluster::Systems() const {
     std::vector<std::string> names;
+    names.reserve(configuration.Systems().size());
     for (const CfBlock& system : configuration.Systems()) {
         names.push_back(system.name);
     }

@@ -81,7 +81,7 @@ void ShowValue(Context& context, Arguments& arguments) {
 }
 
 void ShowDependencies(Context& context, Arguments& arguments) {
-    const std::vector<std::string> names = arguments.All();
+    const std::vector<std::string>& names = arguments.All();
     const CfDocument& configuration = context.cluster.configuration;
     for (const std::string& name : names) {
         if (!configuration.FindResource(name)) {

@@ -29,8 +29,10 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
         RunHasys(context, arguments);
     } else if (tool == "hagrp") {
         RunHagrp(context, arguments);
-    } else {
+    } else if (tool == "hares") {
         RunHares(context, arguments);
+    } else {
+        throw FileError("there is no tool '" + tool + "'");
     }
     store.Save(cluster);
 }

@@ -138,6 +138,21 @@ TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
     EXPECT_FALSE(HasFile(L".live.new"));
 }
 
+TEST_F(ProcessTest, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
+    for (int i = 0; i < 24; ++i) {
+        const std::string before = Run("hares", "-value G-Mount VolumeName");
+        const std::wstring value = L"Volume" + std::to_wstring(i);
+        const HANDLE process = Start(L"hares -modify G-Mount VolumeName " + value, Path(L".out"));
+        Sleep(static_cast<DWORD>(i * 4));
+        TerminateProcess(process, 1);
+        Wait(process);
+        const std::string after = Run("hares", "-value G-Mount VolumeName");
+        EXPECT_EQ(m_exitCode, 0) << after;
+        EXPECT_TRUE(after == before || after == "Volume" + std::to_string(i) + "\n") << after;
+    }
+    EXPECT_EQ(Run("haconf", "-dump -makero"), "");
+}
+
 TEST_F(ProcessTest, PrintsWhatAFaultSays) {
     UseFaults(R"([{"tool": "hares", "arguments": "-list*", "nth": 2, "output": "half a li", "exit": 5},
                   {"tool": "hasys", "output": "a\r\nb", "repeat": 3, "stream": "errors"}])");
