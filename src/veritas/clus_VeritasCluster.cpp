@@ -3,12 +3,12 @@
 #define CLUS_SOURCE_TAG ".\\clus_VeritasCluster.cpp"
 #include "clus_CaptureFile.h"
 #include "clus_Character.h"
-#include "clus_CriticalSection.h"
 #include "clus_Log.h"
-#include "clus_Owner.h"
 #include "clus_ProductRegistry.h"
 #include "clus_ToolOutput.h"
+#include "clus_ToolProcess.h"
 #include "clus_UniqueNames.h"
+#include "clus_VeritasNames.h"
 #include "clus_VirtualServerUtil.h"
 
 #include "CommonUtil.h"
@@ -18,62 +18,18 @@
 #include <cstdlib>
 #include <limits>
 
-using clus::CriticalSection;
-using clus::CriticalSectionGuard;
 using clus::DefaultProductRegistryKey;
 using clus::EqualNoCase;
 using clus::FileDeleter;
-using clus::HandleOwner;
 using clus::RegistryKey;
+using clus::RunTool;
 using clus::TextFileReader;
 using clus::UniqueNames;
+using namespace clus::veritas;
 
 namespace {
 
 const size_t CommandLineCharacters = 16384; // terminator included; what is longer is cut
-
-// The product's services and the Exchange services that mark a virtual server.
-const wchar_t HostService[] = L"OXAHostService";
-const wchar_t SAService[] = L"OXASAService";
-const wchar_t QAVMonitorService[] = L"QAV_Monitor";
-const wchar_t RemoteConfigService[] = L"OXA_RemoteConfig";
-const wchar_t InformationStoreService[] = L"MSExchangeIS";
-const wchar_t SystemAttendantService[] = L"MSExchangeSA";
-
-// VCS agents and attributes.
-const wchar_t ExchServiceType[] = L"ExchService";
-const wchar_t GenericServiceType[] = L"GenericService";
-const wchar_t LanmanType[] = L"Lanman";
-const wchar_t MountVType[] = L"MountV";
-const wchar_t RegRepType[] = L"RegRep";
-const wchar_t TypeAttribute[] = L"Type";
-const wchar_t GroupAttribute[] = L"Group";
-const wchar_t ServiceAttribute[] = L"Service";
-const wchar_t ServiceNameAttribute[] = L"ServiceName";
-const wchar_t VirtualNameAttribute[] = L"VirtualName";
-const wchar_t KeysAttribute[] = L"Keys";
-const wchar_t ReplicationDirectoryAttribute[] = L"ReplicationDirectory";
-
-const wchar_t EmptyQuotes[] = L"\"\"";
-
-// Positions in the default attribute lists.
-enum RegRepParam {
-    RegRepMountResName,
-    RegRepReplicationDirectory,
-    RegRepKeys,
-    RegRepParamCount = 6
-};
-enum ServiceParam {
-    ServiceDelayAfterOnline,
-    ServiceDelayAfterOffline,
-    ServiceUserAccount,
-    ServicePassword,
-    ServiceDomain,
-    ServiceLanmanResName,
-    ServiceUseVirtualName,
-    ServiceServiceName,
-    ServiceParamCount = 10
-};
 
 // Columns of the tools' tables.
 const size_t ListColumns = 2; // name, system
@@ -83,10 +39,6 @@ const size_t StateColumns = 4;
 // Time that a service is given to complete its own start, and between two looks at it, in milliseconds.
 const DWORD ServiceSettleTime = 10000;
 const DWORD ServicePollInterval = 1000;
-
-// From opening an inheritable capture file to making it private again: a tool that another thread starts meanwhile
-// would inherit the file and keep it from being read and deleted.
-CriticalSection ToolStartLock;
 
 std::wstring Text(const wchar_t* text) {
     return text ? text : L"";
@@ -110,48 +62,6 @@ void AppendNames(std::vector<std::wstring>& tokens, std::vector<std::wstring>& n
     for (size_t row = 0; row < tokens.size(); row += ListColumns) {
         unique.Append(std::move(tokens[row]));
     }
-}
-
-// Starts a tool, hidden and with both outputs in the capture file, and waits for it without a time-out. False when it
-// could not be started, unless the platform gives no reason.
-bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
-    HandleOwner capture;
-    PROCESS_INFORMATION process = {};
-    {
-        const CriticalSectionGuard guard(ToolStartLock);
-        SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
-        capture.reset(
-            CreateFileW(captureFileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr));
-        if (!capture) {
-            return true; // never seen: a failed open gives the invalid handle, with which the tool is run all the same
-        }
-        STARTUPINFOW startup = {};
-        if (capture.get() != INVALID_HANDLE_VALUE) {
-            startup.cb = sizeof(startup);
-            startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-            startup.wShowWindow = SW_HIDE;
-            // The selector and not the handle it stands for: no tool may wait for input.
-            startup.hStdInput = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(STD_INPUT_HANDLE));
-            startup.hStdOutput = capture.get();
-            startup.hStdError = capture.get();
-        }
-        if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
-            return GetLastError() == ERROR_SUCCESS;
-        }
-        if (capture.get() != INVALID_HANDLE_VALUE) {
-            SetHandleInformation(capture.get(), HANDLE_FLAG_INHERIT, 0);
-        }
-    }
-    const HandleOwner thread(process.hThread);
-    const HandleOwner tool(process.hProcess);
-    WaitForSingleObject(tool.get(), INFINITE);
-    DWORD exitCode = 0;
-    if (GetExitCodeProcess(tool.get(), &exitCode)) {
-        LOG_INFO(L"Process exit code: %d", exitCode);
-    } else {
-        LOG_WARNING(L"Cannot get process exit code, error code: %d", GetLastError());
-    }
-    return true;
 }
 
 } // namespace
@@ -707,6 +617,7 @@ void CVeritasCluster::MakeDefaultCreateGenericServiceResoruceParams(NameValuePai
     params.emplace_back(L"Enabled", L"1");
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers link against the signature by value
 bool CVeritasCluster::CreateKOVAResources(CVeritasVirtualServerInfo info, bool bCreateQAV, bool bCreateRemoteConfig,
                                           const wchar_t* szRemoteConfigGroup, const wchar_t* szRemoteConfigUsername,
                                           const wchar_t* szRemoteConfigPassword) const {
@@ -896,6 +807,7 @@ bool CVeritasCluster::CollectKOVAResNames(const wchar_t* groupName, std::vector<
     return CollectKOVAResNames(filter, resNames);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value like the other exports
 bool CVeritasCluster::CollectKOVAResNames(const NameValuePairList filter, std::vector<std::wstring>& resNames) const {
     LOG_ENTER_AND_LEAVE(L"CollectKOVAResNames");
     for (const wchar_t* service : {HostService, RemoteConfigService, SAService, QAVMonitorService}) {
