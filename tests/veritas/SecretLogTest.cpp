@@ -1,0 +1,64 @@
+// That a password never reaches the debug-log file. The log is configured once per process, so the library logs from a
+// child process: this program, running one of its own tests.
+#include "RealTools.h"
+
+#include <fstream>
+#include <iterator>
+
+using namespace harness;
+
+namespace {
+
+const wchar_t Password[] = L"Pa55-word";
+const wchar_t Encrypted[] = L"gPiRcLrUtq";
+
+// Also what the child process runs. No recorder here: the library writes to its real log.
+TEST(VeritasSecretProcess, EncryptsWithTheLogAsItIsConfigured) {
+    const HeapTap heap;
+    PlatformTap platform;
+    ToolScript tools(platform);
+    tools.Answer(std::wstring(L"vcsencrypt -agent ") + Password, "gPiRcLrUtq\r\n");
+    tools.Answer(L"haconf -makerw ", "shown\r\n");
+    std::wstring encrypted;
+    EXPECT_TRUE(CVeritasCluster().EncryptVeritasPassword(Password, encrypted));
+    EXPECT_EQ(encrypted, Encrypted);
+    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    platform.FailCall("CreateProcessW", ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(CVeritasCluster().EncryptVeritasPassword(Password, encrypted));
+}
+
+TEST(VeritasSecret, TheDebugLogFileHoldsNeitherThePasswordNorItsEncryptedForm) {
+    const PrivateFolder folder(PrivateFolder::Use::CurrentDirectory);
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring commandLine =
+        L"\"" + std::wstring(program) + L"\" --gtest_filter=VeritasSecretProcess.* --gtest_brief=1";
+    SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", folder.File(L"log.txt").c_str());
+    SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", L"all");
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION child = {};
+    const BOOL started =
+        CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child);
+    SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", nullptr);
+    SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", nullptr);
+    ASSERT_TRUE(started);
+    EXPECT_EQ(WaitForSingleObject(child.hProcess, 60000), DWORD(WAIT_OBJECT_0));
+    DWORD exitCode = 99;
+    GetExitCodeProcess(child.hProcess, &exitCode);
+    CloseHandle(child.hProcess);
+    CloseHandle(child.hThread);
+    EXPECT_EQ(exitCode, 0u);
+    EXPECT_EQ(folder.Entries(), Names{L"log.txt"});
+
+    std::ifstream file("log.txt", std::ios::binary);
+    const std::string log{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    EXPECT_THAT(log, ::testing::HasSubstr("Command line is ***"));
+    EXPECT_THAT(log, ::testing::HasSubstr("Result: ***"));
+    EXPECT_THAT(log, ::testing::HasSubstr("Command line: haconf -makerw"));
+    EXPECT_THAT(log, ::testing::HasSubstr("Result: shown"));
+    EXPECT_THAT(log, ::testing::Not(::testing::HasSubstr(Utf8(Password))));
+    EXPECT_THAT(log, ::testing::Not(::testing::HasSubstr(Utf8(Encrypted))));
+}
+
+} // namespace

@@ -1,0 +1,146 @@
+// Does what the variable VCS_TEST_TOOL says: actions, separated by semicolons, in their order. An argument Id=X makes
+// it read VCS_TEST_TOOL_X instead. Exit code 0 unless an action ends the process.
+//
+//   out:TEXT, err:TEXT  writes the text; \xHH is a byte
+//   fill:LINES:LENGTH   writes LINES lines of LENGTH characters
+//   args                writes the command line
+//   directory           writes the current directory
+//   variable:NAME       writes a variable of the environment
+//   startup             writes the start-up record's flags and show value
+//   stdin               reads the standard input and writes how many bytes came
+//   close               closes both outputs
+//   sleep:MILLISECONDS, set:EVENT, wait:EVENT
+//   exit:CODE           ends; kill:CODE ends at once
+#include <winsock2.h>
+#include <windows.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+void Write(DWORD stream, const std::string& bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        DWORD written = 0;
+        if (!WriteFile(GetStdHandle(stream), bytes.data() + done, static_cast<DWORD>(bytes.size() - done), &written,
+                       nullptr) ||
+            written == 0) {
+            ExitProcess(GetLastError());
+        }
+        done += written;
+    }
+}
+
+void Write(const std::wstring& text) {
+    Write(STD_OUTPUT_HANDLE, std::string(text.begin(), text.end()));
+}
+
+std::string Bytes(const std::wstring& text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text.compare(i, 2, L"\\x") == 0) {
+            bytes += static_cast<char>(std::wcstoul(text.substr(i + 2, 2).c_str(), nullptr, 16));
+            i += 3;
+        } else {
+            bytes += static_cast<char>(text[i]);
+        }
+    }
+    return bytes;
+}
+
+std::wstring Variable(const std::wstring& name) {
+    wchar_t text[4096];
+    const DWORD length = GetEnvironmentVariableW(name.c_str(), text, 4096);
+    return std::wstring(text, length < 4096 ? length : 0);
+}
+
+unsigned long Number(const std::wstring& text) {
+    return std::wcstoul(text.c_str(), nullptr, 10);
+}
+
+void Fill(unsigned long lines, std::size_t length) {
+    const std::string line = std::string(length, 'x') + "\r\n";
+    std::string block;
+    for (unsigned long i = 0; i < lines; ++i) {
+        block += line;
+        if (block.size() > 1 << 20 || i + 1 == lines) {
+            Write(STD_OUTPUT_HANDLE, block);
+            block.clear();
+        }
+    }
+}
+
+void WriteStartup() {
+    STARTUPINFOW startup;
+    GetStartupInfoW(&startup);
+    Write(L"flags=" + std::to_wstring(startup.dwFlags) + L" show=" + std::to_wstring(startup.wShowWindow) + L"\n");
+}
+
+void ReadInput() {
+    char bytes[64];
+    DWORD read = 0;
+    if (!ReadFile(GetStdHandle(STD_INPUT_HANDLE), bytes, sizeof(bytes), &read, nullptr)) {
+        read = 0;
+    }
+    Write(L"read=" + std::to_wstring(read) + L"\n");
+}
+
+void Act(const std::wstring& action) {
+    const std::size_t colon = action.find(L':');
+    const std::wstring verb = action.substr(0, colon);
+    const std::wstring value = colon == std::wstring::npos ? L"" : action.substr(colon + 1);
+    if (verb == L"out" || verb == L"err") {
+        Write(verb == L"out" ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE, Bytes(value));
+    } else if (verb == L"fill") {
+        Fill(Number(value), Number(value.substr(value.find(L':') + 1)));
+    } else if (verb == L"args") {
+        Write(std::wstring(GetCommandLineW()) + L"\n");
+    } else if (verb == L"directory") {
+        wchar_t path[MAX_PATH];
+        GetCurrentDirectoryW(MAX_PATH, path);
+        Write(std::wstring(path) + L"\n");
+    } else if (verb == L"variable") {
+        Write(Variable(value) + L"\n");
+    } else if (verb == L"startup") {
+        WriteStartup();
+    } else if (verb == L"stdin") {
+        ReadInput();
+    } else if (verb == L"close") {
+        CloseHandle(GetStdHandle(STD_OUTPUT_HANDLE));
+        CloseHandle(GetStdHandle(STD_ERROR_HANDLE));
+    } else if (verb == L"sleep") {
+        Sleep(Number(value));
+    } else if (verb == L"set" || verb == L"wait") {
+        const HANDLE event = OpenEventW(EVENT_MODIFY_STATE | SYNCHRONIZE, FALSE, value.c_str());
+        if (!event || !(verb == L"set" ? SetEvent(event) : WaitForSingleObject(event, 60000) == WAIT_OBJECT_0)) {
+            ExitProcess(98);
+        }
+    } else if (verb == L"exit") {
+        ExitProcess(Number(value));
+    } else if (verb == L"kill") {
+        TerminateProcess(GetCurrentProcess(), Number(value));
+    } else {
+        ExitProcess(97); // a typing error of the test
+    }
+}
+
+} // namespace
+
+int main() {
+    std::wstring name = L"VCS_TEST_TOOL";
+    const std::wstring commandLine = GetCommandLineW();
+    const std::size_t id = commandLine.find(L"Id=");
+    if (id != std::wstring::npos) {
+        name += L"_" + commandLine.substr(id + 3, commandLine.find(L' ', id) - id - 3);
+    }
+    const std::wstring actions = Variable(name) + L";";
+    for (std::size_t start = 0; start < actions.size();) {
+        const std::size_t end = actions.find(L';', start);
+        if (end > start) {
+            Act(actions.substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    return 0;
+}
