@@ -2,8 +2,7 @@
 #ifndef CLUS_VERITASNAMES_H
 #define CLUS_VERITASNAMES_H
 
-namespace clus {
-namespace veritas {
+namespace clus::veritas {
 
 // The product's services and the Exchange services that mark a virtual server.
 const wchar_t HostService[] = L"OXAHostService";
@@ -48,7 +47,6 @@ enum ServiceParam {
     ServiceParamCount = 10
 };
 
-} // namespace veritas
-} // namespace clus
+} // namespace clus::veritas
 
 #endif
