@@ -52,8 +52,9 @@ bool Contains(const std::vector<std::wstring>& names, const std::wstring& name) 
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// No less than 0 and no more than an int holds.
 int MillisecondsFromSeconds(int seconds) {
-    return static_cast<int>(std::min<long long>(1000LL * seconds, std::numeric_limits<int>::max()));
+    return static_cast<int>(std::min<long long>(1000LL * std::max(seconds, 0), std::numeric_limits<int>::max()));
 }
 
 // Appends the first column of a list.
