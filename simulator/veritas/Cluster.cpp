@@ -103,6 +103,7 @@ std::vector<AttributeRow> Cluster::Rows(const CfBlock& block, const std::string&
         return {{"global", Value(block, attribute, "", standard)}};
     }
     std::vector<AttributeRow> rows;
+    rows.reserve(systems.size());
     for (const std::string& system : systems) {
         rows.push_back({system, Value(block, attribute, system, standard)});
     }

@@ -1,11 +1,14 @@
 // The programs themselves: several at once, faults, journal.
 #include "ToolTest.h"
 
+#include "Files.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
 #include <nlohmann/json.hpp>
 
+#include <memory>
 #include <sstream>
 
 using ::testing::EndsWith;
@@ -136,6 +139,16 @@ TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
     EXPECT_EQ(Journal().size(), static_cast<std::size_t>(count));
     EXPECT_FALSE(HasFile(L".lock"));
     EXPECT_FALSE(HasFile(L".live.new"));
+}
+
+TEST_F(ProcessTest, WaitsForItsTurn) {
+    auto lock = std::make_unique<vcssim::FileLock>(Path(L".lock"));
+    const HANDLE process = Start(L"hares -modify G-IP Address 1", Path(L".out"));
+    EXPECT_EQ(WaitForSingleObject(process, 700), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_FALSE(HasFile(L".live"));
+    lock.reset();
+    EXPECT_EQ(Wait(process), 0u);
+    EXPECT_TRUE(HasFile(L".live"));
 }
 
 TEST_F(ProcessTest, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
