@@ -21,6 +21,14 @@ protected:
         return count;
     }
 
+    // Until a call is in the journal that often.
+    void AwaitCalls(const std::string& text, std::size_t count) {
+        for (int turn = 0; Calls(text) < count; ++turn) {
+            ASSERT_LT(turn, 3000) << text;
+            Sleep(10);
+        }
+    }
+
 private:
     std::string m_journal = "\n";
 };
@@ -74,9 +82,7 @@ TEST_F(VeritasRunnerThreads, ALongRunThatBeginsDuringAnotherDoesNotHoldItsCaptur
     bool shortDone = false;
     bool longDone = false;
     std::thread shortRun([&] { shortDone = RunOf(L"short", shortTokens); });
-    while (Calls("SetHandleInformation(") == 0) {
-        Sleep(10);
-    }
+    AwaitCalls("SetHandleInformation(", 1);
     std::thread longRun([&] { longDone = RunOf(L"long", longTokens); });
     EXPECT_TRUE(longRuns.Wait(30000));
     shortMayEnd.Set();
@@ -104,9 +110,7 @@ TEST_F(VeritasRunnerThreads, ACaptureHandleThatStaysInheritableWouldBeHeldByTheO
     Names longTokens;
     bool shortDone = true;
     std::thread shortRun([&] { shortDone = RunOf(L"short", shortTokens); });
-    while (Calls("SetHandleInformation(") == 0) {
-        Sleep(10);
-    }
+    AwaitCalls("SetHandleInformation(", 1);
     std::thread longRun([&] { RunOf(L"long", longTokens); });
     EXPECT_TRUE(longRuns.Wait(30000));
     shortMayEnd.Set();
@@ -132,9 +136,7 @@ TEST_F(VeritasRunnerThreads, NoCaptureFileIsOpenedWhileAnotherRunStarts) {
         }
         // The capture file of this run is open and inheritable now.
         longRun = std::thread([&] { RunOf(L"long", longTokens); });
-        while (Calls("GetTempFileNameW(") < 2) {
-            Sleep(10);
-        }
+        AwaitCalls("GetTempFileNameW(", 2);
         Sleep(300);
         opened = Calls("CreateFileW(");
     };
@@ -146,6 +148,39 @@ TEST_F(VeritasRunnerThreads, NoCaptureFileIsOpenedWhileAnotherRunStarts) {
     longRun.join();
     EXPECT_EQ(shortTokens, Names{L"S"});
     EXPECT_EQ(longTokens, Names{L"L"});
+}
+
+TEST_F(VeritasRunnerThreads, TheCaptureFileOfARunThatFailsToStartIsNotHeldByAnother) {
+    const NamedEvent longRuns(L"long-runs");
+    const NamedEvent longMayEnd(L"long");
+    Act(L"set:" + longRuns.Name() + L";wait:" + longMayEnd.Name(), L"long");
+    Platform().FailCall("CreateProcessW", ERROR_FILE_NOT_FOUND);
+    std::thread longRun;
+    Names longTokens;
+    bool longBegan = false;
+    {
+        ImportPatch<BOOL(HANDLE), struct CloseCaptureTag>* self = nullptr;
+        ImportPatch<BOOL(HANDLE), struct CloseCaptureTag> patch(
+            FindImports(LibraryModule(), "kernel32.dll", "CloseHandle"), [&](HANDLE handle) {
+                if (!longBegan) {
+                    // The capture file of the failed run is still open: another run begins, if it may.
+                    longBegan = true;
+                    longRun = std::thread([&] { RunOf(L"long", longTokens); });
+                    longRuns.Wait(1000);
+                }
+                return self->Next(handle);
+            });
+        self = &patch;
+        Names tokens;
+        EXPECT_FALSE(RunOf(L"short", tokens));
+        EXPECT_TRUE(longRuns.Wait(30000));
+        EXPECT_EQ(Folder().Entries().size(), 1u) << "only the long run has a file";
+        longMayEnd.Set();
+        longRun.join();
+    }
+    for (const std::wstring& entry : Folder().Entries()) {
+        DeleteFileW(entry.c_str());
+    }
 }
 
 TEST_F(VeritasRunnerThreads, ARunThatFailsToStartLetsTheOthersStart) {
