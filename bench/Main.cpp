@@ -1,9 +1,10 @@
-// clusutil_bench: what the library costs on top of the cluster calls it needs.
+// clusutil_bench [cluster|veritas]: what the library costs on top of the platform calls it needs.
 //
 // Library and bare calls run in turns in this process, on the same simulated cluster; the figures are medians.
 #include "BareCalls.h"
 #include "BareSupport.h"
 #include "BenchCluster.h"
+#include "BenchVeritas.h"
 #include "Measurement.h"
 
 #include "ClusSimControl.h"
@@ -110,7 +111,7 @@ bench::Result MeasureDiskPaths() {
         repetitions);
 }
 
-int Run() {
+void MeasureCluster() {
     if (ClusSimVersion() != 1) {
         throw std::runtime_error("another clusapi.dll than the simulator was loaded");
     }
@@ -155,16 +156,26 @@ int Run() {
     if (ClusSimOpenHandles(nullptr) != 0) {
         throw std::runtime_error("cluster handles are left open");
     }
-    return 0;
 }
 
 } // namespace
 
-int main() {
+int main(int argumentCount, char** arguments) {
+    const std::string part = argumentCount == 2 ? arguments[1] : "";
+    if (argumentCount > 2 || (argumentCount == 2 && part != "cluster" && part != "veritas")) {
+        std::fprintf(stderr, "usage: clusutil_bench [cluster|veritas]\n");
+        return 2;
+    }
     SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", L"off"); // read with the first log line
     SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", nullptr);
     try {
-        return Run();
+        if (part != "veritas") {
+            MeasureCluster();
+        }
+        if (part != "cluster") {
+            bench::MeasureVeritas();
+        }
+        return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "clusutil_bench: %s\n", error.what());
         return 1;

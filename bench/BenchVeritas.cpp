@@ -1,0 +1,156 @@
+#include "BenchVeritas.h"
+
+#include "BareSupport.h"
+#include "Measurement.h"
+#include "ToolRuns.h"
+
+#include "clus_ToolOutput.h"
+#include "clus_UniqueNames.h"
+#include "clus_VeritasCluster.h"
+
+#include <cstdio>
+#include <cwchar>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+const std::size_t ListColumns = 2;
+const std::size_t SystemsPerResource = 2;
+const std::size_t ResourcesPerServiceGroup = 10;
+
+// The list of resources as the tool prints it: each one once per system, names padded to one width.
+std::string ResourceList(std::size_t rows) {
+    std::string text;
+    char line[80];
+    for (std::size_t row = 0; row < rows; ++row) {
+        std::snprintf(line, sizeof(line), "EVS%04u-Resource%-8u\t\tNODE%u\r\n",
+                      static_cast<unsigned>(row / SystemsPerResource / ResourcesPerServiceGroup),
+                      static_cast<unsigned>(row / SystemsPerResource),
+                      static_cast<unsigned>(row % SystemsPerResource + 1));
+        text += line;
+    }
+    return text;
+}
+
+std::wstring WithoutCarriageReturns(const std::string& output) {
+    std::wstring text;
+    for (const char byte : output) {
+        if (byte != '\r') {
+            text += static_cast<wchar_t>(byte);
+        }
+    }
+    return text;
+}
+
+// Splits the text with wcstok and keeps nothing: the number of tokens. wcstok cuts the text up: it is copied into
+// `scratch`, whose room is kept.
+std::size_t BareSplit(const std::wstring& text, std::vector<wchar_t>& scratch) {
+    scratch.assign(text.c_str(), text.c_str() + text.size() + 1);
+    std::size_t count = 0;
+#if defined(__MINGW32__) && !defined(_UCRT)
+    for (wchar_t* token = std::wcstok(scratch.data(), L" \t\n"); token; token = std::wcstok(nullptr, L" \t\n")) {
+#else
+    wchar_t* rest = nullptr;
+    for (wchar_t* token = std::wcstok(scratch.data(), L" \t\n", &rest); token;
+         token = std::wcstok(nullptr, L" \t\n", &rest)) {
+#endif
+        ++count;
+    }
+    return count;
+}
+
+struct ListResult {
+    std::size_t rows;
+    Result whole; // the public member
+    Result pure;  // splitting and de-duplication of a text in memory
+};
+
+ListResult MeasureList(std::size_t rows) {
+    const std::string output = ResourceList(rows);
+    const std::wstring text = WithoutCarriageReturns(output);
+    const std::size_t repetitions = rows < 10000 ? 10 : 1;
+    std::vector<wchar_t> scratch;
+    const auto bare = [&]() {
+        Require(BareSplit(text, scratch) == rows * ListColumns, "wcstok finds another number of tokens");
+    };
+    const ToolReplacement tool = ToolReplacement::Write(output);
+    ListResult result;
+    result.rows = rows;
+    result.whole = Measure(
+        [&]() {
+            std::vector<std::wstring> names;
+            Require(CVeritasCluster().EnumResourceNamesW(names) && names.size() == rows / SystemsPerResource,
+                    "EnumResourceNamesW failed");
+        },
+        bare, repetitions);
+    result.pure = Measure(
+        [&]() {
+            std::vector<std::wstring> tokens, names;
+            clus::SplitOutput(text, tokens);
+            clus::UniqueNames unique(names);
+            for (std::size_t i = 0; i < tokens.size(); i += ListColumns) {
+                unique.Append(std::move(tokens[i]));
+            }
+            Require(names.size() == rows / SystemsPerResource, "another number of names");
+        },
+        bare, repetitions);
+    return result;
+}
+
+void PrintRun(const Result& result) {
+    std::printf("\nA tool run: CVeritasCluster::EnumSystemNames, bare CreateProcessW + wait + read\n");
+    std::printf("%17s: library %9.4f ms, bare %9.4f ms, ratio %.3f (target 1.05 at most); %u rounds\n", "one run",
+                result.library * 1e3, result.bare * 1e3, result.library / result.bare,
+                static_cast<unsigned>(result.rounds));
+}
+
+void PrintList(std::size_t rows, const Result& result, const Result* smaller) {
+    std::printf("%6u rows: library %9.4f ms, wcstok %9.4f ms, ratio %.3f (target 2.0 at most)",
+                static_cast<unsigned>(rows), result.library * 1e3, result.bare * 1e3, result.library / result.bare);
+    if (smaller) {
+        std::printf(", growth x%.2f, wcstok x%.2f (target 11 at most)", result.library / smaller->library,
+                    result.bare / smaller->bare);
+    }
+    std::printf("; %u rounds\n", static_cast<unsigned>(result.rounds));
+    if (result.allocations != 0) {
+        std::printf("%17s  peak memory: %.1f bytes per token, %.2f allocations per token\n", "",
+                    static_cast<double>(result.peakBytes) / static_cast<double>(rows * ListColumns),
+                    static_cast<double>(result.allocations) / static_cast<double>(rows * ListColumns));
+    }
+}
+
+Result MeasureRun() {
+    const std::wstring tool = BenchToolPath();
+    const ToolReplacement replacement = ToolReplacement::Start(tool);
+    return Measure(
+        []() {
+            std::vector<std::wstring> systems;
+            Require(CVeritasCluster().EnumSystemNames(systems) && systems.size() == 2, "EnumSystemNames failed");
+        },
+        [&]() { Require(BareToolRun(tool) == BenchToolBytes, "the bare run reads another text"); });
+}
+
+} // namespace
+
+void MeasureVeritas() {
+    const WorkFolder folder;
+    PrintRun(MeasureRun());
+    std::vector<ListResult> lists;
+    for (const std::size_t rows : {1000, 10000, 100000}) {
+        lists.push_back(MeasureList(rows));
+    }
+    std::printf("\nCVeritasCluster::EnumResourceNamesW, output written by no process, wcstok alone on the same text\n");
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        PrintList(lists[i].rows, lists[i].whole, i ? &lists[i - 1].whole : nullptr);
+    }
+    std::printf("\nIts splitting and de-duplication, the text in memory\n");
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        PrintList(lists[i].rows, lists[i].pure, i ? &lists[i - 1].pure : nullptr);
+    }
+}
+
+} // namespace bench

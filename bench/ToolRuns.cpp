@@ -1,0 +1,110 @@
+#include "ToolRuns.h"
+
+#include "BareSupport.h"
+
+#include "ImportPatch.h"
+
+#include <functional>
+#include <vector>
+
+namespace bench {
+
+WorkFolder::WorkFolder() {
+    wchar_t temporary[MAX_PATH] = L"";
+    Require(GetCurrentDirectoryW(MAX_PATH, m_before) != 0 && GetTempPathW(MAX_PATH, temporary) != 0 &&
+                GetTempFileNameW(temporary, L"bch", 0, m_folder) != 0 && DeleteFileW(m_folder) &&
+                CreateDirectoryW(m_folder, nullptr) && SetCurrentDirectoryW(m_folder),
+            "cannot make a temporary folder");
+}
+
+WorkFolder::~WorkFolder() {
+    SetCurrentDirectoryW(m_before);
+    RemoveDirectoryW(m_folder);
+}
+
+std::wstring BenchToolPath() {
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, path, MAX_PATH - 1);
+    const std::wstring self = path;
+    return self.substr(0, self.rfind(L'\\') + 1) + L"clusutil_bench_tool.exe";
+}
+
+std::size_t BareToolRun(const std::wstring& tool) {
+    wchar_t fileName[MAX_PATH] = L"";
+    Require(GetTempFileNameW(L".", L"ha-", 0, fileName) != 0, "GetTempFileNameW");
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    HANDLE file = CreateFileW(fileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr);
+    Require(file != INVALID_HANDLE_VALUE, "CreateFileW");
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+    startup.hStdOutput = file;
+    startup.hStdError = file;
+    PROCESS_INFORMATION process = {};
+    wchar_t commandLine[] = L"hasys -list";
+    Require(CreateProcessW(tool.c_str(), commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process),
+            "CreateProcessW");
+    WaitForSingleObject(process.hProcess, INFINITE);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    char text[LargeReplyBytes];
+    DWORD cb = 0;
+    SetFilePointer(file, 0, nullptr, FILE_BEGIN);
+    Require(ReadFile(file, text, sizeof(text), &cb, nullptr), "ReadFile");
+    CloseHandle(file);
+    DeleteFileW(fileName);
+    return cb;
+}
+
+namespace {
+
+typedef BOOL CreateProcessFunction(LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID,
+                                   LPCWSTR, LPSTARTUPINFOW, LPPROCESS_INFORMATION);
+struct ToolPatchTag;
+typedef harness::ImportPatch<CreateProcessFunction, ToolPatchTag> CreateProcessPatch;
+
+BOOL WriteOutput(const std::string& output, const STARTUPINFOW& startup, PROCESS_INFORMATION& process) {
+    DWORD written = 0;
+    if (!WriteFile(startup.hStdOutput, output.data(), static_cast<DWORD>(output.size()), &written, nullptr)) {
+        return FALSE;
+    }
+    // Two objects to be closed, the first one waited for.
+    process.hProcess = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    process.hThread = CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    return TRUE;
+}
+
+} // namespace
+
+struct ToolReplacement::Patch {
+    explicit Patch(std::function<CreateProcessFunction> replacement)
+        : createProcess(harness::FindImports(harness::LibraryModule(), "kernel32.dll", "CreateProcessW"),
+                        std::move(replacement)) {
+    }
+    CreateProcessPatch createProcess;
+};
+
+ToolReplacement::ToolReplacement(std::unique_ptr<Patch> patch) : m_patch(std::move(patch)) {
+}
+ToolReplacement::ToolReplacement(ToolReplacement&& other) noexcept = default;
+ToolReplacement::~ToolReplacement() = default;
+
+ToolReplacement ToolReplacement::Start(const std::wstring& tool) {
+    return ToolReplacement(
+        std::make_unique<Patch>([tool](LPCWSTR, LPWSTR commandLine, LPSECURITY_ATTRIBUTES forProcess,
+                                       LPSECURITY_ATTRIBUTES forThread, BOOL inherit, DWORD flags, LPVOID environment,
+                                       LPCWSTR folder, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process) {
+            return CreateProcessW(tool.c_str(), commandLine, forProcess, forThread, inherit, flags, environment, folder,
+                                  startup, process);
+        }));
+}
+
+ToolReplacement ToolReplacement::Write(const std::string& output) {
+    return ToolReplacement(
+        std::make_unique<Patch>([&output](LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
+                                          LPVOID, LPCWSTR, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process) {
+            return WriteOutput(output, *startup, *process);
+        }));
+}
+
+} // namespace bench

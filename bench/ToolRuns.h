@@ -1,0 +1,55 @@
+// The benchmark's own tool, started by the library in place of the VCS tools, or bare.
+#ifndef TOOLRUNS_H
+#define TOOLRUNS_H
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace bench {
+
+// An empty folder of its own is the current directory while one lives.
+class WorkFolder {
+public:
+    WorkFolder();
+    ~WorkFolder();
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+private:
+    wchar_t m_before[MAX_PATH] = L"";
+    wchar_t m_folder[MAX_PATH] = L"";
+};
+
+// The path of the small tool that lies beside the benchmark and prints BenchToolBytes bytes.
+std::wstring BenchToolPath();
+const std::size_t BenchToolBytes = 14;
+
+// Starts the tool with its output in a file, waits for it and reads the file: its size. Throws std::runtime_error when
+// a call fails.
+std::size_t BareToolRun(const std::wstring& tool);
+
+// Replaces the library's CreateProcessW while one lives.
+class ToolReplacement {
+public:
+    // Every tool the library starts is this one.
+    static ToolReplacement Start(const std::wstring& tool);
+    // No tool is started: the output is written at once.
+    static ToolReplacement Write(const std::string& output);
+
+    ToolReplacement(ToolReplacement&& other) noexcept;
+    ~ToolReplacement();
+
+private:
+    struct Patch;
+    explicit ToolReplacement(std::unique_ptr<Patch> patch);
+
+    std::unique_ptr<Patch> m_patch;
+};
+
+} // namespace bench
+
+#endif
