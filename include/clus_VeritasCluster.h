@@ -52,20 +52,22 @@ struct CLUSUTIL_API CVeritasVirtualServerInfo {
     std::wstring sOnlineNode; // that system
 };
 
-// The VCS cluster this node belongs to. Holds nothing between calls: construct one wherever it is needed. Every
-// operation runs the tools "haconf", "hasys", "hagrp", "hares" and "vcsencrypt", which must be on the search path of
-// the process, with their output in a temporary file ("ha-XXXX.tmp") of the current directory, which must be writable
-// and must not change meanwhile. A tool is waited for without a time-out and has no usable standard input. Members may
-// run on several threads at once.
+// The VCS cluster this node belongs to. Holds nothing between calls: construct one wherever it is needed. Operations
+// run the tools "haconf", "hasys", "hagrp", "hares" and "vcsencrypt", which must be on the search path of the process,
+// with their output in a temporary file ("ha-XXXX.tmp") of the current directory, which must be writable and must not
+// change meanwhile. A tool is waited for without a time-out and has no usable standard input. Members may run on
+// several threads at once.
 //
-// Failures are reported by the result and in the debug log. Success means that the tools could be run; which messages
-// of a tool count as failure is said at each member. Unless said otherwise, null texts count as empty. Nothing throws
-// but for want of memory.
+// Success means that the tools could be run; which messages of a tool count as failure is said at each member. The
+// debug log shows each run, but has no line of its own for a tool that could not be started; the last-error value says
+// why. Unless said otherwise, null texts count as empty. Nothing throws but for want of memory.
 class CLUSUTIL_API CVeritasCluster {
 public:
+    // Starts nothing.
     CVeritasCluster() = default;
+    // All objects are alike.
     CVeritasCluster(const CVeritasCluster&) = default;
-    // Copies nothing: there is nothing to copy.
+    // Copies nothing.
     CVeritasCluster& operator=(const CVeritasCluster& other);
 
     // --- Configuration mode ---
@@ -81,8 +83,9 @@ public:
 
     // --- Queries ---
     //
-    // Outputs keep what they held when the result is false. A message that begins with the word VCS is not recognised
-    // as an error in a list and yields names such as "VCS": with the engine down, lists hold such names.
+    // Outputs keep what they held when the result is false, but for `online`. A message that begins with the word VCS
+    // is not recognised as an error in a list and yields names such as "VCS": with the engine down, lists hold such
+    // names.
 
     // "hasys -list": replaces `systems` by the names of the cluster's systems.
     bool EnumSystemNames(std::vector<std::wstring>& systems, const NameValuePairList* filter = nullptr) const;
@@ -92,7 +95,7 @@ public:
     bool EnumResourceNamesW(std::vector<std::wstring>& resources, const NameValuePairList* filter = nullptr) const;
 
     // "hares -dep": appends to `children` the resources that `resource` depends on, to `parents` those that depend on
-    // it, each once. True also when the tool reports an error.
+    // it, each once; the two must be different lists. True also when the tool reports an error.
     bool EnumResDependencies(const wchar_t* resource, std::vector<std::wstring>& parents,
                              std::vector<std::wstring>& children) const;
 
@@ -102,7 +105,8 @@ public:
     bool GetResourceAttribute(const wchar_t* resource, const wchar_t* attribute, std::wstring& value) const;
 
     // "hagrp -state": the first system on which the group is online, or, with `acceptPartial`, partly online. True
-    // whether or not there is one; `online` is false then, and `system` untouched. An unknown group is not online.
+    // whether or not there is one. `online` is set to false first, on every path; `system` is touched only when there
+    // is one. An unknown group is not online.
     bool GetGroupOnlineNode(const wchar_t* group, bool& online, std::wstring& system, bool acceptPartial) const;
 
     // The group whose Lanman resource carries the network name. True with `group` untouched when no resource carries
@@ -119,6 +123,7 @@ public:
     // --- Resource operations ---
     //
     // What the tools print is not examined: ask again with the queries to know whether the change took effect.
+    // Attribute values are logged with their command lines.
 
     // Adds a resource ("hares -add"), sets its attributes in order ("hares -modify") and lets it depend on
     // `childResName` ("hares -link") unless that is null. Always true; every command is run whatever became of the ones
@@ -127,10 +132,10 @@ public:
                         const wchar_t* childResName, const NameValuePairList& params) const;
     // Lets `parent` depend on `child`.
     bool LinkResource(const wchar_t* parent, const wchar_t* child) const;
-    // Always true.
+    // "hares -delete". Always true.
     bool DeleteResource(const wchar_t* resource) const;
-    // Clears and probes the resource, then brings it online on the system or takes it offline there; does not wait for
-    // the new state.
+    // Clears the resource's fault on all systems and probes it on this one, then brings it online there or takes it
+    // offline; does not wait for the new state. A null `system` is not probed, and then named as an empty text.
     bool TurnOnOrOffResource(const wchar_t* resource, const wchar_t* system, bool online) const;
 
     // "vcsencrypt -agent": the form in which VCS agents keep a password. The password is an argument of the tool, in
@@ -172,10 +177,12 @@ public:
     // writing. Time-outs are in milliseconds: how long a service is waited for until it runs (0: not at all), plus ten
     // seconds once it does.
 
-    // Creates the set for `info`, whose caller has set sRegRepResName, sMountResName and sDataPath; if the group is
-    // online, brings it online and waits up to nDelayAfterOnline seconds for the host service. Account, group (domain)
-    // and password are those of the remote configuration service; when one is null it runs as LocalSystem. Nothing is
-    // rolled back, and failing to come online is no failure.
+    // Creates the set for `info`, whose caller has set sRegRepResName, sMountResName and sDataPath: registry
+    // replication, host and SA service, and as wished quarantine monitor and remote configuration. If the group is
+    // online, brings them online and waits up to nDelayAfterOnline seconds for the host service. Account, group
+    // (domain) and password are those of the remote configuration service; when one is null it runs as LocalSystem. A
+    // password that cannot be encrypted is set as an empty one. Nothing is rolled back, and failing to come online is
+    // no failure.
     bool CreateKOVAResources(CVeritasVirtualServerInfo info, bool bCreateQAV, bool bCreateRemoteConfig,
                              const wchar_t* szRemoteConfigGroup, const wchar_t* szRemoteConfigUsername,
                              const wchar_t* szRemoteConfigPassword) const;
@@ -186,7 +193,8 @@ public:
                                                         const wchar_t* nodeName, int timeout) const;
 
     // Adds the quarantine monitor to an existing installation, if it is not there, and brings it online. True also when
-    // no virtual server has this network name; false when it could not be brought online after its creation.
+    // the virtual server or its RegRep resources cannot be found out, for whatever reason; false when the new resource
+    // could not be brought online.
     bool CreateQAVResourceAndTurnItOn(const wchar_t* virtualName, int timeout) const;
 
     // The same for the remote configuration service. False also when there is no virtual server of this network name or
@@ -195,12 +203,15 @@ public:
                                                const wchar_t* szRemoteConfigUsername,
                                                const wchar_t* szRemoteConfigPassword, int timeout) const;
 
-    // Append the names of the product's resources of every group, or of one, that are not in the list yet. On false
-    // those found before the failure are appended.
+    // Append the names of the product's resources of every group, or of one, that are not in the list yet: services by
+    // their name, RegRep resources by the replication directory that the registered data root gives. On false those
+    // found before the failure are appended.
     bool CollectKOVAResNames(std::vector<std::wstring>& resNames) const;
     bool CollectKOVAResNames(const wchar_t* groupName, std::vector<std::wstring>& resNames) const;
 
 private:
+    bool EnumFirstColumn_(const wchar_t* command, std::vector<std::wstring>& names,
+                          const NameValuePairList* filter) const;
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
                                 bool logDetails) const;
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::vector<std::wstring>* tokens,

@@ -2,20 +2,20 @@
 #ifndef CLUS_CAPTUREFILE_H
 #define CLUS_CAPTUREFILE_H
 
-#include <winsock2.h>
-#include <windows.h>
+#include "clus_Owner.h"
 
 #include <cstddef>
 #include <string>
 
 namespace clus {
 
-// Deletes a file at the end of its scope; a file that is gone already is no matter.
+// Deletes a file at the end of its scope, keeping the last-error value; a file that is gone already is no matter.
 class FileDeleter {
 public:
     explicit FileDeleter(const wchar_t* fileName) : m_fileName(fileName) {
     }
     ~FileDeleter() {
+        const LastErrorKeeper keeper;
         DeleteFileW(m_fileName);
     }
     FileDeleter(const FileDeleter&) = delete;

@@ -24,7 +24,7 @@ bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
         capture.reset(
             CreateFileW(captureFileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr));
         if (!capture) {
-            return true; // never seen: a failed open gives the invalid handle, with which the tool is run all the same
+            return true; // never seen: a failed open gives the invalid handle, and the tool is run without redirection
         }
         STARTUPINFOW startup = {};
         if (capture.get() != INVALID_HANDLE_VALUE) {
@@ -37,14 +37,16 @@ bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
             startup.hStdError = capture.get();
         }
         if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
-            return GetLastError() == ERROR_SUCCESS;
+            const bool withoutReason = GetLastError() == ERROR_SUCCESS;
+            capture.reset(); // inheritable still, so within the lock
+            return withoutReason;
         }
         if (capture.get() != INVALID_HANDLE_VALUE) {
             SetHandleInformation(capture.get(), HANDLE_FLAG_INHERIT, 0);
         }
     }
     const HandleOwner thread(process.hThread);
-    const HandleOwner tool(process.hProcess);
+    const HandleOwner tool(process.hProcess); // closed first
     WaitForSingleObject(tool.get(), INFINITE);
     DWORD exitCode = 0;
     if (GetExitCodeProcess(tool.get(), &exitCode)) {

@@ -4,6 +4,7 @@
 #include "clus_CaptureFile.h"
 #include "clus_Character.h"
 #include "clus_Log.h"
+#include "clus_Owner.h"
 #include "clus_ProductRegistry.h"
 #include "clus_ToolOutput.h"
 #include "clus_ToolProcess.h"
@@ -16,11 +17,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
 
 using clus::DefaultProductRegistryKey;
 using clus::EqualNoCase;
 using clus::FileDeleter;
+using clus::LastErrorKeeper;
 using clus::RegistryKey;
 using clus::RunTool;
 using clus::TextFileReader;
@@ -55,14 +58,6 @@ bool Contains(const std::vector<std::wstring>& names, const std::wstring& name) 
 // No less than 0 and no more than an int holds.
 int MillisecondsFromSeconds(int seconds) {
     return static_cast<int>(std::min<long long>(1000LL * std::max(seconds, 0), std::numeric_limits<int>::max()));
-}
-
-// Appends the first column of a list.
-void AppendNames(std::vector<std::wstring>& tokens, std::vector<std::wstring>& names) {
-    UniqueNames unique(names);
-    for (size_t row = 0; row < tokens.size(); row += ListColumns) {
-        unique.Append(std::move(tokens[row]));
-    }
 }
 
 } // namespace
@@ -121,11 +116,14 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         LOG_INFO(L"Command line is ***");
     }
     // The tool's exit code is no matter: callers judge by what it printed.
-    const bool succeeded = RunTool(commandLine, fileName) && Read_(fileName, text);
+    const bool started = RunTool(commandLine, fileName);
+    const LastErrorKeeper keeper; // the only word on why it could not be started
+    const bool succeeded = started && Read_(fileName, text);
     if (logDetails) {
         DumpResult_(fileName);
     } else {
         LOG_INFO(L"Result: ***");
+        SecureZeroMemory(commandLine, sizeof(commandLine));
     }
     return succeeded;
 }
@@ -205,22 +203,24 @@ bool CVeritasCluster::EnumSystemNames(std::vector<std::wstring>& systems, const 
 }
 
 bool CVeritasCluster::EnumGroupNames(std::vector<std::wstring>& groups, const NameValuePairList* filter) const {
-    const std::wstring conditions = filter ? ConcatNameValuePair_(*filter) : L"";
-    std::vector<std::wstring> tokens;
-    if (!ExecuteVeritasCommand_(L"hagrp -list", conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
-        return false;
-    }
-    AppendNames(tokens, groups);
-    return true;
+    return EnumFirstColumn_(L"hagrp -list", groups, filter);
 }
 
 bool CVeritasCluster::EnumResourceNamesW(std::vector<std::wstring>& resources, const NameValuePairList* filter) const {
+    return EnumFirstColumn_(L"hares -list", resources, filter);
+}
+
+bool CVeritasCluster::EnumFirstColumn_(const wchar_t* command, std::vector<std::wstring>& names,
+                                       const NameValuePairList* filter) const {
     const std::wstring conditions = filter ? ConcatNameValuePair_(*filter) : L"";
     std::vector<std::wstring> tokens;
-    if (!ExecuteVeritasCommand_(L"hares -list", conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
+    if (!ExecuteVeritasCommand_(command, conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
         return false;
     }
-    AppendNames(tokens, resources);
+    UniqueNames unique(names);
+    for (size_t row = 0; row < tokens.size(); row += ListColumns) {
+        unique.Append(std::move(tokens[row]));
+    }
     return true;
 }
 
@@ -264,7 +264,7 @@ bool CVeritasCluster::GetGroupOnlineNode(const wchar_t* group, bool& online, std
     if (!ExecuteVeritasCommand_(command.c_str(), L"", &tokens, true)) {
         return false;
     }
-    // The header is walked like a row: it names no state that matches. A row cut short matches neither.
+    // The header is walked like a row: it names no state that matches. A row cut short does not match.
     for (size_t row = 0; row + StateColumns <= tokens.size(); row += StateColumns) {
         const std::wstring& state = tokens[row + 3];
         if ((acceptPartial && EqualNoCase(state, L"|PARTIAL|")) || EqualNoCase(state, L"|ONLINE|")) {
@@ -293,15 +293,16 @@ bool CVeritasCluster::FindGroupNameByVirtualServerName(const wchar_t* virtualNam
 bool CVeritasCluster::GetGenericServiceResNameByServiceName(const wchar_t* group, const wchar_t* serviceName,
                                                             std::wstring& resource) const {
     LOG_ENTER_AND_LEAVE(L"GetGenericServiceResNameByServiceName");
+    const std::wstring groupName = Text(group);
     const NameValuePairList filter = {
-        {TypeAttribute, GenericServiceType}, {ServiceNameAttribute, Text(serviceName)}, {GroupAttribute, Text(group)}};
+        {TypeAttribute, GenericServiceType}, {ServiceNameAttribute, Text(serviceName)}, {GroupAttribute, groupName}};
     std::vector<std::wstring> resources;
     if (!EnumResourceNamesW(resources, &filter)) {
-        LOG_WARNING(L"Fail to enumerate resource for Group %s", group);
+        LOG_WARNING(L"Fail to enumerate resource for Group %s", groupName.c_str());
         return false;
     }
     if (resources.empty()) {
-        LOG_WARNING(L"No resource found in Group %s", group);
+        LOG_WARNING(L"No resource found in Group %s", groupName.c_str());
         return false;
     }
     resource = resources.front();
@@ -310,12 +311,15 @@ bool CVeritasCluster::GetGenericServiceResNameByServiceName(const wchar_t* group
 
 THIRD_PARTY_CLUSTER_TYPE CVeritasCluster::GetThirdPartyClusterType() const {
     DWORD type = 0;
+    DWORD stored = 0;
     {
         // The compiled-in key, whatever the settings file names.
         const RegistryKey key(DefaultProductRegistryKey, KEY_READ);
         if (!key) {
             LOG_WARNING(L"Cannot open registry %s, Last err:%d", DefaultProductRegistryKey, GetLastError());
-        } else if (!key.ReadBytes(L"ThirdPartyClusterType", &type, sizeof(type))) {
+        } else if (key.ReadBytes(L"ThirdPartyClusterType", &stored, sizeof(stored))) {
+            type = stored;
+        } else {
             LOG_WARNING(L"Cannot query registry value %s, Last err:%d", L"ThirdPartyClusterType", GetLastError());
         }
     }
@@ -495,19 +499,19 @@ bool CVeritasCluster::CollectExchangeEVSInfo(const wchar_t* groupName, CVeritasV
 bool CVeritasCluster::FindMostParentMountVResourceNameInGroup(const wchar_t* groupName,
                                                               std::vector<std::wstring>& mountResNames) const {
     LOG_ENTER_AND_LEAVE(L"FindMostParentMountVResourceNameInGroup");
-    LOG_INFO(L"Finding Exchange SA resource for group %s", groupName);
     const std::wstring group = Text(groupName);
+    LOG_INFO(L"Finding Exchange SA resource for group %s", group.c_str());
     const NameValuePairList attendantFilter = {
         {TypeAttribute, ExchServiceType}, {ServiceAttribute, SystemAttendantService}, {GroupAttribute, group}};
     std::vector<std::wstring> attendants;
     if (!EnumResourceNamesW(attendants, &attendantFilter)) {
         return false;
     }
-    std::vector<std::wstring> parents; // not used
     std::vector<std::wstring> dependencies;
     if (!attendants.empty()) {
         LOG_INFO(L"Exchange SA: %s", attendants.front().c_str());
         LOG_INFO(L"Finding the resources that ExchangeSA depends on.");
+        std::vector<std::wstring> parents;
         if (!EnumResDependencies(attendants.front().c_str(), parents, dependencies)) {
             return false;
         }
@@ -523,6 +527,7 @@ bool CVeritasCluster::FindMostParentMountVResourceNameInGroup(const wchar_t* gro
 
     std::vector<std::wstring> found;
     for (const std::wstring& candidate : candidates) {
+        std::vector<std::wstring> parents;
         std::vector<std::wstring> children;
         if (!EnumResDependencies(candidate.c_str(), parents, children)) {
             continue;
@@ -545,7 +550,7 @@ bool CVeritasCluster::GetKOVAShareDiskResNameByRegRepName(const wchar_t* groupNa
     if (!EnumResourceNamesW(mounts, &filter)) {
         return false;
     }
-    std::vector<std::wstring> parents; // not used
+    std::vector<std::wstring> parents;
     std::vector<std::wstring> children;
     const bool succeeded = EnumResDependencies(regRepResName, parents, children);
     const auto found = std::find_if(children.begin(), children.end(),
@@ -576,7 +581,8 @@ std::wstring CVeritasCluster::GetDefaultRegRepReplicationDirectory(const wchar_t
     wchar_t directory[_MAX_DIR] = {};
     wchar_t name[_MAX_FNAME] = {};
     wchar_t extension[_MAX_EXT] = {};
-    _wsplitpath(path, drive, directory, name, extension);
+    // A part that is too long leaves all of them empty.
+    _wsplitpath_s(path, drive, _MAX_DRIVE, directory, _MAX_DIR, name, _MAX_FNAME, extension, _MAX_EXT);
     if (directory[0] == L'\0') {
         LOG_WARNING(L"Cannot split path %s", path);
         return std::wstring();
@@ -720,7 +726,7 @@ bool CVeritasCluster::CheckIfGenericServiceResourceExistsAndTurnItOn(const wchar
         return false;
     }
     if (TurnOnOrOffResource(resName.c_str(), nodeName, true)) {
-        WaitForServiceToStart(serviceName, timeout);
+        WaitForServiceToStart(Text(serviceName).c_str(), timeout);
     } else {
         LOG_WARNING(L"failed to turn res: %s online.", resName.c_str());
     }
@@ -808,7 +814,7 @@ bool CVeritasCluster::CollectKOVAResNames(const wchar_t* groupName, std::vector<
     return CollectKOVAResNames(filter, resNames);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): by value like the other exports
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 bool CVeritasCluster::CollectKOVAResNames(const NameValuePairList filter, std::vector<std::wstring>& resNames) const {
     LOG_ENTER_AND_LEAVE(L"CollectKOVAResNames");
     for (const wchar_t* service : {HostService, RemoteConfigService, SAService, QAVMonitorService}) {
