@@ -32,10 +32,10 @@ bool IsFamily(const CLI::App& app) {
     return !app.get_subcommands({}).empty();
 }
 
-// "resource create"
+// "resource create", "vcs resource add"
 std::string FullName(const CLI::App& app) {
     const CLI::App* parent = app.get_parent();
-    return parent->get_parent() == nullptr ? app.get_name() : parent->get_name() + " " + app.get_name();
+    return parent->get_parent() == nullptr ? app.get_name() : FullName(*parent) + " " + app.get_name();
 }
 
 // "Usage: clusctl query [OPTIONS] NAME|ADDRESS"
@@ -104,6 +104,13 @@ public:
 const CLI::Validator
     NotEmpty([](std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, "");
 
+const CLI::Validator IsPair(
+    [](std::string& text) {
+        const size_t equals = text.find('=');
+        return equals == std::string::npos || equals == 0 ? std::string("must be NAME=VALUE") : std::string();
+    },
+    "");
+
 } // namespace
 
 CommandLine::CommandLine() : m_app(Description, "clusctl") {
@@ -135,12 +142,17 @@ CLI::App& CommandLine::Add(const char* heading, const char* name, const char* de
     return command;
 }
 
-CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* description, const Action& action) {
+CLI::App& CommandLine::AddFamilyTo(CLI::App& family, const char* name, const char* description) {
     family.require_subcommand(1);
     CLI::App* command = family.add_subcommand(name, description);
     command->group("Sub-commands");
-    command->callback([this, action]() { m_chosen = action; });
     return *command;
+}
+
+CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* description, const Action& action) {
+    CLI::App& command = AddFamilyTo(family, name, description);
+    command.callback([this, action]() { m_chosen = action; });
+    return command;
 }
 
 CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments) {
@@ -180,6 +192,14 @@ const Action& CommandLine::Chosen() const {
 CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
                                   const char* description) {
     return *command.add_option(name, value, description)->type_name(typeName)->check(NotEmpty);
+}
+
+CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,
+                                   const char* description) {
+    return *command.add_option(name, pairs, description)
+                ->type_name("NAME=VALUE")
+                ->check(IsPair)
+                ->allow_extra_args(false);
 }
 
 std::string CommandLine::UsageText(const std::string& reason) const {

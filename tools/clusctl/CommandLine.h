@@ -38,13 +38,18 @@ public:
     // Adds a sub-command under a heading of the help text. The options and arguments of its own go to the result.
     CLI::App& Add(const char* heading, const char* name, const char* description, const Action& action);
 
-    // Adds a sub-command that only has sub-commands ("resource create"), which AddTo adds.
+    // Adds a sub-command that only has sub-commands ("resource create"), which AddTo adds, or families of its own.
     CLI::App& AddFamily(const char* heading, const char* name, const char* description);
+    static CLI::App& AddFamilyTo(CLI::App& family, const char* name, const char* description);
     CLI::App& AddTo(CLI::App& family, const char* name, const char* description, const Action& action);
 
     // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty.
     static CLI::Option& AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
                                 const char* description);
+
+    // Adds an option that may be given more than once, each time with one "NAME=VALUE".
+    static CLI::Option& AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,
+                                 const char* description);
 
     enum class Result {
         Run,  // one sub-command was chosen

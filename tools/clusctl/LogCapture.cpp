@@ -21,10 +21,12 @@ SetSinkFunction FindSetSink() {
 }
 
 bool IsProblem(unsigned int level, const std::string& text) {
-    // Logged as errors wherever all is well: on every cluster with continuous replication, and for the node that the
-    // cluster itself makes an owner of a new resource.
+    // Logged as errors wherever all is well: on every cluster with continuous replication, for the node that the
+    // cluster itself makes an owner of a new resource, and for a resource that is about to be added.
     if (text.find("try finding CCR resources") != std::string::npos ||
-        text.find("AddOwnder fail, code:5010") != std::string::npos) {
+        text.find("AddOwnder fail, code:5010") != std::string::npos ||
+        text.find("No resource found in Group") != std::string::npos ||
+        text.find("call to GetGenericServiceResNameByServiceName failed") != std::string::npos) {
         return false;
     }
     // A cluster that cannot be opened is told on a leaving line, with the only code there is.
@@ -68,10 +70,14 @@ const char* WordOfLevel(unsigned int level) {
 
 } // namespace
 
-LogCapture::LogCapture(const Stream* verbose) : m_verbose(verbose), m_isAvailable(false) {
+LogCapture::LogCapture(const Stream* verbose, const std::string& logFile) : m_verbose(verbose), m_isAvailable(false) {
     if (const SetSinkFunction setSink = FindSetSink()) {
+        m_file = std::make_unique<const LogFile>(logFile);
         setSink(&LogCapture::Receive, this);
         m_isAvailable = true;
+    } else if (!logFile.empty()) {
+        // Whether the log library in use heeds it is its own affair.
+        SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", ToUtf16(logFile).c_str());
     }
 }
 
@@ -93,16 +99,22 @@ const std::vector<std::string>& LogCapture::Problems() const {
     return m_problems;
 }
 
-void LogCapture::Receive(void* context, unsigned int level, const char*, int, const wchar_t* text) {
+const ToolRuns& LogCapture::Tools() const {
+    return m_tools;
+}
+
+void LogCapture::Receive(void* context, unsigned int level, const char* sourceFile, int line, const wchar_t* text) {
     try {
-        static_cast<LogCapture*>(context)->Take(level, text);
+        static_cast<LogCapture*>(context)->Take(level, sourceFile, line, text);
     } catch (...) {
         // Out of memory: the line is lost, the library goes on.
     }
 }
 
-void LogCapture::Take(unsigned int level, const std::wstring& text) {
-    const std::string line = Printable(ToUtf8(text));
+void LogCapture::Take(unsigned int level, const char* sourceFile, int sourceLine, const std::wstring& text) {
+    const std::string line = Printable(m_secrets.Masked(ToUtf8(text)));
+    m_tools.Take(line);
+    m_file->Write(level, WordOfLevel(level), sourceFile, sourceLine, line);
     if (m_verbose != nullptr) {
         m_verbose->Write(std::string(WordOfLevel(level)) + " " + line + "\n");
     }

@@ -2,16 +2,21 @@
 #ifndef CLUSCTL_LOGCAPTURE_H
 #define CLUSCTL_LOGCAPTURE_H
 
+#include "LogFile.h"
+#include "Secrets.h"
 #include "Stream.h"
+#include "ToolRuns.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 // Receives the process's log lines while it lives. There is one at a time.
 class LogCapture {
 public:
-    // Lines are also written to `verbose` when it is given; it must outlive this object.
-    explicit LogCapture(const Stream* verbose);
+    // Lines are also written, without secrets, to `verbose` when it is given, which must outlive this object, and to
+    // the log file: `logFile`, or when that is empty the configured one.
+    LogCapture(const Stream* verbose, const std::string& logFile);
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
@@ -25,12 +30,18 @@ public:
     // The errors and warnings so far, oldest first, each once.
     const std::vector<std::string>& Problems() const;
 
+    // The command-line tools that the library ran so far.
+    const ToolRuns& Tools() const;
+
 private:
     static void Receive(void* context, unsigned int level, const char* sourceFile, int line, const wchar_t* text);
-    void Take(unsigned int level, const std::wstring& text);
+    void Take(unsigned int level, const char* sourceFile, int line, const std::wstring& text);
 
     const Stream* m_verbose;
     bool m_isAvailable;
+    std::unique_ptr<const LogFile> m_file;
+    SecretMask m_secrets;
+    ToolRuns m_tools;
     std::vector<std::string> m_problems;
 };
 

@@ -48,14 +48,42 @@ const char* WordOf(CLUSTER_RESOURCE_STATE state) {
     }
 }
 
+// The first resource that is on its way, or the first of all.
+std::string StateOf(const Names& resources) {
+    const HCLUSTER cluster = OpenCluster(nullptr);
+    std::wstring name = resources.front();
+    CLUSTER_RESOURCE_STATE state = ClusterResourceStateUnknown;
+    if (cluster != nullptr) {
+        state = ReadState(cluster, name);
+        for (auto next = resources.begin(); next != resources.end() && !IsPending(state); ++next) {
+            const CLUSTER_RESOURCE_STATE candidate = ReadState(cluster, *next);
+            if (IsPending(candidate)) {
+                name = *next;
+                state = candidate;
+            }
+        }
+        CloseCluster(cluster);
+    }
+    if (name.size() > LongestName) {
+        name = name.substr(0, LongestName - 3) + L"...";
+    }
+    return Printable(ToUtf8(name)) + ": " + WordOf(state);
+}
+
 } // namespace
 
 bool Progress::IsWanted(const LogCapture& log) {
     return !log.IsShown() && Stream(STD_ERROR_HANDLE).IsConsole();
 }
 
-Progress::Progress(const LogCapture& log, const Names& resources) : m_resources(resources), m_errors(STD_ERROR_HANDLE) {
-    if (!m_resources.empty() && IsWanted(log)) {
+Progress::Progress(const LogCapture& log, const Names& resources)
+    : Progress(
+          log, resources.empty() ? std::function<std::string()>() : [resources]() { return StateOf(resources); }) {
+}
+
+Progress::Progress(const LogCapture& log, const std::function<std::string()>& describe)
+    : m_describe(describe), m_errors(STD_ERROR_HANDLE) {
+    if (m_describe && IsWanted(log)) {
         m_thread = std::thread([this]() {
             try {
                 Run();
@@ -84,8 +112,8 @@ void Progress::Run() {
     while (!m_wake.wait_for(lock, Interval, [this]() { return m_isDone; })) {
         lock.unlock();
         const auto passed = std::chrono::steady_clock::now() - start;
-        std::string line =
-            Line(static_cast<unsigned long long>(std::chrono::duration_cast<std::chrono::seconds>(passed).count()));
+        std::string line = m_describe() + ", " +
+                           std::to_string(std::chrono::duration_cast<std::chrono::seconds>(passed).count()) + " s";
         const size_t length = CharacterCount(line);
         if (length < drawn) {
             line.append(drawn - length, ' ');
@@ -97,26 +125,4 @@ void Progress::Run() {
     if (drawn != 0) {
         m_errors.Write("\r" + std::string(drawn, ' ') + "\r");
     }
-}
-
-// The first resource that is on its way, or the first of all.
-std::string Progress::Line(unsigned long long seconds) const {
-    const HCLUSTER cluster = OpenCluster(nullptr);
-    std::wstring name = m_resources.front();
-    CLUSTER_RESOURCE_STATE state = ClusterResourceStateUnknown;
-    if (cluster != nullptr) {
-        state = ReadState(cluster, name);
-        for (auto next = m_resources.begin(); next != m_resources.end() && !IsPending(state); ++next) {
-            const CLUSTER_RESOURCE_STATE candidate = ReadState(cluster, *next);
-            if (IsPending(candidate)) {
-                name = *next;
-                state = candidate;
-            }
-        }
-        CloseCluster(cluster);
-    }
-    if (name.size() > LongestName) {
-        name = name.substr(0, LongestName - 3) + L"...";
-    }
-    return Printable(ToUtf8(name)) + ": " + WordOf(state) + ", " + std::to_string(seconds) + " s";
 }

@@ -1,4 +1,4 @@
-// A line on the terminal while the library waits: which resource, its state, and for how long.
+// A line on the terminal while the library waits: what for, and for how long.
 #ifndef CLUSCTL_PROGRESS_H
 #define CLUSCTL_PROGRESS_H
 
@@ -6,29 +6,32 @@
 #include "Stream.h"
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
 
 class LogCapture;
 
-// Draws while it lives, on a thread of its own that asks the cluster itself; the line is gone afterwards. Silent when
+// Draws while it lives, on a thread of its own; the line is gone afterwards. Silent when
 // standard error is no terminal, and when --verbose shows the library's own steps there.
 class Progress {
 public:
     // Whether there is anybody to draw for. What is only read for a progress line need not be read otherwise.
     static bool IsWanted(const LogCapture& log);
 
+    // Shows the resource that is on its way and its state, asking the cluster itself.
     Progress(const LogCapture& log, const Names& resources);
+    // Shows what `describe` says, which is called on the drawing thread.
+    Progress(const LogCapture& log, const std::function<std::string()>& describe);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
 private:
     void Run();
-    std::string Line(unsigned long long seconds) const;
 
-    const Names m_resources;
+    const std::function<std::string()> m_describe;
     const Stream m_errors;
     std::mutex m_mutex;
     std::condition_variable m_wake;

@@ -10,6 +10,7 @@
 #include "SnapshotCommand.h"
 #include "Stream.h"
 #include "Text.h"
+#include "VcsCommands.h"
 
 #include <exception>
 #include <memory>
@@ -59,10 +60,8 @@ int Execute(const CommandLine& commandLine, const Stream& output, const Stream& 
     try {
         if (!shared.logFile.empty()) {
             RequireWritable(shared.logFile);
-            // Read with the first line that is logged.
-            SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", ToUtf16(shared.logFile).c_str());
         }
-        log = std::make_unique<LogCapture>(shared.verbose ? &errors : nullptr);
+        log = std::make_unique<LogCapture>(shared.verbose ? &errors : nullptr, shared.logFile);
         if (shared.verbose && !log->IsAvailable()) {
             errors.Write(
                 "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
@@ -99,6 +98,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
         AddProductResourceCommands(commandLine);
         AddSmtpCommands(commandLine);
         AddSnapshotCommand(commandLine);
+        AddVcsCommands(commandLine);
 
         std::vector<std::string> texts;
         for (int i = 1; i < argumentCount; ++i) {

@@ -1,0 +1,21 @@
+#include "VcsMode.h"
+
+#include <clus_VeritasCluster.h>
+
+OpenConfiguration::OpenConfiguration(bool isWanted) : m_isWanted(isWanted) {
+    if (m_isWanted) {
+        CVeritasCluster().SwitchToReadWriteMode();
+    }
+}
+
+OpenConfiguration::~OpenConfiguration() {
+    if (m_isWanted) {
+        CVeritasCluster().SwitchToReadOnlyMode();
+    }
+}
+
+void OpenConfiguration::AddOption(CLI::App& command, bool& isWanted) {
+    command.add_flag("--rw", isWanted,
+                     "Open the configuration before (haconf -makerw), and write it to disk and make it read-only after "
+                     "(haconf -dump -makero), also when it was open; without --rw it must be open");
+}

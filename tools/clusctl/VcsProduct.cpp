@@ -1,0 +1,269 @@
+#include "VcsProduct.h"
+
+#include "CommandLine.h"
+#include "Password.h"
+#include "Progress.h"
+#include "Text.h"
+#include "VcsDryRun.h"
+#include "VcsMode.h"
+#include "VcsServers.h"
+#include "VcsTools.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <algorithm>
+#include <memory>
+
+const char HostServiceName[] = "OXAHostService";
+const char QuarantineServiceName[] = "QAV_Monitor";
+const char RemoteConfigServiceName[] = "OXA_RemoteConfig";
+
+const Columns ProductColumns = {
+    {"name", "RESOURCE"},
+    {"service", "SERVICE"},
+    {"result", "RESULT"},
+};
+
+namespace {
+
+const char AttendantServiceName[] = "OXASAService";
+
+// Everything that is known before the first change.
+struct Plan {
+    CVeritasVirtualServerInfo info;
+    VcsNames before; // all resources of the cluster
+    std::wstring password;
+    bool isAccountGiven = false;
+};
+
+void CheckOptions(const ProductCreateOptions& options) {
+    if (options.accountGroup.empty() != options.accountUser.empty()) {
+        throw WrongUsage("--account-group and --account-user go together");
+    }
+    if (!options.accountUser.empty() && !options.remoteConfig) {
+        throw WrongUsage("--account-user has no meaning without --remote-config");
+    }
+}
+
+std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& options) {
+    if (!options.mount.empty()) {
+        return ToUtf16(options.mount);
+    }
+    const VcsNames mounts = TopMountResources(log, options.group);
+    if (mounts.size() == 1) {
+        return mounts.front();
+    }
+    std::string names;
+    for (const std::wstring& name : mounts) {
+        names += (names.empty() ? ": " : ", ") + ToUtf8(name);
+    }
+    throw WrongUsage("--mount is required: the group has " + std::to_string(mounts.size()) +
+                     " top-most MountV resources" + names);
+}
+
+std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+    const std::wstring existing = FindRegistryReplication(log, options.group).resource;
+    const std::wstring name = !options.regRep.empty() ? ToUtf16(options.regRep)
+                              : !existing.empty()     ? existing
+                                                      : plan.info.sGroupName + L"-RegRep";
+    // Setting up another program's resource again would turn it into the product's.
+    if (name != existing && Contains(plan.before, name)) {
+        throw Failure("the resource " + Quoted(ToUtf8(name)) +
+                      " exists already and does not replicate the product's key; --regrep gives another name");
+    }
+    return name;
+}
+
+Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const VcsDryRun* dryRun) {
+    Plan plan;
+    plan.info = FindVcsServer(log, options.group);
+    if (dryRun != nullptr) {
+        dryRun->RequireSimulator();
+    }
+    plan.before = ListVcsResources(log);
+    plan.info.sMountResName = ChosenMount(log, options);
+    plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
+    plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataPath);
+    if (plan.info.sDataPath.empty()) {
+        throw WrongUsage("--data-path is required: the product's settings name no data root");
+    }
+    plan.info.nDelayAfterOnline = options.delayOnline;
+    plan.info.nDelayAfterOffline = options.delayOffline;
+    plan.isAccountGiven = !options.accountUser.empty();
+    if (plan.isAccountGiven) {
+        plan.password = AsArgument(ReadPassword());
+    }
+    return plan;
+}
+
+void CreateSet(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info, const Plan& plan) {
+    const std::wstring group = ToUtf16(options.accountGroup);
+    const std::wstring user = ToUtf16(options.accountUser);
+    CVeritasCluster().CreateKOVAResources(
+        info, options.quarantine, options.remoteConfig, plan.isAccountGiven ? group.c_str() : nullptr,
+        plan.isAccountGiven ? user.c_str() : nullptr, plan.isAccountGiven ? plan.password.c_str() : nullptr);
+}
+
+// As the library does it, but the service is not waited for: there is none to wait for.
+void RehearseSet(const ProductCreateOptions& options, const Plan& plan) {
+    CVeritasVirtualServerInfo info = plan.info;
+    info.bGroupOnline = false;
+    CreateSet(options, info, plan);
+    if (!plan.info.bGroupOnline) {
+        return;
+    }
+    const CVeritasCluster cluster;
+    const wchar_t* const node = plan.info.sOnlineNode.c_str();
+    cluster.TurnOnOrOffResource(info.sSAServiceResName.c_str(), node, true);
+    cluster.TurnOnOrOffResource(info.sHostServiceResName.c_str(), node, true);
+    if (options.quarantine) {
+        cluster.TurnOnOrOffResource(info.sQAVMonitorResName.c_str(), node, true);
+    }
+    if (options.remoteConfig) {
+        cluster.TurnOnOrOffResource(info.sRemoteConfigResName.c_str(), node, true);
+    }
+}
+
+std::vector<std::wstring> Words(const std::string& command) {
+    std::vector<std::wstring> words;
+    for (size_t begin = 0; begin < command.size();) {
+        const size_t end = std::min(command.find(' ', begin), command.size());
+        words.push_back(ToUtf16(command.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return words;
+}
+
+// Whether VCS refused a step only because its result was there before: a resource, or a dependency.
+bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
+    const std::vector<std::wstring> words = Words(problem.command);
+    if (problem.kind != ToolProblem::Kind::Message || words.size() < 4) {
+        return false;
+    }
+    if (words[1] == L"-add") {
+        return Contains(before, words[2]);
+    }
+    if (words[1] != L"-link" || !Contains(before, words[2])) {
+        return false;
+    }
+    VcsNames parents;
+    VcsNames children;
+    return CVeritasCluster().EnumResDependencies(words[2].c_str(), parents, children) && Contains(children, words[3]);
+}
+
+struct Member {
+    std::wstring name;
+    std::string service;
+};
+
+std::vector<Member> MembersOf(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
+    std::vector<Member> members = {{info.sRegRepResName, std::string()},
+                                   {info.sHostServiceResName, HostServiceName},
+                                   {info.sSAServiceResName, AttendantServiceName}};
+    if (options.quarantine) {
+        members.push_back({info.sQAVMonitorResName, QuarantineServiceName});
+    }
+    if (options.remoteConfig) {
+        members.push_back({info.sRemoteConfigResName, RemoteConfigServiceName});
+    }
+    return members;
+}
+
+// Asks again what has become of the set: the library reports success whatever the tools printed.
+Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan, const ToolWatch& watch) {
+    const std::string what = "the product's resources of " + Quoted(options.group) + " are not set up completely";
+    std::vector<ToolProblem> problems;
+    for (const ToolProblem& problem : watch.Problems()) {
+        if (!IsThereAlready(problem, plan.before)) {
+            problems.push_back(problem);
+        }
+    }
+    if (!problems.empty()) {
+        ThrowToolFailure(what, problems);
+    }
+    const VcsNames after = ListVcsResources(log, plan.info.sGroupName);
+    Json records = Json::array();
+    for (const Member& member : MembersOf(options, plan.info)) {
+        if (!Contains(after, member.name)) {
+            throw Failure(what + ": " + Quoted(ToUtf8(member.name)) + " is missing");
+        }
+        records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
+    }
+    return records;
+}
+
+// Tabs stay: they make up a main.cf.
+std::string PrintableLine(const std::string& line) {
+    std::string text;
+    for (size_t begin = 0; begin <= line.size();) {
+        const size_t end = std::min(line.find('\t', begin), line.size());
+        text += (begin == 0 ? "" : "\t") + Printable(line.substr(begin, end - begin));
+        begin = end + 1;
+    }
+    return text;
+}
+
+std::string Indented(const std::string& title, const Json& lines, const char* whenEmpty) {
+    std::string text = title + "\n";
+    for (const Json& line : lines) {
+        text += "  " + PrintableLine(line.get<std::string>()) + "\n";
+    }
+    if (lines.empty()) {
+        text += std::string("  ") + whenEmpty + "\n";
+    }
+    text.pop_back();
+    return text;
+}
+
+Report RehearsalReport(const std::vector<ToolRun>& runs, const VcsDryRun& dryRun) {
+    Json commands = Json::array();
+    for (const ToolRun& run : runs) {
+        commands.push_back(run.command);
+    }
+    Json difference = Json::array();
+    for (const std::string& line : dryRun.Difference()) {
+        difference.push_back(line);
+    }
+    Report report;
+    report.AddSentence("commands", commands, Indented("Commands:", commands, "none are known"));
+    report.AddSentence("difference", difference, Indented("Change of the configuration:", difference, "none"));
+    return report;
+}
+
+} // namespace
+
+Json ProductRecord(const std::wstring& name, const std::string& service, bool existed) {
+    return {{"name", ToUtf8(name)},
+            {"service", service.empty() ? Json() : Json(service)},
+            {"result", existed ? "existed already" : "created"}};
+}
+
+Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options) {
+    CheckOptions(options);
+    std::unique_ptr<const VcsDryRun> dryRun;
+    if (options.isDryRun) {
+        dryRun = std::make_unique<const VcsDryRun>();
+    }
+    Plan plan = MakePlan(log, options, dryRun.get());
+    const ToolWatch watch(log);
+    {
+        const Progress progress(log, DescribeProgress(log, HostServiceName));
+        const OpenConfiguration open(options.opens);
+        if (dryRun != nullptr) {
+            RehearseSet(options, plan);
+        } else {
+            CreateSet(options, plan.info, plan);
+        }
+    }
+    Forget(plan.password);
+    const std::vector<ToolRun> runs = watch.Runs();
+    const Json records = ResultOf(log, options, plan, watch);
+    if (dryRun != nullptr) {
+        Report report = RehearsalReport(runs, *dryRun);
+        report.AddTable("resources", records, ProductColumns, std::string());
+        return report;
+    }
+    Report report;
+    report.AddTable("resources", records, ProductColumns, std::string());
+    return report;
+}

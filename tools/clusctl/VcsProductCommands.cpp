@@ -1,0 +1,252 @@
+#include "CommandLine.h"
+#include "Password.h"
+#include "Progress.h"
+#include "Text.h"
+#include "VcsCommands.h"
+#include "VcsMode.h"
+#include "VcsProduct.h"
+#include "VcsServers.h"
+#include "VcsTools.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace {
+
+const std::uint32_t UsualTimeout = 120; // seconds
+const std::uint32_t LongestTimeout = 2147483;
+
+struct WaitOptions {
+    std::uint32_t timeout = 0;
+    bool isTimeoutGiven = false;
+    bool opens = false;
+};
+
+struct AddOptions {
+    std::string networkName;
+    std::string accountGroup;
+    std::string accountUser;
+    WaitOptions wait;
+};
+
+struct SwitchOptions {
+    std::string group;
+    std::string service;
+    std::string node;
+    WaitOptions wait;
+};
+
+bool IsThisComputer(const std::wstring& system) {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
+    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
+    return GetComputerNameW(name, &length) && _wcsicmp(name, system.c_str()) == 0;
+}
+
+// The library looks for the service on this computer only.
+int TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
+    const std::uint32_t seconds = wait.isTimeoutGiven ? wait.timeout : IsThisComputer(system) ? UsualTimeout : 0;
+    return static_cast<int>(seconds * 1000);
+}
+
+// The library's result does not tell.
+void RequireStarted(const std::string& service, int timeout) {
+    if (timeout > 0 && ServiceStateHere(service) != "running") {
+        throw Failure("the resource was switched on, but the service " + Quoted(service) + " is " +
+                      ServiceStateHere(service));
+    }
+}
+
+CVeritasVirtualServerInfo ServerOf(const LogCapture& log, const std::string& networkName) {
+    CVeritasVirtualServerInfo info;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
+    const std::string what = "cannot find the virtual server " + Quoted(networkName);
+    watch.Require(isFound, what);
+    RequireNames({info.sGroupName, info.sLanmanResName}, what);
+    return info;
+}
+
+// Runs one of the members that add a service's resource and switch it on, and tells what became of it.
+Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const char* service,
+                  const WaitOptions& wait, const std::function<bool(int timeout)>& add) {
+    const std::wstring group = info.sGroupName;
+    std::wstring before;
+    CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), ToUtf16(service).c_str(), before);
+    const int timeout = TimeoutOf(wait, info.sOnlineNode);
+    const std::string what =
+        std::string("cannot add the resource of the service ") + Quoted(service) + " to " + Quoted(ToUtf8(group));
+    const ToolWatch watch(log);
+    bool isAdded = false;
+    {
+        const Progress progress(log, DescribeProgress(log, service));
+        const OpenConfiguration open(wait.opens);
+        isAdded = add(timeout);
+    }
+    watch.Require(isAdded, what);
+    std::wstring name;
+    if (!CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), ToUtf16(service).c_str(), name)) {
+        throw Failure(what);
+    }
+    RequireStarted(service, timeout);
+    Report report;
+    report.AddTable("resources", Json::array({ProductRecord(name, service, !before.empty())}), ProductColumns,
+                    std::string());
+    return report;
+}
+
+Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
+    const CVeritasVirtualServerInfo info = ServerOf(log, options.networkName);
+    const std::string group = ToUtf8(info.sGroupName);
+    if (FindRegistryReplication(log, group).resource.empty()) {
+        throw Failure("the group " + Quoted(group) +
+                      " has no RegRep resource of the product to depend on: 'clusctl vcs product create' makes it");
+    }
+    return AddService(log, info, QuarantineServiceName, options.wait, [&options](int timeout) {
+        return CVeritasCluster().CreateQAVResourceAndTurnItOn(ToUtf16(options.networkName).c_str(), timeout);
+    });
+}
+
+Report AddRemoteConfig(const LogCapture& log, const AddOptions& options) {
+    const CVeritasVirtualServerInfo info = ServerOf(log, options.networkName);
+    std::wstring password = AsArgument(ReadPassword());
+    return AddService(log, info, RemoteConfigServiceName, options.wait, [&options, &password](int timeout) {
+        const bool isAdded = CVeritasCluster().CreateRemoteConfigResourceAndTurnItOn(
+            ToUtf16(options.networkName).c_str(), ToUtf16(options.accountGroup).c_str(),
+            ToUtf16(options.accountUser).c_str(), password.c_str(), timeout);
+        Forget(password);
+        return isAdded;
+    });
+}
+
+Report List(const LogCapture& log, const std::string& group) {
+    const CVeritasCluster cluster;
+    VcsNames names;
+    const ToolWatch watch(log);
+    const bool isListed =
+        group.empty() ? cluster.CollectKOVAResNames(names) : cluster.CollectKOVAResNames(ToUtf16(group).c_str(), names);
+    const std::string what = "cannot list the product's resources";
+    watch.Require(isListed, what);
+    RequireNames(names, what);
+    if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), ToUtf16(group))) {
+        throw Failure("there is no group " + Quoted(group));
+    }
+    Report report;
+    report.AddTable("resources", NameRecords(names), {{"name", "RESOURCE"}}, "There are none.");
+    return report;
+}
+
+Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
+    const int timeout = TimeoutOf(options.wait, ToUtf16(options.node));
+    const std::string what =
+        "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " on";
+    const ToolWatch watch(log);
+    bool isThere = false;
+    {
+        const Progress progress(log, DescribeProgress(log, options.service));
+        isThere = CVeritasCluster().CheckIfGenericServiceResourceExistsAndTurnItOn(
+            ToUtf16(options.group).c_str(), ToUtf16(options.service).c_str(), ToUtf16(options.node).c_str(), timeout);
+    }
+    watch.Require(isThere, what + (watch.Problems().empty() ? ": the group has no resource for it" : ""));
+    RequireStarted(options.service, timeout);
+    Report report;
+    report.AddSentence("switched", {{"group", options.group}, {"service", options.service}, {"system", options.node}},
+                       "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) + " on at " +
+                           Quoted(options.node) +
+                           (timeout > 0 ? "; the service is running." : "; it was not waited for."));
+    return report;
+}
+
+void AddTimeout(CLI::App& command, WaitOptions& wait) {
+    command
+        .add_option_function<std::uint32_t>(
+            "--timeout",
+            [&wait](const std::uint32_t& seconds) {
+                wait.timeout = seconds;
+                wait.isTimeoutGiven = true;
+            },
+            "Wait so long for the service on this computer, in whole seconds, 0 not at all; without it 120, and 0 when "
+            "the system is another one")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0U, LongestTimeout).description(""));
+}
+
+void AddCreate(CommandLine& commandLine, CLI::App& family) {
+    const auto options = std::make_shared<ProductCreateOptions>();
+    CLI::App& command =
+        commandLine.AddTo(family, "create", "Create the product's resources of a group, and switch them on",
+                          [options](const LogCapture& log) { return CreateVcsProduct(log, *options); });
+    CommandLine::AddText(command, "GROUP", options->group, "GROUP", "The virtual server's service group").required();
+    CommandLine::AddText(command, "--mount", options->mount, "RESOURCE",
+                         "The MountV resource below; the only top-most one without it");
+    CommandLine::AddText(command, "--regrep", options->regRep, "NAME",
+                         "The RegRep resource; the product's existing one, or GROUP-RegRep without it");
+    CommandLine::AddText(command, "--data-path", options->dataPath, "PATH",
+                         "A path on the shared disk; the configured data root without it");
+    command.add_flag("--quarantine", options->quarantine, "With the quarantine monitor");
+    command.add_flag("--remote-config", options->remoteConfig, "With the remote configuration service");
+    CommandLine::AddText(command, "--account-group", options->accountGroup, "DOMAIN",
+                         "Domain of that service's account; the password is read from standard input");
+    CommandLine::AddText(command, "--account-user", options->accountUser, "USER",
+                         "Name of that service's account; LocalSystem without it");
+    command
+        .add_option("--delay-online", options->delayOnline, "Delay after online, and wait for the host service; 600")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
+    command.add_option("--delay-offline", options->delayOffline, "Delay after offline; 600")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
+    OpenConfiguration::AddOption(command, options->opens);
+    command.add_flag("--dry-run", options->isDryRun,
+                     "Work on a copy of the VCS simulator's configuration, and show commands and change");
+}
+
+void AddAdding(CommandLine& commandLine, CLI::App& family) {
+    const auto quarantine = std::make_shared<AddOptions>();
+    CLI::App& monitor =
+        commandLine.AddTo(family, "add-quarantine", "Add the quarantine monitor, and switch it on",
+                          [quarantine](const LogCapture& log) { return AddQuarantine(log, *quarantine); });
+    CommandLine::AddText(monitor, "NETWORK-NAME", quarantine->networkName, "NETWORK-NAME",
+                         "The virtual server's network name")
+        .required();
+    AddTimeout(monitor, quarantine->wait);
+    OpenConfiguration::AddOption(monitor, quarantine->wait.opens);
+
+    const auto remote = std::make_shared<AddOptions>();
+    CLI::App& service = commandLine.AddTo(family, "add-remote-config", "Add the remote configuration, switch it on",
+                                          [remote](const LogCapture& log) { return AddRemoteConfig(log, *remote); });
+    CommandLine::AddText(service, "NETWORK-NAME", remote->networkName, "NETWORK-NAME",
+                         "The virtual server's network name")
+        .required();
+    CommandLine::AddText(service, "--account-group", remote->accountGroup, "DOMAIN",
+                         "Domain of the service's account; the password is read from standard input")
+        .required();
+    CommandLine::AddText(service, "--account-user", remote->accountUser, "USER", "Name of the service's account")
+        .required();
+    AddTimeout(service, remote->wait);
+    OpenConfiguration::AddOption(service, remote->wait.opens);
+}
+
+void AddSwitchOn(CommandLine& commandLine, CLI::App& family) {
+    const auto options = std::make_shared<SwitchOptions>();
+    CLI::App& command = commandLine.AddTo(family, "switch-on", "Switch the resource of a group's service on",
+                                          [options](const LogCapture& log) { return SwitchOn(log, *options); });
+    CommandLine::AddText(command, "GROUP", options->group, "GROUP", "The service group").required();
+    CommandLine::AddText(command, "SERVICE", options->service, "SERVICE", "The Windows service").required();
+    CommandLine::AddText(command, "NODE", options->node, "NODE", "The system").required();
+    AddTimeout(command, options->wait);
+}
+
+} // namespace
+
+void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family) {
+    CLI::App& product = CommandLine::AddFamilyTo(family, "product", "Create, list and switch the product's resources");
+    AddCreate(commandLine, product);
+    AddAdding(commandLine, product);
+
+    const auto group = std::make_shared<std::string>();
+    CLI::App& list = commandLine.AddTo(product, "list", "List the product's resources of all groups, or of one",
+                                       [group](const LogCapture& log) { return List(log, *group); });
+    CommandLine::AddText(list, "GROUP", *group, "GROUP", "The service group");
+
+    AddSwitchOn(commandLine, product);
+}

@@ -1,0 +1,194 @@
+#include "CommandLine.h"
+#include "Text.h"
+#include "VcsCommands.h"
+#include "VcsTools.h"
+#include "VcsValues.h"
+
+#include <clus_VeritasCluster.h>
+
+#include <memory>
+
+namespace {
+
+typedef std::vector<std::string> Conditions;
+
+const Columns DependencyTitles = {
+    {"resource", "Resource"},
+    {"dependsOn", "Depends on"},
+    {"dependants", "Needed by"},
+};
+
+// A member of CVeritasCluster that lists names.
+typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePairList* filter) const;
+
+struct Kind {
+    const char* name; // of the sub-command and in JSON
+    const char* title;
+    const char* description;
+    ListFunction list;
+};
+
+const Kind Kinds[] = {
+    {"systems", "SYSTEM", "List the systems of the VCS cluster", &CVeritasCluster::EnumSystemNames},
+    {"groups", "GROUP", "List the service groups", &CVeritasCluster::EnumGroupNames},
+    {"resources", "RESOURCE", "List the resources", &CVeritasCluster::EnumResourceNamesW},
+};
+
+struct Two {
+    std::string first;
+    std::string second;
+};
+
+Report List(const LogCapture& log, const Kind& kind, const Conditions& conditions) {
+    const std::string what = std::string("cannot list the ") + kind.name;
+    const NameValuePairList filter = Pairs(conditions);
+    VcsNames names;
+    const ToolWatch watch(log);
+    const bool isListed = (CVeritasCluster().*kind.list)(names, filter.empty() ? nullptr : &filter);
+    watch.Require(isListed, what);
+    if (watch.HasMessage("50031")) { // no groups: its words were taken for names
+        names.clear();
+    }
+    RequireNames(names, what);
+    Report report;
+    report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
+                    filter.empty() ? std::string("There are none.") : std::string("None matches."));
+    return report;
+}
+
+Report Dependencies(const LogCapture& log, const std::string& resource) {
+    VcsNames parents;
+    VcsNames children;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().EnumResDependencies(ToUtf16(resource).c_str(), parents, children);
+    const std::string what = "cannot list the dependencies of " + Quoted(resource);
+    watch.Require(isListed, what);
+    RequireNames(parents, what);
+    RequireNames(children, what);
+    Report report;
+    report.AddRecord("dependencies",
+                     {{"resource", resource}, {"dependsOn", NamesJson(children)}, {"dependants", NamesJson(parents)}},
+                     DependencyTitles);
+    return report;
+}
+
+Report Attribute(const LogCapture& log, const Two& names) {
+    const ToolWatch watch(log);
+    const Json value = ReadVcsAttribute(ToUtf16(names.first), names.second);
+    const std::string what = "cannot read the attribute " + Quoted(names.second) + " of " + Quoted(names.first);
+    watch.Require(!value.is_null(), what + (watch.Problems().empty() ? ": it has no value" : ""));
+    Report report;
+    report.AddSentence("attribute", {{"resource", names.first}, {"name", names.second}, {"value", value}},
+                       Printable(value.get<std::string>()));
+    return report;
+}
+
+Report OnlineNode(const LogCapture& log, const std::string& group, bool acceptsPartial) {
+    bool isOnline = false;
+    std::wstring system;
+    const ToolWatch watch(log);
+    const bool isRead = CVeritasCluster().GetGroupOnlineNode(ToUtf16(group).c_str(), isOnline, system, acceptsPartial);
+    watch.Require(isRead, "cannot read the state of the group " + Quoted(group));
+    Report report;
+    report.AddSentence("onlineNode", {{"group", group}, {"online", isOnline}, {"system", TextOrNull(system)}},
+                       Quoted(group) + (isOnline ? " is online on " + Printable(ToUtf8(system)) + "."
+                                                 : std::string(" is online on no system.")));
+    return report;
+}
+
+Report FindGroup(const LogCapture& log, const std::string& networkName) {
+    std::wstring group;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().FindGroupNameByVirtualServerName(ToUtf16(networkName).c_str(), group);
+    const std::string what = "cannot find the group of the network name " + Quoted(networkName);
+    watch.Require(isFound, what);
+    if (group.empty()) {
+        throw Failure(what + ": no Lanman resource carries it");
+    }
+    Report report;
+    report.AddSentence("group", {{"networkName", networkName}, {"name", ToUtf8(group)}}, Printable(ToUtf8(group)));
+    return report;
+}
+
+Report ResourceOfService(const LogCapture& log, const Two& names) {
+    std::wstring resource;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().GetGenericServiceResNameByServiceName(
+        ToUtf16(names.first).c_str(), ToUtf16(names.second).c_str(), resource);
+    const std::string what =
+        "cannot find the resource of the service " + Quoted(names.second) + " in the group " + Quoted(names.first);
+    watch.Require(isFound, what + (watch.Problems().empty() ? ": there is none" : ""));
+    RequireNames({resource}, what);
+    Report report;
+    report.AddSentence("resource", {{"group", names.first}, {"service", names.second}, {"name", ToUtf8(resource)}},
+                       Printable(ToUtf8(resource)));
+    return report;
+}
+
+Report ClusterType() {
+    const int number = CVeritasCluster().GetThirdPartyClusterType();
+    const char* const meaning = number == THIRD_PARTY_CLUSTER_TYPE_NONE
+                                    ? "no third-party cluster is configured"
+                                    : "a third-party cluster, as the product's set-up numbers them";
+    Report report;
+    report.AddSentence("clusterType", {{"number", number}, {"meaning", meaning}},
+                       std::to_string(number) + ": " + meaning);
+    return report;
+}
+
+void AddList(CommandLine& commandLine, CLI::App& family, const Kind& kind) {
+    const auto conditions = std::make_shared<Conditions>();
+    CLI::App& command =
+        commandLine.AddTo(family, kind.name, kind.description,
+                          [&kind, conditions](const LogCapture& log) { return List(log, kind, *conditions); });
+    CommandLine::AddPairs(command, "--where", *conditions,
+                          "Only those with this value of an attribute; may be given more than once");
+}
+
+void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
+    const auto group = std::make_shared<std::string>();
+    const auto acceptsPartial = std::make_shared<bool>(false);
+    CLI::App& command = commandLine.AddTo(
+        family, "online-node", "Tell on which system a group is online",
+        [group, acceptsPartial](const LogCapture& log) { return OnlineNode(log, *group, *acceptsPartial); });
+    CommandLine::AddText(command, "GROUP", *group, "GROUP", "The service group").required();
+    command.add_flag("--partial", *acceptsPartial, "A system on which it is partly online will do");
+}
+
+} // namespace
+
+void AddVcsQueries(CommandLine& commandLine, CLI::App& family) {
+    for (const Kind& kind : Kinds) {
+        AddList(commandLine, family, kind);
+    }
+
+    const auto resource = std::make_shared<std::string>();
+    CLI::App& dependencies =
+        commandLine.AddTo(family, "deps", "Show what a resource depends on, and what needs it",
+                          [resource](const LogCapture& log) { return Dependencies(log, *resource); });
+    CommandLine::AddText(dependencies, "RESOURCE", *resource, "RESOURCE", "The resource").required();
+
+    const auto names = std::make_shared<Two>();
+    CLI::App& attribute = commandLine.AddTo(family, "attribute", "Show an attribute of a resource",
+                                            [names](const LogCapture& log) { return Attribute(log, *names); });
+    CommandLine::AddText(attribute, "RESOURCE", names->first, "RESOURCE", "The resource").required();
+    CommandLine::AddText(attribute, "NAME", names->second, "NAME", "The attribute's name").required();
+
+    AddOnlineNode(commandLine, family);
+
+    const auto networkName = std::make_shared<std::string>();
+    CLI::App& group = commandLine.AddTo(family, "find-group", "Find the group that carries a network name",
+                                        [networkName](const LogCapture& log) { return FindGroup(log, *networkName); });
+    CommandLine::AddText(group, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
+        .required();
+
+    const auto service = std::make_shared<Two>();
+    CLI::App& ofService =
+        commandLine.AddTo(family, "resource-of-service", "Find the resource of a group that runs a Windows service",
+                          [service](const LogCapture& log) { return ResourceOfService(log, *service); });
+    CommandLine::AddText(ofService, "GROUP", service->first, "GROUP", "The service group").required();
+    CommandLine::AddText(ofService, "SERVICE", service->second, "SERVICE", "The Windows service").required();
+
+    commandLine.AddTo(family, "type", "Show which third-party cluster the product is configured for",
+                      [](const LogCapture&) { return ClusterType(); });
+}

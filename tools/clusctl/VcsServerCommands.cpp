@@ -1,0 +1,123 @@
+#include "CommandLine.h"
+#include "Text.h"
+#include "VcsCommands.h"
+#include "VcsServers.h"
+#include "VcsTools.h"
+
+#include <memory>
+
+namespace {
+
+const Columns ServerColumns = {
+    {"networkName", "NETWORK NAME"}, {"group", "GROUP"},         {"online", "ONLINE"},
+    {"onlineNode", "NODE"},          {"storeResource", "STORE"}, {"lanmanResource", "LANMAN"},
+};
+
+const Columns ServerTitles = {
+    {"networkName", "Network name"},
+    {"group", "Group"},
+    {"online", "Online"},
+    {"onlineNode", "Node"},
+    {"storeResource", "Store resource"},
+    {"lanmanResource", "Lanman resource"},
+    {"productResources", "Product's names"},
+};
+
+const Columns StorageTitles = {
+    {"group", "Group"},
+    {"topMountResources", "Top-most MountV"},
+    {"registryReplication", "Product's RegRep"},
+    {"registryReplicationDisk", "Its disk"},
+};
+
+struct Wanted {
+    std::string group;
+    std::string networkName;
+};
+
+Json ServerRecord(const CVeritasVirtualServerInfo& info) {
+    Json record;
+    record["networkName"] = info.sLanmanResName.empty() ? Json() : ReadVcsAttribute(info.sLanmanResName, "VirtualName");
+    record["group"] = ToUtf8(info.sGroupName);
+    record["online"] = info.bGroupOnline;
+    record["onlineNode"] = TextOrNull(info.sOnlineNode);
+    record["storeResource"] = TextOrNull(info.sExchangeResName);
+    record["lanmanResource"] = TextOrNull(info.sLanmanResName);
+    return record;
+}
+
+// With the names that the product's resources have, or would have.
+Report OneServer(const CVeritasVirtualServerInfo& info) {
+    Json record = ServerRecord(info);
+    record["productResources"] = NamesJson(
+        {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName, info.sQAVMonitorResName});
+    Report report;
+    report.AddRecords("virtualServers", Json::array({record}), ServerTitles, std::string());
+    return report;
+}
+
+Report ServerOfName(const LogCapture& log, const std::string& networkName) {
+    const std::string what = "cannot find the virtual server " + Quoted(networkName);
+    CVeritasVirtualServerInfo info;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
+    watch.Require(isFound, what);
+    RequireNames({info.sGroupName, info.sLanmanResName}, what);
+    return OneServer(info);
+}
+
+Report AllServers(const LogCapture& log) {
+    const std::string what = "cannot list the virtual servers";
+    std::vector<CVeritasVirtualServerInfo> infos;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().CollectExchangeEVSInfo(infos);
+    watch.Require(isListed, what);
+    Json records = Json::array();
+    for (const CVeritasVirtualServerInfo& info : infos) {
+        RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
+        records.push_back(ServerRecord(info));
+    }
+    Report report;
+    report.AddTable("virtualServers", records, ServerColumns, "The cluster holds no Exchange virtual server.");
+    return report;
+}
+
+Report Servers(const LogCapture& log, const Wanted& wanted) {
+    return !wanted.group.empty()         ? OneServer(FindVcsServer(log, wanted.group))
+           : !wanted.networkName.empty() ? ServerOfName(log, wanted.networkName)
+                                         : AllServers(log);
+}
+
+Report Storage(const LogCapture& log, const std::string& group) {
+    const VcsNames mounts = TopMountResources(log, group);
+    const RegistryReplication replication = FindRegistryReplication(log, group);
+    if (mounts.empty() && replication.resource.empty() && !Contains(ListVcsGroups(log), ToUtf16(group))) {
+        throw Failure("there is no group " + Quoted(group));
+    }
+    Report report;
+    report.AddRecord("storage",
+                     {{"group", group},
+                      {"topMountResources", NamesJson(mounts)},
+                      {"registryReplication", TextOrNull(replication.resource)},
+                      {"registryReplicationDisk", TextOrNull(replication.disk)}},
+                     StorageTitles);
+    return report;
+}
+
+} // namespace
+
+void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
+    const auto wanted = std::make_shared<Wanted>();
+    CLI::App& servers = commandLine.AddTo(family, "servers", "List the Exchange virtual servers, or show one",
+                                          [wanted](const LogCapture& log) { return Servers(log, *wanted); });
+    CLI::Option& group =
+        CommandLine::AddText(servers, "GROUP", wanted->group, "GROUP", "The virtual server's service group");
+    CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME", "The virtual server's network name")
+        .excludes(&group);
+
+    const auto owner = std::make_shared<std::string>();
+    CLI::App& storage =
+        commandLine.AddTo(family, "storage", "Show the storage that the product's resources of a group depend on",
+                          [owner](const LogCapture& log) { return Storage(log, *owner); });
+    CommandLine::AddText(storage, "GROUP", *owner, "GROUP", "The service group").required();
+}

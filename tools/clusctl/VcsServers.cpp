@@ -1,0 +1,62 @@
+#include "VcsServers.h"
+
+#include "Text.h"
+#include "VcsTools.h"
+
+CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string& group) {
+    const std::string what = "cannot find the virtual server of the group " + Quoted(group);
+    CVeritasVirtualServerInfo info;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().CollectExchangeEVSInfo(ToUtf16(group).c_str(), info);
+    watch.Require(isFound, what + (watch.Problems().empty() ? ": it holds no Exchange virtual server" : ""));
+    RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
+    return info;
+}
+
+VcsNames TopMountResources(const LogCapture& log, const std::string& group) {
+    const std::string what = "cannot list the MountV resources of " + Quoted(group);
+    VcsNames names;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().FindMostParentMountVResourceNameInGroup(ToUtf16(group).c_str(), names);
+    watch.Require(isListed, what);
+    RequireNames(names, what);
+    return names;
+}
+
+RegistryReplication FindRegistryReplication(const LogCapture& log, const std::string& group) {
+    const std::string what = "cannot find the registry replication of " + Quoted(group);
+    const CVeritasCluster cluster;
+    RegistryReplication found;
+    const ToolWatch watch(log);
+    bool isFound = cluster.FindExistingKOVARegRepResName(ToUtf16(group).c_str(), found.resource);
+    if (isFound && !found.resource.empty()) {
+        isFound =
+            cluster.GetKOVAShareDiskResNameByRegRepName(ToUtf16(group).c_str(), found.resource.c_str(), found.disk);
+    }
+    watch.Require(isFound, what);
+    return found;
+}
+
+VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
+    const std::string what = "cannot list the resources";
+    const NameValuePairList filter = {{L"Group", group}};
+    VcsNames names;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().EnumResourceNamesW(names, group.empty() ? nullptr : &filter);
+    watch.Require(isListed, what);
+    RequireNames(names, what);
+    return names;
+}
+
+VcsNames ListVcsGroups(const LogCapture& log) {
+    const std::string what = "cannot list the groups";
+    VcsNames names;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().EnumGroupNames(names);
+    watch.Require(isListed, what);
+    if (watch.HasMessage("50031")) { // no groups: its words were taken for names
+        names.clear();
+    }
+    RequireNames(names, what);
+    return names;
+}

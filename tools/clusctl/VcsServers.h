@@ -1,0 +1,33 @@
+// Exchange virtual servers and their storage, found as the library finds them.
+#ifndef CLUSCTL_VCSSERVERS_H
+#define CLUSCTL_VCSSERVERS_H
+
+#include "LogCapture.h"
+#include "VcsValues.h"
+
+#include <clus_VeritasCluster.h>
+
+#include <string>
+
+// All throw Failure when VCS cannot be asked.
+
+// The virtual server of a group. Throws Failure, too, when the group holds none.
+CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string& group);
+
+// The MountV resources that the product's RegRep resource may depend on.
+VcsNames TopMountResources(const LogCapture& log, const std::string& group);
+
+// The RegRep resource that replicates the product's key, and its disk; empty texts when there is none.
+struct RegistryReplication {
+    std::wstring resource;
+    std::wstring disk;
+};
+RegistryReplication FindRegistryReplication(const LogCapture& log, const std::string& group);
+
+// All resources of a group, or of the cluster.
+VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group = std::wstring());
+
+// The service groups.
+VcsNames ListVcsGroups(const LogCapture& log);
+
+#endif

@@ -1,0 +1,219 @@
+#include "VcsTools.h"
+
+#include "Report.h"
+#include "Text.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace {
+
+const char EngineDownNumber[] = "10600";
+const char ReadOnlyNumber[] = "11309";
+const char FaultedNumber[] = "10284"; // of a notice: cannot online a faulted resource
+const size_t MostLines = 8;
+const size_t LongestCommand = 60;
+
+std::string Upper(std::string text) {
+    for (char& c : text) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+bool StartsWith(const std::string& text, const char* start) {
+    return text.compare(0, std::string(start).size(), start) == 0;
+}
+
+std::string ToolOf(const ToolRun& run) {
+    return run.command.substr(0, run.command.find(' '));
+}
+
+// "10600" of "VCS ERROR V-16-1-10600 Cannot connect to VCS engine"; empty when the line is no message of VCS.
+std::string NumberOf(const std::string& line) {
+    const std::string upper = Upper(line);
+    if (!StartsWith(upper, "VCS ERROR") && !StartsWith(upper, "VCS WARNING") && !StartsWith(upper, "VCS NOTICE")) {
+        return std::string();
+    }
+    const size_t mark = upper.find("V-16-");
+    const size_t number = mark == std::string::npos ? mark : upper.find('-', mark + 5);
+    return number == std::string::npos
+               ? "0"
+               : upper.substr(number + 1, upper.find_first_not_of("0123456789", number + 1) - number - 1);
+}
+
+// Messages that come also when all is well.
+bool IsHarmless(const std::string& number) {
+    static const char* const harmless[] = {
+        "10267", // a resource to be cleared is not faulted
+        "10364", // writable already
+        "10369", // not writable already
+        "50031", // no groups
+        "50034", // no dependencies
+    };
+    return std::any_of(std::begin(harmless), std::end(harmless),
+                       [&number](const char* candidate) { return number == candidate; });
+}
+
+bool IsOnSearchPath(const std::string& tool) {
+    wchar_t path[MAX_PATH];
+    // A longer path is there, too.
+    return SearchPathW(nullptr, ToUtf16(tool).c_str(), L".exe", MAX_PATH, path, nullptr) != 0;
+}
+
+bool FindProblem(const ToolRun& run, ToolProblem& problem) {
+    problem.command = run.command;
+    if (!run.isStarted) {
+        const bool isThere = IsOnSearchPath(ToolOf(run));
+        problem.kind = isThere ? ToolProblem::Kind::NotStarted : ToolProblem::Kind::Missing;
+        problem.message = isThere ? "the tool cannot be started" : "the tool is not on the search path";
+        return true;
+    }
+    const std::string number = NumberOf(run.firstLine);
+    const bool isNotice = StartsWith(Upper(run.firstLine), "VCS NOTICE") && number != FaultedNumber;
+    problem.message = run.firstLine;
+    if (!number.empty() && !isNotice) {
+        problem.kind = number == EngineDownNumber ? ToolProblem::Kind::EngineDown
+                       : number == ReadOnlyNumber ? ToolProblem::Kind::ReadOnly
+                                                  : ToolProblem::Kind::Message;
+        return !IsHarmless(number);
+    }
+    problem.kind = ToolProblem::Kind::Ended;
+    problem.message =
+        "exit code " + std::to_string(run.exitCode) + (run.firstLine.empty() ? "" : ", " + Quoted(run.firstLine));
+    return run.exitCode != 0;
+}
+
+// In the order in which one cause hides the others.
+std::string CauseOf(const std::vector<ToolProblem>& problems) {
+    const ToolProblem& first =
+        *std::min_element(problems.begin(), problems.end(),
+                          [](const ToolProblem& one, const ToolProblem& other) { return one.kind < other.kind; });
+    const std::string tool = Quoted(first.command.substr(0, first.command.find(' ')));
+    switch (first.kind) {
+    case ToolProblem::Kind::Missing:
+        return "the VCS tool " + tool + " is missing from the search path (PATH)";
+    case ToolProblem::Kind::NotStarted:
+        return "the VCS tool " + tool + " cannot be started";
+    case ToolProblem::Kind::EngineDown:
+        return "the VCS engine is not running";
+    case ToolProblem::Kind::ReadOnly:
+        return "the configuration is read-only: open it with 'clusctl vcs mode rw', or give --rw";
+    case ToolProblem::Kind::Message:
+        return "VCS reports a problem";
+    default:
+        return "the VCS tool " + tool + " failed";
+    }
+}
+
+// The messages, each once, with the first command that gave it.
+std::string Lines(const std::vector<ToolProblem>& problems) {
+    std::vector<std::string> messages;
+    std::string text;
+    for (const ToolProblem& problem : problems) {
+        if (std::find(messages.begin(), messages.end(), problem.message) != messages.end()) {
+            continue;
+        }
+        messages.push_back(problem.message);
+        if (messages.size() <= MostLines) {
+            text += "\n  " + problem.command + ": " + problem.message;
+        }
+    }
+    return messages.size() <= MostLines
+               ? text
+               : text + "\n  and " + std::to_string(messages.size() - MostLines) + " more messages";
+}
+
+} // namespace
+
+ToolWatch::ToolWatch(const LogCapture& log) : m_log(log), m_first(log.Tools().Count()) {
+}
+
+std::vector<ToolRun> ToolWatch::Runs() const {
+    return m_log.Tools().Since(m_first);
+}
+
+std::vector<ToolProblem> ToolWatch::Problems() const {
+    std::vector<ToolProblem> problems;
+    for (const ToolRun& run : Runs()) {
+        ToolProblem problem;
+        if (FindProblem(run, problem)) {
+            problems.push_back(problem);
+        }
+    }
+    return problems;
+}
+
+bool ToolWatch::HasMessage(const std::string& number) const {
+    const std::vector<ToolRun> runs = Runs();
+    return std::any_of(runs.begin(), runs.end(),
+                       [&number](const ToolRun& run) { return NumberOf(run.firstLine) == number; });
+}
+
+void ToolWatch::Require(bool succeeded, const std::string& what) const {
+    const std::vector<ToolProblem> problems = Problems();
+    if (!problems.empty()) {
+        ThrowToolFailure(what, problems);
+    }
+    if (succeeded) {
+        return;
+    }
+    if (m_log.IsAvailable() && Runs().empty()) {
+        throw Failure(what + ": no tool was run; the current folder must be writable");
+    }
+    for (const char* tool : {"haconf", "hagrp", "hares", "hasys", "vcsencrypt"}) {
+        if (!m_log.IsAvailable() && !IsOnSearchPath(tool)) {
+            throw Failure(what + ": the VCS tool " + Quoted(tool) + " is missing from the search path (PATH)");
+        }
+    }
+    throw Failure(what);
+}
+
+void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems) {
+    throw Failure(what + ": " + CauseOf(problems) + Lines(problems));
+}
+
+void RequireNames(const std::vector<std::wstring>& names, const std::string& what) {
+    const bool isMessage = names.size() > 1 && _wcsicmp(names[0].c_str(), L"VCS") == 0 &&
+                           std::any_of(names.begin(), names.end(),
+                                       [](const std::wstring& name) { return name.compare(0, 5, L"V-16-") == 0; });
+    if (isMessage) {
+        throw Failure(what + ": VCS answered with a message instead of names");
+    }
+    for (const std::wstring& name : names) {
+        if (std::any_of(name.begin(), name.end(), [](wchar_t c) { return c <= 0x20 || c >= 0x7F; })) {
+            throw Failure(what + ": the answer of VCS is no list of names: " + Quoted(ToUtf8(name)));
+        }
+    }
+}
+
+std::string ServiceStateHere(const std::string& service) {
+    std::string state = "not installed here";
+    const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
+    const SC_HANDLE handle =
+        manager == nullptr ? nullptr : OpenServiceW(manager, ToUtf16(service).c_str(), SERVICE_QUERY_STATUS);
+    SERVICE_STATUS status = {};
+    if (handle != nullptr && QueryServiceStatus(handle, &status)) {
+        state = status.dwCurrentState == SERVICE_RUNNING         ? "running"
+                : status.dwCurrentState == SERVICE_START_PENDING ? "start pending"
+                : status.dwCurrentState == SERVICE_STOPPED       ? "stopped"
+                                                                 : "not running";
+    }
+    if (handle != nullptr) {
+        CloseServiceHandle(handle);
+    }
+    if (manager != nullptr) {
+        CloseServiceHandle(manager);
+    }
+    return state;
+}
+
+std::function<std::string()> DescribeProgress(const LogCapture& log, const std::string& service) {
+    return [&log, service]() {
+        const ToolRun run = log.Tools().Last();
+        if (run.isDone && StartsWith(run.command, "hares -online ")) {
+            return "service " + service + ": " + ServiceStateHere(service);
+        }
+        return run.command.size() <= LongestCommand ? run.command : run.command.substr(0, LongestCommand - 3) + "...";
+    };
+}

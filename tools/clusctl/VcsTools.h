@@ -1,0 +1,61 @@
+// What the VCS tools said, for people: the library reports success also when a tool printed an error.
+#ifndef CLUSCTL_VCSTOOLS_H
+#define CLUSCTL_VCSTOOLS_H
+
+#include "LogCapture.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+struct ToolProblem {
+    enum class Kind {
+        Missing,    // the tool is not on the search path
+        NotStarted, // it is, and cannot be started
+        EngineDown,
+        ReadOnly, // the configuration is not open for writing
+        Message,  // any other message of VCS
+        Ended     // an exit code without a message
+    };
+
+    Kind kind;
+    std::string command; // as ToolRun
+    std::string message;
+};
+
+// Watches the tools that the library runs from now on.
+class ToolWatch {
+public:
+    explicit ToolWatch(const LogCapture& log);
+
+    // The runs that went wrong. Messages that tell nothing new are none: a resource that is not faulted, no
+    // dependencies, a mode that was there before.
+    std::vector<ToolProblem> Problems() const;
+
+    // Throws Failure, with what the tools said, when one of them went wrong or the library reported a failure.
+    // `what`: "cannot list the systems".
+    void Require(bool succeeded, const std::string& what) const;
+
+    // Whether a tool gave the VCS message of this number, such as "10364".
+    bool HasMessage(const std::string& number) const;
+
+    std::vector<ToolRun> Runs() const;
+
+private:
+    const LogCapture& m_log;
+    const size_t m_first;
+};
+
+// Throws Failure that says what went wrong, and what the tools printed.
+[[noreturn]] void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
+
+// Throws Failure when a list holds pieces of a message, or of no text at all, instead of names.
+void RequireNames(const std::vector<std::wstring>& names, const std::string& what);
+
+// "running", "start pending", "stopped", "not running" or "not installed here".
+std::string ServiceStateHere(const std::string& service);
+
+// For a progress line: the tool that runs, or the service that is awaited between the tools.
+std::function<std::string()> DescribeProgress(const LogCapture& log, const std::string& service);
+
+#endif
