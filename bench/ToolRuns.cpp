@@ -38,6 +38,7 @@ std::size_t BareToolRun(const std::wstring& tool) {
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+    startup.hStdInput = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(STD_INPUT_HANDLE)); // as the library does
     startup.hStdOutput = file;
     startup.hStdError = file;
     PROCESS_INFORMATION process = {};
