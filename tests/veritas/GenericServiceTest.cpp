@@ -1,0 +1,74 @@
+// The resource that runs a Windows service in a group.
+#include "RunnerFixture.h"
+
+using namespace harness;
+
+namespace {
+
+const std::wstring List = L"hares -list  Type=GenericService  ServiceName=Svc  Group=G1 ";
+
+class VeritasGenericService : public RunnerTest {
+protected:
+    bool Find() {
+        return cluster.GetGenericServiceResNameByServiceName(L"G1", L"Svc", resource);
+    }
+    // The log of the whole query: the run, then `line` if there is one.
+    static std::string QueryLog(const std::vector<std::string>& run, const std::string& line = "") {
+        return Lines({"> GetGenericServiceResNameByServiceName"}) + RunLog(Utf8(List), run) +
+               (line.empty() ? "" : Lines({line})) + Lines({"< GetGenericServiceResNameByServiceName"});
+    }
+
+    std::wstring resource = L"OLD";
+};
+
+TEST_F(VeritasGenericService, TheFirstResourceFoundIsTold) {
+    tools.Answer(List, "R2\t\tNODE1\r\nR1\t\tNODE1\r\n");
+    EXPECT_TRUE(Find());
+    EXPECT_EQ(resource, L"R2");
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{List});
+    EXPECT_EQ(TakeLog(), QueryLog({"I Process exit code: 0", "I Result: R2\t\tNODE1", "I Result: R1\t\tNODE1"}));
+}
+
+TEST_F(VeritasGenericService, AGroupWithoutTheServiceIsAFailureWithAWarning) {
+    tools.Answer(List, "");
+    EXPECT_FALSE(Find());
+    EXPECT_EQ(resource, L"OLD");
+    EXPECT_EQ(TakeLog(), QueryLog({"I Process exit code: 0"}, "W No resource found in Group G1"));
+}
+
+TEST_F(VeritasGenericService, AnErrorInTheListIsAFailureWithAWarning) {
+    tools.Answer(List, "R1 ERROR\n", 1);
+    EXPECT_FALSE(Find());
+    EXPECT_EQ(resource, L"OLD");
+    EXPECT_EQ(TakeLog(),
+              QueryLog({"I Process exit code: 1", "I Result: R1 ERROR"}, "W Fail to enumerate resource for Group G1"));
+}
+
+TEST_F(VeritasGenericService, AToolThatCannotBeRunIsAFailureWithAWarning) {
+    tools.FailStart(1, ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(Find());
+    EXPECT_EQ(resource, L"OLD");
+    EXPECT_EQ(TakeLog(), QueryLog({}, "W Fail to enumerate resource for Group G1"));
+}
+
+TEST_F(VeritasGenericService, WithoutATemporaryNameTheEntryOfTheRunIsLoggedAndTheWarning) {
+    Platform().FailCall("GetTempFileNameW", ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(Find());
+    EXPECT_EQ(TakeLog(),
+              Lines({"> GetGenericServiceResNameByServiceName", RunEnter, "W Fail to enumerate resource for Group G1",
+                     "< GetGenericServiceResNameByServiceName"}));
+}
+
+TEST_F(VeritasGenericService, AMessageOfVcsIsTakenForAResource) {
+    tools.Answer(List, "VCS WARNING V-16-1-50 text\r\n", 1);
+    EXPECT_TRUE(Find());
+    EXPECT_EQ(resource, L"VCS");
+}
+
+TEST_F(VeritasGenericService, NullCountsAsAnEmptyName) {
+    tools.Answer(L"hares -list  Type=GenericService  ServiceName=  Group= ", "R1 NODE1\n");
+    EXPECT_TRUE(cluster.GetGenericServiceResNameByServiceName(nullptr, nullptr, resource));
+    EXPECT_EQ(resource, L"R1");
+}
+
+} // namespace

@@ -1,0 +1,152 @@
+// The lists of service groups and of resources, which differ in their command only.
+#include "RunnerFixture.h"
+
+using namespace harness;
+
+namespace {
+
+struct NameList {
+    const char* name;
+    const wchar_t* command;
+    bool (CVeritasCluster::*enumerate)(Names&, const NameValuePairList*) const;
+};
+
+std::ostream& operator<<(std::ostream& out, const NameList& list) {
+    return out << list.name;
+}
+
+class VeritasNameList : public RunnerTest, public ::testing::WithParamInterface<NameList> {
+protected:
+    bool Enumerate(Names& names, const NameValuePairList* filter = nullptr) {
+        return (cluster.*GetParam().enumerate)(names, filter);
+    }
+
+    // The names found in an output when the list held `before`.
+    Names Found(const std::string& output, Names before = Names()) {
+        tools.AnswerNext(output);
+        EXPECT_TRUE(Enumerate(before)) << output;
+        return before;
+    }
+
+    const std::wstring command = GetParam().command;
+};
+
+INSTANTIATE_TEST_SUITE_P(Veritas, VeritasNameList,
+                         ::testing::Values(NameList{"Groups", L"hagrp -list ", &CVeritasCluster::EnumGroupNames},
+                                           NameList{"Resources", L"hares -list ",
+                                                    &CVeritasCluster::EnumResourceNamesW}),
+                         [](const auto& list) { return list.param.name; });
+
+TEST_P(VeritasNameList, NamesAreTheFirstOfTwoColumns) {
+    tools.Answer(command, "EVS1      \t\tNODE1\r\nEVS2-LONG\t\tNODE1\r\n");
+    Names names;
+    EXPECT_TRUE(Enumerate(names));
+    EXPECT_EQ(names, (Names{L"EVS1", L"EVS2-LONG"}));
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{command});
+    EXPECT_EQ(TakeLog(), RunLog(Utf8(command), {"I Process exit code: 0", "I Result: EVS1      \t\tNODE1",
+                                                "I Result: EVS2-LONG\t\tNODE1"}));
+}
+
+TEST_P(VeritasNameList, ANameListedOncePerSystemIsReturnedOnce) {
+    EXPECT_EQ(Found("A NODE1\nA NODE2\nB NODE1\nA NODE3\nB NODE2\nC NODE1\n"), (Names{L"A", L"B", L"C"}));
+}
+
+TEST_P(VeritasNameList, NamesThatDifferInCaseAreDifferent) {
+    EXPECT_EQ(Found("evs NODE1\nEVS NODE1\nEvs NODE1\nEVS NODE2\n"), (Names{L"evs", L"EVS", L"Evs"}));
+}
+
+TEST_P(VeritasNameList, OneNameMayBeginAnother) {
+    EXPECT_EQ(Found("EVS10 N\nEVS1 N\nEVS N\nEVS1 M\n"), (Names{L"EVS10", L"EVS1", L"EVS"}));
+}
+
+TEST_P(VeritasNameList, EarlierEntriesStayAndAreNotRepeated) {
+    EXPECT_EQ(Found("B NODE1\nNEW NODE1\na NODE1\nNEW NODE2\n", {L"A", L"B", L"A", L"B"}),
+              (Names{L"A", L"B", L"A", L"B", L"NEW", L"a"}));
+}
+
+TEST_P(VeritasNameList, ASystemOfTheSameNameIsNoName) {
+    EXPECT_EQ(Found("A B\nC A\nB C\n"), (Names{L"A", L"C", L"B"}));
+}
+
+TEST_P(VeritasNameList, AnOddTokenAtTheEndIsAName) {
+    EXPECT_EQ(Found("A"), Names{L"A"});
+    EXPECT_EQ(Found("A NODE1\nB\n"), (Names{L"A", L"B"}));
+    EXPECT_EQ(Found("A NODE1\nA\n"), Names{L"A"});
+}
+
+TEST_P(VeritasNameList, RowsAreCountedByTokensAndNotByLines) {
+    EXPECT_EQ(Found("A\nB\nC D E\n\nF\n"), (Names{L"A", L"C", L"E"}));
+}
+
+TEST_P(VeritasNameList, WithoutOutputTheListIsUnchanged) {
+    EXPECT_EQ(Found(""), Names());
+    EXPECT_EQ(Found("\r\n \t\r\n", {L"A", L"A"}), (Names{L"A", L"A"}));
+}
+
+TEST_P(VeritasNameList, TheExitCodeIsNoMatter) {
+    tools.Answer(command, "A NODE1\n", 1);
+    Names names;
+    EXPECT_TRUE(Enumerate(names));
+    EXPECT_EQ(names, Names{L"A"});
+}
+
+TEST_P(VeritasNameList, AFilterBecomesConditionsInItsOrder) {
+    tools.AnswerPrefix(command, "A NODE1\n");
+    Names names;
+    const NameValuePairList filter = {{L"Type", L"Lanman"}, {L"Group", L"G1"}, {L"Type", L"A B"}};
+    EXPECT_TRUE(Enumerate(names, &filter));
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{command + L" Type=Lanman  Group=G1  Type=A B "});
+}
+
+TEST_P(VeritasNameList, AnEmptyFilterIsNoCondition) {
+    tools.Answer(command, "A NODE1\n");
+    Names names;
+    const NameValuePairList filter;
+    EXPECT_TRUE(Enumerate(names, &filter));
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{command});
+}
+
+TEST_P(VeritasNameList, AnErrorLeavesTheListAlone) {
+    for (const char* output :
+         {"EVS1 ERROR group is faulted\n", "EVS1\twarning\r\n", "EVS1 Error NODE1\nEVS2 NODE1\n"}) {
+        tools.AnswerNext(output, 1);
+        Names names = {L"OLD"};
+        EXPECT_FALSE(Enumerate(names)) << output;
+        EXPECT_EQ(names, Names{L"OLD"}) << output;
+    }
+}
+
+TEST_P(VeritasNameList, OnlyTheSecondTokenMakesAnError) {
+    EXPECT_EQ(Found("A NODE1\nB ERROR\n"), (Names{L"A", L"B"}));
+    EXPECT_EQ(Found("ERROR NODE1\n"), Names{L"ERROR"});
+    EXPECT_EQ(Found("A WARNINGS\n"), Names{L"A"});
+}
+
+TEST_P(VeritasNameList, AMessageOfVcsIsTakenForNames) {
+    EXPECT_EQ(Found("VCS WARNING V-16-1-50031 No Groups are configured\r\n", {L"OLD"}),
+              (Names{L"OLD", L"VCS", L"V-16-1-50031", L"Groups", L"configured"}));
+    EXPECT_EQ(Found("vcs error x\n"), (Names{L"vcs", L"x"}));
+}
+
+TEST_P(VeritasNameList, AToolThatCannotBeRunLeavesTheListAlone) {
+    tools.Answer(command, "A NODE1\n");
+    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
+        Platform().FailCall(call, ERROR_FILE_NOT_FOUND);
+        Names names = {L"OLD"};
+        EXPECT_FALSE(Enumerate(names)) << call;
+        EXPECT_EQ(names, Names{L"OLD"}) << call;
+    }
+}
+
+TEST_P(VeritasNameList, LongListsAreCompleteAndInOrder) {
+    std::string output;
+    Names expected;
+    for (int i = 0; i < 5000; ++i) {
+        const std::string name = "resource-" + std::to_string(i);
+        output += name + "\t\tNODE1\r\n" + name + "\t\tNODE2\r\n";
+        expected.push_back(Utf16(name));
+    }
+    EXPECT_EQ(Found(output), expected);
+}
+
+} // namespace

@@ -1,0 +1,95 @@
+// The list of the cluster's systems.
+#include "RunnerFixture.h"
+
+using namespace harness;
+
+namespace {
+
+const std::wstring List = L"hasys -list ";
+
+class VeritasSystemList : public RunnerTest {
+protected:
+    // On a list that held something before.
+    bool Enumerate(const NameValuePairList* filter = nullptr) {
+        systems = {L"OLD"};
+        return cluster.EnumSystemNames(systems, filter);
+    }
+
+    Names systems;
+};
+
+TEST_F(VeritasSystemList, ReplacesTheListByTheSystemsInTheToolsOrder) {
+    tools.Answer(List, "NODE2\r\nNODE1\r\n");
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, (Names{L"NODE2", L"NODE1"}));
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list "});
+    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0", "I Result: NODE2", "I Result: NODE1"}));
+}
+
+TEST_F(VeritasSystemList, EveryTokenIsASystemAndNoneIsSkippedOrMerged) {
+    tools.Answer(List, "#System Attribute\tValue\n\n NODE1 NODE1\nnode1\n");
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, (Names{L"#System", L"Attribute", L"Value", L"NODE1", L"NODE1", L"node1"}));
+}
+
+TEST_F(VeritasSystemList, WithoutOutputTheListBecomesEmpty) {
+    tools.Answer(List, "");
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, Names());
+}
+
+TEST_F(VeritasSystemList, TheExitCodeIsNoMatter) {
+    tools.Answer(List, "NODE1\r\n", 1);
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, Names{L"NODE1"});
+}
+
+TEST_F(VeritasSystemList, AFilterBecomesConditionsInItsOrder) {
+    tools.AnswerPrefix(List, "NODE1\n");
+    const NameValuePairList filter = {{L"SysState", L"RUNNING"}, {L"Limits", L""}, {L"SysState", L"ADMIN WAIT"}};
+    EXPECT_TRUE(Enumerate(&filter));
+    EXPECT_EQ(systems, Names{L"NODE1"});
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list  SysState=RUNNING  Limits=  SysState=ADMIN WAIT "});
+}
+
+TEST_F(VeritasSystemList, AnEmptyFilterIsNoCondition) {
+    tools.Answer(List, "NODE1\n");
+    const NameValuePairList filter;
+    EXPECT_TRUE(Enumerate(&filter));
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list "});
+}
+
+TEST_F(VeritasSystemList, AnErrorLeavesTheListAlone) {
+    for (const char* output : {"NODE1 ERROR\n", "NODE1\tWarning text\r\n", "x\nerror\n", "V-16-1-1 WARNING a b c\n"}) {
+        tools.AnswerNext(output);
+        EXPECT_FALSE(Enumerate()) << output;
+        EXPECT_EQ(systems, Names{L"OLD"}) << output;
+    }
+}
+
+TEST_F(VeritasSystemList, WordsThatOnlyResembleAnErrorAreSystems) {
+    for (const char* output : {"ERROR\n", "ERROR NODE1\n", "NODE1 ERRORS\n", "NODE1 NODE2 ERROR\n"}) {
+        tools.AnswerNext(output);
+        EXPECT_TRUE(Enumerate()) << output;
+        EXPECT_NE(systems, Names{L"OLD"}) << output;
+    }
+}
+
+TEST_F(VeritasSystemList, AMessageOfVcsIsTakenForSystems) {
+    tools.Answer(List, "VCS WARNING V-16-1-50 text\r\n", 1);
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, (Names{L"VCS", L"WARNING", L"V-16-1-50", L"text"}));
+}
+
+TEST_F(VeritasSystemList, AToolThatCannotBeRunLeavesTheListAlone) {
+    tools.Answer(List, "NODE1\n");
+    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
+        Platform().FailCall(call, ERROR_FILE_NOT_FOUND);
+        EXPECT_FALSE(Enumerate()) << call;
+        EXPECT_EQ(systems, Names{L"OLD"}) << call;
+    }
+    EXPECT_TRUE(Enumerate());
+    EXPECT_EQ(systems, Names{L"NODE1"});
+}
+
+} // namespace
