@@ -1,5 +1,6 @@
 #include "clus_CaptureFile.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fcntl.h>
 #include <io.h>
@@ -33,7 +34,9 @@ bool TextFileReader::ReadLine(std::wstring& line) {
         const unsigned char* const end = m_bytes + m_size;
         const void* const found = std::memchr(begin, '\n', static_cast<std::size_t>(end - begin));
         const unsigned char* const lineEnd = found ? static_cast<const unsigned char*>(found) : end;
-        line.append(begin, lineEnd);
+        const std::size_t length = line.size();
+        line.resize(length + static_cast<std::size_t>(lineEnd - begin));
+        std::copy(begin, lineEnd, line.begin() + static_cast<std::ptrdiff_t>(length));
         m_position = static_cast<std::size_t>(lineEnd - m_bytes);
         if (found) {
             ++m_position;

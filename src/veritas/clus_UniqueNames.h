@@ -24,6 +24,9 @@ public:
 
     // Appends the name unless an equal one, letter case included, is there.
     void Append(std::wstring&& name) {
+        if (!m_names.empty() && m_names.back() == name) {
+            return; // lists show a name once per system, in rows that follow one another
+        }
         m_names.push_back(std::move(name));
         if (!m_known.insert(m_names.size() - 1).second) {
             m_names.pop_back();
