@@ -83,8 +83,8 @@ TEST_F(VeritasRunnerProcess, WithoutACaptureFileTheToolStillRuns) {
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 3"}));
 }
 
-TEST_F(VeritasRunnerProcess, AnOutputThatTheDiskHasNoRoomForIsReadAsFarAsItCame) {
-    // The tool's own writes fail, as on a full disk, once its output is closed: it ends with the code of the failure.
+TEST_F(VeritasRunnerProcess, WhatAToolWroteBeforeItsWritesFailedCounts) {
+    // As on a full disk, but for the error code: here the output is closed.
     Act(L"out:NODE1\\x0a;close;out:NODE2\\x0a");
     EXPECT_EQ(Systems(), Names{L"NODE1"});
     EXPECT_THAT(TakeLog(), ::testing::HasSubstr("I Process exit code: 6\n"));
