@@ -69,6 +69,13 @@ TEST_F(VeritasGenericService, NullCountsAsAnEmptyName) {
     tools.Answer(L"hares -list  Type=GenericService  ServiceName=  Group= ", "R1 NODE1\n");
     EXPECT_TRUE(cluster.GetGenericServiceResNameByServiceName(nullptr, nullptr, resource));
     EXPECT_EQ(resource, L"R1");
+    for (const char* output : {"", "R1 ERROR\n"}) {
+        tools.AnswerNext(output);
+        EXPECT_FALSE(cluster.GetGenericServiceResNameByServiceName(nullptr, nullptr, resource));
+    }
+    const std::string log = TakeLog();
+    EXPECT_THAT(log, ::testing::HasSubstr("W No resource found in Group \n"));
+    EXPECT_THAT(log, ::testing::HasSubstr("W Fail to enumerate resource for Group \n"));
 }
 
 } // namespace
