@@ -56,7 +56,7 @@ bool SweepAccess::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode m
 }
 
 void SweepAccess::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode) {
-    for (unsigned n = 1; n <= sweep.limit; ++n) {
+    for (unsigned n = 1; n <= sweep.limit; n += sweep.step) {
         if (!RunOnce(sweep, what, n, mode)) {
             // An operation may do without memory, but not without the platform.
             EXPECT_TRUE(n > 1 || what == What::Allocation) << "the operation made no call that could fail";

@@ -33,6 +33,7 @@ struct Sweep {
     std::function<std::string()> body;
     std::function<void(const SweepRun&)> check;
     unsigned limit = 1000;
+    unsigned step = 1; // of long operations only the 1st, (1 + step)th, (1 + 2 * step)th ... call and allocation fails
     DWORD code = ERROR_ACCESS_DENIED; // of failing platform calls
 };
 

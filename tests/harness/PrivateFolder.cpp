@@ -12,9 +12,13 @@ PrivateFolder::PrivateFolder(Use use) {
     static unsigned count = 0;
     wchar_t temporary[MAX_PATH];
     GetTempPathW(MAX_PATH, temporary);
-    m_path = std::wstring(temporary) + L"clusutil-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-             std::to_wstring(++count);
-    if (!CreateDirectoryW(m_path.c_str(), nullptr)) {
+    BOOL created = FALSE;
+    do { // over folders that crashed processes of the same number left
+        m_path = std::wstring(temporary) + L"clusutil-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                 std::to_wstring(++count);
+        created = CreateDirectoryW(m_path.c_str(), nullptr);
+    } while (!created && GetLastError() == ERROR_ALREADY_EXISTS);
+    if (!created) {
         throw std::runtime_error("cannot create a temporary folder");
     }
     if (use == Use::CurrentDirectory) {

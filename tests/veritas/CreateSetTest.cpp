@@ -70,11 +70,11 @@ TEST_F(VeritasCreateSet, WithoutOptionalServicesOfAnOfflineGroupCreatesThreeReso
 TEST_F(VeritasCreateSet, RunsAndTellsExactlyThisForEveryChoiceOfServicesAccountAndState) {
     for (unsigned choice = 0; choice < 64; ++choice) {
         const auto chosen = [choice](unsigned bit) { return (choice >> bit & 1) != 0; };
-        const Creation creation = {chosen(0),
-                                   chosen(1),
-                                   {chosen(2) ? FullAccount.group : nullptr, chosen(3) ? FullAccount.user : nullptr,
-                                    chosen(4) ? FullAccount.password : nullptr},
-                                   chosen(5)};
+        const SetChoice creation = {chosen(0),
+                                    chosen(1),
+                                    {chosen(2) ? FullAccount.group : nullptr, chosen(3) ? FullAccount.user : nullptr,
+                                     chosen(4) ? FullAccount.password : nullptr},
+                                    chosen(5)};
         EXPECT_TRUE(Create(creation));
         EXPECT_EQ(Told(), Lines(Expected(creation))) << Describe(creation);
         EXPECT_EQ(Waiting(), creation.online ? RunsAtOnce("OXAHostService") : Texts()) << Describe(creation);

@@ -21,7 +21,7 @@ struct Account {
 const Account FullAccount = {L"DOMAIN", L"admin", L"clear"};
 const Account NoAccount = {nullptr, nullptr, nullptr};
 
-struct Creation {
+struct SetChoice {
     bool monitor;
     bool remoteConfig;
     Account account;
@@ -73,7 +73,7 @@ protected:
         tools.AnswerPrefix(L"vcsencrypt -agent ", "eNcRyPtEd\r\n");
     }
 
-    bool Create(const Creation& creation) {
+    bool Create(const SetChoice& creation) {
         info.bGroupOnline = creation.online;
         return cluster.CreateKOVAResources(info, creation.monitor, creation.remoteConfig, creation.account.group,
                                            creation.account.user, creation.account.password);
@@ -94,7 +94,7 @@ protected:
     }
 
     // What a creation runs and tells in which order, when every tool can be run and the host service runs at once.
-    static Texts Expected(const Creation& creation) {
+    static Texts Expected(const SetChoice& creation) {
         ServiceAttributes attributes;
         attributes.delayAfterOnline = "300";
         attributes.delayAfterOffline = "120";
@@ -135,7 +135,7 @@ protected:
         return told + Texts{"< CreateKOVAResources"};
     }
 
-    static std::string Describe(const Creation& creation) {
+    static std::string Describe(const SetChoice& creation) {
         return std::string(creation.monitor ? "monitor " : "") +
                (creation.remoteConfig ? "remote configuration " : "") + (creation.account.group ? "group " : "") +
                (creation.account.user ? "user " : "") + (creation.account.password ? "password " : "") +

@@ -33,18 +33,13 @@ public:
     DWORD openError = ERROR_SUCCESS;
 
 private:
-    void Record(const std::string& line) {
-        const HarnessScope scope;
-        m_tap.Record(line);
-    }
-
     PlatformTap& m_tap;
     unsigned m_queries = 0;
     ImportPatch<void*(void*, const wchar_t*, const wchar_t*), struct ServiceManagerConstructorTag> m_constructor{
         FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerConstructor),
         [this](void* self, const wchar_t* service, const wchar_t* machine) {
             const HarnessScope scope;
-            Record("CServiceManager(" + Utf8(service) + "," + Utf8(machine) + ")");
+            m_tap.Record("CServiceManager(" + Utf8(service) + "," + Utf8(machine) + ")");
             m_queries = 0;
             if (openError != ERROR_SUCCESS) {
                 throw OS::CException(openError);
@@ -52,12 +47,14 @@ private:
             return self;
         }};
     ImportPatch<void(void*), struct ServiceManagerDestructorTag> m_destructor{
-        FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerDestructor),
-        [this](void*) { Record("~CServiceManager()"); }};
+        FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerDestructor), [this](void*) {
+            const HarnessScope scope;
+            m_tap.Record("~CServiceManager()");
+        }};
     ImportPatch<DWORD(void*), struct ServiceManagerQueryTag> m_query{
         FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerQuery), [this](void*) {
             const HarnessScope scope;
-            Record("QueryServiceStatus()");
+            m_tap.Record("QueryServiceStatus()");
             return state(++m_queries);
         }};
 };

@@ -31,7 +31,7 @@ std::string RunNumber(const Texts& told, unsigned number) {
 class VeritasSetFailureCreation : public CreationTest {
 protected:
     // Only the encryption and the host service's switch-on matter for what follows; nothing for the result.
-    void CheckCreation(const Creation& creation) {
+    void CheckCreation(const SetChoice& creation) {
         const Texts good = Expected(creation);
         const unsigned count = static_cast<unsigned>(RunsIn(good));
         for (unsigned failing = 1; failing <= count; ++failing) {
@@ -58,7 +58,7 @@ protected:
 };
 
 TEST_F(VeritasSetFailureCreation, CreateKOVAResourcesOfAnOnlineGroupWithAllServicesRunsAndTellsTheRest) {
-    const Creation creation = {true, true, FullAccount, true};
+    const SetChoice creation = {true, true, FullAccount, true};
     EXPECT_EQ(RunsIn(Expected(creation)), 8u + 13u + 12u + 12u + 13u + 12u);
     CheckCreation(creation);
 }

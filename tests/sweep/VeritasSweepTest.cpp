@@ -1,0 +1,365 @@
+// Every member of CVeritasCluster with each of its platform calls and allocations failing. Each run sees afterwards
+// that no handle, no block, no registry key and no capture file is left.
+#include "CreationFixture.h"
+#include "FaultSweep.h"
+
+#include <algorithm>
+
+using namespace harness;
+
+namespace {
+
+std::string Text(bool result) {
+    return result ? "true" : "false";
+}
+
+std::string Joined(const Names& names) {
+    std::string text;
+    for (const std::wstring& name : names) {
+        text += " " + Utf8(name);
+    }
+    return text;
+}
+
+std::string Described(const Server& server) {
+    return Utf8(L" " + server.sGroupName + L"," + server.sExchangeResName + L"," + server.sLanmanResName + L",") +
+           (server.bGroupOnline ? "" : "not ") + Utf8(server.sOnlineNode);
+}
+
+const CVeritasCluster Cluster;
+
+class VeritasSweep : public CreationTest {
+protected:
+    VeritasSweep() {
+        tools.AllowUnscripted(); // a fault may lead to queries for an empty name
+        tools.Answer(L"hares -list  Type=Lanman  VirtualName=MAIL1 ", Listed({"Lanman1"}));
+        tools.Answer(L"hares -display Lanman1 -attribute Group ", Shown("Lanman1", "Group", "EVS1"));
+        tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|ONLINE|"}}));
+        tools.Answer(L"hares -list  Group=EVS1  Type=RegRep ", Listed({"R1", "R2"}));
+        tools.Answer(L"hares -display R1 -attribute Keys ", Shown("R1", "Keys", "HKLM\\SOFTWARE\\Other"));
+        tools.Answer(L"hares -display R2 -attribute Keys ", Shown("R2", "Keys", "HKLM\\" + Utf8(ProductKey)));
+        tools.Answer(ListService("OXAHostService"), Listed({"Host1"}));
+        tools.AnswerPrefix(L"hares -list ", "");
+        tools.AnswerPrefix(L"hares -delete ", "");
+    }
+
+    static std::wstring ListService(const std::string& name) {
+        return L"hares -list  Type=GenericService  ServiceName=" + Utf16(name) + L"  Group=EVS1 ";
+    }
+
+    void SweepOver(const std::function<std::string()>& member, const std::function<void(const SweepRun&)>& check,
+                   unsigned step = 1) {
+        Sweep sweep;
+        sweep.prepare = [this] {
+            tools.TakeCommandLines();
+            Platform().sleeps.clear();
+        };
+        sweep.body = member;
+        sweep.check = check;
+        sweep.limit = 10000;
+        sweep.step = step;
+        FaultSweep(*this, sweep);
+    }
+    // A run without failure gives `good`; one with a failure that, or one of `faulted`.
+    void SweepOver(const std::function<std::string()>& member, const std::string& good, Texts faulted,
+                   unsigned step = 1) {
+        faulted.push_back(good);
+        SweepOver(
+            member,
+            [&](const SweepRun& run) {
+                if (!run.faulted) {
+                    EXPECT_EQ(run.result, good);
+                } else if (!run.threw) {
+                    EXPECT_THAT(faulted, ::testing::Contains(run.result)) << run.fault;
+                }
+            },
+            step);
+    }
+};
+
+// Configuration mode and queries
+
+TEST_F(VeritasSweep, ConfigurationModeIsSwitchedOrNot) {
+    tools.Answer(L"haconf -makerw ", "");
+    tools.Answer(L"haconf -dump -makero ", "");
+    SweepOver([] { return Text(Cluster.SwitchToReadWriteMode()); }, "true", {"false"});
+    SweepOver([] { return Text(Cluster.SwitchToReadOnlyMode()); }, "true", {"false"});
+}
+
+TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
+    tools.Answer(L"hasys -list ", "NODE1\r\nNODE2\r\n");
+    tools.Answer(L"hagrp -list  Parallel=0 ", Listed({"EVS1", "EVS2"}));
+    tools.Answer(L"hares -list  Type=Lanman ", Listed({"L1", "L2"}));
+    SweepOver(
+        [] {
+            Names names = {L"before"};
+            const bool result = Cluster.EnumSystemNames(names);
+            return Text(result) + Joined(names);
+        },
+        "true NODE1 NODE2", {"true", "false before"});
+    SweepOver(
+        [] {
+            const NameValuePairList filter = {{L"Parallel", L"0"}};
+            Names names = {L"before"};
+            const bool result = Cluster.EnumGroupNames(names, &filter);
+            return Text(result) + Joined(names);
+        },
+        "true before EVS1 EVS2", {"true before", "false before"});
+    SweepOver(
+        [] {
+            const NameValuePairList filter = {{L"Type", L"Lanman"}};
+            Names names = {L"before"};
+            const bool result = Cluster.EnumResourceNamesW(names, &filter);
+            return Text(result) + Joined(names);
+        },
+        "true before L1 L2", {"true before", "false before"});
+}
+
+TEST_F(VeritasSweep, DependenciesAreWholeOrNone) {
+    tools.Answer(L"hares -dep R1", Dependencies({{"R1", "M1"}, {"Host", "R1"}}));
+    SweepOver(
+        [] {
+            Names parents;
+            Names children;
+            const bool result = Cluster.EnumResDependencies(L"R1", parents, children);
+            return Text(result) + Joined(parents) + Joined(children);
+        },
+        "true Host M1", {"true", "false"});
+}
+
+TEST_F(VeritasSweep, ValuesAreWholeOrUntouched) {
+    SweepOver(
+        [] {
+            std::wstring value = L"before";
+            const bool result = Cluster.GetResourceAttribute(L"R1", L"Keys", value);
+            return Text(result) + " " + Utf8(value);
+        },
+        "true HKLM\\SOFTWARE\\Other", {"false before"});
+    SweepOver(
+        [] {
+            std::wstring group = L"before";
+            const bool result = Cluster.FindGroupNameByVirtualServerName(L"MAIL1", group);
+            return Text(result) + " " + Utf8(group);
+        },
+        "true EVS1", {"true before", "false before"});
+    SweepOver(
+        [] {
+            std::wstring resource = L"before";
+            const bool result = Cluster.GetGenericServiceResNameByServiceName(L"EVS1", L"OXAHostService", resource);
+            return Text(result) + " " + Utf8(resource);
+        },
+        "true Host1", {"false before"});
+}
+
+TEST_F(VeritasSweep, AGroupIsOnlineOrNot) {
+    SweepOver(
+        [] {
+            bool online = true;
+            std::wstring system = L"before";
+            const bool result = Cluster.GetGroupOnlineNode(L"EVS1", online, system, false);
+            return Text(result) + " " + Text(online) + " " + Utf8(system);
+        },
+        "true true NODE1", {"true false before", "false false before"});
+}
+
+TEST_F(VeritasSweep, TheClusterTypeIsAsStoredOrNone) {
+    Registry().SetNumber(ProductKey, L"ThirdPartyClusterType", 2);
+    SweepOver([] { return std::to_string(Cluster.GetThirdPartyClusterType()); }, "2", {"0"});
+}
+
+// Resource operations
+
+TEST_F(VeritasSweep, CreatingAndDeletingAResourceIsAlwaysTrue) {
+    SweepOver(
+        [] {
+            const NameValuePairList attributes = {{L"Critical", L"0"}, {L"Enabled", L"1"}};
+            return Text(Cluster.CreateResource(L"R1", L"RegRep", L"EVS1", L"M1", attributes));
+        },
+        "true", {});
+    SweepOver([] { return Text(Cluster.DeleteResource(L"R1")); }, "true", {});
+}
+
+TEST_F(VeritasSweep, LinksAndSwitchesAreAskedForOrNot) {
+    tools.AnswerPrefix(L"hares -offline ", "");
+    SweepOver([] { return Text(Cluster.LinkResource(L"Host", L"R1")); }, "true", {"false"});
+    SweepOver([] { return Text(Cluster.TurnOnOrOffResource(L"R1", L"NODE1", true)); }, "true", {"false"});
+    SweepOver([] { return Text(Cluster.TurnOnOrOffResource(L"R1", L"NODE1", false)); }, "true", {"false"});
+}
+
+TEST_F(VeritasSweep, APasswordIsEncryptedOrUntouchedAndNeverLogged) {
+    SweepOver(
+        [] {
+            std::wstring encrypted = L"before";
+            const bool result = Cluster.EncryptVeritasPassword(L"clear", encrypted);
+            return Text(result) + " " + Utf8(encrypted);
+        },
+        [](const SweepRun& run) {
+            const Texts results = {"true eNcRyPtEd", "true before", "false before", ""};
+            EXPECT_THAT(results, ::testing::Contains(run.result));
+            EXPECT_TRUE(run.faulted || run.result == results[0]);
+            EXPECT_THAT(run.log, ::testing::Not(::testing::HasSubstr("clear")));
+            EXPECT_THAT(run.log, ::testing::Not(::testing::HasSubstr("eNcRyPtEd")));
+        });
+}
+
+// Discovery
+
+TEST_F(VeritasSweep, AServerIsFoundAsFarAsItsToolsAnswer) {
+    SweepOver(
+        [] {
+            Server server;
+            const bool result = Cluster.CollectEVSInfo(L"MAIL1", server);
+            return Text(result) + Described(server);
+        },
+        "true EVS1,,Lanman1,NODE1",
+        {"false ,,,not ", "false ,,Lanman1,not ", "false EVS1,,Lanman1,not ", "true EVS1,,Lanman1,not "});
+}
+
+class VeritasSweepServers : public VeritasSweep {
+protected:
+    VeritasSweepServers() {
+        tools.Answer(L"hagrp -list ", Listed({"EVS1", "EVS2"}));
+        tools.Answer(L"hagrp -state EVS2 ", States("EVS2", {{"NODE2", "|PARTIAL|"}}));
+        for (const std::wstring group : {L"EVS1", L"EVS2"}) {
+            tools.Answer(L"hares -list  Group=" + group + L"  Type=ExchService  Service=MSExchangeIS ", Listed({"IS"}));
+            tools.Answer(L"hares -list  Group=" + group + L"  Type=Lanman ", Listed({"LM"}));
+        }
+    }
+};
+
+TEST_F(VeritasSweepServers, EveryRecordThatWasFoundStays) {
+    const std::string good = "true EVS1,IS,LM,NODE1 EVS2,IS,LM,NODE2";
+    Texts accepted;
+    for (const char* first : {"", " EVS1,IS,LM,NODE1", " EVS1,IS,LM,not ", " EVS1,IS,,NODE1", " EVS1,IS,,not "}) {
+        for (const char* second : {"", " EVS2,IS,LM,NODE2", " EVS2,IS,LM,not ", " EVS2,IS,,NODE2", " EVS2,IS,,not "}) {
+            accepted.push_back(std::string("true") + first + second);
+            accepted.push_back(std::string("false") + first + second);
+        }
+    }
+    SweepOver(
+        [] {
+            std::vector<Server> servers;
+            std::string text = Text(Cluster.CollectExchangeEVSInfo(servers));
+            for (const Server& server : servers) {
+                text += Described(server);
+            }
+            return text;
+        },
+        good, accepted);
+}
+
+TEST_F(VeritasSweepServers, AServersRecordIsGivenOnlyWhenNothingFailed) {
+    SweepOver(
+        [] {
+            Server server(L"before", L"before");
+            const bool result = Cluster.CollectExchangeEVSInfo(L"EVS2", server);
+            return Text(result) + Described(server);
+        },
+        "true EVS2,IS,LM,NODE2",
+        {"false before,before,,not ", "true EVS2,IS,,NODE2", "true EVS2,IS,LM,not ", "true EVS2,IS,,not "});
+}
+
+TEST_F(VeritasSweep, StorageIsFoundOrUntouched) {
+    tools.Answer(L"hares -list  Type=ExchService  Service=MSExchangeSA  Group=EVS1 ", Listed({"SA"}));
+    tools.Answer(L"hares -list  Type=MountV  Group=EVS1 ", Listed({"M1", "M2"}));
+    tools.Answer(L"hares -dep SA", Dependencies({{"SA", "M1"}, {"SA", "M2"}}));
+    tools.Answer(L"hares -dep M1", Dependencies({{"M1", "M2"}}));
+    tools.Answer(L"hares -dep M2", Dependencies({}));
+    tools.Answer(L"hares -dep R2", Dependencies({{"R2", "M2"}}));
+    SweepOver(
+        [] {
+            Names mounts = {L"before"};
+            const bool result = Cluster.FindMostParentMountVResourceNameInGroup(L"EVS1", mounts);
+            return Text(result) + Joined(mounts);
+        },
+        "true M2", {"true M1 M2", "true M1", "true", "false before"});
+    SweepOver(
+        [] {
+            std::wstring mount = L"before";
+            const bool result = Cluster.GetKOVAShareDiskResNameByRegRepName(L"EVS1", L"R2", mount);
+            return Text(result) + " " + Utf8(mount);
+        },
+        "true M2", {"true before", "false before"});
+    SweepOver(
+        [] {
+            std::wstring regRep = L"before";
+            const bool result = Cluster.FindExistingKOVARegRepResName(L"EVS1", regRep);
+            return Text(result) + " " + Utf8(regRep);
+        },
+        "true R2", {"true before", "false before"});
+}
+
+// The product's resource set. The long operations are swept in steps that have no divisor in common with the number of
+// calls of one run, so that every kind of call fails somewhere.
+
+TEST_F(VeritasSweep, ACreationIsAlwaysTrueAndItsPasswordNeverLogged) {
+    info.bGroupOnline = true;
+    SweepOver(
+        [this] {
+            return Text(Cluster.CreateKOVAResources(info, true, true, FullAccount.group, FullAccount.user,
+                                                    FullAccount.password));
+        },
+        [](const SweepRun& run) {
+            EXPECT_EQ(run.result, run.threw ? "" : "true");
+            EXPECT_THAT(run.log, ::testing::Not(::testing::HasSubstr("-agent clear")));
+            EXPECT_THAT(run.log, ::testing::Not(::testing::HasSubstr("Result: eNcRyPtEd")));
+        },
+        13);
+}
+
+TEST_F(VeritasSweep, AnExistingServiceIsTurnedOn) {
+    SweepOver(
+        [] {
+            return Text(
+                Cluster.CheckIfGenericServiceResourceExistsAndTurnItOn(L"EVS1", L"OXAHostService", L"NODE1", 1000));
+        },
+        "true", {"false"});
+}
+
+TEST_F(VeritasSweep, TheQuarantineMonitorIsAdded) {
+    SweepOver([] { return Text(Cluster.CreateQAVResourceAndTurnItOn(L"MAIL1", 1000)); }, "true", {"false"}, 3);
+}
+
+TEST_F(VeritasSweep, TheRemoteConfigurationIsAdded) {
+    SweepOver(
+        [] {
+            return Text(Cluster.CreateRemoteConfigResourceAndTurnItOn(L"MAIL1", L"DOMAIN", L"admin", L"clear", 1000));
+        },
+        "true", {"false"}, 3);
+}
+
+TEST_F(VeritasSweep, ProductNamesAreThoseFoundBeforeTheFailure) {
+    Registry().SetText(ProductKey, L"DataRootPath", L"F:\\Data\\Store");
+    const Texts found = {"h", "c", "s", "q", "r"};
+    std::size_t i = 0;
+    for (const char* name : {"OXAHostService", "OXA_RemoteConfig", "OXASAService", "QAV_Monitor"}) {
+        tools.Answer(L"hares -list  Group=EVS1  Type=GenericService  ServiceName=" + Utf16(name) + L" ",
+                     Listed({found[i++]}));
+    }
+    tools.Answer(L"hares -list  Group=EVS1  Type=RegRep  ReplicationDirectory=\\Data\\RegRep ", Listed({found[i]}));
+    Texts accepted;
+    for (unsigned some = 0; some < 1u << found.size(); ++some) {
+        std::string names;
+        for (i = 0; i < found.size(); ++i) {
+            names += some >> i & 1 ? " " + found[i] : "";
+        }
+        accepted.push_back("true" + names);
+        accepted.push_back("false" + names);
+    }
+    SweepOver(
+        [] {
+            Names names;
+            const bool result = Cluster.CollectKOVAResNames(L"EVS1", names);
+            return Text(result) + Joined(names);
+        },
+        "true h c s q r", accepted);
+    SweepOver(
+        [] {
+            Names names;
+            const bool result = Cluster.CollectKOVAResNames(names);
+            return Text(result) + Joined(names);
+        },
+        "true", {"false"}, 3);
+}
+
+} // namespace
