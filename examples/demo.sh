@@ -1,7 +1,7 @@
 #!/bin/bash
 # demo.sh BIN_DIR RUN_COMMAND...: shows the library's main job on simulated clusters.
 #
-# BIN_DIR holds clusctl.exe with the library's and the simulator's DLLs; RUN_COMMAND runs a Windows program in a Wine prefix of the
+# BIN_DIR holds clusctl.exe with the library's and the simulator's DLLs and the VCS simulator's tools; RUN_COMMAND runs a Windows program in a Wine prefix of the
 # demo's own, whose product settings are replaced. Exit code 1 as soon as something does not behave as the text says.
 set -euo pipefail
 
@@ -29,9 +29,10 @@ cleanUp() {
 trap cleanUp EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
-cp "$examples"/*.json "$examples"/*.reg "$work"
+cp "$examples"/*.json "$examples"/*.reg "$examples"/*.cf "$work"
 cd "$work"
 unset CLUSUTIL_LOG_FILE CLUSUTIL_LOG_LEVEL CLUSSIM_FAULTS CLUSSIM_JOURNAL
+unset VCSSIM_MAIN_CF VCSSIM_OPTIONS VCSSIM_FAULTS VCSSIM_JOURNAL CLUSCTL_PASSWORD
 
 heading() {
     printf '=== %s ===\n\n' "$1"
@@ -208,5 +209,67 @@ say "The settings say cluster node, but the cluster cannot be opened. An empty l
 settings cluster.reg
 cluster no-such-cluster.json
 try 1 "cannot list the servers" servers
+
+heading "12. Veritas Cluster Server"
+say "The other kind of cluster. The library drives it through its command-line tools; here they are the VCS simulator's," \
+    "which work on a main.cf, the configuration file of such a cluster:" ""
+settings vcs.reg
+say '  $ export VCSSIM_MAIN_CF=vcs-exchange.cf' ""
+export VCSSIM_MAIN_CF=vcs-exchange.cf
+try 0 "NODE2" vcs systems
+try 0 "Tools" vcs groups
+say "Which of the groups are Exchange virtual servers, and where do they run?" ""
+try 0 "EXVS1         EVS1   yes     NODE1" vcs servers
+rejects "Tools"
+say "Where do they keep their data? The product's resources go above the top-most disk, of EVS2 the one that carries the other:" ""
+try 0 "EVS1-MountV" vcs storage EVS1
+try 0 "EVS2-MountData" vcs storage EVS2
+rejects "EVS2-MountLogs"
+try 0 "EVS1-MountV" vcs deps EVS1-SA
+
+heading "13. The product's resources on VCS"
+say "EVS1 has a registry replication of Exchange's own. It is not taken for the product's:" ""
+try 1 "EVS1-RegRep" vcs product create EVS1 --rw
+say "With another name, in a rehearsal on a copy: the commands, and what changes in the configuration:" ""
+try 0 "hares -link EVS1-OXAHostService EVS1-GateRegRep" \
+    vcs product create EVS1 --regrep EVS1-GateRegRep --delay-online 0 --rw --dry-run
+saidToo "+	GenericService EVS1-OXAHostService ("
+cmp "$examples/vcs-exchange.cf" vcs-exchange.cf || broken "the rehearsal changed the configuration"
+say "The configuration has kept every byte. Now in earnest, with the quarantine monitor and the remote configuration, whose" \
+    "account needs a password. It comes from the environment or is typed; VCS keeps it encrypted. The simulated cluster" \
+    "starts no Windows services on this computer, so none is waited for (--delay-online 0):" ""
+say '  $ export CLUSCTL_PASSWORD=...' ""
+export CLUSCTL_PASSWORD='Not-a-Secret.1'
+try 0 "EVS1-OXA_RemoteConfig  OXA_RemoteConfig  created" vcs product create EVS1 --regrep EVS1-GateRegRep --delay-online 0 \
+    --quarantine --remote-config --account-group EXAMPLE --account-user gatesvc --rw --log create.log
+unset CLUSCTL_PASSWORD
+! grep -qF 'Not-a-Secret.1' said.txt create.log vcs-exchange.cf || broken "the password must not be shown or kept"
+say "Every command is in the log file, the password is not:" "" '  $ grep -o "hares -modify EVS1-OXA_RemoteConfig .*" create.log'
+grep -o 'hares -modify EVS1-OXA_RemoteConfig .*' create.log | tr -d '\r' | sed 's/^/  /' | tee said.txt
+grep -qF 'Password ***' said.txt || broken "expected the log to hold the masked password"
+say "" "What the configuration gained, as dependencies:" "" "  \$ diff vcs-exchange.cf.previous vcs-exchange.cf | grep requires"
+{ diff vcs-exchange.cf.previous vcs-exchange.cf || [ $? -eq 1 ]; } | grep requires | tr -d '\r' | sed 's/^/  /' | tee said.txt
+grep -qF 'EVS1-OXA_RemoteConfig requires EVS1-OXAHostService' said.txt || broken "a dependency is missing"
+say ""
+try 0 "EVS1-GateRegRep" vcs deps EVS1-OXAHostService
+saidToo "EVS1-IS"
+
+heading "14. Living with it"
+try 0 "EVS1-QAV_Monitor" vcs product list EVS1
+try 0 "EVS1-GateRegRep" vcs storage EVS1
+say "Switch a service on; a resource for it has to be there:" ""
+try 0 "switches" vcs product switch-on EVS1 OXAHostService NODE1 --timeout 0
+try 1 "has no resource for it" vcs product switch-on EVS2 OXAHostService NODE2 --timeout 0
+say "Created again: what is there is found and set up again, and nothing is there twice:" ""
+try 0 "existed already" vcs product create EVS1 --delay-online 0 --rw
+rejects "created"
+try 0 "EVS1-QAV_Monitor  QAV_Monitor  existed already" vcs product add-quarantine EXVS1 --timeout 0 --rw
+
+heading "15. When VCS does not answer"
+say "Without its engine every tool prints a message, and the library takes the words for names. clusctl knows better:" ""
+say '  $ export VCSSIM_OPTIONS=engine=down' ""
+export VCSSIM_OPTIONS=engine=down
+try 1 "the VCS engine is not running" vcs servers
+unset VCSSIM_OPTIONS
 
 say "That was the tour. 'clusctl --help' lists the rest, examples/README.md says how to go on by hand."

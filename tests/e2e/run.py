@@ -15,17 +15,26 @@ the case's purpose ("# ...") and its setting:
   iis FILE            the web server's configuration on this computer
   debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
+  vcs FILE            a main.cf from models/ or examples/, copied to main.cf, where VCSSIM_MAIN_CF points, with its state if there is one
+  vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
+  faults FILE         faults of the VCS tools from models/, copied to faults.json, for VCSSIM_FAULTS
 
 Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
-  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes; {x*5000} stands for 5,000 letters x
+  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes, STDIN=TEXT what it is told, with a line end;
+                      {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
+  lines TEXT FILE     prints the lines of a file that contain the text
+  absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
+  unchanged A B       fails when A differs from B of models/ or examples/
+  files               lists the case's folder
 """
 import argparse
 import difflib
+import fcntl
 import json
 import os
 import pty
@@ -34,6 +43,8 @@ import shlex
 import shutil
 import subprocess
 import sys
+import termios
+import time
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
@@ -41,6 +52,7 @@ ROOT = HERE.parent.parent
 EXAMPLES = ROOT / "examples"
 TIME_LIMIT = 60
 COMPUTER = "NODE1"
+VCS_TOOLS = ("haconf", "hasys", "hagrp", "hares", "vcsencrypt")
 
 # All that may differ between two runs or two machines.
 VOLATILE = [
@@ -49,6 +61,8 @@ VOLATILE = [
     (r"(?<=clusctl )\d+\.\d+\.\d+(?=\n)", "VERSION"),
     # Random IDs of what a command created; those of the models are of another version.
     (r"(?m)(^ID: +|\"id\": \")[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}", r"\1NEW-ID"),
+    (r"ha-[0-9a-f]+\.tmp", "ha-NAME.tmp"),
+    (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
 ]
 
@@ -115,6 +129,19 @@ class Case:
                 library = self.own_program_folder() / "DebugLog.dll"
                 library.unlink()
                 os.link(self.runner.bin / "e2e" / value / "DebugLog.dll", library)
+            elif word == "vcs":
+                shutil.copy(find_input(value), self.folder / "main.cf")
+                state = find_input(value).with_name(value + ".state.json")
+                if state.is_file():
+                    shutil.copy(state, self.folder / "main.cf.state.json")
+            elif word == "vcs-tools":
+                for tool in value.split():
+                    if tool != "none":
+                        self.own_program_folder()
+                        os.link(self.runner.bin / f"{tool}.exe", self.own_program_folder() / f"{tool}.exe")
+                self.own_program_folder()
+            elif word == "faults":
+                shutil.copy(find_input(value), self.folder / "faults.json")
             elif word == "iis":
                 self.set_web_server(find_input(value).read_text(encoding="utf-8"))
             elif word not in ("registry", "computer"):
@@ -148,12 +175,16 @@ class Case:
     @staticmethod
     def environment(variables):
         # Only what a case sets reaches the program; the machine's own settings must not.
-        kept = {name: value for name, value in os.environ.items() if not name.startswith(("CLUSSIM_", "CLUSUTIL_"))}
-        return {**kept, "CLUSSIM_FILE": "model.json", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT), **variables}
+        own = ("CLUSSIM_", "VCSSIM_", "CLUSUTIL_", "CLUSCTL_")
+        kept = {name: value for name, value in os.environ.items() if not name.startswith(own)}
+        return {**kept, "CLUSSIM_FILE": "model.json", "VCSSIM_MAIN_CF": "main.cf", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT),
+                **variables}
 
     def start(self, arguments, variables):
         variables = dict(variables)
         target = variables.pop("STDOUT", "pipe")
+        told = expanded(variables["STDIN"]) if "STDIN" in variables else None
+        variables.pop("STDIN", None)
         output = subprocess.PIPE
         if target == "full":
             output = os.open("/dev/full", os.O_WRONLY)
@@ -161,7 +192,12 @@ class Case:
             reader, output = os.pipe()
             os.close(reader)
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
-                                   env=self.environment(variables), stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE)
+                                   env=self.environment(variables), stdin=subprocess.DEVNULL if told is None else subprocess.PIPE,
+                                   stdout=output, stderr=subprocess.PIPE)
+        if told is not None:
+            process.stdin.write(told.encode("utf-8") + b"\n")
+            process.stdin.close()
+            process.stdin = None
         if output != subprocess.PIPE:
             os.close(output)
         return process
@@ -174,25 +210,34 @@ class Case:
         result = out.decode("utf-8")
         if process.returncode == 0 and "--json" in arguments and "--help" not in arguments:
             json.loads(result)
+        # A message of the loader of the system that Wine runs on, now and then when a process ends.
+        err = re.sub(rb"Inconsistency detected by ld\.so:.*\r?\n", b"", err)
         if err:
             result += "[stderr]\n" + err.decode("utf-8").replace("\r\n", "\n") # the simulator's come with both
         return normalised(result) + f"[exit {process.returncode}]\n"
 
     def terminal(self, arguments, variables):
+        variables = dict(variables)
+        told = variables.pop("STDIN", None)
         primary, secondary = pty.openpty()
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
-                                   env=self.environment(variables), stdin=secondary, stdout=secondary, stderr=secondary,
-                                   start_new_session=True)
+                                   env=self.environment({"CLUSUTIL_RUN_FOREGROUND": "1", **variables}), stdin=secondary, stdout=secondary,
+                                   stderr=secondary, start_new_session=True,
+                                   preexec_fn=lambda: fcntl.ioctl(secondary, termios.TIOCSCTTY, 0))
         os.close(secondary)
         out = b""
         try:
             while data := os.read(primary, 4096):
                 out += data
+                if told is not None and b"Password:" in out: # it asks
+                    time.sleep(1) # the console is switched over with the first key that is asked for
+                    os.write(primary, told.encode("utf-8") + b"\r")
+                    told = None
         except OSError: # the program has closed its end
             pass
         os.close(primary)
         text = re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8"))
-        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: [a-z]+ pending), \d+ s", text))
+        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: (?:[a-z]+ pending|stopped)), \d+ s", text))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
         return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {process.wait()}]\n"
 
@@ -220,6 +265,18 @@ class Case:
             return self.terminal(arguments[1:], variables)
         if verb == "show":
             return normalised((self.folder / arguments[0]).read_text(encoding="utf-8"))
+        if verb == "lines":
+            text = normalised((self.folder / arguments[1]).read_text(encoding="utf-8"))
+            return "".join(f"{found}\n" for found in text.splitlines() if arguments[0] in found)
+        if verb == "absent":
+            wanted = arguments[0].encode("utf-8").lower()
+            found = [name for name in arguments[1:] if wanted in (self.folder / name).read_bytes().lower()]
+            return f"found in {', '.join(found)}\n" if found else "absent\n"
+        if verb == "unchanged":
+            same = (self.folder / arguments[0]).read_bytes() == find_input(arguments[1]).read_bytes()
+            return "unchanged\n" if same else "changed\n"
+        if verb == "files":
+            return "".join(f"{name}\n" for name in sorted(file.name for file in self.folder.iterdir() if file.is_file()))
         sys.exit(f"{self.file.name}: unknown command '{verb}'")
 
     def transcript(self):
@@ -284,7 +341,7 @@ def help_of(runner, *arguments):
 
 def options_in_help(text):
     """The options and their argument, such as "--log FILE", without --help and its kind when `text` is a sub-command's."""
-    return set(re.findall(r"^  (-\S+(?: [A-Z|-]+)?)(?:  .*)?$", text, re.MULTILINE))
+    return set(re.findall(r"^  (-\S+(?: [A-Z=|-]+)?)(?:  .*)?$", text, re.MULTILINE))
 
 
 def check_manual(runner):
@@ -303,7 +360,7 @@ def check_manual(runner):
 
     overview = help_of(runner)
     compare("clusctl", options_in_help(overview), options_in_manual("Options"))
-    commands = re.findall(r"^  ([a-z][a-z-]*(?: [a-z]+)?)  ", overview, re.MULTILINE)
+    commands = re.findall(r"^  ([a-z][a-z-]*(?: [a-z][a-z-]*){0,2})  ", overview, re.MULTILINE)
     usages = set()
     for command in commands:
         text = help_of(runner, *command.split())
@@ -322,11 +379,11 @@ def check_demo(runner):
     folder = runner.work / "demo in a folder with blanks"
     shutil.rmtree(folder, ignore_errors=True)
     (folder / "bin dir").mkdir(parents=True)
-    for file in [runner.bin / "clusctl.exe", *runner.bin.glob("*.dll")]:
+    for file in [runner.bin / "clusctl.exe", *(runner.bin / f"{tool}.exe" for tool in VCS_TOOLS), *runner.bin.glob("*.dll")]:
         os.link(file, folder / "bin dir" / file.name)
     shutil.copytree(EXAMPLES, folder / "examples")
     done = subprocess.run([str(folder / "examples" / "demo.sh"), str(folder / "bin dir"), *runner.wine()], cwd=folder,
-                          stdin=subprocess.DEVNULL, timeout=110)
+                          stdin=subprocess.DEVNULL, timeout=220)
     return done.returncode == 0
 
 

@@ -82,6 +82,11 @@ std::string Quoted(const std::string& text) {
     return "\"" + Head(printable, LongestQuoted - 20) + "...\" (" + std::to_string(count) + " characters)";
 }
 
+std::string Shortened(const std::string& text, size_t longest) {
+    const std::string printable = Printable(text);
+    return CharacterCount(printable) <= longest ? printable : Head(printable, longest - 3) + "...";
+}
+
 std::string ErrorText(unsigned long code) {
     std::string result = "error " + std::to_string(code);
     wchar_t buffer[512];

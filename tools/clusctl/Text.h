@@ -17,6 +17,9 @@ size_t CharacterCount(const std::string& text);
 // The printable text in double quotes, its middle left out when it is very long.
 std::string Quoted(const std::string& text);
 
+// The printable text, its end left out when it is longer.
+std::string Shortened(const std::string& text, size_t longest);
+
 // "error 5007 (Cluster resource not found)"; the number alone when the system has no text for it.
 std::string ErrorText(unsigned long code);
 

@@ -16,6 +16,5 @@ OpenConfiguration::~OpenConfiguration() {
 
 void OpenConfiguration::AddOption(CLI::App& command, bool& isWanted) {
     command.add_flag("--rw", isWanted,
-                     "Open the configuration before (haconf -makerw), and write it to disk and make it read-only after "
-                     "(haconf -dump -makero), also when it was open; without --rw it must be open");
+                     "Open the configuration before, write it and close it after; without --rw it must be open");
 }

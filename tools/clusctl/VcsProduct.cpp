@@ -45,11 +45,11 @@ void CheckOptions(const ProductCreateOptions& options) {
     }
 }
 
-std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& options) {
+std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& options, const std::string& group) {
     if (!options.mount.empty()) {
         return ToUtf16(options.mount);
     }
-    const VcsNames mounts = TopMountResources(log, options.group);
+    const VcsNames mounts = TopMountResources(log, group);
     if (mounts.size() == 1) {
         return mounts.front();
     }
@@ -62,7 +62,7 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
 }
 
 std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
-    const std::wstring existing = FindRegistryReplication(log, options.group).resource;
+    const std::wstring existing = FindRegistryReplication(log, ToUtf8(plan.info.sGroupName)).resource;
     const std::wstring name = !options.regRep.empty() ? ToUtf16(options.regRep)
                               : !existing.empty()     ? existing
                                                       : plan.info.sGroupName + L"-RegRep";
@@ -74,6 +74,19 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
     return name;
 }
 
+// The folder of the data path gives the replication directory, which reaches VCS as words of a command line.
+void CheckDataPath(const std::wstring& path) {
+    const size_t colon = path.find(L':');
+    const size_t begin = colon == std::wstring::npos ? 0 : colon + 1;
+    const size_t end = path.find_last_of(L"\\/");
+    if (end == std::wstring::npos || end < begin) {
+        throw WrongUsage("the data path " + Quoted(ToUtf8(path)) + " names no folder");
+    }
+    if (path.substr(begin, end - begin).find_first_of(L" \t") != std::wstring::npos) {
+        throw WrongUsage("the folder of the data path " + Quoted(ToUtf8(path)) + " must not hold a blank");
+    }
+}
+
 Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const VcsDryRun* dryRun) {
     Plan plan;
     plan.info = FindVcsServer(log, options.group);
@@ -81,12 +94,13 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
         dryRun->RequireSimulator();
     }
     plan.before = ListVcsResources(log);
-    plan.info.sMountResName = ChosenMount(log, options);
+    plan.info.sMountResName = ChosenMount(log, options, ToUtf8(plan.info.sGroupName));
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
     plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataPath);
     if (plan.info.sDataPath.empty()) {
         throw WrongUsage("--data-path is required: the product's settings name no data root");
     }
+    CheckDataPath(plan.info.sDataPath);
     plan.info.nDelayAfterOnline = options.delayOnline;
     plan.info.nDelayAfterOffline = options.delayOffline;
     plan.isAccountGiven = !options.accountUser.empty();

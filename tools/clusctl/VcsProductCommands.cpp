@@ -62,7 +62,7 @@ CVeritasVirtualServerInfo ServerOf(const LogCapture& log, const std::string& net
     const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
     const std::string what = "cannot find the virtual server " + Quoted(networkName);
     watch.Require(isFound, what);
-    RequireNames({info.sGroupName, info.sLanmanResName}, what);
+    watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
     return info;
 }
 
@@ -126,7 +126,7 @@ Report List(const LogCapture& log, const std::string& group) {
         group.empty() ? cluster.CollectKOVAResNames(names) : cluster.CollectKOVAResNames(ToUtf16(group).c_str(), names);
     const std::string what = "cannot list the product's resources";
     watch.Require(isListed, what);
-    RequireNames(names, what);
+    watch.RequireNames(names, what);
     if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), ToUtf16(group))) {
         throw Failure("there is no group " + Quoted(group));
     }
@@ -164,8 +164,7 @@ void AddTimeout(CLI::App& command, WaitOptions& wait) {
                 wait.timeout = seconds;
                 wait.isTimeoutGiven = true;
             },
-            "Wait so long for the service on this computer, in whole seconds, 0 not at all; without it 120, and 0 when "
-            "the system is another one")
+            "How long to wait for the service on this computer; 0: not at all")
         ->type_name("SECONDS")
         ->check(CLI::Range(0U, LongestTimeout).description(""));
 }
@@ -189,10 +188,11 @@ void AddCreate(CommandLine& commandLine, CLI::App& family) {
     CommandLine::AddText(command, "--account-user", options->accountUser, "USER",
                          "Name of that service's account; LocalSystem without it");
     command
-        .add_option("--delay-online", options->delayOnline, "Delay after online, and wait for the host service; 600")
+        .add_option("--delay-online", options->delayOnline,
+                    "Delay after online, and how long to wait for the host service; 600 without it")
         ->type_name("SECONDS")
         ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
-    command.add_option("--delay-offline", options->delayOffline, "Delay after offline; 600")
+    command.add_option("--delay-offline", options->delayOffline, "Delay after offline; 600 without it")
         ->type_name("SECONDS")
         ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
     OpenConfiguration::AddOption(command, options->opens);

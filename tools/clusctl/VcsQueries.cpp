@@ -49,7 +49,7 @@ Report List(const LogCapture& log, const Kind& kind, const Conditions& condition
     if (watch.HasMessage("50031")) { // no groups: its words were taken for names
         names.clear();
     }
-    RequireNames(names, what);
+    watch.RequireNames(names, what);
     Report report;
     report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
                     filter.empty() ? std::string("There are none.") : std::string("None matches."));
@@ -63,8 +63,8 @@ Report Dependencies(const LogCapture& log, const std::string& resource) {
     const bool isListed = CVeritasCluster().EnumResDependencies(ToUtf16(resource).c_str(), parents, children);
     const std::string what = "cannot list the dependencies of " + Quoted(resource);
     watch.Require(isListed, what);
-    RequireNames(parents, what);
-    RequireNames(children, what);
+    watch.RequireNames(parents, what);
+    watch.RequireNames(children, what);
     Report report;
     report.AddRecord("dependencies",
                      {{"resource", resource}, {"dependsOn", NamesJson(children)}, {"dependants", NamesJson(parents)}},
@@ -118,7 +118,7 @@ Report ResourceOfService(const LogCapture& log, const Two& names) {
     const std::string what =
         "cannot find the resource of the service " + Quoted(names.second) + " in the group " + Quoted(names.first);
     watch.Require(isFound, what + (watch.Problems().empty() ? ": there is none" : ""));
-    RequireNames({resource}, what);
+    watch.RequireNames({resource}, what);
     Report report;
     report.AddSentence("resource", {{"group", names.first}, {"service", names.second}, {"name", ToUtf8(resource)}},
                        Printable(ToUtf8(resource)));

@@ -62,7 +62,7 @@ Report ServerOfName(const LogCapture& log, const std::string& networkName) {
     const ToolWatch watch(log);
     const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
     watch.Require(isFound, what);
-    RequireNames({info.sGroupName, info.sLanmanResName}, what);
+    watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
     return OneServer(info);
 }
 
@@ -73,8 +73,12 @@ Report AllServers(const LogCapture& log) {
     const bool isListed = CVeritasCluster().CollectExchangeEVSInfo(infos);
     watch.Require(isListed, what);
     Json records = Json::array();
+    VcsNames names;
     for (const CVeritasVirtualServerInfo& info : infos) {
-        RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
+        names.insert(names.end(), {info.sGroupName, info.sExchangeResName, info.sLanmanResName});
+    }
+    watch.RequireNames(names, what);
+    for (const CVeritasVirtualServerInfo& info : infos) {
         records.push_back(ServerRecord(info));
     }
     Report report;

@@ -9,7 +9,7 @@ CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string
     const ToolWatch watch(log);
     const bool isFound = CVeritasCluster().CollectExchangeEVSInfo(ToUtf16(group).c_str(), info);
     watch.Require(isFound, what + (watch.Problems().empty() ? ": it holds no Exchange virtual server" : ""));
-    RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
+    watch.RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
     return info;
 }
 
@@ -19,7 +19,7 @@ VcsNames TopMountResources(const LogCapture& log, const std::string& group) {
     const ToolWatch watch(log);
     const bool isListed = CVeritasCluster().FindMostParentMountVResourceNameInGroup(ToUtf16(group).c_str(), names);
     watch.Require(isListed, what);
-    RequireNames(names, what);
+    watch.RequireNames(names, what);
     return names;
 }
 
@@ -44,7 +44,7 @@ VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
     const ToolWatch watch(log);
     const bool isListed = CVeritasCluster().EnumResourceNamesW(names, group.empty() ? nullptr : &filter);
     watch.Require(isListed, what);
-    RequireNames(names, what);
+    watch.RequireNames(names, what);
     return names;
 }
 
@@ -57,6 +57,6 @@ VcsNames ListVcsGroups(const LogCapture& log) {
     if (watch.HasMessage("50031")) { // no groups: its words were taken for names
         names.clear();
     }
-    RequireNames(names, what);
+    watch.RequireNames(names, what);
     return names;
 }

@@ -1,6 +1,7 @@
 #include "VcsTools.h"
 
 #include "Report.h"
+#include "Secrets.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -12,7 +13,9 @@ const char EngineDownNumber[] = "10600";
 const char ReadOnlyNumber[] = "11309";
 const char FaultedNumber[] = "10284"; // of a notice: cannot online a faulted resource
 const size_t MostLines = 8;
-const size_t LongestCommand = 60;
+const size_t LongestCommand = 120;
+const size_t LongestLine = 200;
+const size_t LongestProgress = 60; // has to fit into a narrow terminal
 
 std::string Upper(std::string text) {
     for (char& c : text) {
@@ -116,7 +119,8 @@ std::string Lines(const std::vector<ToolProblem>& problems) {
         }
         messages.push_back(problem.message);
         if (messages.size() <= MostLines) {
-            text += "\n  " + problem.command + ": " + problem.message;
+            text +=
+                "\n  " + Shortened(problem.command, LongestCommand) + ": " + Shortened(problem.message, LongestLine);
         }
     }
     return messages.size() <= MostLines
@@ -173,10 +177,11 @@ void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& p
     throw Failure(what + ": " + CauseOf(problems) + Lines(problems));
 }
 
-void RequireNames(const std::vector<std::wstring>& names, const std::string& what) {
-    const bool isMessage = names.size() > 1 && _wcsicmp(names[0].c_str(), L"VCS") == 0 &&
-                           std::any_of(names.begin(), names.end(),
-                                       [](const std::wstring& name) { return name.compare(0, 5, L"V-16-") == 0; });
+void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) const {
+    // Without the log the words of a message are all there is to go by.
+    const bool isMessage = std::any_of(names.begin(), names.end(),
+                                       [](const std::wstring& name) { return name.compare(0, 5, L"V-16-") == 0; }) ||
+                           (!m_log.IsAvailable() && !names.empty() && _wcsicmp(names.front().c_str(), L"VCS") == 0);
     if (isMessage) {
         throw Failure(what + ": VCS answered with a message instead of names");
     }
@@ -214,6 +219,6 @@ std::function<std::string()> DescribeProgress(const LogCapture& log, const std::
         if (run.isDone && StartsWith(run.command, "hares -online ")) {
             return "service " + service + ": " + ServiceStateHere(service);
         }
-        return run.command.size() <= LongestCommand ? run.command : run.command.substr(0, LongestCommand - 3) + "...";
+        return Shortened(run.command, LongestProgress);
     };
 }

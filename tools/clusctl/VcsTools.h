@@ -3,6 +3,7 @@
 #define CLUSCTL_VCSTOOLS_H
 
 #include "LogCapture.h"
+#include "VcsValues.h"
 
 #include <functional>
 #include <string>
@@ -36,6 +37,9 @@ public:
     // `what`: "cannot list the systems".
     void Require(bool succeeded, const std::string& what) const;
 
+    // Throws Failure when a list holds pieces of a message, or of no text at all, instead of names.
+    void RequireNames(const VcsNames& names, const std::string& what) const;
+
     // Whether a tool gave the VCS message of this number, such as "10364".
     bool HasMessage(const std::string& number) const;
 
@@ -48,9 +52,6 @@ private:
 
 // Throws Failure that says what went wrong, and what the tools printed.
 [[noreturn]] void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
-
-// Throws Failure when a list holds pieces of a message, or of no text at all, instead of names.
-void RequireNames(const std::vector<std::wstring>& names, const std::string& what);
 
 // "running", "start pending", "stopped", "not running" or "not installed here".
 std::string ServiceStateHere(const std::string& service);
