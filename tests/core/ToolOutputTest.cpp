@@ -220,6 +220,11 @@ TEST(ToolOutput, ValueKeepsInnerBlanksAndLosesThoseBehind) {
     EXPECT_EQ(Value(Header + L"R Keys global HKLM\\SOFTWARE\\A B\t\n"), L"HKLM\\SOFTWARE\\A B");
 }
 
+TEST(ToolOutput, ValueOfOtherWhiteSpaceAloneIsEmpty) {
+    EXPECT_EQ(Value(Header + L"R A global \r\n"), L"");
+    EXPECT_EQ(Value(Header + L"R A global \v\f \r"), L"");
+}
+
 TEST(ToolOutput, ValueOfTheFirstSystemIsTaken) {
     EXPECT_EQ(Value(Header + L"R MAC NODE1 one\nR MAC NODE2 two\n"), L"one");
 }

@@ -130,4 +130,12 @@ TEST_F(VeritasServerRecord, MayBeAssignedToItself) {
     EXPECT_EQ(Members(info), FullMembers);
 }
 
+TEST_F(VeritasServerRecord, ClusterObjectsAreAllAlike) {
+    const CVeritasCluster first;
+    const CVeritasCluster copy(first);
+    CVeritasCluster assigned;
+    EXPECT_EQ(&(assigned = copy), &assigned);
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList());
+}
+
 } // namespace
