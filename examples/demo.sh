@@ -233,7 +233,7 @@ try 1 "EVS1-RegRep" vcs product create EVS1 --rw
 say "With another name, in a rehearsal on a copy: the commands, and what changes in the configuration:" ""
 try 0 "hares -link EVS1-OXAHostService EVS1-GateRegRep" \
     vcs product create EVS1 --regrep EVS1-GateRegRep --delay-online 0 --rw --dry-run
-saidToo "+	GenericService EVS1-OXAHostService ("
+saidToo $'+\tGenericService EVS1-OXAHostService ('
 cmp "$examples/vcs-exchange.cf" vcs-exchange.cf || broken "the rehearsal changed the configuration"
 say "The configuration has kept every byte. Now in earnest, with the quarantine monitor and the remote configuration, whose" \
     "account needs a password. It comes from the environment or is typed; VCS keeps it encrypted. The simulated cluster" \

@@ -19,13 +19,6 @@ CLUSUTIL_SHARED_RUNTIME_BEGIN
 
 class CCluster;
 
-// What CCluster::EnumNames lists. Any other value is logged and asks the cluster with an empty type mask.
-enum CCLUSTER_OBJ_ENUM : int {
-    CCLUSTER_OBJ_RESOURCE = 2,
-    CCLUSTER_OBJ_NODE = 4,
-    CCLUSTER_OBJ_GROUP = 5
-};
-
 // One cluster node (HNODE). Opened by CCluster::OpenNodeByName.
 class CLUSUTIL_API CClusterNode {
 public:
@@ -104,8 +97,9 @@ public:
     bool IsOnCurrentNode(std::wstring* groupName);
 
     // A system property, read once and then cached; `refresh` reads it again. Null on failure. The text belongs to the
-    // object and stays valid until the next refreshed read of the same property, Close, or destruction. A disk without
-    // partitions gives whatever text stands at the start of its disk information, not null.
+    // object and stays valid until the next refreshed read of the same property, the taking of another handle, Close,
+    // or destruction. A disk without partitions gives whatever text stands at the start of its disk information, not
+    // null.
     const wchar_t* GetSystemStringProperty(RES_PROPERTY_ID id, bool refresh);
 
     // Private properties (CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES). False when the property is missing or of another
@@ -212,6 +206,13 @@ private:
 // No member reopens a handle implicitly.
 class CLUSUTIL_API CCluster {
 public:
+    // What EnumNames lists. Any other value is logged and asks the cluster with an empty type mask.
+    enum CCLUSTER_OBJ_ENUM : int {
+        CCLUSTER_OBJ_RESOURCE = 2,
+        CCLUSTER_OBJ_NODE = 4,
+        CCLUSTER_OBJ_GROUP = 5
+    };
+
     CCluster();
     ~CCluster();
     CCluster(const CCluster&) = delete;

@@ -52,7 +52,7 @@ bool RestartFirstSmtpInstanceOfThisNode() {
     computer.Read();
     LOG_INFO(L"Current node is: %s", computer.c_str());
     std::list<std::wstring> names;
-    if (!cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
+    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
         LOG_WARNING(L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(), fail to enum names on the cluster");
         return false;
     }

@@ -416,7 +416,7 @@ bool CVirtualServerUtil::QueryServerInfoFromCluster_(const CClusterVirtualServer
     CCluster cluster;
     std::list<std::wstring> names;
     ComputerName computer;
-    if (!cluster.OpenByLPC() || !cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names) || !computer.Read()) {
+    if (!cluster.OpenByLPC() || !cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names) || !computer.Read()) {
         return false;
     }
     for (const std::wstring& name : names) {
@@ -476,7 +476,7 @@ CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(CClusterVirtualServerInfo* p
         return ENUM_VS_RESULT_FAIL;
     }
     std::list<std::wstring> names;
-    if (!cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
+    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
         LOG_ERROR(L"Cannot enum names on the cluster");
         return ENUM_VS_RESULT_FAIL;
     }

@@ -21,7 +21,7 @@ ModelBuilder ClusterWithResources(const std::vector<std::string>& names) {
 
 TEST_F(NameEnumeration, ListsResourcesInTheClustersOrder) {
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{L"Cluster IP", L"Cluster Name", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(TakeJournal(),
@@ -31,14 +31,14 @@ TEST_F(NameEnumeration, ListsResourcesInTheClustersOrder) {
 
 TEST_F(NameEnumeration, ListsNodes) {
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_NODE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_NODE, names));
     EXPECT_EQ(names, (Names{L"NODE-A", L"NODE-B"}));
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(1)\n"));
 }
 
 TEST_F(NameEnumeration, ListsGroups) {
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_GROUP, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_GROUP, names));
     EXPECT_EQ(names, (Names{L"Cluster Group", L"EVS1"}));
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(8)\n"));
 }
@@ -47,7 +47,7 @@ class UnknownKind : public OpenClusterTest, public ::testing::WithParamInterface
 
 TEST_P(UnknownKind, IsLoggedAndAsksWithAnEmptyMask) {
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(static_cast<CCLUSTER_OBJ_ENUM>(GetParam()), names));
+    EXPECT_FALSE(cluster.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(GetParam()), names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(), Lines({"E Warning, unexpected type_enum value:" + std::to_string(GetParam()),
                                 "E calling ClusterOpenEnum failed"}));
@@ -62,7 +62,7 @@ TEST_F(NameEnumeration, AnUnknownKindSucceedsWhenTheClusterAnswersTheEmptyMask) 
         return ::ClusterOpenEnum(h, CLUSTER_ENUM_GROUP);
     });
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(static_cast<CCLUSTER_OBJ_ENUM>(3), names));
+    EXPECT_TRUE(cluster.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(3), names));
     EXPECT_EQ(names.size(), 2u);
     EXPECT_EQ(TakeLog(), Lines({"E Warning, unexpected type_enum value:3"}));
 }
@@ -70,8 +70,8 @@ TEST_F(NameEnumeration, AnUnknownKindSucceedsWhenTheClusterAnswersTheEmptyMask) 
 TEST_F(NameEnumeration, AClosedClusterFailsSilently) {
     CCluster closed;
     Names names{L"before"};
-    EXPECT_FALSE(closed.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_FALSE(closed.EnumNames(static_cast<CCLUSTER_OBJ_ENUM>(7), names));
+    EXPECT_FALSE(closed.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(closed.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(7), names));
     EXPECT_EQ(names, Names{L"before"});
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(TakeJournal(), "");
@@ -79,14 +79,14 @@ TEST_F(NameEnumeration, AClosedClusterFailsSilently) {
 
 TEST_F(NameEnumeration, AppendsToWhatIsThere) {
     Names names{L"before"};
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_NODE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_NODE, names));
     EXPECT_EQ(names, (Names{L"before", L"NODE-A", L"NODE-B"}));
 }
 
 TEST_F(NameEnumeration, AnEnumeratorThatDoesNotOpenIsLogged) {
     Platform().FailCall("ClusterOpenEnum", 5);
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(TakeLog(), Lines({"E calling ClusterOpenEnum failed"}));
     EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)=5"}));
 }
@@ -94,7 +94,7 @@ TEST_F(NameEnumeration, AnEnumeratorThatDoesNotOpenIsLogged) {
 TEST_F(NameEnumeration, ABrokenEntryIsLoggedAndTheOthersAreListed) {
     Platform().FailCall("ClusterEnum", 1726, 2);
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
     EXPECT_EQ(TakeJournal(),
@@ -106,7 +106,7 @@ TEST_F(NameEnumeration, ABrokenFirstAndLastEntryAreLoggedEach) {
     Platform().FailCall("ClusterEnum(0,256)", 5);
     Platform().FailCall("ClusterEnum(4,256)", 5);
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{L"Cluster Name", L"EVS1 Disk", L"EVS1 IP"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
 }
@@ -120,7 +120,7 @@ TEST_P(NameLength, NamesOfAnyLengthAreListed) {
     const std::string name(GetParam(), 'x');
     LoadAndOpen(ClusterWithResources({name, "short"}));
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{Utf16(name), L"short"}));
     EXPECT_EQ(TakeLog(), "");
     if (name.size() < 256) {
@@ -140,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(Boundary, NameLength, ::testing::Values(1u, 254u, 255u,
 TEST_F(NameEnumeration, TheBufferGrowsOncePerLongerName) {
     LoadAndOpen(ClusterWithResources({std::string(300, 'a'), std::string(280, 'b'), std::string(400, 'c')}));
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (Names{std::wstring(300, L'a'), std::wstring(280, L'b'), std::wstring(400, L'c')}));
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0,301)", "ClusterEnum(1,301)",
@@ -159,7 +159,7 @@ TEST_F(NameEnumeration, ANameThatGrowsBetweenTwoCallsIsAskedForAgain) {
             return ::ClusterEnum(h, i, type, text, cch);
         });
     Names names;
-    EXPECT_TRUE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, Names{std::wstring(300, L'a')});
     EXPECT_EQ(calls, 4);
 }
@@ -168,7 +168,7 @@ TEST_F(NameEnumeration, ANameThatTheBufferCannotGrowForIsABrokenEntry) {
     LoadAndOpen(ClusterWithResources({"a", std::string(300, 'b'), "c"}));
     Heap().FailLocalReAlloc(1);
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_TRUE(Heap().Fired());
     EXPECT_EQ(names, (Names{L"a", L"c"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
@@ -178,7 +178,7 @@ TEST_F(NameEnumeration, WithoutAFirstBufferNoNameIsInvented) {
     LoadAndOpen(ClusterWithResources({"a", "b"}));
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     Names names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
 }

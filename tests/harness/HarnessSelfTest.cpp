@@ -168,7 +168,7 @@ TEST_F(HarnessClusterTest, AFailingLocalAllocIsSeenByTheLibrary) {
     ASSERT_TRUE(cluster.OpenByLPC());
     Heap().FailLocalAlloc(1);
     std::list<std::wstring> names;
-    EXPECT_FALSE(cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_TRUE(Heap().Fired());
 }
 
@@ -176,24 +176,25 @@ TEST_F(HarnessClusterTest, ASweepMeetsEveryCallAndEveryAllocation) {
     int callRuns = 0;
     int allocationRuns = 0;
     int good = 0;
-    FaultSweep(*this, {[&] { Load(SmallCluster()); },
-                       [] {
-                           CCluster cluster;
-                           std::list<std::wstring> names;
-                           return std::string(cluster.OpenByLPC() && cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, names)
-                                                  ? "true"
-                                                  : "false");
-                       },
-                       [&](const SweepRun& run) {
-                           if (!run.faulted) {
-                               EXPECT_EQ(run.result, "true");
-                               ++good;
-                           } else if (run.fault == "operator new" || run.fault == "LocalAlloc") {
-                               ++allocationRuns;
-                           } else {
-                               ++callRuns;
-                           }
-                       }});
+    FaultSweep(*this,
+               {[&] { Load(SmallCluster()); },
+                [] {
+                    CCluster cluster;
+                    std::list<std::wstring> names;
+                    return std::string(cluster.OpenByLPC() && cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)
+                                           ? "true"
+                                           : "false");
+                },
+                [&](const SweepRun& run) {
+                    if (!run.faulted) {
+                        EXPECT_EQ(run.result, "true");
+                        ++good;
+                    } else if (run.fault == "operator new" || run.fault == "LocalAlloc") {
+                        ++allocationRuns;
+                    } else {
+                        ++callRuns;
+                    }
+                }});
     // OpenCluster, ClusterOpenEnum, ClusterEnum twice, ClusterCloseEnum, CloseCluster; once and from then on.
     EXPECT_EQ(callRuns, 12);
     EXPECT_GE(allocationRuns, 4); // the name buffer and the list entry

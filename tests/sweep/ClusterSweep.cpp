@@ -99,7 +99,8 @@ TEST_F(ClusterSweep, GetClusterNameResourceGUID) {
 }
 
 TEST_F(ClusterSweep, EnumNames) {
-    for (const CCLUSTER_OBJ_ENUM kind : {CCLUSTER_OBJ_RESOURCE, CCLUSTER_OBJ_NODE, CCLUSTER_OBJ_GROUP}) {
+    for (const CCluster::CCLUSTER_OBJ_ENUM kind :
+         {CCluster::CCLUSTER_OBJ_RESOURCE, CCluster::CCLUSTER_OBJ_NODE, CCluster::CCLUSTER_OBJ_GROUP}) {
         SweepCluster(
             [kind](CCluster& cluster) {
                 Names names;

@@ -50,7 +50,7 @@ Report Cluster() {
     Json record;
     record["name"] = ToUtf8(name);
     record["nameResourceId"] = ToUtf8(id);
-    record["nodes"] = NamesJson(ListNames(cluster, CCLUSTER_OBJ_NODE));
+    record["nodes"] = NamesJson(ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE));
     Report report;
     report.AddRecord("cluster", record, ClusterTitles);
     return report;
@@ -77,11 +77,11 @@ Report Groups(const GroupOptions& options) {
     OpenLocalCluster(cluster);
     Names names;
     if (options.name.empty()) {
-        names = ListNames(cluster, CCLUSTER_OBJ_GROUP);
+        names = ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP);
     } else {
         CClusterGroup group;
         RequireGroup(cluster, group, options.name);
-        names.push_back(StoredName(ListNames(cluster, CCLUSTER_OBJ_GROUP), ToUtf16(options.name)));
+        names.push_back(StoredName(ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP), ToUtf16(options.name)));
     }
     const bool detail = options.detail || !options.name.empty();
     Json records = Json::array();
@@ -117,7 +117,7 @@ Names SelectResources(CCluster& cluster, const ResourceOptions& options) {
     } else if (!type.empty()) {
         isDone = cluster.EnumResourceNamesByType(type.c_str(), names);
     } else {
-        return ListNames(cluster, CCLUSTER_OBJ_RESOURCE);
+        return ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
     }
     if (!isDone) {
         throw Failure("cannot list the resources");

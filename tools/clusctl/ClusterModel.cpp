@@ -93,16 +93,16 @@ public:
         Json model;
         model["cluster"] = {{"name", ToUtf8(ReadClusterName(m_cluster))}};
         Json resources = Json::array();
-        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_RESOURCE)) {
+        for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
             resources.push_back(ReadResourceModel(name));
         }
         model["resourceTypes"] = m_types;
         model["nodes"] = Json::array();
-        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_NODE)) {
+        for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_NODE)) {
             model["nodes"].push_back(ReadNodeModel(name));
         }
         model["groups"] = Json::array();
-        for (const std::wstring& name : ListNames(m_cluster, CCLUSTER_OBJ_GROUP)) {
+        for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
             model["groups"].push_back(ReadGroupModel(name));
         }
         model["resources"] = resources;

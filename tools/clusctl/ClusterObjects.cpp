@@ -157,7 +157,7 @@ void OpenLocalCluster(CCluster& cluster) {
     }
 }
 
-Names ListNames(const CCluster& cluster, CCLUSTER_OBJ_ENUM kind) {
+Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
     Names names;
     if (!cluster.EnumNames(kind, names)) {
         throw Failure("cannot list the cluster's objects");

@@ -15,7 +15,7 @@ typedef std::list<std::wstring> Names;
 void OpenLocalCluster(CCluster& cluster);
 
 // All names of one kind, in the cluster's order. Throws Failure when they cannot be listed.
-Names ListNames(const CCluster& cluster, CCLUSTER_OBJ_ENUM kind);
+Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind);
 
 // The names as a JSON list.
 Json NamesJson(const Names& names);

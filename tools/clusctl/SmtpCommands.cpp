@@ -24,7 +24,7 @@ std::wstring FindInstance(const CCluster& cluster) {
     wchar_t computer[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     GetComputerNameW(computer, &length);
-    for (const std::wstring& name : ListNames(cluster, CCLUSTER_OBJ_RESOURCE)) {
+    for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
         CClusterResource resource;
         if (!cluster.OpenResourceByName(resource, name.c_str())) {
             continue;

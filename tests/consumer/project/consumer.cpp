@@ -9,7 +9,7 @@ int main() {
     std::wstring clusterName;
     std::list<std::wstring> resources;
     if (!cluster.OpenByLPC() || !cluster.GetClusterName(clusterName) ||
-        !cluster.EnumNames(CCLUSTER_OBJ_RESOURCE, resources)) {
+        !cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, resources)) {
         std::fprintf(stderr, "cannot read the cluster\n");
         return 1;
     }
