@@ -226,6 +226,13 @@ try 0 "EVS1-MountV" vcs storage EVS1
 try 0 "EVS2-MountData" vcs storage EVS2
 rejects "EVS2-MountLogs"
 try 0 "EVS1-MountV" vcs deps EVS1-SA
+say "Single questions, as a script would ask them (--json gives JSON):" ""
+try 0 "EVS2-MountLogs" vcs resources --where Type=MountV --where Group=EVS2
+try 0 'G:\Exchange Logs\' vcs attribute EVS2-MountLogs MountPath
+try 0 "NODE1" vcs online-node EVS1
+try 0 "EVS2" vcs find-group EXVS2
+try 0 "Tools-Monitor" vcs resource-of-service Tools PerfMonitor
+try 0 "1" vcs type
 
 heading "13. The product's resources on VCS"
 say "EVS1 has a registry replication of Exchange's own. It is not taken for the product's:" ""
@@ -247,8 +254,9 @@ unset CLUSCTL_PASSWORD
 say "Every command is in the log file, the password is not:" "" '  $ grep -o "hares -modify EVS1-OXA_RemoteConfig .*" create.log'
 grep -o 'hares -modify EVS1-OXA_RemoteConfig .*' create.log | tr -d '\r' | sed 's/^/  /' | tee said.txt
 grep -qF 'Password ***' said.txt || broken "expected the log to hold the masked password"
-say "" "What the configuration gained, as dependencies:" "" "  \$ diff vcs-exchange.cf.previous vcs-exchange.cf | grep requires"
-{ diff vcs-exchange.cf.previous vcs-exchange.cf || [ $? -eq 1 ]; } | grep requires | tr -d '\r' | sed 's/^/  /' | tee said.txt
+say "" "What the configuration gained:" "" "  \$ diff vcs-exchange.cf.previous vcs-exchange.cf | sed 's/Password = .*/Password = ***/'"
+{ diff vcs-exchange.cf.previous vcs-exchange.cf || [ $? -eq 1 ]; } | tr -d '\r' | sed -e 's/Password = .*/Password = ***/' -e 's/^/  /' |
+    tee said.txt
 grep -qF 'EVS1-OXA_RemoteConfig requires EVS1-OXAHostService' said.txt || broken "a dependency is missing"
 say ""
 try 0 "EVS1-GateRegRep" vcs deps EVS1-OXAHostService
@@ -265,7 +273,34 @@ try 0 "existed already" vcs product create EVS1 --delay-online 0 --rw
 rejects "created"
 try 0 "EVS1-QAV_Monitor  QAV_Monitor  existed already" vcs product add-quarantine EXVS1 --timeout 0 --rw
 
-heading "15. When VCS does not answer"
+say "The other virtual server gets its set without the extras first, and the remote configuration later:" ""
+try 0 "EVS2-OXASAService" vcs product create EVS2 --delay-online 0 --rw
+say '  $ export CLUSCTL_PASSWORD=...' ""
+export CLUSCTL_PASSWORD='Not-a-Secret.2'
+try 0 "EVS2-OXA_RemoteConfig  OXA_RemoteConfig  created" vcs product add-remote-config EXVS2 --account-group EXAMPLE \
+    --account-user gatesvc --timeout 0 --rw
+unset CLUSCTL_PASSWORD
+
+heading "15. Any resource of VCS"
+say "The configuration of a cluster is read-only until it is opened:" ""
+try 1 "clusctl vcs mode rw" vcs resource add Tools-Watch GenericService Tools
+try 0 "" vcs mode rw
+try 0 "" vcs resource add Tools-Watch GenericService Tools --set ServiceName=Watch --set Enabled=1
+try 0 "" vcs resource link Tools-Watch Tools-Monitor
+try 0 "Tools-Monitor" vcs deps Tools-Watch
+try 0 "" vcs resource online Tools-Watch NODE1
+try 0 "NODE1" vcs online-node Tools
+try 0 "" vcs resource offline Tools-Watch NODE1
+try 0 "" vcs resource delete Tools-Watch
+try 0 "" vcs mode ro
+say "A password as VCS keeps it, for other tools. It is the only thing that clusctl prints:" ""
+say '  $ export CLUSCTL_PASSWORD=...' ""
+export CLUSCTL_PASSWORD='Not-a-Secret.3'
+try 0 "" vcs encrypt
+unset CLUSCTL_PASSWORD
+rejects 'Not-a-Secret.3'
+
+heading "16. When VCS does not answer"
 say "Without its engine every tool prints a message, and the library takes the words for names. clusctl knows better:" ""
 say '  $ export VCSSIM_OPTIONS=engine=down' ""
 export VCSSIM_OPTIONS=engine=down
