@@ -84,7 +84,7 @@ runTests() {
     local preset=$1 result=0 parallel failed
     shift
     startWine "build/$preset/wineprefix"
-    parallel=$(jobs_)
+    parallel=$(($(jobs_) * 3 / 2)) # most tests wait for Wine's server part of the time
     failed="build/$preset/Testing/Temporary/LastTestsFailed.log"
     rm -f "$failed"
     ctest --preset "$preset" -j "$((parallel < 2 ? 2 : parallel))" --no-tests=error "$@" 8>&- || result=$?
