@@ -140,7 +140,7 @@ void MeasureVeritas() {
     const WorkFolder folder;
     PrintRun(MeasureRun());
     std::vector<ListResult> lists;
-    for (const std::size_t rows : {1000, 10000, 100000}) {
+    for (const std::size_t rows : {1000u, 10000u, 100000u}) {
         lists.push_back(MeasureList(rows));
     }
     std::printf("\nCVeritasCluster::EnumResourceNamesW, output written by no process, wcstok alone on the same text\n");
