@@ -169,7 +169,7 @@ public:
     static int QueryIISSiteID();
 
 protected:
-    // "HomeDir", at most 1,023 characters. For the library and its own tools; `homeDir` is untouched on failure.
+    // "HomeDir", at most 1,023 characters. For derived classes; `homeDir` is untouched on failure.
     static bool GetHomeDir(std::wstring& homeDir);
 
 private:

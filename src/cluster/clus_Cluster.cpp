@@ -7,6 +7,7 @@
 #include "clus_NameEnumeration.h"
 #include "clus_Owner.h"
 #include "clus_PropertyList.h"
+#include "clus_ResourceTypes.h"
 #include "clus_ValueList.h"
 
 #include <algorithm>
@@ -22,13 +23,13 @@ using clus::GroupEnumOwner;
 using clus::LastErrorKeeper;
 using clus::LocalBuffer;
 using clus::LocalMemoryOwner;
+using clus::NetworkNameType;
 using clus::OnFailedEntry;
 using clus::ResourceEnumOwner;
 using clus::ResourceOwner;
 
 namespace {
 
-const wchar_t NetworkNameType[] = L"Network Name";
 const DWORD CharacterSize = sizeof(wchar_t);
 
 // Exact comparison; null equals nothing.

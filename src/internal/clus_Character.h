@@ -18,12 +18,16 @@ inline wchar_t NarrowUpper(wchar_t character) {
     return IsNarrow(character) ? static_cast<wchar_t>(std::toupper(static_cast<int>(character))) : character;
 }
 
-inline bool EqualNoCase(const std::wstring& left, const wchar_t* right) {
+inline bool EqualNoCase(const wchar_t* left, const wchar_t* right) {
 #if defined(_WIN32)
-    return _wcsicmp(left.c_str(), right) == 0;
+    return _wcsicmp(left, right) == 0;
 #else
-    return wcscasecmp(left.c_str(), right) == 0;
+    return wcscasecmp(left, right) == 0;
 #endif
+}
+
+inline bool EqualNoCase(const std::wstring& left, const wchar_t* right) {
+    return EqualNoCase(left.c_str(), right);
 }
 
 } // namespace clus

@@ -21,7 +21,7 @@ inline HMODULE ThisModule() {
     return reinterpret_cast<HMODULE>(&__ImageBase);
 }
 
-// Logs that a function is left, on whatever path.
+// Logs that a function is left, on whatever path; the line number is that of its declaration.
 class LeaveLogger {
 public:
     LeaveLogger(const char* sourceTag, int line, const wchar_t* text)
@@ -48,7 +48,7 @@ private:
 #define LOG_ERROR(...) CLUS_LOG(clus::LogLevelError, __VA_ARGS__)
 #define LOG_WARNING(...) CLUS_LOG(clus::LogLevelWarning, __VA_ARGS__)
 
-// For members that log their leaving on every path; the text must hold no format characters.
+// For members that log their leaving on every path, at function scope only; the text must hold no format characters.
 #define LOG_LEAVE_AT_END(text) const clus::LeaveLogger leaveLogger(CLUS_SOURCE_TAG, __LINE__, (text))
 #define LOG_ENTER_AND_LEAVE(text) \
     LOG_ENTER(text);              \

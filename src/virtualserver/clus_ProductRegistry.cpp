@@ -68,7 +68,7 @@ std::wstring ProductRegistryKeyFromFile() {
         _flushall();
         const SettingsTable table = ParseSettings(lines);
         const auto entry = table.find(SettingsKeyName);
-        if (entry != table.end() && !entry->second.empty()) {
+        if (entry != table.end()) {
             return entry->second;
         }
     }

@@ -1,12 +1,11 @@
 #include "clus_SmtpRestart.h"
 
 #define CLUS_SOURCE_TAG ".\\clus_VirtualServerUtil.cpp"
+#include "clus_Character.h"
 #include "clus_Cluster.h"
 #include "clus_ComputerName.h"
 #include "clus_Log.h"
 #include "clus_ResourceTypes.h"
-
-#include <cwchar>
 
 namespace clus {
 
@@ -64,12 +63,12 @@ bool RestartFirstSmtpInstanceOfThisNode() {
             continue;
         }
         const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-        if (!type || _wcsicmp(type, SmtpInstanceType) != 0) {
+        if (!type || !EqualNoCase(type, SmtpInstanceType)) {
             continue;
         }
         std::wstring owner;
         const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, nullptr);
-        if (_wcsicmp(owner.c_str(), computer.c_str()) == 0 && state == CClusterResource::RES_STATE_ONLINE) {
+        if (EqualNoCase(owner, computer.c_str()) && state == CClusterResource::RES_STATE_ONLINE) {
             return RestartSmtpInstance(resource, name.c_str());
         }
     }

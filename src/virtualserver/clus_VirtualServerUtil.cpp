@@ -44,7 +44,7 @@ const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
 
 // Registry texts are read into 2,048 characters; how many bytes of that may be filled differs by value.
 const DWORD RegistryTextCharacters = 2048;
-const DWORD ShortRegistryTextBytes = 2048; // refuses a text of more than 1,023 characters
+const DWORD ShortRegistryTextBytes = 2048; // 1,023 characters and their terminator
 
 std::atomic<bool> IsClusterCached(false);
 std::atomic<bool> IsClusterChecked(false);
@@ -235,7 +235,7 @@ int CVirtualServerUtil::GetClusterQuorumModeByRegKey() {
 std::wstring CVirtualServerUtil::GetDataRootPath() {
     wchar_t text[RegistryTextCharacters] = {};
     {
-        // The compiled-in key, whatever the settings file names: the tools that write this value know no other.
+        // The compiled-in key on purpose, whatever the settings file names.
         const RegistryKey key(DefaultProductRegistryKey, KEY_READ);
         if (key) {
             key.ReadText(L"DataRootPath", text, RegistryTextCharacters, sizeof(text));
