@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -14,42 +13,59 @@ namespace clus {
 class UniqueNames {
 public:
     // The names already in the list count.
-    explicit UniqueNames(std::vector<std::wstring>& names) : m_names(names), m_known(0, Hash{&names}, Equal{&names}) {
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            m_known.insert(i);
-        }
+    explicit UniqueNames(std::vector<std::wstring>& names) : m_names(names) {
+        Reserve(names.size());
     }
     UniqueNames(const UniqueNames&) = delete;
     UniqueNames& operator=(const UniqueNames&) = delete;
 
-    // Appends the name unless an equal one, letter case included, is there.
+    // Appends the name unless an equal one, letter case included, is there. When memory is short, nothing has changed.
     void Append(std::wstring&& name) {
         if (!m_names.empty() && m_names.back() == name) {
             return; // lists show a name once per system, in rows that follow one another
         }
-        m_names.push_back(std::move(name));
-        if (!m_known.insert(m_names.size() - 1).second) {
-            m_names.pop_back();
+        Reserve(m_names.size() + 1);
+        std::size_t& position = Slot(m_slots, name);
+        if (position == 0) {
+            m_names.push_back(std::move(name));
+            position = m_names.size();
         }
     }
 
 private:
-    // The set holds positions in the list and no copies of the names.
-    struct Hash {
-        const std::vector<std::wstring>* names;
-        std::size_t operator()(std::size_t index) const {
-            return std::hash<std::wstring>()((*names)[index]);
+    // Open addressing; 1-based positions in the list: no copies of the names and no allocation per name.
+    using Slots = std::vector<std::size_t>;
+
+    // The slot of this name, or the empty one where it belongs. At least half of the slots are empty, so there is one.
+    std::size_t& Slot(Slots& slots, const std::wstring& name) const {
+        const std::size_t mask = slots.size() - 1;
+        std::size_t i = std::hash<std::wstring>()(name) & mask;
+        while (slots[i] != 0 && m_names[slots[i] - 1] != name) {
+            i = (i + 1) & mask;
         }
-    };
-    struct Equal {
-        const std::vector<std::wstring>* names;
-        bool operator()(std::size_t left, std::size_t right) const {
-            return (*names)[left] == (*names)[right];
+        return slots[i];
+    }
+
+    void Reserve(std::size_t count) {
+        if (!m_slots.empty() && count <= m_slots.size() / 2) {
+            return;
         }
-    };
+        std::size_t size = 64; // a power of two
+        while (size < 4 * count) {
+            size *= 2;
+        }
+        Slots slots(size);
+        for (std::size_t i = 0; i < m_names.size(); ++i) {
+            std::size_t& position = Slot(slots, m_names[i]);
+            if (position == 0) {
+                position = i + 1;
+            }
+        }
+        m_slots.swap(slots);
+    }
 
     std::vector<std::wstring>& m_names;
-    std::unordered_set<std::size_t, Hash, Equal> m_known;
+    Slots m_slots;
 };
 
 } // namespace clus
