@@ -9,59 +9,6 @@ using namespace harness;
 
 namespace {
 
-// ImportPatch
-// -----------------------------------------------------------------------------------------------------------
-
-BOOL CallComputerName(HMODULE module) {
-    wchar_t text[MAX_COMPUTERNAME_LENGTH + 1];
-    DWORD cch = MAX_COMPUTERNAME_LENGTH + 1;
-    void** entry = FindImports(module, "KERNEL32.dll", "GetComputerNameW").at(0);
-    return reinterpret_cast<decltype(&GetComputerNameW)>(*entry)(text, &cch);
-}
-
-TEST(ImportPatch, ReplacesWithACapturingLambdaAndRestores) {
-    int calls = 0;
-    {
-        auto patch = PatchImport(kernel32, GetComputerNameW, [&](LPWSTR, LPDWORD) -> BOOL {
-            ++calls;
-            return FALSE;
-        });
-        EXPECT_FALSE(CallComputerName(LibraryModule()));
-    }
-    EXPECT_TRUE(CallComputerName(LibraryModule()));
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(ImportPatch, PassesOnToWhatItReplaced) {
-    auto lower = PatchImport(kernel32, GetComputerNameW, [](LPWSTR, LPDWORD) -> BOOL { return 17; });
-    struct UpperTag;
-    ImportPatch<BOOL(LPWSTR, LPDWORD), UpperTag>* self = nullptr;
-    ImportPatch<BOOL(LPWSTR, LPDWORD), UpperTag> upper(
-        FindImports(LibraryModule(), "kernel32.dll", "GetComputerNameW"),
-        [&](LPWSTR text, LPDWORD cch) { return self->Next(text, cch) + 1; });
-    self = &upper;
-    EXPECT_EQ(CallComputerName(LibraryModule()), 18);
-}
-
-TEST(ImportPatch, ASecondPatchInTheSameSlotIsAnError) {
-    const auto patchIt = [] {
-        return PatchImport(kernel32, GetComputerNameW, [](LPWSTR, LPDWORD) -> BOOL { return TRUE; });
-    };
-    const auto first = patchIt();
-    EXPECT_THROW(patchIt(), std::logic_error);
-}
-
-TEST(ImportPatch, ExportNamesCompareExactlyAndDllNamesWithoutCase) {
-    EXPECT_FALSE(FindImports(LibraryModule(), "KERNEL32.DLL", "GetComputerNameW").empty());
-    EXPECT_TRUE(FindImports(LibraryModule(), "kernel32.dll", "getcomputernamew").empty());
-    EXPECT_TRUE(FindImports(LibraryModule(), "kernel32.dll", "GetComputerName").empty());
-}
-
-TEST(ImportPatch, AnImportThatTheModuleLacksIsAnError) {
-    const auto patchIt = [] { return PatchImport(kernel32, GetTickCount, []() -> DWORD { return 0; }); };
-    EXPECT_THROW(patchIt(), std::runtime_error);
-}
-
 // Guarded
 // ---------------------------------------------------------------------------------------------------------------
 

@@ -1,7 +1,10 @@
 #include "ImportPatch.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace harness {
 
@@ -38,6 +41,21 @@ template <typename Visit> void ForEachImport(HMODULE module, Visit visit) {
     }
 }
 
+bool StartsWith(const std::string& text, const char* lead) {
+    return text.compare(0, std::strlen(lead), lead) == 0;
+}
+
+bool IsCRuntime(const char* dll) {
+    std::string name(dll);
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return name == "msvcrt.dll" || StartsWith(name, "ucrtbase") || StartsWith(name, "api-ms-win-crt-");
+}
+
+bool IsDll(const char* entryDll, const char* dll) {
+    return std::strcmp(dll, AnyCRuntime) == 0 ? IsCRuntime(entryDll) : lstrcmpiA(entryDll, dll) == 0;
+}
+
 void WriteEntry(void** entry, void* value) {
     DWORD old = 0;
     VirtualProtect(entry, sizeof(*entry), PAGE_READWRITE, &old);
@@ -47,10 +65,12 @@ void WriteEntry(void** entry, void* value) {
 
 } // namespace
 
+const char AnyCRuntime[] = "(any C runtime)";
+
 std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name) {
     std::vector<void**> found;
     ForEachImport(module, [&](const char* entryDll, const char* entryName, void** entry) {
-        if (entryName && lstrcmpiA(entryDll, dll) == 0 && std::strcmp(entryName, name) == 0) {
+        if (entryName && IsDll(entryDll, dll) && std::strcmp(entryName, name) == 0) {
             found.push_back(entry);
         }
     });

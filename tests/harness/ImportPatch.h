@@ -18,8 +18,11 @@
 
 namespace harness {
 
-// The entries of a module's import table that hold one function. All import descriptors are searched; the DLL name
-// compares without case, the export name exactly.
+// Stands for the C runtime whichever DLL it is: msvcrt.dll, ucrtbase.dll, or the api-ms-win-crt sets that lead to it.
+extern const char AnyCRuntime[];
+
+// The entries of a module's import table that hold one function. `dll` may be AnyCRuntime. All import descriptors are
+// searched; the DLL name compares without case, the export name exactly.
 std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name);
 
 // The entries that hold this address now, whatever DLL and name they stand under.

@@ -95,7 +95,7 @@ typedef int CloseFunction(int);
 
 void TapRuntimeFiles(PlatformTap& tap) {
     Add<struct wsopen_tap, OpenFunction>(
-        tap, {"msvcrt.dll", "_wsopen", FailureForm::Invalid,
+        tap, {AnyCRuntime, "_wsopen", FailureForm::Invalid,
               [](const wchar_t* name, int mode, int share, int) {
                   return Joined({FileName(name), Hex(static_cast<DWORD>(mode)), Hex(static_cast<DWORD>(share))});
               },
@@ -105,9 +105,9 @@ void TapRuntimeFiles(PlatformTap& tap) {
                   }
               },
               nullptr});
-    Add<struct read_tap, ReadFunction>(tap, {"msvcrt.dll", "_read", FailureForm::Invalid,
+    Add<struct read_tap, ReadFunction>(tap, {AnyCRuntime, "_read", FailureForm::Invalid,
                                              [](int, void*, unsigned size) { return Number(size); }, nullptr, nullptr});
-    Add<struct close_tap, CloseFunction>(tap, {"msvcrt.dll", "_close", FailureForm::CloseInvalid,
+    Add<struct close_tap, CloseFunction>(tap, {AnyCRuntime, "_close", FailureForm::CloseInvalid,
                                                [](int) { return std::string(); }, nullptr,
                                                [&tap](int file) {
                                                    tap.FileClosed(file);

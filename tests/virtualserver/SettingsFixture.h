@@ -54,6 +54,12 @@ protected:
     const std::vector<std::string>& Opened() const {
         return m_opened;
     }
+    // Whether nobody holds the file open: it is not to be had alone otherwise.
+    static bool IsClosed(const std::wstring& path) {
+        const HANDLE alone =
+            CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        return alone != INVALID_HANDLE_VALUE && CloseHandle(alone);
+    }
     std::string Path(const std::wstring& path) const {
         return Utf8(path);
     }
@@ -65,7 +71,7 @@ private:
     std::vector<std::wstring> m_files;
     std::vector<std::string> m_opened;
     ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct OpenFileTag> m_openFilePatch{
-        FindImports(LibraryModule(), "msvcrt.dll", "_wfopen"), [this](const wchar_t* path, const wchar_t* mode) {
+        FindImports(LibraryModule(), AnyCRuntime, "_wfopen"), [this](const wchar_t* path, const wchar_t* mode) {
             EXPECT_STREQ(mode, L"r");
             m_opened.push_back(Utf8(path));
             return m_openFilePatch.Next(path, mode);

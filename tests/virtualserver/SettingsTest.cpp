@@ -136,6 +136,18 @@ TEST_F(SettingsTest, NothingIsLogged) {
                                 "< CVirtualServerUtil::GetClusterQuorumModeByRegKey()"}));
 }
 
+TEST_F(SettingsTest, FileIsClosedAfterReading) {
+    WriteConfig(SettingsEntry);
+    ASSERT_EQ(ProductKey(), "SOFTWARE\\Other");
+    EXPECT_TRUE(IsClosed(m_configFolder + SettingsFileName));
+}
+
+TEST_F(SettingsTest, FileBesideTheExecutableIsClosedAfterReading) {
+    WriteBeside(SettingsEntry);
+    ASSERT_EQ(ProductKey(), "SOFTWARE\\Other");
+    EXPECT_TRUE(IsClosed(m_folder + SettingsFileName));
+}
+
 TEST_F(SettingsTest, OpenFileStreamsAreFlushed) {
     WriteConfig(SettingsEntry);
     WriteText(m_folder + L"other.txt", "");

@@ -55,7 +55,7 @@ private:
             return 0;
         }};
     ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct ThreadFileTag> m_file{
-        FindImports(LibraryModule(), "msvcrt.dll", "_wfopen"), [this](const wchar_t*, const wchar_t*) -> FILE* {
+        FindImports(LibraryModule(), AnyCRuntime, "_wfopen"), [this](const wchar_t*, const wchar_t*) -> FILE* {
             ++files;
             return nullptr;
         }};
