@@ -61,6 +61,30 @@ TEST_F(InstanceTest, PlainConstructorFillsItsRecord) {
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
 }
 
+TEST_F(InstanceTest, PlainConstructorWithoutAHomeDirectoryLeavesItsRecordEmpty) {
+    SetNumber(L"IsCluster", 0);
+    SetText(L"ServerIP", L"10.1.2.3");
+    SetText(L"SERVERGUID", L"{guid}");
+    SetText(L"DataRootPath", L"E:\\Data");
+    CVirtualServerUtil util;
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CVirtualServerUtil::CVirtualServerUtil()", "> CVirtualServerUtil::CheckIsClusterByRegKey()",
+                     "< CVirtualServerUtil::CheckIsClusterByRegKey()", "> CVirtualServerUtil::GetNormalServerInfo()",
+                     "E Cannot get home directory", "< CVirtualServerUtil::GetNormalServerInfo()",
+                     "< CVirtualServerUtil::CVirtualServerUtil()"}));
+
+    Guarded<CClusterVirtualServerInfo> info;
+    int count = 1;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(info.get(), &count), CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(count, 1);
+    EXPECT_FALSE(info->m_bIsOnline);
+    EXPECT_EQ(info->m_nSmtpInstanceCount, -1);
+    EXPECT_STREQ(info->m_wsServerIP, L"");
+    EXPECT_STREQ(info->m_wsServerName, L"");
+    EXPECT_STREQ(info->m_wsDataPath, L"");
+    EXPECT_STREQ(info->m_wsServerGUID, L"");
+}
+
 TEST_F(InstanceTest, SecondInstanceReadsIsClusterNoMore) {
     SetNumber(L"IsCluster", 1);
     const CVirtualServerUtil first;

@@ -69,20 +69,27 @@ TEST_F(ServerLookUp, SkipsSilentlyWhatCannotBeRead) {
 }
 
 TEST_F(ServerLookUp, FailsSilentlyWhenTheClusterCannotBeRead) {
-    for (const char* call : {"OpenCluster", "ClusterOpenEnum", "GetComputerNameW"}) {
+    const struct {
+        const char* call;
+        std::vector<std::string> messages; // of the calls beneath, none of its own
+    } cases[] = {
+        {"OpenCluster", {}}, {"ClusterOpenEnum", {"E calling ClusterOpenEnum failed"}}, {"GetComputerNameW", {}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.call);
         ClusterOf(ThreeServers());
         Util util;
         Forget();
-        Platform().FailCall(call, 5);
+        Platform().FailCall(c.call, 5);
         CClusterVirtualServerLookupRequest request;
         request.m_wsNameOrIP = L"EVS1";
         Info info;
         info.m_bIsOnline = true;
         EXPECT_FALSE(util.QueryServerInfo(request, info));
         EXPECT_FALSE(info.m_bIsOnline);
-        const std::string log = TakeLog();
-        EXPECT_THAT(log, ::testing::StartsWith("> CVirtualServerUtil::QueryServerInfoFromCluster_()"));
-        EXPECT_THAT(log, ::testing::EndsWith("< CVirtualServerUtil::QueryServerInfoFromCluster_()\n"));
+        ASSERT_FALSE(Log().Entries().empty());
+        EXPECT_EQ(Log().Entries().front().Compact(), "> CVirtualServerUtil::QueryServerInfoFromCluster_()");
+        EXPECT_EQ(Log().Entries().back().Compact(), "< CVirtualServerUtil::QueryServerInfoFromCluster_()");
+        EXPECT_EQ(TakeMessages(), c.messages);
     }
 }
 

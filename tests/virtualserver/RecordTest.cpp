@@ -1,5 +1,6 @@
 // The server record, and filling it for the plain server.
 #include "HostFixture.h"
+#include "RecordText.h"
 
 #include <cstring>
 
@@ -11,16 +12,6 @@ typedef CClusterVirtualServerInfo Info;
 
 const std::string Enter = "> CVirtualServerUtil::GetNormalServerInfo()";
 const std::string Leave = "< CVirtualServerUtil::GetNormalServerInfo()";
-
-template <std::size_t Size> std::wstring Text(const wchar_t (&member)[Size]) {
-    EXPECT_NE(std::find(member, member + Size, L'\0'), member + Size) << "not terminated";
-    return std::wstring(member, std::find(member, member + Size, L'\0'));
-}
-
-// Whether everything behind the text is zero.
-template <std::size_t Size> bool TailIsZero(const wchar_t (&member)[Size]) {
-    return std::all_of(std::find(member, member + Size, L'\0'), member + Size, [](wchar_t c) { return c == L'\0'; });
-}
 
 TEST(ServerRecord, LayoutIsFixed) {
     Info info;
@@ -168,6 +159,16 @@ TEST_F(PlainServerTest, HomeDirectoryOfMoreThan1023CharactersFails) {
 
 TEST_F(PlainServerTest, UnreadableIpMeansLoopback) {
     SetNumber(L"ServerIP", 1);
+    EXPECT_TRUE(Fill());
+    EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
+    EXPECT_TRUE(TailIsZero(info->m_wsServerIP));
+    EXPECT_EQ(TakeLog(),
+              Lines({Enter, "E Cannot get ServerIP, assume 127.0.0.1", "I Got server guid from registry: {guid}"}) +
+                  EndOfLog("D:\\Product", "{guid}"));
+}
+
+TEST_F(PlainServerTest, IpOfMoreThan1023CharactersMeansLoopback) {
+    SetText(L"ServerIP", std::wstring(1024, L'i'));
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
     EXPECT_TRUE(TailIsZero(info->m_wsServerIP));

@@ -7,6 +7,13 @@ using ::testing::ElementsAre;
 
 namespace {
 
+typedef std::vector<std::string> Texts;
+
+Texts operator+(Texts left, const Texts& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
 class SmtpInstances : public ServerTest {};
 
 TEST_F(SmtpInstances, AreThoseOfTheServersGroup) {
@@ -71,17 +78,89 @@ TEST_F(SmtpInstances, AreNotCollectedOnAPlainServer) {
                                 "< CVirtualServerUtil::CheckIsClusterByRegKey()"}));
 }
 
-TEST_F(SmtpInstances, FailAtEachStep) {
-    for (const char* call : {"OpenCluster", "ClusterOpenEnum", "OpenClusterResource(EVS1 Name)",
-                             "GetClusterResourceState", "OpenClusterGroup", "ClusterGroupOpenEnum"}) {
-        SCOPED_TRACE(call);
-        ClusterOf(OneServer());
-        Platform().FailCall(call, 5);
+// What is logged is the search's and the listing's, with nothing of its own but the exit.
+
+const Texts Asked = {"> CVirtualServerUtil::CheckIsClusterByRegKey()",
+                     "< CVirtualServerUtil::CheckIsClusterByRegKey()"};
+const Texts Opened = Asked + Texts{"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()"};
+const char Left[] = "< CVirtualServerUtil::GetSMTPInstanceInfo()";
+
+// The search for the network name, and the listing of its group.
+Texts Searched(const Texts& messages) {
+    return Opened + Texts{"> CCluster::FindFirstResourceNameByNetworkName"} + messages +
+           Texts{"< CClusterResource::FindFirstResourceNameByNetworkName"};
+}
+const Texts Found = Searched({"I Network name found: EVS1 Name for res:"});
+Texts Listed(const Texts& inner, const Texts& outer) {
+    return Found + Texts{"> EnumResourceNamesInGroupByType", "> EnumResourceNamesInGroup"} + inner +
+           Texts{"< EnumResourceNamesInGroup"} + outer + Texts{"< EnumResourceNamesInGroupByType"};
+}
+
+ModelBuilder TwoInstances() {
+    ModelBuilder model = OneServer();
+    model.Resource("SMTP 1", SmtpType).Private("ProtocolInstanceId", 1u);
+    model.Resource("SMTP 2", SmtpType).Private("ProtocolInstanceId", 2u);
+    return model;
+}
+
+TEST_F(SmtpInstances, WholeTranscript) {
+    ClusterOf(TwoInstances());
+    ASSERT_TRUE(Util::CheckIsClusterByRegKey());
+    Forget();
+    Info info;
+    ASSERT_TRUE(Util::GetSMTPInstanceInfo(L"EVS1", info));
+    EXPECT_EQ(TakeLog(), Lines(Listed({}, {}) + Texts{Left}));
+}
+
+TEST_F(SmtpInstances, WholeTranscriptOfTheFailureOfEachStep) {
+    const Texts opening = {"E Open resource failed:SMTP 2, err=5"};
+    const struct {
+        const char* call;
+        unsigned occurrence;
+        int count; // as it is left in the record
+        Texts log; // up to the exit
+    } cases[] = {
+        {"OpenCluster", 1, -1,
+         Asked + Texts{"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC(), err=5", "< CCluster::OpenByLPC()"}},
+        {"ClusterOpenEnum", 1, -1, Searched({"E calling ClusterOpenEnum failed", "E EnumNames failed"})},
+        {"OpenClusterResource(EVS1 Name)", 1, -1,
+         Searched({"E Open resource failed:EVS1 Name, err=5", "E Unable to open resource: EVS1 Name"})},
+        {"OpenClusterResource(EVS1 Name)", 2, -1, Found + Texts{"E Open resource failed:EVS1 Name, err=5"}},
+        {"GetClusterResourceState", 1, -1, Found + Texts{"E ClusterResourceStateUnknown == 0"}},
+        {"OpenClusterGroup", 1, -1, Found + Texts{"E Open group failed, code:5"}},
+        {"ClusterGroupOpenEnum", 1, -1, Listed({"E NULL == hEnum"}, {})},
+        {"OpenClusterResource(SMTP 2)", 1, -1, Listed({}, opening)},
+        {"OpenClusterResource(SMTP 2)", 2, 1, Listed({}, {}) + opening},
+        {"ClusterResourceControl(SMTP 2,GET_PRIVATE_PROPERTIES,128)", 1, 1,
+         Listed({}, {}) + Texts{"E Calling ClusterResourceControl returns error, code:5"}},
+        {"ResUtilFindDwordProperty", 2, 1, Listed({}, {})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.call + std::string(" ") + std::to_string(c.occurrence));
+        ClusterOf(TwoInstances());
+        ASSERT_TRUE(Util::CheckIsClusterByRegKey());
+        Forget();
+        Platform().FailCall(c.call, 5, c.occurrence);
         Info info;
         EXPECT_FALSE(Util::GetSMTPInstanceInfo(L"EVS1", info));
-        EXPECT_EQ(info.m_nSmtpInstanceCount, -1);
-        EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CVirtualServerUtil::GetSMTPInstanceInfo()\n"));
+        EXPECT_EQ(info.m_nSmtpInstanceCount, c.count);
+        EXPECT_EQ(TakeLog(), Lines(c.log + Texts{Left}));
     }
+}
+
+TEST_F(SmtpInstances, WholeTranscriptOfAnUnknownServerAndOfTooMany) {
+    ModelBuilder model = OneServer();
+    for (unsigned i = 0; i < 129; ++i) {
+        model.Resource("SMTP " + std::to_string(i), SmtpType).Private("ProtocolInstanceId", i);
+    }
+    ClusterOf(model);
+    ASSERT_TRUE(Util::CheckIsClusterByRegKey());
+    Forget();
+    Info info;
+    EXPECT_FALSE(Util::GetSMTPInstanceInfo(L"EVS9", info));
+    EXPECT_EQ(TakeLog(), Lines(Searched({}) + Texts{Left}));
+    EXPECT_FALSE(Util::GetSMTPInstanceInfo(L"EVS1", info));
+    EXPECT_EQ(TakeLog(), Lines(Listed({}, {}) + Texts{Left}));
 }
 
 TEST_F(SmtpInstances, FailWhenAnInstanceCannotBeOpened) {
