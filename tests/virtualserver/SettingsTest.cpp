@@ -145,6 +145,7 @@ TEST_F(SettingsTest, FileIsClosedAfterReading) {
 TEST_F(SettingsTest, FileBesideTheExecutableIsClosedAfterReading) {
     WriteBeside(SettingsEntry);
     ASSERT_EQ(ProductKey(), "SOFTWARE\\Other");
+    ASSERT_EQ(Opened().back(), Path(m_folder + SettingsFileName));
     EXPECT_TRUE(IsClosed(m_folder + SettingsFileName));
 }
 
