@@ -43,6 +43,11 @@ bool CfValue::IsAssociation() const {
     return std::any_of(elements.begin(), elements.end(), [](const CfElement& element) { return element.hasValue; });
 }
 
+bool CfValue::IsNested() const {
+    return std::any_of(elements.begin(), elements.end(),
+                       [](const CfElement& element) { return element.hasValue && element.value.isList; });
+}
+
 const CfAttribute* CfBlock::Find(const std::string& attribute, const std::string& system) const {
     for (const CfAttribute& candidate : attributes) {
         if (candidate.name == attribute && candidate.system == system) {

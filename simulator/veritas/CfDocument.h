@@ -22,6 +22,7 @@ struct CfValue {
     // The parts in a row, keys and values alike, as the tools print them.
     std::vector<std::string> Flat() const;
     bool IsAssociation() const;
+    bool IsNested() const; // a list in a list: its parts in a row do not tell what belongs together
 };
 
 struct CfElement {

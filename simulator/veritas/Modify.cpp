@@ -54,6 +54,11 @@ public:
                 return;
             }
         }
+        // The members of other systems and those beside the changed one are written anew from their parts.
+        if ((m_request.action != ModifyRequest::Set || !m_request.system.empty()) && IsNested()) {
+            Refuse("99046", "Attribute " + attribute + " holds braces in braces and can only be set as a whole");
+            return;
+        }
         Parts parts = CurrentParts(m_request.system);
         if (Change(parts)) {
             Write(parts);
@@ -85,6 +90,13 @@ private:
                       : m_request.action == ModifyRequest::Update ? AttributeType::Association
                                                                   : AttributeType::List;
         return true;
+    }
+
+    bool IsNested() const {
+        return std::any_of(m_resource.attributes.begin(), m_resource.attributes.end(),
+                           [&](const CfAttribute& existing) {
+                               return existing.name == m_request.attribute && existing.value.IsNested();
+                           });
     }
 
     Parts CurrentParts(const std::string& system) const {

@@ -117,6 +117,25 @@ TEST_F(ModifyTest, RefusesWhatDoesNotFit) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
+TEST_F(ModifyTest, LeavesBracesInBracesAlone) {
+    std::string nested(Sample);
+    const std::string members = "{ one, two }";
+    nested.replace(nested.find(members), members.size(), "{ one, { two, three }, { k = { v } } }");
+    WriteFile(L"", nested);
+    for (const char* change : {"-add four", "-delete one", "-update one 1", "-delete -keys", "x -sys NODE1",
+                               "-add four -sys NODE2", "-delete -keys -sys NODE1"}) {
+        EXPECT_EQ(Run("hares", std::string("-modify G-RegRep ExcludeKeys ") + change),
+                  "VCS WARNING V-16-1-99046 (simulated) Attribute ExcludeKeys holds braces in braces and can only be "
+                  "set as a whole\n")
+            << change;
+        EXPECT_EQ(m_exitCode, 1);
+    }
+    EXPECT_FALSE(HasFile(L".live"));
+    EXPECT_EQ(ReadFile(L""), nested);
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys four"), "");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tExcludeKeys = { four }\n"));
+}
+
 TEST_F(ModifyTest, TakesAnyAttributeOfATypeThatIsNotKnownWell) {
     EXPECT_EQ(Run("hares", "-modify G-IP Options none"), "");
     EXPECT_EQ(Run("hares", "-modify G-IP Hosts -add a b"), "");
