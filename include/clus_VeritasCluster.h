@@ -60,7 +60,8 @@ struct CLUSUTIL_API CVeritasVirtualServerInfo {
 //
 // Success means that the tools could be run; which messages of a tool count as failure is said at each member. The
 // debug log shows each run, but has no line of its own for a tool that could not be started; the last-error value says
-// why. Unless said otherwise, null texts count as empty. Nothing throws but for want of memory.
+// why. Unless said otherwise, null texts count as empty. Nothing throws but for want
+// of memory, and what the service manager library throws beyond OS::CException.
 class CLUSUTIL_API CVeritasCluster {
 public:
     // Starts nothing.
@@ -95,7 +96,7 @@ public:
     bool EnumResourceNamesW(std::vector<std::wstring>& resources, const NameValuePairList* filter = nullptr) const;
 
     // "hares -dep": appends to `children` the resources that `resource` depends on, to `parents` those that depend on
-    // it, each once; the two must be different lists. True also when the tool reports an error.
+    // it, each once. True also when the tool reports an error.
     bool EnumResDependencies(const wchar_t* resource, std::vector<std::wstring>& parents,
                              std::vector<std::wstring>& children) const;
 
@@ -210,8 +211,8 @@ public:
     bool CollectKOVAResNames(const wchar_t* groupName, std::vector<std::wstring>& resNames) const;
 
 private:
-    bool EnumFirstColumn_(const wchar_t* command, std::vector<std::wstring>& names,
-                          const NameValuePairList* filter) const;
+    struct Steps_; // what several members share
+
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
                                 bool logDetails) const;
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::vector<std::wstring>* tokens,
@@ -232,9 +233,6 @@ private:
 
     void MakeDefaultCreateRegRepResoruceParams(NameValuePairList& params) const;
     void MakeDefaultCreateGenericServiceResoruceParams(NameValuePairList& params) const;
-    bool CreateServiceAndTurnItOn_(const CVeritasVirtualServerInfo& info, const wchar_t* resName,
-                                   const wchar_t* serviceName, const wchar_t* childResName,
-                                   const NameValuePairList& params, int timeout) const;
     bool CollectKOVAResNames(const NameValuePairList filter, std::vector<std::wstring>& resNames) const;
 };
 

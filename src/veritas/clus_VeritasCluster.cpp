@@ -55,12 +55,45 @@ bool Contains(const std::vector<std::wstring>& names, const std::wstring& name) 
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// For the few names of one resource; long lists take UniqueNames.
+void AppendNew(std::vector<std::wstring>& names, const std::wstring& name) {
+    if (!Contains(names, name)) {
+        names.push_back(name);
+    }
+}
+
+// Leaves no secret of a command line on the stack, whatever happens.
+class TextEraser {
+public:
+    TextEraser(wchar_t* text, size_t characters) : m_text(text), m_bytes(characters * sizeof(wchar_t)) {
+    }
+    ~TextEraser() {
+        SecureZeroMemory(m_text, m_bytes);
+    }
+    TextEraser(const TextEraser&) = delete;
+    TextEraser& operator=(const TextEraser&) = delete;
+
+private:
+    wchar_t* m_text;
+    size_t m_bytes;
+};
+
 // No less than 0 and no more than an int holds.
 int MillisecondsFromSeconds(int seconds) {
     return static_cast<int>(std::min<long long>(1000LL * std::max(seconds, 0), std::numeric_limits<int>::max()));
 }
 
 } // namespace
+
+struct CVeritasCluster::Steps_ {
+    // The name column of a list, each name once.
+    static bool EnumFirstColumn(const CVeritasCluster& cluster, const wchar_t* command,
+                                std::vector<std::wstring>& names, const NameValuePairList* filter);
+    // Creates a service's resource, brings it online on the virtual server's system and waits for the service.
+    static bool CreateServiceAndTurnItOn(const CVeritasCluster& cluster, const CVeritasVirtualServerInfo& info,
+                                         const wchar_t* resName, const wchar_t* serviceName,
+                                         const wchar_t* childResName, const NameValuePairList& params, int timeout);
+};
 
 // Virtual server record -----------------------------------------------------------------------------------------
 
@@ -106,6 +139,7 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
     const FileDeleter deleter(fileName);
 
     wchar_t commandLine[CommandLineCharacters] = {};
+    const TextEraser eraser(commandLine, CommandLineCharacters);
     _snwprintf_s(commandLine, CommandLineCharacters, _TRUNCATE, L"%s %s", command, arguments);
     commandLine[CommandLineCharacters - 1] = L'\0';
 
@@ -123,7 +157,6 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         DumpResult_(fileName);
     } else {
         LOG_INFO(L"Result: ***");
-        SecureZeroMemory(commandLine, sizeof(commandLine));
     }
     return succeeded;
 }
@@ -203,18 +236,18 @@ bool CVeritasCluster::EnumSystemNames(std::vector<std::wstring>& systems, const 
 }
 
 bool CVeritasCluster::EnumGroupNames(std::vector<std::wstring>& groups, const NameValuePairList* filter) const {
-    return EnumFirstColumn_(L"hagrp -list", groups, filter);
+    return Steps_::EnumFirstColumn(*this, L"hagrp -list", groups, filter);
 }
 
 bool CVeritasCluster::EnumResourceNamesW(std::vector<std::wstring>& resources, const NameValuePairList* filter) const {
-    return EnumFirstColumn_(L"hares -list", resources, filter);
+    return Steps_::EnumFirstColumn(*this, L"hares -list", resources, filter);
 }
 
-bool CVeritasCluster::EnumFirstColumn_(const wchar_t* command, std::vector<std::wstring>& names,
-                                       const NameValuePairList* filter) const {
-    const std::wstring conditions = filter ? ConcatNameValuePair_(*filter) : L"";
+bool CVeritasCluster::Steps_::EnumFirstColumn(const CVeritasCluster& cluster, const wchar_t* command,
+                                              std::vector<std::wstring>& names, const NameValuePairList* filter) {
+    const std::wstring conditions = filter ? cluster.ConcatNameValuePair_(*filter) : L"";
     std::vector<std::wstring> tokens;
-    if (!ExecuteVeritasCommand_(command, conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
+    if (!cluster.ExecuteVeritasCommand_(command, conditions.c_str(), &tokens, true) || cluster.IsResultError(tokens)) {
         return false;
     }
     UniqueNames unique(names);
@@ -231,16 +264,14 @@ bool CVeritasCluster::EnumResDependencies(const wchar_t* resource, std::vector<s
     if (!ExecuteVeritasCommand_(L"hares -dep", name.c_str(), &tokens, true)) {
         return false;
     }
-    UniqueNames uniqueParents(parents);
-    UniqueNames uniqueChildren(children);
     for (size_t row = DependencyColumns; row + DependencyColumns <= tokens.size(); row += DependencyColumns) {
         const std::wstring& parent = tokens[row + 1];
         const std::wstring& child = tokens[row + 2];
         if (EqualNoCase(parent, name.c_str())) {
-            uniqueChildren.Append(std::wstring(child));
+            AppendNew(children, child);
         }
         if (EqualNoCase(child, name.c_str())) {
-            uniqueParents.Append(std::wstring(parent));
+            AppendNew(parents, parent);
         }
     }
     return true;
@@ -753,7 +784,7 @@ bool CVeritasCluster::CreateQAVResourceAndTurnItOn(const wchar_t* virtualName, i
     LOG_INFO(L"Creating %s...", monitor);
     params[ServiceServiceName].second = QAVMonitorService;
     params[ServiceLanmanResName].second = info.sLanmanResName;
-    return CreateServiceAndTurnItOn_(info, monitor, QAVMonitorService, regRep.c_str(), params, timeout);
+    return Steps_::CreateServiceAndTurnItOn(*this, info, monitor, QAVMonitorService, regRep.c_str(), params, timeout);
 }
 
 bool CVeritasCluster::CreateRemoteConfigResourceAndTurnItOn(const wchar_t* virtualName,
@@ -786,22 +817,23 @@ bool CVeritasCluster::CreateRemoteConfigResourceAndTurnItOn(const wchar_t* virtu
     EncryptVeritasPassword(szRemoteConfigPassword, encrypted);
     params[ServicePassword].second = Quoted(encrypted);
     params[ServiceLanmanResName].second = info.sLanmanResName;
-    return CreateServiceAndTurnItOn_(info, remoteConfig, RemoteConfigService, host.c_str(), params, timeout);
+    return Steps_::CreateServiceAndTurnItOn(*this, info, remoteConfig, RemoteConfigService, host.c_str(), params,
+                                            timeout);
 }
 
-// Creates a service's resource, brings it online on the virtual server's system and waits for the service.
-bool CVeritasCluster::CreateServiceAndTurnItOn_(const CVeritasVirtualServerInfo& info, const wchar_t* resName,
-                                                const wchar_t* serviceName, const wchar_t* childResName,
-                                                const NameValuePairList& params, int timeout) const {
-    if (!CreateResource(resName, GenericServiceType, info.sGroupName.c_str(), childResName, params)) {
+bool CVeritasCluster::Steps_::CreateServiceAndTurnItOn(const CVeritasCluster& cluster,
+                                                       const CVeritasVirtualServerInfo& info, const wchar_t* resName,
+                                                       const wchar_t* serviceName, const wchar_t* childResName,
+                                                       const NameValuePairList& params, int timeout) {
+    if (!cluster.CreateResource(resName, GenericServiceType, info.sGroupName.c_str(), childResName, params)) {
         LOG_WARNING(L"Creating veritas res for %s failed.", resName);
         return false;
     }
-    if (!TurnOnOrOffResource(resName, info.sOnlineNode.c_str(), true)) {
+    if (!cluster.TurnOnOrOffResource(resName, info.sOnlineNode.c_str(), true)) {
         LOG_WARNING(L"failed to turn res: %s online.", resName);
         return false;
     }
-    WaitForServiceToStart(serviceName, timeout);
+    cluster.WaitForServiceToStart(serviceName, timeout);
     return true;
 }
 
