@@ -52,4 +52,26 @@ TEST(UniqueNames, GrowthOfTheListLosesNothing) {
     EXPECT_EQ(Appended({}, twice), expected);
 }
 
+TEST(UniqueNames, ManyNamesAreFoundAgainHoweverFarApart) {
+    Names names;
+    Names held;
+    for (int i = 0; i < 20000; ++i) {
+        names.push_back(L"name" + std::to_wstring(i));
+        if (i % 20 == 0) {
+            held.push_back(names.back());
+        }
+    }
+    Names twice = names;
+    twice.insert(twice.end(), names.begin(), names.end());
+    EXPECT_EQ(Appended({}, twice), names);
+
+    Names rest = held;
+    for (int i = 0; i < 20000; ++i) {
+        if (i % 20 != 0) {
+            rest.push_back(names[static_cast<std::size_t>(i)]);
+        }
+    }
+    EXPECT_EQ(Appended(held, twice), rest);
+}
+
 } // namespace

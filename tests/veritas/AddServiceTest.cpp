@@ -51,6 +51,12 @@ TEST_F(VeritasSwitchOn, TellsOfAGroupThatCannotBeListed) {
                             Texts{"W call to GetGenericServiceResNameByServiceName failed"}));
 }
 
+TEST_F(VeritasSwitchOn, NullCountsAsAnEmptyGroupAndService) {
+    tools.Answer(L"hares -list  Type=GenericService  ServiceName=  Group= ", Listed({"res"}));
+    EXPECT_TRUE(cluster.CheckIfGenericServiceResourceExistsAndTurnItOn(nullptr, nullptr, L"NODE2", 1));
+    EXPECT_EQ(Waiting(), RunsAtOnce(""));
+}
+
 TEST_F(VeritasSwitchOn, AResourceThatCannotBeTurnedOnExistsAllTheSame) {
     Service("Svc", {"res"});
     tools.FailStart(4, ERROR_FILE_NOT_FOUND);
@@ -296,6 +302,13 @@ TEST_F(VeritasAddRemoteConfig, ThePasswordIsNowhereInTheLog) {
     const std::string log = TakeLog();
     EXPECT_THAT(log, ::testing::Not(::testing::HasSubstr("pass")));
     EXPECT_THAT(log, ::testing::Not(::testing::HasSubstr("Result: eNcRyPtEd")));
+}
+
+TEST_F(VeritasAddRemoteConfig, NullCountsAsAnEmptyNetworkName) {
+    tools.Answer(L"hares -list  Type=Lanman  VirtualName= ", "");
+    EXPECT_FALSE(cluster.CreateRemoteConfigResourceAndTurnItOn(nullptr, L"DOMAIN", L"admin", L"p", 0));
+    EXPECT_TRUE(cluster.CreateQAVResourceAndTurnItOn(nullptr, 0));
+    EXPECT_EQ(tools.TakeCommandLines(), (CommandList(2, L"hares -list  Type=Lanman  VirtualName= ")));
 }
 
 } // namespace

@@ -113,9 +113,9 @@ TEST_F(VeritasDependencies, EachListHasItsOwnDuplicates) {
 
 TEST_F(VeritasDependencies, OneListForBothTakesEachNameOnce) {
     Names both;
-    tools.AnswerNext(Header + "G R A\nG B R\n");
+    tools.AnswerNext(Header + "G R A\nG R B\nG A R\nG C R\n");
     EXPECT_TRUE(cluster.EnumResDependencies(L"R", both, both));
-    EXPECT_EQ(both, (Names{L"A", L"B"}));
+    EXPECT_EQ(both, (Names{L"A", L"B", L"C"}));
 }
 
 TEST_F(VeritasDependencies, AMessageIsNoFailureAndChangesNothing) {

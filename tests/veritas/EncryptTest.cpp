@@ -1,6 +1,8 @@
 // Passwords in the form that VCS agents keep.
 #include "RunnerFixture.h"
 
+#include <algorithm>
+
 using namespace harness;
 
 namespace {
@@ -100,6 +102,24 @@ TEST_F(VeritasEncryption, TheNextRunIsLoggedInFull) {
     Forget();
     EXPECT_TRUE(cluster.DeleteResource(L"R"));
     EXPECT_EQ(TakeLog(), RunLog("hares -delete R ", {"I Process exit code: 0", "I Result: x"}));
+}
+
+TEST_F(VeritasEncryption, NoCommandLineIsLeftOnTheStack) {
+    // The buffer is looked at where the run ends: when its file is deleted.
+    const wchar_t* commandLine = nullptr;
+    std::size_t cleared = 0;
+    tools.onRun = [&commandLine](const ToolRun& run) { commandLine = run.arguments.commandLine; };
+    const auto patch = PatchImport(kernel32, DeleteFileW, [&](LPCWSTR name) {
+        cleared = static_cast<std::size_t>(std::count(commandLine, commandLine + 16384, L'\0'));
+        return ::DeleteFileW(name);
+    });
+    tools.AnswerPrefix(L"vcsencrypt", "x\n");
+    EXPECT_TRUE(Encrypt(L"secret"));
+    EXPECT_EQ(cleared, 16384u);
+    cleared = 0;
+    Platform().FailCall("_wsopen", ERROR_SHARING_VIOLATION, 1, FaultMode::FromThenOn);
+    EXPECT_FALSE(Encrypt(L"secret"));
+    EXPECT_EQ(cleared, 16384u);
 }
 
 } // namespace

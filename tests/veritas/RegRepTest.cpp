@@ -151,4 +151,9 @@ TEST_F(VeritasExistingRegRep, IsSoughtByTheCompiledInKeyWhateverTheRegistryHolds
     EXPECT_THAT(TakeJournal(), ::testing::Not(::testing::HasSubstr("RegOpenKeyExW")));
 }
 
+TEST_F(VeritasExistingRegRep, NullCountsAsAnEmptyGroup) {
+    tools.Answer(L"hares -list  Group=  Type=RegRep ", "");
+    EXPECT_TRUE(cluster.FindExistingKOVARegRepResName(nullptr, regRep));
+}
+
 } // namespace

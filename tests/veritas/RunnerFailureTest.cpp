@@ -157,4 +157,21 @@ TEST_F(VeritasRunnerFailure, EveryFailureLeavesTheNextRunAlone) {
     }
 }
 
+TEST_F(VeritasRunnerFailure, TheLastErrorSaysWhyAToolCouldNotBeStarted) {
+    const auto patch = PatchImport(kernel32, DeleteFileW, [](LPCWSTR name) {
+        const BOOL deleted = ::DeleteFileW(name);
+        SetLastError(ImpossibleCode);
+        return deleted;
+    });
+    for (const DWORD code : {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED}) {
+        tools.FailStart(1, code);
+        EXPECT_FALSE(cluster.SwitchToReadWriteMode());
+        EXPECT_EQ(GetLastError(), code);
+        tools.FailStart(1, code);
+        std::wstring encrypted;
+        EXPECT_FALSE(cluster.EncryptVeritasPassword(L"p", encrypted));
+        EXPECT_EQ(GetLastError(), code);
+    }
+}
+
 } // namespace

@@ -213,4 +213,18 @@ TEST_F(VeritasRunner, AnEncryptionThatCannotBeStartedLogsStarsOnly) {
     EXPECT_EQ(TakeLog(), Lines({RunEnter, RunTempFile, "I Command line is ***", "I Result: ***", RunLeave}));
 }
 
+TEST_F(VeritasRunner, LeavesWhenTheFileIsGone) {
+    tools.AnswerNext("");
+    std::string before;
+    {
+        const auto patch = PatchImport(kernel32, DeleteFileW, [&](LPCWSTR name) {
+            before = TakeLog();
+            return ::DeleteFileW(name);
+        });
+        EXPECT_TRUE(cluster.SwitchToReadWriteMode());
+    }
+    EXPECT_EQ(before + TakeLog(), RunLog("haconf -makerw ", {"I Process exit code: 0"}));
+    EXPECT_THAT(before, ::testing::EndsWith("I Process exit code: 0\n"));
+}
+
 } // namespace

@@ -143,4 +143,12 @@ TEST_F(VeritasTopMount, AVolumeListThatVcsRefusesIsAFailure) {
     EXPECT_EQ(Told(), Lines(listing + attendant + volumes + leave));
 }
 
+TEST_F(VeritasTopMount, NullCountsAsAnEmptyGroup) {
+    tools.AnswerPrefix(L"hares -list ", "");
+    Names names;
+    EXPECT_TRUE(cluster.FindMostParentMountVResourceNameInGroup(nullptr, names));
+    EXPECT_EQ(tools.TakeCommandLines(), (CommandList{L"hares -list  Type=ExchService  Service=MSExchangeSA  Group= ",
+                                                     L"hares -list  Type=MountV  Group= "}));
+}
+
 } // namespace
