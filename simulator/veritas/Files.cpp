@@ -36,10 +36,11 @@ private:
 };
 
 [[noreturn]] void Fail(const std::wstring& path, const char* what, DWORD code) {
-    const char* const reason = code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL      ? "the disk is full"
-                               : code == ERROR_ACCESS_DENIED                                  ? "access is denied"
-                               : code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ? "there is no such file"
-                                                                                              : "error";
+    const char* const reason = code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL ? "the disk is full"
+                               : code == ERROR_ACCESS_DENIED                             ? "access is denied"
+                               : code == ERROR_FILE_NOT_FOUND                            ? "there is no such file"
+                               : code == ERROR_PATH_NOT_FOUND                            ? "there is no such folder"
+                                                                                         : "error";
     throw FileError(Utf8(path) + ": cannot be " + what + ": " + reason + " (" + std::to_string(code) + ")");
 }
 
@@ -59,9 +60,9 @@ FileLock::FileLock(const std::wstring& path) {
             return;
         }
         // A file that is just being deleted answers like one that may not be opened.
-        denied = code == ERROR_SHARING_VIOLATION ? 0 : denied + 1;
-        if (denied == 100 || !IsPassing(code)) {
-            return;
+        denied = code == ERROR_ACCESS_DENIED ? denied + 1 : 0;
+        if (denied == 100 || (code != ERROR_ACCESS_DENIED && code != ERROR_SHARING_VIOLATION)) {
+            Fail(path, "locked", code);
         }
     }
 }

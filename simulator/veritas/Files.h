@@ -18,7 +18,7 @@ public:
 // Held while the object lives; a process that dies gives it up.
 class FileLock {
 public:
-    // Waits for its turn. Without the right to create the file there is no lock, and nothing to be written either.
+    // Waits as long as another process holds it. FileError when the file cannot be opened for any other reason.
     explicit FileLock(const std::wstring& path);
     ~FileLock();
     FileLock(const FileLock&) = delete;

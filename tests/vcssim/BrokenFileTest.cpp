@@ -88,6 +88,24 @@ TEST_F(BrokenFileTest, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
     EXPECT_EQ(ReadFile(L".previous"), Sample);
 }
 
+TEST_F(BrokenFileTest, DoesNothingWithoutTheLock) {
+    // Where the lock file is to be made there is a folder.
+    CreateDirectoryW(Path(L".lock").c_str(), nullptr);
+    const std::string state = ReadFile(L".state.json");
+    for (const char* change : {"-modify G-IP Address 1", "-online G-IP -sys NODE1", "-value G-IP Address"}) {
+        EXPECT_THAT(Run("hares", change), EndsWith("main.cf.lock: cannot be locked: access is denied (5)\n"));
+        EXPECT_EQ(m_exitCode, 1);
+    }
+    EXPECT_FALSE(HasFile(L".live"));
+    EXPECT_EQ(ReadFile(L".state.json"), state);
+    RemoveDirectoryW(Path(L".lock").c_str());
+    EXPECT_EQ(Run("hares", "-modify G-IP Address 1"), "");
+
+    m_environment.mainCf = Path(L".folder\\main.cf");
+    EXPECT_THAT(Run("hasys", "-list"), EndsWith("main.cf.lock: cannot be locked: there is no such folder (3)\n"));
+    EXPECT_EQ(m_exitCode, 1);
+}
+
 TEST_F(BrokenFileTest, AnswersEveryTruncationWithoutHarm) {
     const std::string text(Sample);
     int broken = 0;
