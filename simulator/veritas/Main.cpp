@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -25,12 +26,23 @@ std::string ToolName() {
     return tool;
 }
 
+int OutOfMemory() {
+    const char message[] = "VCS ERROR V-16-1-99001 (simulated) there is not enough memory\r\n";
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), message, sizeof(message) - 1, &written, nullptr);
+    return 1;
+}
+
 } // namespace
 
 int wmain(int argc, wchar_t** argv) {
-    std::vector<std::string> arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments.push_back(clussim::Utf8(argv[i]));
+    try {
+        std::vector<std::string> arguments;
+        for (int i = 1; i < argc; ++i) {
+            arguments.push_back(clussim::Utf8(argv[i]));
+        }
+        return vcssim::RunTool(ToolName(), arguments);
+    } catch (const std::bad_alloc&) {
+        return OutOfMemory();
     }
-    return vcssim::RunTool(ToolName(), arguments);
 }

@@ -13,7 +13,7 @@ namespace vcssim {
 // Without faults and journal. Nothing is written to the standard streams.
 Output RunCommand(const std::string& tool, const std::vector<std::string>& arguments, const Environment& environment);
 
-// All of it, as the programs do.
+// All of it, as the programs do. Throws std::bad_alloc; files are whole then as ever.
 int RunTool(const std::string& tool, const std::vector<std::string>& arguments);
 
 } // namespace vcssim

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <new>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -36,10 +37,19 @@ std::string Text(const Json& fault, const char* member) {
     return fault[member].get<std::string>();
 }
 
+// At once, so that what does not fit into memory is not tried for minutes.
+void Reserve(std::string& text, std::size_t size, std::size_t times) {
+    if (size != 0 && times > text.max_size() / size) {
+        throw std::bad_alloc();
+    }
+    text.reserve(size * times);
+}
+
 // The same bytes each time.
 std::string RandomBytes(std::size_t count) {
     std::mt19937 generator(static_cast<std::mt19937::result_type>(count));
     std::string bytes;
+    Reserve(bytes, count, 1);
     while (bytes.size() < count) {
         bytes += static_cast<char>(generator() >> 24);
     }
@@ -62,7 +72,9 @@ ToolFault ReadFault(const Json& json) {
     fault.replacesOutput = json.contains("output") || json.contains("random") || json.contains("exit");
     fault.output = Text(json, "output") + RandomBytes(Number(json, "random", 0));
     const std::string once = fault.output;
-    for (std::size_t i = Number(json, "repeat", 1); i > 1; --i) {
+    const std::size_t times = Number(json, "repeat", 1);
+    Reserve(fault.output, once.size(), times);
+    for (std::size_t i = once.empty() ? 1 : times; i > 1; --i) {
         fault.output += once;
     }
     const std::string stream = Text(json, "stream");
