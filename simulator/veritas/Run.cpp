@@ -1,6 +1,7 @@
 #include "Run.h"
 
 #include "Files.h"
+#include "Secrets.h"
 #include "ToolFaults.h"
 #include "Tools.h"
 
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 
 namespace vcssim {
 
@@ -37,16 +39,6 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
     store.Save(cluster);
 }
 
-// Keeps the password of vcsencrypt to itself.
-std::vector<std::string> ShownArguments(const std::string& tool, const std::vector<std::string>& arguments) {
-    std::vector<std::string> shown = arguments;
-    if (tool == "vcsencrypt") {
-        std::fill(shown.begin() + std::min<std::ptrdiff_t>(1, static_cast<std::ptrdiff_t>(shown.size())), shown.end(),
-                  "***");
-    }
-    return shown;
-}
-
 void WriteJournal(const std::wstring& path, const std::string& tool, const std::vector<std::string>& arguments,
                   const nlohmann::ordered_json& exit, const std::string& output) {
     if (path.empty()) {
@@ -54,7 +46,7 @@ void WriteJournal(const std::wstring& path, const std::string& tool, const std::
     }
     nlohmann::ordered_json entry;
     entry["tool"] = tool;
-    entry["arguments"] = ShownArguments(tool, arguments);
+    entry["arguments"] = WithoutSecrets(tool, arguments);
     entry["exit"] = exit;
     entry["output"] = output;
     const std::string line = entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
@@ -120,11 +112,14 @@ int Finish(const Environment& environment, const std::string& tool, const std::v
         joined += piece.text;
     }
     const bool killed = fault && fault->kills;
+    const std::size_t printed = killed ? std::min(joined.size(), fault->kill) : joined.size();
+    // A secret that is printed in part is none of the journal's business either: masked first, cut then.
+    std::string shown = WithoutSecrets(tool, arguments, joined);
     if (killed) {
-        joined.resize(std::min(joined.size(), fault->kill));
+        shown.resize(std::min(shown.size(), printed));
     }
-    WriteJournal(environment.journal, tool, arguments, exitCode, joined);
-    WritePieces(pieces, joined.size());
+    WriteJournal(environment.journal, tool, arguments, exitCode, shown);
+    WritePieces(pieces, printed);
     if (killed) {
         TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
     }
@@ -163,6 +158,8 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
     try {
         environment = ReadEnvironment();
         fault = FindFault(environment.faults, tool, arguments);
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& error) {
         Output output(environment.options);
         output.Failure(error.what());

@@ -123,6 +123,45 @@ TEST_F(ProcessTest, KeepsPasswordsOutOfTheJournal) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("secret")));
 }
 
+TEST_F(ProcessTest, MasksTextsOfAWrongUseOfVcsencrypt) {
+    RunProcess(L"vcsencrypt topsecret");
+    EXPECT_EQ(m_processExit, 2u);
+    RunProcess(L"vcsencrypt topsecret -agent");
+    RunProcess(L"vcsencrypt -help");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0]["arguments"].dump(), R"(["***"])");
+    EXPECT_EQ(entries[1]["arguments"].dump(), R"(["***","***"])");
+    EXPECT_EQ(entries[2]["arguments"].dump(), R"(["-help"])");
+    EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
+}
+
+TEST_F(ProcessTest, MasksPasswordsThatAreSet) {
+    RunProcess(L"hares -modify H-Service Password topsecret -sys NODE2");
+    RunProcess(L"hares -modify H-Service Password \"\"");
+    RunProcess(L"hares -modify H-Service UserAccount somebody");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0]["arguments"].dump(), R"(["-modify","H-Service","Password","***","-sys","NODE2"])");
+    EXPECT_EQ(entries[0]["exit"], 0);
+    EXPECT_EQ(entries[1]["arguments"].dump(), R"(["-modify","H-Service","Password",""])");
+    EXPECT_EQ(entries[2]["arguments"].dump(), R"(["-modify","H-Service","UserAccount","somebody"])");
+    EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
+}
+
+TEST_F(ProcessTest, MasksSecretsInTheOutputOfTheJournal) {
+    UseFaults(R"([{"arguments": "-vcs*", "output": "got topsecret, topsecret twice", "kill": 8},
+                  {"output": "got topsecret, topsecret twice"}])");
+    EXPECT_EQ(RunProcess(L"vcsencrypt -agent topsecret top"), "got topsecret, topsecret twice");
+    RunProcess(L"hares -modify H-Service Password topsecret");
+    EXPECT_EQ(RunProcess(L"vcsencrypt -vcs topsecret"), "got tops");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0]["output"], "got ***, *** twice");
+    EXPECT_EQ(entries[1]["output"], "got ***, *** twice");
+    EXPECT_EQ(entries[2]["output"], "got ***,");
+}
+
 TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
     const int count = 16;
     std::vector<HANDLE> processes;
@@ -213,6 +252,18 @@ TEST_F(ProcessTest, HangsWhenAskedWithoutHoldingOthersUp) {
     TerminateProcess(process, 0);
     Wait(process);
     EXPECT_EQ(Journal()[0]["exit"], nullptr);
+}
+
+TEST_F(ProcessTest, SaysThatThereIsNotEnoughMemory) {
+    for (const char* fault : {R"([{"output": "abc", "repeat": 1000000000000000}])", R"([{"random": 1000000000000000}])",
+                              R"([{"output": "abc", "repeat": 18446744073709551615}])"}) {
+        UseFaults(fault);
+        EXPECT_EQ(RunProcess(L"hares -modify G-IP Address 1"),
+                  "VCS ERROR V-16-1-99001 (simulated) there is not enough memory\r\n")
+            << fault;
+        EXPECT_EQ(m_processExit, 1u) << fault;
+    }
+    EXPECT_FALSE(HasFile(L".live"));
 }
 
 TEST_F(ProcessTest, SaysWhatIsWrongWithTheFaults) {
