@@ -17,12 +17,16 @@ public:
         return m_mainCf + L".lock";
     }
 
-    // Both throw FileError, with what is wrong and where. A failed Save leaves the main.cf and the running
-    // configuration.
+    // All of these throw FileError, with what is wrong and where.
     Cluster Load();
+
+    // Never touches the main.cf. The running configuration is replaced first, then the state, each of them whole or not
+    // at all, but not both at once: when the second fails, on a full disk for one, the new configuration stays with the
+    // old state.
     void Save(const Cluster& cluster);
 
-    // The running configuration becomes the main.cf, and the old main.cf becomes .previous.
+    // The old main.cf becomes .previous, the running configuration becomes the main.cf, then the state is saved. A
+    // failure in between keeps what is done; no configuration is lost.
     void Dump(const Cluster& cluster);
 
 private:
