@@ -2,7 +2,6 @@
 #include "CfDocument.h"
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 #include <utility>
 

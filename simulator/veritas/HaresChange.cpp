@@ -1,4 +1,4 @@
-// hares: -add, -delete, -link, -unlink.
+// hares: -add, -delete, -link, -unlink, and the way to -modify.
 #include "Modify.h"
 
 #include <set>

@@ -9,7 +9,7 @@
 
 namespace vcssim {
 
-// Checks that hold for a group and its resources alike. False after a message. `elsewhere` is the number of the message
+// Checks that hold for a group and its resources alike. False after a message; `ofResource` chooses which one tells
 // that the group is online on another system.
 bool CheckSystem(Context& context, const CfGroup& group, const std::string& system);
 bool CheckNotOnlineElsewhere(Context& context, const CfGroup& group, const std::string& system, bool ofResource);

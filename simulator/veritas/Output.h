@@ -35,9 +35,6 @@ public:
     int ExitCode() const {
         return m_exitCode;
     }
-    void SetExitCode(int exitCode) {
-        m_exitCode = exitCode;
-    }
     const Options& Switches() const {
         return m_options;
     }
