@@ -1,5 +1,7 @@
 #include "LogConfig.h"
 
+#include "../common/EnvironmentText.h"
+
 #include <cwchar>
 
 #include <winsock2.h>
@@ -21,21 +23,6 @@ std::wstring ReadVariable(const wchar_t* name) {
             return value;
         }
         value.resize(length);
-    }
-}
-
-std::wstring Expand(const std::wstring& text) {
-    std::wstring value(text.size() + 256, L'\0');
-    for (;;) {
-        const DWORD needed = ExpandEnvironmentStringsW(text.c_str(), &value[0], static_cast<DWORD>(value.size()));
-        if (needed == 0) {
-            return text;
-        }
-        if (needed <= value.size()) {
-            value.resize(needed - 1);
-            return value;
-        }
-        value.resize(needed);
     }
 }
 
@@ -64,7 +51,7 @@ std::wstring ReadRegistryText(const wchar_t* name) {
     }
     // The stored text may or may not include its terminator.
     value.resize(wcsnlen(value.c_str(), bytes / sizeof(wchar_t)));
-    return type == REG_EXPAND_SZ ? Expand(value) : value;
+    return type == REG_EXPAND_SZ ? ExpandVariables(value) : value;
 }
 
 std::wstring ReadSetting(const wchar_t* variable, const wchar_t* registryValue) {

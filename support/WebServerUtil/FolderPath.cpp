@@ -1,24 +1,11 @@
 #include "FolderPath.h"
 
+#include "../common/EnvironmentText.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
 namespace {
-
-std::wstring Expand(const std::wstring& text) {
-    std::wstring value(text.size() + 256, L'\0');
-    for (;;) {
-        const DWORD needed = ExpandEnvironmentStringsW(text.c_str(), &value[0], static_cast<DWORD>(value.size()));
-        if (needed == 0) {
-            return text;
-        }
-        if (needed <= value.size()) {
-            value.resize(needed - 1);
-            return value;
-        }
-        value.resize(needed);
-    }
-}
 
 std::wstring Resolve(const std::wstring& path) {
     std::wstring full(path.size() + MAX_PATH, L'\0');
@@ -40,7 +27,7 @@ bool IsAbsolute(const std::wstring& path) {
 } // namespace
 
 std::wstring ComparableFolder(const std::wstring& path) {
-    std::wstring folder = Expand(path);
+    std::wstring folder = ExpandVariables(path);
     for (wchar_t& c : folder) {
         if (c == L'/') {
             c = L'\\';
