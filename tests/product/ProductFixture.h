@@ -50,6 +50,36 @@ inline ModelBuilder ProductServer(const std::string& type = "clusRDLL") {
         .Resource("KOVA", type);
 }
 
+// The calls by which EVS1 and its product resource are found, up to the resource being opened.
+const Texts FindingProduct = {"OpenCluster()",
+                              "ClusterOpenEnum(4)",
+                              "ClusterEnum(0,256)",
+                              "ClusterEnum(1,256)",
+                              "ClusterEnum(2,256)=259",
+                              "ClusterCloseEnum()",
+                              "OpenClusterResource(EVS1 Name)",
+                              "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)",
+                              "ClusterResourceControl(EVS1 Name,GET_NETWORK_NAME,128)",
+                              "CloseClusterResource(EVS1 Name)",
+                              "OpenClusterResource(EVS1 Name)",
+                              "GetClusterResourceState(EVS1 Name)=2",
+                              "OpenClusterGroup(EVS1)",
+                              "ClusterGroupOpenEnum(EVS1,1)",
+                              "ClusterGroupEnum(0,8)=234",
+                              "ClusterGroupEnum(0,10)",
+                              "ClusterGroupEnum(1,10)",
+                              "ClusterGroupEnum(2,10)=259",
+                              "ClusterGroupCloseEnum()",
+                              "OpenClusterResource(EVS1 Name)",
+                              "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)",
+                              "CloseClusterResource(EVS1 Name)",
+                              "OpenClusterResource(KOVA)",
+                              "ClusterResourceControl(KOVA,GET_RESOURCE_TYPE,128)",
+                              "CloseClusterResource(KOVA)",
+                              "CloseClusterGroup(EVS1)",
+                              "CloseClusterResource(EVS1 Name)",
+                              "OpenClusterResource(KOVA)"};
+
 class ProductTest : public ClusterTest {
 protected:
     // Information, warnings and errors since the log was taken last; entries and exits are left out.
