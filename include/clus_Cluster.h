@@ -83,7 +83,7 @@ public:
 
     // GetClusterResourceState. `nodeName` (the owner node) and `groupName` are optional and written only when read. A
     // node name of more than 15 or a group name of more than 255 characters makes the call fail. RES_STATE_UNKNOWN on
-    // failure.
+    // failure, and for a state that this class does not know; the texts are written then all the same.
     RES_STATE GetResourceState(std::wstring* nodeName, std::wstring* groupName);
 
     // OnlineClusterResource / OfflineClusterResource: the state reached, or the pending state when the cluster goes on
@@ -91,24 +91,26 @@ public:
     RES_STATE OnlineResource();
     RES_STATE OfflineResource();
 
-    // Whether this computer owns the resource (exact, case-sensitive comparison of node and computer name), and, for
-    // the first, whether it is online. `groupName` is optional and receives the group's name.
+    // Whether this computer owns the resource (exact, case-sensitive comparison of the owner node with
+    // GetComputerNameW, which gives 15 characters at most), and, for the first, whether it is online. `groupName` is
+    // optional and receives the group's name whenever the state could be read, also when the result is false.
     bool IsOnlineOnCurrentNode(std::wstring* groupName);
     bool IsOnCurrentNode(std::wstring* groupName);
 
     // A system property, read once and then cached; `refresh` reads it again. Null on failure. The text belongs to the
     // object and stays valid until the next refreshed read of the same property, the taking of another handle, Close,
     // or destruction. A disk without partitions gives whatever text stands at the start of its disk information, not
-    // null.
+    // null. There is no range check of `id`.
     const wchar_t* GetSystemStringProperty(RES_PROPERTY_ID id, bool refresh);
 
-    // Private properties (CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES). False when the property is missing or of another
-    // type; `value` is then untouched.
+    // Private properties (CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES). False when they cannot be read or the property is
+    // missing or of another type; `value` is then untouched.
     bool GetPrivateStringProperty(const wchar_t* name, std::wstring& value);
     bool GetPrivateDWORDProperty(const wchar_t* name, DWORD& value);
 
-    // Sends one DWORD property with the given control code, for example CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES. An
-    // answer of ERROR_RESOURCE_PROPERTIES_STORED (an online resource takes the value up later) counts as failure.
+    // Sends one DWORD property to the owner node (ClusterResourceControl) with the given control code, for example
+    // CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES. An answer of ERROR_RESOURCE_PROPERTIES_STORED (an online resource takes
+    // the value up later) counts as failure.
     bool SetDWORDProperty(DWORD controlCode, const wchar_t* name, DWORD value);
 
     // AddClusterResourceDependency: this resource will depend on `dependsOn`.
@@ -121,20 +123,20 @@ public:
     // DeleteClusterResource, and on success Close.
     bool DeleteResource();
 
-    // The first storage-class resource this one depends on directly. A handle that `storage` already held is
-    // overwritten, not closed.
+    // The first storage-class resource this one depends on directly (ResUtilGetResourceDependencyByClass); `storage`
+    // owns its handle. A handle that it already held is overwritten, not closed.
     bool GetResourceStorageDependency(CClusterResource& storage);
 
-    // The first resource of the given type this one depends on directly. Fails when `dependency` already holds a
-    // handle.
+    // The first resource of the given type this one depends on directly (ResUtilGetResourceDependency); `dependency`
+    // owns its handle. Fails when it already holds one.
     bool GetResourceDependencyByType(CClusterResource& dependency, const wchar_t* type);
 
     // The network name of the Network Name resource this one depends on. `networkName` is untouched on failure.
     bool GetDependentNetworkName(std::wstring& networkName);
 
-    // Appends the names of related objects: `enumType` is a mask of CLUSTER_RESOURCE_ENUM_DEPENDS (1), _PROVIDES (2)
-    // and _NODES (4, the possible owners). False also when single entries could not be read; the others are in the list
-    // then.
+    // Appends the names of related objects (ClusterResourceOpenEnum, ClusterResourceEnum): `enumType` is a mask of
+    // CLUSTER_RESOURCE_ENUM_DEPENDS (1), _PROVIDES (2) and _NODES (4, the possible owners). False also when single
+    // entries could not be read; the others are in the list then.
     bool EnumNames(DWORD enumType, std::list<std::wstring>& names) const;
 
 private:
@@ -175,21 +177,24 @@ public:
     // The handle, still owned by this object; null when none is held.
     HGROUP GetGroupHandle();
 
-    // Appends the names of the group's resources. False on failure, with the names read so far in the list.
+    // Appends the names of the group's resources (ClusterGroupOpenEnum, ClusterGroupEnum). False on failure, with the
+    // names read so far in the list.
     bool EnumResourceNamesInGroup(std::list<std::wstring>& names) const;
 
     // The same, then keeps only the names whose resource type is exactly `type`; names that were in the list before are
     // filtered too. False as soon as one resource cannot be opened; the list is partly filtered then.
     bool EnumResourceNamesInGroupByType(CCluster& cluster, std::list<std::wstring>& names, const wchar_t* type) const;
 
-    // Appends the names of the group's storage-class resources. False only when no group handle is held.
+    // Appends the names of the group's storage-class resources (CLUSCTL_RESOURCE_GET_CLASS_INFO). False only when no
+    // group handle is held.
     bool EnumStorageResourceNamesInGroup(CCluster& cluster, std::list<std::wstring>& names) const;
 
     // Opens each resource of the group and calls `callback` for it. False only when no group handle is held: a group
     // that cannot be enumerated counts as an empty one.
     bool EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback callback, void* context) const;
 
-    // The group's first disk whose first partition's device name begins with `driveLetter` (exact letter case).
+    // The group's first disk whose first partition's device name begins with `driveLetter` (exact letter case;
+    // CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO).
     // `resourceName` is untouched when there is none.
     bool FindPhysicalDiskResourceNameByDriveLetter(CCluster& cluster, wchar_t driveLetter,
                                                    std::wstring& resourceName) const;
@@ -243,7 +248,7 @@ public:
     bool EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names) const;
 
     // The same for resources, then keeps only the names whose resource opens and whose type is exactly `resourceType`.
-    // Names that were in the list before are filtered too.
+    // Names that were in the list before are filtered too. On false the list holds the names read so far, of any type.
     bool EnumResourceNamesByType(const wchar_t* resourceType, std::list<std::wstring>& names);
 
     // OpenClusterResource, OpenClusterGroup. Fail when the object already holds a handle.

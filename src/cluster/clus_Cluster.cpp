@@ -79,7 +79,7 @@ DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
 }
 
 // The text of a system property in the bytes that answered its control code. A value list without the entry searched
-// gives the text at its start: callers take that for a disk without partitions.
+// gives the text at its start: callers get a text for a disk without partitions, not a failure.
 std::wstring SystemPropertyText(const SystemProperty& property, const void* data, DWORD cb) {
     if (property.searchesValueList) {
         clus::ValueListReader reader(data, cb);
@@ -562,7 +562,7 @@ bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstrin
         return false;
     }
     wchar_t* text = nullptr;
-    if (ResUtilFindSzProperty(buffer.pData, buffer.cbSize, name, &text) != ERROR_SUCCESS) {
+    if (ResUtilFindSzProperty(buffer.pData, buffer.Bytes(), name, &text) != ERROR_SUCCESS) {
         return false;
     }
     const LocalMemoryOwner textOwner(text);
@@ -573,7 +573,7 @@ bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstrin
 bool CClusterResource::GetPrivateDWORDProperty(const wchar_t* name, DWORD& value) {
     LocalBuffer buffer;
     return QueryResourceControl(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, buffer) != 0 &&
-           ResUtilFindDwordProperty(buffer.pData, buffer.cbSize, name, &value) == ERROR_SUCCESS;
+           ResUtilFindDwordProperty(buffer.pData, buffer.Bytes(), name, &value) == ERROR_SUCCESS;
 }
 
 bool CClusterResource::SetDWORDProperty(DWORD controlCode, const wchar_t* name, DWORD value) {

@@ -130,7 +130,7 @@ bool GetDiskLetterFromResource(HRESOURCE resource, wchar_t* path, DWORD cchPath)
     const std::size_t length = std::min<std::size_t>(paths.front().length(), cchPath - 1);
     std::copy_n(paths.front().c_str(), length, path);
     path[length] = L'\0';
-    path[cchPath - 1] = L'\0';
+    path[cchPath - 1] = L'\0'; // whatever the length: callers may look there
     LOG_INFO(L"GetDiskLettersFromResource, got disk letter %s", path);
     return true;
 }

@@ -14,10 +14,10 @@ enum class OnFailedEntry {
     Stop
 };
 
-// Appends every name that `enumEntry(index, text, &cch)` gives, until ERROR_NO_MORE_ITEMS. The empty `buffer` starts
-// with `cchStart` characters and grows to what ERROR_MORE_DATA reports, which excludes the terminator. Any other code,
-// and a name that memory could not be found for, is passed to `logFailure`, makes the result false, and goes on with
-// the next index or stops.
+// Appends every name that `enumEntry(index, text, &cch)` gives, until ERROR_NO_MORE_ITEMS. The empty `buffer` (the
+// caller's, so that it is freed after the enumerator is closed) starts with `cchStart` characters and grows to what
+// ERROR_MORE_DATA reports, which excludes the terminator. Any other code, and a name that memory could not be found
+// for, is passed to `logFailure`, makes the result false, and goes on with the next index or stops.
 template <typename EnumEntry, typename LogFailure>
 bool AppendNames(DWORD cchStart, OnFailedEntry onFailedEntry, EnumEntry enumEntry, LogFailure logFailure,
                  LocalBuffer& buffer, std::list<std::wstring>& names) {

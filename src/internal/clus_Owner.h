@@ -96,6 +96,7 @@ struct LocalMemoryTraits {
         LocalFree(memory);
     }
 };
+// INVALID_HANDLE_VALUE counts as a handle here and is closed: a capture file that could not be opened still is.
 struct HandleTraits {
     typedef HANDLE Handle;
     static void Close(HANDLE handle) {

@@ -1,4 +1,4 @@
-// The one place that includes the platform's cluster headers.
+// The library's one place that includes the platform's cluster headers.
 #ifndef CLUS_PLATFORM_H
 #define CLUS_PLATFORM_H
 
