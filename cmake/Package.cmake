@@ -14,9 +14,6 @@ install(FILES "${PROJECT_BINARY_DIR}/clusutilConfig.cmake" "${PROJECT_BINARY_DIR
 
 if(TARGET clusctl)
   install(TARGETS clusctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  if(EXISTS "${PROJECT_SOURCE_DIR}/tools/clusctl/clusctl.md")
-    install(FILES tools/clusctl/clusctl.md DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil/docs)
-  endif()
 endif()
 foreach(part clussim_clusapi clussim_resutils vcssim_haconf vcssim_hasys vcssim_hagrp vcssim_hares vcssim_vcsencrypt)
   if(TARGET ${part})

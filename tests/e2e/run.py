@@ -3,7 +3,7 @@
 
   run.py --bin DIR --prefix DIR --work DIR start | stop       the Wine prefix that the cases share
   run.py ... case NAME [NAME ...] [--update]                  cases/NAME.txt; --update accepts the difference and prints it
-  run.py ... manual                                           clusctl.md against --help
+  run.py ... manual                                           docs/clusctl.md against --help
   run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
 
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
@@ -17,12 +17,13 @@ the case's purpose ("# ...") and its setting:
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, where VCSSIM_MAIN_CF points, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
+  environment-tool TOOL  in place of this VCS tool one that lists the CLUSCTL_ variables that it was started with
   faults FILE         faults of the VCS tools from models/, copied to faults.json, for VCSSIM_FAULTS
 
 Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
-  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes, STDIN=TEXT what it is told, with a line end;
-                      {x*5000} stands for 5,000 letters x
+  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes, STDIN=TEXT what it is told, with a line end,
+                      STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
@@ -140,6 +141,10 @@ class Case:
                         self.own_program_folder()
                         os.link(self.runner.bin / f"{tool}.exe", self.own_program_folder() / f"{tool}.exe")
                 self.own_program_folder()
+            elif word == "environment-tool":
+                stand_in = self.own_program_folder() / f"{value}.exe"
+                stand_in.unlink(missing_ok=True)
+                os.link(self.runner.bin / "e2e" / "environment-tool.exe", stand_in)
             elif word == "faults":
                 shutil.copy(find_input(value), self.folder / "faults.json")
             elif word == "iis":
@@ -183,8 +188,10 @@ class Case:
     def start(self, arguments, variables):
         variables = dict(variables)
         target = variables.pop("STDOUT", "pipe")
-        told = expanded(variables["STDIN"]) if "STDIN" in variables else None
+        told = (expanded(variables["STDIN"]) + "\n").encode("utf-8") if "STDIN" in variables else None
+        told = bytes.fromhex(variables["STDIN_BYTES"]) if "STDIN_BYTES" in variables else told
         variables.pop("STDIN", None)
+        variables.pop("STDIN_BYTES", None)
         output = subprocess.PIPE
         if target == "full":
             output = os.open("/dev/full", os.O_WRONLY)
@@ -195,7 +202,7 @@ class Case:
                                    env=self.environment(variables), stdin=subprocess.DEVNULL if told is None else subprocess.PIPE,
                                    stdout=output, stderr=subprocess.PIPE)
         if told is not None:
-            process.stdin.write(told.encode("utf-8") + b"\n")
+            process.stdin.write(told)
             process.stdin.close()
             process.stdin = None
         if output != subprocess.PIPE:
@@ -346,7 +353,7 @@ def options_in_help(text):
 
 def check_manual(runner):
     runner.work.mkdir(parents=True, exist_ok=True)
-    manual = (ROOT / "tools" / "clusctl" / "clusctl.md").read_text(encoding="utf-8")
+    manual = (ROOT / "docs" / "clusctl.md").read_text(encoding="utf-8")
     sections = dict(re.findall(r"^###? (.*?)\n(.*?)(?=^###? |\Z)", manual, re.MULTILINE | re.DOTALL))
 
     def options_in_manual(title):

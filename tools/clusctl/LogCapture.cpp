@@ -72,7 +72,7 @@ const char* WordOfLevel(unsigned int level) {
 
 LogCapture::LogCapture(const Stream* verbose, const std::string& logFile) : m_verbose(verbose), m_isAvailable(false) {
     if (const SetSinkFunction setSink = FindSetSink()) {
-        m_file = std::make_unique<const LogFile>(logFile);
+        m_file = std::make_unique<LogFile>(logFile);
         setSink(&LogCapture::Receive, this);
         m_isAvailable = true;
     } else if (!logFile.empty()) {

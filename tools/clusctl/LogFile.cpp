@@ -1,5 +1,6 @@
 #include "LogFile.h"
 
+#include "Stream.h"
 #include "Text.h"
 
 #include <DebugLog.h>
@@ -17,12 +18,6 @@ enum Detail {
     DetailInformation,
     DetailEverything
 };
-
-std::wstring Variable(const wchar_t* name) {
-    std::wstring value(32768, L'\0'); // the longest there is
-    value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
-    return value;
-}
 
 std::wstring RegistryText(const wchar_t* name) {
     HKEY key = nullptr;
@@ -45,7 +40,7 @@ std::wstring RegistryText(const wchar_t* name) {
 }
 
 std::wstring Setting(const wchar_t* variable, const wchar_t* registryValue) {
-    const std::wstring value = Variable(variable);
+    const std::wstring value = EnvironmentVariable(variable);
     return value.empty() ? RegistryText(registryValue) : value;
 }
 
@@ -106,8 +101,7 @@ LogFile::~LogFile() {
     }
 }
 
-void LogFile::Write(unsigned int level, const char* word, const char* sourceFile, int line,
-                    const std::string& text) const {
+void LogFile::Write(unsigned int level, const char* word, const char* sourceFile, int line, const std::string& text) {
     if (m_file == INVALID_HANDLE_VALUE || DetailOfLevel(level) > m_detail) {
         return;
     }
@@ -118,5 +112,11 @@ void LogFile::Write(unsigned int level, const char* word, const char* sourceFile
                                 std::to_string(line) + "): " + text + "\r\n";
     // One write that appends: several processes may share the file.
     DWORD count = 0;
-    WriteFile(m_file, written.data(), static_cast<DWORD>(written.size()), &count, nullptr);
+    const BOOL isWritten = WriteFile(m_file, written.data(), static_cast<DWORD>(written.size()), &count, nullptr);
+    if ((isWritten && count == written.size()) || m_hasWarned) {
+        return;
+    }
+    const DWORD code = isWritten ? static_cast<DWORD>(ERROR_DISK_FULL) : GetLastError();
+    m_hasWarned = true;
+    Stream(STD_ERROR_HANDLE).Write("clusctl: warning: the log file is incomplete: " + ErrorText(code) + "\n");
 }

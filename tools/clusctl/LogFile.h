@@ -16,11 +16,12 @@ public:
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
 
-    // `word` names the level.
-    void Write(unsigned int level, const char* word, const char* sourceFile, int line, const std::string& text) const;
+    // `word` names the level. The first line that cannot be written is told on standard error; the work goes on.
+    void Write(unsigned int level, const char* word, const char* sourceFile, int line, const std::string& text);
 
 private:
     HANDLE m_file = INVALID_HANDLE_VALUE;
+    bool m_hasWarned = false;
     int m_detail = 0; // 0 nothing, 1 errors, 2 warnings too, 3 information too, 4 everything
 };
 

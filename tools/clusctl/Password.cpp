@@ -7,7 +7,12 @@
 namespace {
 
 const wchar_t Variable[] = L"CLUSCTL_PASSWORD";
+const char ByteOrderMark[] = "\xEF\xBB\xBF";
 const size_t Longest = 1024;
+
+[[noreturn]] void ThrowTooLong() {
+    throw Failure("the password is longer than " + std::to_string(Longest) + " characters");
+}
 
 // Without the echo while it lives.
 class EchoOff {
@@ -27,11 +32,10 @@ private:
     DWORD m_mode = 0;
 };
 
-std::wstring FromVariable() {
-    std::wstring value(32768, L'\0'); // the longest there is
-    value.resize(GetEnvironmentVariableW(Variable, &value[0], static_cast<DWORD>(value.size())));
-    SetEnvironmentVariableW(Variable, nullptr);
-    return value;
+// What the environment held.
+std::wstring& Taken() {
+    static std::wstring password;
+    return password;
 }
 
 std::wstring FromConsole(HANDLE console) {
@@ -57,13 +61,30 @@ std::wstring FromPipe(HANDLE input) {
     while (bytes.size() <= 4 * Longest && ReadFile(input, &c, 1, &count, nullptr) && count == 1 && c != '\n') {
         bytes += c;
     }
+    if (bytes.size() > 4 * Longest) {
+        ThrowTooLong(); // the last character may be cut off
+    }
+    if (StartsWith(bytes, ByteOrderMark)) {
+        bytes.erase(0, sizeof(ByteOrderMark) - 1);
+    }
+    if (!IsUtf8(bytes)) {
+        throw Failure("the password on standard input is no UTF-8 text");
+    }
     return ToUtf16(bytes);
 }
 
 } // namespace
 
+void TakePasswordFromEnvironment() {
+    Taken() = EnvironmentVariable(Variable);
+    if (!SetEnvironmentVariableW(Variable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
+        throw Failure("cannot take CLUSCTL_PASSWORD out of the environment: " + ErrorText(GetLastError()));
+    }
+}
+
 std::wstring ReadPassword() {
-    std::wstring text = FromVariable();
+    std::wstring text;
+    text.swap(Taken());
     if (text.empty()) {
         const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
         DWORD mode = 0;
@@ -76,7 +97,7 @@ std::wstring ReadPassword() {
         throw Failure("no password: it is read from standard input or from the variable CLUSCTL_PASSWORD");
     }
     if (text.size() > Longest) {
-        throw Failure("the password is longer than " + std::to_string(Longest) + " characters");
+        ThrowTooLong();
     }
     return text;
 }

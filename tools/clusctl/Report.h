@@ -69,4 +69,17 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// The work failed halfway; what there is to show of it is printed like a result.
+class FailureWithReport : public Failure {
+public:
+    FailureWithReport(const std::string& what, const Report& report) : Failure(what), m_report(report) {
+    }
+    const Report& Shown() const {
+        return m_report;
+    }
+
+private:
+    Report m_report;
+};
+
 #endif

@@ -50,6 +50,28 @@ std::wstring ToUtf16(const std::string& text) {
     return result;
 }
 
+bool IsUtf8(const std::string& text) {
+    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
+                                               static_cast<int>(text.size()), nullptr, 0) != 0;
+}
+
+std::string Lower(std::string text) {
+    for (char& c : text) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return text;
+}
+
+bool StartsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+std::wstring EnvironmentVariable(const wchar_t* name) {
+    std::wstring value(32768, L'\0'); // the longest there is
+    value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
+    return value;
+}
+
 std::string Printable(const std::string& text) {
     static const char digits[] = "0123456789ABCDEF";
     std::string result;

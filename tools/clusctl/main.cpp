@@ -1,9 +1,10 @@
-// clusctl: the library's own caller for administrators; see clusctl.md.
+// clusctl: the library's own caller for administrators; see docs/clusctl.md.
 #include "ClusterCommands.h"
 #include "CommandLine.h"
 #include "DiskCommand.h"
 #include "HostCommands.h"
 #include "LogCapture.h"
+#include "Password.h"
 #include "ProductResourceCommands.h"
 #include "ServerCommands.h"
 #include "SmtpCommands.h"
@@ -73,6 +74,9 @@ int Execute(const CommandLine& commandLine, const Stream& output, const Stream& 
         errors.Write(commandLine.UsageText(wrong.what()));
         return ExitUsage;
     } catch (const Failure& failure) {
+        if (const auto* halfway = dynamic_cast<const FailureWithReport*>(&failure)) {
+            PrintOutput(output, errors, shared.json ? halfway->Shown().ToJson() : halfway->Shown().ToText());
+        }
         errors.Write(std::string("clusctl: ") + failure.what() + "\n");
         if (log != nullptr) {
             PrintProblems(errors, *log, shared.verbose, "  ");
@@ -90,6 +94,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
     const Stream output(STD_OUTPUT_HANDLE);
     const Stream errors(STD_ERROR_HANDLE);
     try {
+        TakePasswordFromEnvironment();
         CommandLine commandLine;
         AddServerCommands(commandLine);
         AddHostCommands(commandLine);
