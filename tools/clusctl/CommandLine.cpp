@@ -104,10 +104,26 @@ public:
 const CLI::Validator
     NotEmpty([](std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, "");
 
+// Why a text is no name of VCS; empty when it is one.
+std::string ReasonAgainstName(const std::string& text) {
+    if (text.empty()) {
+        return "must not be empty";
+    }
+    if (text.front() == '-') {
+        return "a name of VCS must not begin with a dash: " + Quoted(text);
+    }
+    return text.find_first_of(" \t\r\n\"") == std::string::npos
+               ? std::string()
+               : "a name of VCS must not hold a blank, a tab or a double quote: " + Quoted(text);
+}
+
+const CLI::Validator IsVcsName([](std::string& text) { return ReasonAgainstName(text); }, "");
+
 const CLI::Validator IsPair(
     [](std::string& text) {
         const size_t equals = text.find('=');
-        return equals == std::string::npos || equals == 0 ? std::string("must be NAME=VALUE") : std::string();
+        return equals == std::string::npos || equals == 0 ? std::string("must be NAME=VALUE")
+                                                          : ReasonAgainstName(text.substr(0, equals));
     },
     "");
 
@@ -192,6 +208,11 @@ const Action& CommandLine::Chosen() const {
 CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
                                   const char* description) {
     return *command.add_option(name, value, description)->type_name(typeName)->check(NotEmpty);
+}
+
+CLI::Option& CommandLine::AddVcsName(CLI::App& command, const char* name, std::string& value, const char* typeName,
+                                     const char* description) {
+    return *command.add_option(name, value, description)->type_name(typeName)->check(IsVcsName);
 }
 
 CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,

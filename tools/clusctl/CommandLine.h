@@ -47,7 +47,12 @@ public:
     static CLI::Option& AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
                                 const char* description);
 
-    // Adds an option that may be given more than once, each time with one "NAME=VALUE".
+    // The same for the name of an object of VCS. It becomes a word of a tool's command line, so what would not stay one
+    // word, or would be taken for an option, is refused.
+    static CLI::Option& AddVcsName(CLI::App& command, const char* name, std::string& value, const char* typeName,
+                                   const char* description);
+
+    // Adds an option that may be given more than once, each time with one "NAME=VALUE"; the name is one of VCS.
     static CLI::Option& AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,
                                  const char* description);
 

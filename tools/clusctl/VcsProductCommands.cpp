@@ -56,16 +56,6 @@ void RequireStarted(const std::string& service, int timeout) {
     }
 }
 
-CVeritasVirtualServerInfo ServerOf(const LogCapture& log, const std::string& networkName) {
-    CVeritasVirtualServerInfo info;
-    const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
-    const std::string what = "cannot find the virtual server " + Quoted(networkName);
-    watch.Require(isFound, what);
-    watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
-    return info;
-}
-
 // Runs one of the members that add a service's resource and switch it on, and tells what became of it.
 Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const char* service,
                   const WaitOptions& wait, const std::function<bool(int timeout)>& add) {
@@ -95,7 +85,7 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
 }
 
 Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
-    const CVeritasVirtualServerInfo info = ServerOf(log, options.networkName);
+    const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
     const std::string group = ToUtf8(info.sGroupName);
     if (FindRegistryReplication(log, group).resource.empty()) {
         throw Failure("the group " + Quoted(group) +
@@ -107,8 +97,9 @@ Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
 }
 
 Report AddRemoteConfig(const LogCapture& log, const AddOptions& options) {
-    const CVeritasVirtualServerInfo info = ServerOf(log, options.networkName);
+    const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
     std::wstring password = AsArgument(ReadPassword());
+    EncryptForVcs(log, password); // else the library would go on with an empty password
     return AddService(log, info, RemoteConfigServiceName, options.wait, [&options, &password](int timeout) {
         const bool isAdded = CVeritasCluster().CreateRemoteConfigResourceAndTurnItOn(
             ToUtf16(options.networkName).c_str(), ToUtf16(options.accountGroup).c_str(),
@@ -174,11 +165,11 @@ void AddCreate(CommandLine& commandLine, CLI::App& family) {
     CLI::App& command =
         commandLine.AddTo(family, "create", "Create the product's resources of a group, and switch them on",
                           [options](const LogCapture& log) { return CreateVcsProduct(log, *options); });
-    CommandLine::AddText(command, "GROUP", options->group, "GROUP", "The virtual server's service group").required();
-    CommandLine::AddText(command, "--mount", options->mount, "RESOURCE",
-                         "The MountV resource below; the only top-most one without it");
-    CommandLine::AddText(command, "--regrep", options->regRep, "NAME",
-                         "The RegRep resource; the product's existing one, or GROUP-RegRep without it");
+    CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The virtual server's service group").required();
+    CommandLine::AddVcsName(command, "--mount", options->mount, "RESOURCE",
+                            "The MountV resource below; the only top-most one without it");
+    CommandLine::AddVcsName(command, "--regrep", options->regRep, "NAME",
+                            "The RegRep resource; the product's existing one, or GROUP-RegRep without it");
     CommandLine::AddText(command, "--data-path", options->dataPath, "PATH",
                          "A path on the shared disk; the configured data root without it");
     command.add_flag("--quarantine", options->quarantine, "With the quarantine monitor");
@@ -230,9 +221,9 @@ void AddSwitchOn(CommandLine& commandLine, CLI::App& family) {
     const auto options = std::make_shared<SwitchOptions>();
     CLI::App& command = commandLine.AddTo(family, "switch-on", "Switch the resource of a group's service on",
                                           [options](const LogCapture& log) { return SwitchOn(log, *options); });
-    CommandLine::AddText(command, "GROUP", options->group, "GROUP", "The service group").required();
+    CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The service group").required();
     CommandLine::AddText(command, "SERVICE", options->service, "SERVICE", "The Windows service").required();
-    CommandLine::AddText(command, "NODE", options->node, "NODE", "The system").required();
+    CommandLine::AddVcsName(command, "NODE", options->node, "NODE", "The system").required();
     AddTimeout(command, options->wait);
 }
 
@@ -246,7 +237,7 @@ void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family) {
     const auto group = std::make_shared<std::string>();
     CLI::App& list = commandLine.AddTo(product, "list", "List the product's resources of all groups, or of one",
                                        [group](const LogCapture& log) { return List(log, *group); });
-    CommandLine::AddText(list, "GROUP", *group, "GROUP", "The service group");
+    CommandLine::AddVcsName(list, "GROUP", *group, "GROUP", "The service group");
 
     AddSwitchOn(commandLine, product);
 }

@@ -34,9 +34,14 @@ const Kind Kinds[] = {
     {"resources", "RESOURCE", "List the resources", &CVeritasCluster::EnumResourceNamesW},
 };
 
-struct Two {
-    std::string first;
-    std::string second;
+struct AttributeName {
+    std::string resource;
+    std::string name;
+};
+
+struct GroupService {
+    std::string group;
+    std::string service;
 };
 
 Report List(const LogCapture& log, const Kind& kind, const Conditions& conditions) {
@@ -72,13 +77,14 @@ Report Dependencies(const LogCapture& log, const std::string& resource) {
     return report;
 }
 
-Report Attribute(const LogCapture& log, const Two& names) {
+Report Attribute(const LogCapture& log, const AttributeName& attribute) {
     const ToolWatch watch(log);
-    const Json value = ReadVcsAttribute(ToUtf16(names.first), names.second);
-    const std::string what = "cannot read the attribute " + Quoted(names.second) + " of " + Quoted(names.first);
+    const Json value = ReadVcsAttribute(ToUtf16(attribute.resource), attribute.name);
+    const std::string what =
+        "cannot read the attribute " + Quoted(attribute.name) + " of " + Quoted(attribute.resource);
     watch.Require(!value.is_null(), what + (watch.Problems().empty() ? ": it has no value" : ""));
     Report report;
-    report.AddSentence("attribute", {{"resource", names.first}, {"name", names.second}, {"value", value}},
+    report.AddSentence("attribute", {{"resource", attribute.resource}, {"name", attribute.name}, {"value", value}},
                        Printable(value.get<std::string>()));
     return report;
 }
@@ -110,17 +116,17 @@ Report FindGroup(const LogCapture& log, const std::string& networkName) {
     return report;
 }
 
-Report ResourceOfService(const LogCapture& log, const Two& names) {
+Report ResourceOfService(const LogCapture& log, const GroupService& wanted) {
     std::wstring resource;
     const ToolWatch watch(log);
     const bool isFound = CVeritasCluster().GetGenericServiceResNameByServiceName(
-        ToUtf16(names.first).c_str(), ToUtf16(names.second).c_str(), resource);
+        ToUtf16(wanted.group).c_str(), ToUtf16(wanted.service).c_str(), resource);
     const std::string what =
-        "cannot find the resource of the service " + Quoted(names.second) + " in the group " + Quoted(names.first);
+        "cannot find the resource of the service " + Quoted(wanted.service) + " in the group " + Quoted(wanted.group);
     watch.Require(isFound, what + (watch.Problems().empty() ? ": there is none" : ""));
     watch.RequireNames({resource}, what);
     Report report;
-    report.AddSentence("resource", {{"group", names.first}, {"service", names.second}, {"name", ToUtf8(resource)}},
+    report.AddSentence("resource", {{"group", wanted.group}, {"service", wanted.service}, {"name", ToUtf8(resource)}},
                        Printable(ToUtf8(resource)));
     return report;
 }
@@ -151,7 +157,7 @@ void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
     CLI::App& command = commandLine.AddTo(
         family, "online-node", "Tell on which system a group is online",
         [group, acceptsPartial](const LogCapture& log) { return OnlineNode(log, *group, *acceptsPartial); });
-    CommandLine::AddText(command, "GROUP", *group, "GROUP", "The service group").required();
+    CommandLine::AddVcsName(command, "GROUP", *group, "GROUP", "The service group").required();
     command.add_flag("--partial", *acceptsPartial, "A system on which it is partly online will do");
 }
 
@@ -166,13 +172,13 @@ void AddVcsQueries(CommandLine& commandLine, CLI::App& family) {
     CLI::App& dependencies =
         commandLine.AddTo(family, "deps", "Show what a resource depends on, and what needs it",
                           [resource](const LogCapture& log) { return Dependencies(log, *resource); });
-    CommandLine::AddText(dependencies, "RESOURCE", *resource, "RESOURCE", "The resource").required();
+    CommandLine::AddVcsName(dependencies, "RESOURCE", *resource, "RESOURCE", "The resource").required();
 
-    const auto names = std::make_shared<Two>();
+    const auto wanted = std::make_shared<AttributeName>();
     CLI::App& attribute = commandLine.AddTo(family, "attribute", "Show an attribute of a resource",
-                                            [names](const LogCapture& log) { return Attribute(log, *names); });
-    CommandLine::AddText(attribute, "RESOURCE", names->first, "RESOURCE", "The resource").required();
-    CommandLine::AddText(attribute, "NAME", names->second, "NAME", "The attribute's name").required();
+                                            [wanted](const LogCapture& log) { return Attribute(log, *wanted); });
+    CommandLine::AddVcsName(attribute, "RESOURCE", wanted->resource, "RESOURCE", "The resource").required();
+    CommandLine::AddVcsName(attribute, "NAME", wanted->name, "NAME", "The attribute's name").required();
 
     AddOnlineNode(commandLine, family);
 
@@ -182,12 +188,12 @@ void AddVcsQueries(CommandLine& commandLine, CLI::App& family) {
     CommandLine::AddText(group, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
         .required();
 
-    const auto service = std::make_shared<Two>();
+    const auto service = std::make_shared<GroupService>();
     CLI::App& ofService =
         commandLine.AddTo(family, "resource-of-service", "Find the resource of a group that runs a Windows service",
                           [service](const LogCapture& log) { return ResourceOfService(log, *service); });
-    CommandLine::AddText(ofService, "GROUP", service->first, "GROUP", "The service group").required();
-    CommandLine::AddText(ofService, "SERVICE", service->second, "SERVICE", "The Windows service").required();
+    CommandLine::AddVcsName(ofService, "GROUP", service->group, "GROUP", "The service group").required();
+    CommandLine::AddText(ofService, "SERVICE", service->service, "SERVICE", "The Windows service").required();
 
     commandLine.AddTo(family, "type", "Show which third-party cluster the product is configured for",
                       [](const LogCapture&) { return ClusterType(); });

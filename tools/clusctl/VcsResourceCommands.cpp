@@ -26,10 +26,20 @@ struct AddOptions {
     bool opens = false;
 };
 
-struct Two {
-    std::string first;
-    std::string second;
+struct LinkOptions {
+    std::string parent;
+    std::string child;
     bool opens = false;
+};
+
+struct DeleteOptions {
+    std::string name;
+    bool opens = false;
+};
+
+struct SwitchOptions {
+    std::string name;
+    std::string system;
 };
 
 Report Add(const LogCapture& log, const AddOptions& options) {
@@ -63,41 +73,41 @@ Report Add(const LogCapture& log, const AddOptions& options) {
     return report;
 }
 
-Report Link(const LogCapture& log, const Two& names) {
+Report Link(const LogCapture& log, const LinkOptions& options) {
     const ToolWatch watch(log);
     bool isDone = false;
     {
-        const OpenConfiguration open(names.opens);
-        isDone = CVeritasCluster().LinkResource(ToUtf16(names.first).c_str(), ToUtf16(names.second).c_str());
+        const OpenConfiguration open(options.opens);
+        isDone = CVeritasCluster().LinkResource(ToUtf16(options.parent).c_str(), ToUtf16(options.child).c_str());
     }
-    watch.Require(isDone, "cannot let " + Quoted(names.first) + " depend on " + Quoted(names.second));
+    watch.Require(isDone, "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child));
     Report report;
-    report.AddSentence("linked", {{"parent", names.first}, {"child", names.second}},
-                       Quoted(names.first) + " depends on " + Quoted(names.second) + ".");
+    report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}},
+                       Quoted(options.parent) + " depends on " + Quoted(options.child) + ".");
     return report;
 }
 
-Report Delete(const LogCapture& log, const std::string& name, bool opens) {
+Report Delete(const LogCapture& log, const DeleteOptions& options) {
     const ToolWatch watch(log);
     {
-        const OpenConfiguration open(opens);
-        CVeritasCluster().DeleteResource(ToUtf16(name).c_str());
+        const OpenConfiguration open(options.opens);
+        CVeritasCluster().DeleteResource(ToUtf16(options.name).c_str());
     }
-    watch.Require(true, "cannot delete the resource " + Quoted(name));
+    watch.Require(true, "cannot delete the resource " + Quoted(options.name));
     Report report;
-    report.AddSentence("deleted", Json::array({name}), "Deleted " + Quoted(name) + ".");
+    report.AddSentence("deleted", Json::array({options.name}), "Deleted " + Quoted(options.name) + ".");
     return report;
 }
 
-Report Switch(const LogCapture& log, const Two& names, bool isOnline) {
+Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline) {
     const ToolWatch watch(log);
     const bool isDone =
-        CVeritasCluster().TurnOnOrOffResource(ToUtf16(names.first).c_str(), ToUtf16(names.second).c_str(), isOnline);
+        CVeritasCluster().TurnOnOrOffResource(ToUtf16(options.name).c_str(), ToUtf16(options.system).c_str(), isOnline);
     const std::string direction = isOnline ? "online" : "offline";
-    watch.Require(isDone, "cannot switch " + Quoted(names.first) + " " + direction + " on " + Quoted(names.second));
+    watch.Require(isDone, "cannot switch " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system));
     Report report;
-    report.AddSentence("switched", {{"resource", names.first}, {"system", names.second}, {"online", isOnline}},
-                       "VCS switches " + Quoted(names.first) + " " + direction + " on " + Quoted(names.second) +
+    report.AddSentence("switched", {{"resource", options.name}, {"system", options.system}, {"online", isOnline}},
+                       "VCS switches " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system) +
                            "; the new state is not awaited.");
     return report;
 }
@@ -105,17 +115,9 @@ Report Switch(const LogCapture& log, const Two& names, bool isOnline) {
 Report Encrypt(const LogCapture& log) {
     std::wstring password = ReadPassword();
     std::wstring argument = AsArgument(password);
-    std::wstring encrypted;
-    const ToolWatch watch(log);
-    const bool isDone = CVeritasCluster().EncryptVeritasPassword(argument.c_str(), encrypted);
+    const std::wstring encrypted = EncryptForVcs(log, argument);
     Forget(password);
     Forget(argument);
-    const std::string what = "cannot encrypt the password";
-    watch.Require(isDone, what);
-    // What the tool printed is no part of the log, so its words are all there is to go by.
-    if (encrypted.empty() || _wcsicmp(encrypted.c_str(), L"VCS") == 0) {
-        throw Failure(what + (encrypted.empty() ? ": the tool printed nothing" : ": VCS answered with a message"));
-    }
     Report report;
     report.AddSentence("encrypted", ToUtf8(encrypted), Printable(ToUtf8(encrypted)));
     return report;
@@ -141,40 +143,39 @@ void AddAdd(CommandLine& commandLine, CLI::App& family) {
     const auto options = std::make_shared<AddOptions>();
     CLI::App& command = commandLine.AddTo(family, "add", "Add a resource to a group",
                                           [options](const LogCapture& log) { return Add(log, *options); });
-    CommandLine::AddText(command, "NAME", options->name, "NAME", "The new resource").required();
-    CommandLine::AddText(command, "TYPE", options->type, "TYPE", "Its type, such as GenericService").required();
-    CommandLine::AddText(command, "GROUP", options->group, "GROUP", "Its service group").required();
-    CommandLine::AddText(command, "--child", options->child, "RESOURCE", "A resource that it depends on");
+    CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The new resource").required();
+    CommandLine::AddVcsName(command, "TYPE", options->type, "TYPE", "Its type, such as GenericService").required();
+    CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "Its service group").required();
+    CommandLine::AddVcsName(command, "--child", options->child, "RESOURCE", "A resource that it depends on");
     CommandLine::AddPairs(command, "--set", options->attributes,
                           "An attribute, as VCS takes it, quotes included; may be given more than once");
     OpenConfiguration::AddOption(command, options->opens);
 }
 
 void AddLink(CommandLine& commandLine, CLI::App& family) {
-    const auto names = std::make_shared<Two>();
+    const auto options = std::make_shared<LinkOptions>();
     CLI::App& command = commandLine.AddTo(family, "link", "Let a resource depend on another one",
-                                          [names](const LogCapture& log) { return Link(log, *names); });
-    CommandLine::AddText(command, "PARENT", names->first, "PARENT", "The resource that depends").required();
-    CommandLine::AddText(command, "CHILD", names->second, "CHILD", "The resource that it depends on").required();
-    OpenConfiguration::AddOption(command, names->opens);
+                                          [options](const LogCapture& log) { return Link(log, *options); });
+    CommandLine::AddVcsName(command, "PARENT", options->parent, "PARENT", "The resource that depends").required();
+    CommandLine::AddVcsName(command, "CHILD", options->child, "CHILD", "The resource that it depends on").required();
+    OpenConfiguration::AddOption(command, options->opens);
 }
 
 void AddDelete(CommandLine& commandLine, CLI::App& family) {
-    const auto names = std::make_shared<Two>();
-    CLI::App& command = commandLine.AddTo(family, "delete", "Delete a resource", [names](const LogCapture& log) {
-        return Delete(log, names->first, names->opens);
-    });
-    CommandLine::AddText(command, "NAME", names->first, "NAME", "The resource").required();
-    OpenConfiguration::AddOption(command, names->opens);
+    const auto options = std::make_shared<DeleteOptions>();
+    CLI::App& command = commandLine.AddTo(family, "delete", "Delete a resource",
+                                          [options](const LogCapture& log) { return Delete(log, *options); });
+    CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The resource").required();
+    OpenConfiguration::AddOption(command, options->opens);
 }
 
 void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
-    const auto names = std::make_shared<Two>();
+    const auto options = std::make_shared<SwitchOptions>();
     CLI::App& command = commandLine.AddTo(
         family, isOnline ? "online" : "offline", isOnline ? "Bring a resource online" : "Take a resource offline",
-        [names, isOnline](const LogCapture& log) { return Switch(log, *names, isOnline); });
-    CommandLine::AddText(command, "NAME", names->first, "NAME", "The resource").required();
-    CommandLine::AddText(command, "SYSTEM", names->second, "SYSTEM", "The system").required();
+        [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
+    CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The resource").required();
+    CommandLine::AddVcsName(command, "SYSTEM", options->system, "SYSTEM", "The system").required();
 }
 
 } // namespace

@@ -56,16 +56,6 @@ Report OneServer(const CVeritasVirtualServerInfo& info) {
     return report;
 }
 
-Report ServerOfName(const LogCapture& log, const std::string& networkName) {
-    const std::string what = "cannot find the virtual server " + Quoted(networkName);
-    CVeritasVirtualServerInfo info;
-    const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
-    watch.Require(isFound, what);
-    watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
-    return OneServer(info);
-}
-
 Report AllServers(const LogCapture& log) {
     const std::string what = "cannot list the virtual servers";
     std::vector<CVeritasVirtualServerInfo> infos;
@@ -88,7 +78,7 @@ Report AllServers(const LogCapture& log) {
 
 Report Servers(const LogCapture& log, const Wanted& wanted) {
     return !wanted.group.empty()         ? OneServer(FindVcsServer(log, wanted.group))
-           : !wanted.networkName.empty() ? ServerOfName(log, wanted.networkName)
+           : !wanted.networkName.empty() ? OneServer(FindVcsServerByName(log, wanted.networkName))
                                          : AllServers(log);
 }
 
@@ -115,7 +105,7 @@ void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
     CLI::App& servers = commandLine.AddTo(family, "servers", "List the Exchange virtual servers, or show one",
                                           [wanted](const LogCapture& log) { return Servers(log, *wanted); });
     CLI::Option& group =
-        CommandLine::AddText(servers, "GROUP", wanted->group, "GROUP", "The virtual server's service group");
+        CommandLine::AddVcsName(servers, "GROUP", wanted->group, "GROUP", "The virtual server's service group");
     CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME", "The virtual server's network name")
         .excludes(&group);
 
@@ -123,5 +113,5 @@ void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
     CLI::App& storage =
         commandLine.AddTo(family, "storage", "Show the storage that the product's resources of a group depend on",
                           [owner](const LogCapture& log) { return Storage(log, *owner); });
-    CommandLine::AddText(storage, "GROUP", *owner, "GROUP", "The service group").required();
+    CommandLine::AddVcsName(storage, "GROUP", *owner, "GROUP", "The service group").required();
 }

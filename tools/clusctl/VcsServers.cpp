@@ -13,6 +13,16 @@ CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string
     return info;
 }
 
+CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::string& networkName) {
+    const std::string what = "cannot find the virtual server " + Quoted(networkName);
+    CVeritasVirtualServerInfo info;
+    const ToolWatch watch(log);
+    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
+    watch.Require(isFound, what);
+    watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
+    return info;
+}
+
 VcsNames TopMountResources(const LogCapture& log, const std::string& group) {
     const std::string what = "cannot list the MountV resources of " + Quoted(group);
     VcsNames names;

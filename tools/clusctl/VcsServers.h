@@ -14,6 +14,9 @@
 // The virtual server of a group. Throws Failure, too, when the group holds none.
 CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string& group);
 
+// The virtual server with a network name.
+CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::string& networkName);
+
 // The MountV resources that the product's RegRep resource may depend on.
 VcsNames TopMountResources(const LogCapture& log, const std::string& group);
 

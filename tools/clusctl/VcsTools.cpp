@@ -5,7 +5,6 @@
 #include "Text.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace {
 
@@ -17,32 +16,21 @@ const size_t LongestCommand = 120;
 const size_t LongestLine = 200;
 const size_t LongestProgress = 60; // has to fit into a narrow terminal
 
-std::string Upper(std::string text) {
-    for (char& c : text) {
-        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-    }
-    return text;
-}
-
-bool StartsWith(const std::string& text, const char* start) {
-    return text.compare(0, std::string(start).size(), start) == 0;
-}
-
 std::string ToolOf(const ToolRun& run) {
     return run.command.substr(0, run.command.find(' '));
 }
 
 // "10600" of "VCS ERROR V-16-1-10600 Cannot connect to VCS engine"; empty when the line is no message of VCS.
 std::string NumberOf(const std::string& line) {
-    const std::string upper = Upper(line);
-    if (!StartsWith(upper, "VCS ERROR") && !StartsWith(upper, "VCS WARNING") && !StartsWith(upper, "VCS NOTICE")) {
+    const std::string lower = Lower(line);
+    if (!StartsWith(lower, "vcs error") && !StartsWith(lower, "vcs warning") && !StartsWith(lower, "vcs notice")) {
         return std::string();
     }
-    const size_t mark = upper.find("V-16-");
-    const size_t number = mark == std::string::npos ? mark : upper.find('-', mark + 5);
+    const size_t mark = lower.find("v-16-");
+    const size_t number = mark == std::string::npos ? mark : lower.find('-', mark + 5);
     return number == std::string::npos
                ? "0"
-               : upper.substr(number + 1, upper.find_first_not_of("0123456789", number + 1) - number - 1);
+               : lower.substr(number + 1, lower.find_first_not_of("0123456789", number + 1) - number - 1);
 }
 
 // Messages that come also when all is well.
@@ -73,7 +61,7 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
         return true;
     }
     const std::string number = NumberOf(run.firstLine);
-    const bool isNotice = StartsWith(Upper(run.firstLine), "VCS NOTICE") && number != FaultedNumber;
+    const bool isNotice = StartsWith(Lower(run.firstLine), "vcs notice") && number != FaultedNumber;
     problem.message = run.firstLine;
     if (!number.empty() && !isNotice) {
         problem.kind = number == EngineDownNumber ? ToolProblem::Kind::EngineDown
@@ -190,6 +178,20 @@ void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) con
             throw Failure(what + ": the answer of VCS is no list of names: " + Quoted(ToUtf8(name)));
         }
     }
+}
+
+std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password) {
+    const std::string what = "cannot encrypt the password";
+    std::wstring encrypted;
+    const ToolWatch watch(log);
+    const bool isDone = CVeritasCluster().EncryptVeritasPassword(password.c_str(), encrypted);
+    watch.Require(isDone, what);
+    // What the tool printed is no part of the log, so its words are all there is to go by.
+    if (encrypted.empty() || _wcsicmp(encrypted.c_str(), L"VCS") == 0) {
+        throw Failure(what + (encrypted.empty() ? ": the VCS tool \"vcsencrypt\" printed nothing"
+                                                : ": VCS answered with a message"));
+    }
+    return encrypted;
 }
 
 std::string ServiceStateHere(const std::string& service) {

@@ -53,6 +53,10 @@ private:
 // Throws Failure that says what went wrong, and what the tools printed.
 [[noreturn]] void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
 
+// The form in which VCS keeps a password, which is given as an argument (AsArgument). Throws Failure when there is
+// none.
+std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password);
+
 // "running", "start pending", "stopped", "not running" or "not installed here".
 std::string ServiceStateHere(const std::string& service);
 
