@@ -1,7 +1,8 @@
 #include "Secrets.h"
 
+#include "Text.h"
+
 #include <algorithm>
-#include <cctype>
 
 const char MaskedSecret[] = "***";
 
@@ -26,19 +27,8 @@ std::vector<Word> WordsOf(const std::string& line) {
     return words;
 }
 
-std::string Lower(std::string text) {
-    for (char& c : text) {
-        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
-    return text;
-}
-
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-bool StartsWith(const std::string& text, const char* start) {
-    return text.compare(0, std::string(start).size(), start) == 0;
 }
 
 std::string Trimmed(const std::string& text, const char* what) {
@@ -54,8 +44,14 @@ size_t FindSecret(const std::string& line) {
         return std::string::npos;
     }
     const std::vector<Word> words = WordsOf(line);
+    bool isModify = false;
+    size_t firstAttribute = 0; // behind -modify and the resource's name
     for (size_t i = 1; i < words.size(); ++i) {
         const std::string word = line.substr(words[i].begin, words[i].end - words[i].begin);
+        if (isCommand && !isModify && word == "-modify") {
+            isModify = true;
+            firstAttribute = i + 2;
+        }
         const size_t equals = word.find('=');
         if (isCommand && equals != std::string::npos && IsSecretAttribute(word.substr(0, equals))) {
             return words[i].begin + equals + 1;
@@ -64,9 +60,9 @@ size_t FindSecret(const std::string& line) {
             continue;
         }
         const size_t value = isCommand ? i + 1 : i + 2; // a row names the system in between
-        const bool isModify = isCommand && words.size() > 3 && i == 5;
+        const bool isModified = isModify && i >= firstAttribute;
         const bool isRow = !isCommand && i == 2;
-        if ((isModify || isRow) && value < words.size()) {
+        if ((isModified || isRow) && value < words.size()) {
             return words[value].begin;
         }
     }
