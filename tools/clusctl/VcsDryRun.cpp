@@ -12,14 +12,8 @@ namespace {
 
 const wchar_t FileVariable[] = L"VCSSIM_MAIN_CF";
 const wchar_t JournalVariable[] = L"VCSSIM_JOURNAL";
-const int LockAttempts = 100;
-const DWORD LockPause = 20; // milliseconds
-
-std::wstring Variable(const wchar_t* name) {
-    std::wstring value(32768, L'\0'); // the longest there is
-    value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
-    return value;
-}
+const int MostAttempts = 100; // while others use a file
+const DWORD Pause = 20;       // milliseconds
 
 bool FileExists(const std::wstring& path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -29,26 +23,53 @@ std::wstring FolderOf(const std::wstring& path) {
     return path.substr(0, path.find_last_of(L"\\/:") + 1);
 }
 
+// Whether somebody may just be looking at a file, or deleting it.
+bool IsPassing(DWORD code) {
+    return code == ERROR_SHARING_VIOLATION || code == ERROR_LOCK_VIOLATION || code == ERROR_ACCESS_DENIED;
+}
+
+[[noreturn]] void ThrowCannot(const char* verb, const std::wstring& file, DWORD code) {
+    throw Failure(std::string("cannot ") + verb + " " + Quoted(ToUtf8(file)) + ": " + ErrorText(code));
+}
+
 void Copy(const std::wstring& from, const std::wstring& to) {
-    if (!CopyFileW(from.c_str(), to.c_str(), TRUE)) {
-        throw Failure("cannot copy " + Quoted(ToUtf8(from)) + ": " + ErrorText(GetLastError()));
+    for (int attempt = 1; !CopyFileW(from.c_str(), to.c_str(), TRUE); ++attempt) {
+        const DWORD code = GetLastError();
+        if (attempt == MostAttempts || !IsPassing(code)) {
+            ThrowCannot("copy", from, code);
+        }
+        Sleep(Pause);
     }
-    SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL); // the copy of a read-only file, too, has to change
+    // The copy of a read-only file, too, has to change.
+    if (!SetFileAttributesW(to.c_str(), FILE_ATTRIBUTE_NORMAL)) {
+        ThrowCannot("make writable", to, GetLastError());
+    }
+}
+
+void SetVariable(const wchar_t* name, const std::wstring& value) {
+    if (!SetEnvironmentVariableW(name, value.c_str())) {
+        throw Failure("cannot set the variable " + ToUtf8(name) + ": " + ErrorText(GetLastError()));
+    }
 }
 
 std::string ReadText(const std::wstring& path) {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        ThrowCannot("read", path, GetLastError());
+    }
     std::string text;
     char piece[4096];
     DWORD count = 0;
-    while (file != INVALID_HANDLE_VALUE && ReadFile(file, piece, sizeof(piece), &count, nullptr) && count != 0) {
+    BOOL isRead = FALSE;
+    while ((isRead = ReadFile(file, piece, sizeof(piece), &count, nullptr)) && count != 0) {
         text.append(piece, count);
     }
-    if (file == INVALID_HANDLE_VALUE) {
-        throw Failure("cannot read " + Quoted(ToUtf8(path)) + ": " + ErrorText(GetLastError()));
-    }
+    const DWORD code = GetLastError();
     CloseHandle(file);
+    if (!isRead) {
+        ThrowCannot("read", path, code);
+    }
     return text;
 }
 
@@ -63,14 +84,19 @@ class ToolLock {
 public:
     explicit ToolLock(const std::wstring& mainCf) {
         const std::wstring path = mainCf + L".lock";
-        for (int attempt = 0; attempt < LockAttempts && m_file == INVALID_HANDLE_VALUE; ++attempt) {
+        for (int attempt = 1;; ++attempt) {
             m_file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                  FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-            if (m_file == INVALID_HANDLE_VALUE && GetLastError() != ERROR_SHARING_VIOLATION) {
-                return; // a folder that cannot be written: nobody changes the files there
+            const DWORD code = GetLastError();
+            if (m_file != INVALID_HANDLE_VALUE) {
+                return;
             }
-            if (m_file == INVALID_HANDLE_VALUE) {
-                Sleep(LockPause);
+            if (attempt < MostAttempts && IsPassing(code)) {
+                Sleep(Pause);
+            } else if (code == ERROR_SHARING_VIOLATION) {
+                ThrowCannot("lock", mainCf, code);
+            } else {
+                return; // a folder that cannot be written: nobody changes the files there
             }
         }
     }
@@ -88,7 +114,9 @@ private:
 
 std::wstring CreateFolder() {
     wchar_t temporary[MAX_PATH + 1] = {};
-    GetTempPathW(MAX_PATH + 1, temporary);
+    if (GetTempPathW(MAX_PATH + 1, temporary) == 0) {
+        throw Failure("there is no folder for temporary files: " + ErrorText(GetLastError()));
+    }
     for (int number = 1;; ++number) {
         const std::wstring folder = std::wstring(temporary) + L"clusctl-" + std::to_wstring(GetCurrentProcessId()) +
                                     L"-" + std::to_wstring(number);
@@ -104,7 +132,7 @@ std::wstring CreateFolder() {
 } // namespace
 
 VcsDryRun::VcsDryRun() {
-    const std::wstring mainCf = Variable(FileVariable);
+    const std::wstring mainCf = EnvironmentVariable(FileVariable);
     if (mainCf.empty()) {
         throw Failure("a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
     }
@@ -120,12 +148,12 @@ VcsDryRun::VcsDryRun() {
         CopyBeside(mainCf, L".live");
         CopyIncludes(mainCf);
         m_before = RunningConfiguration(m_folder + m_name);
+        SetVariable(FileVariable, m_folder + m_name);
+        SetVariable(JournalVariable, m_folder + L"journal");
     } catch (const std::exception&) {
         DeleteCopy();
         throw;
     }
-    SetEnvironmentVariableW(FileVariable, (m_folder + m_name).c_str());
-    SetEnvironmentVariableW(JournalVariable, (m_folder + L"journal").c_str());
 }
 
 VcsDryRun::~VcsDryRun() {

@@ -9,8 +9,13 @@ OpenConfiguration::OpenConfiguration(bool isWanted) : m_isWanted(isWanted) {
 }
 
 OpenConfiguration::~OpenConfiguration() {
-    if (m_isWanted) {
+    if (!m_isWanted) {
+        return;
+    }
+    try {
         CVeritasCluster().SwitchToReadOnlyMode();
+    } catch (...) {
+        // Out of memory, perhaps while another exception is on its way: that one matters.
     }
 }
 

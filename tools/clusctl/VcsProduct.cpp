@@ -27,6 +27,7 @@ const Columns ProductColumns = {
 namespace {
 
 const char AttendantServiceName[] = "OXASAService";
+const size_t LongestPart = 255; // of a path
 
 // Everything that is known before the first change.
 struct Plan {
@@ -36,12 +37,37 @@ struct Plan {
     bool isAccountGiven = false;
 };
 
+// Why a data path will not do; empty when it will. Its folder gives the replication directory, which reaches VCS as a
+// word of a command line; the library cannot split a path of longer parts.
+std::string ReasonAgainstDataPath(const std::wstring& path) {
+    const std::string quoted = Quoted(ToUtf8(path));
+    const size_t begin = path.size() > 1 && path[1] == L':' ? 2 : 0;
+    const size_t slash = path.find_last_of(L"\\/");
+    if (slash == std::wstring::npos || slash < begin) {
+        return "the data path " + quoted + " names no folder";
+    }
+    if (path.find_first_of(L" \t\"", begin) < slash) {
+        return "the folder of the data path " + quoted + " must not hold a blank or a double quote";
+    }
+    if (slash + 1 - begin > LongestPart || path.size() - slash - 1 > LongestPart) {
+        return "the data path " + quoted + " is too long: its folder and its last part may have " +
+               std::to_string(LongestPart) + " characters each";
+    }
+    return std::string();
+}
+
 void CheckOptions(const ProductCreateOptions& options) {
     if (options.accountGroup.empty() != options.accountUser.empty()) {
         throw WrongUsage("--account-group and --account-user go together");
     }
     if (!options.accountUser.empty() && !options.remoteConfig) {
         throw WrongUsage("--account-user has no meaning without --remote-config");
+    }
+    if (!options.dataPath.empty()) {
+        const std::string reason = ReasonAgainstDataPath(ToUtf16(options.dataPath));
+        if (!reason.empty()) {
+            throw WrongUsage(reason);
+        }
     }
 }
 
@@ -57,34 +83,23 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
     for (const std::wstring& name : mounts) {
         names += (names.empty() ? ": " : ", ") + ToUtf8(name);
     }
-    throw WrongUsage("--mount is required: the group has " + std::to_string(mounts.size()) +
-                     " top-most MountV resources" + names);
+    throw Failure("the group " + Quoted(group) +
+                  (mounts.empty() ? " has no MountV resource for the product's to depend on"
+                                  : " has " + std::to_string(mounts.size()) +
+                                        " top-most MountV resources, and --mount has to name one of them" + names));
 }
 
 std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
     const std::wstring existing = FindRegistryReplication(log, ToUtf8(plan.info.sGroupName)).resource;
-    const std::wstring name = !options.regRep.empty() ? ToUtf16(options.regRep)
-                              : !existing.empty()     ? existing
-                                                      : plan.info.sGroupName + L"-RegRep";
+    std::wstring name = !options.regRep.empty() ? ToUtf16(options.regRep)
+                        : !existing.empty()     ? existing
+                                                : plan.info.sGroupName + L"-RegRep";
     // Setting up another program's resource again would turn it into the product's.
     if (name != existing && Contains(plan.before, name)) {
         throw Failure("the resource " + Quoted(ToUtf8(name)) +
                       " exists already and does not replicate the product's key; --regrep gives another name");
     }
     return name;
-}
-
-// The folder of the data path gives the replication directory, which reaches VCS as words of a command line.
-void CheckDataPath(const std::wstring& path) {
-    const size_t colon = path.find(L':');
-    const size_t begin = colon == std::wstring::npos ? 0 : colon + 1;
-    const size_t end = path.find_last_of(L"\\/");
-    if (end == std::wstring::npos || end < begin) {
-        throw WrongUsage("the data path " + Quoted(ToUtf8(path)) + " names no folder");
-    }
-    if (path.substr(begin, end - begin).find_first_of(L" \t") != std::wstring::npos) {
-        throw WrongUsage("the folder of the data path " + Quoted(ToUtf8(path)) + " must not hold a blank");
-    }
 }
 
 Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const VcsDryRun* dryRun) {
@@ -98,14 +113,18 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
     plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataPath);
     if (plan.info.sDataPath.empty()) {
-        throw WrongUsage("--data-path is required: the product's settings name no data root");
+        throw Failure("the product's settings name no data root: --data-path has to give a path on the shared disk");
     }
-    CheckDataPath(plan.info.sDataPath);
+    const std::string reason = ReasonAgainstDataPath(plan.info.sDataPath);
+    if (!reason.empty()) {
+        throw Failure(reason + "; it comes from the product's settings, and --data-path gives another one");
+    }
     plan.info.nDelayAfterOnline = options.delayOnline;
     plan.info.nDelayAfterOffline = options.delayOffline;
     plan.isAccountGiven = !options.accountUser.empty();
     if (plan.isAccountGiven) {
         plan.password = AsArgument(ReadPassword());
+        EncryptForVcs(log, plan.password); // else the library would go on with an empty password
     }
     return plan;
 }
@@ -271,13 +290,14 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     }
     Forget(plan.password);
     const std::vector<ToolRun> runs = watch.Runs();
-    const Json records = ResultOf(log, options, plan, watch);
-    if (dryRun != nullptr) {
-        Report report = RehearsalReport(runs, *dryRun);
-        report.AddTable("resources", records, ProductColumns, std::string());
-        return report;
+    Report report = dryRun == nullptr ? Report() : RehearsalReport(runs, *dryRun);
+    try {
+        report.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
+    } catch (const Failure& failure) {
+        if (dryRun == nullptr) {
+            throw;
+        }
+        throw FailureWithReport(failure.what(), report);
     }
-    Report report;
-    report.AddTable("resources", records, ProductColumns, std::string());
     return report;
 }
