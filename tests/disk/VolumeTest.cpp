@@ -97,6 +97,19 @@ TEST_F(DiskVolume, EveryTranslationLoadsAndFreesTheLibrary) {
     EXPECT_EQ(volumes.LibrariesHeld(), 0);
 }
 
+TEST_F(DiskVolume, TheTranslationIsLeftWhenItsLibraryIsFree) {
+    std::function<BOOL(HMODULE)> next;
+    std::string log;
+    const auto patch = PatchImport(kernel32, FreeLibrary, [&](HMODULE module) -> BOOL {
+        log = TakeLog();
+        return next(module);
+    });
+    next = [&](HMODULE module) { return patch.Next(module); };
+    EXPECT_EQ(PathsOf({"Disk1Partition2"}), Paths{L"G:\\"});
+    EXPECT_THAT(log, ::testing::EndsWith("I VolumeName: \\\\?\\Volume{12}\\\n"));
+    EXPECT_EQ(TakeLog(), Lines({LeaveTranslation, "I device name translted to: G:\\", LeaveLetters}));
+}
+
 TEST_F(DiskVolume, APathNeedsNoLibrary) {
     EXPECT_EQ(PathsOf({"F:", "G:\\Store"}), (Paths{L"F:\\", L"G:\\Store\\"}));
     EXPECT_EQ(volumes.Loads(), 0);
