@@ -75,6 +75,37 @@ TEST_F(Group, NodeAssignmentSharesTheHandle) {
               Lines({"OpenClusterNode(NODE-A)", "CloseClusterNode(NODE-A)", "CloseClusterNode(NODE-A)=6"}));
 }
 
+TEST_F(Group, AssignmentDoesNotCloseWhatTheTargetHeld) {
+    ExpectBadHandleCalls(1); // both objects close the source's handle
+    HGROUP held = nullptr;
+    {
+        CClusterGroup target;
+        CClusterGroup source;
+        Open(target, L"Cluster Group");
+        Open(source, L"EVS1");
+        held = target.GetGroupHandle();
+        target = source;
+        EXPECT_EQ(TakeJournal(), "");
+    }
+    EXPECT_TRUE(CloseClusterGroup(held));
+}
+
+TEST_F(Group, NodeAssignmentDoesNotCloseWhatTheTargetHeld) {
+    ExpectBadHandleCalls(1);
+    HNODE held = nullptr;
+    {
+        CClusterNode target;
+        CClusterNode source;
+        ASSERT_TRUE(cluster.OpenNodeByName(target, L"NODE-B"));
+        ASSERT_TRUE(cluster.OpenNodeByName(source, L"NODE-A"));
+        held = target.GetNodeHandle();
+        Forget();
+        target = source;
+        EXPECT_EQ(TakeJournal(), "");
+    }
+    EXPECT_TRUE(CloseClusterNode(held));
+}
+
 TEST_F(Group, NodeDestructionKeepsTheLastError) {
     Platform().FailCall("CloseClusterNode", 6);
     {
@@ -313,6 +344,16 @@ TEST_F(GroupDisk, WithoutAGroupHandleIsAFailure) {
                                 "> EnumResourceInGroup", "E [FIXREF-77888] NULL == m_hGroup",
                                 "< [FIXREF-77888] EnumResourceNamesInGroup", "< EnumStorageResourceNamesInGroup",
                                 "< FindPhysicalDiskResourceNameByDriveLetter"}));
+}
+
+TEST_F(Group, ADiskWithoutADeviceNameHasNoLetter) {
+    CClusterGroup other;
+    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Disk("D", ""));
+    Open(other, L"G");
+    std::wstring name = L"before";
+    EXPECT_FALSE(other.FindPhysicalDiskResourceNameByDriveLetter(cluster, L'\0', name));
+    EXPECT_EQ(name, L"before");
+    EXPECT_THAT(TakeJournal(), HasSubstr("(D,STORAGE_GET_DISK_INFO,"));
 }
 
 } // namespace

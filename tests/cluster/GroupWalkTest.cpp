@@ -168,6 +168,22 @@ TEST_F(GroupWalk, GrowsToTheNextMultipleOf512Characters) {
                                                             "ClusterGroupEnum(0,6144)"})));
 }
 
+TEST_F(GroupWalk, GrowsAboveAMultipleOf512ThatTheNameFills) {
+    LoadAndOpen(GivenCluster()
+                    .Node("NODE-A")
+                    .Group("G", "NODE-A")
+                    .IpAddress(std::string(2559, 'x'), "10.0.0.1")
+                    .IpAddress("b", "10.0.0.2"));
+    CClusterGroup group;
+    Open(group, L"G");
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
+    // 2,560 characters are needed; the next multiple is 3,072.
+    const std::string journal = TakeJournal();
+    EXPECT_THAT(journal, ::testing::StartsWith(Lines({"ClusterGroupOpenEnum(G,1)", "ClusterGroupEnum(0,2048)=234",
+                                                      "ClusterGroupEnum(0,6144)"})));
+    EXPECT_THAT(journal, HasSubstr(Lines({"ClusterGroupEnum(1,6144)", "OpenClusterResource(b)"})));
+}
+
 TEST_F(GroupWalk, ANameThatTheBufferCannotGrowForEndsTheWalk) {
     LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(5000, 'x'), "10.0.0.1"));
     CClusterGroup group;

@@ -1,9 +1,16 @@
 // Opening resources, groups and nodes of an open cluster, and creating resources.
 #include "ClusterFixture.h"
 
+#include <type_traits>
+
 using namespace harness;
 
 namespace {
+
+// A copy would close the same handle twice.
+static_assert(!std::is_copy_constructible<CCluster>::value && !std::is_copy_assignable<CCluster>::value, "no copy");
+static_assert(!std::is_copy_constructible<CClusterResource>::value && !std::is_copy_assignable<CClusterResource>::value,
+              "no copy");
 
 class ClusterObjects : public OpenClusterTest {};
 
@@ -98,6 +105,21 @@ TEST_F(ClusterObjects, HandlesStayUsableAfterTheClusterIsClosed) {
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false), L"IP Address");
 }
 
+TEST_F(ClusterObjects, GroupsAndNodesStayUsableAfterTheClusterIsClosed) {
+    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").PossibleOwner("NODE-A"));
+    CClusterResource resource;
+    CClusterGroup group;
+    CClusterNode node;
+    Open(resource, L"Spare IP");
+    Open(group, L"Cluster Group");
+    ASSERT_TRUE(cluster.OpenNodeByName(node, L"NODE-B"));
+    cluster.Close();
+    Names names;
+    EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
+    EXPECT_EQ(names, (Names{L"Cluster IP", L"Cluster Name"}));
+    EXPECT_EQ(resource.AddOwner(node.GetNodeHandle()), DWORD(ERROR_SUCCESS));
+}
+
 TEST_F(ClusterObjects, ThroughAClosedClusterDoNotOpen) {
     cluster.Close();
     Forget();
@@ -148,6 +170,18 @@ TEST_F(ClusterObjects, CreatingOverwritesAHeldHandleWithoutClosingIt) {
     resource.Close();
     EXPECT_EQ(TakeJournal(),
               Lines({"CreateClusterResource(EVS1,EVS1 IP 2,IP Address,0)", "CloseClusterResource(EVS1 IP 2)"}));
+    EXPECT_TRUE(CloseClusterResource(first));
+}
+
+TEST_F(ClusterObjects, AResourceCreatedIntoAHeldOneHasItsOwnName) {
+    CClusterGroup group;
+    Open(group, L"EVS1");
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const HRESOURCE first = resource.GetResourceHandle();
+    EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP");
+    EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
+    EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP 2");
     EXPECT_TRUE(CloseClusterResource(first));
 }
 

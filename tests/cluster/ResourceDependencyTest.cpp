@@ -149,6 +149,16 @@ TEST_F(ResourceDependency, AFoundStorageOverwritesAHeldHandleWithoutClosingIt) {
     EXPECT_TRUE(CloseClusterResource(held));
 }
 
+TEST_F(ResourceDependency, AStorageFoundIntoAHeldResourceHasItsOwnName) {
+    CClusterResource storage;
+    Open(storage, L"EVS1 IP");
+    const HRESOURCE held = storage.GetResourceHandle();
+    EXPECT_STREQ(storage.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP");
+    EXPECT_TRUE(store.GetResourceStorageDependency(storage));
+    EXPECT_STREQ(storage.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 Disk");
+    EXPECT_TRUE(CloseClusterResource(held));
+}
+
 TEST_F(ResourceDependency, MissingStorageAndAMissingClusterHandleLogTheSameText) {
     Platform().FailCall("GetClusterFromResource", 1722, 2);
     Platform().FailCall("ResUtilGetResourceDependencyByClass", 5002, 1);

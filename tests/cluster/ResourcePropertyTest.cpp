@@ -125,6 +125,19 @@ TEST_F(PrivateProperty, TheSearchIsGivenTheAllocatedSize) {
     EXPECT_EQ(size, 128u);
 }
 
+TEST_F(PrivateProperty, TheSearchForANumberIsGivenTheAllocatedSize) {
+    DWORD size = 0;
+    const auto patch =
+        PatchImport(resutils, ResUtilFindDwordProperty, [&](const PVOID, DWORD cb, LPCWSTR, LPDWORD) -> DWORD {
+            size = cb;
+            return ERROR_FILE_NOT_FOUND;
+        });
+    DWORD number = 0;
+    const ControlAnswer answer(Bytes(4));
+    EXPECT_FALSE(ip.GetPrivateDWORDProperty(L"Address", number));
+    EXPECT_EQ(size, 128u);
+}
+
 class PrivateTextLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
 
 TEST_P(PrivateTextLength, TextsOfAnyLengthAreRead) {

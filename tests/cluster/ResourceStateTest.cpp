@@ -1,5 +1,7 @@
 #include "ClusterFixture.h"
 
+#include <cwchar>
+
 using namespace harness;
 
 namespace {
@@ -368,6 +370,23 @@ TEST_F(ResourceState, WithoutAHandleNothingIsOnThisNode) {
               Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A", "E NULL == m_hResource",
                      "I Resource is not online, return false", "< CClusterResource::IsOnlineOnCurrentNode"}));
     EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
+}
+
+TEST_F(ResourceState, AnUnrecognisedStateStillHasItsNodeAndGroup) {
+    CClusterResource resource;
+    Open(resource, L"Cluster IP");
+    const auto patch = PatchImport(clusapi, GetClusterResourceState,
+                                   [](HRESOURCE, LPWSTR node, LPDWORD cchNode, LPWSTR group, LPDWORD cchGroup) {
+                                       *cchNode = static_cast<DWORD>(std::wcslen(std::wcscpy(node, L"NODE-A")));
+                                       *cchGroup = static_cast<DWORD>(std::wcslen(std::wcscpy(group, L"G")));
+                                       return ClusterResourceInherited;
+                                   });
+    std::wstring node;
+    std::wstring group;
+    EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(node, L"NODE-A");
+    EXPECT_EQ(group, L"G");
+    EXPECT_TRUE(resource.IsOnCurrentNode(&group));
 }
 
 } // namespace

@@ -51,8 +51,9 @@ TEST_F(ClusterOpening, OpeningTheLocalClusterTwiceSucceedsAndKeepsTheHandle) {
     EXPECT_TRUE(cluster.OpenByLPC());
     EXPECT_EQ(cluster.GetHandle(), handle);
     EXPECT_EQ(TakeJournal(), "");
-    EXPECT_THAT(TakeLog(), StartsWith(Lines({"> CCluster::OpenByLPC()",
-                                             "W Warning, the cluster has already been opened, return success."})));
+    EXPECT_EQ(TakeLog(),
+              Lines({"> CCluster::OpenByLPC()", "W Warning, the cluster has already been opened, return success.",
+                     "< CCluster::OpenByLPC()"}));
 }
 
 TEST_F(ClusterOpening, OpensAClusterByName) {

@@ -12,7 +12,7 @@ protected:
     }
 
     // The bytes that setting this property sends.
-    Bytes Sent(const std::wstring& name, DWORD value) {
+    Bytes Sent(const wchar_t* name, DWORD value) {
         CClusterResource resource;
         Open(resource, L"Spare IP");
         Bytes sent;
@@ -29,7 +29,7 @@ protected:
                                            sent.assign(bytes, bytes + cbIn);
                                            return ERROR_SUCCESS;
                                        });
-        EXPECT_TRUE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, name.c_str(), value));
+        EXPECT_TRUE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, name, value));
         return sent;
     }
 
@@ -59,8 +59,12 @@ TEST_F(SetProperty, PadsNamesOfAnyLengthToFourBytes) {
     for (const std::size_t length : {std::size_t(0), std::size_t(1), std::size_t(2), std::size_t(3), std::size_t(4),
                                      std::size_t(260), std::size_t(5000)}) {
         const std::wstring name(length, L'\u0160');
-        EXPECT_EQ(Sent(name, 0x80000001), Expected(name, 0x80000001)) << length;
+        EXPECT_EQ(Sent(name.c_str(), 0x80000001), Expected(name, 0x80000001)) << length;
     }
+}
+
+TEST_F(SetProperty, OfANullNameIsAListWithAnEmptyName) {
+    EXPECT_EQ(Sent(nullptr, 7), Expected(L"", 7));
 }
 
 TEST_F(SetProperty, LogsAndSends) {

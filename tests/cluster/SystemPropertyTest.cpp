@@ -103,8 +103,17 @@ TEST_F(SystemProperty, AFailedRefreshKeepsTheCache) {
 TEST_F(SystemProperty, AnEmptyTextIsNotNullAndIsReadAgain) {
     CClusterResource resource;
     Open(resource, L"EVS1 IP");
-    const ControlAnswer answer(TextBytes(L""));
+    int calls = 0;
+    const auto patch = PatchImport(clusapi, ClusterResourceControl,
+                                   [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
+                                       ++calls;
+                                       std::memset(out, 0, 2);
+                                       *cb = 2;
+                                       return ERROR_SUCCESS;
+                                   });
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), L"");
+    EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), L"");
+    EXPECT_EQ(calls, 2);
     EXPECT_EQ(TakeLog(), "");
 }
 
@@ -161,6 +170,38 @@ TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheTextStillHolds) {
     EXPECT_EQ(TakeLog(), Lines({"E dwSizeCheck != dwSize"}));
 }
 
+TEST_F(SystemProperty, NothingOfTheFirstAnswerShowsBehindAShorterSecond) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    int calls = 0;
+    const auto patch =
+        PatchImport(clusapi, ClusterResourceControl,
+                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD cbOut, LPDWORD cb) -> DWORD {
+                        if (++calls == 1) {
+                            std::memset(out, 'x', cbOut);
+                            *cb = 400;
+                            return ERROR_MORE_DATA;
+                        }
+                        std::memcpy(out, L"ab", 4); // without its terminator
+                        *cb = 4;
+                        return ERROR_SUCCESS;
+                    });
+    EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), L"ab");
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(SystemProperty, ACountBeyondTheBufferIsReadUpToItsEnd) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const auto patch = PatchImport(clusapi, ClusterResourceControl,
+                                   [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
+                                       std::memcpy(out, std::wstring(64, L'x').c_str(), 128);
+                                       *cb = 0x7fffffff;
+                                       return ERROR_SUCCESS;
+                                   });
+    EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), std::wstring(64, L'x'));
+}
+
 TEST_F(SystemProperty, ATextThatGrowsBetweenTheTwoCallsIsAFailure) {
     CClusterResource resource;
     Open(resource, L"EVS1 IP");
@@ -213,6 +254,19 @@ TEST_F(SystemProperty, MissingMemoryNeverGivesAWrongText) {
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false), nullptr);
     EXPECT_NE(TakeLog(), "");
+}
+
+TEST_F(SystemProperty, AnAnswerWithoutABufferIsLogged) {
+    CClusterResource resource;
+    Open(resource, L"EVS1 IP");
+    const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
+    const auto patch = PatchImport(clusapi, ClusterResourceControl,
+                                   [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD cb) -> DWORD {
+                                       *cb = 8;
+                                       return ERROR_SUCCESS;
+                                   });
+    EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false), nullptr);
+    EXPECT_EQ(TakeLog(), Lines({"E NULL == lpStringStart"}));
 }
 
 // Disk device
