@@ -14,7 +14,8 @@ function(clusutil_target target)
     message(FATAL_ERROR "clusutil_target(${target}): DESCRIPTION is missing")
   endif()
   target_compile_features(${target} PRIVATE cxx_std_17)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS ON PREFIX "")
+  # DLLs are found at run time: one that was built again needs no new link of what uses it.
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS ON PREFIX "" LINK_DEPENDS_NO_SHARED ON)
   target_compile_definitions(${target} PRIVATE UNICODE _UNICODE NOMINMAX WINVER=0x0502 _WIN32_WINNT=0x0502)
 
   if(MSVC)
