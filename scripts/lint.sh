@@ -110,7 +110,7 @@ tidy() {
         extra+=("--extra-arg=$argument")
     done
     local log="$tree/clang-tidy.log" result=0
-    sources 'src/*.cpp' 'support/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' 'bench/*.cpp' |
+    sources 'src/*.cpp' 'common/*.cpp' 'support/*.cpp' 'simulator/*.cpp' 'tools/*.cpp' 'bench/*.cpp' |
         while read -r file; do ! grep -qF "\"file\": \"$PWD/$file\"" "$tree/compile_commands.json" || echo "$file"; done |
         xargs -P "$(jobs_)" -n 1 timeout 300 clang-tidy --quiet -p "$tree" "${extra[@]}" >"$log" 2>&1 || result=$?
     grep -vE '^[0-9]+ warnings? |^Suppressed|^Use -header-filter' "$log" || true

@@ -1,0 +1,107 @@
+#include "ChildProgram.h"
+
+#include "common/AppendFile.h"
+#include "common/FileLock.h"
+#include "common/Files.h"
+#include "common/Text.h"
+
+#include <shellapi.h>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+int Append(const wchar_t* path, const wchar_t* text, int count) {
+    common::AppendFile file(path);
+    std::string line;
+    for (int i = 0; i < 400; ++i) {
+        line += common::ToUtf8(text);
+    }
+    for (int i = 0; i < count; ++i) {
+        if (file.Append(line + "\n") != ERROR_SUCCESS) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+int Hold(const wchar_t* path, const wchar_t* event) {
+    common::FileLock lock(path);
+    const common::FileLock::Turn turn(lock);
+    const common::Handle ready(OpenEventW(EVENT_MODIFY_STATE, FALSE, event));
+    if (!turn || !SetEvent(ready.get())) {
+        return 1;
+    }
+    Sleep(60000);
+    return 2;
+}
+
+int Count(const wchar_t* path, int count) {
+    common::FileLock lock(path);
+    for (int i = 0; i < count; ++i) {
+        const common::FileLock::Turn turn(lock);
+        if (!turn) {
+            return 1;
+        }
+        common::WriteWholeFile(path, std::to_string(std::stoi(common::ReadWholeFile(path)) + 1));
+    }
+    return 0;
+}
+
+int RunChild(int argc, wchar_t** argv) {
+    const std::wstring command(argv[0]);
+    if (command == L"append" && argc == 4) {
+        return Append(argv[1], argv[2], _wtoi(argv[3]));
+    }
+    if (command == L"hold" && argc == 3) {
+        return Hold(argv[1], argv[2]);
+    }
+    if (command == L"count" && argc == 3) {
+        return Count(argv[1], _wtoi(argv[2]));
+    }
+    return 100;
+}
+
+} // namespace
+
+Child::Child(const std::wstring& arguments) {
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring commandLine = L"\"" + std::wstring(program) + L"\" --child " + arguments;
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION process = {};
+    EXPECT_TRUE(
+        CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+        << GetLastError();
+    const common::Handle thread(process.hThread);
+    m_process = common::Handle(process.hProcess);
+}
+
+Child::~Child() {
+    Stop();
+}
+
+DWORD Child::Wait() {
+    EXPECT_EQ(WaitForSingleObject(m_process.get(), 60000), static_cast<DWORD>(WAIT_OBJECT_0));
+    DWORD code = 0xFFFFFFFF;
+    GetExitCodeProcess(m_process.get(), &code);
+    return code;
+}
+
+void Child::Stop() {
+    if (WaitForSingleObject(m_process.get(), 0) == WAIT_TIMEOUT) {
+        TerminateProcess(m_process.get(), 9999);
+        WaitForSingleObject(m_process.get(), 10000);
+    }
+}
+
+int main(int argc, char** argv) {
+    if (argc > 2 && std::string(argv[1]) == "--child") {
+        int count = 0;
+        wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+        return RunChild(count - 2, arguments + 2);
+    }
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
