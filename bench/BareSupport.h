@@ -2,7 +2,7 @@
 #ifndef BARESUPPORT_H
 #define BARESUPPORT_H
 
-#include "clus_Platform.h"
+#include "platform/ClusterApi.h"
 
 #include <cstddef>
 #include <stdexcept>

@@ -4,8 +4,8 @@
 #include "Measurement.h"
 #include "ToolRuns.h"
 
-#include "clus_ToolOutput.h"
-#include "clus_UniqueNames.h"
+#include "core/ToolOutput.h"
+#include "core/UniqueNames.h"
 #include "clus_VeritasCluster.h"
 
 #include <cstdio>

@@ -211,8 +211,6 @@ public:
     bool CollectKOVAResNames(const wchar_t* groupName, std::vector<std::wstring>& resNames) const;
 
 private:
-    struct Steps_; // what several members share
-
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
                                 bool logDetails) const;
     bool ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::vector<std::wstring>* tokens,

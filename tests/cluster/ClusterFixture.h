@@ -5,7 +5,7 @@
 #include "ClusterTest.h"
 
 #include "clus_Cluster.h"
-#include "clus_Platform.h"
+#include "platform/ClusterApi.h"
 
 #include <list>
 #include <string>

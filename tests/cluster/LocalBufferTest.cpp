@@ -1,7 +1,7 @@
 // The growable buffer itself, compiled into this program: its imports are replaced here, not in clusutil.dll.
 #include "ClusterTest.h"
 
-#include "clus_LocalBuffer.h"
+#include "platform/LocalBuffer.h"
 
 using clus::LocalBuffer;
 using namespace harness;

@@ -1,7 +1,7 @@
 // The owners of platform handles: they close what they hold once, and keep the last-error value.
 #include "ClusterTest.h"
 
-#include "clus_Owner.h"
+#include "platform/Owner.h"
 
 using namespace harness;
 

@@ -1,5 +1,5 @@
 // The bytes of property lists as they go to the cluster.
-#include "clus_PropertyList.h"
+#include "core/PropertyList.h"
 
 #include <gtest/gtest.h>
 

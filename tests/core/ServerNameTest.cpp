@@ -1,5 +1,5 @@
 // Comparing names: the wide mapping for whole names, the narrow one for host names.
-#include "clus_ServerName.h"
+#include "core/ServerName.h"
 
 #include <gtest/gtest.h>
 

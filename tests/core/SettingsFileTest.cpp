@@ -1,5 +1,5 @@
 // How the lines of a settings file become a table.
-#include "clus_SettingsFile.h"
+#include "core/SettingsFile.h"
 
 #include <gtest/gtest.h>
 

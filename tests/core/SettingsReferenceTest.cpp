@@ -1,6 +1,6 @@
 // The table of arbitrary files, compared with the format acted out on one character array that is cut up like
 // std::wcstok does.
-#include "clus_SettingsFile.h"
+#include "core/SettingsFile.h"
 
 #include <gtest/gtest.h>
 

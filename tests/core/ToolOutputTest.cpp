@@ -1,5 +1,5 @@
 // Tool output split into tokens, the two error rules, conditions and attribute values.
-#include "clus_ToolOutput.h"
+#include "core/ToolOutput.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Names appended once, in order, beside what the list held before.
-#include "clus_UniqueNames.h"
+#include "core/UniqueNames.h"
 
 #include <gtest/gtest.h>
 

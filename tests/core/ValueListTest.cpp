@@ -1,5 +1,5 @@
 // Value lists as the cluster answers them, whole, cut short and with lengths that lie.
-#include "clus_ValueList.h"
+#include "core/ValueList.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 // compares with a plain reading of bytes and characters.
 #include "FuzzInput.h"
 
-#include "clus_DiskDeviceName.h"
-#include "clus_ValueList.h"
+#include "core/DiskDeviceName.h"
+#include "core/ValueList.h"
 
 #include <string>
 #include <vector>

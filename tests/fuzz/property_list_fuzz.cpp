@@ -1,8 +1,8 @@
 // Writes property lists with arbitrary names and values into blocks of the promised size and reads them back.
 #include "FuzzInput.h"
 
-#include "clus_PropertyList.h"
-#include "clus_ValueList.h"
+#include "core/PropertyList.h"
+#include "core/ValueList.h"
 
 #include <string>
 #include <vector>

@@ -2,7 +2,7 @@
 // character array, cut in place by wcstok.
 #include "FuzzInput.h"
 
-#include "clus_SettingsFile.h"
+#include "core/SettingsFile.h"
 
 #include <cwchar>
 #include <map>

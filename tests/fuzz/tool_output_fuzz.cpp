@@ -2,7 +2,7 @@
 // value with their definitions acted out literally: line by line, through a buffer of 512 characters.
 #include "FuzzInput.h"
 
-#include "clus_ToolOutput.h"
+#include "core/ToolOutput.h"
 
 #include <cctype>
 #include <cwchar>

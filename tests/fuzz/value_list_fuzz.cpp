@@ -1,7 +1,7 @@
 // Walks arbitrary bytes as a value list and compares every entry with a plain byte-by-byte reading.
 #include "FuzzInput.h"
 
-#include "clus_ValueList.h"
+#include "core/ValueList.h"
 
 #include <string>
 #include <vector>

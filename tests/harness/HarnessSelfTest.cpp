@@ -3,7 +3,7 @@
 #include <gtest/gtest-spi.h>
 
 #include "clus_Cluster.h"
-#include "clus_Platform.h"
+#include "platform/ClusterApi.h"
 
 using namespace harness;
 

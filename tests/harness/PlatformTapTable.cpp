@@ -1,6 +1,6 @@
 #include "TappedCall.h"
 
-#include "clus_Platform.h"
+#include "platform/ClusterApi.h"
 
 namespace harness {
 

@@ -4,7 +4,7 @@
 
 #include "ClusterTest.h"
 
-#include "clus_Platform.h"
+#include "platform/ClusterApi.h"
 #include "clus_VirtualServerUtil.h"
 
 #include <string>

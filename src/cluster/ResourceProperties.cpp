@@ -1,0 +1,142 @@
+// The properties of a cluster resource.
+#include "clus_Cluster.h"
+
+#include "core/PropertyList.h"
+#include "core/ValueList.h"
+#include "platform/LocalBuffer.h"
+#include "platform/Log.h"
+#include "platform/Owner.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+
+CLUS_LOG_PLACE(Cluster, 3);
+
+using clus::LocalBuffer;
+using clus::LocalMemoryOwner;
+
+namespace {
+
+// How a system string property is asked for and where its text stands in the answer.
+struct SystemProperty {
+    DWORD controlCode;
+    bool searchesValueList;
+    std::uint32_t syntax;   // of the entry searched
+    std::size_t textOffset; // in that entry, in bytes
+};
+
+// By RES_PROPERTY_ID. The device name follows the partition entry's syntax, length and flags.
+const SystemProperty SystemProperties[] = {
+    {CLUSCTL_RESOURCE_GET_NAME, false, 0, 0},
+    {CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, false, 0, 0},
+    {CLUSCTL_RESOURCE_GET_NETWORK_NAME, false, 0, 0},
+    {CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, true, clus::SyntaxPartitionInfo, 12},
+    {CLUSCTL_RESOURCE_GET_ID, false, 0, 0},
+};
+
+// ClusterResourceControl on the owner node, without input: the bytes of data in `out`, 0 on failure.
+DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
+    const DWORD cbStart = 128;
+    DWORD cb = 0;
+    out.Ensure(cbStart);
+    DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cb);
+    if (result == ERROR_MORE_DATA && cb <= MAXLONG && out.Ensure(cb)) {
+        DWORD cbCheck = 0;
+        result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cbCheck);
+        if (cbCheck != cb) {
+            LOG_ERROR(L"dwSizeCheck != dwSize");
+            if (cbCheck < cb && out.pData) {
+                std::memset(static_cast<unsigned char*>(out.pData) + cbCheck, 0,
+                            cb - cbCheck); // not written by the service
+            }
+        }
+    }
+    if (result != ERROR_SUCCESS) {
+        LOG_ERROR(L"Calling ClusterResourceControl returns error, code:%d", result);
+        return 0;
+    }
+    return std::min(cb, out.cbSize);
+}
+
+// The text of a system property in the bytes that answered its control code. A value list without the entry searched
+// gives the text at its start: callers get a text for a disk without partitions, not a failure.
+std::wstring SystemPropertyText(const SystemProperty& property, const void* data, DWORD cb) {
+    if (property.searchesValueList) {
+        clus::ValueListReader reader(data, cb);
+        while (reader.Next()) {
+            if (reader.Syntax() == property.syntax) {
+                return reader.TextAt(property.textOffset);
+            }
+        }
+    }
+    return clus::TextInBuffer(data, cb, 0);
+}
+
+} // namespace
+
+const wchar_t* CClusterResource::GetSystemStringProperty(RES_PROPERTY_ID id, bool refresh) {
+    if (!m_hResource) {
+        LOG_ERROR(L"Resource handle is NULL.");
+        LOG_LEAVE(L"CClusterResource::GetSystemStringProperty");
+        return nullptr;
+    }
+    std::wstring& cached = m_propertyCache[id];
+    if (!refresh && !cached.empty()) {
+        return cached.c_str();
+    }
+    const SystemProperty& property = SystemProperties[id];
+    LocalBuffer buffer;
+    const DWORD cb = QueryResourceControl(m_hResource, property.controlCode, buffer);
+    if (cb == 0) {
+        LOG_ERROR(L"0 == dwSize");
+        return nullptr;
+    }
+    if (!buffer.pData) {
+        LOG_ERROR(L"NULL == lpStringStart");
+        return nullptr;
+    }
+    cached = SystemPropertyText(property, buffer.pData, cb);
+    return cached.c_str();
+}
+
+bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstring& value) {
+    LocalBuffer buffer;
+    if (QueryResourceControl(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, buffer) == 0) {
+        return false;
+    }
+    wchar_t* text = nullptr;
+    if (ResUtilFindSzProperty(buffer.pData, buffer.Bytes(), name, &text) != ERROR_SUCCESS) {
+        return false;
+    }
+    const LocalMemoryOwner textOwner(text);
+    value = text;
+    return true;
+}
+
+bool CClusterResource::GetPrivateDWORDProperty(const wchar_t* name, DWORD& value) {
+    LocalBuffer buffer;
+    return QueryResourceControl(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, buffer) != 0 &&
+           ResUtilFindDwordProperty(buffer.pData, buffer.Bytes(), name, &value) == ERROR_SUCCESS;
+}
+
+bool CClusterResource::SetDWORDProperty(DWORD controlCode, const wchar_t* name, DWORD value) {
+    LOG_ENTER(L"CClusterResource::SetDWORDProperty, %d,%s,%d", controlCode, name, value);
+    LOG_LEAVE_AT_END(L"CClusterResource::SetDWORDProperty");
+    const std::size_t cchName = name ? std::wcslen(name) : 0;
+    const DWORD cb = static_cast<DWORD>(clus::DwordPropertyListSize(cchName));
+    LocalMemoryOwner block(LocalAlloc(LPTR, cb));
+    if (!block) {
+        LOG_ERROR(L"LocalAlloc %d bytes fail", cb);
+        return false;
+    }
+    clus::WriteDwordPropertyList(static_cast<unsigned char*>(block.get()), name, cchName, value);
+    const DWORD code = ClusterResourceControl(m_hResource, nullptr, controlCode, block.get(), cb, nullptr, 0, nullptr);
+    block.reset();
+    if (code != ERROR_SUCCESS) {
+        LOG_ERROR(L"CClusterResource::SetDWORDProperty failed, code:%d", code);
+        return false;
+    }
+    return true;
+}

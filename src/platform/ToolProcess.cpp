@@ -1,0 +1,61 @@
+#include "platform/ToolProcess.h"
+
+#include "platform/CriticalSection.h"
+#include "platform/Log.h"
+#include "platform/Owner.h"
+
+CLUS_LOG_PLACE(VeritasCluster, 1);
+
+namespace clus {
+
+namespace {
+
+// From opening an inheritable capture file to making it private again: a tool that another thread starts meanwhile
+// would inherit the file and keep it from being read and deleted.
+CriticalSection ToolStartLock;
+
+} // namespace
+
+bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
+    HandleOwner capture;
+    PROCESS_INFORMATION process = {};
+    {
+        const CriticalSectionGuard guard(ToolStartLock);
+        SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+        capture.reset(
+            CreateFileW(captureFileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr));
+        if (!capture) {
+            return true; // never seen: a failed open gives the invalid handle, and the tool is run without redirection
+        }
+        STARTUPINFOW startup = {};
+        if (capture.get() != INVALID_HANDLE_VALUE) {
+            startup.cb = sizeof(startup);
+            startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+            startup.wShowWindow = SW_HIDE;
+            // The selector and not the handle it stands for: no tool may wait for input.
+            startup.hStdInput = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(STD_INPUT_HANDLE));
+            startup.hStdOutput = capture.get();
+            startup.hStdError = capture.get();
+        }
+        if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
+            const bool withoutReason = GetLastError() == ERROR_SUCCESS;
+            capture.reset(); // inheritable still, so within the lock
+            return withoutReason;
+        }
+        if (capture.get() != INVALID_HANDLE_VALUE) {
+            SetHandleInformation(capture.get(), HANDLE_FLAG_INHERIT, 0);
+        }
+    }
+    const HandleOwner thread(process.hThread);
+    const HandleOwner tool(process.hProcess); // closed first
+    WaitForSingleObject(tool.get(), INFINITE);
+    DWORD exitCode = 0;
+    if (GetExitCodeProcess(tool.get(), &exitCode)) {
+        LOG_INFO(L"Process exit code: %d", exitCode);
+    } else {
+        LOG_WARNING(L"Cannot get process exit code, error code: %d", GetLastError());
+    }
+    return true;
+}
+
+} // namespace clus

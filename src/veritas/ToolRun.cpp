@@ -1,0 +1,136 @@
+// Running a VCS tool: its command line, its output captured, read, logged and split.
+#include "clus_VeritasCluster.h"
+
+#include "core/ToolOutput.h"
+#include "platform/CaptureFile.h"
+#include "platform/FormatText.h"
+#include "platform/Log.h"
+#include "platform/Owner.h"
+#include "platform/ToolProcess.h"
+
+CLUS_LOG_PLACE(VeritasCluster, 2);
+
+using clus::FileDeleter;
+using clus::LastErrorKeeper;
+using clus::RunTool;
+using clus::TextFileReader;
+
+namespace {
+
+const size_t CommandLineCharacters = 16384; // terminator included; what is longer is cut
+
+// Leaves no secret of a command line on the stack, whatever happens.
+class TextEraser {
+public:
+    TextEraser(wchar_t* text, size_t characters) : m_text(text), m_bytes(characters * sizeof(wchar_t)) {
+    }
+    ~TextEraser() {
+        SecureZeroMemory(m_text, m_bytes);
+    }
+    TextEraser(const TextEraser&) = delete;
+    TextEraser& operator=(const TextEraser&) = delete;
+
+private:
+    wchar_t* m_text;
+    size_t m_bytes;
+};
+
+} // namespace
+
+CVeritasCluster& CVeritasCluster::operator=(const CVeritasCluster&) {
+    return *this;
+}
+
+bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
+                                             bool logDetails) const {
+    LOG_ENTER(L"CVeritasCluster::ExecuteVeritasCommand_");
+    wchar_t fileName[MAX_PATH] = {};
+    if (GetTempFileNameW(L".", L"ha-", 0, fileName) == 0) {
+        return false; // without a leaving line
+    }
+    LOG_LEAVE_AT_END(L"CVeritasCluster::ExecuteVeritasCommand_");
+    const FileDeleter deleter(fileName);
+
+    wchar_t commandLine[CommandLineCharacters] = {};
+    const TextEraser eraser(commandLine, CommandLineCharacters);
+    CLUS_FORMAT_TEXT(commandLine, L"%s %s", command, arguments);
+
+    LOG_INFO(L"temp file name: %s", fileName);
+    if (logDetails) {
+        LOG_INFO(L"Command line: %s", commandLine);
+    } else {
+        LOG_INFO(L"Command line is ***");
+    }
+    // The tool's exit code is no matter: callers judge by what it printed.
+    const bool started = RunTool(commandLine, fileName);
+    const LastErrorKeeper keeper; // the only word on why it could not be started
+    const bool succeeded = started && Read_(fileName, text);
+    if (logDetails) {
+        DumpResult_(fileName);
+    } else {
+        LOG_INFO(L"Result: ***");
+    }
+    return succeeded;
+}
+
+bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments,
+                                             std::vector<std::wstring>* tokens, bool logDetails) const {
+    std::wstring text;
+    if (!ExecuteVeritasCommand_(command, arguments, text, logDetails)) {
+        return false;
+    }
+    return !tokens || Parse_(text, *tokens);
+}
+
+bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, bool logDetails) const {
+    return ExecuteVeritasCommand_(command, L"", nullptr, logDetails);
+}
+
+bool CVeritasCluster::Read_(const wchar_t* fileName, std::wstring& text) const {
+    TextFileReader file(fileName);
+    if (!file) {
+        return false;
+    }
+    std::wstring line;
+    while (file.ReadLine(line)) {
+        text += line;
+        text += L'\n';
+    }
+    return true;
+}
+
+bool CVeritasCluster::Parse_(const std::wstring& text, std::vector<std::wstring>& tokens) const {
+    clus::SplitOutput(text, tokens);
+    return true;
+}
+
+void CVeritasCluster::DumpResult_(const wchar_t* fileName) const {
+    TextFileReader file(fileName);
+    if (!file) {
+        return;
+    }
+    std::wstring line;
+    while (file.ReadLine(line)) {
+        LOG_INFO(L"Result: %s", line.c_str());
+    }
+}
+
+bool CVeritasCluster::IsResultError(const wchar_t* text) const {
+    return clus::IsErrorText(text);
+}
+
+bool CVeritasCluster::IsResultError(const std::vector<std::wstring>& tokens) const {
+    return clus::IsErrorList(tokens);
+}
+
+std::wstring CVeritasCluster::ConcatNameValuePair_(const NameValuePairList& pairs) const {
+    return clus::Conditions(pairs);
+}
+
+bool CVeritasCluster::SwitchToReadWriteMode() const {
+    return ExecuteVeritasCommand_(L"haconf -makerw", true);
+}
+
+bool CVeritasCluster::SwitchToReadOnlyMode() const {
+    return ExecuteVeritasCommand_(L"haconf -dump -makero", true);
+}
