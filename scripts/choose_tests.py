@@ -134,15 +134,12 @@ def ask_ctest(folder, registrations, choosing):
     return {test["name"].split("/")[0] for test in json.loads(result.stdout)["tests"]}
 
 
-def main():
-    if len(sys.argv) < 2:
-        sys.exit(__doc__)
-    build_tree = Path(sys.argv[1]).resolve()
-    choosing = parse(sys.argv[2:])
-    groups = [Group(note) for note in sorted((build_tree / "tests/groups").iterdir())]
+def choose(build_tree, arguments):
+    """The names of the groups that ctest's arguments can touch; None for all."""
+    choosing = parse(arguments)
     if choosing is None:
-        print("all")
-        return
+        return None
+    groups = [Group(note) for note in sorted((build_tree / "tests/groups").iterdir())]
     folder = build_tree / "tests/chosen"
     chosen = ask_ctest(folder, [group.registration(build_tree) for group in groups], choosing)
 
@@ -160,9 +157,14 @@ def main():
                 and not all(is_beside(part, group.name, names) for part in parts)]
     stand_ins = [f'add_test({group.name}/ unknown)\nset_tests_properties({group.name}/ PROPERTIES LABELS "{group.labels}")\n'
                  for group in doubtful]
-    if stand_ins:
-        chosen |= ask_ctest(folder, stand_ins, by_label)
-    print("\n".join(sorted(chosen)))
+    return chosen | ask_ctest(folder, stand_ins, by_label) if stand_ins else chosen
+
+
+def main():
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    chosen = choose(Path(sys.argv[1]).resolve(), sys.argv[2:])
+    print("all" if chosen is None else "\n".join(sorted(chosen)))
 
 
 if __name__ == "__main__":

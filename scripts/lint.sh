@@ -95,6 +95,10 @@ builtExports() {
         while read -r name; do printf '%s  %s\n' "$name" "$(x86_64-w64-mingw32-c++filt "$name")"; done
 }
 
+checkExamples() {
+    python3 tests/scripts/checks_test.py >"$tree/checks_test.log" 2>&1 || cat "$tree/checks_test.log"
+}
+
 exportList() {
     if [ ! -s "$exports" ]; then
         echo "$exports is missing; ./dev lint --update-exports writes it"
@@ -128,6 +132,7 @@ check "format (clang-format)" format
 check "every .cpp is in a CMake target" registered
 check "no leftovers, machine paths, tabs, trailing blanks" leftovers
 check "scripts parse and are executable" scripts
+check "examples of the checks (tests/scripts)" checkExamples
 check "public headers alone, C++11 to C++20, clang" headersAlone
 check "exported names ($exports)" exportList
 [ "$quick" -eq 1 ] || check "clang-tidy" tidy
