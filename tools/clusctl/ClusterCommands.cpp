@@ -28,14 +28,14 @@ const Columns ResourceColumns = {
 };
 
 struct GroupOptions {
-    std::string name;
+    std::wstring name;
     bool detail = false;
 };
 
 struct ResourceOptions {
-    std::string name;
-    std::string type;
-    std::string group;
+    std::wstring name;
+    std::wstring type;
+    std::wstring group;
     bool detail = false;
 };
 
@@ -48,16 +48,16 @@ Report Cluster() {
         throw Failure("cannot read the cluster's name and the ID of the resource that carries it");
     }
     Json record;
-    record["name"] = ToUtf8(name);
-    record["nameResourceId"] = ToUtf8(id);
-    record["nodes"] = NamesJson(ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE));
+    record["name"] = name;
+    record["nameResourceId"] = id;
+    record["nodes"] = ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE);
     Report report;
     report.AddRecord("cluster", record, ClusterTitles);
     return report;
 }
 
-void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::string& name) {
-    if (!cluster.OpenGroupByName(group, ToUtf16(name).c_str())) {
+void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::wstring& name) {
+    if (!cluster.OpenGroupByName(group, name.c_str())) {
         throw Failure("there is no group " + Quoted(name) + " that can be opened");
     }
 }
@@ -81,7 +81,7 @@ Report Groups(const GroupOptions& options) {
     } else {
         CClusterGroup group;
         RequireGroup(cluster, group, options.name);
-        names.push_back(StoredName(ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP), ToUtf16(options.name)));
+        names.push_back(StoredName(ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP), options.name));
     }
     const bool detail = options.detail || !options.name.empty();
     Json records = Json::array();
@@ -99,14 +99,12 @@ Report Groups(const GroupOptions& options) {
 
 Names SelectResources(CCluster& cluster, const ResourceOptions& options) {
     Names names;
-    const std::wstring type = ToUtf16(options.type);
+    const std::wstring& type = options.type;
     bool isDone = false;
     if (!options.name.empty()) {
         CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, ToUtf16(options.name).c_str())) {
-            throw Failure("there is no resource " + Quoted(options.name) + " that can be opened");
-        }
-        names.push_back(ToUtf16(options.name));
+        RequireResource(cluster, resource, options.name);
+        names.push_back(options.name);
         return names;
     }
     if (!options.group.empty()) {

@@ -2,37 +2,16 @@
 
 #include "ClusterObjects.h"
 #include "PropertyJson.h"
+#include "StateNames.h"
 #include "Text.h"
+#include "ThisComputer.h"
 
 #include <cstring>
 
 namespace {
 
-const char* StateName(CLUSTER_RESOURCE_STATE state) {
-    switch (state) {
-    case ClusterResourceInherited:
-        return "Inherited";
-    case ClusterResourceInitializing:
-        return "Initializing";
-    case ClusterResourceOnline:
-        return "Online";
-    case ClusterResourceOffline:
-        return "Offline";
-    case ClusterResourceFailed:
-        return "Failed";
-    case ClusterResourcePending:
-        return "Pending";
-    case ClusterResourceOnlinePending:
-        return "OnlinePending";
-    case ClusterResourceOfflinePending:
-        return "OfflinePending";
-    default:
-        return "Unknown";
-    }
-}
-
 Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
-    return Failure(std::string("cannot read ") + what + " of " + Quoted(ToUtf8(name)) + ": " + ErrorText(code));
+    return Failure(std::string("cannot read ") + what + " of " + Quoted(name) + ": " + ErrorText(code));
 }
 
 struct Placement {
@@ -81,17 +60,12 @@ std::wstring ReadClusterName(const CCluster& cluster) {
 // Reads the open cluster, object by object, in the cluster's order.
 class ModelReader {
 public:
-    explicit ModelReader(const CCluster& cluster) : m_cluster(cluster) {
-        wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
-        DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
-        if (GetComputerNameW(name, &length)) {
-            m_thisComputer.assign(name, length);
-        }
+    explicit ModelReader(const CCluster& cluster) : m_cluster(cluster), m_thisComputer(ComputerName()) {
     }
 
     Json Read() {
         Json model;
-        model["cluster"] = {{"name", ToUtf8(ReadClusterName(m_cluster))}};
+        model["cluster"] = {{"name", ReadClusterName(m_cluster)}};
         Json resources = Json::array();
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
             resources.push_back(ReadResourceModel(name));
@@ -111,8 +85,8 @@ public:
 
 private:
     // A node's name in the model. The library compares node and computer names letter by letter: so does this.
-    std::string NodeName(const std::wstring& name) const {
-        return name == m_thisComputer ? "." : ToUtf8(name);
+    std::wstring NodeName(const std::wstring& name) const {
+        return name == m_thisComputer ? L"." : name;
     }
 
     Json NodeNames(const Names& names) const {
@@ -126,12 +100,12 @@ private:
     Json ReadNodeModel(const std::wstring& name) const {
         CClusterNode node;
         if (!m_cluster.OpenNodeByName(node, name.c_str())) {
-            throw Failure("cannot open the node " + Quoted(ToUtf8(name)));
+            throw Failure("cannot open the node " + Quoted(name));
         }
         Json model = {{"name", NodeName(name)}};
         const CLUSTER_NODE_STATE state = GetClusterNodeState(node.GetNodeHandle());
         if (state != ClusterNodeUp) {
-            model["state"] = state == ClusterNodePaused ? "paused" : "down";
+            model["state"] = ModelState(state);
         }
         return model;
     }
@@ -139,16 +113,16 @@ private:
     Json ReadGroupModel(const std::wstring& name) const {
         CClusterGroup group;
         if (!m_cluster.OpenGroupByName(group, name.c_str())) {
-            throw Failure("cannot open the group " + Quoted(ToUtf8(name)));
+            throw Failure("cannot open the group " + Quoted(name));
         }
         std::wstring owner;
         if (ReadGroupState(group.GetGroupHandle(), owner) == ClusterGroupStateUnknown) {
             throw CannotRead("the owner", name, GetLastError());
         }
-        Json model = {{"name", ToUtf8(name)}, {"owner", NodeName(owner)}};
+        Json model = {{"name", name}, {"owner", NodeName(owner)}};
         Names preferred;
         if (!ListPreferredOwners(group.GetGroupHandle(), preferred)) {
-            throw Failure("cannot list the preferred owners of " + Quoted(ToUtf8(name)));
+            throw Failure("cannot list the preferred owners of " + Quoted(name));
         }
         if (!preferred.empty()) {
             model["preferredOwners"] = NodeNames(preferred);
@@ -159,19 +133,19 @@ private:
     Json ReadResourceModel(const std::wstring& name) {
         CClusterResource resource;
         if (!m_cluster.OpenResourceByName(resource, name.c_str())) {
-            throw Failure("cannot open the resource " + Quoted(ToUtf8(name)));
+            throw Failure("cannot open the resource " + Quoted(name));
         }
         const HRESOURCE handle = resource.GetResourceHandle();
         const Placement placement = ReadPlacement(handle, name);
-        const std::string type = SystemText(resource, CClusterResource::RES_PROP_TYPE, name);
+        const Json type = SystemText(resource, CClusterResource::RES_PROP_TYPE, name);
         AddType(type, handle, name);
         Json model;
-        model["name"] = ToUtf8(name);
+        model["name"] = name;
         model["type"] = type;
         model["id"] = SystemText(resource, CClusterResource::RES_PROP_GUID, name);
-        model["group"] = ToUtf8(placement.group);
-        model["state"] = StateName(placement.state);
-        model["dependsOn"] = NamesJson(Related(resource, CLUSTER_RESOURCE_ENUM_DEPENDS, name));
+        model["group"] = placement.group;
+        model["state"] = ModelState(placement.state);
+        model["dependsOn"] = Related(resource, CLUSTER_RESOURCE_ENUM_DEPENDS, name);
         model["possibleOwners"] = NodeNames(Related(resource, CLUSTER_RESOURCE_ENUM_NODES, name));
         AddProperties(model, "common", handle, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, name);
         AddProperties(model, "private", handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, name);
@@ -182,7 +156,7 @@ private:
         return model;
     }
 
-    void AddType(const std::string& type, HRESOURCE resource, const std::wstring& name) {
+    void AddType(const Json& type, HRESOURCE resource, const std::wstring& name) {
         for (const Json& known : m_types) {
             if (known["name"] == type) {
                 return;
@@ -215,22 +189,22 @@ private:
     static Names Related(const CClusterResource& resource, DWORD enumType, const std::wstring& name) {
         Names names;
         if (!resource.EnumNames(enumType, names)) {
-            throw Failure("cannot list the related objects of " + Quoted(ToUtf8(name)));
+            throw Failure("cannot list the related objects of " + Quoted(name));
         }
         return names;
     }
 
-    static std::string SystemText(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id,
-                                  const std::wstring& name) {
+    static std::wstring SystemText(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id,
+                                   const std::wstring& name) {
         const wchar_t* text = resource.GetSystemStringProperty(id, false);
         if (text == nullptr) {
-            throw Failure("cannot read type and ID of " + Quoted(ToUtf8(name)));
+            throw Failure("cannot read type and ID of " + Quoted(name));
         }
-        return ToUtf8(text);
+        return text;
     }
 
     const CCluster& m_cluster;
-    std::wstring m_thisComputer;
+    const std::wstring m_thisComputer;
     Json m_types = Json::array();
 };
 

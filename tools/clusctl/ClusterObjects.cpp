@@ -1,43 +1,30 @@
 #include "ClusterObjects.h"
 
 #include "ClusterApi.h"
+#include "ProductNames.h"
 #include "PropertyJson.h"
+#include "StateNames.h"
 #include "Text.h"
 
 #include <cstring>
 
 namespace {
 
-Json TextOrNull(const wchar_t* text) {
-    return text == nullptr ? Json() : Json(ToUtf8(text));
+// Null when the cluster does not give it. One that is there and empty stays a text.
+Json SystemProperty(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id) {
+    const wchar_t* text = resource.GetSystemStringProperty(id, false);
+    return text == nullptr ? Json() : Json(text);
 }
 
 Json RelatedNames(const CClusterResource& resource, DWORD enumType) {
     Names names;
-    return resource.EnumNames(enumType, names) ? NamesJson(names) : Json();
+    return resource.EnumNames(enumType, names) ? Json(names) : Json();
 }
 
 // A disk without a partition gives the head of its disk information instead of a device name.
 Json DiskDevice(CClusterResource& resource) {
     const wchar_t* device = resource.GetSystemStringProperty(CClusterResource::RES_PROP_DISK_DEVICE, false);
-    return device == nullptr || device[0] < L' ' ? Json() : Json(ToUtf8(device));
-}
-
-std::string GroupStateWord(CLUSTER_GROUP_STATE state) {
-    switch (state) {
-    case ClusterGroupOnline:
-        return "online";
-    case ClusterGroupOffline:
-        return "offline";
-    case ClusterGroupFailed:
-        return "failed";
-    case ClusterGroupPartialOnline:
-        return "partly online";
-    case ClusterGroupPending:
-        return "pending";
-    default:
-        return "unknown";
-    }
+    return device == nullptr || device[0] < L' ' ? Json() : Json(device);
 }
 
 // Null when the resource does not give them, or in a form that makes no sense.
@@ -75,15 +62,14 @@ void ReadProperties(HRESOURCE resource, Json& record) {
     record["privateProperties"] = ReadProperties(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES);
 }
 
-void ReadResourceDetail(CClusterResource& resource, const std::wstring& type, Json& record) {
-    record["id"] = TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false));
+void ReadResourceDetail(CClusterResource& resource, Json& record) {
+    record["id"] = SystemProperty(resource, CClusterResource::RES_PROP_GUID);
     record["dependsOn"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_DEPENDS);
     record["dependants"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_PROVIDES);
     record["possibleOwners"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_NODES);
     ReadProperties(resource.GetResourceHandle(), record);
-    if (type == L"Network Name") {
-        record["networkName"] =
-            TextOrNull(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false));
+    if (record["type"] == Json(NetworkNameType)) {
+        record["networkName"] = SystemProperty(resource, CClusterResource::RES_PROP_NETWORK_NAME);
     }
     if (ResourceClass(resource.GetResourceHandle()) == CLUS_RESCLASS_STORAGE) {
         record["diskDevice"] = DiskDevice(resource);
@@ -157,20 +143,18 @@ void OpenLocalCluster(CCluster& cluster) {
     }
 }
 
+void RequireResource(const CCluster& cluster, CClusterResource& resource, const std::wstring& name) {
+    if (!cluster.OpenResourceByName(resource, name.c_str())) {
+        throw Failure("there is no resource " + Quoted(name) + " that can be opened");
+    }
+}
+
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
     Names names;
     if (!cluster.EnumNames(kind, names)) {
         throw Failure("cannot list the cluster's objects");
     }
     return names;
-}
-
-Json NamesJson(const Names& names) {
-    Json list = Json::array();
-    for (const std::wstring& name : names) {
-        list.push_back(ToUtf8(name));
-    }
-    return list;
 }
 
 bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
@@ -198,24 +182,9 @@ DWORD ResourceClass(HRESOURCE resource) {
     return result;
 }
 
-std::string StateWord(CClusterResource::RES_STATE state) {
-    if (state == CClusterResource::RES_STATE_UNKNOWN) {
-        return "unknown";
-    }
-    std::string word;
-    for (const char c : ToUtf8(CClusterResource::GetStateString(state))) { // "[ONLINE_PENDING]"
-        if (c >= 'A' && c <= 'Z') {
-            word += static_cast<char>(c - 'A' + 'a');
-        } else if (c == '_') {
-            word += ' ';
-        }
-    }
-    return word;
-}
-
 Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail) {
     Json record;
-    record["name"] = ToUtf8(name);
+    record["name"] = name;
     record["type"] = nullptr;
     record["group"] = nullptr;
     record["owner"] = nullptr;
@@ -224,29 +193,28 @@ Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail
     if (!cluster.OpenResourceByName(resource, name.c_str())) {
         return record;
     }
-    const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-    record["type"] = TextOrNull(type);
+    record["type"] = SystemProperty(resource, CClusterResource::RES_PROP_TYPE);
     std::wstring owner;
     std::wstring group;
     const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, &group);
     if (state != CClusterResource::RES_STATE_UNKNOWN) {
-        record["group"] = ToUtf8(group);
-        record["owner"] = ToUtf8(owner);
+        record["group"] = group;
+        record["owner"] = owner;
         record["state"] = StateWord(state);
     }
     if (detail) {
-        const wchar_t* fullName = resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false);
-        if (fullName != nullptr) {
-            record["name"] = ToUtf8(fullName); // as stored: the caller's letter case may differ
+        const Json storedName = SystemProperty(resource, CClusterResource::RES_PROP_NAME);
+        if (!storedName.is_null()) {
+            record["name"] = storedName; // the caller's letter case may differ
         }
-        ReadResourceDetail(resource, type == nullptr ? std::wstring() : type, record);
+        ReadResourceDetail(resource, record);
     }
     return record;
 }
 
 Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail) {
     Json record;
-    record["name"] = ToUtf8(name);
+    record["name"] = name;
     record["owner"] = nullptr;
     record["state"] = "unknown";
     record["resources"] = nullptr;
@@ -257,17 +225,17 @@ Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail) {
     std::wstring owner;
     const CLUSTER_GROUP_STATE state = ReadGroupState(group.GetGroupHandle(), owner);
     if (state != ClusterGroupStateUnknown) {
-        record["owner"] = ToUtf8(owner);
+        record["owner"] = owner;
     }
-    record["state"] = GroupStateWord(state);
+    record["state"] = StateWord(state);
     Names members;
     if (group.EnumResourceNamesInGroup(members)) {
         record["resources"] = members.size();
     }
     if (detail) {
-        record["members"] = NamesJson(members);
+        record["members"] = members;
         Names disks;
-        record["disks"] = group.EnumStorageResourceNamesInGroup(cluster, disks) ? NamesJson(disks) : Json();
+        record["disks"] = group.EnumStorageResourceNamesInGroup(cluster, disks) ? Json(disks) : Json();
     }
     return record;
 }

@@ -14,11 +14,11 @@ typedef std::list<std::wstring> Names;
 // Throws Failure, with the system's reason, when the local cluster cannot be opened.
 void OpenLocalCluster(CCluster& cluster);
 
+// Throws Failure when there is none of that name, or it cannot be opened.
+void RequireResource(const CCluster& cluster, CClusterResource& resource, const std::wstring& name);
+
 // All names of one kind, in the cluster's order. Throws Failure when they cannot be listed.
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind);
-
-// The names as a JSON list.
-Json NamesJson(const Names& names);
 
 // The whole answer of a control code to a resource. False when the resource refuses; `code` then holds the reason.
 bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
@@ -31,9 +31,6 @@ CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner);
 
 // Appends the nodes that a group prefers. False when they cannot be listed.
 bool ListPreferredOwners(HGROUP group, Names& names);
-
-// "online", "offline pending", ...; "unknown" for RES_STATE_UNKNOWN.
-std::string StateWord(CClusterResource::RES_STATE state);
 
 // name, type, group, owner, state; with `detail` also id, dependsOn, dependants, possibleOwners, restartAction,
 // restartMeaning, privateProperties, networkName, diskDevice. What cannot be read is null.

@@ -127,6 +127,12 @@ const CLI::Validator IsPair(
     },
     "");
 
+CLI::Option& AddChecked(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
+                        const char* description, const CLI::Validator& isAllowed) {
+    const auto take = [&value](const std::string& text) { value = ToUtf16(text); };
+    return *command.add_option_function<std::string>(name, take, description)->type_name(typeName)->check(isAllowed);
+}
+
 } // namespace
 
 CommandLine::CommandLine() : m_app(Description, "clusctl") {
@@ -137,10 +143,7 @@ CommandLine::CommandLine() : m_app(Description, "clusctl") {
     m_app.set_version_flag("--version", "clusctl " CLUSCTL_VERSION, "Show the version")->group("Help");
     m_app.add_flag("--json", m_shared.json, "Print JSON, for scripts")->group("Output");
     m_app.add_flag("--verbose", m_shared.verbose, "Show the debug log on standard error")->group("Diagnostics");
-    m_app.add_option("--log", m_shared.logFile, "Append the debug log to a file")
-        ->type_name("FILE")
-        ->check(NotEmpty)
-        ->group("Diagnostics");
+    AddText(m_app, "--log", m_shared.logFile, "FILE", "Append the debug log to a file").group("Diagnostics");
     m_app.footer(Footer);
 }
 
@@ -171,16 +174,14 @@ CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* des
     return command;
 }
 
-CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments) {
+std::string CommandLine::Parse(const std::vector<std::string>& arguments) {
     try {
         m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it wants them last first
-        return Result::Run;
+        return std::string();
     } catch (const CLI::CallForHelp&) {
-        m_text = m_app.help();
-        return Result::Help;
+        return m_app.help();
     } catch (const CLI::CallForVersion& version) {
-        m_text = std::string(version.what()) + "\n";
-        return Result::Help;
+        return std::string(version.what()) + "\n";
     } catch (const CLI::ParseError& error) {
         std::string reason = error.what();
         if (IsFamily(Deepest()) && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
@@ -188,13 +189,8 @@ CommandLine::Result CommandLine::Parse(const std::vector<std::string>& arguments
             reason = unknown.empty() ? "a sub-command is missing"
                                      : "there is no sub-command or option " + Quoted(unknown.front());
         }
-        m_text = UsageText(reason);
-        return Result::Usage;
+        throw WrongUsage(reason);
     }
-}
-
-const std::string& CommandLine::Text() const {
-    return m_text;
 }
 
 const SharedOptions& CommandLine::Shared() const {
@@ -205,19 +201,25 @@ const Action& CommandLine::Chosen() const {
     return m_chosen;
 }
 
-CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
+CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                   const char* description) {
-    return *command.add_option(name, value, description)->type_name(typeName)->check(NotEmpty);
+    return AddChecked(command, name, value, typeName, description, NotEmpty);
 }
 
-CLI::Option& CommandLine::AddVcsName(CLI::App& command, const char* name, std::string& value, const char* typeName,
+CLI::Option& CommandLine::AddVcsName(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                      const char* description) {
-    return *command.add_option(name, value, description)->type_name(typeName)->check(IsVcsName);
+    return AddChecked(command, name, value, typeName, description, IsVcsName);
 }
 
-CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,
-                                   const char* description) {
-    return *command.add_option(name, pairs, description)
+CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description) {
+    const auto take = [&pairs](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            const std::wstring pair = ToUtf16(text);
+            const size_t equals = pair.find(L'=');
+            pairs.emplace_back(pair.substr(0, equals), pair.substr(equals + 1));
+        }
+    };
+    return *command.add_option_function<std::vector<std::string>>(name, take, description)
                 ->type_name("NAME=VALUE")
                 ->check(IsPair)
                 ->allow_extra_args(false);

@@ -9,12 +9,13 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct SharedOptions {
     bool json = false;
     bool verbose = false;
-    std::string logFile;
+    std::wstring logFile;
 };
 
 class LogCapture;
@@ -23,11 +24,14 @@ class LogCapture;
 // from a question that could not be answered.
 typedef std::function<Report(const LogCapture& log)> Action;
 
-// Options that do not go together, found when the command runs; what() says what is wrong.
+// The command line is wrong; what() says why. Thrown also when a command runs, of options that do not go together.
 class WrongUsage : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+
+// Names with values, in the order given.
+typedef std::vector<std::pair<std::wstring, std::wstring>> TextPairs;
 
 class CommandLine {
 public:
@@ -44,29 +48,22 @@ public:
     CLI::App& AddTo(CLI::App& family, const char* name, const char* description, const Action& action);
 
     // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty.
-    static CLI::Option& AddText(CLI::App& command, const char* name, std::string& value, const char* typeName,
+    static CLI::Option& AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                 const char* description);
 
     // The same for the name of an object of VCS. It becomes a word of a tool's command line, so what would not stay one
     // word, or would be taken for an option, is refused.
-    static CLI::Option& AddVcsName(CLI::App& command, const char* name, std::string& value, const char* typeName,
+    static CLI::Option& AddVcsName(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                    const char* description);
 
     // Adds an option that may be given more than once, each time with one "NAME=VALUE"; the name is one of VCS.
-    static CLI::Option& AddPairs(CLI::App& command, const char* name, std::vector<std::string>& pairs,
-                                 const char* description);
+    static CLI::Option& AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description);
 
-    enum class Result {
-        Run,  // one sub-command was chosen
-        Help, // print Text() and be done
-        Usage // wrong usage; Text() says what is wrong
-    };
+    // Takes the program's arguments, without its name. The text that --help or --version asks for; empty when a
+    // sub-command is to be run. Throws WrongUsage.
+    std::string Parse(const std::vector<std::string>& arguments);
 
-    Result Parse(const std::vector<std::string>& arguments);
-
-    const std::string& Text() const;
-
-    // What to print when the chosen command finds its options wrong.
+    // What to print of wrong usage, of the whole or of the sub-command that was chosen.
     std::string UsageText(const std::string& reason) const;
 
     const SharedOptions& Shared() const;
@@ -78,7 +75,6 @@ private:
     CLI::App m_app;
     SharedOptions m_shared;
     Action m_chosen;
-    std::string m_text;
 };
 
 #endif

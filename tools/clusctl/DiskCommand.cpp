@@ -10,20 +10,18 @@ namespace {
 
 const char Heading[] = "The cluster";
 
-Report Disk(const std::string& resourceName) {
+Report Disk(const std::wstring& resourceName) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     CClusterResource resource;
-    if (!cluster.OpenResourceByName(resource, ToUtf16(resourceName).c_str())) {
-        throw Failure("there is no resource " + Quoted(resourceName) + " that can be opened");
-    }
+    RequireResource(cluster, resource, resourceName);
     std::vector<std::wstring> paths;
     if (!GetDiskLettersFromResource(resource.GetResourceHandle(), paths)) {
         throw Failure("cannot read the disk information of " + Quoted(resourceName));
     }
     Json records = Json::array();
     for (const std::wstring& path : paths) {
-        records.push_back({{"path", ToUtf8(path)}});
+        records.push_back({{"path", path}});
     }
     Report report;
     report.AddTable("paths", records, {{"path", "PATH"}},
@@ -34,7 +32,7 @@ Report Disk(const std::string& resourceName) {
 } // namespace
 
 void AddDiskCommand(CommandLine& commandLine) {
-    const auto name = std::make_shared<std::string>();
+    const auto name = std::make_shared<std::wstring>();
     CLI::App& disk = commandLine.Add(Heading, "disk", "List the paths of a cluster disk's partitions on this node",
                                      [name](const LogCapture&) { return Disk(*name); });
     CommandLine::AddText(disk, "RESOURCE", *name, "RESOURCE", "The disk's resource").required();

@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "LogCapture.h"
 #include "Text.h"
+#include "ThisComputer.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -26,15 +27,6 @@ public:
     using CVirtualServerUtil::GetHomeDir;
 };
 
-std::string ComputerName() {
-    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
-    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
-    if (!GetComputerNameW(name, &length)) {
-        throw Failure("cannot read the computer name: " + ErrorText(GetLastError()));
-    }
-    return ToUtf8(std::wstring(name, length));
-}
-
 const char* QuorumMeaning(int mode) {
     switch (mode) {
     case 0:
@@ -57,9 +49,8 @@ Report Host(const LogCapture&) {
     record["quorumMode"] = isClustered ? Json(mode) : Json();
     record["quorumMeaning"] = isClustered ? Json(QuorumMeaning(mode)) : Json();
     std::wstring homeDirectory;
-    record["homeDirectory"] = HostSettings::GetHomeDir(homeDirectory) ? Json(ToUtf8(homeDirectory)) : Json();
-    const std::wstring dataRoot = CVirtualServerUtil::GetDataRootPath();
-    record["dataRoot"] = dataRoot.empty() ? Json() : Json(ToUtf8(dataRoot));
+    record["homeDirectory"] = HostSettings::GetHomeDir(homeDirectory) ? Json(homeDirectory) : Json();
+    record["dataRoot"] = TextOrNull(CVirtualServerUtil::GetDataRootPath());
     const int site = CVirtualServerUtil::QueryIISSiteID();
     record["iisSite"] = site < 0 ? Json() : Json(site);
     Report report;

@@ -70,14 +70,14 @@ const char* WordOfLevel(unsigned int level) {
 
 } // namespace
 
-LogCapture::LogCapture(const Stream* verbose, const std::string& logFile) : m_verbose(verbose), m_isAvailable(false) {
+LogCapture::LogCapture(const Stream* verbose, const std::wstring& logFile) : m_verbose(verbose), m_isAvailable(false) {
     if (const SetSinkFunction setSink = FindSetSink()) {
         m_file = std::make_unique<LogFile>(logFile);
         setSink(&LogCapture::Receive, this);
         m_isAvailable = true;
     } else if (!logFile.empty()) {
         // Whether the log library in use heeds it is its own affair.
-        SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", ToUtf16(logFile).c_str());
+        SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", logFile.c_str());
     }
 }
 

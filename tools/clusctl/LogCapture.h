@@ -16,7 +16,7 @@ class LogCapture {
 public:
     // Lines are also written, without secrets, to `verbose` when it is given, which must outlive this object, and to
     // the log file: `logFile`, or when that is empty the configured one.
-    LogCapture(const Stream* verbose, const std::string& logFile);
+    LogCapture(const Stream* verbose, const std::wstring& logFile);
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;

@@ -5,6 +5,9 @@
 
 #include <DebugLog.h>
 
+#include <cstdio>
+#include <cwchar>
+
 namespace {
 
 const wchar_t RegistryKey[] = L"SOFTWARE\\clusutil\\DebugLog";
@@ -68,17 +71,16 @@ int DetailOfLevel(unsigned int level) {
 std::string Head(const char* word) {
     SYSTEMTIME now;
     GetLocalTime(&now);
-    wchar_t head[96];
-    _snwprintf(head, 96, L"%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu ", now.wYear, now.wMonth, now.wDay, now.wHour,
-               now.wMinute, now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId());
-    head[95] = L'\0';
-    return ToUtf8(head) + word;
+    char head[96];
+    std::snprintf(head, sizeof(head), "%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu ", now.wYear, now.wMonth, now.wDay,
+                  now.wHour, now.wMinute, now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId());
+    return head + std::string(word);
 }
 
 } // namespace
 
-LogFile::LogFile(const std::string& option) {
-    const std::wstring path = option.empty() ? Setting(FileVariable, L"File") : ToUtf16(option);
+LogFile::LogFile(const std::wstring& option) {
+    const std::wstring path = option.empty() ? Setting(FileVariable, L"File") : option;
     if (path.empty()) {
         // What goes to a debugger instead is not masked either: command lines, which are information, are left out.
         const std::wstring level = Setting(LevelVariable, L"Level");

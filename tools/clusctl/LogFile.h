@@ -11,7 +11,7 @@ class LogFile {
 public:
     // Opens the file that --log, or else CLUSUTIL_LOG_FILE or the log's registry key, names, and takes it away from the
     // log library. Without a file nothing is written. To be called before the first line is logged.
-    explicit LogFile(const std::string& option);
+    explicit LogFile(const std::wstring& option);
     ~LogFile();
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;

@@ -2,6 +2,7 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 
@@ -19,37 +20,40 @@ const Columns ResourceColumns = {
 };
 
 struct CreateOptions {
-    std::string server;
-    std::string name;
-    std::string mode;
-    std::string dataPath;
-    std::string disk;
-    std::string dataRoot;
+    std::wstring server;
+    std::wstring name;
+    std::wstring mode;
+    std::wstring dataPath;
+    std::wstring disk;
+    std::wstring dataRoot;
 };
 
 struct SwitchOptions {
-    std::string server;
+    std::wstring server;
     bool wait = false;
     std::uint32_t timeout = 120;
 };
 
-// The product resources in the group of a virtual server, found as the library finds them: those of the single copy
-// type, or else those of the other one. False when they cannot be listed.
-bool ListProductResources(CCluster& cluster, const std::string& server, Names& names) {
-    CClusterResource networkName;
-    std::wstring groupName;
+// Appends the product resources in the group of a virtual server, which the library works on: those of the first type
+// that the group holds. False when they cannot be listed.
+bool ListProductResources(CCluster& cluster, const std::wstring& server, Names& names) {
     CClusterGroup group;
-    if (!cluster.OpenNetworkNameResourceByNetworkName(networkName, ToUtf16(server).c_str()) ||
-        networkName.GetResourceState(nullptr, &groupName) == CClusterResource::RES_STATE_UNKNOWN ||
-        !cluster.OpenGroupByName(group, groupName.c_str()) ||
-        !group.EnumResourceNamesInGroupByType(cluster, names, L"clusRDLL")) {
+    if (!cluster.OpenGroupByNetworkName(group, server.c_str())) {
         return false;
     }
-    return !names.empty() || group.EnumResourceNamesInGroupByType(cluster, names, L"clusRDLLCCR");
+    for (const wchar_t* type : ProductTypes) {
+        if (!group.EnumResourceNamesInGroupByType(cluster, names, type)) {
+            return false;
+        }
+        if (!names.empty()) {
+            break;
+        }
+    }
+    return true;
 }
 
 // What a progress line watches; nothing when there is nobody to watch it.
-Names WatchedResources(CCluster& cluster, const LogCapture& log, const std::string& server) {
+Names WatchedResources(CCluster& cluster, const LogCapture& log, const std::wstring& server) {
     Names names;
     if (Progress::IsWanted(log)) {
         ListProductResources(cluster, server, names);
@@ -86,11 +90,11 @@ int QuorumMode(const CreateOptions& options) {
         }
         return mode;
     }
-    return options.mode == "ccr" ? CVirtualServerUtil::CLUSTER_QUORUM_CCR
-                                 : CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY;
+    return options.mode == L"ccr" ? CVirtualServerUtil::CLUSTER_QUORUM_CCR
+                                  : CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY;
 }
 
-void RequireOnly(const char* mode, const char* foreignOption, const std::string& value) {
+void RequireOnly(const char* mode, const char* foreignOption, const std::wstring& value) {
     if (!value.empty()) {
         throw WrongUsage(std::string(foreignOption) + " has no meaning in the mode " + mode);
     }
@@ -107,20 +111,20 @@ Report Create(const CreateOptions& options) {
     } else {
         RequireOnly("ccr", "--data-path", options.dataPath);
         RequireOnly("ccr", "--disk", options.disk);
-        dataRoot = options.dataRoot.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataRoot);
+        dataRoot = options.dataRoot.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataRoot;
         if (dataRoot.empty()) {
             throw WrongUsage("--data-root is required: the product's settings name none");
         }
     }
     CCluster cluster;
     OpenLocalCluster(cluster);
-    const std::wstring name = ToUtf16(options.name);
-    if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), name.c_str(), ToUtf16(options.dataPath).c_str(),
-                                                ToUtf16(options.server).c_str(), ToUtf16(options.disk).c_str(), mode)) {
+    if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), options.name.c_str(), options.dataPath.c_str(),
+                                                options.server.c_str(), options.disk.c_str(), mode)) {
         throw Failure("cannot create the resource " + Quoted(options.name) + " for " + Quoted(options.server));
     }
     Report report;
-    report.AddRecords("resources", Json::array({ReadResource(cluster, name, true)}), ResourceTitles(), std::string());
+    report.AddRecords("resources", Json::array({ReadResource(cluster, options.name, true)}), ResourceTitles(),
+                      std::string());
     return report;
 }
 
@@ -133,7 +137,7 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
     {
         const Progress progress(log, options.wait ? WatchedResources(cluster, log, options.server) : Names());
         // Whole seconds only: the library never gives up on any other time-out.
-        isDone = turn(ToUtf16(options.server).c_str(), options.wait, options.timeout * 1000);
+        isDone = turn(options.server.c_str(), options.wait, options.timeout * 1000);
     }
     Names names;
     const bool isListed = ListProductResources(cluster, options.server, names);
@@ -149,7 +153,7 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
     return report;
 }
 
-Report Delete(const LogCapture& log, const std::string& server) {
+Report Delete(const LogCapture& log, const std::wstring& server) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     Names before;
@@ -157,7 +161,7 @@ Report Delete(const LogCapture& log, const std::string& server) {
     bool isDone = false;
     {
         const Progress progress(log, before);
-        isDone = CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(ToUtf16(server).c_str());
+        isDone = CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server.c_str());
     }
     if (!isDone) {
         throw Failure("cannot delete the product's resource of " + Quoted(server));
@@ -176,16 +180,16 @@ Report Delete(const LogCapture& log, const std::string& server) {
     if (!before.empty()) {
         sentence = "Deleted";
         for (const std::wstring& name : before) {
-            sentence += (name == before.front() ? " " : ", ") + Quoted(ToUtf8(name));
+            sentence += (name == before.front() ? " " : ", ") + Quoted(name);
         }
         sentence += ".";
     }
     Report report;
-    report.AddSentence("deleted", NamesJson(before), sentence);
+    report.AddSentence("deleted", before, sentence);
     return report;
 }
 
-void AddServer(CLI::App& command, std::string& server) {
+void AddServer(CLI::App& command, std::wstring& server) {
     CommandLine::AddText(command, "VIRTUAL-SERVER", server, "VIRTUAL-SERVER", "The virtual server's network name")
         .required();
 }
@@ -228,7 +232,7 @@ void AddProductResourceCommands(CommandLine& commandLine) {
     AddSwitch(commandLine, family, true);
     AddSwitch(commandLine, family, false);
 
-    const auto server = std::make_shared<std::string>();
+    const auto server = std::make_shared<std::wstring>();
     CLI::App& remove = commandLine.AddTo(family, "delete", "Delete the product's resource of a virtual server",
                                          [server](const LogCapture& log) { return Delete(log, *server); });
     AddServer(remove, *server);

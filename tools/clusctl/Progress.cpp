@@ -1,6 +1,7 @@
 #include "Progress.h"
 
 #include "LogCapture.h"
+#include "StateNames.h"
 #include "Text.h"
 
 #include <chrono>
@@ -27,27 +28,6 @@ bool IsPending(CLUSTER_RESOURCE_STATE state) {
            state == ClusterResourceOfflinePending;
 }
 
-const char* WordOf(CLUSTER_RESOURCE_STATE state) {
-    switch (state) {
-    case ClusterResourceOnline:
-        return "online";
-    case ClusterResourceOffline:
-        return "offline";
-    case ClusterResourceFailed:
-        return "failed";
-    case ClusterResourcePending:
-        return "pending";
-    case ClusterResourceOnlinePending:
-        return "online pending";
-    case ClusterResourceOfflinePending:
-        return "offline pending";
-    case ClusterResourceInitializing:
-        return "initializing";
-    default:
-        return "state unknown";
-    }
-}
-
 // The first resource that is on its way, or the first of all.
 std::string StateOf(const Names& resources) {
     const HCLUSTER cluster = OpenCluster(nullptr);
@@ -67,7 +47,8 @@ std::string StateOf(const Names& resources) {
     if (name.size() > LongestName) {
         name = name.substr(0, LongestName - 3) + L"...";
     }
-    return Printable(ToUtf8(name)) + ": " + WordOf(state);
+    const std::string word = StateWord(state);
+    return Printable(name) + ": " + (word == "unknown" ? "state unknown" : word);
 }
 
 } // namespace

@@ -62,9 +62,9 @@ std::wstring WideText(const Bytes& value) {
 }
 
 // The text up to its terminator, which may be missing.
-std::string TextOf(const Bytes& value) {
+std::wstring TextOf(const Bytes& value) {
     const std::wstring text = WideText(value);
-    return ToUtf8(text.substr(0, text.find(L'\0')));
+    return text.substr(0, text.find(L'\0'));
 }
 
 Json TextsOf(const Bytes& value) {
@@ -72,7 +72,7 @@ Json TextsOf(const Bytes& value) {
     std::wstring rest = WideText(value);
     while (!rest.empty() && rest[0] != L'\0') {
         const size_t end = rest.find(L'\0');
-        texts.push_back(ToUtf8(rest.substr(0, end)));
+        texts.push_back(rest.substr(0, end));
         rest.erase(0, end == std::wstring::npos ? end : end + 1);
     }
     return texts;
@@ -113,7 +113,7 @@ const size_t PartitionDeviceAt = 4;
 const size_t PartitionLabelAt = 524;
 const size_t PartitionTextBytes = MAX_PATH * sizeof(wchar_t);
 
-std::string TextAt(const Bytes& value, size_t offset) {
+std::wstring TextAt(const Bytes& value, size_t offset) {
     if (value.size() < offset + PartitionTextBytes) {
         throw Failure("the cluster gave a partition record that is too short");
     }
@@ -124,7 +124,7 @@ std::string TextAt(const Bytes& value, size_t offset) {
 Json PartitionJson(const Bytes& value) {
     Json partition;
     partition["device"] = TextAt(value, PartitionDeviceAt);
-    const std::string label = TextAt(value, PartitionLabelAt);
+    const std::wstring label = TextAt(value, PartitionLabelAt);
     if (!label.empty()) {
         partition["label"] = label;
     }
@@ -141,7 +141,7 @@ Json PropertiesJson(const std::vector<unsigned char>& propertyList) {
         if (reader.Number() != CLUSPROP_SYNTAX_NAME) {
             throw Failure("the cluster gave a property without a name");
         }
-        const std::string name = TextOf(reader.Value());
+        const std::string name = ToUtf8(TextOf(reader.Value()));
         // A text to be expanded has its expanded form behind it: the stored one is the first.
         bool isFirst = true;
         for (DWORD syntax = reader.Number(); syntax != CLUSPROP_SYNTAX_ENDMARK; syntax = reader.Number()) {

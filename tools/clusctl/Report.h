@@ -2,13 +2,11 @@
 #ifndef CLUSCTL_REPORT_H
 #define CLUSCTL_REPORT_H
 
-#include <nlohmann/json.hpp>
+#include "Json.h"
 
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-typedef nlohmann::ordered_json Json; // keeps the order of its members
 
 // A member of a record and its title in the readable form.
 struct Column {

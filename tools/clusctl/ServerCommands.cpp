@@ -24,11 +24,11 @@ const Columns ServerTitles = {
 
 Json ServerRecord(const CClusterVirtualServerInfo& info) {
     Json record;
-    record["name"] = ToUtf8(info.m_wsServerName);
-    record["address"] = ToUtf8(info.m_wsServerIP);
+    record["name"] = info.m_wsServerName;
+    record["address"] = info.m_wsServerIP;
     record["online"] = info.m_bIsOnline;
-    record["dataPath"] = ToUtf8(info.m_wsDataPath);
-    record["guid"] = ToUtf8(info.m_wsServerGUID);
+    record["dataPath"] = info.m_wsDataPath;
+    record["guid"] = info.m_wsServerGUID;
     return record;
 }
 
@@ -69,9 +69,9 @@ void RequireAnswer() {
     }
 }
 
-Report Query(const std::string& nameOrAddress) {
+Report Query(const std::wstring& nameOrAddress) {
     CClusterVirtualServerLookupRequest request;
-    request.m_wsNameOrIP = ToUtf16(nameOrAddress);
+    request.m_wsNameOrIP = nameOrAddress;
     CVirtualServerUtil util;
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!util.QueryServerInfo(request, *info)) {
@@ -83,13 +83,13 @@ Report Query(const std::string& nameOrAddress) {
     return report;
 }
 
-Report SmtpInstances(const std::string& networkName) {
+Report SmtpInstances(const std::wstring& networkName) {
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
-    if (!CVirtualServerUtil::GetSMTPInstanceInfo(ToUtf16(networkName).c_str(), *info)) {
+    if (!CVirtualServerUtil::GetSMTPInstanceInfo(networkName.c_str(), *info)) {
         CCluster cluster;
         OpenLocalCluster(cluster);
         std::wstring resourceName;
-        if (!cluster.FindFirstResourceNameByNetworkName(resourceName, ToUtf16(networkName).c_str())) {
+        if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName.c_str())) {
             throw Failure("the cluster has no network name " + Quoted(networkName));
         }
         throw Failure("cannot collect the SMTP instances of " + Quoted(networkName) +
@@ -133,14 +133,14 @@ void AddServerCommands(CommandLine& commandLine) {
     commandLine.Add(Heading, "servers", "List the servers that this node serves",
                     [](const LogCapture&) { return Servers(); });
 
-    const auto wanted = std::make_shared<std::string>();
+    const auto wanted = std::make_shared<std::wstring>();
     CLI::App& query = commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
                                       [wanted](const LogCapture&) { return Query(*wanted); });
     CommandLine::AddText(query, "NAME", *wanted, "NAME|ADDRESS",
                          "Network name, computer name, host name with domain, or IP address")
         .required();
 
-    const auto networkName = std::make_shared<std::string>();
+    const auto networkName = std::make_shared<std::wstring>();
     CLI::App& instances =
         commandLine.Add(Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
                         [networkName](const LogCapture&) { return SmtpInstances(*networkName); });

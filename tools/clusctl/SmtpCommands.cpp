@@ -2,8 +2,10 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
+#include "ThisComputer.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -12,7 +14,6 @@
 namespace {
 
 const char Heading[] = "The servers of this node";
-const wchar_t InstanceType[] = L"Microsoft Exchange SMTP Server Instance";
 
 const Columns InstanceTitles = {
     {"name", "Resource"}, {"type", "Type"}, {"group", "Group"}, {"owner", "Owner"}, {"state", "State"},
@@ -21,21 +22,17 @@ const Columns InstanceTitles = {
 // The instance that the library restarts, chosen as it chooses: the first that is online on this node. Empty when there
 // is none.
 std::wstring FindInstance(const CCluster& cluster) {
-    wchar_t computer[MAX_COMPUTERNAME_LENGTH + 1] = {};
-    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
-    GetComputerNameW(computer, &length);
     for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
         CClusterResource resource;
         if (!cluster.OpenResourceByName(resource, name.c_str())) {
             continue;
         }
         const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-        if (type == nullptr || _wcsicmp(type, InstanceType) != 0) {
+        if (type == nullptr || _wcsicmp(type, SmtpInstanceType) != 0) {
             continue;
         }
         std::wstring owner;
-        if (resource.GetResourceState(&owner, nullptr) == CClusterResource::RES_STATE_ONLINE &&
-            _wcsicmp(owner.c_str(), computer) == 0) {
+        if (resource.GetResourceState(&owner, nullptr) == CClusterResource::RES_STATE_ONLINE && IsThisComputer(owner)) {
             return name;
         }
     }
@@ -56,8 +53,7 @@ Report Restart(const LogCapture& log) {
     }
     const Json record = ReadResource(cluster, name, false);
     if (!isRestarted) {
-        throw Failure("cannot restart " + Quoted(ToUtf8(name)) + ": it is " + record["state"].get<std::string>() +
-                      " now");
+        throw Failure("cannot restart " + Quoted(name) + ": it is " + record["state"].get<std::string>() + " now");
     }
     Report report;
     report.AddRecord("restarted", record, InstanceTitles);

@@ -28,14 +28,13 @@ DWORD MoveOver(const std::wstring& from, const std::wstring& to) {
 }
 
 // The file appears complete or not at all.
-void WriteFileWhole(const std::string& file, const std::string& text) {
-    const std::wstring path = ToUtf16(file);
+void WriteFileWhole(const std::wstring& path, const std::string& text) {
     // A name of this process's own: several may write at once, and the last one's file stays.
     const std::wstring temporary = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
     const HANDLE handle =
         CreateFileW(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
-        throw Failure("cannot create " + Quoted(file) + ": " + ErrorText(GetLastError()));
+        throw Failure("cannot create " + Quoted(path) + ": " + ErrorText(GetLastError()));
     }
     DWORD written = 0;
     DWORD code = ERROR_SUCCESS;
@@ -51,7 +50,7 @@ void WriteFileWhole(const std::string& file, const std::string& text) {
     }
     if (code != ERROR_SUCCESS) {
         DeleteFileW(temporary.c_str());
-        throw Failure("cannot write " + Quoted(file) + ": " + ErrorText(code));
+        throw Failure("cannot write " + Quoted(path) + ": " + ErrorText(code));
     }
 }
 
@@ -59,7 +58,7 @@ std::string Counted(size_t count, const char* word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
-Report Snapshot(const std::string& file) {
+Report Snapshot(const std::wstring& file) {
     const Json model = ReadClusterModel();
     if (file.empty()) {
         return Report::Verbatim(model);
@@ -78,7 +77,7 @@ Report Snapshot(const std::string& file) {
 } // namespace
 
 void AddSnapshotCommand(CommandLine& commandLine) {
-    const auto file = std::make_shared<std::string>();
+    const auto file = std::make_shared<std::wstring>();
     CLI::App& command =
         commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
                         [file](const LogCapture&) { return Snapshot(*file); });

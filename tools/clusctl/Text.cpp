@@ -91,6 +91,10 @@ std::string Printable(const std::string& text) {
     return result;
 }
 
+std::string Printable(const std::wstring& text) {
+    return Printable(ToUtf8(text));
+}
+
 size_t CharacterCount(const std::string& text) {
     return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !IsContinuation(c); }));
 }
@@ -104,6 +108,10 @@ std::string Quoted(const std::string& text) {
     return "\"" + Head(printable, LongestQuoted - 20) + "...\" (" + std::to_string(count) + " characters)";
 }
 
+std::string Quoted(const std::wstring& text) {
+    return Quoted(ToUtf8(text));
+}
+
 std::string Shortened(const std::string& text, size_t longest) {
     const std::string printable = Printable(text);
     return CharacterCount(printable) <= longest ? printable : Head(printable, longest - 3) + "...";
@@ -114,7 +122,7 @@ std::string ErrorText(unsigned long code) {
     wchar_t buffer[512];
     const DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
     const DWORD length = FormatMessageW(flags, nullptr, code, 0, buffer, 512, nullptr);
-    std::string text = Printable(ToUtf8(std::wstring(buffer, length)));
+    std::string text = Printable(std::wstring(buffer, length));
     while (!text.empty() && (text.back() == ' ' || text.back() == '.')) {
         text.pop_back();
     }

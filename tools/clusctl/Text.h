@@ -1,4 +1,6 @@
-// Texts: UTF-16 as the platform and the library use it, UTF-8 inside this tool and in everything it prints.
+// Texts. Names, paths and values are UTF-16 inside this tool, as the platform and the library take and give them. UTF-8
+// is everything that is read or printed: messages, JSON, log lines, what the VCS tools say, files. A text changes over
+// when it comes in (CommandLine, Password) or goes out (Json, Quoted and Printable).
 #ifndef CLUSCTL_TEXT_H
 #define CLUSCTL_TEXT_H
 
@@ -10,6 +12,7 @@ std::wstring ToUtf16(const std::string& text);
 
 // The text with control characters replaced by a visible form, so that a name cannot break a line or steer a terminal.
 std::string Printable(const std::string& text);
+std::string Printable(const std::wstring& text);
 
 // Whether UTF-8 holds nothing that ToUtf16 would have to replace.
 bool IsUtf8(const std::string& text);
@@ -27,6 +30,7 @@ size_t CharacterCount(const std::string& text);
 
 // The printable text in double quotes, its middle left out when it is very long.
 std::string Quoted(const std::string& text);
+std::string Quoted(const std::wstring& text);
 
 // The printable text, its end left out when it is longer.
 std::string Shortened(const std::string& text, size_t longest);

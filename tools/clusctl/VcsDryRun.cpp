@@ -29,7 +29,7 @@ bool IsPassing(DWORD code) {
 }
 
 [[noreturn]] void ThrowCannot(const char* verb, const std::wstring& file, DWORD code) {
-    throw Failure(std::string("cannot ") + verb + " " + Quoted(ToUtf8(file)) + ": " + ErrorText(code));
+    throw Failure(std::string("cannot ") + verb + " " + Quoted(file) + ": " + ErrorText(code));
 }
 
 void Copy(const std::wstring& from, const std::wstring& to) {
@@ -124,7 +124,7 @@ std::wstring CreateFolder() {
             return folder + L"\\";
         }
         if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            throw Failure("cannot create the folder " + Quoted(ToUtf8(folder)) + ": " + ErrorText(GetLastError()));
+            throw Failure("cannot create the folder " + Quoted(folder) + ": " + ErrorText(GetLastError()));
         }
     }
 }
@@ -137,7 +137,7 @@ VcsDryRun::VcsDryRun() {
         throw Failure("a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
     }
     if (!FileExists(mainCf)) {
-        throw Failure("there is no file " + Quoted(ToUtf8(mainCf)) + ", which VCSSIM_MAIN_CF names");
+        throw Failure("there is no file " + Quoted(mainCf) + ", which VCSSIM_MAIN_CF names");
     }
     m_name = mainCf.substr(FolderOf(mainCf).size());
     m_folder = CreateFolder();

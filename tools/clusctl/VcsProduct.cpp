@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "Password.h"
+#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 #include "VcsDryRun.h"
@@ -14,10 +15,6 @@
 #include <algorithm>
 #include <memory>
 
-const char HostServiceName[] = "OXAHostService";
-const char QuarantineServiceName[] = "QAV_Monitor";
-const char RemoteConfigServiceName[] = "OXA_RemoteConfig";
-
 const Columns ProductColumns = {
     {"name", "RESOURCE"},
     {"service", "SERVICE"},
@@ -26,7 +23,6 @@ const Columns ProductColumns = {
 
 namespace {
 
-const char AttendantServiceName[] = "OXASAService";
 const size_t LongestPart = 255; // of a path
 
 // Everything that is known before the first change.
@@ -40,7 +36,7 @@ struct Plan {
 // Why a data path will not do; empty when it will. Its folder gives the replication directory, which reaches VCS as a
 // word of a command line; the library cannot split a path of longer parts.
 std::string ReasonAgainstDataPath(const std::wstring& path) {
-    const std::string quoted = Quoted(ToUtf8(path));
+    const std::string quoted = Quoted(path);
     const size_t begin = path.size() > 1 && path[1] == L':' ? 2 : 0;
     const size_t slash = path.find_last_of(L"\\/");
     if (slash == std::wstring::npos || slash < begin) {
@@ -64,16 +60,16 @@ void CheckOptions(const ProductCreateOptions& options) {
         throw WrongUsage("--account-user has no meaning without --remote-config");
     }
     if (!options.dataPath.empty()) {
-        const std::string reason = ReasonAgainstDataPath(ToUtf16(options.dataPath));
+        const std::string reason = ReasonAgainstDataPath(options.dataPath);
         if (!reason.empty()) {
             throw WrongUsage(reason);
         }
     }
 }
 
-std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& options, const std::string& group) {
+std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& options, const std::wstring& group) {
     if (!options.mount.empty()) {
-        return ToUtf16(options.mount);
+        return options.mount;
     }
     const VcsNames mounts = TopMountResources(log, group);
     if (mounts.size() == 1) {
@@ -90,13 +86,13 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
 }
 
 std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
-    const std::wstring existing = FindRegistryReplication(log, ToUtf8(plan.info.sGroupName)).resource;
-    std::wstring name = !options.regRep.empty() ? ToUtf16(options.regRep)
+    const std::wstring existing = FindRegistryReplication(log, plan.info.sGroupName).resource;
+    std::wstring name = !options.regRep.empty() ? options.regRep
                         : !existing.empty()     ? existing
                                                 : plan.info.sGroupName + L"-RegRep";
     // Setting up another program's resource again would turn it into the product's.
     if (name != existing && Contains(plan.before, name)) {
-        throw Failure("the resource " + Quoted(ToUtf8(name)) +
+        throw Failure("the resource " + Quoted(name) +
                       " exists already and does not replicate the product's key; --regrep gives another name");
     }
     return name;
@@ -109,9 +105,9 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
         dryRun->RequireSimulator();
     }
     plan.before = ListVcsResources(log);
-    plan.info.sMountResName = ChosenMount(log, options, ToUtf8(plan.info.sGroupName));
+    plan.info.sMountResName = ChosenMount(log, options, plan.info.sGroupName);
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
-    plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : ToUtf16(options.dataPath);
+    plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataPath;
     if (plan.info.sDataPath.empty()) {
         throw Failure("the product's settings name no data root: --data-path has to give a path on the shared disk");
     }
@@ -130,11 +126,10 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
 }
 
 void CreateSet(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info, const Plan& plan) {
-    const std::wstring group = ToUtf16(options.accountGroup);
-    const std::wstring user = ToUtf16(options.accountUser);
-    CVeritasCluster().CreateKOVAResources(
-        info, options.quarantine, options.remoteConfig, plan.isAccountGiven ? group.c_str() : nullptr,
-        plan.isAccountGiven ? user.c_str() : nullptr, plan.isAccountGiven ? plan.password.c_str() : nullptr);
+    CVeritasCluster().CreateKOVAResources(info, options.quarantine, options.remoteConfig,
+                                          plan.isAccountGiven ? options.accountGroup.c_str() : nullptr,
+                                          plan.isAccountGiven ? options.accountUser.c_str() : nullptr,
+                                          plan.isAccountGiven ? plan.password.c_str() : nullptr);
 }
 
 // As the library does it, but the service is not waited for: there is none to wait for.
@@ -157,11 +152,11 @@ void RehearseSet(const ProductCreateOptions& options, const Plan& plan) {
     }
 }
 
-std::vector<std::wstring> Words(const std::string& command) {
+std::vector<std::wstring> Words(const std::wstring& command) {
     std::vector<std::wstring> words;
     for (size_t begin = 0; begin < command.size();) {
-        const size_t end = std::min(command.find(' ', begin), command.size());
-        words.push_back(ToUtf16(command.substr(begin, end - begin)));
+        const size_t end = std::min(command.find(L' ', begin), command.size());
+        words.push_back(command.substr(begin, end - begin));
         begin = end + 1;
     }
     return words;
@@ -169,7 +164,7 @@ std::vector<std::wstring> Words(const std::string& command) {
 
 // Whether VCS refused a step only because its result was there before: a resource, or a dependency.
 bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
-    const std::vector<std::wstring> words = Words(problem.command);
+    const std::vector<std::wstring> words = Words(ToUtf16(problem.command));
     if (problem.kind != ToolProblem::Kind::Message || words.size() < 4) {
         return false;
     }
@@ -186,18 +181,18 @@ bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
 
 struct Member {
     std::wstring name;
-    std::string service;
+    std::wstring service; // none of the registry replication
 };
 
 std::vector<Member> MembersOf(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
-    std::vector<Member> members = {{info.sRegRepResName, std::string()},
-                                   {info.sHostServiceResName, HostServiceName},
-                                   {info.sSAServiceResName, AttendantServiceName}};
+    std::vector<Member> members = {{info.sRegRepResName, std::wstring()},
+                                   {info.sHostServiceResName, HostService},
+                                   {info.sSAServiceResName, AttendantService}};
     if (options.quarantine) {
-        members.push_back({info.sQAVMonitorResName, QuarantineServiceName});
+        members.push_back({info.sQAVMonitorResName, QuarantineService});
     }
     if (options.remoteConfig) {
-        members.push_back({info.sRemoteConfigResName, RemoteConfigServiceName});
+        members.push_back({info.sRemoteConfigResName, RemoteConfigService});
     }
     return members;
 }
@@ -218,7 +213,7 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     Json records = Json::array();
     for (const Member& member : MembersOf(options, plan.info)) {
         if (!Contains(after, member.name)) {
-            throw Failure(what + ": " + Quoted(ToUtf8(member.name)) + " is missing");
+            throw Failure(what + ": " + Quoted(member.name) + " is missing");
         }
         records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
     }
@@ -265,10 +260,8 @@ Report RehearsalReport(const std::vector<ToolRun>& runs, const VcsDryRun& dryRun
 
 } // namespace
 
-Json ProductRecord(const std::wstring& name, const std::string& service, bool existed) {
-    return {{"name", ToUtf8(name)},
-            {"service", service.empty() ? Json() : Json(service)},
-            {"result", existed ? "existed already" : "created"}};
+Json ProductRecord(const std::wstring& name, const std::wstring& service, bool existed) {
+    return {{"name", name}, {"service", TextOrNull(service)}, {"result", existed ? "existed already" : "created"}};
 }
 
 Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options) {
@@ -280,7 +273,7 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     Plan plan = MakePlan(log, options, dryRun.get());
     const ToolWatch watch(log);
     {
-        const Progress progress(log, DescribeProgress(log, HostServiceName));
+        const Progress progress(log, DescribeProgress(log, HostService));
         const OpenConfiguration open(options.opens);
         if (dryRun != nullptr) {
             RehearseSet(options, plan);

@@ -8,14 +8,14 @@
 #include <string>
 
 struct ProductCreateOptions {
-    std::string group;
-    std::string mount;
-    std::string regRep;
-    std::string dataPath;
+    std::wstring group;
+    std::wstring mount;
+    std::wstring regRep;
+    std::wstring dataPath;
     bool quarantine = false;
     bool remoteConfig = false;
-    std::string accountGroup;
-    std::string accountUser;
+    std::wstring accountGroup;
+    std::wstring accountUser;
     int delayOnline = 600;
     int delayOffline = 600;
     bool opens = false;
@@ -26,11 +26,7 @@ struct ProductCreateOptions {
 Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options);
 
 // One resource of a report: what became of it.
-Json ProductRecord(const std::wstring& name, const std::string& service, bool existed);
+Json ProductRecord(const std::wstring& name, const std::wstring& service, bool existed);
 extern const Columns ProductColumns;
-
-extern const char HostServiceName[];
-extern const char QuarantineServiceName[];
-extern const char RemoteConfigServiceName[];
 
 #endif

@@ -1,7 +1,9 @@
 #include "CommandLine.h"
 #include "Password.h"
+#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
+#include "ThisComputer.h"
 #include "VcsCommands.h"
 #include "VcsMode.h"
 #include "VcsProduct.h"
@@ -23,24 +25,18 @@ struct WaitOptions {
 };
 
 struct AddOptions {
-    std::string networkName;
-    std::string accountGroup;
-    std::string accountUser;
+    std::wstring networkName;
+    std::wstring accountGroup;
+    std::wstring accountUser;
     WaitOptions wait;
 };
 
 struct SwitchOptions {
-    std::string group;
-    std::string service;
-    std::string node;
+    std::wstring group;
+    std::wstring service;
+    std::wstring node;
     WaitOptions wait;
 };
-
-bool IsThisComputer(const std::wstring& system) {
-    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
-    DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
-    return GetComputerNameW(name, &length) && _wcsicmp(name, system.c_str()) == 0;
-}
 
 // The library looks for the service on this computer only.
 int TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
@@ -49,7 +45,7 @@ int TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
 }
 
 // The library's result does not tell.
-void RequireStarted(const std::string& service, int timeout) {
+void RequireStarted(const std::wstring& service, int timeout) {
     if (timeout > 0 && ServiceStateHere(service) != "running") {
         throw Failure("the resource was switched on, but the service " + Quoted(service) + " is " +
                       ServiceStateHere(service));
@@ -57,14 +53,13 @@ void RequireStarted(const std::string& service, int timeout) {
 }
 
 // Runs one of the members that add a service's resource and switch it on, and tells what became of it.
-Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const char* service,
+Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const wchar_t* service,
                   const WaitOptions& wait, const std::function<bool(int timeout)>& add) {
-    const std::wstring group = info.sGroupName;
+    const std::wstring& group = info.sGroupName;
     std::wstring before;
-    CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), ToUtf16(service).c_str(), before);
+    CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), service, before);
     const int timeout = TimeoutOf(wait, info.sOnlineNode);
-    const std::string what =
-        std::string("cannot add the resource of the service ") + Quoted(service) + " to " + Quoted(ToUtf8(group));
+    const std::string what = "cannot add the resource of the service " + Quoted(service) + " to " + Quoted(group);
     const ToolWatch watch(log);
     bool isAdded = false;
     {
@@ -74,7 +69,7 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
     }
     watch.Require(isAdded, what);
     std::wstring name;
-    if (!CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), ToUtf16(service).c_str(), name)) {
+    if (!CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), service, name)) {
         throw Failure(what);
     }
     RequireStarted(service, timeout);
@@ -86,13 +81,13 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
 
 Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
     const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
-    const std::string group = ToUtf8(info.sGroupName);
+    const std::wstring& group = info.sGroupName;
     if (FindRegistryReplication(log, group).resource.empty()) {
         throw Failure("the group " + Quoted(group) +
                       " has no RegRep resource of the product to depend on: 'clusctl vcs product create' makes it");
     }
-    return AddService(log, info, QuarantineServiceName, options.wait, [&options](int timeout) {
-        return CVeritasCluster().CreateQAVResourceAndTurnItOn(ToUtf16(options.networkName).c_str(), timeout);
+    return AddService(log, info, QuarantineService, options.wait, [&options](int timeout) {
+        return CVeritasCluster().CreateQAVResourceAndTurnItOn(options.networkName.c_str(), timeout);
     });
 }
 
@@ -100,25 +95,25 @@ Report AddRemoteConfig(const LogCapture& log, const AddOptions& options) {
     const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
     std::wstring password = AsArgument(ReadPassword());
     EncryptForVcs(log, password); // else the library would go on with an empty password
-    return AddService(log, info, RemoteConfigServiceName, options.wait, [&options, &password](int timeout) {
+    return AddService(log, info, RemoteConfigService, options.wait, [&options, &password](int timeout) {
         const bool isAdded = CVeritasCluster().CreateRemoteConfigResourceAndTurnItOn(
-            ToUtf16(options.networkName).c_str(), ToUtf16(options.accountGroup).c_str(),
-            ToUtf16(options.accountUser).c_str(), password.c_str(), timeout);
+            options.networkName.c_str(), options.accountGroup.c_str(), options.accountUser.c_str(), password.c_str(),
+            timeout);
         Forget(password);
         return isAdded;
     });
 }
 
-Report List(const LogCapture& log, const std::string& group) {
+Report List(const LogCapture& log, const std::wstring& group) {
     const CVeritasCluster cluster;
     VcsNames names;
     const ToolWatch watch(log);
     const bool isListed =
-        group.empty() ? cluster.CollectKOVAResNames(names) : cluster.CollectKOVAResNames(ToUtf16(group).c_str(), names);
+        group.empty() ? cluster.CollectKOVAResNames(names) : cluster.CollectKOVAResNames(group.c_str(), names);
     const std::string what = "cannot list the product's resources";
     watch.Require(isListed, what);
     watch.RequireNames(names, what);
-    if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), ToUtf16(group))) {
+    if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), group)) {
         throw Failure("there is no group " + Quoted(group));
     }
     Report report;
@@ -127,7 +122,7 @@ Report List(const LogCapture& log, const std::string& group) {
 }
 
 Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
-    const int timeout = TimeoutOf(options.wait, ToUtf16(options.node));
+    const int timeout = TimeoutOf(options.wait, options.node);
     const std::string what =
         "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " on";
     const ToolWatch watch(log);
@@ -135,7 +130,7 @@ Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
     {
         const Progress progress(log, DescribeProgress(log, options.service));
         isThere = CVeritasCluster().CheckIfGenericServiceResourceExistsAndTurnItOn(
-            ToUtf16(options.group).c_str(), ToUtf16(options.service).c_str(), ToUtf16(options.node).c_str(), timeout);
+            options.group.c_str(), options.service.c_str(), options.node.c_str(), timeout);
     }
     watch.Require(isThere, what + (watch.Problems().empty() ? ": the group has no resource for it" : ""));
     RequireStarted(options.service, timeout);
@@ -234,7 +229,7 @@ void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family) {
     AddCreate(commandLine, product);
     AddAdding(commandLine, product);
 
-    const auto group = std::make_shared<std::string>();
+    const auto group = std::make_shared<std::wstring>();
     CLI::App& list = commandLine.AddTo(product, "list", "List the product's resources of all groups, or of one",
                                        [group](const LogCapture& log) { return List(log, *group); });
     CommandLine::AddVcsName(list, "GROUP", *group, "GROUP", "The service group");

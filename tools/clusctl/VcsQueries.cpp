@@ -10,8 +10,6 @@
 
 namespace {
 
-typedef std::vector<std::string> Conditions;
-
 const Columns DependencyTitles = {
     {"resource", "Resource"},
     {"dependsOn", "Depends on"},
@@ -35,21 +33,20 @@ const Kind Kinds[] = {
 };
 
 struct AttributeName {
-    std::string resource;
-    std::string name;
+    std::wstring resource;
+    std::wstring name;
 };
 
 struct GroupService {
-    std::string group;
-    std::string service;
+    std::wstring group;
+    std::wstring service;
 };
 
-Report List(const LogCapture& log, const Kind& kind, const Conditions& conditions) {
+Report List(const LogCapture& log, const Kind& kind, const NameValuePairList& conditions) {
     const std::string what = std::string("cannot list the ") + kind.name;
-    const NameValuePairList filter = Pairs(conditions);
     VcsNames names;
     const ToolWatch watch(log);
-    const bool isListed = (CVeritasCluster().*kind.list)(names, filter.empty() ? nullptr : &filter);
+    const bool isListed = (CVeritasCluster().*kind.list)(names, conditions.empty() ? nullptr : &conditions);
     watch.Require(isListed, what);
     if (watch.HasMessage("50031")) { // no groups: its words were taken for names
         names.clear();
@@ -57,29 +54,28 @@ Report List(const LogCapture& log, const Kind& kind, const Conditions& condition
     watch.RequireNames(names, what);
     Report report;
     report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
-                    filter.empty() ? std::string("There are none.") : std::string("None matches."));
+                    conditions.empty() ? std::string("There are none.") : std::string("None matches."));
     return report;
 }
 
-Report Dependencies(const LogCapture& log, const std::string& resource) {
+Report Dependencies(const LogCapture& log, const std::wstring& resource) {
     VcsNames parents;
     VcsNames children;
     const ToolWatch watch(log);
-    const bool isListed = CVeritasCluster().EnumResDependencies(ToUtf16(resource).c_str(), parents, children);
+    const bool isListed = CVeritasCluster().EnumResDependencies(resource.c_str(), parents, children);
     const std::string what = "cannot list the dependencies of " + Quoted(resource);
     watch.Require(isListed, what);
     watch.RequireNames(parents, what);
     watch.RequireNames(children, what);
     Report report;
-    report.AddRecord("dependencies",
-                     {{"resource", resource}, {"dependsOn", NamesJson(children)}, {"dependants", NamesJson(parents)}},
+    report.AddRecord("dependencies", {{"resource", resource}, {"dependsOn", children}, {"dependants", parents}},
                      DependencyTitles);
     return report;
 }
 
 Report Attribute(const LogCapture& log, const AttributeName& attribute) {
     const ToolWatch watch(log);
-    const Json value = ReadVcsAttribute(ToUtf16(attribute.resource), attribute.name);
+    const Json value = ReadVcsAttribute(attribute.resource, attribute.name);
     const std::string what =
         "cannot read the attribute " + Quoted(attribute.name) + " of " + Quoted(attribute.resource);
     watch.Require(!value.is_null(), what + (watch.Problems().empty() ? ": it has no value" : ""));
@@ -89,45 +85,45 @@ Report Attribute(const LogCapture& log, const AttributeName& attribute) {
     return report;
 }
 
-Report OnlineNode(const LogCapture& log, const std::string& group, bool acceptsPartial) {
+Report OnlineNode(const LogCapture& log, const std::wstring& group, bool acceptsPartial) {
     bool isOnline = false;
     std::wstring system;
     const ToolWatch watch(log);
-    const bool isRead = CVeritasCluster().GetGroupOnlineNode(ToUtf16(group).c_str(), isOnline, system, acceptsPartial);
+    const bool isRead = CVeritasCluster().GetGroupOnlineNode(group.c_str(), isOnline, system, acceptsPartial);
     watch.Require(isRead, "cannot read the state of the group " + Quoted(group));
     Report report;
     report.AddSentence("onlineNode", {{"group", group}, {"online", isOnline}, {"system", TextOrNull(system)}},
-                       Quoted(group) + (isOnline ? " is online on " + Printable(ToUtf8(system)) + "."
+                       Quoted(group) + (isOnline ? " is online on " + Printable(system) + "."
                                                  : std::string(" is online on no system.")));
     return report;
 }
 
-Report FindGroup(const LogCapture& log, const std::string& networkName) {
+Report FindGroup(const LogCapture& log, const std::wstring& networkName) {
     std::wstring group;
     const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().FindGroupNameByVirtualServerName(ToUtf16(networkName).c_str(), group);
+    const bool isFound = CVeritasCluster().FindGroupNameByVirtualServerName(networkName.c_str(), group);
     const std::string what = "cannot find the group of the network name " + Quoted(networkName);
     watch.Require(isFound, what);
     if (group.empty()) {
         throw Failure(what + ": no Lanman resource carries it");
     }
     Report report;
-    report.AddSentence("group", {{"networkName", networkName}, {"name", ToUtf8(group)}}, Printable(ToUtf8(group)));
+    report.AddSentence("group", {{"networkName", networkName}, {"name", group}}, Printable(group));
     return report;
 }
 
 Report ResourceOfService(const LogCapture& log, const GroupService& wanted) {
     std::wstring resource;
     const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().GetGenericServiceResNameByServiceName(
-        ToUtf16(wanted.group).c_str(), ToUtf16(wanted.service).c_str(), resource);
+    const bool isFound =
+        CVeritasCluster().GetGenericServiceResNameByServiceName(wanted.group.c_str(), wanted.service.c_str(), resource);
     const std::string what =
         "cannot find the resource of the service " + Quoted(wanted.service) + " in the group " + Quoted(wanted.group);
     watch.Require(isFound, what + (watch.Problems().empty() ? ": there is none" : ""));
     watch.RequireNames({resource}, what);
     Report report;
-    report.AddSentence("resource", {{"group", wanted.group}, {"service", wanted.service}, {"name", ToUtf8(resource)}},
-                       Printable(ToUtf8(resource)));
+    report.AddSentence("resource", {{"group", wanted.group}, {"service", wanted.service}, {"name", resource}},
+                       Printable(resource));
     return report;
 }
 
@@ -143,7 +139,7 @@ Report ClusterType() {
 }
 
 void AddList(CommandLine& commandLine, CLI::App& family, const Kind& kind) {
-    const auto conditions = std::make_shared<Conditions>();
+    const auto conditions = std::make_shared<NameValuePairList>();
     CLI::App& command =
         commandLine.AddTo(family, kind.name, kind.description,
                           [&kind, conditions](const LogCapture& log) { return List(log, kind, *conditions); });
@@ -152,7 +148,7 @@ void AddList(CommandLine& commandLine, CLI::App& family, const Kind& kind) {
 }
 
 void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
-    const auto group = std::make_shared<std::string>();
+    const auto group = std::make_shared<std::wstring>();
     const auto acceptsPartial = std::make_shared<bool>(false);
     CLI::App& command = commandLine.AddTo(
         family, "online-node", "Tell on which system a group is online",
@@ -168,7 +164,7 @@ void AddVcsQueries(CommandLine& commandLine, CLI::App& family) {
         AddList(commandLine, family, kind);
     }
 
-    const auto resource = std::make_shared<std::string>();
+    const auto resource = std::make_shared<std::wstring>();
     CLI::App& dependencies =
         commandLine.AddTo(family, "deps", "Show what a resource depends on, and what needs it",
                           [resource](const LogCapture& log) { return Dependencies(log, *resource); });
@@ -182,7 +178,7 @@ void AddVcsQueries(CommandLine& commandLine, CLI::App& family) {
 
     AddOnlineNode(commandLine, family);
 
-    const auto networkName = std::make_shared<std::string>();
+    const auto networkName = std::make_shared<std::wstring>();
     CLI::App& group = commandLine.AddTo(family, "find-group", "Find the group that carries a network name",
                                         [networkName](const LogCapture& log) { return FindGroup(log, *networkName); });
     CommandLine::AddText(group, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 #include "Password.h"
+#include "ProductNames.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsMode.h"
@@ -18,54 +19,53 @@ const Columns ResourceTitles = {
 };
 
 struct AddOptions {
-    std::string name;
-    std::string type;
-    std::string group;
-    std::string child;
-    std::vector<std::string> attributes;
+    std::wstring name;
+    std::wstring type;
+    std::wstring group;
+    std::wstring child;
+    NameValuePairList attributes;
     bool opens = false;
 };
 
 struct LinkOptions {
-    std::string parent;
-    std::string child;
+    std::wstring parent;
+    std::wstring child;
     bool opens = false;
 };
 
 struct DeleteOptions {
-    std::string name;
+    std::wstring name;
     bool opens = false;
 };
 
 struct SwitchOptions {
-    std::string name;
-    std::string system;
+    std::wstring name;
+    std::wstring system;
 };
 
 Report Add(const LogCapture& log, const AddOptions& options) {
     const CVeritasCluster cluster;
-    const std::wstring name = ToUtf16(options.name);
+    const wchar_t* const name = options.name.c_str();
     const std::string what = "cannot add the resource " + Quoted(options.name);
     const ToolWatch watch(log);
     {
         const OpenConfiguration open(options.opens);
-        cluster.CreateResource(name.c_str(), ToUtf16(options.type).c_str(), ToUtf16(options.group).c_str(),
-                               options.child.empty() ? nullptr : ToUtf16(options.child).c_str(),
-                               Pairs(options.attributes));
+        cluster.CreateResource(name, options.type.c_str(), options.group.c_str(),
+                               options.child.empty() ? nullptr : options.child.c_str(), options.attributes);
     }
     watch.Require(true, what);
     // As VCS then holds it.
     Json record;
     record["name"] = options.name;
-    record["type"] = ReadVcsAttribute(name, "Type");
-    record["group"] = ReadVcsAttribute(name, "Group");
+    record["type"] = ReadVcsAttribute(options.name, TypeAttribute);
+    record["group"] = ReadVcsAttribute(options.name, GroupAttribute);
     VcsNames parents;
     VcsNames children;
-    cluster.EnumResDependencies(name.c_str(), parents, children);
-    record["dependsOn"] = NamesJson(children);
+    cluster.EnumResDependencies(name, parents, children);
+    record["dependsOn"] = children;
     record["attributes"] = Json::object();
-    for (const auto& pair : Pairs(options.attributes)) {
-        record["attributes"][ToUtf8(pair.first)] = ReadVcsAttribute(name, ToUtf8(pair.first));
+    for (const auto& pair : options.attributes) {
+        record["attributes"][ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
     }
     watch.Require(!record["type"].is_null(), what);
     Report report;
@@ -78,7 +78,7 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
     bool isDone = false;
     {
         const OpenConfiguration open(options.opens);
-        isDone = CVeritasCluster().LinkResource(ToUtf16(options.parent).c_str(), ToUtf16(options.child).c_str());
+        isDone = CVeritasCluster().LinkResource(options.parent.c_str(), options.child.c_str());
     }
     watch.Require(isDone, "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child));
     Report report;
@@ -91,7 +91,7 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
     const ToolWatch watch(log);
     {
         const OpenConfiguration open(options.opens);
-        CVeritasCluster().DeleteResource(ToUtf16(options.name).c_str());
+        CVeritasCluster().DeleteResource(options.name.c_str());
     }
     watch.Require(true, "cannot delete the resource " + Quoted(options.name));
     Report report;
@@ -101,8 +101,7 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
 
 Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline) {
     const ToolWatch watch(log);
-    const bool isDone =
-        CVeritasCluster().TurnOnOrOffResource(ToUtf16(options.name).c_str(), ToUtf16(options.system).c_str(), isOnline);
+    const bool isDone = CVeritasCluster().TurnOnOrOffResource(options.name.c_str(), options.system.c_str(), isOnline);
     const std::string direction = isOnline ? "online" : "offline";
     watch.Require(isDone, "cannot switch " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system));
     Report report;
@@ -119,12 +118,12 @@ Report Encrypt(const LogCapture& log) {
     Forget(password);
     Forget(argument);
     Report report;
-    report.AddSentence("encrypted", ToUtf8(encrypted), Printable(ToUtf8(encrypted)));
+    report.AddSentence("encrypted", encrypted, Printable(encrypted));
     return report;
 }
 
-Report Mode(const LogCapture& log, const std::string& mode) {
-    const bool opens = mode == "rw";
+Report Mode(const LogCapture& log, const std::wstring& mode) {
+    const bool opens = mode == L"rw";
     const ToolWatch watch(log);
     const CVeritasCluster cluster;
     const bool isDone = opens ? cluster.SwitchToReadWriteMode() : cluster.SwitchToReadOnlyMode();
@@ -190,7 +189,7 @@ void AddVcsResourceCommands(CommandLine& commandLine, CLI::App& family) {
 
     commandLine.AddTo(family, "encrypt", "Encrypt a password for VCS; it is read from standard input", Encrypt);
 
-    const auto mode = std::make_shared<std::string>();
+    const auto mode = std::make_shared<std::wstring>();
     CLI::App& command = commandLine.AddTo(family, "mode", "Open the configuration, or write it and close it",
                                           [mode](const LogCapture& log) { return Mode(log, *mode); });
     CommandLine::AddText(command, "MODE", *mode, "rw|ro", "rw: open for writing; ro: write to disk and make read-only")

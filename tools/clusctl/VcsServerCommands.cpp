@@ -1,4 +1,5 @@
 #include "CommandLine.h"
+#include "ProductNames.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsServers.h"
@@ -31,14 +32,15 @@ const Columns StorageTitles = {
 };
 
 struct Wanted {
-    std::string group;
-    std::string networkName;
+    std::wstring group;
+    std::wstring networkName;
 };
 
 Json ServerRecord(const CVeritasVirtualServerInfo& info) {
     Json record;
-    record["networkName"] = info.sLanmanResName.empty() ? Json() : ReadVcsAttribute(info.sLanmanResName, "VirtualName");
-    record["group"] = ToUtf8(info.sGroupName);
+    record["networkName"] =
+        info.sLanmanResName.empty() ? Json() : ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
+    record["group"] = info.sGroupName;
     record["online"] = info.bGroupOnline;
     record["onlineNode"] = TextOrNull(info.sOnlineNode);
     record["storeResource"] = TextOrNull(info.sExchangeResName);
@@ -49,8 +51,8 @@ Json ServerRecord(const CVeritasVirtualServerInfo& info) {
 // With the names that the product's resources have, or would have.
 Report OneServer(const CVeritasVirtualServerInfo& info) {
     Json record = ServerRecord(info);
-    record["productResources"] = NamesJson(
-        {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName, info.sQAVMonitorResName});
+    record["productResources"] = {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName,
+                                  info.sQAVMonitorResName};
     Report report;
     report.AddRecords("virtualServers", Json::array({record}), ServerTitles, std::string());
     return report;
@@ -82,16 +84,16 @@ Report Servers(const LogCapture& log, const Wanted& wanted) {
                                          : AllServers(log);
 }
 
-Report Storage(const LogCapture& log, const std::string& group) {
+Report Storage(const LogCapture& log, const std::wstring& group) {
     const VcsNames mounts = TopMountResources(log, group);
     const RegistryReplication replication = FindRegistryReplication(log, group);
-    if (mounts.empty() && replication.resource.empty() && !Contains(ListVcsGroups(log), ToUtf16(group))) {
+    if (mounts.empty() && replication.resource.empty() && !Contains(ListVcsGroups(log), group)) {
         throw Failure("there is no group " + Quoted(group));
     }
     Report report;
     report.AddRecord("storage",
                      {{"group", group},
-                      {"topMountResources", NamesJson(mounts)},
+                      {"topMountResources", mounts},
                       {"registryReplication", TextOrNull(replication.resource)},
                       {"registryReplicationDisk", TextOrNull(replication.disk)}},
                      StorageTitles);
@@ -109,7 +111,7 @@ void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
     CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME", "The virtual server's network name")
         .excludes(&group);
 
-    const auto owner = std::make_shared<std::string>();
+    const auto owner = std::make_shared<std::wstring>();
     CLI::App& storage =
         commandLine.AddTo(family, "storage", "Show the storage that the product's resources of a group depend on",
                           [owner](const LogCapture& log) { return Storage(log, *owner); });

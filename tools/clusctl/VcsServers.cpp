@@ -1,47 +1,47 @@
 #include "VcsServers.h"
 
+#include "ProductNames.h"
 #include "Text.h"
 #include "VcsTools.h"
 
-CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string& group) {
+CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot find the virtual server of the group " + Quoted(group);
     CVeritasVirtualServerInfo info;
     const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().CollectExchangeEVSInfo(ToUtf16(group).c_str(), info);
+    const bool isFound = CVeritasCluster().CollectExchangeEVSInfo(group.c_str(), info);
     watch.Require(isFound, what + (watch.Problems().empty() ? ": it holds no Exchange virtual server" : ""));
     watch.RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
     return info;
 }
 
-CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::string& networkName) {
+CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::wstring& networkName) {
     const std::string what = "cannot find the virtual server " + Quoted(networkName);
     CVeritasVirtualServerInfo info;
     const ToolWatch watch(log);
-    const bool isFound = CVeritasCluster().CollectEVSInfo(ToUtf16(networkName).c_str(), info);
+    const bool isFound = CVeritasCluster().CollectEVSInfo(networkName.c_str(), info);
     watch.Require(isFound, what);
     watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
     return info;
 }
 
-VcsNames TopMountResources(const LogCapture& log, const std::string& group) {
+VcsNames TopMountResources(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot list the MountV resources of " + Quoted(group);
     VcsNames names;
     const ToolWatch watch(log);
-    const bool isListed = CVeritasCluster().FindMostParentMountVResourceNameInGroup(ToUtf16(group).c_str(), names);
+    const bool isListed = CVeritasCluster().FindMostParentMountVResourceNameInGroup(group.c_str(), names);
     watch.Require(isListed, what);
     watch.RequireNames(names, what);
     return names;
 }
 
-RegistryReplication FindRegistryReplication(const LogCapture& log, const std::string& group) {
+RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot find the registry replication of " + Quoted(group);
     const CVeritasCluster cluster;
     RegistryReplication found;
     const ToolWatch watch(log);
-    bool isFound = cluster.FindExistingKOVARegRepResName(ToUtf16(group).c_str(), found.resource);
+    bool isFound = cluster.FindExistingKOVARegRepResName(group.c_str(), found.resource);
     if (isFound && !found.resource.empty()) {
-        isFound =
-            cluster.GetKOVAShareDiskResNameByRegRepName(ToUtf16(group).c_str(), found.resource.c_str(), found.disk);
+        isFound = cluster.GetKOVAShareDiskResNameByRegRepName(group.c_str(), found.resource.c_str(), found.disk);
     }
     watch.Require(isFound, what);
     return found;
@@ -49,7 +49,7 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::st
 
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot list the resources";
-    const NameValuePairList filter = {{L"Group", group}};
+    const NameValuePairList filter = {{GroupAttribute, group}};
     VcsNames names;
     const ToolWatch watch(log);
     const bool isListed = CVeritasCluster().EnumResourceNamesW(names, group.empty() ? nullptr : &filter);

@@ -12,20 +12,20 @@
 // All throw Failure when VCS cannot be asked.
 
 // The virtual server of a group. Throws Failure, too, when the group holds none.
-CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::string& group);
+CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::wstring& group);
 
 // The virtual server with a network name.
-CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::string& networkName);
+CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::wstring& networkName);
 
 // The MountV resources that the product's RegRep resource may depend on.
-VcsNames TopMountResources(const LogCapture& log, const std::string& group);
+VcsNames TopMountResources(const LogCapture& log, const std::wstring& group);
 
 // The RegRep resource that replicates the product's key, and its disk; empty texts when there is none.
 struct RegistryReplication {
     std::wstring resource;
     std::wstring disk;
 };
-RegistryReplication FindRegistryReplication(const LogCapture& log, const std::string& group);
+RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group);
 
 // All resources of a group, or of the cluster.
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group = std::wstring());

@@ -2,6 +2,7 @@
 
 #include "Report.h"
 #include "Secrets.h"
+#include "StateNames.h"
 #include "Text.h"
 
 #include <algorithm>
@@ -175,7 +176,7 @@ void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) con
     }
     for (const std::wstring& name : names) {
         if (std::any_of(name.begin(), name.end(), [](wchar_t c) { return c <= 0x20 || c >= 0x7F; })) {
-            throw Failure(what + ": the answer of VCS is no list of names: " + Quoted(ToUtf8(name)));
+            throw Failure(what + ": the answer of VCS is no list of names: " + Quoted(name));
         }
     }
 }
@@ -194,17 +195,14 @@ std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password) 
     return encrypted;
 }
 
-std::string ServiceStateHere(const std::string& service) {
+std::string ServiceStateHere(const std::wstring& service) {
     std::string state = "not installed here";
     const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
     const SC_HANDLE handle =
-        manager == nullptr ? nullptr : OpenServiceW(manager, ToUtf16(service).c_str(), SERVICE_QUERY_STATUS);
+        manager == nullptr ? nullptr : OpenServiceW(manager, service.c_str(), SERVICE_QUERY_STATUS);
     SERVICE_STATUS status = {};
     if (handle != nullptr && QueryServiceStatus(handle, &status)) {
-        state = status.dwCurrentState == SERVICE_RUNNING         ? "running"
-                : status.dwCurrentState == SERVICE_START_PENDING ? "start pending"
-                : status.dwCurrentState == SERVICE_STOPPED       ? "stopped"
-                                                                 : "not running";
+        state = ServiceStateWord(status.dwCurrentState);
     }
     if (handle != nullptr) {
         CloseServiceHandle(handle);
@@ -215,11 +213,11 @@ std::string ServiceStateHere(const std::string& service) {
     return state;
 }
 
-std::function<std::string()> DescribeProgress(const LogCapture& log, const std::string& service) {
+std::function<std::string()> DescribeProgress(const LogCapture& log, const std::wstring& service) {
     return [&log, service]() {
         const ToolRun run = log.Tools().Last();
         if (run.isDone && StartsWith(run.command, "hares -online ")) {
-            return "service " + service + ": " + ServiceStateHere(service);
+            return "service " + Printable(service) + ": " + ServiceStateHere(service);
         }
         return Shortened(run.command, LongestProgress);
     };

@@ -14,7 +14,6 @@
 #include "VcsCommands.h"
 
 #include <exception>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,97 +25,107 @@ enum ExitCode {
     ExitUsage = 2
 };
 
-int PrintOutput(const Stream& output, const Stream& errors, const std::string& text) {
+void Print(const Stream& output, const std::string& text) {
     const DWORD code = output.Write(text);
     if (code != ERROR_SUCCESS) {
-        errors.Write("clusctl: cannot write the output: " + ErrorText(code) + "\n");
-        return ExitFailed;
+        throw Failure("cannot write the output: " + ErrorText(code));
     }
-    return ExitDone;
 }
 
 // The log library ignores a file that it cannot use; who named one wants to know.
-void RequireWritable(const std::string& logFile) {
+void RequireWritable(const std::wstring& logFile) {
     const HANDLE file =
-        CreateFileW(ToUtf16(logFile).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        CreateFileW(logFile.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         throw Failure("cannot open the log file " + Quoted(logFile) + ": " + ErrorText(GetLastError()));
     }
     CloseHandle(file);
 }
 
-void PrintProblems(const Stream& errors, const LogCapture& log, bool isVerbose, const char* lead) {
-    if (isVerbose) {
-        return; // each of them has been shown
+// What the library logged, one line each; nothing of it when the lines have been shown as they came.
+std::string ProblemLines(const LogCapture& log, const char* lead) {
+    std::string lines;
+    if (!log.IsShown()) {
+        for (const std::string& problem : log.Problems()) {
+            lines += lead + problem + "\n";
+        }
     }
-    for (const std::string& problem : log.Problems()) {
-        errors.Write(lead + problem + "\n");
-    }
+    return lines;
 }
 
-int Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
+// A failure in the command's words with the reasons that the library gave.
+Failure WithReasons(const Failure& failure, const LogCapture& log) {
+    std::string text = failure.what() + ("\n" + ProblemLines(log, "  "));
+    if (!log.IsAvailable()) {
+        text += "  The DebugLog.dll in use does not hand out the reason.\n";
+    }
+    text.pop_back(); // the last line's end
+    return Failure(text);
+}
+
+void Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
-    std::unique_ptr<LogCapture> log;
+    const auto textOf = [&shared](const Report& report) { return shared.json ? report.ToJson() : report.ToText(); };
+    if (!shared.logFile.empty()) {
+        RequireWritable(shared.logFile);
+    }
+    const LogCapture log(shared.verbose ? &errors : nullptr, shared.logFile);
+    if (shared.verbose && !log.IsAvailable()) {
+        errors.Write(
+            "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
+    }
+    Report report;
     try {
-        if (!shared.logFile.empty()) {
-            RequireWritable(shared.logFile);
-        }
-        log = std::make_unique<LogCapture>(shared.verbose ? &errors : nullptr, shared.logFile);
-        if (shared.verbose && !log->IsAvailable()) {
-            errors.Write(
-                "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
-        }
-        const Report report = commandLine.Chosen()(*log);
-        PrintProblems(errors, *log, shared.verbose, "clusctl: warning: ");
-        return PrintOutput(output, errors, shared.json ? report.ToJson() : report.ToText());
-    } catch (const WrongUsage& wrong) {
-        errors.Write(commandLine.UsageText(wrong.what()));
-        return ExitUsage;
+        report = commandLine.Chosen()(log);
+    } catch (const FailureWithReport& halfway) {
+        Print(output, textOf(halfway.Shown()));
+        throw WithReasons(halfway, log);
     } catch (const Failure& failure) {
-        if (const auto* halfway = dynamic_cast<const FailureWithReport*>(&failure)) {
-            PrintOutput(output, errors, shared.json ? halfway->Shown().ToJson() : halfway->Shown().ToText());
-        }
-        errors.Write(std::string("clusctl: ") + failure.what() + "\n");
-        if (log != nullptr) {
-            PrintProblems(errors, *log, shared.verbose, "  ");
-            if (!log->IsAvailable()) {
-                errors.Write("  The DebugLog.dll in use does not hand out the reason.\n");
-            }
-        }
-        return ExitFailed;
+        throw WithReasons(failure, log);
+    }
+    errors.Write(ProblemLines(log, "clusctl: warning: "));
+    Print(output, textOf(report));
+}
+
+void Run(CommandLine& commandLine, const std::vector<std::string>& arguments, const Stream& output,
+         const Stream& errors) {
+    AddServerCommands(commandLine);
+    AddHostCommands(commandLine);
+    AddClusterCommands(commandLine);
+    AddDiskCommand(commandLine);
+    AddProductResourceCommands(commandLine);
+    AddSmtpCommands(commandLine);
+    AddSnapshotCommand(commandLine);
+    AddVcsCommands(commandLine);
+
+    const std::string help = commandLine.Parse(arguments);
+    if (help.empty()) {
+        Execute(commandLine, output, errors);
+    } else {
+        Print(output, help);
     }
 }
 
 } // namespace
 
+// The exit code is picked here and nowhere else: whatever cannot be done is thrown, as WrongUsage or as Failure.
 int wmain(int argumentCount, wchar_t** arguments) {
     const Stream output(STD_OUTPUT_HANDLE);
     const Stream errors(STD_ERROR_HANDLE);
     try {
         TakePasswordFromEnvironment();
-        CommandLine commandLine;
-        AddServerCommands(commandLine);
-        AddHostCommands(commandLine);
-        AddClusterCommands(commandLine);
-        AddDiskCommand(commandLine);
-        AddProductResourceCommands(commandLine);
-        AddSmtpCommands(commandLine);
-        AddSnapshotCommand(commandLine);
-        AddVcsCommands(commandLine);
-
         std::vector<std::string> texts;
         for (int i = 1; i < argumentCount; ++i) {
             texts.push_back(ToUtf8(arguments[i]));
         }
-        switch (commandLine.Parse(texts)) {
-        case CommandLine::Result::Help:
-            return PrintOutput(output, errors, commandLine.Text());
-        case CommandLine::Result::Usage:
-            errors.Write(commandLine.Text());
+        CommandLine commandLine;
+        try {
+            Run(commandLine, texts, output, errors);
+            return ExitDone;
+        } catch (const WrongUsage& wrong) {
+            errors.Write(commandLine.UsageText(wrong.what()));
             return ExitUsage;
-        default:
-            return Execute(commandLine, output, errors);
         }
     } catch (const std::exception& error) {
         errors.Write(std::string("clusctl: ") + error.what() + "\n");
