@@ -26,6 +26,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
                       STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
+  rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
@@ -251,6 +252,17 @@ class Case:
     def clusctl(self, arguments, variables):
         return self.finish(self.start(arguments, variables), arguments)
 
+    def vcs_commands(self, arguments, variables, log):
+        """The command lines of the VCS tools that a run starts, and its exit code."""
+        exit_code = self.clusctl([*arguments, "--log", log], variables).splitlines()[-1]
+        lines = (self.folder / log).read_text(encoding="utf-8").splitlines()
+        return "".join(f"{line.split(': ', 2)[2]}\n" for line in lines if ": Command line: " in line) + exit_code + "\n"
+
+    def rehearsed(self, arguments, variables):
+        rehearsal = self.vcs_commands([*arguments, "--dry-run"], variables, "rehearsal.log")
+        change = self.vcs_commands(arguments, variables, "change.log")
+        return difference(rehearsal, change, "rehearsal", "change") or f"the same {change.count(chr(10)) - 1} commands\n"
+
     def run(self, line):
         words = shlex.split(line)
         variables = {}
@@ -268,6 +280,8 @@ class Case:
             results = [self.finish(process, arguments[1:]) for process in processes]
             differences = [difference(results[0], other, "first", "other") for other in results[1:]]
             return results[0] + "".join(text or "same\n" for text in differences)
+        if verb == "rehearsed":
+            return self.rehearsed(arguments[1:], variables)
         if verb == "terminal":
             return self.terminal(arguments[1:], variables)
         if verb == "show":

@@ -4,6 +4,8 @@
 #include "CommandLine.h"
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <memory>
 
 namespace {
@@ -65,7 +67,7 @@ void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::wstr
 // The name as the cluster writes it; the caller's letter case may differ.
 std::wstring StoredName(const Names& names, const std::wstring& wanted) {
     for (const std::wstring& name : names) {
-        if (CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, name.c_str(), -1, wanted.c_str(), -1) == CSTR_EQUAL) {
+        if (common::Folded(name) == common::Folded(wanted)) {
             return name;
         }
     }

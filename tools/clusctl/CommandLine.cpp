@@ -2,6 +2,8 @@
 
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <CLI/CLI.hpp>
 
 #include <memory>
@@ -129,7 +131,7 @@ const CLI::Validator IsPair(
 
 CLI::Option& AddChecked(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                         const char* description, const CLI::Validator& isAllowed) {
-    const auto take = [&value](const std::string& text) { value = ToUtf16(text); };
+    const auto take = [&value](const std::string& text) { value = common::ToUtf16(text); };
     return *command.add_option_function<std::string>(name, take, description)->type_name(typeName)->check(isAllowed);
 }
 
@@ -214,7 +216,7 @@ CLI::Option& CommandLine::AddVcsName(CLI::App& command, const char* name, std::w
 CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description) {
     const auto take = [&pairs](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
-            const std::wstring pair = ToUtf16(text);
+            const std::wstring pair = common::ToUtf16(text);
             const size_t equals = pair.find(L'=');
             pairs.emplace_back(pair.substr(0, equals), pair.substr(equals + 1));
         }

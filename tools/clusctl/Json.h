@@ -2,31 +2,30 @@
 #ifndef CLUSCTL_JSON_H
 #define CLUSCTL_JSON_H
 
-#include "Text.h"
-
-#include <nlohmann/json.hpp>
+#include "common/Json.h"
+#include "common/Text.h"
 
 #include <cstddef>
 #include <string>
 
-typedef nlohmann::ordered_json Json; // keeps the order of its members
+using common::Json;
 
 // Without these a UTF-16 text would become a list of numbers.
 template <> struct nlohmann::adl_serializer<std::wstring> {
     static void to_json(Json& json, const std::wstring& text) {
-        json = ToUtf8(text);
+        json = common::ToUtf8(text);
     }
 };
 
 template <> struct nlohmann::adl_serializer<const wchar_t*> {
     static void to_json(Json& json, const wchar_t* text) {
-        json = ToUtf8(text);
+        json = common::ToUtf8(text);
     }
 };
 
 template <std::size_t Size> struct nlohmann::adl_serializer<wchar_t[Size]> {
     static void to_json(Json& json, const wchar_t* text) {
-        json = ToUtf8(text);
+        json = common::ToUtf8(text);
     }
 };
 

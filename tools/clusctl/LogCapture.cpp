@@ -2,6 +2,8 @@
 
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <DebugLog.h>
 
 #include <algorithm>
@@ -112,7 +114,7 @@ void LogCapture::Receive(void* context, unsigned int level, const char* sourceFi
 }
 
 void LogCapture::Take(unsigned int level, const char* sourceFile, int sourceLine, const std::wstring& text) {
-    const std::string line = Printable(m_secrets.Masked(ToUtf8(text)));
+    const std::string line = Printable(m_secrets.Masked(common::ToUtf8(text)));
     m_tools.Take(line);
     m_file->Write(level, WordOfLevel(level), sourceFile, sourceLine, line);
     if (m_verbose != nullptr) {

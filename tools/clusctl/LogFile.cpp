@@ -3,6 +3,8 @@
 #include "Stream.h"
 #include "Text.h"
 
+#include "common/Environment.h"
+
 #include <DebugLog.h>
 
 #include <cstdio>
@@ -43,7 +45,7 @@ std::wstring RegistryText(const wchar_t* name) {
 }
 
 std::wstring Setting(const wchar_t* variable, const wchar_t* registryValue) {
-    const std::wstring value = EnvironmentVariable(variable);
+    const std::wstring value = common::EnvironmentVariable(variable);
     return value.empty() ? RegistryText(registryValue) : value;
 }
 

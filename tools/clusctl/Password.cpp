@@ -4,6 +4,9 @@
 #include "Stream.h"
 #include "Text.h"
 
+#include "common/Environment.h"
+#include "common/Text.h"
+
 namespace {
 
 const wchar_t Variable[] = L"CLUSCTL_PASSWORD";
@@ -67,16 +70,16 @@ std::wstring FromPipe(HANDLE input) {
     if (StartsWith(bytes, ByteOrderMark)) {
         bytes.erase(0, sizeof(ByteOrderMark) - 1);
     }
-    if (!IsUtf8(bytes)) {
+    if (!common::IsUtf8(bytes)) {
         throw Failure("the password on standard input is no UTF-8 text");
     }
-    return ToUtf16(bytes);
+    return common::ToUtf16(bytes);
 }
 
 } // namespace
 
 void TakePasswordFromEnvironment() {
-    Taken() = EnvironmentVariable(Variable);
+    Taken() = common::EnvironmentVariable(Variable);
     if (!SetEnvironmentVariableW(Variable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
         throw Failure("cannot take CLUSCTL_PASSWORD out of the environment: " + ErrorText(GetLastError()));
     }

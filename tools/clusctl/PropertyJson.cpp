@@ -3,6 +3,8 @@
 #include "ClusterApi.h"
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <cstring>
 #include <string>
 
@@ -78,16 +80,6 @@ Json TextsOf(const Bytes& value) {
     return texts;
 }
 
-std::string HexOf(const Bytes& value) {
-    static const char digits[] = "0123456789abcdef";
-    std::string text;
-    for (const unsigned char byte : value) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
-}
-
 // The model knows fewer types than the cluster: the others become numbers of 32 bits, or bytes.
 Json ValueJson(DWORD syntax, const Bytes& value) {
     switch (syntax) {
@@ -101,7 +93,7 @@ Json ValueJson(DWORD syntax, const Bytes& value) {
     case CLUSPROP_SYNTAX_LIST_VALUE_EXPAND_SZ:
         return {{"expandSz", TextOf(value)}};
     default:
-        return {{"binary", HexOf(value)}};
+        return {{"binary", common::HexDigits(value.data(), value.size())}};
     }
 }
 
@@ -141,7 +133,7 @@ Json PropertiesJson(const std::vector<unsigned char>& propertyList) {
         if (reader.Number() != CLUSPROP_SYNTAX_NAME) {
             throw Failure("the cluster gave a property without a name");
         }
-        const std::string name = ToUtf8(TextOf(reader.Value()));
+        const std::string name = common::ToUtf8(TextOf(reader.Value()));
         // A text to be expanded has its expanded form behind it: the stored one is the first.
         bool isFirst = true;
         for (DWORD syntax = reader.Number(); syntax != CLUSPROP_SYNTAX_ENDMARK; syntax = reader.Number()) {

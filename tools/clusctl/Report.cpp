@@ -178,9 +178,5 @@ std::string Report::ToText() const {
 }
 
 std::string Report::ToJson() const {
-    return DumpJson(m_document);
-}
-
-std::string DumpJson(const Json& document) {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return common::DumpJson(m_document);
 }

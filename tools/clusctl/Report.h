@@ -58,9 +58,6 @@ private:
     bool m_isVerbatim = false;
 };
 
-// The text of a JSON document as this tool writes it.
-std::string DumpJson(const Json& document);
-
 // A command could not do its work; what() is the sentence for the user. main adds the library's own reasons.
 class Failure : public std::runtime_error {
 public:

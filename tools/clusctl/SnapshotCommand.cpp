@@ -4,8 +4,7 @@
 #include "CommandLine.h"
 #include "Text.h"
 
-#include <winsock2.h>
-#include <windows.h>
+#include "common/Files.h"
 
 #include <memory>
 
@@ -13,44 +12,16 @@ namespace {
 
 const char Heading[] = "Rehearsal";
 
-// Puts a file in another one's place. Another process that is doing the same holds it for a moment.
-DWORD MoveOver(const std::wstring& from, const std::wstring& to) {
-    for (int attempts = 40;; --attempts) {
-        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-            return ERROR_SUCCESS;
-        }
-        const DWORD code = GetLastError();
-        if ((code != ERROR_SHARING_VIOLATION && code != ERROR_ACCESS_DENIED) || attempts == 0) {
-            return code;
-        }
-        Sleep(25);
-    }
-}
-
 // The file appears complete or not at all.
-void WriteFileWhole(const std::wstring& path, const std::string& text) {
-    // A name of this process's own: several may write at once, and the last one's file stays.
-    const std::wstring temporary = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
-    const HANDLE handle =
-        CreateFileW(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
-        throw Failure("cannot create " + Quoted(path) + ": " + ErrorText(GetLastError()));
-    }
-    DWORD written = 0;
-    DWORD code = ERROR_SUCCESS;
-    if (!WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ||
-        !FlushFileBuffers(handle)) {
-        code = GetLastError();
-    } else if (written != text.size()) {
-        code = ERROR_HANDLE_DISK_FULL;
-    }
-    CloseHandle(handle);
-    if (code == ERROR_SUCCESS) {
-        code = MoveOver(temporary, path);
-    }
-    if (code != ERROR_SUCCESS) {
-        DeleteFileW(temporary.c_str());
-        throw Failure("cannot write " + Quoted(path) + ": " + ErrorText(code));
+void WriteModel(const std::wstring& file, const Json& model) {
+    // A suffix of this process's own: several may write at once, and the last one's file stays.
+    const std::wstring suffix = L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    try {
+        common::WriteWholeFile(file, common::DumpJson(model), suffix);
+    } catch (const common::FileError& error) {
+        const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
+        throw Failure((isComplete ? "cannot write " : "cannot create ") + Quoted(file) + ": " +
+                      ErrorText(error.Code()));
     }
 }
 
@@ -63,7 +34,7 @@ Report Snapshot(const std::wstring& file) {
     if (file.empty()) {
         return Report::Verbatim(model);
     }
-    WriteFileWhole(file, DumpJson(model));
+    WriteModel(file, model);
     const size_t nodes = model["nodes"].size();
     const size_t groups = model["groups"].size();
     const size_t resources = model["resources"].size();

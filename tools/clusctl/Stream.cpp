@@ -2,6 +2,8 @@
 
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <algorithm>
 
 namespace {
@@ -23,7 +25,7 @@ DWORD Stream::Write(const std::string& text) const {
     if (m_handle == nullptr || m_handle == INVALID_HANDLE_VALUE) {
         return ERROR_INVALID_HANDLE;
     }
-    const std::wstring wide = m_isConsole ? ToUtf16(text) : std::wstring();
+    const std::wstring wide = m_isConsole ? common::ToUtf16(text) : std::wstring();
     const size_t length = m_isConsole ? wide.size() : text.size();
     size_t done = 0;
     while (done < length) {

@@ -1,5 +1,7 @@
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -28,33 +30,6 @@ std::string Head(const std::string& text, size_t count) {
 
 } // namespace
 
-std::string ToUtf8(const std::wstring& text) {
-    if (text.empty()) {
-        return std::string();
-    }
-    const int length = static_cast<int>(text.size());
-    const int needed = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<size_t>(needed), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, &result[0], needed, nullptr, nullptr);
-    return result;
-}
-
-std::wstring ToUtf16(const std::string& text) {
-    if (text.empty()) {
-        return std::wstring();
-    }
-    const int length = static_cast<int>(text.size());
-    const int needed = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-    std::wstring result(static_cast<size_t>(needed), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, &result[0], needed);
-    return result;
-}
-
-bool IsUtf8(const std::string& text) {
-    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
-                                               static_cast<int>(text.size()), nullptr, 0) != 0;
-}
-
 std::string Lower(std::string text) {
     for (char& c : text) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -64,12 +39,6 @@ std::string Lower(std::string text) {
 
 bool StartsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
-}
-
-std::wstring EnvironmentVariable(const wchar_t* name) {
-    std::wstring value(32768, L'\0'); // the longest there is
-    value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
-    return value;
 }
 
 std::string Printable(const std::string& text) {
@@ -92,7 +61,7 @@ std::string Printable(const std::string& text) {
 }
 
 std::string Printable(const std::wstring& text) {
-    return Printable(ToUtf8(text));
+    return Printable(common::ToUtf8(text));
 }
 
 size_t CharacterCount(const std::string& text) {
@@ -109,7 +78,7 @@ std::string Quoted(const std::string& text) {
 }
 
 std::string Quoted(const std::wstring& text) {
-    return Quoted(ToUtf8(text));
+    return Quoted(common::ToUtf8(text));
 }
 
 std::string Shortened(const std::string& text, size_t longest) {

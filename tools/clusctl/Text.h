@@ -6,24 +6,14 @@
 
 #include <string>
 
-// What is no valid text becomes U+FFFD.
-std::string ToUtf8(const std::wstring& text);
-std::wstring ToUtf16(const std::string& text);
-
 // The text with control characters replaced by a visible form, so that a name cannot break a line or steer a terminal.
 std::string Printable(const std::string& text);
 std::string Printable(const std::wstring& text);
-
-// Whether UTF-8 holds nothing that ToUtf16 would have to replace.
-bool IsUtf8(const std::string& text);
 
 // Letters of ASCII in lower case.
 std::string Lower(std::string text);
 
 bool StartsWith(const std::string& text, const std::string& start);
-
-// A variable of this process's environment; empty when there is none.
-std::wstring EnvironmentVariable(const wchar_t* name);
 
 // Characters, not bytes.
 size_t CharacterCount(const std::string& text);

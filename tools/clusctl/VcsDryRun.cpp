@@ -5,6 +5,9 @@
 #include "Text.h"
 #include "TextDifference.h"
 
+#include "common/Text.h"
+#include "common/Environment.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -48,7 +51,7 @@ void Copy(const std::wstring& from, const std::wstring& to) {
 
 void SetVariable(const wchar_t* name, const std::wstring& value) {
     if (!SetEnvironmentVariableW(name, value.c_str())) {
-        throw Failure("cannot set the variable " + ToUtf8(name) + ": " + ErrorText(GetLastError()));
+        throw Failure("cannot set the variable " + common::ToUtf8(name) + ": " + ErrorText(GetLastError()));
     }
 }
 
@@ -132,7 +135,7 @@ std::wstring CreateFolder() {
 } // namespace
 
 VcsDryRun::VcsDryRun() {
-    const std::wstring mainCf = EnvironmentVariable(FileVariable);
+    const std::wstring mainCf = common::EnvironmentVariable(FileVariable);
     if (mainCf.empty()) {
         throw Failure("a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
     }
@@ -174,7 +177,7 @@ void VcsDryRun::CopyIncludes(const std::wstring& file) const {
         if (line.compare(0, 7, "include") != 0 || close == std::string::npos) {
             continue;
         }
-        const std::wstring name = ToUtf16(line.substr(open + 1, close - open - 1));
+        const std::wstring name = common::ToUtf16(line.substr(open + 1, close - open - 1));
         const bool isPlain = !name.empty() && name.find_first_of(L"\\/:") == std::wstring::npos;
         if (isPlain && FileExists(FolderOf(file) + name) && !FileExists(m_folder + name)) {
             Copy(FolderOf(file) + name, m_folder + name);
@@ -205,7 +208,7 @@ std::vector<std::string> VcsDryRun::Difference() const {
         UnifiedDifference(MaskedConfiguration(SplitLines(m_before)),
                           MaskedConfiguration(SplitLines(RunningConfiguration(m_folder + m_name))));
     if (!lines.empty()) {
-        const std::string name = ToUtf8(m_name);
+        const std::string name = common::ToUtf8(m_name);
         lines.insert(lines.begin(), {"--- " + name, "+++ " + name + " (after)"});
     }
     return lines;

@@ -10,6 +10,8 @@
 #include "VcsServers.h"
 #include "VcsTools.h"
 
+#include "common/Text.h"
+
 #include <clus_VirtualServerUtil.h>
 
 #include <algorithm>
@@ -77,7 +79,7 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
     }
     std::string names;
     for (const std::wstring& name : mounts) {
-        names += (names.empty() ? ": " : ", ") + ToUtf8(name);
+        names += (names.empty() ? ": " : ", ") + common::ToUtf8(name);
     }
     throw Failure("the group " + Quoted(group) +
                   (mounts.empty() ? " has no MountV resource for the product's to depend on"
@@ -164,7 +166,7 @@ std::vector<std::wstring> Words(const std::wstring& command) {
 
 // Whether VCS refused a step only because its result was there before: a resource, or a dependency.
 bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
-    const std::vector<std::wstring> words = Words(ToUtf16(problem.command));
+    const std::vector<std::wstring> words = Words(common::ToUtf16(problem.command));
     if (problem.kind != ToolProblem::Kind::Message || words.size() < 4) {
         return false;
     }

@@ -7,6 +7,8 @@
 #include "VcsTools.h"
 #include "VcsValues.h"
 
+#include "common/Text.h"
+
 #include <clus_VeritasCluster.h>
 
 #include <memory>
@@ -65,7 +67,7 @@ Report Add(const LogCapture& log, const AddOptions& options) {
     record["dependsOn"] = children;
     record["attributes"] = Json::object();
     for (const auto& pair : options.attributes) {
-        record["attributes"][ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
+        record["attributes"][common::ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
     }
     watch.Require(!record["type"].is_null(), what);
     Report report;

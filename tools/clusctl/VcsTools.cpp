@@ -5,6 +5,8 @@
 #include "StateNames.h"
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <algorithm>
 
 namespace {
@@ -50,7 +52,7 @@ bool IsHarmless(const std::string& number) {
 bool IsOnSearchPath(const std::string& tool) {
     wchar_t path[MAX_PATH];
     // A longer path is there, too.
-    return SearchPathW(nullptr, ToUtf16(tool).c_str(), L".exe", MAX_PATH, path, nullptr) != 0;
+    return SearchPathW(nullptr, common::ToUtf16(tool).c_str(), L".exe", MAX_PATH, path, nullptr) != 0;
 }
 
 bool FindProblem(const ToolRun& run, ToolProblem& problem) {

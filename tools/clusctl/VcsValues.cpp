@@ -3,6 +3,8 @@
 #include "Secrets.h"
 #include "Text.h"
 
+#include "common/Text.h"
+
 #include <algorithm>
 
 Json NameRecords(const VcsNames& names) {
@@ -22,5 +24,5 @@ Json ReadVcsAttribute(const std::wstring& resource, const std::wstring& attribut
     if (!CVeritasCluster().GetResourceAttribute(resource.c_str(), attribute.c_str(), value)) {
         return Json();
     }
-    return IsSecretAttribute(ToUtf8(attribute)) ? Json(std::string(MaskedSecret)) : Json(value);
+    return IsSecretAttribute(common::ToUtf8(attribute)) ? Json(std::string(MaskedSecret)) : Json(value);
 }

@@ -13,6 +13,8 @@
 #include "Text.h"
 #include "VcsCommands.h"
 
+#include "common/Text.h"
+
 #include <exception>
 #include <string>
 #include <vector>
@@ -117,7 +119,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
         TakePasswordFromEnvironment();
         std::vector<std::string> texts;
         for (int i = 1; i < argumentCount; ++i) {
-            texts.push_back(ToUtf8(arguments[i]));
+            texts.push_back(common::ToUtf8(arguments[i]));
         }
         CommandLine commandLine;
         try {
