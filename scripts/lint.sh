@@ -37,7 +37,7 @@ sources() { # existing files of the project that match the patterns, committed o
 failed=()
 check() { # check NAME FUNCTION: what the function prints is what is wrong
     local found
-    printf '%-48s' "$1"
+    printf '%-58s' "$1"
     if found=$("$2" 2>&1) && [ -z "$found" ]; then
         echo "ok"
     else
@@ -99,6 +99,14 @@ checkExamples() {
     python3 tests/scripts/checks_test.py >"$tree/checks_test.log" 2>&1 || cat "$tree/checks_test.log"
 }
 
+sizes() {
+    python3 scripts/check_size.py
+}
+
+logPlaces() {
+    python3 scripts/check_log_places.py
+}
+
 exportList() {
     if [ ! -s "$exports" ]; then
         echo "$exports is missing; ./dev lint --update-exports writes it"
@@ -133,11 +141,13 @@ check "every .cpp is in a CMake target" registered
 check "no leftovers, machine paths, tabs, trailing blanks" leftovers
 check "scripts parse and are executable" scripts
 check "examples of the checks (tests/scripts)" checkExamples
+check "files of 450 lines, functions of 80 at most" sizes
+check "one place for each log line (docs/log-places.md)" logPlaces
 check "public headers alone, C++11 to C++20, clang" headersAlone
 check "exported names ($exports)" exportList
 [ "$quick" -eq 1 ] || check "clang-tidy" tidy
 
-sources '*.cpp' '*.h' '*.py' '*.sh' | xargs wc -l | awk '$2 != "total" && $1 > 400 { print "note: " $2 " has " $1 " lines" }'
+sources 'tests/*.cpp' 'tests/*.h' '*.py' '*.sh' | xargs wc -l | awk '$2 != "total" && $1 > 400 { print "note: " $2 " has " $1 " lines" }'
 
 if [ ${#failed[@]} -gt 0 ]; then
     printf 'lint: %s of the checks failed\n' "${#failed[@]}" >&2
