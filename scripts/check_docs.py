@@ -2,28 +2,24 @@
 """Checks the documentation.
 
 - Markdown: every relative link leads to a file, every #anchor to a heading; every `./dev COMMAND` named is a command.
+- The map in docs/architecture.md: it is what scripts/check_layers.py makes of the layers and the sources.
 - Public headers: every type and every public or protected member is documented: the block of lines it stands in begins
   with a comment, or its own line ends with one. Constructors and destructors without parameters, deleted members
   and friends need none.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
 import re
-import subprocess
 import sys
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+sys.dont_write_bytecode = True
+import check_layers  # noqa: E402
+from sources import ROOT, project_files  # noqa: E402
+
 problems = []
 
 
 def problem(path, line, text):
     problems.append(f"{path.relative_to(ROOT)}:{line}: {text}")
-
-
-def tracked(*patterns):
-    command = ["git", "-C", str(ROOT), "ls-files", "--cached", "--others", "--exclude-standard", "--", *patterns]
-    names = subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines()
-    return [ROOT / name for name in sorted(set(names)) if (ROOT / name).exists()]
 
 
 def without_code_blocks(lines):
@@ -124,14 +120,15 @@ def check_header(path):
 def main():
     usage = (ROOT / "dev").read_text(encoding="utf-8").split("<<'TEXT'")[1].split("\nTEXT")[0]
     commands = set(re.findall(r"^  ([a-z]+)\b", usage, re.M))
-    markdown = tracked("*.md")
-    headers = tracked("include/*.h")
+    markdown = project_files("*.md")
+    headers = project_files("include/*.h")
     if not markdown or not headers or not commands:
         sys.exit("check_docs.py: found no Markdown files, public headers or commands")
     for path in markdown:
         check_markdown(path, commands)
     for path in headers:
         check_header(path)
+    problems.extend(check_layers.check_map())
     for text in problems:
         print(text, file=sys.stderr)
     print(f"{len(markdown)} Markdown files and {len(headers)} public headers checked, {len(problems)} problems")

@@ -1,3 +1,4 @@
+// The DLL's entry point.
 #include <winsock2.h>
 #include <windows.h>
 
