@@ -1,6 +1,7 @@
 #include "DebugLog.h"
 
 #include "LogConfig.h"
+#include "LogLine.h"
 #include "LogOutput.h"
 
 #include <atomic>
@@ -67,32 +68,6 @@ private:
     DWORD m_code;
 };
 
-unsigned int MaskOfLevel(unsigned int level) {
-    switch (level) {
-    case DBG::LEVEL_ERROR:
-        return MaskError;
-    case DBG::LEVEL_INFORMATION:
-        return MaskInformation;
-    default:
-        return (level & 0x1000) != 0 ? MaskWarning : MaskTrace;
-    }
-}
-
-const wchar_t* WordOfLevel(unsigned int level) {
-    switch (level) {
-    case DBG::LEVEL_ERROR:
-        return L"ERROR";
-    case DBG::LEVEL_INFORMATION:
-        return L"INFO";
-    case DBG::LEVEL_ENTRY:
-        return L"ENTER";
-    case DBG::LEVEL_LEAVING:
-        return L"LEAVE";
-    default:
-        return (level & 0x1000) != 0 ? L"WARNING" : L"TRACE";
-    }
-}
-
 void PublishMask(const Log& log) {
     s_mask.store(log.sink != nullptr ? static_cast<unsigned int>(MaskAll) : log.configuredMask.load(),
                  std::memory_order_release);
@@ -130,40 +105,10 @@ void Configure(Log& log) {
     PublishMask(log);
 }
 
-std::wstring BaseName(const std::wstring& path) {
-    const size_t separator = path.find_last_of(L"\\/");
-    return separator == std::wstring::npos ? path : path.substr(separator + 1);
-}
-
-std::wstring ModuleName(HMODULE module) {
+std::wstring ModulePath(HMODULE module) {
     wchar_t path[MAX_PATH];
     const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
-    return length == 0 ? std::wstring(L"-") : BaseName(std::wstring(path, length));
-}
-
-std::wstring SourceName(const char* sourceFile) {
-    std::wstring name;
-    for (const char* c = sourceFile == nullptr ? "-" : sourceFile; *c != '\0'; ++c) {
-        name += static_cast<wchar_t>(static_cast<unsigned char>(*c));
-    }
-    return BaseName(name);
-}
-
-std::wstring ComposeLine(HMODULE module, unsigned int level, const char* sourceFile, int line,
-                         const std::wstring& text) {
-    SYSTEMTIME now;
-    GetLocalTime(&now);
-    wchar_t head[96];
-    _snwprintf(head, 96, L"%04u-%02u-%02uT%02u:%02u:%02u.%03u %lu %lu %s ", now.wYear, now.wMonth, now.wDay, now.wHour,
-               now.wMinute, now.wSecond, now.wMilliseconds, GetCurrentProcessId(), GetCurrentThreadId(),
-               WordOfLevel(level));
-    head[95] = L'\0';
-    std::wstring result = head;
-    const std::wstring place =
-        ModuleName(module) + L" " + SourceName(sourceFile) + L"(" + std::to_wstring(line) + L"): ";
-    AppendPrintable(result, place.data(), place.size());
-    AppendPrintable(result, text.data(), text.size());
-    return result;
+    return length == 0 ? std::wstring(L"-") : std::wstring(path, length);
 }
 
 void Write(Log& log, const std::wstring& line) {
@@ -183,7 +128,11 @@ void Pass(HMODULE module, unsigned int level, const char* sourceFile, int line, 
     // Composed outside the lock: asking for a module's name may need the loader lock, and a thread that holds the
     // loader lock may be waiting to log.
     const bool isConfigured = (log.configuredMask & MaskOfLevel(level)) != 0;
-    const std::wstring composed = isConfigured ? ComposeLine(module, level, sourceFile, line, text) : std::wstring();
+    std::wstring composed;
+    if (isConfigured) {
+        composed = LineHead(level, ModulePath(module), sourceFile, line);
+        AppendPrintable(composed, text);
+    }
     const Locked locked(log);
     if (log.sink != nullptr && !log.isInSink) {
         log.isInSink = true;

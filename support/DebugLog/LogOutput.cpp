@@ -1,7 +1,5 @@
 #include "LogOutput.h"
 
-#include <cwchar>
-
 namespace DebugLogDetail {
 namespace {
 
@@ -35,10 +33,6 @@ std::string ToUtf8(const std::wstring& text) {
                             nullptr);
     }
     return bytes;
-}
-
-bool BreaksLine(wchar_t c) {
-    return c < 0x20 || (c >= 0x7f && c < 0xa0) || c == 0x2028 || c == 0x2029;
 }
 
 } // namespace
@@ -95,27 +89,6 @@ void LogFile::GiveUpTurns() {
 
 void WriteToDebugger(const std::wstring& line) {
     OutputDebugStringW((line + L"\n").c_str());
-}
-
-void AppendPrintable(std::wstring& line, const wchar_t* text, size_t length) {
-    while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) {
-        --length;
-    }
-    for (size_t i = 0; i < length; ++i) {
-        const wchar_t c = text[i];
-        if (!BreaksLine(c)) {
-            line += c;
-        } else if (c == L'\n') {
-            line += L"\\n";
-        } else if (c == L'\r') {
-            line += L"\\r";
-        } else if (c == L'\t') {
-            line += L"\\t";
-        } else {
-            wchar_t escape[8];
-            line.append(escape, static_cast<size_t>(_snwprintf(escape, 8, c < 0x100 ? L"\\x%02x" : L"\\u%04x", c)));
-        }
-    }
 }
 
 } // namespace DebugLogDetail

@@ -32,10 +32,6 @@ private:
 
 void WriteToDebugger(const std::wstring& line);
 
-// Appends `text` with everything that could end or garble a line replaced by a visible escape; line ends at its end are
-// dropped.
-void AppendPrintable(std::wstring& line, const wchar_t* text, size_t length);
-
 } // namespace DebugLogDetail
 
 #endif

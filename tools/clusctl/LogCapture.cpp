@@ -5,6 +5,8 @@
 #include "common/Text.h"
 
 #include <DebugLog.h>
+#include <LogConfig.h>
+#include <LogLine.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -33,7 +35,7 @@ bool IsProblem(unsigned int level, const std::string& text) {
     }
     // A cluster that cannot be opened is told on a leaving line, with the only code there is.
     const bool isFailedOpen = level == DBG::LEVEL_LEAVING && text.find("err=") != std::string::npos;
-    return (level & 0x1000) != 0 || isFailedOpen;
+    return (DebugLogDetail::MaskOfLevel(level) & DebugLogDetail::MaskDefault) != 0 || isFailedOpen;
 }
 
 // The library's text, and what the code at its end means.
@@ -53,21 +55,6 @@ std::string Explained(const std::string& text) {
         }
     }
     return text;
-}
-
-const char* WordOfLevel(unsigned int level) {
-    switch (level) {
-    case DBG::LEVEL_ERROR:
-        return "ERROR";
-    case DBG::LEVEL_INFORMATION:
-        return "INFO";
-    case DBG::LEVEL_ENTRY:
-        return "ENTER";
-    case DBG::LEVEL_LEAVING:
-        return "LEAVE";
-    default:
-        return (level & 0x1000) != 0 ? "WARNING" : "TRACE";
-    }
 }
 
 } // namespace
@@ -116,9 +103,9 @@ void LogCapture::Receive(void* context, unsigned int level, const char* sourceFi
 void LogCapture::Take(unsigned int level, const char* sourceFile, int sourceLine, const std::wstring& text) {
     const std::string line = Printable(m_secrets.Masked(common::ToUtf8(text)));
     m_tools.Take(line);
-    m_file->Write(level, WordOfLevel(level), sourceFile, sourceLine, line);
+    m_file->Write(level, sourceFile, sourceLine, line);
     if (m_verbose != nullptr) {
-        m_verbose->Write(std::string(WordOfLevel(level)) + " " + line + "\n");
+        m_verbose->Write(common::ToUtf8(DebugLogDetail::WordOfLevel(level)) + " " + line + "\n");
     }
     if (IsProblem(level, line)) {
         const std::string problem = Explained(line);

@@ -13,6 +13,7 @@
 #include "Text.h"
 #include "VcsCommands.h"
 
+#include "common/AppendFile.h"
 #include "common/Text.h"
 
 #include <exception>
@@ -36,13 +37,10 @@ void Print(const Stream& output, const std::string& text) {
 
 // The log library ignores a file that it cannot use; who named one wants to know.
 void RequireWritable(const std::wstring& logFile) {
-    const HANDLE file =
-        CreateFileW(logFile.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        throw Failure("cannot open the log file " + Quoted(logFile) + ": " + ErrorText(GetLastError()));
+    const DWORD code = common::AppendFile(logFile).Open();
+    if (code != ERROR_SUCCESS) {
+        throw Failure("cannot open the log file " + Quoted(logFile) + ": " + ErrorText(code));
     }
-    CloseHandle(file);
 }
 
 // What the library logged, one line each; nothing of it when the lines have been shown as they came.
