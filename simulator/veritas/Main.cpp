@@ -1,7 +1,7 @@
 // The program of each tool: the name of its file says which one it is.
 #include "Run.h"
 
-#include "../cluster/Text.h"
+#include "common/Text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -19,7 +19,7 @@ std::string ToolName() {
     std::wstring name(path);
     name.erase(0, name.find_last_of(L"\\/") + 1); // npos + 1 is 0
     name.erase(std::min(name.rfind(L'.'), name.size()));
-    std::string tool = clussim::Utf8(name);
+    std::string tool = common::ToUtf8(name);
     for (char& c : tool) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
@@ -39,7 +39,7 @@ int wmain(int argc, wchar_t** argv) {
     try {
         std::vector<std::string> arguments;
         for (int i = 1; i < argc; ++i) {
-            arguments.push_back(clussim::Utf8(argv[i]));
+            arguments.push_back(common::ToUtf8(argv[i]));
         }
         return vcssim::RunTool(ToolName(), arguments);
     } catch (const std::bad_alloc&) {

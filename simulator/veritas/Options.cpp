@@ -1,24 +1,14 @@
 #include "Options.h"
 
-#include "../cluster/Text.h"
-
-#include <winsock2.h>
-#include <windows.h>
+#include "common/Environment.h"
+#include "common/Text.h"
 
 #include <sstream>
 #include <stdexcept>
 
 namespace vcssim {
 
-namespace {
-
-std::wstring Variable(const wchar_t* name) {
-    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
-    value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
-    return value;
-}
-
-} // namespace
+using common::EnvironmentVariable;
 
 Options ParseOptions(const std::string& list) {
     Options options;
@@ -46,10 +36,10 @@ Options ParseOptions(const std::string& list) {
 
 Environment ReadEnvironment() {
     Environment environment;
-    environment.mainCf = Variable(L"VCSSIM_MAIN_CF");
-    environment.journal = Variable(L"VCSSIM_JOURNAL");
-    environment.faults = Variable(L"VCSSIM_FAULTS");
-    environment.options = ParseOptions(clussim::Utf8(Variable(L"VCSSIM_OPTIONS")));
+    environment.mainCf = EnvironmentVariable(L"VCSSIM_MAIN_CF");
+    environment.journal = EnvironmentVariable(L"VCSSIM_JOURNAL");
+    environment.faults = EnvironmentVariable(L"VCSSIM_FAULTS");
+    environment.options = ParseOptions(common::ToUtf8(EnvironmentVariable(L"VCSSIM_OPTIONS")));
     return environment;
 }
 

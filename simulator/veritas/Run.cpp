@@ -1,14 +1,14 @@
 #include "Run.h"
 
-#include "Files.h"
 #include "Secrets.h"
 #include "ToolFaults.h"
+#include "ToolTurn.h"
 #include "Tools.h"
 
-#include "../cluster/FileMutex.h"
-#include "../cluster/Text.h"
-
-#include <nlohmann/json.hpp>
+#include "common/AppendFile.h"
+#include "common/FileLock.h"
+#include "common/Files.h"
+#include "common/Json.h"
 
 #include <algorithm>
 #include <memory>
@@ -18,11 +18,10 @@ namespace vcssim {
 
 namespace {
 
-using clussim::Utf8;
-
 void RunOnCluster(const std::string& tool, const Arguments& arguments, const std::wstring& mainCf, Output& output) {
-    Store store(mainCf);
-    const FileLock lock(store.LockFile());
+    const ClusterFiles files(mainCf);
+    const ToolTurn turn(files);
+    Store store(files);
     Cluster cluster = store.Load();
     Context context = {cluster, store, output};
     if (tool == "haconf") {
@@ -34,32 +33,22 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
     } else if (tool == "hares") {
         RunHares(context, arguments);
     } else {
-        throw FileError("there is no tool '" + tool + "'");
+        throw StoreError("there is no tool '" + tool + "'");
     }
     store.Save(cluster);
 }
 
 void WriteJournal(const std::wstring& path, const std::string& tool, const std::vector<std::string>& arguments,
-                  const nlohmann::ordered_json& exit, const std::string& output) {
+                  const common::Json& exit, const std::string& output) {
     if (path.empty()) {
         return;
     }
-    nlohmann::ordered_json entry;
+    common::Json entry;
     entry["tool"] = tool;
     entry["arguments"] = WithoutSecrets(tool, arguments);
     entry["exit"] = exit;
     entry["output"] = output;
-    const std::string line = entry.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-    clussim::FileMutex mutex;
-    mutex.SetPath(path);
-    const clussim::FileMutex::Turn turn(mutex);
-    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-        DWORD written = 0;
-        WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
-        CloseHandle(file);
-    }
+    common::AppendFile(path).Append(common::DumpJsonLine(entry) + "\n"); // no run fails because of its line
 }
 
 // The fault of this run, or null. The counts of earlier runs lie beside the file.
@@ -68,16 +57,15 @@ std::unique_ptr<ToolFault> FindFault(const std::wstring& path, const std::string
     if (path.empty()) {
         return nullptr;
     }
-    clussim::FileMutex mutex;
-    mutex.SetPath(path);
-    const clussim::FileMutex::Turn turn(mutex);
-    ToolFaults faults(ReadWholeFile(path));
+    common::FileLock lock(path);
+    const common::FileLock::Turn turn(lock);
+    ToolFaults faults(common::ReadWholeFile(path));
     const std::wstring countsPath = path + L".counts";
-    if (FileExists(countsPath)) {
-        faults.SetCounts(ReadWholeFile(countsPath));
+    if (common::FileExists(countsPath)) {
+        faults.SetCounts(common::ReadWholeFile(countsPath));
     }
     const ToolFault* const hit = faults.Hit(tool, arguments);
-    WriteWholeFile(countsPath, faults.Counts());
+    common::WriteWholeFile(countsPath, faults.Counts());
     return hit ? std::make_unique<ToolFault>(*hit) : nullptr;
 }
 
@@ -144,7 +132,9 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
         }
     } catch (const UsageError&) {
         output.Usage(UsageOf(tool));
-    } catch (const FileError& error) {
+    } catch (const common::FileError& error) {
+        output.Failure(error.what());
+    } catch (const StoreError& error) {
         output.Failure(error.what());
     } catch (const CfError& error) {
         output.Failure(std::string("the change cannot be written: ") + error.what());

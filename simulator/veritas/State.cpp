@@ -1,12 +1,12 @@
 #include "State.h"
 
-#include <nlohmann/json.hpp>
+#include "common/Json.h"
 
 namespace vcssim {
 
 namespace {
 
-typedef nlohmann::ordered_json Json;
+using common::Json;
 
 void ReadTable(const Json& json, const char* member, State::Table& table) {
     for (const auto& object : json.items()) {
@@ -84,14 +84,14 @@ void State::Forget(const std::string& resource) {
 State ReadState(const std::string& json) {
     State state;
     try {
-        const Json root = Json::parse(json);
+        const Json root = common::ParseJson(json);
         if (!root.is_object()) {
             throw StateError("is no JSON object");
         }
         for (const auto& member : root.items()) {
             ReadMember(member.key(), member.value(), state);
         }
-    } catch (const Json::exception& error) {
+    } catch (const common::JsonError& error) {
         throw StateError(error.what());
     }
     return state;
@@ -105,7 +105,7 @@ std::string WriteState(const State& state) {
     root["resources"] = state.resources;
     root["probed"] = state.probed;
     root["failing"] = state.failing;
-    return root.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return common::DumpJson(root);
 }
 
 } // namespace vcssim

@@ -1,30 +1,26 @@
 #include "Store.h"
 
-#include "Files.h"
-
-#include "../cluster/Text.h"
+#include "common/Files.h"
+#include "common/Text.h"
 
 namespace vcssim {
 
 namespace {
 
-using clussim::Utf8;
-using clussim::Wide;
+using common::FileExists;
+using common::ReadWholeFile;
+using common::ToUtf8;
+using common::WriteWholeFile;
 
 [[noreturn]] void Malformed(const std::wstring& path, const CfError& error) {
-    throw FileError(Utf8(path) + ", line " + std::to_string(error.Line()) + ": " + error.what());
+    throw StoreError(ToUtf8(path) + ", line " + std::to_string(error.Line()) + ": " + error.what());
 }
 
 } // namespace
 
-std::wstring Store::Beside(const std::string& name) const {
-    const std::size_t separator = m_mainCf.find_last_of(L"\\/:");
-    return separator == std::wstring::npos ? Wide(name) : m_mainCf.substr(0, separator + 1) + Wide(name);
-}
-
 void Store::ReadTypes(Cluster& cluster) const {
     for (const std::string& include : cluster.configuration.Includes()) {
-        const std::wstring path = Beside(include);
+        const std::wstring path = m_files.Included(include);
         if (!FileExists(path)) {
             continue; // the types known without it will do
         }
@@ -43,8 +39,7 @@ void Store::ReadTypes(Cluster& cluster) const {
 
 Cluster Store::Load() {
     Cluster cluster;
-    const std::wstring live = m_mainCf + L".live";
-    const std::wstring path = FileExists(live) ? live : m_mainCf;
+    const std::wstring path = m_files.Running();
     m_loadedText = ReadWholeFile(path);
     try {
         cluster.configuration = CfDocument(m_loadedText);
@@ -52,12 +47,12 @@ Cluster Store::Load() {
         Malformed(path, error);
     }
     ReadTypes(cluster);
-    const std::wstring statePath = m_mainCf + L".state.json";
+    const std::wstring statePath = m_files.State();
     if (FileExists(statePath)) {
         try {
             cluster.state = ReadState(ReadWholeFile(statePath));
         } catch (const StateError& error) {
-            throw FileError(Utf8(statePath) + ": " + error.what());
+            throw StoreError(ToUtf8(statePath) + ": " + error.what());
         }
     }
     m_loadedState = WriteState(cluster.state);
@@ -66,21 +61,20 @@ Cluster Store::Load() {
 
 void Store::Save(const Cluster& cluster) {
     if (cluster.configuration.Text() != m_loadedText) {
-        WriteWholeFile(m_mainCf + L".live", cluster.configuration.Text());
+        WriteWholeFile(m_files.Live(), cluster.configuration.Text());
         m_loadedText = cluster.configuration.Text();
     }
     const std::string state = WriteState(cluster.state);
     if (state != m_loadedState) {
-        WriteWholeFile(m_mainCf + L".state.json", state);
+        WriteWholeFile(m_files.State(), state);
         m_loadedState = state;
     }
 }
 
 void Store::Dump(const Cluster& cluster) {
-    const std::wstring live = m_mainCf + L".live";
-    if (FileExists(live)) {
-        WriteWholeFile(m_mainCf + L".previous", ReadWholeFile(m_mainCf));
-        MoveFileOver(live, m_mainCf);
+    if (FileExists(m_files.Live())) {
+        WriteWholeFile(m_files.Previous(), ReadWholeFile(m_files.MainCf()));
+        common::MoveFileOver(m_files.Live(), m_files.MainCf());
     }
     Save(cluster);
 }

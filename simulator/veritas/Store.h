@@ -3,21 +3,27 @@
 #define VCSSIM_STORE_H
 
 #include "Cluster.h"
+#include "ClusterFiles.h"
 
+#include <stdexcept>
 #include <string>
 
 namespace vcssim {
 
+// What is wrong with a file's text, and where.
+class StoreError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 class Store {
 public:
-    explicit Store(const std::wstring& mainCf) : m_mainCf(mainCf) {
+    explicit Store(const ClusterFiles& files) : m_files(files) {
     }
 
-    std::wstring LockFile() const {
-        return m_mainCf + L".lock";
-    }
+    // All of these throw common::FileError.
 
-    // All of these throw FileError, with what is wrong and where.
+    // Throws StoreError too.
     Cluster Load();
 
     // Never touches the main.cf. The running configuration is replaced first, then the state, each of them whole or not
@@ -30,10 +36,9 @@ public:
     void Dump(const Cluster& cluster);
 
 private:
-    std::wstring Beside(const std::string& name) const;
     void ReadTypes(Cluster& cluster) const;
 
-    std::wstring m_mainCf;
+    ClusterFiles m_files;
     std::string m_loadedText;
     std::string m_loadedState;
 };

@@ -1,8 +1,6 @@
 // Files that are missing, half written, or cannot be replaced.
 #include "ToolTest.h"
 
-#include "Files.h"
-
 #include <winsock2.h>
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 // The programs themselves: several at once, faults, journal.
 #include "ToolTest.h"
 
-#include "Files.h"
+#include "common/FileLock.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -181,11 +181,12 @@ TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
 }
 
 TEST_F(ProcessTest, WaitsForItsTurn) {
-    auto lock = std::make_unique<vcssim::FileLock>(Path(L".lock"));
+    common::FileLock lock(Path(L".lock"));
+    auto turn = std::make_unique<common::FileLock::Turn>(lock);
     const HANDLE process = Start(L"hares -modify G-IP Address 1", Path(L".out"));
     EXPECT_EQ(WaitForSingleObject(process, 700), static_cast<DWORD>(WAIT_TIMEOUT));
     EXPECT_FALSE(HasFile(L".live"));
-    lock.reset();
+    turn.reset();
     EXPECT_EQ(Wait(process), 0u);
     EXPECT_TRUE(HasFile(L".live"));
 }

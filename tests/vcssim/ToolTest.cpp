@@ -1,6 +1,6 @@
 #include "ToolTest.h"
 
-#include "Files.h"
+#include "common/Files.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -91,15 +91,15 @@ std::wstring ToolTest::Path(const std::wstring& suffix) const {
 }
 
 void ToolTest::WriteFile(const std::wstring& suffix, const std::string& bytes) const {
-    vcssim::WriteWholeFile(Path(suffix), bytes);
+    common::WriteWholeFile(Path(suffix), bytes);
 }
 
 std::string ToolTest::ReadFile(const std::wstring& suffix) const {
-    return vcssim::ReadWholeFile(Path(suffix));
+    return common::ReadWholeFile(Path(suffix));
 }
 
 bool ToolTest::HasFile(const std::wstring& suffix) const {
-    return vcssim::FileExists(Path(suffix));
+    return common::FileExists(Path(suffix));
 }
 
 std::string ToolTest::Run(const std::string& tool, const std::string& arguments) {
