@@ -2,11 +2,13 @@
 // and its nodes.
 #include "Call.h"
 #include "ExportedApi.h"
-#include "Text.h"
+
+#include "common/Text.h"
 
 #include <algorithm>
 
 using namespace clussim;
+using common::Folded;
 
 namespace {
 

@@ -1,11 +1,14 @@
 #include "Faults.h"
 
-#include "Text.h"
+#include "common/Text.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 namespace clussim {
+
+using common::Folded;
+using common::ToUtf16;
 
 namespace {
 
@@ -95,7 +98,7 @@ bool ParseFault(const std::string& text, Fault& fault) {
     }
     const std::size_t at = what.find('@');
     if (at != std::string::npos) {
-        fault.object = Folded(Wide(what.substr(at + 1)));
+        fault.object = Folded(ToUtf16(what.substr(at + 1)));
         if (fault.object.empty()) {
             return false;
         }

@@ -1,15 +1,13 @@
 #include "Journal.h"
 
-#include "Text.h"
-
-#include <winsock2.h>
-#include <windows.h>
-
-#include <nlohmann/json.hpp>
+#include "common/Json.h"
+#include "common/Text.h"
 
 #include <cstring>
 
 namespace clussim {
+
+using common::ToUtf8;
 
 JournalValue JournalValue::Of(const char* name, long long number) {
     JournalValue value;
@@ -41,24 +39,17 @@ std::string Journal::ToJson(const JournalValue& value) {
     case JournalValue::Number:
         return std::to_string(value.number);
     case JournalValue::Text:
-        return nlohmann::json(Utf8(value.text)).dump();
-    case JournalValue::Bytes: {
-        std::string hex = "\"";
-        for (std::size_t i = 0; i < value.cb; ++i) {
-            const unsigned char byte = static_cast<const unsigned char*>(value.bytes)[i];
-            hex += "0123456789abcdef"[byte >> 4];
-            hex += "0123456789abcdef"[byte & 15];
-        }
-        return hex + "\"";
-    }
+        return common::DumpJsonLine(ToUtf8(value.text));
+    case JournalValue::Bytes:
+        return "\"" + common::HexDigits(value.bytes, value.cb) + "\"";
     default:
         return "null";
     }
 }
 
 void Journal::SetFile(const std::wstring& path) {
-    m_file = path;
-    m_mutex.SetPath(path);
+    m_hasFile = !path.empty();
+    m_file = common::AppendFile(path);
 }
 
 void Journal::Count(const char* call) {
@@ -71,15 +62,9 @@ void Journal::Add(const char* call, const std::string& argumentsJson, const std:
     if (recording) {
         m_lines += line;
     }
-    if (!m_file.empty()) {
-        const FileMutex::Turn turn(m_mutex);
-        const HANDLE file = CreateFileW(m_file.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file != INVALID_HANDLE_VALUE) {
-            DWORD written = 0;
-            WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
-            CloseHandle(file);
-        }
+    if (m_hasFile) {
+        m_file.Append(line); // no call fails because its line cannot be written
+        m_file.Close();      // so that the next one finds or makes a file of this name, whatever became of this one
     }
 }
 

@@ -2,7 +2,7 @@
 #ifndef CLUSSIM_JOURNAL_H
 #define CLUSSIM_JOURNAL_H
 
-#include "FileMutex.h"
+#include "common/AppendFile.h"
 
 #include <map>
 #include <string>
@@ -39,7 +39,7 @@ public:
     void SetFile(const std::wstring& path);
 
     bool WantsLines() const {
-        return recording || !m_file.empty();
+        return recording || m_hasFile;
     }
 
     void Count(const char* call);
@@ -57,8 +57,8 @@ private:
     std::map<const char*, std::size_t> m_counts; // by the address of the literal: cheap, summed up by text when asked
     std::size_t m_sequence = 0;
     std::string m_lines;
-    std::wstring m_file;
-    FileMutex m_mutex; // whose lines stay whole when several processes write
+    bool m_hasFile = false;
+    common::AppendFile m_file;
 };
 
 } // namespace clussim

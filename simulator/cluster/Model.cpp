@@ -1,10 +1,12 @@
 #include "Model.h"
 
-#include "Text.h"
+#include "common/Text.h"
 
 #include <algorithm>
 
 namespace clussim {
+
+using common::Folded;
 
 namespace {
 

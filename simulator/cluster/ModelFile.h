@@ -2,8 +2,9 @@
 #ifndef CLUSSIM_MODELFILE_H
 #define CLUSSIM_MODELFILE_H
 
-#include "FileMutex.h"
 #include "Model.h"
+
+#include "common/FileLock.h"
 
 namespace clussim {
 
@@ -19,15 +20,15 @@ public:
     // then told once on standard error and to the debugger.
     Model* Current();
 
-    // Writes the current model: a temporary file, flushed, then put in the old one's place. The Win32 code.
+    // Writes the current model: a new file takes the old one's place. To be called in a turn. The Win32 code.
     Code Write();
 
     // Forgets what was read, so that Current reads again.
     void Forget();
 
     // Keeps other processes from reading and changing the file.
-    const FileMutex& Mutex() const {
-        return m_mutex;
+    common::FileLock& Lock() {
+        return m_lock;
     }
 
 private:
@@ -41,10 +42,11 @@ private:
         bool operator==(const Stamp& other) const;
     };
 
+    Stamp StampOf(const common::Handle& file) const;
     void Tell(const std::string& message);
 
     std::wstring m_path;
-    FileMutex m_mutex;
+    common::FileLock m_lock;
     std::unique_ptr<Model> m_model;
     Stamp m_stamp;
     std::string m_told;

@@ -1,7 +1,7 @@
 // What the cluster does on request, with the codes of its API.
 #include "Model.h"
 
-#include "Text.h"
+#include "common/Text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -11,6 +11,8 @@
 #include <algorithm>
 
 namespace clussim {
+
+using common::Folded;
 
 namespace {
 

@@ -1,11 +1,46 @@
 #include "Faults.h"
-#include "ObjectReader.h"
+#include "ModelJson.h"
+
+#include "common/Json.h"
+#include "common/Text.h"
 
 #include <algorithm>
 
 namespace clussim {
 
+using common::Json;
+using common::JsonError;
+using common::ObjectReader;
+using common::TextItem;
+using common::ToUtf16;
+using common::ToUtf8;
+
 namespace {
+
+[[noreturn]] void Fail(const std::string& place, const std::string& what) {
+    throw JsonError(place, what);
+}
+
+std::wstring WideItem(const Json& item, const std::string& place) {
+    return ToUtf16(TextItem(item, place));
+}
+
+std::wstring WideText(ObjectReader& reader, const char* member) {
+    return ToUtf16(reader.Text(member));
+}
+
+// Of what is looked up by it: never empty.
+std::wstring Name(ObjectReader& reader, const char* member = "name") {
+    const std::string name = reader.Text(member);
+    if (name.find_first_not_of(' ') == std::string::npos) {
+        Fail(reader.Place(member), "a name is expected");
+    }
+    return ToUtf16(name);
+}
+
+std::uint32_t DwordOr(ObjectReader& reader, const char* member, std::uint32_t fallback) {
+    return static_cast<std::uint32_t>(reader.NumberOr(member, fallback, 0xFFFFFFFF));
+}
 
 int HexDigit(char c) {
     return c >= '0' && c <= '9'   ? c - '0'
@@ -17,21 +52,21 @@ int HexDigit(char c) {
 PropertyValue ReadProperty(const Json& json, const std::string& place) {
     PropertyValue value;
     if (json.is_string()) {
-        value.text = Wide(json.get<std::string>());
+        value.text = ToUtf16(json.get<std::string>());
     } else if (json.is_number_unsigned() && json.get<std::uint64_t>() <= 0xFFFFFFFF) {
         value.kind = PropertyValue::Dword;
         value.number = json.get<std::uint32_t>();
     } else if (json.is_array()) {
         value.kind = PropertyValue::MultiSz;
         for (const Json& item : json) {
-            value.texts.push_back(TextItem(item, place));
+            value.texts.push_back(WideItem(item, place));
         }
     } else if (json.is_object() && json.size() == 1 && json.count("expandSz")) {
         value.kind = PropertyValue::ExpandSz;
-        value.text = TextItem(json["expandSz"], place + ".expandSz");
+        value.text = WideItem(json["expandSz"], place + ".expandSz");
     } else if (json.is_object() && json.size() == 1 && json.count("binary")) {
         value.kind = PropertyValue::Binary;
-        const std::string hex = Utf8(TextItem(json["binary"], place + ".binary"));
+        const std::string hex = TextItem(json["binary"], place + ".binary");
         for (std::size_t i = 0; i < hex.size(); i += 2) {
             const int high = HexDigit(hex[i]);
             const int low = i + 1 < hex.size() ? HexDigit(hex[i + 1]) : -1;
@@ -55,7 +90,7 @@ void ReadProperties(const Json* json, const std::string& place, PropertySet& pro
         Fail(place, "an object is expected");
     }
     for (const auto& member : json->items()) {
-        const std::wstring name = Wide(member.key());
+        const std::wstring name = ToUtf16(member.key());
         if (properties.Find(name)) {
             Fail(place + "." + member.key(), "the property stands twice");
         }
@@ -94,7 +129,7 @@ public:
             }
         }
         reader.Each("faults", [this](const Json& item, const std::string& place) {
-            const std::string fault = Utf8(TextItem(item, place));
+            const std::string fault = TextItem(item, place);
             Fault parsed;
             if (!ParseFault(fault, parsed)) {
                 Fail(place, "a fault like call@object#n=code is expected");
@@ -112,25 +147,25 @@ private:
     Node* NodeItem(const std::wstring& name, const std::string& place) const {
         Node* node = m_model.FindNode(NodeName(name));
         if (!node) {
-            Fail(place, "there is no node " + Utf8(name));
+            Fail(place, "there is no node " + ToUtf8(name));
         }
         return node;
     }
 
     void ReadCluster(const Json& json) {
         ObjectReader reader(json, "cluster");
-        m_model.name = reader.Name("name");
+        m_model.name = Name(reader);
         m_model.running = reader.FlagOr("running", true);
         if (const Json* behaviour = reader.Member("behaviour")) {
             ObjectReader switches(*behaviour, "cluster.behaviour");
-            const std::wstring mask = switches.TextOr("enumMaskZero", L"error");
-            if (mask != L"error" && mask != L"empty") {
+            const std::string mask = switches.TextOr("enumMaskZero", "error");
+            if (mask != "error" && mask != "empty") {
                 Fail("cluster.behaviour.enumMaskZero", "\"error\" or \"empty\" is expected");
             }
-            m_model.behaviour.emptyMaskIsEmptyList = mask == L"empty";
-            m_model.behaviour.deleteOnline = switches.DwordOr("deleteOnline", m_model.behaviour.deleteOnline);
-            m_model.behaviour.offlineFailed = switches.DwordOr("offlineFailed", m_model.behaviour.offlineFailed);
-            m_model.behaviour.protocol = static_cast<int>(switches.DwordOr("protocol", 2003));
+            m_model.behaviour.emptyMaskIsEmptyList = mask == "empty";
+            m_model.behaviour.deleteOnline = DwordOr(switches, "deleteOnline", m_model.behaviour.deleteOnline);
+            m_model.behaviour.offlineFailed = DwordOr(switches, "offlineFailed", m_model.behaviour.offlineFailed);
+            m_model.behaviour.protocol = static_cast<int>(DwordOr(switches, "protocol", 2003));
             if (m_model.behaviour.protocol != 2003 && m_model.behaviour.protocol != 2008) {
                 Fail("cluster.behaviour.protocol", "2003 or 2008 is expected");
             }
@@ -142,9 +177,9 @@ private:
     void ReadType(const Json& json, const std::string& place) {
         ObjectReader reader(json, place);
         ResourceType type;
-        type.name = reader.Name("name");
-        type.classCode = reader.DwordOr("class", 0);
-        type.subclass = reader.DwordOr("subclass", 0);
+        type.name = Name(reader);
+        type.classCode = DwordOr(reader, "class", 0);
+        type.subclass = DwordOr(reader, "subclass", 0);
         reader.Done();
         if (!m_model.AddType(type)) {
             Fail(place + ".name", "the type stands twice");
@@ -154,10 +189,10 @@ private:
     void ReadNode(const Json& json, const std::string& place) {
         ObjectReader reader(json, place);
         Node node;
-        const std::wstring name = reader.Name("name");
+        const std::wstring name = Name(reader);
         node.name = NodeName(name);
         node.isThisComputer = name == L".";
-        if (!StatusByName(Utf8(reader.TextOr("state", L"up")), node.status)) {
+        if (!StatusByName(reader.TextOr("state", "up"), node.status)) {
             Fail(place + ".state", "up, down or paused is expected");
         }
         reader.Done();
@@ -169,10 +204,10 @@ private:
     void ReadGroup(const Json& json, const std::string& place) {
         ObjectReader reader(json, place);
         Group group;
-        group.name = reader.Name("name");
-        group.owner = NodeItem(reader.Text("owner"), place + ".owner");
+        group.name = Name(reader);
+        group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
         reader.Each("preferredOwners", [&](const Json& item, const std::string& itemPlace) {
-            group.preferredOwners.push_back(NodeItem(TextItem(item, itemPlace), itemPlace));
+            group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
         });
         reader.Done();
         if (!m_model.AddGroup(group)) {
@@ -183,28 +218,28 @@ private:
     Resource* ReadResource(const Json& json, const std::string& place,
                            std::vector<std::pair<std::wstring, std::string>>& dependencies) {
         ObjectReader reader(json, place);
-        const std::wstring name = reader.Name("name");
-        const std::wstring typeName = reader.Text("type");
+        const std::wstring name = Name(reader);
+        const std::wstring typeName = WideText(reader, "type");
         const ResourceType* type = m_model.FindType(typeName);
         if (!type) {
-            Fail(place + ".type", "there is no resource type " + Utf8(typeName));
+            Fail(place + ".type", "there is no resource type " + ToUtf8(typeName));
         }
-        const std::wstring groupName = reader.Text("group");
+        const std::wstring groupName = WideText(reader, "group");
         Group* group = m_model.FindGroup(groupName);
         if (!group) {
-            Fail(place + ".group", "there is no group " + Utf8(groupName));
+            Fail(place + ".group", "there is no group " + ToUtf8(groupName));
         }
-        Resource* resource = m_model.AddResource(name, reader.Name("id"), type, group);
+        Resource* resource = m_model.AddResource(name, Name(reader, "id"), type, group);
         if (!resource) {
             Fail(place + ".name", "the name or the id is taken by another resource");
         }
         ReadState(reader, place, *resource);
         reader.Each("dependsOn", [&](const Json& item, const std::string& itemPlace) {
-            dependencies.emplace_back(TextItem(item, itemPlace), itemPlace);
+            dependencies.emplace_back(WideItem(item, itemPlace), itemPlace);
         });
         resource->ownersGiven = reader.Member("possibleOwners") != nullptr;
         reader.Each("possibleOwners", [&](const Json& item, const std::string& itemPlace) {
-            Node* node = NodeItem(TextItem(item, itemPlace), itemPlace);
+            Node* node = NodeItem(WideItem(item, itemPlace), itemPlace);
             if (std::count(resource->possibleOwners.begin(), resource->possibleOwners.end(), node)) {
                 Fail(itemPlace, "the node stands twice");
             }
@@ -227,13 +262,13 @@ private:
     }
 
     void ReadState(ObjectReader& reader, const std::string& place, Resource& resource) {
-        const std::string state = Utf8(reader.TextOr("state", L"Offline"));
+        const std::string state = reader.TextOr("state", "Offline");
         if (!StateByName(state, resource.state)) {
             Fail(place + ".state", "there is no state " + state);
         }
-        resource.dueAt = reader.NumberOr("dueAt", 0, INT64_MAX);
-        resource.onlineMs = reader.DwordOr("onlineMs", 0);
-        resource.offlineMs = reader.DwordOr("offlineMs", 0);
+        resource.dueAt = static_cast<std::int64_t>(reader.NumberOr("dueAt", 0, INT64_MAX));
+        resource.onlineMs = DwordOr(reader, "onlineMs", 0);
+        resource.offlineMs = DwordOr(reader, "offlineMs", 0);
         resource.failsOnline = reader.FlagOr("failsOnline", false);
         resource.staysPending = reader.FlagOr("staysPending", false);
         if (resource.state == StateOnlinePending || resource.state == StateOfflinePending) {
@@ -247,12 +282,12 @@ private:
         if (reader.Member("signature") && reader.Member("guid")) {
             Fail(place, "a disk has a signature or a guid");
         }
-        disk->signature = reader.DwordOr("signature", 0);
-        disk->guid = reader.TextOr("guid", L"");
-        disk->number = reader.DwordOr("number", 0);
+        disk->signature = DwordOr(reader, "signature", 0);
+        disk->guid = ToUtf16(reader.TextOr("guid", ""));
+        disk->number = DwordOr(reader, "number", 0);
         reader.Each("partitions", [&](const Json& item, const std::string& itemPlace) {
             ObjectReader partition(item, itemPlace);
-            disk->partitions.push_back({partition.Text("device"), partition.TextOr("label", L"")});
+            disk->partitions.push_back({WideText(partition, "device"), ToUtf16(partition.TextOr("label", ""))});
             partition.Done();
             if (disk->partitions.back().device.size() > 259 || disk->partitions.back().label.size() > 259) {
                 Fail(itemPlace, "at most 259 characters fit");
@@ -265,10 +300,10 @@ private:
     void Link(Resource& resource, const std::wstring& name, const std::string& place) {
         Resource* provider = m_model.ResourceNamed(name);
         if (!provider) {
-            Fail(place, "there is no resource " + Utf8(name));
+            Fail(place, "there is no resource " + ToUtf8(name));
         }
         if (provider->group != resource.group) {
-            Fail(place, Utf8(name) + " is in another group");
+            Fail(place, ToUtf8(name) + " is in another group");
         }
         if (std::count(resource.dependsOn.begin(), resource.dependsOn.end(), provider)) {
             Fail(place, "the dependency stands twice");
@@ -287,7 +322,11 @@ private:
 
 std::unique_ptr<Model> ReadModel(const std::string& json, const std::wstring& thisComputer) {
     auto model = std::make_unique<Model>();
-    ModelReader(*model, thisComputer).Read(ParseJson(json));
+    try {
+        ModelReader(*model, thisComputer).Read(common::ParseJson(json));
+    } catch (const JsonError& error) {
+        throw ModelError(error.what());
+    }
     return model;
 }
 

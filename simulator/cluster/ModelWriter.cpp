@@ -1,16 +1,17 @@
 #include "ModelJson.h"
-#include "Text.h"
 
-#include <nlohmann/json.hpp>
+#include "common/Json.h"
+#include "common/Text.h"
 
 namespace clussim {
 
+using common::Json;
+using common::ToUtf8;
+
 namespace {
 
-typedef nlohmann::ordered_json Json;
-
 std::string NodeText(const Node& node) {
-    return node.isThisComputer ? "." : Utf8(node.name);
+    return node.isThisComputer ? "." : ToUtf8(node.name);
 }
 
 Json PropertiesJson(const PropertySet& properties) {
@@ -19,7 +20,7 @@ Json PropertiesJson(const PropertySet& properties) {
         Json value;
         switch (item.value.kind) {
         case PropertyValue::Sz:
-            value = Utf8(item.value.text);
+            value = ToUtf8(item.value.text);
             break;
         case PropertyValue::Dword:
             value = item.value.number;
@@ -27,40 +28,34 @@ Json PropertiesJson(const PropertySet& properties) {
         case PropertyValue::MultiSz:
             value = Json::array();
             for (const std::wstring& text : item.value.texts) {
-                value.push_back(Utf8(text));
+                value.push_back(ToUtf8(text));
             }
             break;
         case PropertyValue::ExpandSz:
-            value = {{"expandSz", Utf8(item.value.text)}};
+            value = {{"expandSz", ToUtf8(item.value.text)}};
             break;
-        case PropertyValue::Binary: {
-            std::string hex;
-            for (const unsigned char byte : item.value.bytes) {
-                hex += "0123456789abcdef"[byte >> 4];
-                hex += "0123456789abcdef"[byte & 15];
-            }
-            value = {{"binary", hex}};
+        case PropertyValue::Binary:
+            value = {{"binary", common::HexDigits(item.value.bytes.data(), item.value.bytes.size())}};
             break;
         }
-        }
-        json[Utf8(item.name)] = value;
+        json[ToUtf8(item.name)] = value;
     }
     return json;
 }
 
 Json ResourceJson(const Resource& resource) {
     Json json;
-    json["name"] = Utf8(resource.name);
-    json["type"] = Utf8(resource.type->name);
-    json["id"] = Utf8(resource.id);
-    json["group"] = Utf8(resource.group->name);
+    json["name"] = ToUtf8(resource.name);
+    json["type"] = ToUtf8(resource.type->name);
+    json["id"] = ToUtf8(resource.id);
+    json["group"] = ToUtf8(resource.group->name);
     json["state"] = StateName(resource.state);
     if (resource.dueAt != 0) {
         json["dueAt"] = resource.dueAt;
     }
     json["dependsOn"] = Json::array();
     for (const Resource* provider : resource.dependsOn) {
-        json["dependsOn"].push_back(Utf8(provider->name));
+        json["dependsOn"].push_back(ToUtf8(provider->name));
     }
     if (resource.ownersGiven) {
         json["possibleOwners"] = Json::array();
@@ -79,14 +74,14 @@ Json ResourceJson(const Resource& resource) {
         if (resource.disk->guid.empty()) {
             disk["signature"] = resource.disk->signature;
         } else {
-            disk["guid"] = Utf8(resource.disk->guid);
+            disk["guid"] = ToUtf8(resource.disk->guid);
         }
         disk["number"] = resource.disk->number;
         disk["partitions"] = Json::array();
         for (const Partition& partition : resource.disk->partitions) {
-            Json item = {{"device", Utf8(partition.device)}};
+            Json item = {{"device", ToUtf8(partition.device)}};
             if (!partition.label.empty()) {
-                item["label"] = Utf8(partition.label);
+                item["label"] = ToUtf8(partition.label);
             }
             disk["partitions"].push_back(item);
         }
@@ -108,7 +103,7 @@ Json ResourceJson(const Resource& resource) {
 }
 
 Json ClusterJson(const Model& model) {
-    Json json = {{"name", Utf8(model.name)}};
+    Json json = {{"name", ToUtf8(model.name)}};
     if (!model.running) {
         json["running"] = false;
     }
@@ -141,7 +136,7 @@ std::string WriteModel(const Model& model) {
         json["resourceTypes"] = Json::array();
         for (const ResourceType& type : model.types) {
             json["resourceTypes"].push_back(
-                {{"name", Utf8(type.name)}, {"class", type.classCode}, {"subclass", type.subclass}});
+                {{"name", ToUtf8(type.name)}, {"class", type.classCode}, {"subclass", type.subclass}});
         }
     }
     json["nodes"] = Json::array();
@@ -154,7 +149,7 @@ std::string WriteModel(const Model& model) {
     }
     json["groups"] = Json::array();
     for (const Group& group : model.groups) {
-        Json item = {{"name", Utf8(group.name)}, {"owner", NodeText(*group.owner)}};
+        Json item = {{"name", ToUtf8(group.name)}, {"owner", NodeText(*group.owner)}};
         if (!group.preferredOwners.empty()) {
             item["preferredOwners"] = Json::array();
             for (const Node* node : group.preferredOwners) {
@@ -170,7 +165,7 @@ std::string WriteModel(const Model& model) {
     if (!model.faults.empty()) {
         json["faults"] = model.faults;
     }
-    return json.dump(2) + "\n";
+    return common::DumpJson(json);
 }
 
 } // namespace clussim

@@ -1,6 +1,6 @@
 #include "PropertyLists.h"
 
-#include "Text.h"
+#include "common/Text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -8,6 +8,8 @@
 #include <cstring>
 
 namespace clussim {
+
+using common::Folded;
 
 namespace {
 

@@ -1,8 +1,10 @@
 #include "PropertySet.h"
 
-#include "Text.h"
+#include "common/Text.h"
 
 namespace clussim {
+
+using common::Folded;
 
 const PropertyValue* PropertySet::Find(const std::wstring& name) const {
     const std::wstring wanted = Folded(name);

@@ -2,12 +2,14 @@
 #include "Call.h"
 #include "ExportedApi.h"
 #include "PropertyLists.h"
-#include "Text.h"
+
+#include "common/Text.h"
 
 #include <cstdio>
 #include <cstring>
 
 using namespace clussim;
+using common::Folded;
 
 namespace {
 

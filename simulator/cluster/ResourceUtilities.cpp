@@ -1,12 +1,14 @@
 // The exports of resutils.dll. They work through clusapi.dll, so that both always agree.
 #include "ExportedApi.h"
 #include "PropertyLists.h"
-#include "Text.h"
 #include "UtilityCall.h"
+
+#include "common/Text.h"
 
 #include <cstring>
 
 using namespace clussim;
+using common::Folded;
 
 namespace {
 

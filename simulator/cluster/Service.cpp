@@ -1,24 +1,17 @@
 #include "Service.h"
 
 #include "ModelJson.h"
-#include "Text.h"
+
+#include "common/Environment.h"
+#include "common/Text.h"
 
 #include <algorithm>
 #include <cstdio>
 
 namespace clussim {
 
-namespace {
-
-std::wstring Environment(const wchar_t* name) {
-    std::wstring value(GetEnvironmentVariableW(name, nullptr, 0), L'\0');
-    if (!value.empty()) {
-        value.resize(GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size())));
-    }
-    return value;
-}
-
-} // namespace
+using common::EnvironmentVariable;
+using common::ToUtf8;
 
 Service::Service() = default;
 
@@ -33,9 +26,9 @@ void Service::LoadConfiguration() {
         return;
     }
     m_configured = true;
-    m_file.SetPath(Environment(L"CLUSSIM_FILE"));
-    journal.SetFile(Environment(L"CLUSSIM_JOURNAL"));
-    const std::string faults = Utf8(Environment(L"CLUSSIM_FAULTS"));
+    m_file.SetPath(EnvironmentVariable(L"CLUSSIM_FILE"));
+    journal.SetFile(EnvironmentVariable(L"CLUSSIM_JOURNAL"));
+    const std::string faults = ToUtf8(EnvironmentVariable(L"CLUSSIM_FAULTS"));
     for (std::size_t start = 0; start < faults.size();) {
         const std::size_t end = std::min(faults.find(';', start), faults.size());
         const std::string text = faults.substr(start, end - start);
@@ -73,10 +66,9 @@ Code Service::Change(const std::function<Code(Model&)>& change) {
         return Running() ? change(*m_memory) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     LoadConfiguration();
-    const FileMutex::Turn turn(m_file.Mutex());
+    const common::FileLock::Turn turn(m_file.Lock());
     if (!turn) {
-        return m_file.HasPath() ? static_cast<Code>(ERROR_SHARING_VIOLATION)
-                                : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+        return Running() ? static_cast<Code>(ERROR_SHARING_VIOLATION) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     m_file.Forget(); // two writes in one tick of the file system's clock can look alike
     Model* model = Running();
