@@ -234,6 +234,32 @@ private:
     bool CollectKOVAResNames(const NameValuePairList filter, std::vector<std::wstring>& resNames) const;
 };
 
+// What one run of a VCS tool came to, for programs that act on it; the debug log is for people. Secrets are replaced by
+// "***": the arguments and the result of "vcsencrypt" (its messages are shown), and the values of attributes whose name
+// ends in "password". The texts are valid during the callback only.
+struct CVeritasToolRun {
+    const wchar_t* commandLine; // as the tool got it
+    bool started;               // false: it could not be started, and nothing below but startError is set
+    bool exitCodeKnown;         // GetExitCodeProcess succeeded
+    DWORD startError;           // Win32 code: why it was not started (CreateProcessW), or its capture file not named
+    DWORD exitCode;             // what the tool ended with
+    DWORD captureError;    // Win32 code: the output went astray, since the capture file could not be opened; else 0
+    const wchar_t* output; // both streams as captured, one character per byte, each line ended by a line feed;
+                           // null when they could not be read back
+};
+
+// Told of a run; `context` is what it was registered with.
+typedef void (*VeritasToolRunCallback)(const CVeritasToolRun& run, void* context);
+
+extern "C" {
+
+// Registers the one function of this process that is told of every tool run of CVeritasCluster, at the run's end and
+// before its member goes on; null, as at the start, for none. It is called on the thread of the run, one call at a
+// time, and must not throw. When this returns, the former function is not running (one that replaces itself excepted)
+// and is not called again. Callable from any thread.
+CLUSUTIL_API void SetVeritasToolRunCallback(VeritasToolRunCallback callback, void* context);
+}
+
 CLUSUTIL_SHARED_RUNTIME_END
 
 #endif

@@ -16,9 +16,9 @@ CriticalSection ToolStartLock;
 
 } // namespace
 
-bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
+bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName, ToolProcess& process) {
     HandleOwner capture;
-    PROCESS_INFORMATION process = {};
+    PROCESS_INFORMATION information = {};
     {
         const CriticalSectionGuard guard(ToolStartLock);
         SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
@@ -28,7 +28,9 @@ bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
             return true; // never seen: a failed open gives the invalid handle, and the tool is run without redirection
         }
         STARTUPINFOW startup = {};
-        if (capture.get() != INVALID_HANDLE_VALUE) {
+        if (capture.get() == INVALID_HANDLE_VALUE) {
+            process.captureError = GetLastError();
+        } else {
             startup.cb = sizeof(startup);
             startup.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
             startup.wShowWindow = SW_HIDE;
@@ -37,21 +39,23 @@ bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName) {
             startup.hStdOutput = capture.get();
             startup.hStdError = capture.get();
         }
-        if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
-            const bool withoutReason = GetLastError() == ERROR_SUCCESS;
+        if (!CreateProcessW(nullptr, commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                            &information)) {
+            process.startError = GetLastError();
             capture.reset(); // inheritable still, so within the lock
-            return withoutReason;
+            return process.startError == ERROR_SUCCESS;
         }
         if (capture.get() != INVALID_HANDLE_VALUE) {
             SetHandleInformation(capture.get(), HANDLE_FLAG_INHERIT, 0);
         }
     }
-    const HandleOwner thread(process.hThread);
-    const HandleOwner tool(process.hProcess); // closed first
+    process.started = true;
+    const HandleOwner thread(information.hThread);
+    const HandleOwner tool(information.hProcess); // closed first
     WaitForSingleObject(tool.get(), INFINITE);
-    DWORD exitCode = 0;
-    if (GetExitCodeProcess(tool.get(), &exitCode)) {
-        LOG_INFO(L"Process exit code: %d", exitCode);
+    process.exitCodeKnown = GetExitCodeProcess(tool.get(), &process.exitCode) != FALSE;
+    if (process.exitCodeKnown) {
+        LOG_INFO(L"Process exit code: %d", process.exitCode);
     } else {
         LOG_WARNING(L"Cannot get process exit code, error code: %d", GetLastError());
     }

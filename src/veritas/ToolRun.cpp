@@ -7,6 +7,7 @@
 #include "platform/Log.h"
 #include "platform/Owner.h"
 #include "platform/ToolProcess.h"
+#include "veritas/ToolRunReport.h"
 
 CLUS_LOG_PLACE(VeritasCluster, 2);
 
@@ -14,6 +15,9 @@ using clus::FileDeleter;
 using clus::LastErrorKeeper;
 using clus::RunTool;
 using clus::TextFileReader;
+using clus::ToolProcess;
+using clus::veritas::IsToolRunReported;
+using clus::veritas::ReportToolRun;
 
 namespace {
 
@@ -46,6 +50,11 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
     LOG_ENTER(L"CVeritasCluster::ExecuteVeritasCommand_");
     wchar_t fileName[MAX_PATH] = {};
     if (GetTempFileNameW(L".", L"ha-", 0, fileName) == 0) {
+        if (IsToolRunReported()) {
+            ToolProcess process;
+            process.startError = GetLastError();
+            ReportToolRun(command, arguments, !logDetails, process, nullptr);
+        }
         return false; // without a leaving line
     }
     LOG_LEAVE_AT_END(L"CVeritasCluster::ExecuteVeritasCommand_");
@@ -62,13 +71,17 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         LOG_INFO(L"Command line is ***");
     }
     // The tool's exit code is no matter: callers judge by what it printed.
-    const bool started = RunTool(commandLine, fileName);
+    ToolProcess process;
+    const bool started = RunTool(commandLine, fileName, process);
     const LastErrorKeeper keeper; // the only word on why it could not be started
     const bool succeeded = started && Read_(fileName, text);
     if (logDetails) {
         DumpResult_(fileName);
     } else {
         LOG_INFO(L"Result: ***");
+    }
+    if (IsToolRunReported()) {
+        ReportToolRun(command, arguments, !logDetails, process, succeeded ? &text : nullptr);
     }
     return succeeded;
 }
