@@ -1,5 +1,6 @@
 #include "PropertyLists.h"
 
+#include "common/Environment.h"
 #include "common/Text.h"
 
 #include <winsock2.h>
@@ -68,14 +69,10 @@ void AppendValue(Bytes& bytes, const PropertyValue& value) {
         AppendEntry(bytes, SyntaxMultiSz, texts);
         break;
     }
-    case PropertyValue::ExpandSz: {
+    case PropertyValue::ExpandSz:
         AppendEntry(bytes, SyntaxExpandSz, TextBytes(value.text));
-        std::wstring expanded(ExpandEnvironmentStringsW(value.text.c_str(), nullptr, 0), L'\0');
-        ExpandEnvironmentStringsW(value.text.c_str(), &expanded[0], static_cast<DWORD>(expanded.size()));
-        expanded.pop_back(); // the terminator
-        AppendEntry(bytes, SyntaxExpandedSz, TextBytes(expanded));
+        AppendEntry(bytes, SyntaxExpandedSz, TextBytes(common::ExpandVariables(value.text)));
         break;
-    }
     case PropertyValue::Binary:
         AppendEntry(bytes, SyntaxBinary, value.bytes);
         break;

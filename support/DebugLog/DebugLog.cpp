@@ -2,11 +2,14 @@
 
 #include "LogConfig.h"
 #include "LogLine.h"
-#include "LogOutput.h"
+
+#include "common/AppendFile.h"
+#include "common/Text.h"
 
 #include <atomic>
 #include <cstdarg>
 #include <cwchar>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -18,7 +21,7 @@ namespace {
 const unsigned int MaskUnknown = ~0u;
 std::atomic<unsigned int> s_mask{MaskUnknown};
 
-// The process's log. No destructor: it must work until the very end of the process.
+// The process's log.
 struct Log {
     Log() {
         InitializeCriticalSection(&lock);
@@ -28,15 +31,17 @@ struct Log {
     bool isConfigured = false;
     std::atomic<unsigned int> configuredMask{MaskDefault};
     unsigned int maskWithoutFile = MaskDefault;
-    LogFile file;
+    common::AppendFile file;
     DebugLogSink sink = nullptr;
     void* sinkContext = nullptr;
     bool isInSink = false;
 };
 
 Log& TheLog() {
-    static Log log;
-    return log;
+    // Never destroyed: it must work until the very end of the process.
+    alignas(Log) static unsigned char s_storage[sizeof(Log)];
+    static Log* const log = new (s_storage) Log;
+    return *log;
 }
 
 class Locked {
@@ -73,6 +78,10 @@ void PublishMask(const Log& log) {
                  std::memory_order_release);
 }
 
+void WriteToDebugger(const std::wstring& line) {
+    OutputDebugStringW((line + L"\n").c_str());
+}
+
 void UseDebuggerOnly(Log& log) {
     log.configuredMask = log.maskWithoutFile;
     PublishMask(log);
@@ -82,8 +91,12 @@ void ReadAndOpen(Log& log) {
     const LogConfig config = ReadLogConfig();
     log.configuredMask = config.mask;
     log.maskWithoutFile = config.maskWithoutFile;
-    if (!config.file.empty() && config.mask != 0 && !log.file.Open(config.file)) {
-        const DWORD error = GetLastError();
+    if (config.file.empty() || config.mask == 0) {
+        return;
+    }
+    log.file = common::AppendFile(config.file);
+    const DWORD error = log.file.Open();
+    if (error != ERROR_SUCCESS) {
         UseDebuggerOnly(log);
         if (log.configuredMask != 0) {
             WriteToDebugger(L"DebugLog: cannot open " + config.file + L", error " + std::to_wstring(error));
@@ -113,10 +126,11 @@ std::wstring ModulePath(HMODULE module) {
 
 void Write(Log& log, const std::wstring& line) {
     if (log.file.IsOpen()) {
-        if (log.file.WriteLine(line)) {
+        const DWORD error = log.file.Append(common::ToUtf8(line + L"\r\n"));
+        if (error == ERROR_SUCCESS) {
             return;
         }
-        const DWORD error = GetLastError();
+        log.file.Close(); // given up for good
         UseDebuggerOnly(log);
         WriteToDebugger(L"DebugLog: cannot write to the log file, error " + std::to_wstring(error));
     }

@@ -1,6 +1,7 @@
 #include "LogConfig.h"
 
-#include "../common/EnvironmentText.h"
+#include "common/Environment.h"
+#include "common/Files.h"
 
 #include <cwchar>
 
@@ -12,19 +13,6 @@ namespace {
 
 const wchar_t RegistryKey[] = L"SOFTWARE\\clusutil\\DebugLog";
 const DWORD MaxValueBytes = 0x10000; // the longest path there is
-
-// Empty when the variable is absent. An empty one counts as absent: that is how a command prompt removes one.
-std::wstring ReadVariable(const wchar_t* name) {
-    std::wstring value(256, L'\0');
-    for (;;) {
-        const DWORD length = GetEnvironmentVariableW(name, &value[0], static_cast<DWORD>(value.size()));
-        if (length < value.size()) {
-            value.resize(length);
-            return value;
-        }
-        value.resize(length);
-    }
-}
 
 std::wstring ReadRegistryText(const wchar_t* name) {
     HKEY key = nullptr;
@@ -51,28 +39,12 @@ std::wstring ReadRegistryText(const wchar_t* name) {
     }
     // The stored text may or may not include its terminator.
     value.resize(wcsnlen(value.c_str(), bytes / sizeof(wchar_t)));
-    return type == REG_EXPAND_SZ ? ExpandVariables(value) : value;
+    return type == REG_EXPAND_SZ ? common::ExpandVariables(value) : value;
 }
 
 std::wstring ReadSetting(const wchar_t* variable, const wchar_t* registryValue) {
-    const std::wstring value = ReadVariable(variable);
+    const std::wstring value = common::EnvironmentVariable(variable);
     return value.empty() ? ReadRegistryText(registryValue) : value;
-}
-
-// The file is opened later, possibly after the process has changed its current folder.
-std::wstring FullPath(const std::wstring& path) {
-    std::wstring full(MAX_PATH, L'\0');
-    for (;;) {
-        const DWORD length = GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), &full[0], nullptr);
-        if (length == 0) {
-            return path;
-        }
-        if (length < full.size()) {
-            full.resize(length);
-            return full;
-        }
-        full.resize(length);
-    }
 }
 
 bool ParseLevel(const std::wstring& word, unsigned int& mask) {
@@ -101,7 +73,8 @@ LogConfig ReadLogConfig() {
     LogConfig config;
     const std::wstring file = ReadSetting(L"CLUSUTIL_LOG_FILE", L"File");
     if (!file.empty()) {
-        config.file = FullPath(file);
+        // Opened later, possibly after the process has changed its current folder.
+        config.file = common::FullPath(file);
         config.mask = MaskAll;
     }
     unsigned int mask = 0;

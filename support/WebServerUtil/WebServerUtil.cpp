@@ -2,6 +2,8 @@
 
 #include "SiteLookup.h"
 
+#include "common/Files.h"
+
 #include <string>
 
 namespace {
@@ -11,29 +13,16 @@ const LONGLONG MaxFileSize = LONGLONG{256} * 1024 * 1024;
 
 // False when the file does not exist. Empty `bytes` when it exists but cannot be read.
 bool ReadFileBytes(const std::wstring& path, std::string& bytes) {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        const DWORD error = GetLastError();
-        return error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND;
-    }
-    struct Closer {
-        HANDLE file;
-        ~Closer() {
-            CloseHandle(file);
+    try {
+        const common::Handle file = common::OpenForReading(path);
+        LARGE_INTEGER size = {};
+        if (GetFileSizeEx(file.get(), &size) && size.QuadPart <= MaxFileSize) {
+            bytes = common::ReadToEnd(file, path);
         }
-    } const closer = {file};
-    LARGE_INTEGER size = {};
-    if (!GetFileSizeEx(file, &size) || size.QuadPart > MaxFileSize) {
         return true;
+    } catch (const common::FileError& error) {
+        return error.Code() != ERROR_FILE_NOT_FOUND && error.Code() != ERROR_PATH_NOT_FOUND;
     }
-    bytes.resize(static_cast<size_t>(size.QuadPart));
-    DWORD read = 0;
-    if (!bytes.empty() && !ReadFile(file, &bytes[0], static_cast<DWORD>(bytes.size()), &read, nullptr)) {
-        read = 0;
-    }
-    bytes.resize(read);
-    return true;
 }
 
 int FindSite(const std::wstring& homeDir) {

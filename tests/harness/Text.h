@@ -2,6 +2,8 @@
 #ifndef HARNESS_TEXT_H
 #define HARNESS_TEXT_H
 
+#include "common/Text.h"
+
 #include <string>
 #include <vector>
 
@@ -9,8 +11,12 @@ namespace harness {
 
 // "NULL" for a null pointer.
 std::string Utf8(const wchar_t* text);
-std::string Utf8(const std::wstring& text);
-std::wstring Utf16(const std::string& text);
+inline std::string Utf8(const std::wstring& text) {
+    return common::ToUtf8(text);
+}
+inline std::wstring Utf16(const std::string& text) {
+    return common::ToUtf16(text);
+}
 
 // Lines joined by line feeds, so that a failing comparison shows a line-by-line diff.
 std::string Lines(const std::vector<std::string>& lines);
