@@ -30,6 +30,7 @@ class Group:
     def __init__(self, note):
         self.note = note
         self.name = note.name
+        self.listing = self.program = None
         self.sources = []
         self.labels = ""
         for line in note.read_text().splitlines():
@@ -38,24 +39,25 @@ class Group:
                 self.listing = Path(value)
             elif kind == "labels":
                 self.labels = value
+            elif kind == "program":
+                self.program = Path(value)
             elif kind == "source":
                 self.sources.append(Path(value))
 
-    def is_listed(self, build_tree):
+    def is_listed(self):
         """Whether the listing names every test that the group has now."""
         if not self.listing.exists():
             return False
         if not self.sources:
             return True  # written by CMake
-        program = build_tree / "bin" / f"{self.name}.exe"
         headers = {header for source in self.sources for header in source.parent.glob("*.h")}
         newest = max(modified(file) for file in {*self.sources, *headers})
-        return (program.exists() and newest < modified(program) <= modified(self.listing)
+        return (self.program.exists() and newest < modified(self.program) <= modified(self.listing)
                 and modified(self.note) < modified(self.listing))
 
-    def registration(self, build_tree):
+    def registration(self):
         """A text for ctest that makes known what is known of the group's tests."""
-        if self.is_listed(build_tree):
+        if self.is_listed():
             return f'include("{self.listing}")\n'
         lines = [f"add_test([=[{self.name}/{name}]=] unknown)\n"
                  f'set_tests_properties([=[{self.name}/{name}]=] PROPERTIES LABELS "{self.labels}")\n'
@@ -141,7 +143,7 @@ def choose(build_tree, arguments):
         return None
     groups = [Group(note) for note in sorted((build_tree / "tests/groups").iterdir())]
     folder = build_tree / "tests/chosen"
-    chosen = ask_ctest(folder, [group.registration(build_tree) for group in groups], choosing)
+    chosen = ask_ctest(folder, [group.registration() for group in groups], choosing)
 
     pattern = None  # the last one counts
     by_label = []
@@ -153,7 +155,7 @@ def choose(build_tree, arguments):
     parts = alternatives(pattern) if pattern is not None else [""]
     names = [group.name for group in groups]
     doubtful = [group for group in groups
-                if not group.is_listed(build_tree) and group.may_hold_more()
+                if not group.is_listed() and group.may_hold_more()
                 and not all(is_beside(part, group.name, names) for part in parts)]
     stand_ins = [f'add_test({group.name}/ unknown)\nset_tests_properties({group.name}/ PROPERTIES LABELS "{group.labels}")\n'
                  for group in doubtful]

@@ -79,15 +79,43 @@ startWine() {
     cmake/wine-run --start "$winePrefix" 8>&-
 }
 
-# runTests PRESET [CTEST-ARGUMENT ...]: ctest's own output and exit code, then how to repeat what failed.
-runTests() {
-    local preset=$1 result=0 parallel failed
+# configureNative: the project of the core's native tests and fuzz targets, in build/native.
+configureNative() {
+    need cmake ninja-build clang libclang-rt-dev googletest
+    lockTree native
+    logged "Configuring the native core" build/native/configure.log cmake -S tests/native -B build/native -G Ninja \
+        -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug
+}
+
+# buildForTests TREE [CTEST-ARGUMENT ...]: builds what the chosen tests need. The names of their groups, or "all", are in
+# `testGroups` then.
+buildForTests() {
+    local tree=$1 targets
     shift
-    startWine "build/$preset/wineprefix"
+    testGroups=$(python3 scripts/choose_tests.py "build/$tree" "$@" | xargs)
+    if [ "$testGroups" = all ]; then
+        logged "Building $tree" "build/$tree/build.log" cmake --build "build/$tree" -j "$(jobs_)"
+    elif [ -n "$testGroups" ]; then
+        read -ra targets <<<"$testGroups"
+        logged "Building for $testGroups" "build/$tree/build.log" \
+            cmake --build "build/$tree" -j "$(jobs_)" --target "${targets[@]}"
+    fi
+}
+
+# runTests TREE [CTEST-ARGUMENT ...]: ctest's own output and exit code, then how to repeat what failed. Only the programs of
+# `testGroups` are looked at.
+runTests() {
+    local tree=$1 result=0 parallel failed
+    shift
     parallel=$(($(jobs_) * 3 / 2)) # most tests wait for Wine's server part of the time
-    failed="build/$preset/Testing/Temporary/LastTestsFailed.log"
+    failed="build/$tree/Testing/Temporary/LastTestsFailed.log"
     rm -f "$failed"
-    ctest --preset "$preset" -j "$((parallel < 2 ? 2 : parallel))" --no-tests=error "$@" 8>&- || result=$?
+    unset CLUSUTIL_TEST_GROUPS
+    if [ "$testGroups" != all ]; then
+        export CLUSUTIL_TEST_GROUPS=$testGroups
+    fi
+    ctest --test-dir "build/$tree" --output-on-failure -j "$((parallel < 2 ? 2 : parallel))" --no-tests=error "$@" 8>&- ||
+        result=$?
     if [ "$result" -ne 0 ] && [ -s "$failed" ]; then
         echo
         echo "Repeat one of them:"

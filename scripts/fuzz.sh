@@ -19,20 +19,20 @@ for source in tests/fuzz/*_fuzz.cpp; do
 done
 [ ${#targets[@]} -gt 0 ] || usageError "unknown fuzz target '$2'"
 
-logged "Configuring the fuzz targets" build/fuzz/configure.log \
-    cmake -S tests/fuzz -B build/fuzz -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug
-logged "Building the fuzz targets" build/fuzz/build.log \
-    cmake --build build/fuzz --target "${targets[@]/#/fuzz_}" -j "$(jobs_)"
+configureNative
+logged "Building the fuzz targets" build/native/fuzz.log \
+    cmake --build build/native --target "${targets[@]/#/fuzz_}" -j "$(jobs_)"
 
 result=0
 for target in "${targets[@]}"; do
     # New inputs go to the first folder; the committed seeds are read only.
+    program="build/native/bin/fuzz_$target"
     found="build/fuzz/corpus/$target"
     crashes="build/fuzz/crashes/$target"
     mkdir -p "$found" "$crashes"
     log="build/fuzz/$target.log"
     printf 'Fuzzing %s for %s s ... ' "$target" "$seconds"
-    if timeout "$((seconds + 120))" "build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+    if timeout "$((seconds + 120))" "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
         -max_len=24576 -print_final_stats=1 -artifact_prefix="$crashes/" "$found" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
         runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
         echo "no finding in ${runs:-0} runs"
@@ -41,7 +41,7 @@ for target in "${targets[@]}"; do
         result=1
         input=$(sed -n 's/.*Test unit written to //p' "$log" | tail -n 1)
         echo "FAILED"
-        { grep -vE '^#[0-9]+\s' "$log" | tail -n 60; echo; echo "Repeat it: build/fuzz/fuzz_$target $input"; } >&2
+        { grep -vE '^#[0-9]+\s' "$log" | tail -n 60; echo; echo "Repeat it: $program $input"; } >&2
     fi
 done
 exit "$result"

@@ -219,11 +219,11 @@ class ChosenTests(unittest.TestCase):
         self.add("b_test", "quick", "TEST_F(Values, AreShort) {}\nTEST_P(Values, Fit) {}\n")
         self.add("c_test", "sweep", "TEST(Sweep, Names) {}\n")
 
-    def add(self, name, label, text, program_age=None):
+    def add(self, name, label, text):
         source = self.tree / f"{name}.cpp"
         source.write_text(text)
         (self.tree / "tests/groups" / name).write_text(
-            f"listing {self.tree}/{name}.cmake\nlabels {label}\nsource {source}\n")
+            f"listing {self.tree}/{name}.cmake\nlabels {label}\nprogram {self.tree}/bin/{name}.exe\nsource {source}\n")
 
     def build(self, name, *tests):
         """As after a build and a run: the listing is newer than the program, which is newer than the sources."""
