@@ -13,7 +13,7 @@ sys.dont_write_bytecode = True
 from sources import ROOT, cell, product_sources, report, subject  # noqa: E402
 
 # The layers, from the bottom up: a folder or file; what else of the project it may include (folders and files); its subject.
-# Within a folder everything may be included. What lies below none of them fails the check.
+# Within a folder everything may be included. A file belongs to the first layer that it lies in; one in none fails the check.
 LAYERS = [
     ("common", [], "what simulators, `clusctl`, support and test tools share"),
     ("support/DebugLog", ["common"], "`DebugLog.dll`: interface and default implementation"),
@@ -25,7 +25,8 @@ LAYERS = [
      "public: servers, settings, the product's cluster resource"),
     ("include/clus_VeritasCluster.h", ["include/clus_Export.h"], "public: Veritas Cluster Server"),
     ("src/core", [], "pure functions; no platform header, compiled and fuzzed natively too"),
-    ("src/platform", ["src/core", "support/DebugLog/DebugLog.h"], "what stands around platform calls: owners, buffers, log lines, locks, processes"),
+    ("src/platform", ["src/core", "support/DebugLog/DebugLog.h"],
+     "what stands around platform calls: owners, buffers, log lines, locks, processes"),
     ("src/settings", ["src/core", "src/platform"], "the product's registry key and what is read there for all"),
     ("src/cluster", ["src/core", "src/platform", "src/settings", "include/clus_Cluster.h",
                      "support/CommonUtil/CommonUtil.h"], "the failover cluster classes"),
@@ -36,11 +37,15 @@ LAYERS = [
     ("src/veritas", ["src/core", "src/platform", "src/settings", "include/clus_VeritasCluster.h",
                      "support/CommonUtil/CommonUtil.h"], "Veritas Cluster Server"),
     ("simulator/cluster", ["common"], "the cluster API's drop-in simulator"),
+    ("simulator/veritas/configuration", [], "the text of a `main.cf`; no platform header, fuzzed natively"),
+    ("simulator/veritas/files", ["common", "simulator/veritas/configuration"], "the files of a simulated VCS cluster"),
     ("simulator/veritas", ["common"], "the VCS tools' simulator"),
-    ("tools/clusctl", ["common", "include", "support/DebugLog/DebugLog.h", "simulator/veritas"],
-     "the administrator's tool; of the VCS simulator only the rules of its files"),
+    ("tools/clusctl", ["common", "include", "support/DebugLog/DebugLog.h", "support/DebugLog/LogConfig.h",
+                       "support/DebugLog/LogLine.h", "simulator/veritas/configuration", "simulator/veritas/files"],
+     "the administrator's tool, which writes the log's file and copies the VCS simulator's"),
 ]
-STANDARD_ONLY = {"src/core"}  # of the headers in <> only those of the C++ standard library, which have no extension
+# Of the headers in <> only those of the C++ standard library, which have no extension.
+STANDARD_ONLY = {"src/core", "simulator/veritas/configuration"}
 SUBJECT_PER_FILE = ("src", "common")  # of the others the folder is enough
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)

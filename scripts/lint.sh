@@ -99,6 +99,14 @@ checkExamples() {
     python3 tests/scripts/checks_test.py >"$tree/checks_test.log" 2>&1 || cat "$tree/checks_test.log"
 }
 
+layers() {
+    python3 scripts/check_layers.py
+}
+
+duplicates() {
+    python3 scripts/check_duplicates.py
+}
+
 sizes() {
     python3 scripts/check_size.py
 }
@@ -141,6 +149,8 @@ check "every .cpp is in a CMake target" registered
 check "no leftovers, machine paths, tabs, trailing blanks" leftovers
 check "scripts parse and are executable" scripts
 check "examples of the checks (tests/scripts)" checkExamples
+check "includes keep to the layers (docs/architecture.md)" layers
+check "no six equal lines twice" duplicates
 check "files of 450 lines, functions of 80 at most" sizes
 check "one place for each log line (docs/log-places.md)" logPlaces
 check "public headers alone, C++11 to C++20, clang" headersAlone

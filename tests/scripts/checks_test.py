@@ -53,9 +53,9 @@ class Subject(unittest.TestCase):
 class Layers(unittest.TestCase):
     FILES = {name: "" for name in (
         "common/Text.h", "include/clus_Cluster.h", "include/clus_Export.h", "include/clus_VirtualServerUtil.h",
-        "simulator/cluster/Model.h", "simulator/veritas/CfReader.h", "simulator/veritas/Text.h", "src/cluster/Wait.h",
+        "simulator/cluster/Model.h", "simulator/veritas/configuration/CfReader.h", "simulator/veritas/Text.h", "src/cluster/Wait.h",
         "src/core/ValueList.h", "src/platform/Owner.h", "src/settings/ProductSettings.h", "src/veritas/Names.h",
-        "src/virtualserver/HostSettings.h", "support/DebugLog/DebugLog.h", "support/DebugLog/LogConfig.h")}
+        "src/virtualserver/HostSettings.h", "support/DebugLog/DebugLog.h", "simulator/veritas/State.h")}
 
     def problems(self, name, *lines):
         return check_layers.check_includes({**self.FILES, name: "\n".join(f"#include {line}" for line in lines) + "\n"})
@@ -67,7 +67,7 @@ class Layers(unittest.TestCase):
                            ("src/veritas/A.cpp", '"settings/ProductSettings.h"'), ("src/core/A.cpp", "<string>"),
                            ("src/platform/A.h", "<windows.h>"), ("simulator/cluster/A.cpp", '"common/Text.h"'),
                            ("tools/clusctl/A.cpp", "<clus_Cluster.h>"), ("tools/clusctl/A.cpp", '"DebugLog.h"'),
-                           ("tools/clusctl/A.cpp", '"CfReader.h"')):
+                           ("tools/clusctl/A.cpp", '"CfReader.h"'), ("simulator/veritas/A.cpp", '"CfReader.h"')):
             self.assertEqual(self.problems(name, line), [], (name, line))
 
     def test_arrows_up_and_across_fail(self):
@@ -78,8 +78,9 @@ class Layers(unittest.TestCase):
                            ("src/virtualserver/A.cpp", '"cluster/Wait.h"'), ("src/veritas/A.cpp", '"clus_Cluster.h"'),
                            ("src/veritas/A.cpp", '"virtualserver/HostSettings.h"'), ("src/veritas/A.cpp", '"common/Text.h"'),
                            ("common/A.cpp", '"core/ValueList.h"'), ("simulator/veritas/A.cpp", '"../cluster/Model.h"'),
-                           ("simulator/cluster/A.cpp", '"CfReader.h"'), ("support/CommonUtil/A.cpp", '"DebugLog.h"'),
-                           ("tools/clusctl/A.cpp", '"LogConfig.h"'), ("tools/clusctl/A.cpp", '"Model.h"'),
+                           ("simulator/cluster/A.cpp", '"CfReader.h"'), ("simulator/veritas/configuration/A.h", '"State.h"'),
+                           ("simulator/veritas/configuration/A.h", "<windows.h>"), ("support/CommonUtil/A.cpp", '"DebugLog.h"'),
+                           ("tools/clusctl/A.cpp", '"State.h"'), ("tools/clusctl/A.cpp", '"Model.h"'),
                            ("tools/clusctl/A.cpp", '"core/ValueList.h"'), ("include/clus_Cluster.h", '"clus_VirtualServerUtil.h"')):
             self.assertEqual(len(self.problems(name, line)), 1, (name, line))
 
