@@ -1,5 +1,7 @@
 #include "ToolRuns.h"
 
+#include "Text.h"
+
 #include <cstdlib>
 
 namespace {
@@ -12,7 +14,7 @@ const char LeavingText[] = "CVeritasCluster::ExecuteVeritasCommand_";
 
 // The text behind a mark; false when the line does not begin with it.
 bool TakeBehind(const std::string& line, const std::string& mark, std::string& text) {
-    if (line.compare(0, mark.size(), mark) != 0) {
+    if (!StartsWith(line, mark)) {
         return false;
     }
     text = line.substr(mark.size());
@@ -57,7 +59,7 @@ void ToolRuns::Take(const std::string& line) {
         }
     } else if (line == LeavingText) {
         run.isDone = true;
-    } else if (line.compare(0, 31, "Cannot get process exit code, e") == 0) {
+    } else if (StartsWith(line, "Cannot get process exit code, e")) {
         run.isStarted = true;
     }
 }

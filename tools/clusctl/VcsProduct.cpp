@@ -7,6 +7,7 @@
 #include "Text.h"
 #include "VcsDryRun.h"
 #include "VcsMode.h"
+#include "VcsRehearsal.h"
 #include "VcsServers.h"
 #include "VcsTools.h"
 
@@ -134,23 +135,14 @@ void CreateSet(const ProductCreateOptions& options, const CVeritasVirtualServerI
                                           plan.isAccountGiven ? plan.password.c_str() : nullptr);
 }
 
-// As the library does it, but the service is not waited for: there is none to wait for.
+// A group that is not online is not switched on by the library: nor is the host service waited for, which there is none
+// of in a rehearsal.
 void RehearseSet(const ProductCreateOptions& options, const Plan& plan) {
     CVeritasVirtualServerInfo info = plan.info;
     info.bGroupOnline = false;
     CreateSet(options, info, plan);
-    if (!plan.info.bGroupOnline) {
-        return;
-    }
-    const CVeritasCluster cluster;
-    const wchar_t* const node = plan.info.sOnlineNode.c_str();
-    cluster.TurnOnOrOffResource(info.sSAServiceResName.c_str(), node, true);
-    cluster.TurnOnOrOffResource(info.sHostServiceResName.c_str(), node, true);
-    if (options.quarantine) {
-        cluster.TurnOnOrOffResource(info.sQAVMonitorResName.c_str(), node, true);
-    }
-    if (options.remoteConfig) {
-        cluster.TurnOnOrOffResource(info.sRemoteConfigResName.c_str(), node, true);
+    if (plan.info.bGroupOnline) {
+        RehearseSwitchingOn(options, plan.info);
     }
 }
 
@@ -220,44 +212,6 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
         records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
     }
     return records;
-}
-
-// Tabs stay: they make up a main.cf.
-std::string PrintableLine(const std::string& line) {
-    std::string text;
-    for (size_t begin = 0; begin <= line.size();) {
-        const size_t end = std::min(line.find('\t', begin), line.size());
-        text += (begin == 0 ? "" : "\t") + Printable(line.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return text;
-}
-
-std::string Indented(const std::string& title, const Json& lines, const char* whenEmpty) {
-    std::string text = title + "\n";
-    for (const Json& line : lines) {
-        text += "  " + PrintableLine(line.get<std::string>()) + "\n";
-    }
-    if (lines.empty()) {
-        text += std::string("  ") + whenEmpty + "\n";
-    }
-    text.pop_back();
-    return text;
-}
-
-Report RehearsalReport(const std::vector<ToolRun>& runs, const VcsDryRun& dryRun) {
-    Json commands = Json::array();
-    for (const ToolRun& run : runs) {
-        commands.push_back(run.command);
-    }
-    Json difference = Json::array();
-    for (const std::string& line : dryRun.Difference()) {
-        difference.push_back(line);
-    }
-    Report report;
-    report.AddSentence("commands", commands, Indented("Commands:", commands, "none are known"));
-    report.AddSentence("difference", difference, Indented("Change of the configuration:", difference, "none"));
-    return report;
 }
 
 } // namespace

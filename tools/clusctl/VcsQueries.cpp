@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 #include "Text.h"
 #include "VcsCommands.h"
+#include "VcsServers.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
@@ -15,9 +16,6 @@ const Columns DependencyTitles = {
     {"dependsOn", "Depends on"},
     {"dependants", "Needed by"},
 };
-
-// A member of CVeritasCluster that lists names.
-typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePairList* filter) const;
 
 struct Kind {
     const char* name; // of the sub-command and in JSON
@@ -43,15 +41,7 @@ struct GroupService {
 };
 
 Report List(const LogCapture& log, const Kind& kind, const NameValuePairList& conditions) {
-    const std::string what = std::string("cannot list the ") + kind.name;
-    VcsNames names;
-    const ToolWatch watch(log);
-    const bool isListed = (CVeritasCluster().*kind.list)(names, conditions.empty() ? nullptr : &conditions);
-    watch.Require(isListed, what);
-    if (watch.HasMessage("50031")) { // no groups: its words were taken for names
-        names.clear();
-    }
-    watch.RequireNames(names, what);
+    const VcsNames names = ListVcsNames(log, kind.list, kind.name, conditions);
     Report report;
     report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
                     conditions.empty() ? std::string("There are none.") : std::string("None matches."));

@@ -47,26 +47,27 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
     return found;
 }
 
-VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
-    const std::string what = "cannot list the resources";
-    const NameValuePairList filter = {{GroupAttribute, group}};
+VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind, const NameValuePairList& filter) {
+    const std::string what = std::string("cannot list the ") + kind;
     VcsNames names;
     const ToolWatch watch(log);
-    const bool isListed = CVeritasCluster().EnumResourceNamesW(names, group.empty() ? nullptr : &filter);
-    watch.Require(isListed, what);
-    watch.RequireNames(names, what);
-    return names;
-}
-
-VcsNames ListVcsGroups(const LogCapture& log) {
-    const std::string what = "cannot list the groups";
-    VcsNames names;
-    const ToolWatch watch(log);
-    const bool isListed = CVeritasCluster().EnumGroupNames(names);
+    const bool isListed = (CVeritasCluster().*list)(names, filter.empty() ? nullptr : &filter);
     watch.Require(isListed, what);
     if (watch.HasMessage("50031")) { // no groups: its words were taken for names
         names.clear();
     }
     watch.RequireNames(names, what);
     return names;
+}
+
+VcsNames ListVcsResources(const LogCapture& log) {
+    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources");
+}
+
+VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
+    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", {{GroupAttribute, group}});
+}
+
+VcsNames ListVcsGroups(const LogCapture& log) {
+    return ListVcsNames(log, &CVeritasCluster::EnumGroupNames, "groups");
 }

@@ -27,8 +27,16 @@ struct RegistryReplication {
 };
 RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group);
 
-// All resources of a group, or of the cluster.
-VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group = std::wstring());
+// A member of CVeritasCluster that lists names.
+typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePairList* filter) const;
+
+// What it lists; `kind` is the word for it: "systems".
+VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind,
+                      const NameValuePairList& filter = NameValuePairList());
+
+// All resources of the cluster, or of a group.
+VcsNames ListVcsResources(const LogCapture& log);
+VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group);
 
 // The service groups.
 VcsNames ListVcsGroups(const LogCapture& log);

@@ -88,8 +88,8 @@ void Execute(const CommandLine& commandLine, const Stream& output, const Stream&
     Print(output, textOf(report));
 }
 
-void Run(CommandLine& commandLine, const std::vector<std::string>& arguments, const Stream& output,
-         const Stream& errors) {
+void Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, const Stream& output, const Stream& errors) {
+    TakePasswordFromEnvironment();
     AddServerCommands(commandLine);
     AddHostCommands(commandLine);
     AddClusterCommands(commandLine);
@@ -99,7 +99,11 @@ void Run(CommandLine& commandLine, const std::vector<std::string>& arguments, co
     AddSnapshotCommand(commandLine);
     AddVcsCommands(commandLine);
 
-    const std::string help = commandLine.Parse(arguments);
+    std::vector<std::string> texts;
+    for (int i = 1; i < argumentCount; ++i) {
+        texts.push_back(common::ToUtf8(arguments[i]));
+    }
+    const std::string help = commandLine.Parse(texts);
     if (help.empty()) {
         Execute(commandLine, output, errors);
     } else {
@@ -109,24 +113,17 @@ void Run(CommandLine& commandLine, const std::vector<std::string>& arguments, co
 
 } // namespace
 
-// The exit code is picked here and nowhere else: whatever cannot be done is thrown, as WrongUsage or as Failure.
+// The exit code is picked here and nowhere else: who cannot do what is asked throws.
 int wmain(int argumentCount, wchar_t** arguments) {
     const Stream output(STD_OUTPUT_HANDLE);
     const Stream errors(STD_ERROR_HANDLE);
+    CommandLine commandLine;
     try {
-        TakePasswordFromEnvironment();
-        std::vector<std::string> texts;
-        for (int i = 1; i < argumentCount; ++i) {
-            texts.push_back(common::ToUtf8(arguments[i]));
-        }
-        CommandLine commandLine;
-        try {
-            Run(commandLine, texts, output, errors);
-            return ExitDone;
-        } catch (const WrongUsage& wrong) {
-            errors.Write(commandLine.UsageText(wrong.what()));
-            return ExitUsage;
-        }
+        Run(commandLine, argumentCount, arguments, output, errors);
+        return ExitDone;
+    } catch (const WrongUsage& wrong) {
+        errors.Write(commandLine.UsageText(wrong.what()));
+        return ExitUsage;
     } catch (const std::exception& error) {
         errors.Write(std::string("clusctl: ") + error.what() + "\n");
         return ExitFailed;
