@@ -2,6 +2,8 @@
 #ifndef CLUSCTL_VCSDRYRUN_H
 #define CLUSCTL_VCSDRYRUN_H
 
+#include <ClusterFiles.h>
+
 #include <string>
 #include <vector>
 
@@ -22,13 +24,12 @@ public:
     std::vector<std::string> Difference() const;
 
 private:
-    void CopyBeside(const std::wstring& file, const wchar_t* suffix) const;
-    void CopyIncludes(const std::wstring& file) const;
+    void Copy(const vcssim::ClusterFiles& original);
     void DeleteCopy() const;
 
-    std::wstring m_folder;
-    std::wstring m_name; // of the main.cf
-    std::string m_before;
+    std::wstring m_folder; // with its separator
+    vcssim::ClusterFiles m_copy;
+    std::string m_before; // the configuration, without the change
 };
 
 #endif
