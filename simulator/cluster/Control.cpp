@@ -53,7 +53,12 @@ void ClusSimReset(void) {
 int ClusSimAddFault(const char* fault) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);
-    return fault && service.AddFault(fault) ? 1 : 0;
+    try {
+        service.AddFault(fault ? fault : "");
+        return 1;
+    } catch (const common::FaultError&) {
+        return 0;
+    }
 }
 
 void ClusSimClearFaults(void) {

@@ -3,7 +3,7 @@
 #include "common/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <iterator>
 
 namespace clussim {
 
@@ -50,63 +50,30 @@ const char* const Calls[] = {
     "ResUtilResourceTypesEqual",
 };
 
-// The whole text as a number, decimal or with 0x.
-bool ParseNumber(const std::string& text, unsigned long& number) {
-    if (text.empty() || text[0] < '0' || text[0] > '9') {
-        return false;
-    }
-    char* end = nullptr;
-    number = std::strtoul(text.c_str(), &end, 0);
-    return *end == '\0';
-}
-
 } // namespace
 
-bool ParseFault(const std::string& text, Fault& fault) {
-    fault = Fault();
-    // The code stands behind the last "=", the occurrence behind the last "#" before it: object names may hold either
-    // character.
-    const std::size_t equals = text.rfind('=');
-    if (equals == std::string::npos) {
-        return false;
+Fault ParseFault(const std::string& text) {
+    Fault fault;
+    fault.written = common::ParseFault(text);
+    const common::Fault& written = fault.written;
+    if (std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
+        throw common::FaultError("there is no call '" + written.call + "'");
     }
-    const std::string result = text.substr(equals + 1);
-    std::string what = text.substr(0, equals);
-    unsigned long number = 0;
-    if (result.compare(0, 6, "state:") == 0) {
-        const bool negative = result.compare(6, 1, "-") == 0;
-        if (!ParseNumber(result.substr(negative ? 7 : 6), number)) {
-            return false;
-        }
-        fault.forcesState = true;
-        fault.state = negative ? -static_cast<int>(number) : static_cast<int>(number);
-    } else if (!ParseNumber(result, fault.code)) {
-        return false;
+    if (written.output || written.random || written.repeat || written.kill || written.delayMs != 0 || written.hangs ||
+        written.toErrors || written.code.has_value() == written.state.has_value()) {
+        throw common::FaultError("a call takes a code, or GetClusterResourceState state:n");
     }
-    const std::size_t hash = what.rfind('#');
-    if (hash != std::string::npos) {
-        std::string occurrence = what.substr(hash + 1);
-        fault.onlyFirst = occurrence.empty() || occurrence.back() != '+';
-        if (!fault.onlyFirst) {
-            occurrence.pop_back();
-        }
-        if (!ParseNumber(occurrence, number) || number == 0) {
-            return false;
-        }
-        fault.first = number;
-        what.erase(hash);
+    if (written.code.value_or(0) < 0) {
+        throw common::FaultError("a code is not negative");
     }
-    const std::size_t at = what.find('@');
-    if (at != std::string::npos) {
-        fault.object = Folded(ToUtf16(what.substr(at + 1)));
-        if (fault.object.empty()) {
-            return false;
-        }
-        what.erase(at);
+    fault.object = Folded(ToUtf16(written.object));
+    fault.code = static_cast<Code>(written.code.value_or(0));
+    fault.forcesState = written.state.has_value();
+    fault.state = static_cast<int>(written.state.value_or(0));
+    if (fault.forcesState && written.call != "GetClusterResourceState") {
+        throw common::FaultError("only GetClusterResourceState takes a state");
     }
-    fault.call = what;
-    return std::find(std::begin(Calls), std::end(Calls), what) != std::end(Calls) &&
-           (!fault.forcesState || what == "GetClusterResourceState");
+    return fault;
 }
 
 void Faults::Add(const Fault& fault) {
@@ -125,7 +92,7 @@ void Faults::ClearModelFaults() {
 const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& objects) {
     const Fault* hit = nullptr;
     for (Fault& fault : m_faults) {
-        if (fault.call != call) {
+        if (fault.written.call != call) {
             continue;
         }
         if (!fault.object.empty() && std::none_of(objects.begin(), objects.end(), [&](const std::wstring& object) {
@@ -133,8 +100,7 @@ const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& obje
             })) {
             continue;
         }
-        ++fault.seen;
-        if (!hit && (fault.onlyFirst ? fault.seen == fault.first : fault.seen >= fault.first)) {
+        if (fault.written.Occurs() && !hit) {
             hit = &fault;
         }
     }

@@ -1,8 +1,10 @@
-// Faults on demand: "call@object#n=code".
+// Faults on demand: "call@object#n=code"; docs/faults.md.
 #ifndef CLUSSIM_FAULTS_H
 #define CLUSSIM_FAULTS_H
 
 #include "Model.h"
+
+#include "common/FaultGrammar.h"
 
 #include <string>
 #include <vector>
@@ -10,19 +12,16 @@
 namespace clussim {
 
 struct Fault {
-    std::string call;
-    std::wstring object;    // folded; empty: whatever the object is
-    std::size_t first = 1;  // occurrence of a matching call
-    bool onlyFirst = false; // else from then on
+    common::Fault written;
+    std::wstring object; // folded; empty: whatever the object is
     Code code = 0;
     bool forcesState = false; // "state:130": the call succeeds and gives this state
     int state = 0;
     bool isOfModel = false; // given by the model, and gone with it
-    std::size_t seen = 0;
 };
 
-// False when the text is malformed.
-bool ParseFault(const std::string& text, Fault& fault);
+// Throws common::FaultError.
+Fault ParseFault(const std::string& text);
 
 class Faults {
 public:

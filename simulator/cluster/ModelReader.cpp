@@ -130,8 +130,9 @@ public:
         }
         reader.Each("faults", [this](const Json& item, const std::string& place) {
             const std::string fault = TextItem(item, place);
-            Fault parsed;
-            if (!ParseFault(fault, parsed)) {
+            try {
+                ParseFault(fault);
+            } catch (const common::FaultError&) {
                 Fail(place, "a fault like call@object#n=code is expected");
             }
             m_model.faults.push_back(fault);

@@ -33,8 +33,13 @@ void Service::LoadConfiguration() {
         const std::size_t end = std::min(faults.find(';', start), faults.size());
         const std::string text = faults.substr(start, end - start);
         const std::size_t first = text.find_first_not_of(' ');
-        if (first != std::string::npos && !AddFault(text.c_str() + first)) {
-            std::fprintf(stderr, "clussim: CLUSSIM_FAULTS: \"%s\" is no fault like call@object#n=code\n", text.c_str());
+        try {
+            if (first != std::string::npos) {
+                AddFault(text.substr(first));
+            }
+        } catch (const common::FaultError& error) {
+            std::fprintf(stderr, "clussim: CLUSSIM_FAULTS: \"%s\" is no fault like call@object#n=code: %s\n",
+                         text.c_str(), error.what());
         }
         start = end + 1;
     }
@@ -137,19 +142,13 @@ void Service::Reset() {
     handles.ForgetBadCalls();
 }
 
-bool Service::AddFault(const char* text) {
-    Fault fault;
-    if (!ParseFault(text, fault)) {
-        return false;
-    }
-    m_faults.Add(fault);
-    return true;
+void Service::AddFault(const std::string& text) {
+    m_faults.Add(ParseFault(text));
 }
 
 void Service::AddModelFaults(const Model& model) {
     for (const std::string& text : model.faults) {
-        Fault fault;
-        ParseFault(text, fault);
+        Fault fault = ParseFault(text);
         fault.isOfModel = true;
         m_faults.Add(fault);
     }

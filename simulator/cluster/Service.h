@@ -55,7 +55,7 @@ public:
     bool LoadModel(const char* json, std::string& error);
     std::string ReadModel();
     void Reset();
-    bool AddFault(const char* text);
+    void AddFault(const std::string& text); // throws common::FaultError
     void ClearFaults();
     void UseManualClock();
     void AdvanceClock(unsigned milliseconds);

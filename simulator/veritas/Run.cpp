@@ -52,8 +52,8 @@ void WriteJournal(const std::wstring& path, const std::string& tool, const std::
 }
 
 // The fault of this run, or null. The counts of earlier runs lie beside the file.
-std::unique_ptr<ToolFault> FindFault(const std::wstring& path, const std::string& tool,
-                                     const std::vector<std::string>& arguments) {
+std::unique_ptr<common::Fault> FindFault(const std::wstring& path, const std::string& tool,
+                                         const std::vector<std::string>& arguments) {
     if (path.empty()) {
         return nullptr;
     }
@@ -64,9 +64,9 @@ std::unique_ptr<ToolFault> FindFault(const std::wstring& path, const std::string
     if (common::FileExists(countsPath)) {
         faults.SetCounts(common::ReadWholeFile(countsPath));
     }
-    const ToolFault* const hit = faults.Hit(tool, arguments);
+    const common::Fault* const hit = faults.Hit(tool, arguments);
     common::WriteWholeFile(countsPath, faults.Counts());
-    return hit ? std::make_unique<ToolFault>(*hit) : nullptr;
+    return hit ? std::make_unique<common::Fault>(*hit) : nullptr;
 }
 
 bool WriteBytes(DWORD stream, const char* bytes, std::size_t count) {
@@ -94,13 +94,14 @@ void WritePieces(const std::vector<OutputPiece>& pieces, std::size_t limit) {
 }
 
 int Finish(const Environment& environment, const std::string& tool, const std::vector<std::string>& arguments,
-           const std::vector<OutputPiece>& pieces, int exitCode, const ToolFault* fault) {
+           const std::vector<OutputPiece>& pieces, int exitCode, const common::Fault* fault) {
     std::string joined;
     for (const OutputPiece& piece : pieces) {
         joined += piece.text;
     }
-    const bool killed = fault && fault->kills;
-    const std::size_t printed = killed ? std::min(joined.size(), fault->kill) : joined.size();
+    const bool killed = fault && fault->kill;
+    const std::size_t printed =
+        killed ? static_cast<std::size_t>(std::min<std::uint64_t>(joined.size(), *fault->kill)) : joined.size();
     // A secret that is printed in part is none of the journal's business either: masked first, cut then.
     std::string shown = WithoutSecrets(tool, arguments, joined);
     if (killed) {
@@ -144,7 +145,7 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
 
 int RunTool(const std::string& tool, const std::vector<std::string>& arguments) {
     Environment environment;
-    std::unique_ptr<ToolFault> fault;
+    std::unique_ptr<common::Fault> fault;
     try {
         environment = ReadEnvironment();
         fault = FindFault(environment.faults, tool, arguments);
@@ -161,9 +162,9 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
             WriteJournal(environment.journal, tool, arguments, nullptr, "");
             Sleep(INFINITE);
         }
-        if (fault->replacesOutput) {
-            return Finish(environment, tool, arguments, {{fault->toErrors, fault->output}},
-                          fault->setsExit ? fault->exit : 0, fault.get());
+        if (TakesItsPlace(*fault)) {
+            return Finish(environment, tool, arguments, {{fault->toErrors, PrintedBy(*fault)}},
+                          static_cast<int>(fault->code.value_or(0)), fault.get());
         }
     }
     const Output output = RunCommand(tool, arguments, environment);

@@ -139,6 +139,14 @@ TEST_F(Fault, MalformedTextsAreRefused) {
     EXPECT_TRUE(Accepts("OpenClusterResource@a=b#c#3+=5")) << "names may hold the separators";
 }
 
+TEST_F(Fault, EffectsThatNoCallHasAreRefused) {
+    for (const char* text :
+         {"OpenCluster=-5", "OpenCluster=hang", "OpenCluster=5,kill:1", "OpenCluster=5,delay_ms:1",
+          "OpenCluster=output:\"x\"", "GetClusterResourceState=5,state:2", "*=5", "OpenCluster=5x"}) {
+        EXPECT_FALSE(Accepts(text)) << text;
+    }
+}
+
 class Journal : public Fault {};
 
 TEST_F(Journal, EachCallIsALineWithArgumentsAndResult) {

@@ -207,7 +207,8 @@ TEST_F(ModelFile, FaultsComeFromTheEnvironmentAndTheFile) {
     variables[L"CLUSSIM_FAULTS"] = L"Nonsense";
     Child child(L"online \"EVS1 SA\"", variables);
     EXPECT_EQ(child.Wait(), 0u);
-    EXPECT_THAT(child.Errors(), HasSubstr("CLUSSIM_FAULTS: \"Nonsense\""));
+    EXPECT_THAT(child.Errors(),
+                HasSubstr("CLUSSIM_FAULTS: \"Nonsense\" is no fault like call@object#n=code: there is"));
     Write(Replaced(MailCluster, "\"nodes\":", "\"faults\": [\"OnlineClusterResource=1\"], \"nodes\":"));
     EXPECT_EQ(Child(L"online \"EVS1 SA\"", OnFile()).Wait(), 1u);
 }

@@ -72,7 +72,24 @@ TEST(ToolFaults, HitByToolArgumentsAndCount) {
     ASSERT_NE(later.Hit("hares", {"-add", "c"}), nullptr);
     EXPECT_EQ(later.Hit("hares", {"-add", "d"}), nullptr);
     ASSERT_NE(faults.Hit("hasys", {}), nullptr);
-    EXPECT_EQ(faults.Hit("hasys", {"-list"})->exit, 7);
+    EXPECT_EQ(faults.Hit("hasys", {"-list"})->code, 7);
+}
+
+TEST(ToolFaults, PrintTextsAndRandomBytesRepeatedly) {
+    const auto printed = [](const char* fault) { return vcssim::PrintedBy(common::ParseFault(fault)); };
+    EXPECT_EQ(printed("hares=5"), "");
+    EXPECT_EQ(printed("hares=output:\"ab\",repeat:3"), "ababab");
+    EXPECT_EQ(printed("hares=output:\"ab\",repeat:0"), "ab");
+    const std::string bytes = printed("hares=output:\"ab\",random:100,repeat:2");
+    ASSERT_EQ(bytes.size(), 204u);
+    EXPECT_EQ(bytes.substr(0, 102), bytes.substr(102));
+    EXPECT_EQ(bytes.substr(0, 2), "ab");
+    for (const char* fault : {"hares=5", "hares=output:\"\"", "hares=random:1"}) {
+        EXPECT_TRUE(vcssim::TakesItsPlace(common::ParseFault(fault))) << fault;
+    }
+    for (const char* fault : {"hares=kill:1", "hares=delay_ms:1", "hares=hang"}) {
+        EXPECT_FALSE(vcssim::TakesItsPlace(common::ParseFault(fault))) << fault;
+    }
 }
 
 TEST(ToolFaults, RefuseWhatTheyDoNotKnow) {

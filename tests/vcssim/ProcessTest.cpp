@@ -217,6 +217,22 @@ TEST_F(ProcessTest, PrintsWhatAFaultSays) {
     EXPECT_EQ(m_processExit, 0u);
 }
 
+TEST_F(ProcessTest, TakesFaultsOneALineToo) {
+    UseFaults("// as in the cluster simulator\n"
+              "hares@-list Type=*#2=5,output:\"half a li\"\n"
+              "hasys@-list*#2+=output:\"a\\r\\nb\",repeat:3,stream:errors\n"
+              "hagrp=kill:8\n");
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n");
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "half a li");
+    EXPECT_EQ(m_processExit, 5u);
+    EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "a\r\nba\r\nba\r\nb");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "a\r\nba\r\nba\r\nb");
+    EXPECT_EQ(m_processExit, 0u);
+    EXPECT_EQ(RunProcess(L"hagrp -list Parallel=0").size(), 8u);
+}
+
 TEST_F(ProcessTest, DoesNothingWhenAFaultTakesItsPlace) {
     UseFaults(R"([{"tool": "hares", "exit": 9}])");
     EXPECT_EQ(RunProcess(L"hares -modify G-IP Address 1"), "");
@@ -270,5 +286,11 @@ TEST_F(ProcessTest, SaysThatThereIsNotEnoughMemory) {
 TEST_F(ProcessTest, SaysWhatIsWrongWithTheFaults) {
     UseFaults("[{\"colour\": 1}]");
     EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("fault 0: there is no member 'colour'\n"));
+    EXPECT_EQ(m_processExit, 2u);
+    UseFaults("\nhasys=colour:1\n");
+    EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("line 2: there is no effect 'colour:1'\n"));
+    EXPECT_EQ(m_processExit, 2u);
+    UseFaults("hasys=state:1");
+    EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("state: a tool has none\n"));
     EXPECT_EQ(m_processExit, 2u);
 }
