@@ -6,7 +6,8 @@ usage: choose_tests.py BUILD_TREE [CTEST-ARGUMENT ...]
 Prints the names of the groups, which are targets of the configured build tree too, or "all". ctest itself makes the choice, among
 the names of the tests that are known before anything is built: those of the last build of a program, as long as its test
 sources are older, or else those read from the sources. Where a name is not known before the program runs (tests with
-parameters), the program counts as chosen unless the choice begins with the name of another one, as in 'core_test/'.
+parameters), the program counts as chosen unless the choice begins with the name of another one, of this build tree or one
+beside it, as in 'core_test/'.
 """
 import json
 import re
@@ -153,7 +154,7 @@ def choose(build_tree, arguments):
         elif option in ("-L", "-LE"):
             by_label += [option, value]
     parts = alternatives(pattern) if pattern is not None else [""]
-    names = [group.name for group in groups]
+    names = {note.name for note in build_tree.parent.glob("*/tests/groups/*")}
     doubtful = [group for group in groups
                 if not group.is_listed() and group.may_hold_more()
                 and not all(is_beside(part, group.name, names) for part in parts)]

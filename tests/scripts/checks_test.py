@@ -213,8 +213,9 @@ class ChosenTests(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        self.tree = Path(folder.name)
+        self.tree = Path(folder.name) / "tree"
         (self.tree / "tests/groups").mkdir(parents=True)
+        (self.tree.parent / "beside/tests/groups/d_native").mkdir(parents=True)
         (self.tree / "bin").mkdir()
         self.add("a_test", "quick", "TEST(Names, AreShort) {}\nTEST_F(Lists,\n    DISABLED_AreLong) {}\n")
         self.add("b_test", "quick", "TEST_F(Values, AreShort) {}\nTEST_P(Values, Fit) {}\n")
@@ -256,6 +257,7 @@ class ChosenTests(unittest.TestCase):
         self.assertEqual(self.chosen("-R", "a_test/|Sweep"), {"a_test", "b_test", "c_test"})
         self.assertEqual(self.chosen("-R", "^(a|c)_test/"), {"a_test", "c_test"})
         self.assertEqual(self.chosen("-R", "^(b_test/Values|x)/9"), {"b_test"})
+        self.assertEqual(self.chosen("-R", "d_native/Sweep"), set())
 
     def test_a_listing_ends_the_doubt(self):
         self.build("b_test", "Values.AreShort", "Some/Values.Fit/9")
