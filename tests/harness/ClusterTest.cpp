@@ -27,6 +27,15 @@ IsolatedRegistry& LibraryTest::Registry() {
     return *m_registry;
 }
 
+void LibraryTest::TearDown() {
+    while (!m_atEnd.empty()) {
+        const std::function<void()> action = std::move(m_atEnd.back());
+        m_atEnd.pop_back();
+        action();
+    }
+    Audit();
+}
+
 BOOL LibraryTest::ComputerName(LPWSTR text, LPDWORD cch) const {
     if (m_computerName.size() >= *cch) {
         *cch = static_cast<DWORD>(m_computerName.size() + 1);

@@ -12,37 +12,37 @@
 #include "LogRecorder.h"
 #include "ModelBuilder.h"
 #include "PlatformTap.h"
+#include "Rows.h"
 #include "Simulator.h"
 #include "Text.h"
+#include "Texts.h"
 #include "Watchdog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace harness {
 
 // Shows up as the last-error value where a test wants to see one kept or replaced.
 const DWORD ImpossibleCode = 0x0BADC0DE;
 
+// What the fixtures offer is public: helpers that tests compose get the fixture as an argument.
 class LibraryTest : public ::testing::Test {
-protected:
-    LibraryTest();
-    ~LibraryTest() override;
-
-    void SetUp() override {
-    }
-    void TearDown() override {
-        Audit();
-    }
-
+public:
     // Log and journal since they were taken last.
     std::string TakeLog() {
         return m_log.TakeLog();
     }
     std::string TakeJournal() {
         return m_platform.TakeJournal();
+    }
+    // Information, warnings and errors of the log since it was taken last; entries and leavings are left out.
+    Texts TakeMessages() {
+        return m_log.TakeMessages();
     }
     void Forget() {
         TakeLog();
@@ -70,9 +70,19 @@ protected:
     // That nothing is left behind. Runs at the end of each test, and after each run of a sweep.
     virtual void Audit();
 
-private:
-    friend class SweepAccess;
+    // Runs at the test's end, before the audit: for helpers that hold something of the library. What came last goes
+    // first.
+    void AtEnd(std::function<void()> action) {
+        m_atEnd.push_back(std::move(action));
+    }
 
+protected:
+    LibraryTest();
+    ~LibraryTest() override;
+
+    void TearDown() override;
+
+private:
     BOOL ComputerName(LPWSTR text, LPDWORD cch) const;
 
     Watchdog m_watchdog;
@@ -83,13 +93,11 @@ private:
     PlatformTap m_platform;
     LogRecorder m_log;
     std::unique_ptr<IsolatedRegistry> m_registry;
+    std::vector<std::function<void()>> m_atEnd;
 };
 
 class ClusterTest : public LibraryTest {
-protected:
-    ClusterTest();
-    ~ClusterTest() override;
-
+public:
     // Replaces the simulated cluster; log, journal and faults start anew.
     void Load(const ModelBuilder& model);
     void LoadJson(const std::string& json);
@@ -110,6 +118,10 @@ protected:
     }
 
     void Audit() override;
+
+protected:
+    ClusterTest();
+    ~ClusterTest() override;
 
 private:
     Simulator m_simulator;

@@ -5,10 +5,10 @@
 
 namespace harness {
 
-bool SweepAccess::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode) {
-    LogRecorder& log = m_test.m_log;
-    PlatformTap& platform = m_test.m_platform;
-    HeapTap& heap = m_test.m_heap;
+bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode) {
+    LogRecorder& log = m_test.Log();
+    PlatformTap& platform = m_test.Platform();
+    HeapTap& heap = m_test.Heap();
 
     sweep.prepare();
     log.TakeLog();
@@ -55,7 +55,7 @@ bool SweepAccess::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode m
     return run.faulted;
 }
 
-void SweepAccess::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode) {
+void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode) {
     for (unsigned n = 1; n <= sweep.limit; n += sweep.step) {
         if (!RunOnce(sweep, what, n, mode)) {
             // An operation may do without memory, but not without the platform.
@@ -69,7 +69,7 @@ void SweepAccess::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode 
     ADD_FAILURE() << "still failing at n = " << sweep.limit;
 }
 
-void SweepAccess::Run(const Sweep& sweep) {
+void SweepRuns::Run(const Sweep& sweep) {
     RunOnce(sweep, What::Call, 0, FaultMode::Once); // what is made once per process is made here
     if (::testing::Test::HasFailure()) {
         return;

@@ -37,10 +37,10 @@ struct Sweep {
     DWORD code = ERROR_ACCESS_DENIED; // of failing platform calls
 };
 
-// Gives the fixture's parts to FaultSweep.
-class SweepAccess {
+// What FaultSweep does with a fixture.
+class SweepRuns {
 public:
-    explicit SweepAccess(LibraryTest& test) : m_test(test) {
+    explicit SweepRuns(LibraryTest& test) : m_test(test) {
     }
     void Run(const Sweep& sweep);
 
@@ -57,8 +57,8 @@ private:
     LibraryTest& m_test;
 };
 
-template <typename Fixture> void FaultSweep(Fixture& test, const Sweep& sweep) {
-    SweepAccess(test).Run(sweep);
+inline void FaultSweep(LibraryTest& test, const Sweep& sweep) {
+    SweepRuns(test).Run(sweep);
 }
 
 } // namespace harness

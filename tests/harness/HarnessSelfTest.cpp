@@ -55,9 +55,9 @@ ModelBuilder SmallCluster() {
     return GivenCluster().Node("NODE-A").Node("NODE-B").Group("EVS1", "NODE-A").NetworkName("EVS1 Name", "EVS1");
 }
 
-class HarnessClusterTest : public ClusterTest {};
+using HarnessFixture = ClusterTest;
 
-TEST_F(HarnessClusterTest, LogAndJournalAreCompactText) {
+TEST_F(HarnessFixture, LogAndJournalAreCompactText) {
     Load(SmallCluster());
     {
         CCluster cluster;
@@ -73,7 +73,37 @@ TEST_F(HarnessClusterTest, LogAndJournalAreCompactText) {
               Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()", "E Open resource failed:EVS2, err=5007"}));
 }
 
-TEST_F(HarnessClusterTest, AFailedCallIsNotPassedOn) {
+TEST_F(HarnessFixture, MessagesAreTheLogWithoutEntriesAndLeavings) {
+    Load(SmallCluster());
+    CCluster cluster;
+    CClusterResource missing;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    EXPECT_FALSE(cluster.OpenResourceByName(missing, L"EVS2"));
+    EXPECT_EQ(TakeMessages(), Texts{"E Open resource failed:EVS2, err=5007"});
+    EXPECT_EQ(TakeLog(), "");
+}
+
+TEST_F(HarnessFixture, CallsAreCountedByTheBeginningOfTheirLine) {
+    Load(SmallCluster());
+    CCluster cluster;
+    CClusterResource resource;
+    ASSERT_TRUE(cluster.OpenByLPC());
+    Platform().FailCall("OpenClusterResource", ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(cluster.OpenResourceByName(resource, L"EVS1 Name"));
+    EXPECT_TRUE(cluster.OpenResourceByName(resource, L"EVS1 Name"));
+    EXPECT_EQ(Platform().CountCalls("OpenClusterResource("), 2u);
+    EXPECT_EQ(Platform().CountCalls("OpenClusterResource(EVS1 Name)\n"), 1u);
+    EXPECT_EQ(Platform().CountCalls("ClusterResource"), 0u);
+}
+
+TEST_F(HarnessFixture, WhatIsLeftForTheEndRunsLastInFirstOut) {
+    const auto order = std::make_shared<std::string>();
+    AtEnd([order] { EXPECT_EQ(*order, "third second "); });
+    AtEnd([order] { *order += "second "; });
+    AtEnd([order] { *order += "third "; });
+}
+
+TEST_F(HarnessFixture, AFailedCallIsNotPassedOn) {
     Load(SmallCluster());
     Platform().FailCall("OpenCluster", 1753, 2);
     CCluster first;
@@ -84,7 +114,7 @@ TEST_F(HarnessClusterTest, AFailedCallIsNotPassedOn) {
     EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "OpenCluster()=1753"}));
 }
 
-TEST_F(HarnessClusterTest, AFailingCloseStillCloses) {
+TEST_F(HarnessFixture, AFailingCloseStillCloses) {
     Load(SmallCluster());
     Platform().FailCall("CloseCluster", 6);
     {
@@ -94,7 +124,7 @@ TEST_F(HarnessClusterTest, AFailingCloseStillCloses) {
     EXPECT_EQ(TakeJournal(), Lines({"OpenCluster()", "CloseCluster()=6"}));
 }
 
-TEST_F(HarnessClusterTest, AuditFindsAHandleLeftOpen) {
+TEST_F(HarnessFixture, AuditFindsAHandleLeftOpen) {
     Load(SmallCluster());
     CCluster cluster;
     ASSERT_TRUE(cluster.OpenByLPC());
@@ -109,7 +139,7 @@ TEST_F(HarnessClusterTest, AuditFindsAHandleLeftOpen) {
     EXPECT_THAT(failures.GetTestPartResult(0).message(), ::testing::HasSubstr("cluster handles left open"));
 }
 
-TEST_F(HarnessClusterTest, AFailingLocalAllocIsSeenByTheLibrary) {
+TEST_F(HarnessFixture, AFailingLocalAllocIsSeenByTheLibrary) {
     Load(SmallCluster());
     CCluster cluster;
     ASSERT_TRUE(cluster.OpenByLPC());
@@ -119,7 +149,7 @@ TEST_F(HarnessClusterTest, AFailingLocalAllocIsSeenByTheLibrary) {
     EXPECT_TRUE(Heap().Fired());
 }
 
-TEST_F(HarnessClusterTest, ASweepMeetsEveryCallAndEveryAllocation) {
+TEST_F(HarnessFixture, ASweepMeetsEveryCallAndEveryAllocation) {
     int callRuns = 0;
     int allocationRuns = 0;
     int good = 0;
@@ -148,7 +178,7 @@ TEST_F(HarnessClusterTest, ASweepMeetsEveryCallAndEveryAllocation) {
     EXPECT_EQ(good, 5);
 }
 
-TEST_F(HarnessClusterTest, ASweepReportsWhatIsLeftBehind) {
+TEST_F(HarnessFixture, ASweepReportsWhatIsLeftBehind) {
     std::vector<HCLUSTER> handles;
     std::vector<int*> blocks;
     Sweep leaking;
@@ -183,7 +213,7 @@ TEST_F(HarnessClusterTest, ASweepReportsWhatIsLeftBehind) {
     }
 }
 
-TEST(WatchdogDeathTest, NamesTheHangingTestAndEndsTheProcessWithItsOwnCode) {
+TEST(Watchdog, NamesTheHangingTestAndEndsTheProcessWithItsOwnCode) {
     const auto hang = [] {
         const Watchdog watchdog("Suite.Name", 100);
         Sleep(30000);
@@ -191,7 +221,7 @@ TEST(WatchdogDeathTest, NamesTheHangingTestAndEndsTheProcessWithItsOwnCode) {
     EXPECT_EXIT(hang(), ::testing::ExitedWithCode(WatchdogExitCode), "watchdog: Suite.Name hangs");
 }
 
-TEST_F(HarnessClusterTest, SleepAdvancesTheClusterClockOnly) {
+TEST_F(HarnessFixture, SleepAdvancesTheClusterClockOnly) {
     Load(SmallCluster());
     const auto sleepEntries = FindImports(LibraryModule(), "kernel32.dll", "Sleep");
     if (sleepEntries.empty()) {

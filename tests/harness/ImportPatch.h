@@ -21,6 +21,17 @@ namespace harness {
 // Stands for the C runtime whichever DLL it is: msvcrt.dll, ucrtbase.dll, or the api-ms-win-crt sets that lead to it.
 extern const char AnyCRuntime[];
 
+// The decorated name that this compiler gives an export.
+constexpr const char* Decorated(const char* itanium, const char* microsoft) {
+#if defined(__MINGW32__)
+    static_cast<void>(microsoft);
+    return itanium;
+#else
+    static_cast<void>(itanium);
+    return microsoft;
+#endif
+}
+
 // The entries of a module's import table that hold one function. `dll` may be AnyCRuntime. All import descriptors are
 // searched; the DLL name compares without case, the export name exactly.
 std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name);

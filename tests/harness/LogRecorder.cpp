@@ -90,6 +90,19 @@ std::string LogRecorder::TakeLog() {
     return Lines(lines);
 }
 
+std::vector<std::string> LogRecorder::TakeMessages() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::string> messages;
+    for (const LogLine& line : m_lines) {
+        const std::string text = line.Compact();
+        if (text[0] != '>' && text[0] != '<') {
+            messages.push_back(text);
+        }
+    }
+    m_lines.clear();
+    return messages;
+}
+
 void LogRecorder::Add(LogLine line, const void* module) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (module != LibraryModule() || line.line <= 0 || !IsKnownTag(line.sourceTag)) {

@@ -33,6 +33,8 @@ public:
     }
     // The log since the last call in compact form.
     std::string TakeLog();
+    // The same without entries and leavings, line by line.
+    std::vector<std::string> TakeMessages();
 
     // Lines with another module handle than clusutil.dll's, without a source line, or with an unknown source tag:
     // described, empty when all is well.

@@ -1,5 +1,7 @@
 #include "PlatformTap.h"
 
+#include <algorithm>
+
 namespace harness {
 
 PlatformTap::PlatformTap() {
@@ -20,6 +22,14 @@ std::string PlatformTap::TakeJournal() {
     const std::string text = Lines(m_journal);
     m_journal.clear();
     return text;
+}
+
+std::size_t PlatformTap::CountCalls(const std::string& beginning) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<std::size_t>(
+        std::count_if(m_journal.begin(), m_journal.end(), [&beginning](const std::string& line) {
+            return (line + "\n").compare(0, beginning.size(), beginning) == 0;
+        }));
 }
 
 void PlatformTap::FailCall(const std::string& call, DWORD code, unsigned occurrence, FaultMode mode) {

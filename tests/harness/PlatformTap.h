@@ -70,6 +70,9 @@ public:
     const std::vector<std::string>& Journal() const {
         return m_journal;
     }
+    // How many of its lines, line feed included, begin so: "CloseHandle(" counts failing calls too, "CloseHandle()\n"
+    // only those that succeeded.
+    std::size_t CountCalls(const std::string& beginning) const;
 
     // Makes a call fail. `call` is a function's name, or a journal line without its result, such as
     // "OpenClusterResource(EVS1 Disk)". The occurrence counts from now on: the n-th only, or all from it on.

@@ -3,13 +3,9 @@
 
 #include <gtest/gtest-spi.h>
 
-#include "clus_VeritasCluster.h"
-
 using namespace harness;
 
 namespace {
-
-typedef std::vector<std::wstring> Names;
 
 class HarnessToolScript : public VeritasTest {
 protected:
@@ -33,8 +29,6 @@ protected:
         }
         return messages;
     }
-
-    CVeritasCluster cluster;
 };
 
 TEST_F(HarnessToolScript, AnswersACommandLineAndRecordsTheRun) {

@@ -1,4 +1,4 @@
-// The fixture for what runs VCS tools: a private folder as current directory, and scripted tools.
+// The fixture for what runs VCS tools: a VCS cluster, a private folder as current directory, and scripted tools.
 //
 // After each test (and each run of a sweep) also checks that the folder is empty, that no child process lives, and that
 // every command was scripted.
@@ -9,13 +9,12 @@
 #include "PrivateFolder.h"
 #include "ToolScript.h"
 
+#include "clus_VeritasCluster.h"
+
 namespace harness {
 
 class VeritasTest : public LibraryTest {
-protected:
-    VeritasTest();
-    ~VeritasTest() override;
-
+public:
     // As in LibraryTest, with ha-XXXX.tmp for the names of capture files.
     std::string TakeLog() {
         return WithoutTempNames(LibraryTest::TakeLog());
@@ -34,6 +33,11 @@ protected:
     void Audit() override;
 
     ToolScript tools;
+    const CVeritasCluster cluster;
+
+protected:
+    VeritasTest();
+    ~VeritasTest() override;
 
 private:
     PrivateFolder m_folder;

@@ -30,7 +30,7 @@ Texts Start(const std::string& node) {
     return {"I Adding node " + node + " as its possible owner"};
 }
 
-class CreateProductOwner : public ProductTest {
+class CreateProductOwner : public ClusterTest {
 protected:
     // The messages from the first node on.
     Texts TakeOwnerMessages() {
@@ -39,11 +39,7 @@ protected:
                      messages.end());
     }
     std::size_t Attempts(const std::string& node) {
-        const std::string call = "AddClusterResourceNode(KOVA," + node + ")";
-        const Texts& journal = Platform().Journal();
-        return static_cast<std::size_t>(std::count_if(journal.begin(), journal.end(), [&](const std::string& line) {
-            return line.compare(0, call.size(), call) == 0;
-        }));
+        return Platform().CountCalls("AddClusterResourceNode(KOVA," + node + ")");
     }
 };
 
@@ -85,7 +81,7 @@ TEST_F(CreateProductOwner, IsLeftOutAfter59AttemptsAndTheNextOneHasItsTurn) {
         }
         EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(expected + Start("NODE-A") + Added(5010)));
         EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(59, RetryInterval));
-        EXPECT_NE(ResourceInModel("KOVA"), "");
+        EXPECT_NE(ResourceInModel(Cluster(), "KOVA"), "");
     }
 }
 
@@ -96,7 +92,7 @@ TEST_F(CreateProductOwner, EveryNodeLeftOutIsNoFailure) {
     EXPECT_EQ(Attempts("NODE-B"), 59u);
     EXPECT_EQ(Attempts("NODE-A"), 59u);
     EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(118, RetryInterval));
-    EXPECT_NE(ResourceInModel("KOVA"), "");
+    EXPECT_NE(ResourceInModel(Cluster(), "KOVA"), "");
 }
 
 TEST_F(CreateProductOwner, SleepsBetweenAttemptsAndAfterTheLast) {
@@ -120,8 +116,7 @@ TEST_F(CreateProductOwner, ThatCannotBeOpenedEndsTheCreation) {
     Platform().FailCall("OpenClusterNode(NODE-B)", 5042);
     EXPECT_FALSE(WithAttendantsDisk.Run());
     EXPECT_EQ(Lines(TakeOwnerMessages()),
-              Lines(Start("NODE-B") + Texts({"E Error Opening node:NODE-B", "I Deleting unsuccessfully created "
-                                                                            "resource."})));
+              Lines(Start("NODE-B") + Texts({"E Error Opening node:NODE-B", RollBackLine})));
     const std::string journal = TakeJournal();
     EXPECT_EQ(journal.find("OpenClusterNode(NODE-A)"), std::string::npos);
     EXPECT_EQ(journal.find("SET_"), std::string::npos);
@@ -136,10 +131,10 @@ TEST_F(CreateProductOwner, AreTheAttendantsAndNoOthers) {
              .Node("NODE-C")
              .Group("EVS1", "NODE-A")
              .NetworkName("EVS1 Name", "EVS1")
-             .Resource("EVS1 SA", "Microsoft Exchange System Attendant")
+             .Resource("EVS1 SA", AttendantType)
              .PossibleOwner("NODE-C")
              .PossibleOwner("NODE-A")
-             .Resource("EVS1 Store", "Microsoft Exchange Information Store"));
+             .Resource("EVS1 Store", StoreType));
     EXPECT_TRUE(WithReplication.Run());
     EXPECT_EQ(Attempts("NODE-A"), 1u);
     EXPECT_EQ(Attempts("NODE-B"), 0u);

@@ -7,8 +7,6 @@ using namespace harness;
 
 namespace {
 
-const char RollBackLine[] = "I Deleting unsuccessfully created resource.";
-
 bool Contains(const Texts& texts, const std::string& text) {
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
@@ -17,7 +15,7 @@ std::size_t Count(const Texts& texts, const std::string& text) {
     return static_cast<std::size_t>(std::count(texts.begin(), texts.end(), text));
 }
 
-class CreateProductRollBack : public ProductTest {
+class CreateProductRollBack : public ClusterTest {
 protected:
     struct Outcome {
         bool result;
@@ -71,7 +69,7 @@ TEST_F(CreateProductRollBack, FollowsEveryFailingCallThatMatters) {
                 EXPECT_EQ(outcome.model, before);
             } else {
                 EXPECT_TRUE(outcome.result);
-                EXPECT_NE(ResourceInModel("KOVA"), "");
+                EXPECT_NE(ResourceInModel(Cluster(), "KOVA"), "");
                 EXPECT_FALSE(Contains(outcome.messages, RollBackLine));
             }
             EXPECT_EQ(Platform().sleeps.size(), call.onFailure == OnFailure::Retry ? 1u : 0u);
@@ -91,7 +89,7 @@ TEST_F(CreateProductRollBack, IsNotCausedByTheRestartAction) {
     const Outcome outcome = Create(WithAttendantsDisk);
     EXPECT_TRUE(outcome.result);
     EXPECT_EQ(outcome.messages.back(), "E Cannot set common property RestartAction to ClusterResourceDontRestart");
-    const Json resource = Json::parse(ResourceInModel("KOVA"));
+    const Json resource = Json::parse(ResourceInModel(Cluster(), "KOVA"));
     EXPECT_EQ(resource.count("common"), 0u);
     EXPECT_EQ(resource["private"]["KOVA_DATA_PATH"], "F:\\Kova");
 }
@@ -116,7 +114,7 @@ TEST_F(CreateProductRollBack, ThatFailsItselfLeavesTheResourceAndIsNotRepeated) 
         Lines({"E calling AddClusterResourceDependency returns error, code:5", "E Cannot add store dependency,abort",
                RollBackLine, "W Calling DeleteClusterResource error, code: 5019"}));
     EXPECT_EQ(Count(outcome.journal, "DeleteClusterResource(KOVA)=5019"), 1u);
-    EXPECT_EQ(Json::parse(ResourceInModel("KOVA"))["dependsOn"].dump(), "[\"EVS1 Disk\"]");
+    EXPECT_EQ(Json::parse(ResourceInModel(Cluster(), "KOVA"))["dependsOn"].dump(), "[\"EVS1 Disk\"]");
 }
 
 TEST_F(CreateProductRollBack, FollowsAMissingDataPathOrDataRoot) {
@@ -124,7 +122,7 @@ TEST_F(CreateProductRollBack, FollowsAMissingDataPathOrDataRoot) {
                                      Creation{nullptr, L"KOVA", L"F:\\Kova", L"EVS1", nullptr, 2}}) {
         Load(ExchangeServer());
         ExpectRollBack(Create(creation), "E Cannot set private property KOVA_DATA_PATH to ", true);
-        EXPECT_EQ(ResourceInModel("KOVA"), "");
+        EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"), "");
     }
 }
 

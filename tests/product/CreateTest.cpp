@@ -1,4 +1,5 @@
 // Creating the product's resource in a virtual server's group.
+#include "Bytes.h"
 #include "CreationCalls.h"
 
 using namespace harness;
@@ -44,49 +45,7 @@ std::string NewResource(const std::string& type, const Texts& dependsOn, const s
     return json.dump(1);
 }
 
-typedef std::vector<unsigned char> Bytes;
-
-void AppendNumber(Bytes& bytes, unsigned number) {
-    for (int shift = 0; shift < 32; shift += 8) {
-        bytes.push_back(static_cast<unsigned char>(number >> shift));
-    }
-}
-
-// One entry with a text, its terminator and zeros up to a multiple of 4 bytes.
-void AppendText(Bytes& bytes, unsigned syntax, const std::string& text) {
-    AppendNumber(bytes, syntax);
-    AppendNumber(bytes, static_cast<unsigned>(text.size() + 1) * 2);
-    for (const char c : text) {
-        bytes.push_back(static_cast<unsigned char>(c));
-        bytes.push_back(0);
-    }
-    bytes.resize(bytes.size() + 2);
-    while (bytes.size() % 4 != 0) {
-        bytes.push_back(0);
-    }
-}
-
-Bytes TextPropertyList(const std::string& name, const std::string& value) {
-    Bytes bytes;
-    AppendNumber(bytes, 1);
-    AppendText(bytes, 0x00040003, name);
-    AppendText(bytes, 0x00010003, value);
-    AppendNumber(bytes, 0);
-    return bytes;
-}
-
-Bytes NumberPropertyList(const std::string& name, unsigned value) {
-    Bytes bytes;
-    AppendNumber(bytes, 1);
-    AppendText(bytes, 0x00040003, name);
-    AppendNumber(bytes, 0x00010002);
-    AppendNumber(bytes, 4);
-    AppendNumber(bytes, value);
-    AppendNumber(bytes, 0);
-    return bytes;
-}
-
-class CreateProduct : public ProductTest {};
+using CreateProduct = ClusterTest;
 
 TEST_F(CreateProduct, WithTheAttendantsDiskAsksForItsStorageDependency) {
     Load(ExchangeServer());
@@ -95,7 +54,8 @@ TEST_F(CreateProduct, WithTheAttendantsDiskAsksForItsStorageDependency) {
               Lines(CreationLog(
                   Texts({"> GetResourceStorageDependency", "< GetResourceStorageDependency"}) + OnlineCheckLog, 3)));
     EXPECT_EQ(TakeJournal(), Lines(CreationCalls(WithAttendantsDisk)));
-    EXPECT_EQ(ResourceInModel("KOVA"), NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
+              NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
 }
 
 TEST_F(CreateProduct, WithANamedDiskOpensThatDisk) {
@@ -103,7 +63,8 @@ TEST_F(CreateProduct, WithANamedDiskOpensThatDisk) {
     EXPECT_TRUE(WithNamedDisk.Run());
     EXPECT_EQ(TakeLog(), Lines(CreationLog(OnlineCheckLog, 3)));
     EXPECT_EQ(TakeJournal(), Lines(CreationCalls(WithNamedDisk)));
-    EXPECT_EQ(ResourceInModel("KOVA"), NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
+              NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
 }
 
 TEST_F(CreateProduct, WithReplicationTouchesNoDisk) {
@@ -111,7 +72,7 @@ TEST_F(CreateProduct, WithReplicationTouchesNoDisk) {
     EXPECT_TRUE(WithReplication.Run());
     EXPECT_EQ(TakeLog(), Lines(CreationLog({}, 2)));
     EXPECT_EQ(TakeJournal(), Lines(CreationCalls(WithReplication)));
-    EXPECT_EQ(ResourceInModel("KOVA"),
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
               NewResource("clusRDLLCCR", {"EVS1 Store", "EVS1 Name"}, "D:\\Data\\CCRVSDB\\EVS1"));
 }
 
@@ -119,16 +80,16 @@ TEST_F(CreateProduct, ReplicationIgnoresADiskAndADataPath) {
     Load(ExchangeServer());
     const Creation creation = {L"D:\\Data\\", L"KOVA", L"X:\\Other", L"EVS1", L"No such disk", 2};
     EXPECT_TRUE(creation.Run());
-    EXPECT_EQ(ResourceInModel("KOVA"),
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
               NewResource("clusRDLLCCR", {"EVS1 Store", "EVS1 Name"}, "D:\\Data\\CCRVSDB\\EVS1"));
 }
 
 TEST_F(CreateProduct, NothingElseInTheClusterChanges) {
     for (const Creation& creation : EveryWay) {
         Load(ExchangeServer());
-        const Json before = ReadModel();
+        const Json before = Json::parse(Cluster().Model());
         ASSERT_TRUE(creation.Run());
-        Json after = ReadModel();
+        Json after = Json::parse(Cluster().Model());
         ASSERT_EQ(after["resources"].size(), before["resources"].size() + 1);
         EXPECT_EQ(after["resources"].back()["name"], "KOVA");
         after["resources"].erase(after["resources"].size() - 1);
@@ -140,7 +101,7 @@ TEST_F(CreateProduct, TheNetworkNameIsFoundInAnyCase) {
     Load(ExchangeServer());
     const Creation creation = {L"D:\\Data", L"KOVA", nullptr, L"evs1", nullptr, 2};
     EXPECT_TRUE(creation.Run());
-    EXPECT_EQ(ResourceInModel("KOVA"),
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
               NewResource("clusRDLLCCR", {"EVS1 Store", "EVS1 Name"}, "D:\\Data\\CCRVSDB\\evs1"));
 }
 
@@ -169,9 +130,9 @@ TEST_F(CreateProduct, TheTwoPropertyListsHaveExactlyTheseBytes) {
         EXPECT_TRUE(creation.Run());
         ASSERT_EQ(sent.size(), 2u);
         EXPECT_EQ(sent[0].code, static_cast<DWORD>(CLUSCTL_RESOURCE_SET_PRIVATE_PROPERTIES));
-        EXPECT_EQ(sent[0].bytes, TextPropertyList("KOVA_DATA_PATH", dataPath));
+        EXPECT_EQ(sent[0].bytes, PropertyListOf(L"KOVA_DATA_PATH", 0x00010003, TextBytes(wide)));
         EXPECT_EQ(sent[1].code, static_cast<DWORD>(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES));
-        EXPECT_EQ(sent[1].bytes, NumberPropertyList("RestartAction", 1));
+        EXPECT_EQ(sent[1].bytes, PropertyListOf(L"RestartAction", 0x00010002, NumberBytes(1)));
         for (const Sent& control : sent) {
             EXPECT_TRUE(control.onOwnerNode);
             EXPECT_FALSE(control.hasOutput);
@@ -181,9 +142,9 @@ TEST_F(CreateProduct, TheTwoPropertyListsHaveExactlyTheseBytes) {
 
 TEST_F(CreateProduct, TheFirstOfSeveralAttendantsAndStoresCounts) {
     Load(ExchangeServer()
-             .Resource("Another SA", "Microsoft Exchange System Attendant")
+             .Resource("Another SA", AttendantType)
              .PossibleOwner("NODE-A")
-             .Resource("Another Store", "Microsoft Exchange Information Store"));
+             .Resource("Another Store", StoreType));
     EXPECT_TRUE(WithAttendantsDisk.Run());
     const Texts messages = TakeMessages();
     const Texts start = {"I Network name found: EVS1 Name for res:",
@@ -196,7 +157,8 @@ TEST_F(CreateProduct, TheFirstOfSeveralAttendantsAndStoresCounts) {
                          "I Get Store: EVS1 Store "};
     ASSERT_GE(messages.size(), start.size());
     EXPECT_EQ(Lines(Texts(messages.begin(), messages.begin() + 8)), Lines(start));
-    EXPECT_EQ(ResourceInModel("KOVA"), NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
+    EXPECT_EQ(ResourceInModel(Cluster(), "KOVA"),
+              NewResource("clusRDLL", {"EVS1 Disk", "EVS1 Store", "EVS1 Name"}, "F:\\Kova"));
 }
 
 } // namespace

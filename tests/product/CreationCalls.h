@@ -3,9 +3,12 @@
 #ifndef CREATIONCALLS_H
 #define CREATIONCALLS_H
 
-#include "ProductFixture.h"
+#include "ProductServer.h"
 
 namespace harness {
+
+// The message with which a creation that fails takes back what it created.
+const char RollBackLine[] = "I Deleting unsuccessfully created resource.";
 
 // The arguments of one creation.
 struct Creation {

@@ -1,5 +1,5 @@
 // Deleting the product's resources of a virtual server.
-#include "ProductFixture.h"
+#include "ProductServer.h"
 
 using namespace harness;
 
@@ -29,7 +29,7 @@ Texts WentOffline(const std::string& name) {
     return {"I KOVA resource:" + name + " offlined successfully"};
 }
 
-class DeleteProduct : public ProductTest {
+class DeleteProduct : public ClusterTest {
 protected:
     static bool Delete() {
         return CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(L"EVS1");
@@ -71,7 +71,7 @@ TEST_F(DeleteProduct, ThatIsOfflineTakesOneCall) {
     EXPECT_EQ(TakeJournal(), Lines(FindingProduct + Texts({"GetComputerNameW()", "GetClusterResourceState(KOVA)=3",
                                                            "DeleteClusterResource(KOVA)", "CloseClusterResource(KOVA)",
                                                            "CloseCluster()"})));
-    EXPECT_EQ(StateInModel("KOVA"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
 }
 
 TEST_F(DeleteProduct, OfAnotherNodeIsSkipped) {
@@ -79,7 +79,7 @@ TEST_F(DeleteProduct, OfAnotherNodeIsSkipped) {
     Load(ProductServer().State("Offline"));
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(), Lines(Found + Texts({"I KOVA resource:KOVA is not on current node, skip."})));
-    EXPECT_EQ(StateInModel("KOVA"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline");
 }
 
 TEST_F(DeleteProduct, IsSkippedWithoutAComputerNameOrAState) {
@@ -93,7 +93,7 @@ TEST_F(DeleteProduct, IsSkippedWithoutAComputerNameOrAState) {
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(), Lines(Found + Texts({"E Cannot get computer name, code:5",
                                                      "I KOVA resource:KOVA is not on current node, skip."})));
-    EXPECT_EQ(StateInModel("KOVA"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline");
 }
 
 TEST_F(DeleteProduct, ThatIsOnlineIsTakenOfflineFirst) {
@@ -101,7 +101,7 @@ TEST_F(DeleteProduct, ThatIsOnlineIsTakenOfflineFirst) {
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", WentOffline("KOVA"))));
     EXPECT_TRUE(Platform().sleeps.empty());
-    EXPECT_EQ(StateInModel("KOVA"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
 }
 
 TEST_F(DeleteProduct, ThatGoesOfflineSlowlyIsWaitedFor) {
@@ -112,7 +112,7 @@ TEST_F(DeleteProduct, ThatGoesOfflineSlowlyIsWaitedFor) {
         EXPECT_TRUE(Delete());
         EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", pending)));
         EXPECT_EQ(Sleeps(), intervals);
-        EXPECT_EQ(StateInModel("KOVA"), "gone");
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
     }
 }
 
@@ -122,7 +122,7 @@ TEST_F(DeleteProduct, ThatDoesNotGoOfflineInTimeStaysWhichIsNoFailure) {
     EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", {"I KOVA resource:KOVA is offline pending."}) +
                                       Texts({"E Error bring resource KOVA, off-line, abort delete"})));
     EXPECT_EQ(Sleeps(), Intervals);
-    EXPECT_EQ(StateInModel("KOVA"), "OfflinePending");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "OfflinePending");
 }
 
 TEST_F(DeleteProduct, ThatRefusesToGoOfflineIsStillWaitedFor) {
@@ -134,7 +134,7 @@ TEST_F(DeleteProduct, ThatRefusesToGoOfflineIsStillWaitedFor) {
                     Refused("KOVA", {"E Unexected return value: #", "W KOVA resource:KOVA offline unsuccessful"}) +
                     Texts({"E Error bring resource KOVA, off-line, abort delete"})));
     EXPECT_EQ(Sleeps(), Intervals);
-    EXPECT_EQ(StateInModel("KOVA"), "Online");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Online");
 }
 
 TEST_F(DeleteProduct, IsDeletedAsSoonAsItIsOfflineWhateverItWasBefore) {
@@ -146,7 +146,7 @@ TEST_F(DeleteProduct, IsDeletedAsSoonAsItIsOfflineWhateverItWasBefore) {
         AddFault("GetClusterResourceState@KOVA#3=state:" + std::to_string(state));
         EXPECT_TRUE(Delete());
         EXPECT_EQ(Sleeps(), 2u) << state;
-        EXPECT_EQ(StateInModel("KOVA"), "gone") << state;
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone") << state;
     }
 }
 
@@ -158,8 +158,8 @@ TEST_F(DeleteProduct, ThatRefusesTwiceIsAFailure) {
                                       Refused("Second", WentOffline("Second")) +
                                       Texts({"W Calling DeleteClusterResource error, code: 5",
                                              "E Error deleting resource KOVA, code: #"})));
-    EXPECT_EQ(StateInModel("KOVA"), "Offline");
-    EXPECT_EQ(StateInModel("Second"), "Offline"); // its second deletion is not tried any more
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline"); // its second deletion is not tried any more
 }
 
 TEST_F(DeleteProduct, LogsTheLastErrorValueOfTheDeletion) {
@@ -194,10 +194,10 @@ TEST_F(DeleteProduct, GoesThroughAllResourcesInTwoPasses) {
                     Refused("Fourth", WentOffline("Fourth")) +
                     Texts({"E Error bring resource Third, off-line, abort delete"})));
     EXPECT_EQ(Sleeps(), 2 + Intervals);
-    EXPECT_EQ(StateInModel("KOVA"), "gone");
-    EXPECT_EQ(StateInModel("Second"), "gone");
-    EXPECT_EQ(StateInModel("Third"), "OfflinePending");
-    EXPECT_EQ(StateInModel("Fourth"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "Second"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "Third"), "OfflinePending");
+    EXPECT_EQ(StateInModel(Cluster(), "Fourth"), "gone");
 }
 
 TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheFirstPass) {
@@ -207,8 +207,8 @@ TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheFirstPass) {
     EXPECT_EQ(TakeComparable(),
               Lines(Found + Texts({SeveralFound}) + Refused("KOVA", WentOffline("KOVA")) +
                     Texts({"E Open resource failed:Second, err=5007", "E Cannot open KOVA resource:Second, abort"})));
-    EXPECT_EQ(StateInModel("KOVA"), "Offline"); // no second pass
-    EXPECT_EQ(StateInModel("Second"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline"); // no second pass
+    EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline");
 }
 
 TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheSecondPass) {
@@ -219,7 +219,7 @@ TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheSecondPass) {
               Lines(Found + Texts({SeveralFound}) + Refused("KOVA", WentOffline("KOVA")) +
                     Refused("Second", WentOffline("Second")) +
                     Texts({"E Open resource failed:KOVA, err=5007", "E Cannot open KOVA resource:KOVA, abort"})));
-    EXPECT_EQ(StateInModel("Second"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline");
 }
 
 // Finding them
@@ -235,34 +235,41 @@ TEST_F(DeleteProduct, FallsBackToReplicatingOnes) {
     Load(ProductServer("clusRDLLCCR").State("Offline"));
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneOfSingleCopy}) + Deleted("KOVA")));
-    EXPECT_EQ(StateInModel("KOVA"), "gone");
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
 }
 
 TEST_F(DeleteProduct, OfTheSingleCopyTypeHidesReplicatingOnes) {
     Load(ProductServer().State("Offline").Resource("Replicating", "clusRDLLCCR").State("Offline"));
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(), Lines(Found + Deleted("KOVA")));
-    EXPECT_EQ(StateInModel("Replicating"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "Replicating"), "Offline");
 }
 
 TEST_F(DeleteProduct, EndsWithTheSearchThatFails) {
     const struct {
+        const char* name;
         const char* fault;
         Texts messages;
     } cases[] = {
-        {"OpenCluster=1722", {"E Cannot open cluster"}},
-        {"ClusterOpenEnum=5", {"E calling ClusterOpenEnum failed", "E EnumNames failed", "E cannot Find network name"}},
-        {"OpenClusterResource@EVS1 Name#2=5007", Found + Texts({"E Open resource failed:EVS1 Name, err=5007",
-                                                                "E Cannot open network name resource:EVS1 Name"})},
-        {"OpenClusterGroup=5013", Found + Texts({"E Open group failed, code:5013", "E Cannot open group:EVS1"})},
-        {"ClusterGroupOpenEnum=5", Found + Texts({"E NULL == hEnum", "E Cannot enum KOVA resources for group:EVS1"})},
+        {"the cluster is not there", "OpenCluster=1722", {"E Cannot open cluster"}},
+        {"its resources are not listed",
+         "ClusterOpenEnum=5",
+         {"E calling ClusterOpenEnum failed", "E EnumNames failed", "E cannot Find network name"}},
+        {"the network name is not opened", "OpenClusterResource@EVS1 Name#2=5007",
+         Found +
+             Texts({"E Open resource failed:EVS1 Name, err=5007", "E Cannot open network name resource:EVS1 Name"})},
+        {"the group is not opened", "OpenClusterGroup=5013",
+         Found + Texts({"E Open group failed, code:5013", "E Cannot open group:EVS1"})},
+        {"the group's resources are not listed", "ClusterGroupOpenEnum=5",
+         Found + Texts({"E NULL == hEnum", "E Cannot enum KOVA resources for group:EVS1"})},
     };
     for (const auto& item : cases) {
+        SCOPED_TRACE(item.name);
         Load(ProductServer().State("Offline"));
         AddFault(item.fault);
         EXPECT_FALSE(Delete());
-        EXPECT_EQ(TakeComparable(), Lines(item.messages)) << item.fault;
-        EXPECT_EQ(StateInModel("KOVA"), "Offline");
+        EXPECT_EQ(TakeComparable(), Lines(item.messages));
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline");
     }
     Load(ProductServer("clusRDLLCCR").State("Offline"));
     AddFault("ClusterGroupOpenEnum#2=5");

@@ -1,5 +1,5 @@
 // Restarting the SMTP instance that is online on this node.
-#include "ProductFixture.h"
+#include "ProductServer.h"
 
 #include "clus_Cluster.h"
 
@@ -9,7 +9,6 @@ using namespace harness;
 
 namespace {
 
-const char SmtpType[] = "Microsoft Exchange SMTP Server Instance";
 const DWORD Interval = 1000;
 const std::size_t Intervals = 120;
 
@@ -22,7 +21,7 @@ Texts Start(int resources) {
     return {"I Current node is: NODE-A", "I EnumNames, returns " + std::to_string(resources) + " resources."};
 }
 
-class RestartSmtp : public ProductTest {
+class RestartSmtp : public ClusterTest {
 protected:
     static ModelBuilder Server() {
         return GivenCluster()
@@ -44,14 +43,6 @@ protected:
                   std::string("< CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), bSuccess=") +
                       (result ? "1" : "0"));
         return result;
-    }
-
-    // How often the library made a call on an object, whatever it gave.
-    std::size_t Calls(const std::string& call) {
-        const Texts& journal = Platform().Journal();
-        return static_cast<std::size_t>(std::count_if(journal.begin(), journal.end(), [&](const std::string& line) {
-            return line.compare(0, call.size(), call) == 0;
-        }));
     }
 
     std::size_t Sleeps() {
@@ -76,7 +67,7 @@ TEST_F(RestartSmtp, TakesItOfflineAndBringsItOnline) {
                "OpenClusterResource(SMTP)", "ClusterResourceControl(SMTP,GET_RESOURCE_TYPE,128)",
                "GetClusterResourceState(SMTP)=2", "OfflineClusterResource(SMTP)", "OnlineClusterResource(SMTP)",
                "CloseClusterResource(SMTP)", "CloseCluster()"}));
-    EXPECT_EQ(StateInModel("SMTP"), "Online");
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
 }
 
 TEST_F(RestartSmtp, WaitsForAPendingSwitchOff) {
@@ -85,8 +76,8 @@ TEST_F(RestartSmtp, WaitsForAPendingSwitchOff) {
         EXPECT_TRUE(Restart());
         EXPECT_EQ(Lines(TakeMessages()), Lines(Start(2) + Texts({Try}) + Texts(seconds, Pending) + Texts({Offlined})));
         EXPECT_EQ(Sleeps(), seconds);
-        EXPECT_EQ(Calls("OnlineClusterResource(SMTP)"), 1u);
-        EXPECT_EQ(StateInModel("SMTP"), "Online");
+        EXPECT_EQ(Platform().CountCalls("OnlineClusterResource(SMTP)"), 1u);
+        EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
     }
 }
 
@@ -99,7 +90,7 @@ TEST_F(RestartSmtp, GivesUpAPendingSwitchOffAfterTwoMinutesWithoutSwitchingOn) {
         EXPECT_FALSE(Restart());
         EXPECT_EQ(Lines(TakeMessages()), Lines(Start(2) + Texts({Try}) + Texts(Intervals, Pending)));
         EXPECT_EQ(Sleeps(), Intervals);
-        EXPECT_EQ(Calls("OnlineClusterResource"), 0u);
+        EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
     }
 }
 
@@ -113,8 +104,8 @@ TEST_F(RestartSmtp, FailsWithTheSwitchOff) {
     EXPECT_EQ(messages[3].substr(0, 26), "E Unexected return value: ");
     EXPECT_EQ(messages[4], Failed);
     EXPECT_EQ(Sleeps(), 0u);
-    EXPECT_EQ(Calls("OnlineClusterResource"), 0u);
-    EXPECT_EQ(StateInModel("SMTP"), "Online");
+    EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
 }
 
 TEST_F(RestartSmtp, FailsWhenTheStateCannotBeReadAnyMore) {
@@ -128,7 +119,7 @@ TEST_F(RestartSmtp, FailsWhenTheStateCannotBeReadAnyMore) {
         EXPECT_EQ(messages[3], Pending);
         EXPECT_EQ(messages[5], Failed);
         EXPECT_EQ(Sleeps(), 1u);
-        EXPECT_EQ(Calls("OnlineClusterResource"), 0u);
+        EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
     }
 }
 
@@ -152,8 +143,8 @@ TEST_F(RestartSmtp, RepeatsItsMessageForAnUnexpectedStateWithoutWaiting) {
                         Texts(Intervals - 1, "E Unexpected OfflineResource Result, resource state = " +
                                                  std::to_string(state.library) + ".")));
         EXPECT_EQ(Sleeps(), 1u);
-        EXPECT_EQ(Calls("GetClusterResourceState(SMTP)"), 2u);
-        EXPECT_EQ(Calls("OnlineClusterResource"), 0u);
+        EXPECT_EQ(Platform().CountCalls("GetClusterResourceState(SMTP)"), 2u);
+        EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
     }
 }
 
@@ -161,14 +152,14 @@ TEST_F(RestartSmtp, DoesNotLookAtTheOutcomeOfTheSwitchOn) {
     Load(Server());
     AddFault("OnlineClusterResource@SMTP=5");
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(StateInModel("SMTP"), "Offline");
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Offline");
     Load(Server().Raw("failsOnline", "true"));
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(StateInModel("SMTP"), "Failed");
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Failed");
     Load(Server().Raw("onlineMs", "5000"));
     EXPECT_TRUE(Restart());
     EXPECT_EQ(Sleeps(), 0u);
-    EXPECT_EQ(StateInModel("SMTP"), "OnlinePending");
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "OnlinePending");
 }
 
 // Finding it
@@ -177,15 +168,15 @@ TEST_F(RestartSmtp, DoesNotLookAtTheOutcomeOfTheSwitchOn) {
 TEST_F(RestartSmtp, TakesTheFirstOfTwoOnly) {
     Load(Server().Resource("Second", SmtpType));
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(Calls("OfflineClusterResource(SMTP)"), 1u);
-    EXPECT_EQ(Calls("OpenClusterResource(Second)"), 0u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource(SMTP)"), 1u);
+    EXPECT_EQ(Platform().CountCalls("OpenClusterResource(Second)"), 0u);
 }
 
 TEST_F(RestartSmtp, DoesNotGoOnToTheSecondWhenTheFirstFails) {
     Load(Server().Resource("Second", SmtpType));
     AddFault("OfflineClusterResource@SMTP=5");
     EXPECT_FALSE(Restart());
-    EXPECT_EQ(Calls("OpenClusterResource(Second)"), 0u);
+    EXPECT_EQ(Platform().CountCalls("OpenClusterResource(Second)"), 0u);
 }
 
 TEST_F(RestartSmtp, PassesOverInstancesThatAreElsewhereOrNotOnline) {
@@ -198,7 +189,7 @@ TEST_F(RestartSmtp, PassesOverInstancesThatAreElsewhereOrNotOnline) {
     Load(model.Resource("SMTP", SmtpType));
     EXPECT_TRUE(Restart());
     EXPECT_EQ(Lines(TakeMessages()), Lines(Start(7) + Texts({Try, Offlined})));
-    EXPECT_EQ(Calls("OfflineClusterResource"), 1u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource"), 1u);
 }
 
 TEST_F(RestartSmtp, FailsWhenNoneIsOnlineHereAfterLookingAtEveryResource) {
@@ -207,13 +198,13 @@ TEST_F(RestartSmtp, FailsWhenNoneIsOnlineHereAfterLookingAtEveryResource) {
         const std::string before = Cluster().Model();
         EXPECT_FALSE(Restart());
         EXPECT_EQ(Lines(TakeMessages()), Lines(Start(3)));
-        EXPECT_EQ(Calls("OpenClusterResource(Last)"), 1u);
+        EXPECT_EQ(Platform().CountCalls("OpenClusterResource(Last)"), 1u);
         EXPECT_EQ(Cluster().Model(), before);
     }
     SetComputerName(L"NODE-C");
     Load(Server());
     EXPECT_FALSE(Restart());
-    EXPECT_EQ(StateInModel("SMTP"), "Online");
+    EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
 }
 
 TEST_F(RestartSmtp, ComparesTypeAndNodeWithoutCase) {
@@ -239,13 +230,13 @@ TEST_F(RestartSmtp, GoesOnAfterAResourceWithoutATypeOrAState) {
     Load(Server().Resource("Second", SmtpType));
     AddFault("ClusterResourceControl@SMTP=5");
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(Calls("OfflineClusterResource(Second)"), 1u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource(Second)"), 1u);
 
     Load(Server().Resource("Second", SmtpType));
     AddFault("GetClusterResourceState@SMTP=5");
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(Calls("OfflineClusterResource(Second)"), 1u);
-    EXPECT_EQ(Calls("OfflineClusterResource(SMTP)"), 0u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource(Second)"), 1u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource(SMTP)"), 0u);
 }
 
 TEST_F(RestartSmtp, FindsNoneWithoutAComputerName) {
@@ -276,7 +267,7 @@ TEST_F(RestartSmtp, FailsWithTheEnumeration) {
     AddFault("ClusterEnum#1=5");
     EXPECT_FALSE(Restart());
     EXPECT_EQ(TakeMessages().back(), LastLine);
-    EXPECT_EQ(Calls("OfflineClusterResource"), 0u);
+    EXPECT_EQ(Platform().CountCalls("OfflineClusterResource"), 0u);
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace {
 const char UtilTag[] = ".\\clus_VirtualServerUtil.cpp";
 const char ClusterTag[] = ".\\clus_Cluster.cpp";
 
-class ProductSourceTags : public ProductTest {
+class ProductSourceTags : public ClusterTest {
 protected:
     // Of the lines since the log was taken last those that begin with one of `own` are the virtual servers' part, the
     // others the cluster's. Each of `own` is among them.
@@ -48,16 +48,14 @@ TEST_F(ProductSourceTags, OfACreation) {
     Platform().FailCall("AddClusterResourceNode(KOVA,NODE-B)", 5);
     AddFault("ClusterResourceControl@KOVA=5");
     EXPECT_FALSE(WithReplication.Run());
-    ExpectTags(succeeding + Texts({"I Retrying adding node ", "E Cannot set private property ",
-                                   "I Deleting unsuccessfully created resource."}));
+    ExpectTags(succeeding + Texts({"I Retrying adding node ", "E Cannot set private property ", RollBackLine}));
 }
 
 TEST_F(ProductSourceTags, OfARefusedCreation) {
     Load(ExchangeServer());
     AddFault("OpenCluster=5");
     EXPECT_FALSE(WithReplication.Run());
-    ExpectTags({"> CreateKOVAResource_", "< CreateKOVAResource_", "E Cannot open cluster",
-                "I Deleting unsuccessfully created resource."});
+    ExpectTags({"> CreateKOVAResource_", "< CreateKOVAResource_", "E Cannot open cluster", RollBackLine});
 }
 
 TEST_F(ProductSourceTags, OfASwitch) {
@@ -110,7 +108,7 @@ TEST_F(ProductSourceTags, OfARestart) {
     const Texts restarting = {"> CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource()",
                               "< CVirtualServerUtil::GetFirstSmtpVirtualServerInstanceResource(), bSuccess=",
                               "I Current node is: ", "I EnumNames, returns ", "I Try to offline SMTP "};
-    const auto server = [] { return ProductServer().Resource("SMTP", "Microsoft Exchange SMTP Server Instance"); };
+    const auto server = [] { return ProductServer().Resource("SMTP", SmtpType); };
     Load(server());
     EXPECT_TRUE(CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode());
     ExpectTags(restarting + Texts({"I Resource SMTP is offlined, online it again."}));

@@ -1,5 +1,5 @@
 // Switching: which resources of a group are the product's, several of them, and none to be found.
-#include "SwitchFixture.h"
+#include "Directions.h"
 
 using namespace harness;
 
@@ -8,18 +8,17 @@ namespace {
 const char NoneOfSingleCopy[] = "E No clusRDLL(Non-CCRf) resource found in group:EVS1, try finding CCR resources";
 const char SeveralFound[] = "I Warning, more than 1 KOVA resource is found at a group.\n";
 
-class SwitchProducts : public SwitchProduct {
-protected:
-    // Three product resources, from where this direction starts.
-    static ModelBuilder ThreeFor(const Direction& direction) {
-        return ProductServer()
-            .State(direction.from)
-            .Resource("Second", "clusRDLL")
-            .State(direction.from)
-            .Resource("Third", "clusRDLL")
-            .State(direction.from);
-    }
-};
+using SwitchProducts = ClusterTest;
+
+// Three product resources, from where this direction starts.
+ModelBuilder ThreeFor(const Direction& direction) {
+    return ProductServer()
+        .State(direction.from)
+        .Resource("Second", "clusRDLL")
+        .State(direction.from)
+        .Resource("Third", "clusRDLL")
+        .State(direction.from);
+}
 
 TEST_F(SwitchProducts, OfAnEmptyGroupIsSuccess) {
     for (const Direction& direction : BothDirections) {
@@ -36,7 +35,7 @@ TEST_F(SwitchProducts, FallBackToReplicatingOnes) {
         EXPECT_TRUE(direction.run(L"EVS1", false, 0));
         EXPECT_EQ(Lines(TakeMessages()), Lines(Finding + Texts({NoneOfSingleCopy}) +
                                                Attempt(direction, "KOVA", {direction.reached, direction.success})));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
     }
 }
 
@@ -51,8 +50,8 @@ TEST_F(SwitchProducts, OfTheSingleCopyTypeHideReplicatingOnes) {
                  .Resource("KOVA", "clusRDLL")
                  .State(direction.from));
         EXPECT_TRUE(direction.run(L"EVS1", false, 0));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
-        EXPECT_EQ(StateInModel("Replicating"), direction.from);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "Replicating"), direction.from);
     }
 }
 
@@ -78,7 +77,7 @@ TEST_F(SwitchProducts, AreSwitchedWhereverTheClusterRunsThem) {
     for (const Direction& direction : BothDirections) {
         Load(ServerFor(direction));
         EXPECT_TRUE(direction.run(L"EVS1", false, 0));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
         EXPECT_EQ(TakeJournal().find("GetComputerNameW"), std::string::npos);
     }
 }
@@ -91,7 +90,7 @@ TEST_F(SwitchProducts, AllHaveTheirTurnWithAWarningThatEndsInALineBreak) {
         EXPECT_EQ(Lines(TakeMessages()), Lines(Finding + Texts({SeveralFound}) + Attempt(direction, "KOVA", good) +
                                                Attempt(direction, "Second", good) + Attempt(direction, "Third", good)));
         for (const char* name : {"KOVA", "Second", "Third"}) {
-            EXPECT_EQ(StateInModel(name), direction.target);
+            EXPECT_EQ(StateInModel(Cluster(), name), direction.target);
         }
     }
 }
@@ -109,9 +108,9 @@ TEST_F(SwitchProducts, AfterAFailingOneHaveTheirAttemptButCannotMendTheResult) {
                                          Attempt(direction, "KOVA", {direction.reached, direction.success}) +
                                          Attempt(direction, "Second", {"E Unexected return ", direction.failure}) +
                                          Attempt(direction, "Third", {direction.reached, direction.failure})));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
-        EXPECT_EQ(StateInModel("Second"), direction.from);
-        EXPECT_EQ(StateInModel("Third"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "Second"), direction.from);
+        EXPECT_EQ(StateInModel(Cluster(), "Third"), direction.target);
     }
 }
 
@@ -127,8 +126,8 @@ TEST_F(SwitchProducts, HaveTheWholeTimeoutEach) {
         Platform().sleeps.clear();
         EXPECT_FALSE(direction.run(L"EVS1", true, 3000));
         EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(3 + 2, PollInterval));
-        EXPECT_EQ(StateInModel("KOVA"), direction.pending);
-        EXPECT_EQ(StateInModel("Second"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.pending);
+        EXPECT_EQ(StateInModel(Cluster(), "Second"), direction.target);
     }
 }
 
@@ -142,48 +141,72 @@ TEST_F(SwitchProducts, AfterOneThatCannotBeOpenedAreNotTouched) {
                         Attempt(direction, "KOVA", {direction.reached, direction.success}) +
                         Texts({"I Open resource: Second", "E Open resource failed:Second, err=5007",
                                "E Cannot open KOVA resource:Second, abort"})));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
-        EXPECT_EQ(StateInModel("Second"), direction.from);
-        EXPECT_EQ(StateInModel("Third"), direction.from);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "Second"), direction.from);
+        EXPECT_EQ(StateInModel(Cluster(), "Third"), direction.from);
     }
 }
 
 // Failing to find them
 // ------------------------------------------------------------------------------------------------------------------
 
-class SwitchProductSearch : public SwitchProduct {
-protected:
-    // `known` messages of the search, progress included, then these.
-    void ExpectFailure(const std::string& fault, std::size_t known, const Texts& messages) {
-        for (const Direction& direction : BothDirections) {
-            Load(ServerFor(direction));
-            AddFault(fault);
-            EXPECT_FALSE(direction.run(L"EVS1", true, 1000));
-            EXPECT_EQ(Lines(TakeMessages()),
-                      Lines(Texts(Finding.begin(), Finding.begin() + static_cast<std::ptrdiff_t>(known)) + messages))
-                << fault;
-            EXPECT_EQ(StateInModel("KOVA"), direction.from);
-        }
+using SwitchProductSearch = ClusterTest;
+
+// A step of the search that fails: `known` messages, progress included, come before these.
+struct FailingSearch {
+    const char* name;
+    const char* fault;
+    std::size_t known;
+    Texts messages;
+
+    friend void PrintTo(const FailingSearch& row, std::ostream* out) {
+        *out << row.name;
     }
 };
 
-TEST_F(SwitchProductSearch, EndsWithTheStepThatFails) {
-    ExpectFailure("OpenCluster=1722", 2, {"E Cannot open cluster"});
-    ExpectFailure("ClusterOpenEnum=5", 3,
-                  {"E calling ClusterOpenEnum failed", "E EnumNames failed", "E cannot Find network name EVS1"});
-    ExpectFailure("OpenClusterResource@EVS1 Name#2=5007", 5,
-                  {"E Open resource failed:EVS1 Name, err=5007", "E Cannot open network name resource:EVS1 Name"});
-    ExpectFailure("OpenClusterGroup=5013", 7, {"E Open group failed, code:5013", "E Cannot open group:EVS1"});
-    ExpectFailure("ClusterGroupOpenEnum=5", 8, {"E NULL == hEnum", "E Cannot enum clusRDLL resources for group:EVS1"});
-    ExpectFailure("OpenClusterResource@KOVA#1=5007", 8,
-                  {"E Open resource failed:KOVA, err=5007", "E Cannot enum clusRDLL resources for group:EVS1"});
+const FailingSearch FailingSearches[] = {
+    {"WithoutTheCluster", "OpenCluster=1722", 2, {"E Cannot open cluster"}},
+    {"WithoutItsResources",
+     "ClusterOpenEnum=5",
+     3,
+     {"E calling ClusterOpenEnum failed", "E EnumNames failed", "E cannot Find network name EVS1"}},
+    {"AtANetworkNameThatIsNotOpened",
+     "OpenClusterResource@EVS1 Name#2=5007",
+     5,
+     {"E Open resource failed:EVS1 Name, err=5007", "E Cannot open network name resource:EVS1 Name"}},
+    {"WithoutTheGroupsNameWhenTheStateIsUnknown",
+     "GetClusterResourceState@EVS1 Name=5",
+     6,
+     {"E ClusterResourceStateUnknown == 0", "I Opening group: ...", "E Open group failed, code:5013",
+      "E Cannot open group:"}},
+    {"AtAGroupThatIsNotOpened",
+     "OpenClusterGroup=5013",
+     7,
+     {"E Open group failed, code:5013", "E Cannot open group:EVS1"}},
+    {"WithoutTheGroupsResources",
+     "ClusterGroupOpenEnum=5",
+     8,
+     {"E NULL == hEnum", "E Cannot enum clusRDLL resources for group:EVS1"}},
+    {"AtAResourceThatIsNotOpened",
+     "OpenClusterResource@KOVA#1=5007",
+     8,
+     {"E Open resource failed:KOVA, err=5007", "E Cannot enum clusRDLL resources for group:EVS1"}}};
+
+class SwitchProductFailingSearch : public ClusterTest, public ::testing::WithParamInterface<FailingSearch> {};
+
+TEST_P(SwitchProductFailingSearch, EndsTheSwitchAndLeavesTheState) {
+    for (const Direction& direction : BothDirections) {
+        SCOPED_TRACE(direction.name);
+        Load(ServerFor(direction));
+        AddFault(GetParam().fault);
+        EXPECT_FALSE(direction.run(L"EVS1", true, 1000));
+        const Texts known(Finding.begin(), Finding.begin() + static_cast<std::ptrdiff_t>(GetParam().known));
+        EXPECT_EQ(Lines(TakeMessages()), Lines(known + GetParam().messages));
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.from);
+    }
 }
 
-TEST_F(SwitchProductSearch, GoesOnWithoutTheGroupsNameWhenTheStateIsUnknown) {
-    ExpectFailure("GetClusterResourceState@EVS1 Name=5", 6,
-                  {"E ClusterResourceStateUnknown == 0", "I Opening group: ...", "E Open group failed, code:5013",
-                   "E Cannot open group:"});
-}
+INSTANTIATE_TEST_SUITE_P(Failing, SwitchProductFailingSearch, ::testing::ValuesIn(FailingSearches), RowName());
 
 TEST_F(SwitchProductSearch, OfReplicatingOnesMayFailToo) {
     for (const Direction& direction : BothDirections) {

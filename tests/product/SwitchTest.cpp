@@ -1,9 +1,14 @@
 // Bringing the product's resource online and taking it offline.
-#include "SwitchFixture.h"
+#include "Directions.h"
 
 using namespace harness;
 
 namespace {
+
+using SwitchProduct = ClusterTest;
+
+// Looks at the state, one per poll.
+const char Poll[] = "GetClusterResourceState(KOVA)";
 
 TEST_F(SwitchProduct, ReachesTheStateAtOnce) {
     for (const Direction& direction : BothDirections) {
@@ -35,7 +40,7 @@ TEST_F(SwitchProduct, ReachesTheStateAtOnce) {
                                     std::string("< ") + direction.name}));
         EXPECT_EQ(TakeJournal(), Lines(FindingProduct + Texts({std::string(direction.call) + "(KOVA)",
                                                                "CloseClusterResource(KOVA)", "CloseCluster()"})));
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
     }
 }
 
@@ -50,9 +55,9 @@ TEST_F(SwitchProduct, CountsAPendingStateAsSuccessWithoutAWait) {
             EXPECT_TRUE(direction.run(L"EVS1", item.wait, item.timeout));
             EXPECT_EQ(Lines(TakeMessages()),
                       Lines(Finding + Attempt(direction, "KOVA", {direction.pendingLine, direction.success})));
-            EXPECT_EQ(Polls(), 0u);
+            EXPECT_EQ(Platform().CountCalls(Poll), 0u);
             EXPECT_TRUE(Platform().sleeps.empty());
-            EXPECT_EQ(StateInModel("KOVA"), direction.pending);
+            EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.pending);
         }
     }
 }
@@ -70,7 +75,7 @@ TEST_F(SwitchProduct, FailsWithTheCallAndPollsOnlyWhenAskedTo) {
             EXPECT_EQ(messages[Finding.size() + 2].substr(0, 26), "E Unexected return value: ");
             EXPECT_EQ(messages.back(), direction.failure);
             EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(wait ? 2 : 0, PollInterval));
-            EXPECT_EQ(StateInModel("KOVA"), direction.from);
+            EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.from);
         }
     }
 }
@@ -95,8 +100,8 @@ TEST_F(SwitchProduct, WaitsUntilTheStateIsReached) {
         EXPECT_EQ(Lines(TakeMessages()),
                   Lines(Finding + Attempt(direction, "KOVA", {direction.pendingLine, direction.success})));
         EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(2, PollInterval));
-        EXPECT_EQ(Polls(), 2u);
-        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+        EXPECT_EQ(Platform().CountCalls(Poll), 2u);
+        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
     }
 }
 
@@ -117,7 +122,7 @@ TEST_F(SwitchProduct, GivesUpAtTheEndOfTheTimeout) {
         EXPECT_EQ(Lines(TakeMessages()),
                   Lines(Finding + Attempt(direction, "KOVA", {direction.pendingLine, direction.failure})));
         EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(3, PollInterval));
-        EXPECT_EQ(Polls(), 3u);
+        EXPECT_EQ(Platform().CountCalls(Poll), 3u);
     }
 }
 
@@ -125,7 +130,7 @@ TEST_F(SwitchProduct, DoesNotPollWhenTheStateIsReachedAtOnce) {
     for (const Direction& direction : BothDirections) {
         Load(ServerFor(direction));
         EXPECT_TRUE(direction.run(L"EVS1", true, 3000));
-        EXPECT_EQ(Polls(), 0u);
+        EXPECT_EQ(Platform().CountCalls(Poll), 0u);
         EXPECT_TRUE(Platform().sleeps.empty());
     }
 }

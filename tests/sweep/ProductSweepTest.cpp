@@ -11,7 +11,7 @@ bool Has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-class ProductSweep : public ProductTest {
+class ProductSweep : public ClusterTest {
 protected:
     // `check` sees every run, those that threw included.
     void SweepOver(const ModelBuilder& model, const std::function<bool()>& operation,
@@ -37,10 +37,10 @@ TEST_F(ProductSweep, CreateKOVAResource) {
         SweepOver(
             ExchangeServer(), [&] { return way.Run(); },
             [&](const SweepRun& run) {
-                EXPECT_EQ(Has(run.log, "I Deleting unsuccessfully created resource."), run.result != "true");
+                EXPECT_EQ(Has(run.log, RollBackLine), run.result != "true");
                 // Only a deletion that fails as well leaves the resource.
                 const bool left = run.result != "true" && Has(run.journal, "DeleteClusterResource(KOVA)=");
-                EXPECT_EQ(ResourceInModel("KOVA").empty(), run.result != "true" && !left);
+                EXPECT_EQ(ResourceInModel(Cluster(), "KOVA").empty(), run.result != "true" && !left);
                 for (const DWORD duration : Platform().sleeps) {
                     EXPECT_EQ(duration, 5000u);
                 }
@@ -69,7 +69,7 @@ TEST_F(ProductSweep, TurnOnAndOffKOVAResource) {
                 [&](const SweepRun& run) {
                     // Success is never claimed without the state.
                     if (Has(run.log, direction.success)) {
-                        EXPECT_EQ(StateInModel("KOVA"), direction.target);
+                        EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.target);
                     }
                     EXPECT_LE(Platform().sleeps.size(), 3u);
                 });
@@ -85,13 +85,13 @@ TEST_F(ProductSweep, DeleteKOVAResurce) {
             [&](const SweepRun& run) {
                 for (const char* name : {"KOVA", "Second"}) {
                     if (Has(run.log, std::string("I Deleting resource ") + name + " successful")) {
-                        EXPECT_EQ(StateInModel(name), "gone");
+                        EXPECT_EQ(StateInModel(Cluster(), name), "gone");
                     }
                     if (!run.faulted) {
-                        EXPECT_EQ(StateInModel(name), "gone");
+                        EXPECT_EQ(StateInModel(Cluster(), name), "gone");
                     }
                 }
-                EXPECT_EQ(StateInModel("EVS1 Name"), "Online");
+                EXPECT_EQ(StateInModel(Cluster(), "EVS1 Name"), "Online");
                 EXPECT_LE(Platform().sleeps.size(), 2u * 30);
             });
     }
@@ -103,7 +103,7 @@ TEST_F(ProductSweep, RestartSmtpVirtualServerInstanceResource) {
             .Node("NODE-A")
             .Group("EVS1", "NODE-A")
             .NetworkName("EVS1 Name", "EVS1")
-            .Resource("SMTP", "Microsoft Exchange SMTP Server Instance")
+            .Resource("SMTP", SmtpType)
             .Raw("offlineMs", "2000"),
         [] { return CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode(); },
         [&](const SweepRun& run) {
@@ -112,7 +112,7 @@ TEST_F(ProductSweep, RestartSmtpVirtualServerInstanceResource) {
             }
             // Once taken offline and seen so, it is not left there, unless the cluster refuses the switch-on.
             if (run.result == "true" && !Has(run.journal, "OnlineClusterResource(SMTP)=")) {
-                EXPECT_EQ(StateInModel("SMTP"), "Online");
+                EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
             }
             EXPECT_LE(Platform().sleeps.size(), 120u);
         });

@@ -1,7 +1,9 @@
 // Every member of CVeritasCluster with each of its platform calls and allocations failing. Each run sees afterwards
 // that no handle, no block, no registry key and no capture file is left.
-#include "CreationFixture.h"
 #include "FaultSweep.h"
+#include "ServiceStandIn.h"
+#include "SetCreation.h"
+#include "ToolTables.h"
 
 #include <algorithm>
 
@@ -9,26 +11,12 @@ using namespace harness;
 
 namespace {
 
-std::string Text(bool result) {
-    return result ? "true" : "false";
-}
-
-std::string Joined(const Names& names) {
-    std::string text;
-    for (const std::wstring& name : names) {
-        text += " " + Utf8(name);
-    }
-    return text;
-}
-
 std::string Described(const Server& server) {
     return Utf8(L" " + server.sGroupName + L"," + server.sExchangeResName + L"," + server.sLanmanResName + L",") +
            (server.bGroupOnline ? "" : "not ") + Utf8(server.sOnlineNode);
 }
 
-const CVeritasCluster Cluster;
-
-class VeritasSweep : public CreationTest {
+class VeritasSweep : public VeritasTest {
 protected:
     VeritasSweep() {
         tools.AllowUnscripted(); // a fault may lead to queries for an empty name
@@ -37,7 +25,7 @@ protected:
         tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|ONLINE|"}}));
         tools.Answer(L"hares -list  Group=EVS1  Type=RegRep ", Listed({"R1", "R2"}));
         tools.Answer(L"hares -display R1 -attribute Keys ", Shown("R1", "Keys", "HKLM\\SOFTWARE\\Other"));
-        tools.Answer(L"hares -display R2 -attribute Keys ", Shown("R2", "Keys", "HKLM\\" + Utf8(ProductKey)));
+        tools.Answer(L"hares -display R2 -attribute Keys ", Shown("R2", "Keys", "HKLM\\" + ProductKeyText));
         tools.Answer(ListService("OXAHostService"), Listed({"Host1"}));
         tools.AnswerPrefix(L"hares -list ", "");
         tools.AnswerPrefix(L"hares -delete ", "");
@@ -75,6 +63,9 @@ protected:
             },
             step);
     }
+
+    SetCreation set{*this};
+    ServiceStandIn service{Platform()};
 };
 
 // Configuration mode and queries
@@ -82,8 +73,8 @@ protected:
 TEST_F(VeritasSweep, ConfigurationModeIsSwitchedOrNot) {
     tools.Answer(L"haconf -makerw ", "");
     tools.Answer(L"haconf -dump -makero ", "");
-    SweepOver([] { return Text(Cluster.SwitchToReadWriteMode()); }, "true", {"false"});
-    SweepOver([] { return Text(Cluster.SwitchToReadOnlyMode()); }, "true", {"false"});
+    SweepOver([this] { return TrueOrFalse(cluster.SwitchToReadWriteMode()); }, "true", {"false"});
+    SweepOver([this] { return TrueOrFalse(cluster.SwitchToReadOnlyMode()); }, "true", {"false"});
 }
 
 TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
@@ -91,26 +82,26 @@ TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
     tools.Answer(L"hagrp -list  Parallel=0 ", Listed({"EVS1", "EVS2"}));
     tools.Answer(L"hares -list  Type=Lanman ", Listed({"L1", "L2"}));
     SweepOver(
-        [] {
+        [this] {
             Names names = {L"before"};
-            const bool result = Cluster.EnumSystemNames(names);
-            return Text(result) + Joined(names);
+            const bool result = cluster.EnumSystemNames(names);
+            return TrueOrFalse(result) + Spaced(names);
         },
         "true NODE1 NODE2", {"true", "false before"});
     SweepOver(
-        [] {
+        [this] {
             const NameValuePairList filter = {{L"Parallel", L"0"}};
             Names names = {L"before"};
-            const bool result = Cluster.EnumGroupNames(names, &filter);
-            return Text(result) + Joined(names);
+            const bool result = cluster.EnumGroupNames(names, &filter);
+            return TrueOrFalse(result) + Spaced(names);
         },
         "true before EVS1 EVS2", {"true before", "false before"});
     SweepOver(
-        [] {
+        [this] {
             const NameValuePairList filter = {{L"Type", L"Lanman"}};
             Names names = {L"before"};
-            const bool result = Cluster.EnumResourceNamesW(names, &filter);
-            return Text(result) + Joined(names);
+            const bool result = cluster.EnumResourceNamesW(names, &filter);
+            return TrueOrFalse(result) + Spaced(names);
         },
         "true before L1 L2", {"true before", "false before"});
 }
@@ -118,80 +109,80 @@ TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
 TEST_F(VeritasSweep, DependenciesAreWholeOrNone) {
     tools.Answer(L"hares -dep R1", Dependencies({{"R1", "M1"}, {"Host", "R1"}}));
     SweepOver(
-        [] {
+        [this] {
             Names parents;
             Names children;
-            const bool result = Cluster.EnumResDependencies(L"R1", parents, children);
-            return Text(result) + Joined(parents) + Joined(children);
+            const bool result = cluster.EnumResDependencies(L"R1", parents, children);
+            return TrueOrFalse(result) + Spaced(parents) + Spaced(children);
         },
         "true Host M1", {"true", "false"});
 }
 
 TEST_F(VeritasSweep, ValuesAreWholeOrUntouched) {
     SweepOver(
-        [] {
+        [this] {
             std::wstring value = L"before";
-            const bool result = Cluster.GetResourceAttribute(L"R1", L"Keys", value);
-            return Text(result) + " " + Utf8(value);
+            const bool result = cluster.GetResourceAttribute(L"R1", L"Keys", value);
+            return TrueOrFalse(result) + " " + Utf8(value);
         },
         "true HKLM\\SOFTWARE\\Other", {"false before"});
     SweepOver(
-        [] {
+        [this] {
             std::wstring group = L"before";
-            const bool result = Cluster.FindGroupNameByVirtualServerName(L"MAIL1", group);
-            return Text(result) + " " + Utf8(group);
+            const bool result = cluster.FindGroupNameByVirtualServerName(L"MAIL1", group);
+            return TrueOrFalse(result) + " " + Utf8(group);
         },
         "true EVS1", {"true before", "false before"});
     SweepOver(
-        [] {
+        [this] {
             std::wstring resource = L"before";
-            const bool result = Cluster.GetGenericServiceResNameByServiceName(L"EVS1", L"OXAHostService", resource);
-            return Text(result) + " " + Utf8(resource);
+            const bool result = cluster.GetGenericServiceResNameByServiceName(L"EVS1", L"OXAHostService", resource);
+            return TrueOrFalse(result) + " " + Utf8(resource);
         },
         "true Host1", {"false before"});
 }
 
 TEST_F(VeritasSweep, AGroupIsOnlineOrNot) {
     SweepOver(
-        [] {
+        [this] {
             bool online = true;
             std::wstring system = L"before";
-            const bool result = Cluster.GetGroupOnlineNode(L"EVS1", online, system, false);
-            return Text(result) + " " + Text(online) + " " + Utf8(system);
+            const bool result = cluster.GetGroupOnlineNode(L"EVS1", online, system, false);
+            return TrueOrFalse(result) + " " + TrueOrFalse(online) + " " + Utf8(system);
         },
         "true true NODE1", {"true false before", "false false before"});
 }
 
 TEST_F(VeritasSweep, TheClusterTypeIsAsStoredOrNone) {
     Registry().SetNumber(ProductKey, L"ThirdPartyClusterType", 2);
-    SweepOver([] { return std::to_string(Cluster.GetThirdPartyClusterType()); }, "2", {"0"});
+    SweepOver([this] { return std::to_string(cluster.GetThirdPartyClusterType()); }, "2", {"0"});
 }
 
 // Resource operations
 
 TEST_F(VeritasSweep, CreatingAndDeletingAResourceIsAlwaysTrue) {
     SweepOver(
-        [] {
+        [this] {
             const NameValuePairList attributes = {{L"Critical", L"0"}, {L"Enabled", L"1"}};
-            return Text(Cluster.CreateResource(L"R1", L"RegRep", L"EVS1", L"M1", attributes));
+            return TrueOrFalse(cluster.CreateResource(L"R1", L"RegRep", L"EVS1", L"M1", attributes));
         },
         "true", {});
-    SweepOver([] { return Text(Cluster.DeleteResource(L"R1")); }, "true", {});
+    SweepOver([this] { return TrueOrFalse(cluster.DeleteResource(L"R1")); }, "true", {});
 }
 
 TEST_F(VeritasSweep, LinksAndSwitchesAreAskedForOrNot) {
     tools.AnswerPrefix(L"hares -offline ", "");
-    SweepOver([] { return Text(Cluster.LinkResource(L"Host", L"R1")); }, "true", {"false"});
-    SweepOver([] { return Text(Cluster.TurnOnOrOffResource(L"R1", L"NODE1", true)); }, "true", {"false"});
-    SweepOver([] { return Text(Cluster.TurnOnOrOffResource(L"R1", L"NODE1", false)); }, "true", {"false"});
+    SweepOver([this] { return TrueOrFalse(cluster.LinkResource(L"Host", L"R1")); }, "true", {"false"});
+    SweepOver([this] { return TrueOrFalse(cluster.TurnOnOrOffResource(L"R1", L"NODE1", true)); }, "true", {"false"});
+    SweepOver([this] { return TrueOrFalse(cluster.TurnOnOrOffResource(L"R1", L"NODE1", false)); }, "true", {"false"});
 }
 
 TEST_F(VeritasSweep, APasswordIsEncryptedOrUntouchedAndNeverLogged) {
     SweepOver(
-        [] {
+        [this] {
             std::wstring encrypted = L"before";
-            const bool result = Cluster.EncryptVeritasPassword(L"clear", encrypted);
-            return Text(result) + " " + Utf8(encrypted);
+            const bool result = cluster.EncryptVeritasPassword(L"clear", encrypted);
+            return TrueOrFalse(result) + " " + Utf8(encrypted);
         },
         [](const SweepRun& run) {
             const Texts results = {"true eNcRyPtEd", "true before", "false before", ""};
@@ -206,28 +197,28 @@ TEST_F(VeritasSweep, APasswordIsEncryptedOrUntouchedAndNeverLogged) {
 
 TEST_F(VeritasSweep, AServerIsFoundAsFarAsItsToolsAnswer) {
     SweepOver(
-        [] {
+        [this] {
             Server server;
-            const bool result = Cluster.CollectEVSInfo(L"MAIL1", server);
-            return Text(result) + Described(server);
+            const bool result = cluster.CollectEVSInfo(L"MAIL1", server);
+            return TrueOrFalse(result) + Described(server);
         },
         "true EVS1,,Lanman1,NODE1",
         {"false ,,,not ", "false ,,Lanman1,not ", "false EVS1,,Lanman1,not ", "true EVS1,,Lanman1,not "});
 }
 
-class VeritasSweepServers : public VeritasSweep {
-protected:
-    VeritasSweepServers() {
-        tools.Answer(L"hagrp -list ", Listed({"EVS1", "EVS2"}));
-        tools.Answer(L"hagrp -state EVS2 ", States("EVS2", {{"NODE2", "|PARTIAL|"}}));
-        for (const std::wstring group : {L"EVS1", L"EVS2"}) {
-            tools.Answer(L"hares -list  Group=" + group + L"  Type=ExchService  Service=MSExchangeIS ", Listed({"IS"}));
-            tools.Answer(L"hares -list  Group=" + group + L"  Type=Lanman ", Listed({"LM"}));
-        }
+using VeritasSweepServers = VeritasSweep;
+
+void AnswerServers(ToolScript& tools) {
+    tools.Answer(L"hagrp -list ", Listed({"EVS1", "EVS2"}));
+    tools.Answer(L"hagrp -state EVS2 ", States("EVS2", {{"NODE2", "|PARTIAL|"}}));
+    for (const std::wstring group : {L"EVS1", L"EVS2"}) {
+        tools.Answer(L"hares -list  Group=" + group + L"  Type=ExchService  Service=MSExchangeIS ", Listed({"IS"}));
+        tools.Answer(L"hares -list  Group=" + group + L"  Type=Lanman ", Listed({"LM"}));
     }
-};
+}
 
 TEST_F(VeritasSweepServers, EveryRecordThatWasFoundStays) {
+    AnswerServers(tools);
     const std::string good = "true EVS1,IS,LM,NODE1 EVS2,IS,LM,NODE2";
     Texts accepted;
     for (const char* first : {"", " EVS1,IS,LM,NODE1", " EVS1,IS,LM,not ", " EVS1,IS,,NODE1", " EVS1,IS,,not "}) {
@@ -237,9 +228,9 @@ TEST_F(VeritasSweepServers, EveryRecordThatWasFoundStays) {
         }
     }
     SweepOver(
-        [] {
+        [this] {
             std::vector<Server> servers;
-            std::string text = Text(Cluster.CollectExchangeEVSInfo(servers));
+            std::string text = TrueOrFalse(cluster.CollectExchangeEVSInfo(servers));
             for (const Server& server : servers) {
                 text += Described(server);
             }
@@ -249,11 +240,12 @@ TEST_F(VeritasSweepServers, EveryRecordThatWasFoundStays) {
 }
 
 TEST_F(VeritasSweepServers, AServersRecordIsGivenOnlyWhenNothingFailed) {
+    AnswerServers(tools);
     SweepOver(
-        [] {
+        [this] {
             Server server(L"before", L"before");
-            const bool result = Cluster.CollectExchangeEVSInfo(L"EVS2", server);
-            return Text(result) + Described(server);
+            const bool result = cluster.CollectExchangeEVSInfo(L"EVS2", server);
+            return TrueOrFalse(result) + Described(server);
         },
         "true EVS2,IS,LM,NODE2",
         {"false before,before,,not ", "true EVS2,IS,,NODE2", "true EVS2,IS,LM,not ", "true EVS2,IS,,not "});
@@ -267,24 +259,24 @@ TEST_F(VeritasSweep, StorageIsFoundOrUntouched) {
     tools.Answer(L"hares -dep M2", Dependencies({}));
     tools.Answer(L"hares -dep R2", Dependencies({{"R2", "M2"}}));
     SweepOver(
-        [] {
+        [this] {
             Names mounts = {L"before"};
-            const bool result = Cluster.FindMostParentMountVResourceNameInGroup(L"EVS1", mounts);
-            return Text(result) + Joined(mounts);
+            const bool result = cluster.FindMostParentMountVResourceNameInGroup(L"EVS1", mounts);
+            return TrueOrFalse(result) + Spaced(mounts);
         },
         "true M2", {"true M1 M2", "true M1", "true", "false before"});
     SweepOver(
-        [] {
+        [this] {
             std::wstring mount = L"before";
-            const bool result = Cluster.GetKOVAShareDiskResNameByRegRepName(L"EVS1", L"R2", mount);
-            return Text(result) + " " + Utf8(mount);
+            const bool result = cluster.GetKOVAShareDiskResNameByRegRepName(L"EVS1", L"R2", mount);
+            return TrueOrFalse(result) + " " + Utf8(mount);
         },
         "true M2", {"true before", "false before"});
     SweepOver(
-        [] {
+        [this] {
             std::wstring regRep = L"before";
-            const bool result = Cluster.FindExistingKOVARegRepResName(L"EVS1", regRep);
-            return Text(result) + " " + Utf8(regRep);
+            const bool result = cluster.FindExistingKOVARegRepResName(L"EVS1", regRep);
+            return TrueOrFalse(result) + " " + Utf8(regRep);
         },
         "true R2", {"true before", "false before"});
 }
@@ -293,11 +285,11 @@ TEST_F(VeritasSweep, StorageIsFoundOrUntouched) {
 // calls of one run, so that every kind of call fails somewhere.
 
 TEST_F(VeritasSweep, ACreationIsAlwaysTrueAndItsPasswordNeverLogged) {
-    info.bGroupOnline = true;
+    set.info.bGroupOnline = true;
     SweepOver(
         [this] {
-            return Text(Cluster.CreateKOVAResources(info, true, true, FullAccount.group, FullAccount.user,
-                                                    FullAccount.password));
+            return TrueOrFalse(cluster.CreateKOVAResources(set.info, true, true, FullAccount.group, FullAccount.user,
+                                                           FullAccount.password));
         },
         [](const SweepRun& run) {
             EXPECT_EQ(run.result, run.threw ? "" : "true");
@@ -309,21 +301,23 @@ TEST_F(VeritasSweep, ACreationIsAlwaysTrueAndItsPasswordNeverLogged) {
 
 TEST_F(VeritasSweep, AnExistingServiceIsTurnedOn) {
     SweepOver(
-        [] {
-            return Text(
-                Cluster.CheckIfGenericServiceResourceExistsAndTurnItOn(L"EVS1", L"OXAHostService", L"NODE1", 1000));
+        [this] {
+            return TrueOrFalse(
+                cluster.CheckIfGenericServiceResourceExistsAndTurnItOn(L"EVS1", L"OXAHostService", L"NODE1", 1000));
         },
         "true", {"false"});
 }
 
 TEST_F(VeritasSweep, TheQuarantineMonitorIsAdded) {
-    SweepOver([] { return Text(Cluster.CreateQAVResourceAndTurnItOn(L"MAIL1", 1000)); }, "true", {"false"}, 3);
+    SweepOver([this] { return TrueOrFalse(cluster.CreateQAVResourceAndTurnItOn(L"MAIL1", 1000)); }, "true", {"false"},
+              3);
 }
 
 TEST_F(VeritasSweep, TheRemoteConfigurationIsAdded) {
     SweepOver(
-        [] {
-            return Text(Cluster.CreateRemoteConfigResourceAndTurnItOn(L"MAIL1", L"DOMAIN", L"admin", L"clear", 1000));
+        [this] {
+            return TrueOrFalse(
+                cluster.CreateRemoteConfigResourceAndTurnItOn(L"MAIL1", L"DOMAIN", L"admin", L"clear", 1000));
         },
         "true", {"false"}, 3);
 }
@@ -347,17 +341,17 @@ TEST_F(VeritasSweep, ProductNamesAreThoseFoundBeforeTheFailure) {
         accepted.push_back("false" + names);
     }
     SweepOver(
-        [] {
+        [this] {
             Names names;
-            const bool result = Cluster.CollectKOVAResNames(L"EVS1", names);
-            return Text(result) + Joined(names);
+            const bool result = cluster.CollectKOVAResNames(L"EVS1", names);
+            return TrueOrFalse(result) + Spaced(names);
         },
         "true h c s q r", accepted);
     SweepOver(
-        [] {
+        [this] {
             Names names;
-            const bool result = Cluster.CollectKOVAResNames(names);
-            return Text(result) + Joined(names);
+            const bool result = cluster.CollectKOVAResNames(names);
+            return TrueOrFalse(result) + Spaced(names);
         },
         "true", {"false"}, 3);
 }

@@ -1,5 +1,5 @@
 // The value of a resource's attribute.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,7 +7,7 @@ namespace {
 
 const std::string Header = "#Resource    Attribute             System     Value\r\n";
 
-class VeritasAttribute : public RunnerTest {
+class VeritasAttribute : public VeritasTest {
 protected:
     // The value read from an output; "<none>" when there is none, in which case the value before must be untouched.
     std::wstring Value(const std::string& output) {
@@ -137,11 +137,12 @@ TEST_F(VeritasAttribute, NullCountsAsAnEmptyName) {
 
 TEST_F(VeritasAttribute, AToolThatCannotBeRunLeavesTheValueAlone) {
     tools.AnswerPrefix(L"hares -display", Header + "R A global v\r\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);
         std::wstring value = L"OLD";
-        EXPECT_FALSE(cluster.GetResourceAttribute(L"R", L"A", value)) << call;
-        EXPECT_EQ(value, L"OLD") << call;
+        EXPECT_FALSE(cluster.GetResourceAttribute(L"R", L"A", value));
+        EXPECT_EQ(value, L"OLD");
     }
 }
 

@@ -1,15 +1,14 @@
 // Which third-party cluster the product is configured for.
-#include "RunnerFixture.h"
+#include "ProductNames.h"
+#include "VeritasTest.h"
 
 using namespace harness;
 
 namespace {
 
-const std::wstring Key = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
 const std::wstring Value = L"ThirdPartyClusterType";
-const std::string KeyText = Utf8(Key);
 
-class VeritasClusterType : public RunnerTest {
+class VeritasClusterType : public VeritasTest {
 protected:
     VeritasClusterType() {
         Registry();
@@ -24,20 +23,21 @@ protected:
 
     const std::string cannotQuery =
         "W Cannot query registry value ThirdPartyClusterType, Last err:" + std::to_string(ImpossibleCode);
-    const std::string cannotOpen = "W Cannot open registry " + KeyText + ", Last err:" + std::to_string(ImpossibleCode);
+    const std::string cannotOpen =
+        "W Cannot open registry " + ProductKeyText + ", Last err:" + std::to_string(ImpossibleCode);
 };
 
 TEST_F(VeritasClusterType, IsTheNumberInTheRegistry) {
-    Registry().SetNumber(Key, Value, 2);
+    Registry().SetNumber(ProductKey, Value, 2);
     EXPECT_EQ(Ask(), 2);
     EXPECT_EQ(TakeLog(), Lines({"I GetThirdPartyClusterType: returns: 2"}));
-    EXPECT_EQ(TakeJournal(),
-              Lines({"RegOpenKeyExW(" + KeyText + ")", "RegQueryValueExW(ThirdPartyClusterType)", "RegCloseKey()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(ThirdPartyClusterType)",
+                                    "RegCloseKey()"}));
     EXPECT_EQ(tools.CommandLines(), CommandList());
 }
 
 TEST_F(VeritasClusterType, TheKeyIsOpenedForReadingAndTheValueHasFourBytes) {
-    Registry().SetNumber(Key, Value, 1);
+    Registry().SetNumber(ProductKey, Value, 1);
     typedef ImportPatch<std::remove_pointer_t<decltype(&RegOpenKeyExW)>, struct OpenTag> OpenPatch;
     typedef ImportPatch<std::remove_pointer_t<decltype(&RegQueryValueExW)>, struct QueryTag> QueryPatch;
     OpenPatch* open = nullptr;
@@ -63,7 +63,7 @@ TEST_F(VeritasClusterType, TheKeyIsOpenedForReadingAndTheValueHasFourBytes) {
 
 TEST_F(VeritasClusterType, AnyNumberIsReturnedAsItIs) {
     for (const DWORD number : {0u, 1u, 3u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
-        Registry().SetNumber(Key, Value, number);
+        Registry().SetNumber(ProductKey, Value, number);
         EXPECT_EQ(static_cast<DWORD>(Ask()), number);
         const std::string shown = std::to_string(static_cast<int>(number));
         EXPECT_EQ(TakeLog(), Lines({"I GetThirdPartyClusterType: returns: " + shown}));
@@ -71,70 +71,70 @@ TEST_F(VeritasClusterType, AnyNumberIsReturnedAsItIs) {
 }
 
 TEST_F(VeritasClusterType, AMissingValueIsNoneAndLogged) {
-    Registry().SetNumber(Key, L"ThirdPartyCluster", 7);
+    Registry().SetNumber(ProductKey, L"ThirdPartyCluster", 7);
     EXPECT_EQ(Ask(), THIRD_PARTY_CLUSTER_TYPE_NONE);
     EXPECT_EQ(TakeLog(), Lines({cannotQuery, "I GetThirdPartyClusterType: returns: 0"}));
-    EXPECT_EQ(TakeJournal(),
-              Lines({"RegOpenKeyExW(" + KeyText + ")", "RegQueryValueExW(ThirdPartyClusterType)=2", "RegCloseKey()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")",
+                                    "RegQueryValueExW(ThirdPartyClusterType)=2", "RegCloseKey()"}));
 }
 
 TEST_F(VeritasClusterType, AMissingKeyIsNoneAndLogged) {
     Registry().SetNumber(L"SOFTWARE\\Plinthcore\\Zyntra Gate", Value, 7);
     EXPECT_EQ(Ask(), 0);
     EXPECT_EQ(TakeLog(), Lines({cannotOpen, "I GetThirdPartyClusterType: returns: 0"}));
-    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + KeyText + ")=2"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")=2"}));
 }
 
 TEST_F(VeritasClusterType, TheStoredTypeIsNotChecked) {
-    Registry().SetBytes(Key, Value, REG_BINARY, "\x04\x03\x02\x01", 4);
+    Registry().SetBytes(ProductKey, Value, REG_BINARY, "\x04\x03\x02\x01", 4);
     EXPECT_EQ(Ask(), 0x01020304);
-    Registry().SetBytes(Key, Value, REG_SZ, L"A", 4);
+    Registry().SetBytes(ProductKey, Value, REG_SZ, L"A", 4);
     EXPECT_EQ(Ask(), 0x41);
-    Registry().SetBytes(Key, Value, REG_NONE, "\x05\0\0\0", 4);
+    Registry().SetBytes(ProductKey, Value, REG_NONE, "\x05\0\0\0", 4);
     EXPECT_EQ(Ask(), 5);
     EXPECT_EQ(TakeLog(), Lines({"I GetThirdPartyClusterType: returns: 5"}));
 }
 
 TEST_F(VeritasClusterType, AShortValueGivesItsLowBytes) {
-    Registry().SetBytes(Key, Value, REG_BINARY, "\x02\x01", 2);
+    Registry().SetBytes(ProductKey, Value, REG_BINARY, "\x02\x01", 2);
     EXPECT_EQ(Ask(), 0x0102);
-    Registry().SetBytes(Key, Value, REG_DWORD, "\xFF", 1);
+    Registry().SetBytes(ProductKey, Value, REG_DWORD, "\xFF", 1);
     EXPECT_EQ(Ask(), 0xFF);
-    Registry().SetBytes(Key, Value, REG_BINARY, "", 0);
+    Registry().SetBytes(ProductKey, Value, REG_BINARY, "", 0);
     EXPECT_EQ(Ask(), 0);
     EXPECT_EQ(TakeLog(), Lines({"I GetThirdPartyClusterType: returns: 0"}));
 }
 
 TEST_F(VeritasClusterType, ALongValueIsNoneAndLogged) {
-    Registry().SetBytes(Key, Value, REG_QWORD, "\x01\x02\x03\x04\x05\x06\x07\x08", 8);
+    Registry().SetBytes(ProductKey, Value, REG_QWORD, "\x01\x02\x03\x04\x05\x06\x07\x08", 8);
     EXPECT_EQ(Ask(), 0);
     EXPECT_EQ(TakeLog(), Lines({cannotQuery, "I GetThirdPartyClusterType: returns: 0"}));
 }
 
 TEST_F(VeritasClusterType, AFailureIsLoggedWithTheLastErrorAndNotWithItsOwnCode) {
-    Registry().SetNumber(Key, Value, 2);
+    Registry().SetNumber(ProductKey, Value, 2);
     Platform().FailCall("RegOpenKeyExW", ERROR_ACCESS_DENIED);
     EXPECT_EQ(Ask(), 0);
     EXPECT_EQ(TakeLog(), Lines({cannotOpen, "I GetThirdPartyClusterType: returns: 0"}));
-    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + KeyText + ")=5"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")=5"}));
     Platform().FailCall("RegQueryValueExW", ERROR_ACCESS_DENIED);
     EXPECT_EQ(Ask(), 0);
     EXPECT_EQ(TakeLog(), Lines({cannotQuery, "I GetThirdPartyClusterType: returns: 0"}));
-    EXPECT_EQ(TakeJournal(),
-              Lines({"RegOpenKeyExW(" + KeyText + ")", "RegQueryValueExW(ThirdPartyClusterType)=5", "RegCloseKey()"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")",
+                                    "RegQueryValueExW(ThirdPartyClusterType)=5", "RegCloseKey()"}));
 }
 
 TEST_F(VeritasClusterType, AFailingCloseIsNoMatter) {
-    Registry().SetNumber(Key, Value, 2);
+    Registry().SetNumber(ProductKey, Value, 2);
     Platform().FailCall("RegCloseKey", ERROR_INVALID_HANDLE);
     EXPECT_EQ(Ask(), 2);
     EXPECT_EQ(TakeLog(), Lines({"I GetThirdPartyClusterType: returns: 2"}));
 }
 
 TEST_F(VeritasClusterType, EachCallReadsAnew) {
-    Registry().SetNumber(Key, Value, 2);
+    Registry().SetNumber(ProductKey, Value, 2);
     EXPECT_EQ(Ask(), 2);
-    Registry().SetNumber(Key, Value, 1);
+    Registry().SetNumber(ProductKey, Value, 1);
     EXPECT_EQ(Ask(), 1);
 }
 

@@ -1,11 +1,12 @@
 // One virtual server by its network name.
-#include "SetFixture.h"
+#include "Story.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasCollectServer : public SetTest {
+class VeritasCollectServer : public VeritasTest {
 protected:
     VeritasCollectServer() {
         info.sGroupName = L"before";
@@ -49,7 +50,7 @@ TEST_F(VeritasCollectServer, ANetworkNameLeadsToLanmanResourceGroupProductNamesA
     EXPECT_EQ(info.sQAVMonitorResName, L"EVS1-QAV_Monitor");
     EXPECT_TRUE(info.bGroupOnline);
     EXPECT_EQ(info.sOnlineNode, L"NODE2");
-    EXPECT_EQ(Told(), Lines(all + Texts{"< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines(all + Texts{"< CollectEVSInfo"}));
 }
 
 TEST_F(VeritasCollectServer, TheStoreResourceAndWhatTheCallerSetStay) {
@@ -67,7 +68,7 @@ TEST_F(VeritasCollectServer, TheFirstOfSeveralLanmanResourcesIsTaken) {
     Answer(Listed({"EVS1-Lanman", "Other", "Third"}), Shown("EVS1-Lanman", "Group", "EVS1"), States("EVS1", {}));
     EXPECT_TRUE(Collect());
     EXPECT_EQ(info.sLanmanResName, L"EVS1-Lanman");
-    EXPECT_EQ(Told(), Lines(all + Texts{"< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines(all + Texts{"< CollectEVSInfo"}));
 }
 
 TEST_F(VeritasCollectServer, APartlyOnlineGroupIsOnlineWhateverTheCaseOfItsState) {
@@ -103,14 +104,14 @@ TEST_F(VeritasCollectServer, ANetworkNameThatNoLanmanResourceCarriesIsToldAndTou
     EXPECT_FALSE(Collect());
     EXPECT_EQ(info.sLanmanResName, L"Lanman before");
     EXPECT_EQ(info.sGroupName, L"before");
-    EXPECT_EQ(Told(), Lines({all[0], all[1], "W No Lanman resource found.", "< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines({all[0], all[1], "W No Lanman resource found.", "< CollectEVSInfo"}));
 }
 
 TEST_F(VeritasCollectServer, AListThatVcsRefusesIsAFailedEnumeration) {
     tools.Answer(ListLanmans, "EVS1 ERROR no such attribute\r\n");
     EXPECT_FALSE(Collect());
     EXPECT_EQ(info.sLanmanResName, L"Lanman before");
-    EXPECT_EQ(Told(), Lines({all[0], all[1], "W EnumResourceNames fail", "< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines({all[0], all[1], "W EnumResourceNames fail", "< CollectEVSInfo"}));
 }
 
 TEST_F(VeritasCollectServer, ALanmanResourceWithoutGroupIsTold) {
@@ -124,8 +125,8 @@ TEST_F(VeritasCollectServer, ALanmanResourceWithoutGroupIsTold) {
         EXPECT_EQ(info.sLanmanResName, L"EVS1-Lanman");
         EXPECT_EQ(info.sGroupName, L"before");
         EXPECT_EQ(info.sHostServiceResName, L"host before");
-        EXPECT_EQ(Told(), Lines({all[0], all[1], all[2], "W Failed to get Group attribute for resource EVS1-Lanman",
-                                 "< CollectEVSInfo"}));
+        EXPECT_EQ(Told(*this), Lines({all[0], all[1], all[2],
+                                      "W Failed to get Group attribute for resource EVS1-Lanman", "< CollectEVSInfo"}));
     }
 }
 
@@ -134,15 +135,15 @@ TEST_F(VeritasCollectServer, AMessageOfAStoppedEngineIsTakenForALanmanResource) 
     tools.Answer(ListLanmans, message);
     tools.Answer(L"hares -display VCS -attribute Group ", message);
     EXPECT_FALSE(Collect());
-    EXPECT_EQ(Told(), Lines({all[0], all[1], "$ hares -display VCS -attribute Group ",
-                             "W Failed to get Group attribute for resource VCS", "< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines({all[0], all[1], "$ hares -display VCS -attribute Group ",
+                                  "W Failed to get Group attribute for resource VCS", "< CollectEVSInfo"}));
 }
 
 TEST_F(VeritasCollectServer, ANullNetworkNameCountsAsEmpty) {
     tools.Answer(L"hares -list  Type=Lanman  VirtualName= ", "");
     EXPECT_FALSE(cluster.CollectEVSInfo(nullptr, info));
-    EXPECT_EQ(Told(), Lines({all[0], "$ hares -list  Type=Lanman  VirtualName= ", "W No Lanman resource found.",
-                             "< CollectEVSInfo"}));
+    EXPECT_EQ(Told(*this), Lines({all[0], "$ hares -list  Type=Lanman  VirtualName= ", "W No Lanman resource found.",
+                                  "< CollectEVSInfo"}));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // All Exchange virtual servers of the cluster, and one by its group.
-#include "SetFixture.h"
+#include "Story.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
@@ -7,37 +8,37 @@ namespace {
 
 typedef std::vector<Server> Servers;
 
-class VeritasCollectServers : public SetTest {
+std::wstring Stores(const std::string& group) {
+    return L"hares -list  Group=" + Utf16(group) + L"  Type=ExchService  Service=MSExchangeIS ";
+}
+std::wstring Lanmans(const std::string& group) {
+    return L"hares -list  Group=" + Utf16(group) + L"  Type=Lanman ";
+}
+
+// Two virtual servers with a group between them that is none.
+void AnswerTwoServers(ToolScript& tools) {
+    tools.Answer(L"hagrp -list ", Listed({"EVS1", "ClusterService", "EVS2"}));
+    tools.Answer(Stores("EVS1"), Listed({"IS1"}));
+    tools.Answer(Stores("ClusterService"), "");
+    tools.Answer(Stores("EVS2"), Listed({"IS2"}));
+    tools.Answer(Lanmans("EVS1"), Listed({"Lanman1"}));
+    tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|ONLINE|"}, {"NODE2", "|OFFLINE|"}}));
+    tools.Answer(Lanmans("EVS2"), Listed({"Lanman2"}));
+    tools.Answer(L"hagrp -state EVS2 ", States("EVS2", {{"NODE1", "|OFFLINE|"}, {"NODE2", "|PARTIAL|"}}));
+}
+
+// Group, store, Lanman resource and system of each.
+Texts Found(const Servers& servers) {
+    Texts found;
+    for (const Server& server : servers) {
+        found.push_back(Utf8(server.sGroupName + L"," + server.sExchangeResName + L"," + server.sLanmanResName) +
+                        (server.bGroupOnline ? "," : ",not ") + Utf8(server.sOnlineNode));
+    }
+    return found;
+}
+
+class VeritasCollectServers : public VeritasTest {
 protected:
-    // Two virtual servers with a group between them that is none.
-    void AnswerTwoServers() {
-        tools.Answer(L"hagrp -list ", Listed({"EVS1", "ClusterService", "EVS2"}));
-        tools.Answer(Stores("EVS1"), Listed({"IS1"}));
-        tools.Answer(Stores("ClusterService"), "");
-        tools.Answer(Stores("EVS2"), Listed({"IS2"}));
-        tools.Answer(Lanmans("EVS1"), Listed({"Lanman1"}));
-        tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|ONLINE|"}, {"NODE2", "|OFFLINE|"}}));
-        tools.Answer(Lanmans("EVS2"), Listed({"Lanman2"}));
-        tools.Answer(L"hagrp -state EVS2 ", States("EVS2", {{"NODE1", "|OFFLINE|"}, {"NODE2", "|PARTIAL|"}}));
-    }
-
-    static std::wstring Stores(const std::string& group) {
-        return L"hares -list  Group=" + Utf16(group) + L"  Type=ExchService  Service=MSExchangeIS ";
-    }
-    static std::wstring Lanmans(const std::string& group) {
-        return L"hares -list  Group=" + Utf16(group) + L"  Type=Lanman ";
-    }
-
-    // Group, store, Lanman resource and system of each.
-    static Texts Found(const Servers& servers) {
-        Texts found;
-        for (const Server& server : servers) {
-            found.push_back(Utf8(server.sGroupName + L"," + server.sExchangeResName + L"," + server.sLanmanResName) +
-                            (server.bGroupOnline ? "," : ",not ") + Utf8(server.sOnlineNode));
-        }
-        return found;
-    }
-
     const std::string enter = "> CollectExchangeEVSInfo";
     const std::string leave = "< CollectExchangeEVSInfo";
     const std::string storeFailed = "W CollectExchangeEVSInfo, EnumResourceNames for exchange resource failed";
@@ -45,10 +46,10 @@ protected:
 };
 
 TEST_F(VeritasCollectServers, EveryGroupWithAnInformationStoreIsOneAndOthersAreSkippedSilently) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     EXPECT_TRUE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_EQ(Found(servers), (Texts{"EVS1,IS1,Lanman1,NODE1", "EVS2,IS2,Lanman2,NODE2"}));
-    EXPECT_EQ(Told(),
+    EXPECT_EQ(Told(*this),
               Lines({enter, "$ hagrp -list ", "$ hares -list  Group=EVS1  Type=ExchService  Service=MSExchangeIS ",
                      "$ hares -list  Group=ClusterService  Type=ExchService  Service=MSExchangeIS ",
                      "$ hares -list  Group=EVS2  Type=ExchService  Service=MSExchangeIS ",
@@ -57,7 +58,7 @@ TEST_F(VeritasCollectServers, EveryGroupWithAnInformationStoreIsOneAndOthersAreS
 }
 
 TEST_F(VeritasCollectServers, RecordsCarryTheProductsNamesAndDefaultDelays) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     EXPECT_TRUE(cluster.CollectExchangeEVSInfo(servers));
     ASSERT_EQ(servers.size(), 2u);
     EXPECT_EQ(servers[1].sHostServiceResName, L"EVS2-OXAHostService");
@@ -83,14 +84,14 @@ TEST_F(VeritasCollectServers, AClusterWithoutGroupsGivesNothingAndIsNoFailure) {
     tools.Answer(L"hagrp -list ", "");
     EXPECT_TRUE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_TRUE(servers.empty());
-    EXPECT_EQ(Told(), Lines({enter, "$ hagrp -list ", leave}));
+    EXPECT_EQ(Told(*this), Lines({enter, "$ hagrp -list ", leave}));
 }
 
 TEST_F(VeritasCollectServers, GroupsThatCannotBeListedAreAFailure) {
     tools.Answer(L"hagrp -list ", "main WARNING stale\r\n");
     EXPECT_FALSE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_TRUE(servers.empty());
-    EXPECT_EQ(Told(), Lines({enter, "$ hagrp -list ", leave}));
+    EXPECT_EQ(Told(*this), Lines({enter, "$ hagrp -list ", leave}));
 }
 
 TEST_F(VeritasCollectServers, AGroupListedOncePerSystemIsOneServer) {
@@ -112,7 +113,7 @@ TEST_F(VeritasCollectServers, TheFirstStoreAndTheFirstLanmanResourceOfAGroupAreT
 }
 
 TEST_F(VeritasCollectServers, AGroupWithoutLanmanResourceStaysAndIsNoFailure) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     tools.Answer(L"hagrp -list ", "");
     tools.AnswerNext(Listed({"EVS1"}));
     tools.AnswerNext(Listed({"IS1"}));
@@ -122,7 +123,7 @@ TEST_F(VeritasCollectServers, AGroupWithoutLanmanResourceStaysAndIsNoFailure) {
 }
 
 TEST_F(VeritasCollectServers, ServersAreAppendedAndThoseBeforeAreLeftAlone) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     Server before(L"IS before", L"EVS0");
     before.sLanmanResName = L"Lanman before";
     servers.push_back(before);
@@ -132,11 +133,11 @@ TEST_F(VeritasCollectServers, ServersAreAppendedAndThoseBeforeAreLeftAlone) {
 }
 
 TEST_F(VeritasCollectServers, AStoreQueryThatFailsSkipsItsGroupAndGoesOn) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     tools.FailStart(2, ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_EQ(Found(servers), Texts{"EVS2,IS2,Lanman2,NODE2"});
-    EXPECT_EQ(Told(),
+    EXPECT_EQ(Told(*this),
               Lines({enter, "$ hagrp -list ", "$ hares -list  Group=EVS1  Type=ExchService  Service=MSExchangeIS ",
                      storeFailed, "$ hares -list  Group=ClusterService  Type=ExchService  Service=MSExchangeIS ",
                      "$ hares -list  Group=EVS2  Type=ExchService  Service=MSExchangeIS ",
@@ -144,7 +145,7 @@ TEST_F(VeritasCollectServers, AStoreQueryThatFailsSkipsItsGroupAndGoesOn) {
 }
 
 TEST_F(VeritasCollectServers, AStoreQueryThatVcsRefusesIsAFailureToo) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     tools.Answer(Stores("EVS3"), "EVS3 ERROR\r\n");
     tools.AnswerNext(Listed({"EVS3", "EVS1"}));
     EXPECT_FALSE(cluster.CollectExchangeEVSInfo(servers));
@@ -152,33 +153,35 @@ TEST_F(VeritasCollectServers, AStoreQueryThatVcsRefusesIsAFailureToo) {
 }
 
 TEST_F(VeritasCollectServers, ALanmanQueryThatFailsKeepsTheRecordAndItsState) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     tools.FailStart(5, ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_EQ(Found(servers), (Texts{"EVS1,IS1,,NODE1", "EVS2,IS2,Lanman2,NODE2"}));
-    EXPECT_THAT(Told(), ::testing::HasSubstr(
-                            "$ hares -list  Group=EVS1  Type=Lanman \n"
-                            "W CollectExchangeEVSInfo, EnumResourceNames for lanman resource failed for group EVS1\n"
-                            "$ hagrp -state EVS1 \n$ hares -list  Group=EVS2  Type=Lanman \n"));
+    EXPECT_THAT(
+        Told(*this),
+        ::testing::HasSubstr("$ hares -list  Group=EVS1  Type=Lanman \n"
+                             "W CollectExchangeEVSInfo, EnumResourceNames for lanman resource failed for group EVS1\n"
+                             "$ hagrp -state EVS1 \n$ hares -list  Group=EVS2  Type=Lanman \n"));
 }
 
 TEST_F(VeritasCollectServers, AStateThatCannotBeReadKeepsTheRecordAndItsLanmanResource) {
-    AnswerTwoServers();
+    AnswerTwoServers(tools);
     tools.FailStart(6, ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(cluster.CollectExchangeEVSInfo(servers));
     EXPECT_EQ(Found(servers), (Texts{"EVS1,IS1,Lanman1,not ", "EVS2,IS2,Lanman2,NODE2"}));
-    EXPECT_THAT(Told(), ::testing::HasSubstr(
-                            "$ hagrp -state EVS1 \n"
-                            "W CollectExchangeEVSInfo, GetGroupOnlineNode for lanman resource failed for group EVS1\n"
-                            "$ hares -list  Group=EVS2  Type=Lanman \n"));
+    EXPECT_THAT(
+        Told(*this),
+        ::testing::HasSubstr("$ hagrp -state EVS1 \n"
+                             "W CollectExchangeEVSInfo, GetGroupOnlineNode for lanman resource failed for group EVS1\n"
+                             "$ hares -list  Group=EVS2  Type=Lanman \n"));
 }
 
 // By group
 
-class VeritasCollectServerByGroup : public VeritasCollectServers {
+class VeritasCollectServerByGroup : public VeritasTest {
 protected:
     VeritasCollectServerByGroup() {
-        AnswerTwoServers();
+        AnswerTwoServers(tools);
         info.sGroupName = L"before";
         info.sRegRepResName = L"regrep before";
         info.nDelayAfterOnline = 7;
@@ -232,10 +235,11 @@ TEST_F(VeritasCollectServerByGroup, AnyFailedQueryHidesTheGroupThoughItWasFound)
 }
 
 TEST_F(VeritasCollectServerByGroup, ItRunsAndTellsWhatTheListOfAllDoes) {
+    Servers servers;
     EXPECT_TRUE(cluster.CollectExchangeEVSInfo(servers));
-    const std::string told = Told();
+    const std::string told = Told(*this);
     EXPECT_TRUE(cluster.CollectExchangeEVSInfo(L"EVS1", info));
-    EXPECT_EQ(Told(), told);
+    EXPECT_EQ(Told(*this), told);
 }
 
 } // namespace

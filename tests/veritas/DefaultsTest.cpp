@@ -1,7 +1,8 @@
 // What no caller of the class gets to see: default attribute lists, the result of a wait, and what earlier content of
 // an output becomes.
 #include "PrivateMember.h"
-#include "SetFixture.h"
+#include "ServiceStandIn.h"
+#include "VeritasTest.h"
 
 using namespace harness;
 
@@ -18,7 +19,10 @@ PRIVATE_MEMBER(ExecuteForText, &CVeritasCluster::ExecuteVeritasCommand_,
 PRIVATE_MEMBER(ExecuteForTokens, &CVeritasCluster::ExecuteVeritasCommand_,
                bool(const wchar_t*, const wchar_t*, std::vector<std::wstring>*, bool));
 
-class VeritasDefaults : public SetTest {};
+class VeritasDefaults : public VeritasTest {
+protected:
+    ServiceStandIn service{Platform()};
+};
 
 TEST_F(VeritasDefaults, OfARegistryReplicationReplaceWhatTheListHeld) {
     NameValuePairList params = {{L"old", L"1"}, {L"older", L"2"}};

@@ -1,5 +1,5 @@
 // Which resources a resource depends on, and which depend on it.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,7 +7,7 @@ namespace {
 
 const std::string Header = "#Group Parent      Child\r\n";
 
-class VeritasDependencies : public RunnerTest {
+class VeritasDependencies : public VeritasTest {
 protected:
     bool Ask(const std::string& output, const wchar_t* resource = L"R") {
         tools.AnswerNext(output);
@@ -145,13 +145,14 @@ TEST_F(VeritasDependencies, NullCountsAsAnEmptyName) {
 
 TEST_F(VeritasDependencies, AToolThatCannotBeRunLeavesBothListsAlone) {
     tools.AnswerPrefix(L"hares -dep", Header + "G R C\nG P R\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);
         parents = {L"OLD P"};
         children = {L"OLD C"};
-        EXPECT_FALSE(cluster.EnumResDependencies(L"R", parents, children)) << call;
-        EXPECT_EQ(parents, Names{L"OLD P"}) << call;
-        EXPECT_EQ(children, Names{L"OLD C"}) << call;
+        EXPECT_FALSE(cluster.EnumResDependencies(L"R", parents, children));
+        EXPECT_EQ(parents, Names{L"OLD P"});
+        EXPECT_EQ(children, Names{L"OLD C"});
     }
 }
 

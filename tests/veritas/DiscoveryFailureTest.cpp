@@ -1,37 +1,47 @@
 // What becomes of discovery when the n-th tool cannot be started, for every n.
-#include "SetFailureFixture.h"
+#include "FailingRuns.h"
+#include "ProductNames.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
 namespace {
 
-TEST_F(VeritasSetFailure, CollectEVSInfoEndsAtAFailedQuery) {
-    Online();
+using VeritasDiscoveryFailure = VeritasTest;
+
+TEST_F(VeritasDiscoveryFailure, CollectEVSInfoEndsAtAFailedQuery) {
+    tools.Answer(L"hares -list  Type=Lanman  VirtualName=MAIL1 ", Listed({"Lanman1"}));
+    tools.Answer(L"hares -display Lanman1 -attribute Group ", Shown("Lanman1", "Group", "EVS1"));
+    tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|OFFLINE|"}, {"NODE2", "|ONLINE|"}}));
     const auto member = [this] {
         Server info;
         const bool result = cluster.CollectEVSInfo(L"MAIL1", info);
-        return Text(result) + " " + Utf8(info.sLanmanResName) + "," + Utf8(info.sGroupName) + "," +
-               Utf8(info.sHostServiceResName) + "," + Text(info.bGroupOnline) + "," + Utf8(info.sOnlineNode);
+        return TrueOrFalse(result) + " " + Utf8(info.sLanmanResName) + "," + Utf8(info.sGroupName) + "," +
+               Utf8(info.sHostServiceResName) + "," + TrueOrFalse(info.bGroupOnline) + "," + Utf8(info.sOnlineNode);
     };
     const std::string enter = "> CollectEVSInfo";
     const std::string leave = "< CollectEVSInfo";
     const std::string list = "$ hares -list  Type=Lanman  VirtualName=MAIL1 ";
     const std::string show = "$ hares -display Lanman1 -attribute Group ";
     const std::string state = "$ hagrp -state EVS1 ";
-    Check(member, {{0, "true Lanman1,EVS1,EVS1-OXAHostService,true,NODE2", {enter, list, show, state, leave}},
-                   {1, "false ,,,false,", {enter, list, "W EnumResourceNames fail", leave}},
-                   {2,
-                    "false Lanman1,,,false,",
-                    {enter, list, show, "W Failed to get Group attribute for resource Lanman1", leave}},
-                   {3,
-                    "false Lanman1,EVS1,EVS1-OXAHostService,false,",
-                    {enter, list, show, state, "W Failed to get Group online node for resource Lanman1", leave}}});
+    ExpectOfEachFailingRun(
+        *this, member,
+        {{"the server is found", "true Lanman1,EVS1,EVS1-OXAHostService,true,NODE2", {enter, list, show, state, leave}},
+         {"a network name that is not listed leaves all empty",
+          "false ,,,false,",
+          {enter, list, "W EnumResourceNames fail", leave}},
+         {"a group that is not shown leaves the name",
+          "false Lanman1,,,false,",
+          {enter, list, show, "W Failed to get Group attribute for resource Lanman1", leave}},
+         {"a state that is not told leaves the group",
+          "false Lanman1,EVS1,EVS1-OXAHostService,false,",
+          {enter, list, show, state, "W Failed to get Group online node for resource Lanman1", leave}}});
 }
 
-class VeritasSetFailureServers : public VeritasSetFailure {
+class VeritasDiscoveryFailureServers : public VeritasTest {
 protected:
-    VeritasSetFailureServers() {
-        Online();
+    VeritasDiscoveryFailureServers() {
+        tools.Answer(L"hagrp -state EVS1 ", States("EVS1", {{"NODE1", "|OFFLINE|"}, {"NODE2", "|ONLINE|"}}));
         tools.Answer(L"hagrp -list ", Listed({"EVS1", "EVS2"}));
         for (const std::string group : {"EVS1", "EVS2"}) {
             tools.Answer(L"hares -list  Group=" + Utf16(group) + L"  Type=ExchService  Service=MSExchangeIS ",
@@ -73,39 +83,41 @@ protected:
         {enter, groups, stores1, stores2, lanmans1, state1, lanmans2, state2, stateFailed + "2", leave}};
 };
 
-TEST_F(VeritasSetFailureServers, CollectExchangeEVSInfoOfAllKeepsWhatItFound) {
+TEST_F(VeritasDiscoveryFailureServers, CollectExchangeEVSInfoOfAllKeepsWhatItFound) {
     const auto member = [this] {
         std::vector<Server> servers;
-        std::string text = Text(cluster.CollectExchangeEVSInfo(servers)) + " ";
+        std::string text = TrueOrFalse(cluster.CollectExchangeEVSInfo(servers)) + " ";
         for (const Server& server : servers) {
             text += Describe(server);
         }
         return text;
     };
-    Check(member, {{0, "true EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[0]},
-                   {1, "false ", told[1]},
-                   {2, "false EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[2]},
-                   {3, "false EVS1,IS-EVS1,LM-EVS1,NODE2 ", told[3]},
-                   {4, "false EVS1,IS-EVS1,,NODE2 EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[4]},
-                   {5, "false EVS1,IS-EVS1,LM-EVS1,,not EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[5]},
-                   {6, "false EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,,NODE1 ", told[6]},
-                   {7, "false EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,LM-EVS2,,not ", told[7]}});
+    ExpectOfEachFailingRun(
+        *this, member,
+        {{"both servers are found", "true EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[0]},
+         {"groups that are not listed are no servers", "false ", told[1]},
+         {"the first group is passed over", "false EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[2]},
+         {"the second group is passed over", "false EVS1,IS-EVS1,LM-EVS1,NODE2 ", told[3]},
+         {"the first server has no network name", "false EVS1,IS-EVS1,,NODE2 EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[4]},
+         {"the first server is not online", "false EVS1,IS-EVS1,LM-EVS1,,not EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[5]},
+         {"the second server has no network name", "false EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,,NODE1 ", told[6]},
+         {"the second server is not online", "false EVS1,IS-EVS1,LM-EVS1,NODE2 EVS2,IS-EVS2,LM-EVS2,,not ", told[7]}});
 }
 
-TEST_F(VeritasSetFailureServers, CollectExchangeEVSInfoOfAGroupGivesNothing) {
+TEST_F(VeritasDiscoveryFailureServers, CollectExchangeEVSInfoOfAGroupGivesNothing) {
     const auto member = [this] {
         Server info(L"before", L"before");
         const bool result = cluster.CollectExchangeEVSInfo(L"evs2", info);
-        return Text(result) + " " + Describe(info);
+        return TrueOrFalse(result) + " " + Describe(info);
     };
-    std::vector<Failure> failures = {{0, "true EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[0]}};
-    for (unsigned failing = 1; failing < told.size(); ++failing) {
-        failures.push_back({failing, "false before,before,,,not ", told[failing]});
+    std::vector<FailingRun> rows = {{"the group's server is found", "true EVS2,IS-EVS2,LM-EVS2,NODE1 ", told[0]}};
+    for (unsigned run = 1; run < told.size(); ++run) {
+        rows.push_back({"the record stays as it was", "false before,before,,,not ", told[run]});
     }
-    Check(member, failures);
+    ExpectOfEachFailingRun(*this, member, rows);
 }
 
-TEST_F(VeritasSetFailure, FindMostParentMountVResourceNameInGroupEndsAtAFailedListAndDropsUnreadableCandidates) {
+TEST_F(VeritasDiscoveryFailure, FindMostParentMountVResourceNameInGroupEndsAtAFailedListAndDropsUnreadableCandidates) {
     const std::string attendants = "hares -list  Type=ExchService  Service=MSExchangeSA  Group=EVS1 ";
     const std::string mounts = "hares -list  Type=MountV  Group=EVS1 ";
     tools.Answer(Utf16(attendants), Listed({"SA"}));
@@ -116,11 +128,8 @@ TEST_F(VeritasSetFailure, FindMostParentMountVResourceNameInGroupEndsAtAFailedLi
     tools.Answer(L"hares -dep M3", Dependencies({}));
     const auto member = [this] {
         Names names = {L"before"};
-        std::string text = Text(cluster.FindMostParentMountVResourceNameInGroup(L"EVS1", names));
-        for (const std::wstring& name : names) {
-            text += " " + Utf8(name);
-        }
-        return text;
+        const bool result = cluster.FindMostParentMountVResourceNameInGroup(L"EVS1", names);
+        return TrueOrFalse(result) + Spaced(names);
     };
     const Texts enter = {"> FindMostParentMountVResourceNameInGroup", "I Finding Exchange SA resource for group EVS1",
                          "$ " + attendants};
@@ -130,46 +139,51 @@ TEST_F(VeritasSetFailure, FindMostParentMountVResourceNameInGroupEndsAtAFailedLi
     const Texts candidates = {"$ hares -dep M1", "$ hares -dep M2", "$ hares -dep M3"};
     const Texts leave = {"< FindMostParentMountVResourceNameInGroup"};
     const Texts all = enter + attendant + volumes + candidates + leave;
-    Check(member, {{0, "true M2 M3", all},
-                   {1, "false before", enter + leave},
-                   {2, "false before", enter + attendant + leave},
-                   {3, "false before", enter + attendant + volumes + leave},
-                   {4, "true M2 M3", all},
-                   {5, "true M3", all},
-                   {6, "true M2", all}});
+    ExpectOfEachFailingRun(
+        *this, member,
+        {{"the two lowest volumes are found", "true M2 M3", all},
+         {"attendants that are not listed end the search", "false before", enter + leave},
+         {"dependencies that are not told end the search", "false before", enter + attendant + leave},
+         {"volumes that are not listed end the search", "false before", enter + attendant + volumes + leave},
+         {"an upper volume is dropped all the same", "true M2 M3", all},
+         {"the first lowest volume is dropped", "true M3", all},
+         {"the second lowest volume is dropped", "true M2", all}});
 }
 
-TEST_F(VeritasSetFailure, GetKOVAShareDiskResNameByRegRepNameFailsWithEitherQuery) {
+TEST_F(VeritasDiscoveryFailure, GetKOVAShareDiskResNameByRegRepNameFailsWithEitherQuery) {
     tools.Answer(L"hares -list  Type=MountV  Group=EVS1 ", Listed({"M1"}));
     tools.Answer(L"hares -dep RegRep1", Dependencies({{"RegRep1", "M1"}}));
     const auto member = [this] {
         std::wstring mount = L"before";
         const bool result = cluster.GetKOVAShareDiskResNameByRegRepName(L"EVS1", L"RegRep1", mount);
-        return Text(result) + " " + Utf8(mount);
+        return TrueOrFalse(result) + " " + Utf8(mount);
     };
     const std::string list = "$ hares -list  Type=MountV  Group=EVS1 ";
-    Check(member, {{0, "true M1", {list, "$ hares -dep RegRep1"}},
-                   {1, "false before", {list}},
-                   {2, "false before", {list, "$ hares -dep RegRep1"}}});
+    ExpectOfEachFailingRun(
+        *this, member,
+        {{"the volume is found", "true M1", {list, "$ hares -dep RegRep1"}},
+         {"volumes that are not listed are a failure", "false before", {list}},
+         {"dependencies that are not told are a failure", "false before", {list, "$ hares -dep RegRep1"}}});
 }
 
-TEST_F(VeritasSetFailure, FindExistingKOVARegRepResNameFailsWithItsListAlone) {
-    const std::string key = "HKLM\\" + Utf8(ProductKey);
+TEST_F(VeritasDiscoveryFailure, FindExistingKOVARegRepResNameFailsWithItsListAlone) {
+    const std::string key = "HKLM\\" + ProductKeyText;
     tools.Answer(L"hares -list  Group=EVS1  Type=RegRep ", Listed({"R1", "R2"}));
     tools.Answer(L"hares -display R1 -attribute Keys ", Shown("R1", "Keys", "HKLM\\Other"));
     tools.Answer(L"hares -display R2 -attribute Keys ", Shown("R2", "Keys", key));
     const auto member = [this] {
         std::wstring regRep = L"before";
         const bool result = cluster.FindExistingKOVARegRepResName(L"EVS1", regRep);
-        return Text(result) + " " + Utf8(regRep);
+        return TrueOrFalse(result) + " " + Utf8(regRep);
     };
     const std::string list = "$ hares -list  Group=EVS1  Type=RegRep ";
     const std::string show1 = "$ hares -display R1 -attribute Keys ";
     const std::string show2 = "$ hares -display R2 -attribute Keys ";
-    Check(member, {{0, "true R2", {list, show1, show2}},
-                   {1, "false before", {list}},
-                   {2, "true R2", {list, show1, show2}},
-                   {3, "true before", {list, show1, show2}}});
+    ExpectOfEachFailingRun(*this, member,
+                           {{"the product's resource is found", "true R2", {list, show1, show2}},
+                            {"resources that are not listed are a failure", "false before", {list}},
+                            {"another one's keys are no matter", "true R2", {list, show1, show2}},
+                            {"the product's keys alone are missed", "true before", {list, show1, show2}}});
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // Passwords in the form that VCS agents keep.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 #include <algorithm>
 
@@ -7,18 +7,15 @@ using namespace harness;
 
 namespace {
 
-class VeritasEncryption : public RunnerTest {
+class VeritasEncryption : public VeritasTest {
 protected:
     bool Encrypt(const std::wstring& password) {
         encrypted = L"OLD";
         return cluster.EncryptVeritasPassword(password.c_str(), encrypted);
     }
     // The log of a run; `exit` is what is told of the process.
-    static std::string EncryptionLog(const std::vector<std::string>& exit) {
-        std::vector<std::string> lines = {RunEnter, RunTempFile, "I Command line is ***"};
-        lines.insert(lines.end(), exit.begin(), exit.end());
-        lines.insert(lines.end(), {"I Result: ***", RunLeave});
-        return Lines(lines);
+    static std::string EncryptionLog(const Texts& exit) {
+        return Lines(Texts{RunEnter, RunTempFile, "I Command line is ***"} + exit + Texts{"I Result: ***", RunLeave});
     }
 
     std::wstring encrypted;
@@ -68,10 +65,11 @@ TEST_F(VeritasEncryption, AMessageIsTakenForTheResult) {
 
 TEST_F(VeritasEncryption, AToolThatCannotBeRunLeavesTheResultAlone) {
     tools.AnswerPrefix(L"vcsencrypt", "x\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_FILE_NOT_FOUND);
-        EXPECT_FALSE(Encrypt(L"p")) << call;
-        EXPECT_EQ(encrypted, L"OLD") << call;
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_FILE_NOT_FOUND);
+        EXPECT_FALSE(Encrypt(L"p"));
+        EXPECT_EQ(encrypted, L"OLD");
     }
     Forget();
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);

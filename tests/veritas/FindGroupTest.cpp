@@ -1,5 +1,5 @@
 // The group that hosts a virtual server name.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -13,7 +13,7 @@ std::wstring GroupOf(const std::wstring& resource) {
     return L"hares -display " + resource + L" -attribute Group ";
 }
 
-class VeritasFindGroup : public RunnerTest {
+class VeritasFindGroup : public VeritasTest {
 protected:
     bool Find() {
         return cluster.FindGroupNameByVirtualServerName(L"EVS1", group);

@@ -1,5 +1,5 @@
 // The resource that runs a Windows service in a group.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,13 +7,13 @@ namespace {
 
 const std::wstring List = L"hares -list  Type=GenericService  ServiceName=Svc  Group=G1 ";
 
-class VeritasGenericService : public RunnerTest {
+class VeritasGenericService : public VeritasTest {
 protected:
     bool Find() {
         return cluster.GetGenericServiceResNameByServiceName(L"G1", L"Svc", resource);
     }
     // The log of the whole query: the run, then `line` if there is one.
-    static std::string QueryLog(const std::vector<std::string>& run, const std::string& line = "") {
+    static std::string QueryLog(const Texts& run, const std::string& line = "") {
         return Lines({"> GetGenericServiceResNameByServiceName"}) + RunLog(Utf8(List), run) +
                (line.empty() ? "" : Lines({line})) + Lines({"< GetGenericServiceResNameByServiceName"});
     }

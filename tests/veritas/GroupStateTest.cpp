@@ -1,5 +1,5 @@
 // On which system a service group is online.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,7 +7,7 @@ namespace {
 
 const std::string Header = "#Group       Attribute             System     Value\r\n";
 
-class VeritasGroupState : public RunnerTest {
+class VeritasGroupState : public VeritasTest {
 protected:
     // The system told for an output; "<none>" when the group is not online, in which case the system before must be
     // untouched.
@@ -113,13 +113,14 @@ TEST_F(VeritasGroupState, NullCountsAsAnEmptyName) {
 
 TEST_F(VeritasGroupState, AToolThatCannotBeRunMeansNotOnlineAndTheSystemUntouched) {
     tools.Answer(L"hagrp -state G ", Header + "G State N1 |ONLINE|\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);
         bool online = true;
         std::wstring system = L"OLD";
-        EXPECT_FALSE(cluster.GetGroupOnlineNode(L"G", online, system, true)) << call;
-        EXPECT_FALSE(online) << call;
-        EXPECT_EQ(system, L"OLD") << call;
+        EXPECT_FALSE(cluster.GetGroupOnlineNode(L"G", online, system, true));
+        EXPECT_FALSE(online);
+        EXPECT_EQ(system, L"OLD");
     }
 }
 

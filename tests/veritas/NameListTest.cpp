@@ -1,21 +1,21 @@
 // The lists of service groups and of resources, which differ in their command only.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
 namespace {
 
-struct NameList {
+struct NameQuery {
     const char* name;
     const wchar_t* command;
     bool (CVeritasCluster::*enumerate)(Names&, const NameValuePairList*) const;
+
+    friend void PrintTo(const NameQuery& query, std::ostream* out) {
+        *out << query.name;
+    }
 };
 
-std::ostream& operator<<(std::ostream& out, const NameList& list) {
-    return out << list.name;
-}
-
-class VeritasNameList : public RunnerTest, public ::testing::WithParamInterface<NameList> {
+class VeritasNameList : public VeritasTest, public ::testing::WithParamInterface<NameQuery> {
 protected:
     bool Enumerate(Names& names, const NameValuePairList* filter = nullptr) {
         return (cluster.*GetParam().enumerate)(names, filter);
@@ -32,10 +32,10 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Veritas, VeritasNameList,
-                         ::testing::Values(NameList{"Groups", L"hagrp -list ", &CVeritasCluster::EnumGroupNames},
-                                           NameList{"Resources", L"hares -list ",
-                                                    &CVeritasCluster::EnumResourceNamesW}),
-                         [](const auto& list) { return list.param.name; });
+                         ::testing::Values(NameQuery{"Groups", L"hagrp -list ", &CVeritasCluster::EnumGroupNames},
+                                           NameQuery{"Resources", L"hares -list ",
+                                                     &CVeritasCluster::EnumResourceNamesW}),
+                         RowName());
 
 TEST_P(VeritasNameList, NamesAreTheFirstOfTwoColumns) {
     tools.Answer(command, "EVS1      \t\tNODE1\r\nEVS2-LONG\t\tNODE1\r\n");
@@ -130,11 +130,12 @@ TEST_P(VeritasNameList, AMessageOfVcsIsTakenForNames) {
 
 TEST_P(VeritasNameList, AToolThatCannotBeRunLeavesTheListAlone) {
     tools.Answer(command, "A NODE1\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_FILE_NOT_FOUND);
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_FILE_NOT_FOUND);
         Names names = {L"OLD"};
-        EXPECT_FALSE(Enumerate(names)) << call;
-        EXPECT_EQ(names, Names{L"OLD"}) << call;
+        EXPECT_FALSE(Enumerate(names));
+        EXPECT_EQ(names, Names{L"OLD"});
     }
 }
 

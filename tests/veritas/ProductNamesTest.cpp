@@ -1,11 +1,13 @@
 // Listing the product's resources.
-#include "SetFixture.h"
+#include "ProductNames.h"
+#include "Story.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasProductNames : public SetTest {
+class VeritasProductNames : public VeritasTest {
 protected:
     VeritasProductNames() {
         Registry().SetText(ProductKey, L"DataRootPath", L"F:\\Data\\Store");
@@ -37,20 +39,20 @@ TEST_F(VeritasProductNames, OfEveryGroupAreAskedForByServiceAndByReplicationDire
     Answer({{"h1", "h2"}, {"c"}, {"s"}, {"q"}, {"r1", "r2"}});
     EXPECT_TRUE(cluster.CollectKOVAResNames(names));
     EXPECT_EQ(names, (Names{L"h1", L"h2", L"c", L"s", L"q", L"r1", L"r2"}));
-    EXPECT_EQ(Told(), Expected(""));
+    EXPECT_EQ(Told(*this), Expected(""));
 }
 
 TEST_F(VeritasProductNames, OfOneGroupAreAskedForWithTheGroupFirst) {
     Answer({{"h"}, {"c"}, {"s"}, {"q"}, {"r"}});
     EXPECT_TRUE(cluster.CollectKOVAResNames(L"EVS1", names));
     EXPECT_EQ(names, (Names{L"h", L"c", L"s", L"q", L"r"}));
-    EXPECT_EQ(Told(), Expected(" Group=EVS1 "));
+    EXPECT_EQ(Told(*this), Expected(" Group=EVS1 "));
 }
 
 TEST_F(VeritasProductNames, OfANullGroupAreThoseOfAnEmptyOne) {
     Answer({{}, {}, {}, {}, {}});
     EXPECT_TRUE(cluster.CollectKOVAResNames(nullptr, names));
-    EXPECT_EQ(Told(), Expected(" Group= "));
+    EXPECT_EQ(Told(*this), Expected(" Group= "));
 }
 
 TEST_F(VeritasProductNames, AreAppendedEachOnce) {
@@ -84,7 +86,7 @@ TEST_F(VeritasProductNames, FoundBeforeAFailureStayAndNoFurtherQueryRuns) {
         told.push_back(queries[failing == 5 ? 5 : failing - 1]);
         EXPECT_FALSE(cluster.CollectKOVAResNames(found));
         EXPECT_EQ(found, expected);
-        EXPECT_EQ(Told(), Lines(told + Texts{"< CollectKOVAResNames"})) << failing;
+        EXPECT_EQ(Told(*this), Lines(told + Texts{"< CollectKOVAResNames"})) << failing;
     }
 }
 
@@ -98,7 +100,7 @@ TEST_F(VeritasProductNames, ReadTheDataRootFromTheCompiledInKey) {
         }
     }
     EXPECT_EQ(registry,
-              (Texts{"RegOpenKeyExW(" + Utf8(ProductKey) + ")", "RegQueryValueExW(DataRootPath)", "RegCloseKey()"}));
+              (Texts{"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(DataRootPath)", "RegCloseKey()"}));
 }
 
 TEST_F(VeritasProductNames, AreAskedForWithAnEmptyDirectoryWhenTheDataRootCannotBeRead) {
@@ -106,7 +108,7 @@ TEST_F(VeritasProductNames, AreAskedForWithAnEmptyDirectoryWhenTheDataRootCannot
     Answer({{}, {}, {}, {}, {"any"}});
     EXPECT_TRUE(cluster.CollectKOVAResNames(names));
     EXPECT_EQ(names, Names{L"any"});
-    const std::string told = Told();
+    const std::string told = Told(*this);
     EXPECT_THAT(told, ::testing::HasSubstr("I GetVeritasDiskPath: returns: \nW Cannot split path \n"
                                            "$ hares -list  Type=RegRep  ReplicationDirectory= \n"));
 }

@@ -1,8 +1,6 @@
 // Services of the real service control manager, brought online and awaited. The time between two looks is shortened.
 #include "VeritasTest.h"
 
-#include "clus_VeritasCluster.h"
-
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -80,7 +78,6 @@ protected:
     }
 
     const std::wstring name = L"clusutil_veritas_test_" + std::to_wstring(GetCurrentProcessId());
-    const CVeritasCluster cluster;
     bool started = false;
 };
 

@@ -2,7 +2,7 @@
 #ifndef REALTOOLS_H
 #define REALTOOLS_H
 
-#include "RunnerFixture.h"
+#include "VeritasTest.h"
 
 #include <functional>
 #include <map>
@@ -52,7 +52,7 @@ private:
     ProcessStandIn* m_former;
 };
 
-class RealToolTest : public RunnerTest {
+class RealToolTest : public VeritasTest {
 protected:
     RealToolTest();
     ~RealToolTest() override;

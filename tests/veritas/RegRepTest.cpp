@@ -1,5 +1,7 @@
 // Finding the product's RegRep resource and the volume below it.
-#include "SetFixture.h"
+#include "ProductNames.h"
+#include "Story.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
@@ -7,7 +9,7 @@ namespace {
 
 // The volume below a RegRep resource
 
-class VeritasShareDisk : public SetTest {
+class VeritasShareDisk : public VeritasTest {
 protected:
     void Answer(const std::string& mounts, const std::string& dependencies) {
         tools.AnswerNext(mounts);
@@ -26,7 +28,7 @@ TEST_F(VeritasShareDisk, IsTheFirstVolumeInTheOrderOfTheDependencies) {
            Dependencies({{"RegRep", "Lanman"}, {"RegRep", "M3"}, {"RegRep", "M1"}, {"Host", "RegRep"}}));
     EXPECT_TRUE(Get());
     EXPECT_EQ(mount, L"M3");
-    EXPECT_EQ(Told(), commands);
+    EXPECT_EQ(Told(*this), commands);
 }
 
 TEST_F(VeritasShareDisk, IsNotAVolumeThatDependsOnTheRegRepResource) {
@@ -55,7 +57,7 @@ TEST_F(VeritasShareDisk, IsNotLookedForWhenVolumesCannotBeListed) {
     tools.AnswerNext("EVS1 ERROR\r\n");
     EXPECT_FALSE(Get());
     EXPECT_EQ(mount, L"before");
-    EXPECT_EQ(Told(), Lines({"$ hares -list  Type=MountV  Group=EVS1 "}));
+    EXPECT_EQ(Told(*this), Lines({"$ hares -list  Type=MountV  Group=EVS1 "}));
 }
 
 TEST_F(VeritasShareDisk, NullNamesCountAsEmpty) {
@@ -67,7 +69,7 @@ TEST_F(VeritasShareDisk, NullNamesCountAsEmpty) {
 
 // The RegRep resource
 
-class VeritasExistingRegRep : public SetTest {
+class VeritasExistingRegRep : public VeritasTest {
 protected:
     void Answer(const Texts& resources) {
         tools.Answer(L"hares -list  Group=EVS1  Type=RegRep ", Listed(resources));
@@ -79,7 +81,7 @@ protected:
         return cluster.FindExistingKOVARegRepResName(L"EVS1", regRep);
     }
 
-    const std::string key = "HKLM\\" + Utf8(ProductKey);
+    const std::string key = "HKLM\\" + ProductKeyText;
     std::wstring regRep = L"before";
 };
 
@@ -89,8 +91,8 @@ TEST_F(VeritasExistingRegRep, IsTheOneWhoseKeysAreTheProductsKey) {
     Keys("R2", key);
     EXPECT_TRUE(Find());
     EXPECT_EQ(regRep, L"R2");
-    EXPECT_EQ(Told(), Lines({"$ hares -list  Group=EVS1  Type=RegRep ", "$ hares -display R1 -attribute Keys ",
-                             "$ hares -display R2 -attribute Keys "}));
+    EXPECT_EQ(Told(*this), Lines({"$ hares -list  Group=EVS1  Type=RegRep ", "$ hares -display R1 -attribute Keys ",
+                                  "$ hares -display R2 -attribute Keys "}));
 }
 
 TEST_F(VeritasExistingRegRep, ComparesKeysWithoutCase) {
@@ -104,9 +106,9 @@ TEST_F(VeritasExistingRegRep, NeedsTheWholeValueToBeTheKey) {
     Answer({"R1", "R2", "R3", "R4", "R5"});
     Keys("R1", key + "\\Sub");
     Keys("R2", "\"" + key + "\" \"\"");
-    Keys("R3", "HKLM" + Utf8(ProductKey));
-    Keys("R4", "HKLM\\\\" + Utf8(ProductKey));
-    Keys("R5", Utf8(ProductKey));
+    Keys("R3", "HKLM" + ProductKeyText);
+    Keys("R4", "HKLM\\\\" + ProductKeyText);
+    Keys("R5", ProductKeyText);
     EXPECT_TRUE(Find());
     EXPECT_EQ(regRep, L"before");
 }
@@ -123,7 +125,7 @@ TEST_F(VeritasExistingRegRep, IsUntouchedAndNoFailureWhenTheGroupHasNone) {
     Answer({});
     EXPECT_TRUE(Find());
     EXPECT_EQ(regRep, L"before");
-    EXPECT_EQ(Told(), Lines({"$ hares -list  Group=EVS1  Type=RegRep "}));
+    EXPECT_EQ(Told(*this), Lines({"$ hares -list  Group=EVS1  Type=RegRep "}));
 }
 
 TEST_F(VeritasExistingRegRep, IsLookedForFurtherWhenOnesKeysCannotBeRead) {
@@ -139,7 +141,7 @@ TEST_F(VeritasExistingRegRep, FailsWhenTheResourcesCannotBeListed) {
     tools.Answer(L"hares -list  Group=EVS1  Type=RegRep ", "R1 WARNING\r\n");
     EXPECT_FALSE(Find());
     EXPECT_EQ(regRep, L"before");
-    EXPECT_EQ(Told(), Lines({"$ hares -list  Group=EVS1  Type=RegRep "}));
+    EXPECT_EQ(Told(*this), Lines({"$ hares -list  Group=EVS1  Type=RegRep "}));
 }
 
 TEST_F(VeritasExistingRegRep, IsSoughtByTheCompiledInKeyWhateverTheRegistryHolds) {

@@ -1,5 +1,5 @@
 // The folder into which a RegRep resource replicates, as creation and listing of the product's set derive it.
-#include "CreationFixture.h"
+#include "SetCreation.h"
 
 #include <cstdlib>
 
@@ -7,7 +7,7 @@ using namespace harness;
 
 namespace {
 
-class VeritasReplicationDirectory : public CreationTest {
+class VeritasReplicationDirectory : public VeritasTest {
 protected:
     VeritasReplicationDirectory() {
         tools.AnswerPrefix(L"hares -list ", "");
@@ -15,8 +15,8 @@ protected:
 
     // What a creation for this path gives the RegRep resource; "refused " in front when the path cannot be split.
     std::string OfCreation(const std::wstring& path) {
-        info.sDataPath = path;
-        EXPECT_TRUE(Create());
+        set.info.sDataPath = path;
+        EXPECT_TRUE(set.Create());
         const std::string prefix = "$ hares -modify EVS1-RegRep  ReplicationDirectory ";
         return Directory(path, prefix, " ");
     }
@@ -45,12 +45,14 @@ protected:
         return directory;
     }
 
+    SetCreation set{*this};
+
 private:
     std::string Directory(const std::wstring& path, const std::string& prefix, const std::string& end) {
         std::string found = "nothing was run";
         bool refused = false;
-        for (const std::string& line : Split(Told())) {
-            if (line.rfind(prefix, 0) == 0) {
+        for (const std::string& line : Split(Told(*this))) {
+            if (BeginsWith(line, prefix)) {
                 found = line.substr(prefix.size(), line.size() - prefix.size() - end.size());
             }
             refused = refused || line == "W Cannot split path " + Utf8(path);
@@ -92,7 +94,7 @@ TEST_F(VeritasReplicationDirectory, OfAnEmptyPathIsEmptyAndTold) {
 TEST_F(VeritasReplicationDirectory, OfAMissingDataRootIsEmptyAndTold) {
     Names names;
     EXPECT_TRUE(cluster.CollectKOVAResNames(names));
-    const std::string told = Told();
+    const std::string told = Told(*this);
     EXPECT_THAT(told, ::testing::HasSubstr("W Cannot split path \n"));
     EXPECT_THAT(told, ::testing::HasSubstr("$ hares -list  Type=RegRep  ReplicationDirectory= \n"));
 }

@@ -1,5 +1,5 @@
 // Adding, linking and deleting resources, and bringing them online and offline.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,7 +7,7 @@ namespace {
 
 const std::string Failed = "VCS ERROR V-16-1-10160 Configuration must be ReadWrite\r\n";
 
-class VeritasOperations : public RunnerTest {
+class VeritasOperations : public VeritasTest {
 protected:
     // Every tool answers alike.
     VeritasOperations() {
@@ -108,9 +108,10 @@ TEST_F(VeritasOperations, LinkingSucceedsWhateverTheToolPrints) {
 }
 
 TEST_F(VeritasOperations, LinkingFailsWhenTheToolCannotBeRun) {
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
-        EXPECT_FALSE(cluster.LinkResource(L"P", L"C")) << call;
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);
+        EXPECT_FALSE(cluster.LinkResource(L"P", L"C"));
     }
     EXPECT_TRUE(cluster.LinkResource(L"P", L"C"));
 }
@@ -129,9 +130,10 @@ TEST_F(VeritasOperations, DeletingRunsOneTool) {
 TEST_F(VeritasOperations, DeletingSucceedsWhateverBecomesOfTheTool) {
     tools.AnswerNext(Failed, 1);
     EXPECT_TRUE(cluster.DeleteResource(L"R"));
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
-        EXPECT_TRUE(cluster.DeleteResource(L"R")) << call;
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);
+        EXPECT_TRUE(cluster.DeleteResource(L"R"));
     }
     EXPECT_TRUE(cluster.DeleteResource(nullptr));
     EXPECT_EQ(tools.CommandLines().back(), L"hares -delete  ");

@@ -1,39 +1,124 @@
 // What becomes of a run when the platform fails it. The fixture sees after each test that no file and no handle is
 // left.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasRunnerFailure : public RunnerTest {
+// The result of listing systems into a list that holds "before".
+std::string Listed(const CVeritasCluster& cluster) {
+    Names systems = {L"before"};
+    const bool done = cluster.EnumSystemNames(systems);
+    return TrueOrFalse(done) + Spaced(systems);
+}
+
+const std::string Success = RunLog("hasys -list ", {"I Process exit code: 0", "I Result: NODE1"});
+const std::string WithoutOutput = RunLog("hasys -list ", {"I Process exit code: 0"});
+const std::string NotStarted = RunLog("hasys -list ", {});
+
+// One failing call
+// ---------------------------------------------------------------------------------------------------------------------
+
+// A call of a run that fails. The run's own calls are given where the failure ends it early.
+struct FailedRun {
+    const char* name;
+    const char* call;
+    DWORD code;
+    std::string result;
+    std::string log;
+    Texts calls = {};
+    unsigned occurrence = 1;
+    FaultMode mode = FaultMode::Once;
+
+    friend void PrintTo(const FailedRun& row, std::ostream* out) {
+        *out << row.name;
+    }
+};
+
+FailedRun WithoutName(const char* name, DWORD code) {
+    return {name,           "GetTempFileNameW", code,
+            "false before", Lines({RunEnter}),  {"GetTempFileNameW(.,ha-,0)=" + std::to_string(code)}};
+}
+
+// The capture file of a tool that does not start is not read, only looked at for the log.
+FailedRun WithoutTool(const char* name, DWORD code) {
+    return {name,
+            "CreateProcessW",
+            code,
+            "false before",
+            NotStarted,
+            {"GetTempFileNameW(.,ha-,0)", "CreateFileW(.\\ha-XXXX.tmp,c0000000,0,inherited,2,0)",
+             "CreateProcessW(hasys -list )=" + std::to_string(code), "CloseHandle(.\\ha-XXXX.tmp)",
+             "_wsopen(.\\ha-XXXX.tmp,4080,40)", "_read(4096)", "_close()", "DeleteFileW(.\\ha-XXXX.tmp)"}};
+}
+
+FailedRun OfNoMatter(const char* name, const char* call) {
+    return {name, call, ERROR_ACCESS_DENIED, "true NODE1", Success};
+}
+
+const FailedRun FailedRuns[] = {
+    WithoutName("WithoutATemporaryNameOnAFullDiskNothingIsRun", ERROR_DISK_FULL),
+    WithoutName("WithoutATemporaryNameInAFolderOfOthersNothingIsRun", ERROR_ACCESS_DENIED),
+    WithoutName("WithoutATemporaryNameThatIsNewNothingIsRun", ERROR_FILE_EXISTS),
+    WithoutTool("AMissingToolFailsTheRunWithoutAWord", ERROR_FILE_NOT_FOUND),
+    WithoutTool("AForbiddenToolFailsTheRunWithoutAWord", ERROR_ACCESS_DENIED),
+    WithoutTool("AToolWithoutMemoryFailsTheRunWithoutAWord", ERROR_NOT_ENOUGH_MEMORY),
+    {"AnUnreadableExitCodeIsAWarningOnly", "GetExitCodeProcess", ERROR_INVALID_HANDLE, "true NODE1",
+     RunLog("hasys -list ", {"W Cannot get process exit code, error code: 6", "I Result: NODE1"})},
+    {"AnOutputThatCannotBeReadFailsTheRunAndDumpsNothing",
+     "_wsopen",
+     ERROR_SHARING_VIOLATION,
+     "false before",
+     WithoutOutput,
+     {},
+     1,
+     FaultMode::FromThenOn},
+    {"AnOutputThatCannotBeReadOnceFailsTheRunAndIsDumped", "_wsopen", ERROR_SHARING_VIOLATION, "false before", Success},
+    {"AnOutputThatCannotBeDumpedIsReadAllTheSame",
+     "_wsopen",
+     ERROR_SHARING_VIOLATION,
+     "true NODE1",
+     WithoutOutput,
+     {},
+     2},
+    {"AReadErrorEndsTheText", "_read", ERROR_READ_FAULT, "true", Success},
+    OfNoMatter("AHandleThatStaysInheritableIsNoMatter", "SetHandleInformation"),
+    OfNoMatter("AFailedWaitIsNoMatter", "WaitForSingleObject"),
+    OfNoMatter("AHandleThatIsNotClosedIsNoMatter", "CloseHandle"),
+    OfNoMatter("AFileThatIsNotClosedIsNoMatter", "_close"),
+    OfNoMatter("AFileThatIsNotDeletedIsNoMatter", "DeleteFileW")};
+
+class VeritasFailedRun : public VeritasTest, public ::testing::WithParamInterface<FailedRun> {};
+
+TEST_P(VeritasFailedRun, GivesItsResultAndLogAndLeavesTheNextRunAlone) {
+    const FailedRun& row = GetParam();
+    tools.Answer(L"hasys -list ", "NODE1\r\n");
+    Platform().FailCall(row.call, row.code, row.occurrence, row.mode);
+    EXPECT_EQ(Listed(cluster), row.result);
+    EXPECT_EQ(TakeLog(), row.log);
+    const std::string journal = TakeJournal();
+    if (!row.calls.empty()) {
+        EXPECT_EQ(journal, Lines(row.calls));
+    }
+    if (row.mode == FaultMode::Once) {
+        EXPECT_EQ(Listed(cluster), "true NODE1");
+        EXPECT_EQ(TakeLog(), Success);
+        EXPECT_EQ(Folder().Entries(), Names());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Failing, VeritasFailedRun, ::testing::ValuesIn(FailedRuns), RowName());
+
+// More than a failing call
+// ---------------------------------------------------------------------------------------------------------------------
+
+class VeritasRunnerFailure : public VeritasTest {
 protected:
     VeritasRunnerFailure() {
         tools.Answer(L"hasys -list ", "NODE1\r\n");
     }
-
-    // The result of listing systems into a list that holds "before".
-    std::string Listed() {
-        Names systems = {L"before"};
-        const bool done = cluster.EnumSystemNames(systems);
-        std::string text = done ? "true" : "false";
-        for (const std::wstring& system : systems) {
-            text += " " + Utf8(system);
-        }
-        return text;
-    }
-
-    const std::string success = RunLog("hasys -list ", {"I Process exit code: 0", "I Result: NODE1"});
 };
-
-TEST_F(VeritasRunnerFailure, WithoutATemporaryNameNothingIsRunAndOnlyTheEntryIsLogged) {
-    for (const DWORD code : {ERROR_DISK_FULL, ERROR_ACCESS_DENIED, ERROR_FILE_EXISTS}) {
-        Platform().FailCall("GetTempFileNameW", code);
-        EXPECT_EQ(Listed(), "false before");
-        EXPECT_EQ(TakeLog(), Lines({RunEnter}));
-        EXPECT_EQ(TakeJournal(), Lines({"GetTempFileNameW(.,ha-,0)=" + std::to_string(code)}));
-    }
-}
 
 TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
     {
@@ -41,7 +126,7 @@ TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
         const auto patch = PatchImport(kernel32, GetTempFileNameW, [&](LPCWSTR folder, LPCWSTR, UINT, LPWSTR name) {
             return ::GetTempFileNameW((std::wstring(folder) + L"\\gone").c_str(), L"ha-", 0, name);
         });
-        EXPECT_EQ(Listed(), "false before");
+        EXPECT_EQ(Listed(cluster), "false before");
     }
     EXPECT_EQ(TakeLog(), Lines({RunEnter}));
 }
@@ -49,13 +134,13 @@ TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
 TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRecord) {
     for (const DWORD code : {ERROR_DISK_FULL, ERROR_SHARING_VIOLATION}) {
         Platform().FailCall("CreateFileW", code);
-        EXPECT_EQ(Listed(), "true");
+        EXPECT_EQ(Listed(cluster), "true");
         ASSERT_EQ(tools.Runs().size(), 1u);
         STARTUPINFOW zero;
         std::memset(&zero, 0, sizeof(zero));
         EXPECT_EQ(std::memcmp(&tools.Runs()[0].startup, &zero, sizeof(zero)), 0);
         EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list "});
-        EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0"}));
+        EXPECT_EQ(TakeLog(), WithoutOutput);
         const std::string journal = TakeJournal();
         EXPECT_THAT(journal, ::testing::HasSubstr("CloseHandle(INVALID)"));
         EXPECT_THAT(journal, ::testing::Not(::testing::HasSubstr("SetHandleInformation")));
@@ -66,8 +151,8 @@ TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRec
 TEST_F(VeritasRunnerFailure, WithoutCaptureFileAndToolTheResultIsThatOfTheStart) {
     Platform().FailCall("CreateFileW", ERROR_DISK_FULL);
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(Listed(), "false before");
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {}));
+    EXPECT_EQ(Listed(cluster), "false before");
+    EXPECT_EQ(TakeLog(), NotStarted);
 }
 
 TEST_F(VeritasRunnerFailure, ANullCaptureHandleSkipsTheToolAndReadsTheEmptyFile) {
@@ -75,30 +160,17 @@ TEST_F(VeritasRunnerFailure, ANullCaptureHandleSkipsTheToolAndReadsTheEmptyFile)
         const auto patch = PatchImport(
             kernel32, CreateFileW,
             [](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) -> HANDLE { return nullptr; });
-        EXPECT_EQ(Listed(), "true");
+        EXPECT_EQ(Listed(cluster), "true");
     }
     EXPECT_EQ(tools.TakeCommandLines(), CommandList());
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {}));
+    EXPECT_EQ(TakeLog(), NotStarted);
     EXPECT_THAT(TakeJournal(), ::testing::Not(::testing::HasSubstr("CloseHandle")));
-}
-
-TEST_F(VeritasRunnerFailure, AToolThatCannotBeStartedFailsTheRunWithoutAWord) {
-    for (const DWORD code : {ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY}) {
-        tools.FailStart(1, code);
-        EXPECT_EQ(Listed(), "false before");
-        EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {}));
-        // The capture file is not read, only looked at for the log.
-        EXPECT_EQ(TakeJournal(),
-                  Lines({"GetTempFileNameW(.,ha-,0)", "CreateFileW(.\\ha-XXXX.tmp,c0000000,0,inherited,2,0)",
-                         "CreateProcessW(hasys -list )=" + std::to_string(code), "CloseHandle(.\\ha-XXXX.tmp)",
-                         "_wsopen(.\\ha-XXXX.tmp,4080,40)", "_read(4096)", "_close()", "DeleteFileW(.\\ha-XXXX.tmp)"}));
-    }
 }
 
 TEST_F(VeritasRunnerFailure, AStartThatFailsWithoutAReasonCountsAsSuccessWithoutOutput) {
     tools.FailStart(1, ERROR_SUCCESS);
-    EXPECT_EQ(Listed(), "true");
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {}));
+    EXPECT_EQ(Listed(cluster), "true");
+    EXPECT_EQ(TakeLog(), NotStarted);
     tools.FailStart(1, ERROR_SUCCESS);
     EXPECT_TRUE(cluster.SwitchToReadWriteMode());
 }
@@ -106,42 +178,7 @@ TEST_F(VeritasRunnerFailure, AStartThatFailsWithoutAReasonCountsAsSuccessWithout
 TEST_F(VeritasRunnerFailure, AnOldLastErrorIsNotTakenForTheReason) {
     tools.FailStart(1, ERROR_SUCCESS);
     SetLastError(ImpossibleCode);
-    EXPECT_EQ(Listed(), "true");
-}
-
-TEST_F(VeritasRunnerFailure, AnUnreadableExitCodeIsAWarningOnly) {
-    Platform().FailCall("GetExitCodeProcess", ERROR_INVALID_HANDLE);
-    EXPECT_EQ(Listed(), "true NODE1");
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"W Cannot get process exit code, error code: 6", "I Result: NODE1"}));
-}
-
-TEST_F(VeritasRunnerFailure, AnOutputThatCannotBeReadFailsTheRunAndDumpsNothing) {
-    Platform().FailCall("_wsopen", ERROR_SHARING_VIOLATION, 1, FaultMode::FromThenOn);
-    EXPECT_EQ(Listed(), "false before");
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0"}));
-}
-
-TEST_F(VeritasRunnerFailure, ReadingAndDumpingFailIndependently) {
-    Platform().FailCall("_wsopen", ERROR_SHARING_VIOLATION, 1);
-    EXPECT_EQ(Listed(), "false before");
-    EXPECT_EQ(TakeLog(), success);
-    Platform().FailCall("_wsopen", ERROR_SHARING_VIOLATION, 2);
-    EXPECT_EQ(Listed(), "true NODE1");
-    EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0"}));
-}
-
-TEST_F(VeritasRunnerFailure, AReadErrorEndsTheText) {
-    Platform().FailCall("_read", ERROR_READ_FAULT);
-    EXPECT_EQ(Listed(), "true");
-    EXPECT_EQ(TakeLog(), success);
-}
-
-TEST_F(VeritasRunnerFailure, CallsWhoseResultIsNoMatterMayFail) {
-    for (const char* call : {"SetHandleInformation", "WaitForSingleObject", "CloseHandle", "_close", "DeleteFileW"}) {
-        Platform().FailCall(call, ERROR_ACCESS_DENIED);
-        EXPECT_EQ(Listed(), "true NODE1") << call;
-        EXPECT_EQ(TakeLog(), success) << call;
-    }
+    EXPECT_EQ(Listed(cluster), "true");
 }
 
 TEST_F(VeritasRunnerFailure, EveryFailureLeavesTheNextRunAlone) {
@@ -149,10 +186,10 @@ TEST_F(VeritasRunnerFailure, EveryFailureLeavesTheNextRunAlone) {
          {"GetTempFileNameW", "CreateFileW", "CreateProcessW", "SetHandleInformation", "WaitForSingleObject",
           "GetExitCodeProcess", "CloseHandle", "_wsopen", "_read", "_close", "DeleteFileW"}) {
         Platform().FailCall(call, ERROR_ACCESS_DENIED);
-        Listed();
+        Listed(cluster);
         Forget();
-        EXPECT_EQ(Listed(), "true NODE1") << call;
-        EXPECT_EQ(TakeLog(), success) << call;
+        EXPECT_EQ(Listed(cluster), "true NODE1") << call;
+        EXPECT_EQ(TakeLog(), Success) << call;
         EXPECT_EQ(Folder().Entries(), Names()) << call;
     }
 }

@@ -1,11 +1,11 @@
 // The command runner with scripted tools: what is asked of the platform, and what is logged.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasRunner : public RunnerTest {};
+using VeritasRunner = VeritasTest;
 
 // Start --------------------------------------------------------------------------------------------------------------
 
@@ -113,7 +113,7 @@ TEST_F(VeritasRunner, EachRunHasACaptureFileOfItsOwn) {
 
 TEST_F(VeritasRunner, TheCallsFollowOneAnother) {
     tools.AnswerNext("A\r\nB\r\n");
-    EXPECT_EQ(Systems(), (Names{L"A", L"B"}));
+    EXPECT_EQ(Systems(cluster), (Names{L"A", L"B"}));
     EXPECT_EQ(TakeJournal(),
               Lines({"GetTempFileNameW(.,ha-,0)", "CreateFileW(.\\ha-XXXX.tmp,c0000000,0,inherited,2,0)",
                      "CreateProcessW(hasys -list )", "SetHandleInformation(.\\ha-XXXX.tmp,1,0)",
@@ -129,14 +129,14 @@ TEST_F(VeritasRunner, TheCallsFollowOneAnother) {
 
 TEST_F(VeritasRunner, ARunIsLoggedFromItsFileNameToItsOutput) {
     tools.AnswerNext("NODE1\r\n\r\n  NODE2 up\r\nlast");
-    EXPECT_EQ(Systems(), (Names{L"NODE1", L"NODE2", L"up", L"last"}));
+    EXPECT_EQ(Systems(cluster), (Names{L"NODE1", L"NODE2", L"up", L"last"}));
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0", "I Result: NODE1",
                                                  "I Result: ", "I Result:   NODE2 up", "I Result: last"}));
 }
 
 TEST_F(VeritasRunner, LinesOfTheRunCarryTheirSourceTagAndLevels) {
     tools.AnswerNext("NODE1\r\n");
-    Systems();
+    Systems(cluster);
     std::vector<unsigned> levels;
     for (const LogLine& line : Log().Entries()) {
         EXPECT_EQ(line.sourceTag, ".\\clus_VeritasCluster.cpp");
@@ -148,7 +148,7 @@ TEST_F(VeritasRunner, LinesOfTheRunCarryTheirSourceTagAndLevels) {
 TEST_F(VeritasRunner, AnExitCodeIsOnlyLogged) {
     for (const DWORD exitCode : {0ul, 1ul, 255ul, 0x7ffffffful, 0xc0000005ul}) {
         tools.AnswerNext("NODE1\n", exitCode);
-        EXPECT_EQ(Systems(), Names{L"NODE1"});
+        EXPECT_EQ(Systems(cluster), Names{L"NODE1"});
         EXPECT_EQ(TakeLog(),
                   RunLog("hasys -list ",
                          {"I Process exit code: " + std::to_string(static_cast<int>(exitCode)), "I Result: NODE1"}));
@@ -157,14 +157,14 @@ TEST_F(VeritasRunner, AnExitCodeIsOnlyLogged) {
 
 TEST_F(VeritasRunner, AnEmptyOutputIsASuccessWithoutTokens) {
     tools.AnswerNext("");
-    EXPECT_EQ(Systems(), Names());
+    EXPECT_EQ(Systems(cluster), Names());
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0"}));
 }
 
 TEST_F(VeritasRunner, FormatCharactersInCommandAndOutputAreText) {
     const NameValuePairList filter = {{L"%s%n", L"100%d"}};
     tools.AnswerNext("%s %n %d%%\n");
-    EXPECT_EQ(Systems(&filter), (Names{L"%s", L"%n", L"%d%%"}));
+    EXPECT_EQ(Systems(cluster, &filter), (Names{L"%s", L"%n", L"%d%%"}));
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list  %s%n=100%d "});
     EXPECT_EQ(TakeLog(), RunLog("hasys -list  %s%n=100%d ", {"I Process exit code: 0", "I Result: %s %n %d%%"}));
 }
@@ -172,7 +172,7 @@ TEST_F(VeritasRunner, FormatCharactersInCommandAndOutputAreText) {
 TEST_F(VeritasRunner, EveryConditionStandsBetweenItsOwnBlanks) {
     const NameValuePairList filter = {{L"Type", L"Lanman"}, {L"Group", L"G1"}, {L"", L""}, {L"A", L"x \"y\""}};
     tools.AnswerNext("");
-    Systems(&filter);
+    Systems(cluster, &filter);
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list  Type=Lanman  Group=G1  =  A=x \"y\" "});
 }
 

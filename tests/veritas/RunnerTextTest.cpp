@@ -1,11 +1,11 @@
 // From the bytes that a tool prints to tokens and texts, and how long command lines may be.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasRunnerText : public RunnerTest {
+class VeritasRunnerText : public VeritasTest {
 protected:
     // The value that an attribute display shows, which has to be there.
     std::wstring Value(const std::string& bytes) {
@@ -19,18 +19,18 @@ protected:
 // Bytes --------------------------------------------------------------------------------------------------------------
 
 TEST_F(VeritasRunnerText, BlanksTabsAndLineEndsSeparateTokensAndNothingElse) {
-    EXPECT_EQ(Tokens("a b\tc\nd\r\n \t \n\n  e  \t f"), (Names{L"a", L"b", L"c", L"d", L"e", L"f"}));
-    EXPECT_EQ(Tokens("\"a b\" 'c d' e,f;g\v\fh"), (Names{L"\"a", L"b\"", L"'c", L"d'", L"e,f;g\v\fh"}));
+    EXPECT_EQ(Tokens(*this, "a b\tc\nd\r\n \t \n\n  e  \t f"), (Names{L"a", L"b", L"c", L"d", L"e", L"f"}));
+    EXPECT_EQ(Tokens(*this, "\"a b\" 'c d' e,f;g\v\fh"), (Names{L"\"a", L"b\"", L"'c", L"d'", L"e,f;g\v\fh"}));
 }
 
 TEST_F(VeritasRunnerText, CarriageReturnAndLineFeedAreOneLineEndAndALoneCarriageReturnIsACharacter) {
-    EXPECT_EQ(Tokens("a\r\nb\nc\rd\r\n"), (Names{L"a", L"b", L"c\rd"}));
+    EXPECT_EQ(Tokens(*this, "a\r\nb\nc\rd\r\n"), (Names{L"a", L"b", L"c\rd"}));
     EXPECT_EQ(TakeLog(),
               RunLog("hasys -list ", {"I Process exit code: 0", "I Result: a", "I Result: b", "I Result: c\rd"}));
 }
 
 TEST_F(VeritasRunnerText, AnOutputOfLineEndsHasNoTokens) {
-    EXPECT_EQ(Tokens("\r\n\r\n\n"), Names());
+    EXPECT_EQ(Tokens(*this, "\r\n\r\n\n"), Names());
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0", "I Result: ", "I Result: ", "I Result: "}));
 }
 
@@ -41,19 +41,19 @@ TEST_F(VeritasRunnerText, EachByteIsOneCharacter) {
         bytes += static_cast<char>(byte);
         characters += static_cast<wchar_t>(byte);
     }
-    EXPECT_EQ(Tokens("x" + bytes + "y\r\n"), Names{L"x" + characters + L"y"});
+    EXPECT_EQ(Tokens(*this, "x" + bytes + "y\r\n"), Names{L"x" + characters + L"y"});
     EXPECT_EQ(Value("x" + bytes + "y\r\n"), L"x" + characters + L"y");
-    EXPECT_EQ(Tokens("\xef\xbb\xbfNODE1\r\n"), Names{L"\u00ef\u00bb\u00bfNODE1"});
+    EXPECT_EQ(Tokens(*this, "\xef\xbb\xbfNODE1\r\n"), Names{L"\u00ef\u00bb\u00bfNODE1"});
 }
 
 TEST_F(VeritasRunnerText, ControlZEndsTheText) {
-    EXPECT_EQ(Tokens("a b\r\nc\x1a d\r\ne\r\n"), (Names{L"a", L"b", L"c"}));
+    EXPECT_EQ(Tokens(*this, "a b\r\nc\x1a d\r\ne\r\n"), (Names{L"a", L"b", L"c"}));
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0", "I Result: a b", "I Result: c"}));
-    EXPECT_EQ(Tokens("\x1a\r\na\r\n"), Names());
+    EXPECT_EQ(Tokens(*this, "\x1a\r\na\r\n"), Names());
 }
 
 TEST_F(VeritasRunnerText, ANullCharacterEndsItsLine) {
-    EXPECT_EQ(Tokens(std::string("a b\0c d\r\ne\r\n", 13)), (Names{L"a", L"b", L"e"}));
+    EXPECT_EQ(Tokens(*this, std::string("a b\0c d\r\ne\r\n", 13)), (Names{L"a", L"b", L"e"}));
 }
 
 TEST_F(VeritasRunnerText, AValueKeepsItsInnerBlanks) {
@@ -85,36 +85,36 @@ TEST_F(VeritasRunnerText, AListIsAnErrorByItsSecondTokenUnlessItsFirstIsVcs) {
         EXPECT_FALSE(cluster.EnumSystemNames(systems)) << output;
         EXPECT_EQ(systems, Names{L"before"});
     }
-    EXPECT_EQ(Tokens("VCS WARNING V-16-1-10133\r\n"), (Names{L"VCS", L"WARNING", L"V-16-1-10133"}));
-    EXPECT_EQ(Tokens("vcs error\r\n"), (Names{L"vcs", L"error"}));
-    EXPECT_EQ(Tokens("ERROR\r\n"), Names{L"ERROR"});
-    EXPECT_EQ(Tokens("G1 ERRORS\r\n"), (Names{L"G1", L"ERRORS"}));
-    EXPECT_EQ(Tokens("G1 x ERROR\r\n"), (Names{L"G1", L"x", L"ERROR"}));
+    EXPECT_EQ(Tokens(*this, "VCS WARNING V-16-1-10133\r\n"), (Names{L"VCS", L"WARNING", L"V-16-1-10133"}));
+    EXPECT_EQ(Tokens(*this, "vcs error\r\n"), (Names{L"vcs", L"error"}));
+    EXPECT_EQ(Tokens(*this, "ERROR\r\n"), Names{L"ERROR"});
+    EXPECT_EQ(Tokens(*this, "G1 ERRORS\r\n"), (Names{L"G1", L"ERRORS"}));
+    EXPECT_EQ(Tokens(*this, "G1 x ERROR\r\n"), (Names{L"G1", L"x", L"ERROR"}));
 }
 
 // Long lines ---------------------------------------------------------------------------------------------------------
 
 TEST_F(VeritasRunnerText, ALineIsCutTo511CharactersBeforeItIsSplit) {
     for (const std::size_t length : {1u, 510u, 511u, 512u, 513u, 600u, 4095u, 4096u, 4097u, 100000u}) {
-        EXPECT_EQ(Tokens(std::string(length, 'a') + "\r\nb\r\n"),
+        EXPECT_EQ(Tokens(*this, std::string(length, 'a') + "\r\nb\r\n"),
                   (Names{Repeated(length < 511 ? length : 511, L'a'), L"b"}))
             << length;
     }
 }
 
 TEST_F(VeritasRunnerText, ATokenAcrossTheLimitIsCutAndThoseBehindItAreLost) {
-    EXPECT_EQ(Tokens(std::string(505, 'a') + " " + std::string(94, 'b') + "\r\n"),
+    EXPECT_EQ(Tokens(*this, std::string(505, 'a') + " " + std::string(94, 'b') + "\r\n"),
               (Names{Repeated(505, L'a'), Repeated(5, L'b')}));
-    EXPECT_EQ(Tokens(std::string(509, 'a') + " bc\r\n"), (Names{Repeated(509, L'a'), L"b"}));
-    EXPECT_EQ(Tokens(std::string(510, 'a') + " bc\r\n"), Names{Repeated(510, L'a')});
-    EXPECT_EQ(Tokens(std::string(511, 'a') + " bc\r\n"), Names{Repeated(511, L'a')});
-    EXPECT_EQ(Tokens(std::string(600, ' ') + "bc\r\nd\r\n"), Names{L"d"});
+    EXPECT_EQ(Tokens(*this, std::string(509, 'a') + " bc\r\n"), (Names{Repeated(509, L'a'), L"b"}));
+    EXPECT_EQ(Tokens(*this, std::string(510, 'a') + " bc\r\n"), Names{Repeated(510, L'a')});
+    EXPECT_EQ(Tokens(*this, std::string(511, 'a') + " bc\r\n"), Names{Repeated(511, L'a')});
+    EXPECT_EQ(Tokens(*this, std::string(600, ' ') + "bc\r\nd\r\n"), Names{L"d"});
 }
 
 TEST_F(VeritasRunnerText, TheLogShowsLongLinesWhole) {
     for (const std::size_t length : {510u, 511u, 512u, 600u, 100000u}) {
         const std::string line(length, 'a');
-        Tokens(line + "\r\n");
+        Tokens(*this, line + "\r\n");
         EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 0", "I Result: " + line}));
     }
 }
@@ -146,7 +146,7 @@ TEST_F(VeritasRunnerText, ACommandThatIsTooLongItselfIsCutToo) {
 TEST_F(VeritasRunnerText, CharactersOutsideAsciiReachTheCommandLine) {
     const NameValuePairList filter = {{L"Name", L"Gr\u00fc\u00dfe-\u65e5\u672c"}};
     tools.AnswerNext("");
-    Systems(&filter);
+    Systems(cluster, &filter);
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list  Name=Gr\u00fc\u00dfe-\u65e5\u672c "});
 }
 

@@ -1,5 +1,6 @@
 // Runs on several threads at once: each gets its own output, and no tool holds the capture file of another run.
 #include "RealTools.h"
+#include "Runs.h"
 
 #include <atomic>
 #include <thread>
@@ -8,30 +9,15 @@ using namespace harness;
 
 namespace {
 
-class VeritasRunnerThreads : public RealToolTest {
-protected:
-    // How often a call is in the journal so far; the text begins a line.
-    std::size_t Calls(const std::string& text) {
-        m_journal += TakeJournal();
-        std::size_t count = 0;
-        for (std::size_t at = m_journal.find("\n" + text); at != std::string::npos;
-             at = m_journal.find("\n" + text, at + 1)) {
-            ++count;
-        }
-        return count;
-    }
+using VeritasRunnerThreads = RealToolTest;
 
-    // Until a call is in the journal that often.
-    void AwaitCalls(const std::string& text, std::size_t count) {
-        for (int turn = 0; Calls(text) < count; ++turn) {
-            ASSERT_LT(turn, 3000) << text;
-            Sleep(10);
-        }
+// Until a call is in the journal that often.
+void AwaitCalls(const PlatformTap& platform, const std::string& call, std::size_t count) {
+    for (int turn = 0; platform.CountCalls(call) < count; ++turn) {
+        ASSERT_LT(turn, 3000) << call;
+        Sleep(10);
     }
-
-private:
-    std::string m_journal = "\n";
-};
+}
 
 TEST_F(VeritasRunnerThreads, EightThreadsGetTheirOwnOutputsAndLeaveNoFile) {
     const int threadCount = 8;
@@ -64,7 +50,7 @@ TEST_F(VeritasRunnerThreads, EightThreadsGetTheirOwnOutputsAndLeaveNoFile) {
     }
     EXPECT_EQ(failed, 0);
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(Calls("DeleteFileW(.\\ha-XXXX.tmp)\n"), std::size_t(threadCount * runCount));
+    EXPECT_EQ(Platform().CountCalls("DeleteFileW(.\\ha-XXXX.tmp)\n"), std::size_t(threadCount * runCount));
     EXPECT_EQ(Folder().Entries(), Names());
     const std::string log = TakeLog();
     EXPECT_THAT(log, ::testing::Not(::testing::HasSubstr("\nW ")));
@@ -82,12 +68,12 @@ TEST_F(VeritasRunnerThreads, ALongRunThatBeginsDuringAnotherDoesNotHoldItsCaptur
     bool shortDone = false;
     bool longDone = false;
     std::thread shortRun([&] { shortDone = RunOf(L"short", shortTokens); });
-    AwaitCalls("SetHandleInformation(", 1);
+    AwaitCalls(Platform(), "SetHandleInformation(", 1);
     std::thread longRun([&] { longDone = RunOf(L"long", longTokens); });
     EXPECT_TRUE(longRuns.Wait(30000));
     shortMayEnd.Set();
     shortRun.join();
-    EXPECT_EQ(Calls("DeleteFileW(.\\ha-XXXX.tmp)\n"), 1u) << "the file could not be deleted";
+    EXPECT_EQ(Platform().CountCalls("DeleteFileW(.\\ha-XXXX.tmp)\n"), 1u) << "the file could not be deleted";
     EXPECT_EQ(Folder().Entries().size(), 1u); // that of the long run
     EXPECT_EQ(Platform().LiveChildren(), 1u);
     longMayEnd.Set();
@@ -110,7 +96,7 @@ TEST_F(VeritasRunnerThreads, ACaptureHandleThatStaysInheritableWouldBeHeldByTheO
     Names longTokens;
     bool shortDone = true;
     std::thread shortRun([&] { shortDone = RunOf(L"short", shortTokens); });
-    AwaitCalls("SetHandleInformation(", 1);
+    AwaitCalls(Platform(), "SetHandleInformation(", 1);
     std::thread longRun([&] { RunOf(L"long", longTokens); });
     EXPECT_TRUE(longRuns.Wait(30000));
     shortMayEnd.Set();
@@ -136,14 +122,14 @@ TEST_F(VeritasRunnerThreads, NoCaptureFileIsOpenedWhileAnotherRunStarts) {
         }
         // The capture file of this run is open and inheritable now.
         longRun = std::thread([&] { RunOf(L"long", longTokens); });
-        AwaitCalls("GetTempFileNameW(", 2);
+        AwaitCalls(Platform(), "GetTempFileNameW(", 2);
         Sleep(300);
-        opened = Calls("CreateFileW(");
+        opened = Platform().CountCalls("CreateFileW(");
     };
     Names shortTokens;
     EXPECT_TRUE(RunOf(L"short", shortTokens));
     EXPECT_EQ(opened, 1u);
-    EXPECT_EQ(Calls("DeleteFileW(.\\ha-XXXX.tmp)\n"), 1u);
+    EXPECT_EQ(Platform().CountCalls("DeleteFileW(.\\ha-XXXX.tmp)\n"), 1u);
     longMayEnd.Set();
     longRun.join();
     EXPECT_EQ(shortTokens, Names{L"S"});
@@ -190,7 +176,7 @@ TEST_F(VeritasRunnerThreads, ARunThatFailsToStartLetsTheOthersStart) {
         Names tokens;
         cluster.EnumSystemNames(tokens);
         Act(L"out:A\\x0a");
-        std::thread other([&] { EXPECT_EQ(Systems(), Names{L"A"}); });
+        std::thread other([&] { EXPECT_EQ(Systems(cluster), Names{L"A"}); });
         other.join();
     }
 }

@@ -1,11 +1,11 @@
 // The record of one Exchange virtual server on VCS.
-#include "SetFixture.h"
+#include "Story.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasServerRecord : public SetTest {};
+using VeritasServerRecord = VeritasTest;
 
 // Every member by name, in order of declaration.
 Texts Members(const Server& info) {

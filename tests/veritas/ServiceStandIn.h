@@ -12,16 +12,6 @@
 
 namespace harness {
 
-#if defined(__MINGW32__)
-const char ServiceManagerConstructor[] = "_ZN15CServiceManagerC1EPKwS1_";
-const char ServiceManagerDestructor[] = "_ZN15CServiceManagerD1Ev";
-const char ServiceManagerQuery[] = "_ZN15CServiceManager18QueryServiceStatusEv";
-#else
-const char ServiceManagerConstructor[] = "??0CServiceManager@@QEAA@PEB_W0@Z";
-const char ServiceManagerDestructor[] = "??1CServiceManager@@QEAA@XZ";
-const char ServiceManagerQuery[] = "?QueryServiceStatus@CServiceManager@@QEAAKXZ";
-#endif
-
 class ServiceStandIn {
 public:
     explicit ServiceStandIn(PlatformTap& tap) : m_tap(tap) {
@@ -33,10 +23,14 @@ public:
     DWORD openError = ERROR_SUCCESS;
 
 private:
+    static std::vector<void**> Imports(const char* itanium, const char* microsoft) {
+        return FindImports(LibraryModule(), "CommonUtil.dll", Decorated(itanium, microsoft));
+    }
+
     PlatformTap& m_tap;
     unsigned m_queries = 0;
     ImportPatch<void*(void*, const wchar_t*, const wchar_t*), struct ServiceManagerConstructorTag> m_constructor{
-        FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerConstructor),
+        Imports("_ZN15CServiceManagerC1EPKwS1_", "??0CServiceManager@@QEAA@PEB_W0@Z"),
         [this](void* self, const wchar_t* service, const wchar_t* machine) {
             const HarnessScope scope;
             m_tap.Record("CServiceManager(" + Utf8(service) + "," + Utf8(machine) + ")");
@@ -47,12 +41,13 @@ private:
             return self;
         }};
     ImportPatch<void(void*), struct ServiceManagerDestructorTag> m_destructor{
-        FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerDestructor), [this](void*) {
+        Imports("_ZN15CServiceManagerD1Ev", "??1CServiceManager@@QEAA@XZ"), [this](void*) {
             const HarnessScope scope;
             m_tap.Record("~CServiceManager()");
         }};
     ImportPatch<DWORD(void*), struct ServiceManagerQueryTag> m_query{
-        FindImports(LibraryModule(), "CommonUtil.dll", ServiceManagerQuery), [this](void*) {
+        Imports("_ZN15CServiceManager18QueryServiceStatusEv", "?QueryServiceStatus@CServiceManager@@QEAAKXZ"),
+        [this](void*) {
             const HarnessScope scope;
             m_tap.Record("QueryServiceStatus()");
             return state(++m_queries);

@@ -1,14 +1,12 @@
 // Waiting for a Windows service once its resource has been brought online. The service control manager is replaced
 // below CommonUtil.dll, which is the one that asks it.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 #include <limits>
 
 using namespace harness;
 
 namespace {
-
-typedef std::vector<std::string> Texts;
 
 const SC_HANDLE Manager = reinterpret_cast<SC_HANDLE>(0x1010);
 const SC_HANDLE Service = reinterpret_cast<SC_HANDLE>(0x2020);
@@ -21,7 +19,7 @@ public:
     }
 };
 
-class VeritasServiceWait : public RunnerTest {
+class VeritasServiceWait : public VeritasTest {
 protected:
     VeritasServiceWait() {
         tools.AnswerPrefix(L"hares -list ", "Res\t\tNODE1\r\n");

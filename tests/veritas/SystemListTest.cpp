@@ -1,5 +1,5 @@
 // The list of the cluster's systems.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 using namespace harness;
 
@@ -7,7 +7,7 @@ namespace {
 
 const std::wstring List = L"hasys -list ";
 
-class VeritasSystemList : public RunnerTest {
+class VeritasSystemList : public VeritasTest {
 protected:
     // On a list that held something before.
     bool Enumerate(const NameValuePairList* filter = nullptr) {
@@ -83,10 +83,11 @@ TEST_F(VeritasSystemList, AMessageOfVcsIsTakenForSystems) {
 
 TEST_F(VeritasSystemList, AToolThatCannotBeRunLeavesTheListAlone) {
     tools.Answer(List, "NODE1\n");
-    for (const char* call : {"GetTempFileNameW", "CreateProcessW", "_wsopen"}) {
-        Platform().FailCall(call, ERROR_FILE_NOT_FOUND);
-        EXPECT_FALSE(Enumerate()) << call;
-        EXPECT_EQ(systems, Names{L"OLD"}) << call;
+    for (const FailingCall& failing : CallsThatFailARun) {
+        SCOPED_TRACE(failing.name);
+        Platform().FailCall(failing.call, ERROR_FILE_NOT_FOUND);
+        EXPECT_FALSE(Enumerate());
+        EXPECT_EQ(systems, Names{L"OLD"});
     }
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, Names{L"NODE1"});

@@ -1,11 +1,12 @@
 // The MountV resources that carry a group's Exchange data.
-#include "SetFixture.h"
+#include "Story.h"
+#include "ToolTables.h"
 
 using namespace harness;
 
 namespace {
 
-class VeritasTopMount : public SetTest {
+class VeritasTopMount : public VeritasTest {
 protected:
     // SA depends on Lanman, M2 and M1; the group's volumes are M1, M2 and M3.
     VeritasTopMount() {
@@ -37,7 +38,7 @@ TEST_F(VeritasTopMount, IndependentVolumesAreAllGivenInTheOrderOfTheAttendantsDe
     tools.Answer(Deps("M2"), Dependencies({{"M2", "Disk"}, {"SA", "M2"}}));
     EXPECT_TRUE(Find());
     EXPECT_EQ(mounts, (Names{L"M2", L"M1"}));
-    EXPECT_EQ(Told(), Lines(listing + attendant + volumes + Texts{"$ hares -dep M2", "$ hares -dep M1"} + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + attendant + volumes + Texts{"$ hares -dep M2", "$ hares -dep M1"} + leave));
 }
 
 TEST_F(VeritasTopMount, AVolumeThatDependsOnAnotherCandidateIsDropped) {
@@ -77,7 +78,7 @@ TEST_F(VeritasTopMount, OnlyTheAttendantsOwnDependenciesAreCandidates) {
     tools.Answer(Deps("M2"), Dependencies({}));
     EXPECT_TRUE(Find());
     EXPECT_EQ(mounts, Names{L"M2"});
-    EXPECT_EQ(Told(), Lines(listing + attendant + volumes + Texts{"$ hares -dep M2"} + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + attendant + volumes + Texts{"$ hares -dep M2"} + leave));
 }
 
 TEST_F(VeritasTopMount, NamesOfVolumesCompareWithCase) {
@@ -100,7 +101,7 @@ TEST_F(VeritasTopMount, WithoutAttendantTheListIsEmptiedAndNothingFailed) {
     tools.AnswerNext("");
     EXPECT_TRUE(Find());
     EXPECT_EQ(mounts, Names());
-    EXPECT_EQ(Told(), Lines(listing + volumes + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + volumes + leave));
 }
 
 TEST_F(VeritasTopMount, WithoutVolumesTheListIsEmptiedAndNothingFailed) {
@@ -109,7 +110,7 @@ TEST_F(VeritasTopMount, WithoutVolumesTheListIsEmptiedAndNothingFailed) {
     tools.AnswerNext("");
     EXPECT_TRUE(Find());
     EXPECT_EQ(mounts, Names());
-    EXPECT_EQ(Told(), Lines(listing + attendant + volumes + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + attendant + volumes + leave));
 }
 
 TEST_F(VeritasTopMount, AnAttendantWithoutDependenciesHasNoVolumes) {
@@ -117,7 +118,7 @@ TEST_F(VeritasTopMount, AnAttendantWithoutDependenciesHasNoVolumes) {
     tools.AnswerNext(Dependencies({}));
     EXPECT_TRUE(Find());
     EXPECT_EQ(mounts, Names());
-    EXPECT_EQ(Told(), Lines(listing + attendant + volumes + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + attendant + volumes + leave));
 }
 
 TEST_F(VeritasTopMount, ACandidateWhoseDependenciesCannotBeReadIsDroppedWithoutFailure) {
@@ -131,7 +132,7 @@ TEST_F(VeritasTopMount, AnAttendantListThatVcsRefusesEndsTheSearch) {
     tools.AnswerNext("EVS1 ERROR\r\n");
     EXPECT_FALSE(Find());
     EXPECT_EQ(mounts, Names{L"before"});
-    EXPECT_EQ(Told(), Lines(listing + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + leave));
 }
 
 TEST_F(VeritasTopMount, AVolumeListThatVcsRefusesIsAFailure) {
@@ -140,7 +141,7 @@ TEST_F(VeritasTopMount, AVolumeListThatVcsRefusesIsAFailure) {
     tools.AnswerNext("EVS1 WARNING\r\n");
     EXPECT_FALSE(Find());
     EXPECT_EQ(mounts, Names{L"before"});
-    EXPECT_EQ(Told(), Lines(listing + attendant + volumes + leave));
+    EXPECT_EQ(Told(*this), Lines(listing + attendant + volumes + leave));
 }
 
 TEST_F(VeritasTopMount, NullCountsAsAnEmptyGroup) {

@@ -1,5 +1,5 @@
 // Tools that cannot reach the engine, that are killed in the middle of their output, or that print rubbish.
-#include "RunnerFixture.h"
+#include "Runs.h"
 
 #include <algorithm>
 #include <random>
@@ -49,7 +49,7 @@ Names ExpectedNames(const Names& tokens) {
 // The engine does not run: every tool prints the same line
 // --------------------------------------------------------------
 
-class VeritasDown : public RunnerTest {
+class VeritasDown : public VeritasTest {
 protected:
     VeritasDown() {
         tools.AnswerPrefix(L"ha", "VCS ERROR V-16-1-10600 Cannot connect to VCS engine\r\n", 1);
@@ -58,7 +58,8 @@ protected:
 };
 
 TEST_F(VeritasDown, TheMessageIsTakenForSystems) {
-    EXPECT_EQ(Systems(), (Names{L"VCS", L"ERROR", L"V-16-1-10600", L"Cannot", L"connect", L"to", L"VCS", L"engine"}));
+    EXPECT_EQ(Systems(cluster),
+              (Names{L"VCS", L"ERROR", L"V-16-1-10600", L"Cannot", L"connect", L"to", L"VCS", L"engine"}));
 }
 
 TEST_F(VeritasDown, TheMessageIsTakenForGroupsAndResources) {
@@ -126,7 +127,7 @@ TEST_F(VeritasDown, TheFirstWordIsTakenForAnEncryptedPassword) {
 }
 
 TEST_F(VeritasDown, TheMessageAndItsExitCodeAreInTheLog) {
-    Systems();
+    Systems(cluster);
     EXPECT_EQ(TakeLog(), RunLog("hasys -list ", {"I Process exit code: 1",
                                                  "I Result: VCS ERROR V-16-1-10600 Cannot connect to VCS engine"}));
 }
@@ -165,7 +166,7 @@ TEST_F(VeritasDown, WithoutToolsQueriesFailAndOnlyTheirOutputsDefaultsChange) {
 // Outputs that end early, and outputs of anything
 // ------------------------------------------------------------------------
 
-class VeritasBrokenOutput : public RunnerTest {
+class VeritasBrokenOutput : public VeritasTest {
 protected:
     Names Groups(const std::string& output, DWORD exitCode = 0) {
         Names groups;
@@ -245,7 +246,7 @@ TEST_F(VeritasBrokenOutput, RandomBytesAreSplitLikeAnyText) {
         SCOPED_TRACE(round);
         const Names tokens = ExpectedTokens(output);
         tools.AnswerNext(output, Killed);
-        EXPECT_EQ(Systems(), tokens);
+        EXPECT_EQ(Systems(cluster), tokens);
         EXPECT_EQ(Groups(output, Killed), ExpectedNames(tokens));
     }
 }

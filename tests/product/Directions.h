@@ -1,8 +1,8 @@
 // Both directions of switching the product's resources, described alike so that one test holds for both.
-#ifndef SWITCHFIXTURE_H
-#define SWITCHFIXTURE_H
+#ifndef DIRECTIONS_H
+#define DIRECTIONS_H
 
-#include "ProductFixture.h"
+#include "ProductServer.h"
 
 namespace harness {
 
@@ -70,29 +70,19 @@ const Texts Finding = {"I Network name: EVS1",
                        "I Opening group: EVS1...",
                        "I Performing EnumResourceNamesInGroupByType..."};
 
-class SwitchProduct : public ProductTest {
-protected:
-    // The server with its product in the state from which this direction starts.
-    static ModelBuilder ServerFor(const Direction& direction) {
-        return ProductServer().State(direction.from);
-    }
+// The server with its product in the state from which this direction starts.
+inline ModelBuilder ServerFor(const Direction& direction) {
+    return ProductServer().State(direction.from);
+}
 
-    static Texts Attempt(const Direction& direction, const std::string& name, const Texts& rest) {
-        Texts messages = {"I Open resource: " + name, Replaced(direction.progress, "KOVA", name)};
-        for (const std::string& line : rest) {
-            messages.push_back(Replaced(line, "KOVA", name));
-        }
-        return messages;
+// The messages of switching one resource; `rest` comes from a direction, which speaks of KOVA.
+inline Texts Attempt(const Direction& direction, const std::string& name, const Texts& rest) {
+    Texts messages = {"I Open resource: " + name, Replaced(direction.progress, "KOVA", name)};
+    for (const std::string& line : rest) {
+        messages.push_back(Replaced(line, "KOVA", name));
     }
-
-    std::size_t Polls() {
-        std::size_t count = 0;
-        for (const std::string& line : Platform().Journal()) {
-            count += line.compare(0, 29, "GetClusterResourceState(KOVA)") == 0;
-        }
-        return count;
-    }
-};
+    return messages;
+}
 
 } // namespace harness
 

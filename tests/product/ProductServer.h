@@ -1,9 +1,10 @@
 // What the tests of the product's own resource share: an Exchange virtual server on this node, and what it looks like
 // afterwards.
-#ifndef PRODUCTFIXTURE_H
-#define PRODUCTFIXTURE_H
+#ifndef PRODUCTSERVER_H
+#define PRODUCTSERVER_H
 
 #include "ClusterTest.h"
+#include "ProductNames.h"
 
 #include "platform/ClusterApi.h"
 #include "clus_VirtualServerUtil.h"
@@ -16,12 +17,6 @@
 namespace harness {
 
 typedef nlohmann::ordered_json Json;
-typedef std::vector<std::string> Texts;
-
-inline Texts operator+(Texts left, const Texts& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
 
 // The virtual server EVS1 without the product.
 inline ModelBuilder ExchangeServer() {
@@ -31,12 +26,12 @@ inline ModelBuilder ExchangeServer() {
         .Group("EVS1", "NODE-A")
         .NetworkName("EVS1 Name", "EVS1")
         .Disk("EVS1 Disk", "F:")
-        .Resource("EVS1 SA", "Microsoft Exchange System Attendant")
+        .Resource("EVS1 SA", AttendantType)
         .DependsOn("EVS1 Name")
         .DependsOn("EVS1 Disk")
         .PossibleOwner("NODE-B")
         .PossibleOwner("NODE-A")
-        .Resource("EVS1 Store", "Microsoft Exchange Information Store")
+        .Resource("EVS1 Store", StoreType)
         .DependsOn("EVS1 SA");
 }
 
@@ -80,42 +75,22 @@ const Texts FindingProduct = {"OpenCluster()",
                               "CloseClusterResource(EVS1 Name)",
                               "OpenClusterResource(KOVA)"};
 
-class ProductTest : public ClusterTest {
-protected:
-    // Information, warnings and errors since the log was taken last; entries and exits are left out.
-    Texts TakeMessages() {
-        Texts messages;
-        for (const LogLine& line : Log().Entries()) {
-            const std::string text = line.Compact();
-            if (text[0] != '>' && text[0] != '<') {
-                messages.push_back(text);
-            }
+// A resource as the model shows it, without its ID, which is new with every creation; empty when there is none.
+inline std::string ResourceInModel(const Simulator& cluster, const std::string& name) {
+    Json model = Json::parse(cluster.Model());
+    for (Json& resource : model["resources"]) {
+        if (resource["name"] == name) {
+            resource.erase("id");
+            return resource.dump(1);
         }
-        TakeLog();
-        return messages;
     }
+    return "";
+}
 
-    Json ReadModel() {
-        return Json::parse(Cluster().Model());
-    }
-
-    // A resource as the model shows it, without its ID, which is new with every creation; empty when there is none.
-    std::string ResourceInModel(const std::string& name) {
-        Json model = ReadModel();
-        for (Json& resource : model["resources"]) {
-            if (resource["name"] == name) {
-                resource.erase("id");
-                return resource.dump(1);
-            }
-        }
-        return "";
-    }
-
-    std::string StateInModel(const std::string& name) {
-        const std::string resource = ResourceInModel(name);
-        return resource.empty() ? "gone" : Json::parse(resource)["state"].get<std::string>();
-    }
-};
+inline std::string StateInModel(const Simulator& cluster, const std::string& name) {
+    const std::string resource = ResourceInModel(cluster, name);
+    return resource.empty() ? "gone" : Json::parse(resource)["state"].get<std::string>();
+}
 
 } // namespace harness
 
