@@ -5,19 +5,19 @@ using namespace harness;
 
 namespace {
 
-class AbsurdCount : public OpenClusterTest, public ::testing::WithParamInterface<DWORD> {
-protected:
-    AbsurdCount() {
-        LoadAndOpen(GivenCluster()
-                        .Node("NODE-A")
-                        .Group("G", "NODE-A")
-                        .IpAddress("a", "10.0.0.1")
-                        .IpAddress("b", "10.0.0.2")
-                        .NetworkName("n", "N")
-                        .DependsOn("a")
-                        .DependsOn("b"));
-    }
+ModelBuilder ClusterWithTwoAddresses() {
+    return GivenCluster()
+        .Node("NODE-A")
+        .Group("G", "NODE-A")
+        .IpAddress("a", "10.0.0.1")
+        .IpAddress("b", "10.0.0.2")
+        .NetworkName("n", "N")
+        .DependsOn("a")
+        .DependsOn("b");
+}
 
+class AbsurdCount : public ClusterTest, public ::testing::WithParamInterface<DWORD> {
+protected:
     // The first answer of an enumerator is the absurd one.
     bool Answers(LPDWORD cch) {
         if (++calls > 1) {
@@ -27,6 +27,7 @@ protected:
         return true;
     }
 
+    OpenedCluster cluster{*this, ClusterWithTwoAddresses()};
     int calls = 0;
     std::vector<SIZE_T> grown;
 
@@ -44,35 +45,35 @@ TEST_P(AbsurdCount, IsABrokenEntryOfTheCluster) {
         PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
             return Answers(cch) ? ERROR_MORE_DATA : ::ClusterEnum(h, i, type, text, cch);
         });
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{L"b", L"n"}));
+    EXPECT_EQ(names, (NameList{L"b", L"n"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
     EXPECT_TRUE(grown.empty());
 }
 
 TEST_P(AbsurdCount, IsABrokenEntryOfAResource) {
     CClusterResource resource;
-    Open(resource, L"n");
+    cluster.Open(resource, L"n");
     const auto patch = PatchImport(
         clusapi, ClusterResourceEnum, [&](HRESENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
             return Answers(cch) ? ERROR_MORE_DATA : ::ClusterResourceEnum(h, i, type, text, cch);
         });
-    Names names;
+    NameList names;
     EXPECT_FALSE(resource.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
-    EXPECT_EQ(names, Names{L"b"});
+    EXPECT_EQ(names, NameList{L"b"});
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for ClusterResourceEnum"}));
     EXPECT_TRUE(grown.empty());
 }
 
 TEST_P(AbsurdCount, EndsTheListOfAGroup) {
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     const auto patch = PatchImport(
         clusapi, ClusterGroupEnum, [&](HGROUPENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
             return Answers(cch) ? ERROR_MORE_DATA : ::ClusterGroupEnum(h, i, type, text, cch);
         });
-    Names names;
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(calls, 1);
@@ -83,7 +84,7 @@ TEST_P(AbsurdCount, EndsTheListOfAGroup) {
 
 TEST_P(AbsurdCount, EndsTheWalkOfAGroup) {
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     const auto patch = PatchImport(
         clusapi, ClusterGroupEnum, [&](HGROUPENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
             SetLastError(4711);

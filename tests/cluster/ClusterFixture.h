@@ -12,7 +12,7 @@
 
 namespace harness {
 
-typedef std::list<std::wstring> Names;
+typedef std::list<std::wstring> NameList;
 
 inline ModelBuilder ExchangeCluster() {
     return GivenCluster("EXCLUS")
@@ -31,35 +31,43 @@ inline ModelBuilder ExchangeCluster() {
         .Id("0a0b0c0d-0000-0000-0000-0000000000e1");
 }
 
-class OpenClusterTest : public ClusterTest {
-protected:
-    OpenClusterTest() {
-        LoadAndOpen(ExchangeCluster());
+// The simulated cluster of a test, opened; closed again before the audit.
+class OpenedCluster : public CCluster {
+public:
+    explicit OpenedCluster(ClusterTest& test, const ModelBuilder& model = ExchangeCluster()) : m_test(test) {
+        test.AtEnd([this] { Close(); });
+        Load(model);
     }
 
-    // The cluster of the test becomes this one.
-    void LoadAndOpen(const ModelBuilder& model) {
-        cluster.Close();
-        Load(model);
-        EXPECT_TRUE(cluster.OpenByLPC());
-        Forget();
+    // The cluster becomes this one.
+    void Load(const ModelBuilder& model) {
+        Close();
+        m_test.Load(model);
+        EXPECT_TRUE(OpenByLPC());
+        m_test.Forget();
     }
 
     void Open(CClusterResource& resource, const wchar_t* name) {
-        EXPECT_TRUE(cluster.OpenResourceByName(resource, name)) << Utf8(name);
-        Forget();
+        EXPECT_TRUE(OpenResourceByName(resource, name)) << Utf8(name);
+        m_test.Forget();
     }
     void Open(CClusterGroup& group, const wchar_t* name) {
-        EXPECT_TRUE(cluster.OpenGroupByName(group, name)) << Utf8(name);
-        Forget();
+        EXPECT_TRUE(OpenGroupByName(group, name)) << Utf8(name);
+        m_test.Forget();
     }
 
-    void TearDown() override {
-        cluster.Close();
-        ClusterTest::TearDown();
-    }
+private:
+    ClusterTest& m_test;
+};
 
-    CCluster cluster;
+class OpenClusterTest : public ClusterTest {
+protected:
+    OpenedCluster cluster{*this};
+};
+
+template <typename Param> class OpenClusterTestWith : public ClusterTest, public ::testing::WithParamInterface<Param> {
+protected:
+    OpenedCluster cluster{*this};
 };
 
 // A handle that is not the simulator's; only for calls that must not use it.

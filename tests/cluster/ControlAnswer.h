@@ -2,6 +2,7 @@
 #ifndef CONTROLANSWER_H
 #define CONTROLANSWER_H
 
+#include "Bytes.h"
 #include "ClusterFixture.h"
 
 #include <cstring>
@@ -9,30 +10,6 @@
 #include <vector>
 
 namespace harness {
-
-typedef std::vector<unsigned char> Bytes;
-
-inline Bytes& operator+=(Bytes& bytes, DWORD number) {
-    for (int shift = 0; shift < 32; shift += 8) {
-        bytes.push_back(static_cast<unsigned char>(number >> shift));
-    }
-    return bytes;
-}
-
-inline Bytes& operator+=(Bytes& bytes, const std::wstring& text) {
-    for (const wchar_t c : text) {
-        bytes.push_back(static_cast<unsigned char>(c));
-        bytes.push_back(static_cast<unsigned char>(c >> 8));
-    }
-    return bytes;
-}
-
-// The text with its terminator, as a control answers with it.
-inline Bytes TextBytes(const std::wstring& text) {
-    Bytes bytes;
-    bytes += text + L'\0';
-    return bytes;
-}
 
 // A partition entry of a disk's value list: syntax, length 1120, flags, then the device name in room for 260
 // characters.
@@ -43,24 +20,6 @@ inline Bytes PartitionEntry(const std::wstring& device) {
     bytes += DWORD(1);
     bytes += device;
     bytes.resize(8 + 1120);
-    return bytes;
-}
-
-// A value list entry with padding.
-inline Bytes Entry(DWORD syntax, const Bytes& value) {
-    Bytes bytes;
-    bytes += syntax;
-    bytes += static_cast<DWORD>(value.size());
-    bytes.insert(bytes.end(), value.begin(), value.end());
-    bytes.resize((bytes.size() + 3) & ~std::size_t(3));
-    return bytes;
-}
-
-inline Bytes Concat(std::initializer_list<Bytes> parts) {
-    Bytes bytes;
-    for (const Bytes& part : parts) {
-        bytes.insert(bytes.end(), part.begin(), part.end());
-    }
     return bytes;
 }
 

@@ -8,7 +8,7 @@ using ::testing::Not;
 
 namespace {
 
-class Group : public OpenClusterTest {};
+using Group = OpenClusterTest;
 
 // Handles
 // ------------------------------------------------------------------------------------------------------------------
@@ -28,7 +28,7 @@ TEST_F(Group, DestructionClosesAndKeepsTheLastError) {
     Platform().FailCall("CloseClusterGroup", 6);
     {
         CClusterGroup group;
-        Open(group, L"EVS1");
+        cluster.Open(group, L"EVS1");
         SetLastError(ImpossibleCode);
     }
     EXPECT_EQ(GetLastError(), ImpossibleCode);
@@ -40,7 +40,7 @@ TEST_F(Group, CloseKeepsTheHandleAndDestructionClosesItAgain) {
     ExpectBadHandleCalls(1);
     {
         CClusterGroup group;
-        Open(group, L"EVS1");
+        cluster.Open(group, L"EVS1");
         const HGROUP handle = group.GetGroupHandle();
         group.Close();
         EXPECT_EQ(group.GetGroupHandle(), handle);
@@ -54,7 +54,7 @@ TEST_F(Group, AssignmentSharesTheHandle) {
         CClusterGroup target;
         {
             CClusterGroup source;
-            Open(source, L"EVS1");
+            cluster.Open(source, L"EVS1");
             EXPECT_EQ(&(target = source), &target);
             EXPECT_EQ(target.GetGroupHandle(), source.GetGroupHandle());
         }
@@ -81,8 +81,8 @@ TEST_F(Group, AssignmentDoesNotCloseWhatTheTargetHeld) {
     {
         CClusterGroup target;
         CClusterGroup source;
-        Open(target, L"Cluster Group");
-        Open(source, L"EVS1");
+        cluster.Open(target, L"Cluster Group");
+        cluster.Open(source, L"EVS1");
         held = target.GetGroupHandle();
         target = source;
         EXPECT_EQ(TakeJournal(), "");
@@ -124,10 +124,10 @@ const char NamesLeaving[] = "< EnumResourceNamesInGroup";
 
 TEST_F(Group, ListsItsResourcesFromASmallBuffer) {
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names{L"before"};
+    cluster.Open(group, L"EVS1");
+    NameList names{L"before"};
     EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
-    EXPECT_EQ(names, (Names{L"before", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"before", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, NamesLeaving}));
     EXPECT_EQ(TakeJournal(), Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234",
                                     "ClusterGroupEnum(0,10)", "ClusterGroupEnum(1,10)", "ClusterGroupEnum(2,10)",
@@ -136,9 +136,9 @@ TEST_F(Group, ListsItsResourcesFromASmallBuffer) {
 
 TEST_F(Group, ListingWithoutAHandleIsLogged) {
     const CClusterGroup group;
-    Names names{L"before"};
+    NameList names{L"before"};
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
-    EXPECT_EQ(names, Names{L"before"});
+    EXPECT_EQ(names, NameList{L"before"});
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, "E NULL == m_hGroup", NamesLeaving}));
     EXPECT_EQ(TakeJournal(), "");
 }
@@ -146,8 +146,8 @@ TEST_F(Group, ListingWithoutAHandleIsLogged) {
 TEST_F(Group, AListThatDoesNotOpenIsLogged) {
     Platform().FailCall("ClusterGroupOpenEnum", 5);
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, "E NULL == hEnum", NamesLeaving}));
 }
@@ -155,27 +155,27 @@ TEST_F(Group, AListThatDoesNotOpenIsLogged) {
 TEST_F(Group, ABrokenEntryEndsTheList) {
     Platform().FailCall("ClusterGroupEnum(1,10)", 1726);
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
-    EXPECT_EQ(names, Names{L"EVS1 Disk"});
+    EXPECT_EQ(names, NameList{L"EVS1 Disk"});
     EXPECT_EQ(TakeLog(), Lines({NamesEntry, "E Invalid result for cluster enum, 1726", NamesLeaving}));
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,8)=234", "ClusterGroupEnum(0,10)",
                      "ClusterGroupEnum(1,10)=1726", "ClusterGroupCloseEnum()"}));
 }
 
-class GroupNames : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using GroupNames = OpenClusterTestWith<std::size_t>;
 
 TEST_P(GroupNames, OfAnyLengthAreListed) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(
+    cluster.Load(
         GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
     CClusterGroup group;
-    Open(group, L"G");
-    Names names;
+    cluster.Open(group, L"G");
+    NameList names;
     EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
-    EXPECT_EQ(names, (Names{Utf16(name), L"b"}));
+    EXPECT_EQ(names, (NameList{Utf16(name), L"b"}));
     const std::string grown = std::to_string(name.size() < 8 ? 8 : name.size() + 1);
     std::vector<std::string> journal = {"ClusterGroupOpenEnum(G,1)"};
     if (name.size() >= 8) {
@@ -188,12 +188,12 @@ TEST_P(GroupNames, OfAnyLengthAreListed) {
 
 TEST_P(GroupNames, OneThatTheBufferCannotGrowForEndsTheList) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(
+    cluster.Load(
         GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress("a", "10.0.0.1").IpAddress(name, "10.0.0.2"));
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     Heap().FailLocalReAlloc(1);
-    Names names;
+    NameList names;
     const bool fits = name.size() < 8;
     EXPECT_EQ(group.EnumResourceNamesInGroup(names), fits);
     EXPECT_EQ(names.size(), fits ? 2u : 1u);
@@ -206,9 +206,9 @@ INSTANTIATE_TEST_SUITE_P(Boundary, GroupNames, ::testing::Values(6u, 7u, 8u, 9u,
 
 TEST_F(Group, WithoutAFirstBufferNoNameIsInvented) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
-    Names names;
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
     EXPECT_TRUE(names.empty());
     EXPECT_THAT(TakeLog(), HasSubstr("E Invalid result for cluster enum, "));
@@ -222,10 +222,10 @@ const char TypeLeaving[] = "< EnumResourceNamesInGroupByType";
 
 TEST_F(Group, ByTypeKeepsTheResourcesOfThatTypeOnly) {
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names{L"Cluster IP", L"Cluster Name"};
+    cluster.Open(group, L"EVS1");
+    NameList names{L"Cluster IP", L"Cluster Name"};
     EXPECT_TRUE(group.EnumResourceNamesInGroupByType(cluster, names, L"IP Address"));
-    EXPECT_EQ(names, (Names{L"Cluster IP", L"EVS1 IP"})) << "older names are filtered too";
+    EXPECT_EQ(names, (NameList{L"Cluster IP", L"EVS1 IP"})) << "older names are filtered too";
     EXPECT_EQ(TakeLog(), Lines({TypeEntry, NamesEntry, NamesLeaving, TypeLeaving}));
     EXPECT_THAT(TakeJournal(), EndsWith(Lines({"OpenClusterResource(EVS1 Name)",
                                                "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)",
@@ -234,16 +234,16 @@ TEST_F(Group, ByTypeKeepsTheResourcesOfThatTypeOnly) {
 
 TEST_F(Group, ByTypeComparesTheTypeExactly) {
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_TRUE(group.EnumResourceNamesInGroupByType(cluster, names, L"ip address"));
     EXPECT_TRUE(names.empty());
 }
 
 TEST_F(Group, ByTypeNeedsAType) {
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroupByType(cluster, names, nullptr));
     EXPECT_EQ(TakeLog(), Lines({TypeEntry, TypeLeaving}));
     EXPECT_EQ(TakeJournal(), "");
@@ -251,7 +251,7 @@ TEST_F(Group, ByTypeNeedsAType) {
 
 TEST_F(Group, ByTypeFailsWithTheEnumeration) {
     const CClusterGroup group;
-    Names names;
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroupByType(cluster, names, L"IP Address"));
     EXPECT_EQ(TakeLog(), Lines({TypeEntry, NamesEntry, "E NULL == m_hGroup", NamesLeaving, TypeLeaving}));
 }
@@ -259,10 +259,10 @@ TEST_F(Group, ByTypeFailsWithTheEnumeration) {
 TEST_F(Group, ByTypeStopsAtAResourceThatDoesNotOpenWithAPartlyFilteredList) {
     Platform().FailCall("OpenClusterResource(EVS1 IP)", 5);
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_FALSE(group.EnumResourceNamesInGroupByType(cluster, names, L"Network Name"));
-    EXPECT_EQ(names, (Names{L"EVS1 IP", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"EVS1 IP", L"EVS1 Name"}));
     const std::string log = TakeLog();
     EXPECT_THAT(log, HasSubstr("E Open resource failed:EVS1 IP, err=5\n"));
     EXPECT_THAT(TakeJournal(), Not(HasSubstr("OpenClusterResource(EVS1 Name)")));
@@ -271,8 +271,8 @@ TEST_F(Group, ByTypeStopsAtAResourceThatDoesNotOpenWithAPartlyFilteredList) {
 TEST_F(Group, ByTypeDropsAResourceWithoutAType) {
     Platform().FailCall("ClusterResourceControl(EVS1 IP,GET_RESOURCE_TYPE,128)", 1726);
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_TRUE(group.EnumResourceNamesInGroupByType(cluster, names, L"IP Address"));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(),
@@ -283,17 +283,14 @@ TEST_F(Group, ByTypeDropsAResourceWithoutAType) {
 // Disk by drive letter
 // -------------------------------------------------------------------------------------------------------
 
-class GroupDisk : public OpenClusterTest {
+class GroupDisk : public ClusterTest {
 protected:
     GroupDisk() {
-        LoadAndOpen(ExchangeCluster().Disk("EVS1 Disk 2", "G:").Disk("EVS1 Disk 3", "G:"));
-        Open(*held, L"EVS1");
-    }
-    void TearDown() override {
-        held.reset();
-        OpenClusterTest::TearDown();
+        AtEnd([this] { held.reset(); });
+        cluster.Open(*held, L"EVS1");
     }
 
+    OpenedCluster cluster{*this, ExchangeCluster().Disk("EVS1 Disk 2", "G:").Disk("EVS1 Disk 3", "G:")};
     std::unique_ptr<CClusterGroup> held = std::make_unique<CClusterGroup>();
     const CClusterGroup& group = *held;
 };
@@ -348,8 +345,8 @@ TEST_F(GroupDisk, WithoutAGroupHandleIsAFailure) {
 
 TEST_F(Group, ADiskWithoutADeviceNameHasNoLetter) {
     CClusterGroup other;
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Disk("D", ""));
-    Open(other, L"G");
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Disk("D", ""));
+    cluster.Open(other, L"G");
     std::wstring name = L"before";
     EXPECT_FALSE(other.FindPhysicalDiskResourceNameByDriveLetter(cluster, L'\0', name));
     EXPECT_EQ(name, L"before");

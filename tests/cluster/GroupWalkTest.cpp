@@ -32,20 +32,19 @@ struct Visitor {
     }
 };
 
-class GroupWalk : public OpenClusterTest {
-protected:
-    std::vector<std::wstring> Visited(const Visitor& visitor) {
-        std::vector<std::wstring> names;
-        for (const Visit& visit : visitor.visits) {
-            names.push_back(visit.name);
-        }
-        return names;
+using GroupWalk = OpenClusterTest;
+
+Names Visited(const Visitor& visitor) {
+    Names names;
+    for (const Visit& visit : visitor.visits) {
+        names.push_back(visit.name);
     }
-};
+    return names;
+}
 
 TEST_F(GroupWalk, VisitsEachResourceOpen) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
     EXPECT_EQ(Visited(visitor), (std::vector<std::wstring>{L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
@@ -62,7 +61,7 @@ TEST_F(GroupWalk, VisitsEachResourceOpen) {
 
 TEST_F(GroupWalk, PassesTheBufferSizeInBytesAsTheCount) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterGroupOpenEnum(EVS1,1)", "ClusterGroupEnum(0,2048)", "OpenClusterResource(EVS1 Disk)",
@@ -73,7 +72,7 @@ TEST_F(GroupWalk, PassesTheBufferSizeInBytesAsTheCount) {
 
 TEST_F(GroupWalk, StopsAfterTheResourceForWhichTheCallbackAnswersNonZero) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     Visitor visitor;
     visitor.answer = 1;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
@@ -84,7 +83,7 @@ TEST_F(GroupWalk, StopsAfterTheResourceForWhichTheCallbackAnswersNonZero) {
 
 TEST_F(GroupWalk, WithoutACallbackIsLoggedForEachResource) {
     CClusterGroup group;
-    Open(group, L"Cluster Group");
+    cluster.Open(group, L"Cluster Group");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
     EXPECT_EQ(TakeLog(),
               Lines({WalkEntry, "I [FIXREF-77888] Enumerated object = Cluster IP",
@@ -104,7 +103,7 @@ TEST_F(GroupWalk, WithoutAHandleIsLogged) {
 TEST_F(GroupWalk, AGroupThatCannotBeListedCountsAsEmpty) {
     Platform().FailCall("ClusterGroupOpenEnum", 5);
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
     EXPECT_TRUE(visitor.visits.empty());
@@ -114,7 +113,7 @@ TEST_F(GroupWalk, AGroupThatCannotBeListedCountsAsEmpty) {
 TEST_F(GroupWalk, AResourceThatDoesNotOpenIsLoggedAndTheWalkGoesOn) {
     Platform().FailCall("OpenClusterResource(EVS1 IP)", 5);
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
     EXPECT_EQ(Visited(visitor), (std::vector<std::wstring>{L"EVS1 Disk", L"EVS1 Name"}));
@@ -125,7 +124,7 @@ TEST_F(GroupWalk, AResourceThatDoesNotOpenIsLoggedAndTheWalkGoesOn) {
 
 TEST_F(GroupWalk, ABrokenEntryEndsTheWalkWithSuccessAndLogsTheLastError) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const auto patch = PatchImport(clusapi, ClusterGroupEnum, [](HGROUPENUM, DWORD, LPDWORD, LPWSTR, LPDWORD) -> DWORD {
         SetLastError(4711);
         return 1726;
@@ -136,14 +135,14 @@ TEST_F(GroupWalk, ABrokenEntryEndsTheWalkWithSuccessAndLogsTheLastError) {
     EXPECT_EQ(TakeLog(), Lines({WalkEntry, "E [FIXREF-77888] EnumGroup Fail (error=4711)", WalkLeaving}));
 }
 
-class WalkedNames : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using WalkedNames = OpenClusterTestWith<std::size_t>;
 
 TEST_P(WalkedNames, OfAnyLengthAreVisited) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(
+    cluster.Load(
         GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1").IpAddress("b", "10.0.0.2"));
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
     ASSERT_EQ(visitor.visits.size(), 2u);
@@ -159,9 +158,9 @@ INSTANTIATE_TEST_SUITE_P(Boundary, WalkedNames,
                          ::testing::PrintToStringParamName());
 
 TEST_F(GroupWalk, GrowsToTheNextMultipleOf512Characters) {
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(2600, 'x'), "10.0.0.1"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(2600, 'x'), "10.0.0.1"));
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
     // 2,601 characters are needed: 3,072 of them are 6,144 bytes.
     EXPECT_THAT(TakeJournal(), ::testing::StartsWith(Lines({"ClusterGroupOpenEnum(G,1)", "ClusterGroupEnum(0,2048)=234",
@@ -169,13 +168,13 @@ TEST_F(GroupWalk, GrowsToTheNextMultipleOf512Characters) {
 }
 
 TEST_F(GroupWalk, GrowsAboveAMultipleOf512ThatTheNameFills) {
-    LoadAndOpen(GivenCluster()
-                    .Node("NODE-A")
-                    .Group("G", "NODE-A")
-                    .IpAddress(std::string(2559, 'x'), "10.0.0.1")
-                    .IpAddress("b", "10.0.0.2"));
+    cluster.Load(GivenCluster()
+                     .Node("NODE-A")
+                     .Group("G", "NODE-A")
+                     .IpAddress(std::string(2559, 'x'), "10.0.0.1")
+                     .IpAddress("b", "10.0.0.2"));
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), nullptr, nullptr));
     // 2,560 characters are needed; the next multiple is 3,072.
     const std::string journal = TakeJournal();
@@ -185,9 +184,9 @@ TEST_F(GroupWalk, GrowsAboveAMultipleOf512ThatTheNameFills) {
 }
 
 TEST_F(GroupWalk, ANameThatTheBufferCannotGrowForEndsTheWalk) {
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(5000, 'x'), "10.0.0.1"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(std::string(5000, 'x'), "10.0.0.1"));
     CClusterGroup group;
-    Open(group, L"G");
+    cluster.Open(group, L"G");
     Heap().FailLocalReAlloc(1);
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
@@ -197,7 +196,7 @@ TEST_F(GroupWalk, ANameThatTheBufferCannotGrowForEndsTheWalk) {
 
 TEST_F(GroupWalk, WithoutAFirstBufferNothingIsVisited) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     Visitor visitor;
     EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
@@ -208,7 +207,7 @@ TEST_F(GroupWalk, WithoutAFirstBufferNothingIsVisited) {
 TEST_F(GroupWalk, AnExceptionOfTheCallbackLeavesNothingOpen) {
     {
         CClusterGroup group;
-        Open(group, L"EVS1");
+        cluster.Open(group, L"EVS1");
         const EnumResourceCallback throwing = [](HCLUSTER, HGROUP, HRESOURCE, const wchar_t*, void*) -> DWORD {
             throw std::runtime_error("callback");
         };
@@ -223,10 +222,10 @@ TEST_F(GroupWalk, AnExceptionOfTheCallbackLeavesNothingOpen) {
 
 TEST_F(GroupWalk, ListsStorageResources) {
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names{L"before"};
+    cluster.Open(group, L"EVS1");
+    NameList names{L"before"};
     EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
-    EXPECT_EQ(names, (Names{L"before", L"EVS1 Disk"}));
+    EXPECT_EQ(names, (NameList{L"before", L"EVS1 Disk"}));
     EXPECT_EQ(
         TakeLog(),
         Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "I [FIXREF-77888] Enumerated object = EVS1 Disk",
@@ -239,13 +238,13 @@ TEST_F(GroupWalk, ListsStorageResources) {
 
 TEST_F(GroupWalk, AResourceWhoseClassCannotBeReadIsLoggedAndSkipped) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD) -> DWORD {
                                        SetLastError(4711);
                                        return 1726;
                                    });
-    Names names;
+    NameList names;
     EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
     EXPECT_TRUE(names.empty());
     const std::string error =
@@ -260,15 +259,15 @@ TEST_F(GroupWalk, AResourceWhoseClassCannotBeReadIsLoggedAndSkipped) {
 TEST_F(GroupWalk, StorageOfAGroupThatCannotBeListedIsAnEmptySuccess) {
     Platform().FailCall("ClusterGroupOpenEnum", 5);
     CClusterGroup group;
-    Open(group, L"EVS1");
-    Names names;
+    cluster.Open(group, L"EVS1");
+    NameList names;
     EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
     EXPECT_TRUE(names.empty());
 }
 
 TEST_F(GroupWalk, StorageWithoutAGroupHandleIsAFailure) {
     const CClusterGroup group;
-    Names names;
+    NameList names;
     EXPECT_FALSE(group.EnumStorageResourceNamesInGroup(cluster, names));
     EXPECT_EQ(TakeLog(), Lines({"> EnumStorageResourceNamesInGroup", WalkEntry, "E [FIXREF-77888] NULL == m_hGroup",
                                 "< [FIXREF-77888] EnumResourceNamesInGroup", "< EnumStorageResourceNamesInGroup"}));

@@ -7,7 +7,7 @@ using ::testing::Not;
 
 namespace {
 
-class LeavingLine : public OpenClusterTest {
+class LeavingLine : public ClusterTest {
 protected:
     // To be called where something is closed.
     void ExpectNotYet(const char* line) {
@@ -20,14 +20,15 @@ protected:
         EXPECT_THAT(log, HasSubstr(line));
     }
 
+    OpenedCluster cluster{*this};
     int closes = 0;
     std::string log;
 };
 
 TEST_F(LeavingLine, FollowsTheCloseOfTheStorageSearchesCluster) {
-    LoadAndOpen(ExchangeCluster().Resource("Store", "Generic Service").DependsOn("EVS1 Disk"));
+    cluster.Load(ExchangeCluster().Resource("Store", "Generic Service").DependsOn("EVS1 Disk"));
     CClusterResource store;
-    Open(store, L"Store");
+    cluster.Open(store, L"Store");
     CClusterResource storage;
     const char* const line = "< GetResourceStorageDependency\n";
     {
@@ -43,7 +44,7 @@ TEST_F(LeavingLine, FollowsTheCloseOfTheStorageSearchesCluster) {
 
 TEST_F(LeavingLine, FollowsTheCloseOfTheGroupsWalk) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const char* const line = "< EnumResourceInGroup\n";
     const auto patch = PatchImport(clusapi, ClusterGroupCloseEnum, [&](HGROUPENUM h) -> DWORD {
         ExpectNotYet(line);
@@ -56,13 +57,13 @@ TEST_F(LeavingLine, FollowsTheCloseOfTheGroupsWalk) {
 
 TEST_F(LeavingLine, FollowsTheCloseOfTheGroupsList) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const char* const line = "< EnumResourceNamesInGroup\n";
     const auto patch = PatchImport(clusapi, ClusterGroupCloseEnum, [&](HGROUPENUM h) -> DWORD {
         ExpectNotYet(line);
         return ::ClusterGroupCloseEnum(h);
     });
-    Names names;
+    NameList names;
     EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
     EXPECT_EQ(closes, 1);
     ExpectNow(line);

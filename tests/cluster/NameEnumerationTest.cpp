@@ -6,7 +6,7 @@ using ::testing::Not;
 
 namespace {
 
-class NameEnumeration : public OpenClusterTest {};
+using NameEnumeration = OpenClusterTest;
 
 ModelBuilder ClusterWithResources(const std::vector<std::string>& names) {
     ModelBuilder model = GivenCluster().Node("NODE-A").Group("G", "NODE-A");
@@ -20,9 +20,9 @@ ModelBuilder ClusterWithResources(const std::vector<std::string>& names) {
 // ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(NameEnumeration, ListsResourcesInTheClustersOrder) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{L"Cluster IP", L"Cluster Name", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"Cluster IP", L"Cluster Name", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)", "ClusterEnum(2,256)",
@@ -30,23 +30,23 @@ TEST_F(NameEnumeration, ListsResourcesInTheClustersOrder) {
 }
 
 TEST_F(NameEnumeration, ListsNodes) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_NODE, names));
-    EXPECT_EQ(names, (Names{L"NODE-A", L"NODE-B"}));
+    EXPECT_EQ(names, (NameList{L"NODE-A", L"NODE-B"}));
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(1)\n"));
 }
 
 TEST_F(NameEnumeration, ListsGroups) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_GROUP, names));
-    EXPECT_EQ(names, (Names{L"Cluster Group", L"EVS1"}));
+    EXPECT_EQ(names, (NameList{L"Cluster Group", L"EVS1"}));
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(8)\n"));
 }
 
-class UnknownKind : public OpenClusterTest, public ::testing::WithParamInterface<int> {};
+using UnknownKind = OpenClusterTestWith<int>;
 
 TEST_P(UnknownKind, IsLoggedAndAsksWithAnEmptyMask) {
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(GetParam()), names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(), Lines({"E Warning, unexpected type_enum value:" + std::to_string(GetParam()),
@@ -61,7 +61,7 @@ TEST_F(NameEnumeration, AnUnknownKindSucceedsWhenTheClusterAnswersTheEmptyMask) 
         EXPECT_EQ(mask, 0u);
         return ::ClusterOpenEnum(h, CLUSTER_ENUM_GROUP);
     });
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(3), names));
     EXPECT_EQ(names.size(), 2u);
     EXPECT_EQ(TakeLog(), Lines({"E Warning, unexpected type_enum value:3"}));
@@ -69,23 +69,23 @@ TEST_F(NameEnumeration, AnUnknownKindSucceedsWhenTheClusterAnswersTheEmptyMask) 
 
 TEST_F(NameEnumeration, AClosedClusterFailsSilently) {
     CCluster closed;
-    Names names{L"before"};
+    NameList names{L"before"};
     EXPECT_FALSE(closed.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_FALSE(closed.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(7), names));
-    EXPECT_EQ(names, Names{L"before"});
+    EXPECT_EQ(names, NameList{L"before"});
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(TakeJournal(), "");
 }
 
 TEST_F(NameEnumeration, AppendsToWhatIsThere) {
-    Names names{L"before"};
+    NameList names{L"before"};
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_NODE, names));
-    EXPECT_EQ(names, (Names{L"before", L"NODE-A", L"NODE-B"}));
+    EXPECT_EQ(names, (NameList{L"before", L"NODE-A", L"NODE-B"}));
 }
 
 TEST_F(NameEnumeration, AnEnumeratorThatDoesNotOpenIsLogged) {
     Platform().FailCall("ClusterOpenEnum", 5);
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(TakeLog(), Lines({"E calling ClusterOpenEnum failed"}));
     EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)=5"}));
@@ -93,9 +93,9 @@ TEST_F(NameEnumeration, AnEnumeratorThatDoesNotOpenIsLogged) {
 
 TEST_F(NameEnumeration, ABrokenEntryIsLoggedAndTheOthersAreListed) {
     Platform().FailCall("ClusterEnum", 1726, 2);
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)=1726", "ClusterEnum(2,256)",
@@ -105,23 +105,23 @@ TEST_F(NameEnumeration, ABrokenEntryIsLoggedAndTheOthersAreListed) {
 TEST_F(NameEnumeration, ABrokenFirstAndLastEntryAreLoggedEach) {
     Platform().FailCall("ClusterEnum(0,256)", 5);
     Platform().FailCall("ClusterEnum(4,256)", 5);
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{L"Cluster Name", L"EVS1 Disk", L"EVS1 IP"}));
+    EXPECT_EQ(names, (NameList{L"Cluster Name", L"EVS1 Disk", L"EVS1 IP"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
 }
 
 // The growing buffer
 // -----------------------------------------------------------------------------------------------------
 
-class NameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using NameLength = OpenClusterTestWith<std::size_t>;
 
 TEST_P(NameLength, NamesOfAnyLengthAreListed) {
     const std::string name(GetParam(), 'x');
-    LoadAndOpen(ClusterWithResources({name, "short"}));
-    Names names;
+    cluster.Load(ClusterWithResources({name, "short"}));
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{Utf16(name), L"short"}));
+    EXPECT_EQ(names, (NameList{Utf16(name), L"short"}));
     EXPECT_EQ(TakeLog(), "");
     if (name.size() < 256) {
         EXPECT_EQ(TakeJournal(), Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)",
@@ -138,17 +138,17 @@ INSTANTIATE_TEST_SUITE_P(Boundary, NameLength, ::testing::Values(1u, 254u, 255u,
                          ::testing::PrintToStringParamName());
 
 TEST_F(NameEnumeration, TheBufferGrowsOncePerLongerName) {
-    LoadAndOpen(ClusterWithResources({std::string(300, 'a'), std::string(280, 'b'), std::string(400, 'c')}));
-    Names names;
+    cluster.Load(ClusterWithResources({std::string(300, 'a'), std::string(280, 'b'), std::string(400, 'c')}));
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, (Names{std::wstring(300, L'a'), std::wstring(280, L'b'), std::wstring(400, L'c')}));
+    EXPECT_EQ(names, (NameList{std::wstring(300, L'a'), std::wstring(280, L'b'), std::wstring(400, L'c')}));
     EXPECT_EQ(TakeJournal(),
               Lines({"ClusterOpenEnum(4)", "ClusterEnum(0,256)=234", "ClusterEnum(0,301)", "ClusterEnum(1,301)",
                      "ClusterEnum(2,301)=234", "ClusterEnum(2,401)", "ClusterEnum(3,401)=259", "ClusterCloseEnum()"}));
 }
 
 TEST_F(NameEnumeration, ANameThatGrowsBetweenTwoCallsIsAskedForAgain) {
-    LoadAndOpen(ClusterWithResources({std::string(300, 'a')}));
+    cluster.Load(ClusterWithResources({std::string(300, 'a')}));
     int calls = 0;
     const auto patch =
         PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
@@ -158,26 +158,26 @@ TEST_F(NameEnumeration, ANameThatGrowsBetweenTwoCallsIsAskedForAgain) {
             }
             return ::ClusterEnum(h, i, type, text, cch);
         });
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
-    EXPECT_EQ(names, Names{std::wstring(300, L'a')});
+    EXPECT_EQ(names, NameList{std::wstring(300, L'a')});
     EXPECT_EQ(calls, 4);
 }
 
 TEST_F(NameEnumeration, ANameThatTheBufferCannotGrowForIsABrokenEntry) {
-    LoadAndOpen(ClusterWithResources({"a", std::string(300, 'b'), "c"}));
+    cluster.Load(ClusterWithResources({"a", std::string(300, 'b'), "c"}));
     Heap().FailLocalReAlloc(1);
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_TRUE(Heap().Fired());
-    EXPECT_EQ(names, (Names{L"a", L"c"}));
+    EXPECT_EQ(names, (NameList{L"a", L"c"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
 }
 
 TEST_F(NameEnumeration, WithoutAFirstBufferNoNameIsInvented) {
-    LoadAndOpen(ClusterWithResources({"a", "b"}));
+    cluster.Load(ClusterWithResources({"a", "b"}));
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum", "E Unexpected result for cluster enum"}));
@@ -187,9 +187,9 @@ TEST_F(NameEnumeration, WithoutAFirstBufferNoNameIsInvented) {
 // ----------------------------------------------------------------------------------------------------------------
 
 TEST_F(NameEnumeration, ByTypeKeepsTheResourcesOfThatTypeOnly) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"Network Name", names));
-    EXPECT_EQ(names, (Names{L"Cluster Name", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"Cluster Name", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"< CCluster::EnumResourceNamesByType()"}));
     EXPECT_THAT(TakeJournal(),
                 ::testing::EndsWith(Lines(
@@ -204,7 +204,7 @@ TEST_F(NameEnumeration, ByTypeKeepsTheResourcesOfThatTypeOnly) {
 }
 
 TEST_F(NameEnumeration, ByTypeComparesTheTypeExactly) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"network name", names));
     EXPECT_TRUE(names.empty());
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"Network", names));
@@ -214,16 +214,16 @@ TEST_F(NameEnumeration, ByTypeComparesTheTypeExactly) {
 }
 
 TEST_F(NameEnumeration, ByTypeFiltersOlderNamesToo) {
-    Names names{L"gone", L"EVS1 IP", L"evs1 name"};
+    NameList names{L"gone", L"EVS1 IP", L"evs1 name"};
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"Network Name", names));
-    EXPECT_EQ(names, (Names{L"evs1 name", L"Cluster Name", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"evs1 name", L"Cluster Name", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"E Open resource failed:gone, err=5007", "< CCluster::EnumResourceNamesByType()"}));
 }
 
 TEST_F(NameEnumeration, ByTypeDropsResourcesThatDoNotOpenOrHaveNoType) {
     Platform().FailCall("OpenClusterResource(Cluster Name)", 5);
     Platform().FailCall("ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)", 1726);
-    Names names;
+    NameList names;
     EXPECT_TRUE(cluster.EnumResourceNamesByType(L"Network Name", names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(), Lines({"E Open resource failed:Cluster Name, err=5",
@@ -233,9 +233,9 @@ TEST_F(NameEnumeration, ByTypeDropsResourcesThatDoNotOpenOrHaveNoType) {
 
 TEST_F(NameEnumeration, ByTypeFailsWithTheEnumerationAndFiltersNothing) {
     Platform().FailCall("ClusterEnum(1,256)", 5);
-    Names names;
+    NameList names;
     EXPECT_FALSE(cluster.EnumResourceNamesByType(L"Network Name", names));
-    EXPECT_EQ(names, (Names{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
+    EXPECT_EQ(names, (NameList{L"Cluster IP", L"EVS1 Disk", L"EVS1 IP", L"EVS1 Name"}));
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for cluster enum"}));
     EXPECT_THAT(TakeJournal(), Not(HasSubstr("OpenClusterResource")));
 }
@@ -254,7 +254,7 @@ TEST_F(NameEnumeration, FindsANetworkNameInLowerCase) {
 }
 
 TEST_F(NameEnumeration, ANetworkNameStoredInMixedCaseIsNeverFound) {
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", "Evs1"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", "Evs1"));
     std::wstring name = L"before";
     EXPECT_FALSE(cluster.FindFirstResourceNameByNetworkName(name, L"evs1"));
     EXPECT_FALSE(cluster.FindFirstResourceNameByNetworkName(name, L"Evs1"));
@@ -263,23 +263,23 @@ TEST_F(NameEnumeration, ANetworkNameStoredInMixedCaseIsNeverFound) {
 }
 
 TEST_F(NameEnumeration, OnlyAsciiLettersAreUpperCased) {
-    LoadAndOpen(GivenCluster()
-                    .Node("NODE-A")
-                    .Group("G", "NODE-A")
-                    .NetworkName("Upper", "M\xc3\x9cNCHEN")
-                    .NetworkName("Lower", "M\xc3\xbcNCHEN"));
+    cluster.Load(GivenCluster()
+                     .Node("NODE-A")
+                     .Group("G", "NODE-A")
+                     .NetworkName("Upper", "M\xc3\x9cNCHEN")
+                     .NetworkName("Lower", "M\xc3\xbcNCHEN"));
     std::wstring name;
     EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"m\u00fcnchen"));
     EXPECT_EQ(name, L"Lower");
 }
 
 TEST_F(NameEnumeration, TheFirstOfSeveralMatchesWins) {
-    LoadAndOpen(GivenCluster()
-                    .Node("NODE-A")
-                    .Group("G", "NODE-A")
-                    .IpAddress("IP", "10.0.0.1")
-                    .NetworkName("One", "EVS1")
-                    .NetworkName("Two", "EVS1"));
+    cluster.Load(GivenCluster()
+                     .Node("NODE-A")
+                     .Group("G", "NODE-A")
+                     .IpAddress("IP", "10.0.0.1")
+                     .NetworkName("One", "EVS1")
+                     .NetworkName("Two", "EVS1"));
     std::wstring name;
     EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"EVS1"));
     EXPECT_EQ(name, L"One");
@@ -346,7 +346,7 @@ TEST_F(NameEnumeration, AnUnknownNetworkNameOpensNothing) {
 
 TEST_F(NameEnumeration, OpeningByNetworkNameIntoAHeldResourceKeepsIt) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const HRESOURCE handle = resource.GetResourceHandle();
     EXPECT_FALSE(cluster.OpenNetworkNameResourceByNetworkName(resource, L"EVS1"));
     EXPECT_EQ(resource.GetResourceHandle(), handle);

@@ -5,10 +5,10 @@ using namespace harness;
 
 namespace {
 
-class NetworkNameSearch : public OpenClusterTest {};
+using NetworkNameSearch = OpenClusterTest;
 
 TEST_F(NetworkNameSearch, OpensTheGroupOfANameThatIsNotOnline) {
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", "EVS1").State("Offline"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", "EVS1").State("Offline"));
     CClusterGroup group;
     EXPECT_TRUE(cluster.OpenGroupByNetworkName(group, L"EVS1"));
     EXPECT_NE(group.GetGroupHandle(), nullptr);
@@ -16,7 +16,7 @@ TEST_F(NetworkNameSearch, OpensTheGroupOfANameThatIsNotOnline) {
 
 TEST_F(NetworkNameSearch, OpensTheGroupWhateverTheLengthOfItsOwnersName) {
     const std::string node(16, 'N');
-    LoadAndOpen(GivenCluster().Node(node).Group("G", node).NetworkName("N", "EVS1"));
+    cluster.Load(GivenCluster().Node(node).Group("G", node).NetworkName("N", "EVS1"));
     CClusterGroup group;
     EXPECT_TRUE(cluster.OpenGroupByNetworkName(group, L"EVS1"));
     EXPECT_NE(group.GetGroupHandle(), nullptr);
@@ -40,7 +40,7 @@ TEST_F(NetworkNameSearch, ComparesTheTypeExactly) {
 }
 
 TEST_F(NetworkNameSearch, NullMatchesNothing) {
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", ""));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").NetworkName("N", ""));
     std::wstring name = L"before";
     EXPECT_FALSE(cluster.FindFirstResourceNameByNetworkName(name, nullptr));
     EXPECT_EQ(name, L"before");
@@ -50,7 +50,7 @@ TEST_F(NetworkNameSearch, NullMatchesNothing) {
 }
 
 TEST_F(NetworkNameSearch, NoResourceIsOfTheNullType) {
-    Names names{L"EVS1 IP"};
+    NameList names{L"EVS1 IP"};
     EXPECT_TRUE(cluster.EnumResourceNamesByType(nullptr, names));
     EXPECT_TRUE(names.empty());
 }

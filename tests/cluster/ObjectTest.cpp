@@ -12,7 +12,7 @@ static_assert(!std::is_copy_constructible<CCluster>::value && !std::is_copy_assi
 static_assert(!std::is_copy_constructible<CClusterResource>::value && !std::is_copy_assignable<CClusterResource>::value,
               "no copy");
 
-class ClusterObjects : public OpenClusterTest {};
+using ClusterObjects = OpenClusterTest;
 
 TEST_F(ClusterObjects, OpensAResourceByNameInAnyLetterCase) {
     CClusterResource resource;
@@ -31,7 +31,7 @@ TEST_F(ClusterObjects, AResourceThatDoesNotOpenIsLoggedWithItsCode) {
 
 TEST_F(ClusterObjects, OpeningIntoAResourceThatHoldsAHandleKeepsThatHandle) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const HRESOURCE handle = resource.GetResourceHandle();
     EXPECT_FALSE(cluster.OpenResourceByName(resource, L"EVS1 Disk"));
     EXPECT_EQ(resource.GetResourceHandle(), handle);
@@ -56,7 +56,7 @@ TEST_F(ClusterObjects, AGroupThatDoesNotOpenIsLoggedWithItsCode) {
 
 TEST_F(ClusterObjects, OpeningIntoAGroupThatHoldsAHandleKeepsThatHandle) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     const HGROUP handle = group.GetGroupHandle();
     EXPECT_FALSE(cluster.OpenGroupByName(group, L"Cluster Group"));
     EXPECT_EQ(group.GetGroupHandle(), handle);
@@ -100,23 +100,23 @@ TEST_F(ClusterObjects, OpeningANodeOverwritesAHeldHandleWithoutClosingIt) {
 
 TEST_F(ClusterObjects, HandlesStayUsableAfterTheClusterIsClosed) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     cluster.Close();
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false), L"IP Address");
 }
 
 TEST_F(ClusterObjects, GroupsAndNodesStayUsableAfterTheClusterIsClosed) {
-    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").PossibleOwner("NODE-A"));
+    cluster.Load(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").PossibleOwner("NODE-A"));
     CClusterResource resource;
     CClusterGroup group;
     CClusterNode node;
-    Open(resource, L"Spare IP");
-    Open(group, L"Cluster Group");
+    cluster.Open(resource, L"Spare IP");
+    cluster.Open(group, L"Cluster Group");
     ASSERT_TRUE(cluster.OpenNodeByName(node, L"NODE-B"));
     cluster.Close();
-    Names names;
+    NameList names;
     EXPECT_TRUE(group.EnumResourceNamesInGroup(names));
-    EXPECT_EQ(names, (Names{L"Cluster IP", L"Cluster Name"}));
+    EXPECT_EQ(names, (NameList{L"Cluster IP", L"Cluster Name"}));
     EXPECT_EQ(resource.AddOwner(node.GetNodeHandle()), DWORD(ERROR_SUCCESS));
 }
 
@@ -138,7 +138,7 @@ TEST_F(ClusterObjects, ThroughAClosedClusterDoNotOpen) {
 
 TEST_F(ClusterObjects, CreatesAnOfflineResourceInTheGroup) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     CClusterResource resource;
     EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
     EXPECT_EQ(TakeLog(), Lines({"> CCluster::CreateResource", "< CCluster::CreateResource"}));
@@ -150,7 +150,7 @@ TEST_F(ClusterObjects, CreatesAnOfflineResourceInTheGroup) {
 
 TEST_F(ClusterObjects, AResourceThatCannotBeCreatedIsLogged) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     CClusterResource resource;
     EXPECT_FALSE(CCluster::CreateResource(group, resource, L"EVS1 IP", L"IP Address"));
     EXPECT_EQ(resource.GetResourceHandle(), nullptr);
@@ -161,9 +161,9 @@ TEST_F(ClusterObjects, AResourceThatCannotBeCreatedIsLogged) {
 
 TEST_F(ClusterObjects, CreatingOverwritesAHeldHandleWithoutClosingIt) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const HRESOURCE first = resource.GetResourceHandle();
     EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
     EXPECT_NE(resource.GetResourceHandle(), first);
@@ -175,9 +175,9 @@ TEST_F(ClusterObjects, CreatingOverwritesAHeldHandleWithoutClosingIt) {
 
 TEST_F(ClusterObjects, AResourceCreatedIntoAHeldOneHasItsOwnName) {
     CClusterGroup group;
-    Open(group, L"EVS1");
+    cluster.Open(group, L"EVS1");
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const HRESOURCE first = resource.GetResourceHandle();
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP");
     EXPECT_TRUE(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));

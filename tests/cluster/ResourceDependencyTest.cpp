@@ -17,19 +17,18 @@ ModelBuilder StoreCluster() {
         .State("Offline");
 }
 
-class ResourceDependency : public OpenClusterTest {
+class ResourceDependency : public ClusterTest {
 protected:
     ResourceDependency() {
-        LoadAndOpen(StoreCluster());
-        Open(store, L"EVS1 Store");
-        Open(other, L"EVS1 Other");
-    }
-    void TearDown() override {
-        store.Close();
-        other.Close();
-        OpenClusterTest::TearDown();
+        AtEnd([this] {
+            store.Close();
+            other.Close();
+        });
+        cluster.Open(store, L"EVS1 Store");
+        cluster.Open(other, L"EVS1 Other");
     }
 
+    OpenedCluster cluster{*this, StoreCluster()};
     CClusterResource store;
     CClusterResource other;
 };
@@ -41,9 +40,9 @@ TEST_F(ResourceDependency, IsAdded) {
     EXPECT_TRUE(other.AddDependency(store.GetResourceHandle()));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::AddDependency"}));
     EXPECT_EQ(TakeJournal(), Lines({"AddClusterResourceDependency(EVS1 Other,EVS1 Store)"}));
-    Names names;
+    NameList names;
     EXPECT_TRUE(other.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
-    EXPECT_EQ(names, Names{L"EVS1 Store"});
+    EXPECT_EQ(names, NameList{L"EVS1 Store"});
 }
 
 TEST_F(ResourceDependency, ThatIsRefusedIsLoggedWithItsCode) {
@@ -64,7 +63,7 @@ TEST_F(ResourceDependency, OwnersAreAdded) {
     EXPECT_EQ(store.AddOwner(node.GetNodeHandle()), DWORD(ERROR_SUCCESS));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::AddOwnder"}));
     EXPECT_EQ(TakeJournal(), Lines({"AddClusterResourceNode(EVS1 Store,NODE-B)"}));
-    Names names;
+    NameList names;
     EXPECT_TRUE(store.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, names));
     EXPECT_THAT(names, ::testing::UnorderedElementsAre(L"NODE-A", L"NODE-B"));
 }
@@ -142,7 +141,7 @@ TEST_F(ResourceDependency, StorageIsAskedForByClassWithoutSubclass) {
 
 TEST_F(ResourceDependency, AFoundStorageOverwritesAHeldHandleWithoutClosingIt) {
     CClusterResource storage;
-    Open(storage, L"EVS1 IP");
+    cluster.Open(storage, L"EVS1 IP");
     const HRESOURCE held = storage.GetResourceHandle();
     EXPECT_TRUE(store.GetResourceStorageDependency(storage));
     EXPECT_NE(storage.GetResourceHandle(), held);
@@ -151,7 +150,7 @@ TEST_F(ResourceDependency, AFoundStorageOverwritesAHeldHandleWithoutClosingIt) {
 
 TEST_F(ResourceDependency, AStorageFoundIntoAHeldResourceHasItsOwnName) {
     CClusterResource storage;
-    Open(storage, L"EVS1 IP");
+    cluster.Open(storage, L"EVS1 IP");
     const HRESOURCE held = storage.GetResourceHandle();
     EXPECT_STREQ(storage.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP");
     EXPECT_TRUE(store.GetResourceStorageDependency(storage));
@@ -211,7 +210,7 @@ TEST_F(ResourceDependency, ANetworkNameThatCannotBeReadLeavesTheTextAlone) {
 // ------------------------------------------------------------------------------------------------------------------
 
 TEST_F(ResourceDependency, RelatedNamesAreListedByKind) {
-    Names names;
+    NameList names;
     EXPECT_TRUE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_THAT(names, ::testing::UnorderedElementsAre(L"EVS1 Name", L"EVS1 Disk"));
     EXPECT_EQ(TakeJournal(),
@@ -219,26 +218,26 @@ TEST_F(ResourceDependency, RelatedNamesAreListedByKind) {
                      "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259", "ClusterResourceCloseEnum()"}));
     names.clear();
     EXPECT_TRUE(store.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, names));
-    EXPECT_EQ(names, Names{L"NODE-A"});
+    EXPECT_EQ(names, NameList{L"NODE-A"});
     CClusterResource name;
-    Open(name, L"EVS1 Name");
+    cluster.Open(name, L"EVS1 Name");
     EXPECT_TRUE(name.EnumNames(CLUSTER_RESOURCE_ENUM_PROVIDES, names));
-    EXPECT_EQ(names, (Names{L"NODE-A", L"EVS1 Store"})) << "appended";
+    EXPECT_EQ(names, (NameList{L"NODE-A", L"EVS1 Store"})) << "appended";
     EXPECT_EQ(TakeLog(), "");
 }
 
 TEST_F(ResourceDependency, ListingWithoutAHandleFailsSilently) {
     const CClusterResource none;
-    Names names{L"before"};
+    NameList names{L"before"};
     EXPECT_FALSE(none.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, names));
-    EXPECT_EQ(names, Names{L"before"});
+    EXPECT_EQ(names, NameList{L"before"});
     EXPECT_EQ(TakeLog(), "");
     EXPECT_EQ(TakeJournal(), "");
 }
 
 TEST_F(ResourceDependency, AListThatDoesNotOpenIsLogged) {
     Platform().FailCall("ClusterResourceOpenEnum", 5);
-    Names names;
+    NameList names;
     EXPECT_FALSE(store.EnumNames(CLUSTER_RESOURCE_ENUM_NODES, names));
     EXPECT_EQ(TakeLog(), Lines({"E calling ClusterResourceOpenEnum failed"}));
     EXPECT_EQ(TakeJournal(), Lines({"ClusterResourceOpenEnum(EVS1 Store,4)=5"}));
@@ -246,7 +245,7 @@ TEST_F(ResourceDependency, AListThatDoesNotOpenIsLogged) {
 
 TEST_F(ResourceDependency, ABrokenEntryIsLoggedAndTheOthersAreListed) {
     Platform().FailCall("ClusterResourceEnum", 1726);
-    Names names;
+    NameList names;
     EXPECT_FALSE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_EQ(names.size(), 1u);
     EXPECT_EQ(TakeLog(), Lines({"E Unexpected result for ClusterResourceEnum"}));
@@ -255,28 +254,27 @@ TEST_F(ResourceDependency, ABrokenEntryIsLoggedAndTheOthersAreListed) {
                      "ClusterResourceEnum(1,256)", "ClusterResourceEnum(2,256)=259", "ClusterResourceCloseEnum()"}));
 }
 
-class RelatedNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {
-protected:
-    void Load(const std::string& name) {
-        LoadAndOpen(GivenCluster()
-                        .Node("NODE-A")
-                        .Group("G", "NODE-A")
-                        .IpAddress(name, "10.0.0.1")
-                        .IpAddress("short", "10.0.0.2")
-                        .NetworkName("N", "N")
-                        .DependsOn(name)
-                        .DependsOn("short"));
-    }
-};
+using RelatedNameLength = OpenClusterTestWith<std::size_t>;
+
+ModelBuilder ClusterWithAddress(const std::string& name) {
+    return GivenCluster()
+        .Node("NODE-A")
+        .Group("G", "NODE-A")
+        .IpAddress(name, "10.0.0.1")
+        .IpAddress("short", "10.0.0.2")
+        .NetworkName("N", "N")
+        .DependsOn(name)
+        .DependsOn("short");
+}
 
 TEST_P(RelatedNameLength, NamesOfAnyLengthAreListed) {
     const std::string name(GetParam(), 'x');
-    Load(name);
+    cluster.Load(ClusterWithAddress(name));
     CClusterResource resource;
-    Open(resource, L"N");
-    Names names;
+    cluster.Open(resource, L"N");
+    NameList names;
     EXPECT_TRUE(resource.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
-    EXPECT_EQ(names, (Names{Utf16(name), L"short"}));
+    EXPECT_EQ(names, (NameList{Utf16(name), L"short"}));
     const std::string grown = std::to_string(name.size() < 256 ? 256 : name.size() + 1);
     std::vector<std::string> journal = {"ClusterResourceOpenEnum(N,1)"};
     if (name.size() >= 256) {
@@ -289,11 +287,11 @@ TEST_P(RelatedNameLength, NamesOfAnyLengthAreListed) {
 
 TEST_P(RelatedNameLength, ANameThatTheBufferCannotGrowForIsABrokenEntry) {
     const std::string name(GetParam(), 'x');
-    Load(name);
+    cluster.Load(ClusterWithAddress(name));
     CClusterResource resource;
-    Open(resource, L"N");
+    cluster.Open(resource, L"N");
     Heap().FailLocalReAlloc(1);
-    Names names;
+    NameList names;
     const bool fits = name.size() < 256;
     EXPECT_EQ(resource.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names), fits);
     EXPECT_EQ(names.size(), fits ? 2u : 1u);
@@ -305,7 +303,7 @@ INSTANTIATE_TEST_SUITE_P(Boundary, RelatedNameLength, ::testing::Values(254u, 25
 
 TEST_F(ResourceDependency, WithoutAFirstBufferNoNameIsInvented) {
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
-    Names names;
+    NameList names;
     EXPECT_FALSE(store.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
     EXPECT_TRUE(names.empty());
     EXPECT_EQ(TakeLog(),

@@ -5,28 +5,31 @@ using namespace harness;
 
 namespace {
 
-class PrivateProperty : public OpenClusterTest {
+ModelBuilder ClusterWithProperties() {
+    return GivenCluster()
+        .Node("NODE-A")
+        .Group("EVS1", "NODE-A")
+        .IpAddress("EVS1 IP", "192.168.1.10")
+        .Resource("EVS1 SMTP", "Generic Service")
+        .Private("Path", "F:\\Data")
+        .Private("ProtocolInstanceId", 3)
+        .Private("Empty", "")
+        .Resource("Long", "Generic Service")
+        .Private("P", std::string(300, 'p'));
+}
+
+class PrivateProperty : public ClusterTest {
 protected:
     PrivateProperty() {
-        LoadAndOpen(GivenCluster()
-                        .Node("NODE-A")
-                        .Group("EVS1", "NODE-A")
-                        .IpAddress("EVS1 IP", "192.168.1.10")
-                        .Resource("EVS1 SMTP", "Generic Service")
-                        .Private("Path", "F:\\Data")
-                        .Private("ProtocolInstanceId", 3)
-                        .Private("Empty", "")
-                        .Resource("Long", "Generic Service")
-                        .Private("P", std::string(300, 'p')));
-        Open(ip, L"EVS1 IP");
-        Open(smtp, L"EVS1 SMTP");
-    }
-    void TearDown() override {
-        ip.Close();
-        smtp.Close();
-        OpenClusterTest::TearDown();
+        AtEnd([this] {
+            ip.Close();
+            smtp.Close();
+        });
+        cluster.Open(ip, L"EVS1 IP");
+        cluster.Open(smtp, L"EVS1 SMTP");
     }
 
+    OpenedCluster cluster{*this, ClusterWithProperties()};
     CClusterResource ip;
     CClusterResource smtp;
 };
@@ -138,13 +141,14 @@ TEST_F(PrivateProperty, TheSearchForANumberIsGivenTheAllocatedSize) {
     EXPECT_EQ(size, 128u);
 }
 
-class PrivateTextLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using PrivateTextLength = OpenClusterTestWith<std::size_t>;
 
 TEST_P(PrivateTextLength, TextsOfAnyLengthAreRead) {
     const std::string text(GetParam(), 'p');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Resource("R", "Generic Service").Private("P", text));
+    cluster.Load(
+        GivenCluster().Node("NODE-A").Group("G", "NODE-A").Resource("R", "Generic Service").Private("P", text));
     CClusterResource resource;
-    Open(resource, L"R");
+    cluster.Open(resource, L"R");
     std::wstring value;
     EXPECT_TRUE(resource.GetPrivateStringProperty(L"P", value));
     EXPECT_EQ(Utf8(value), text);
@@ -155,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(Boundary, PrivateTextLength, ::testing::Values(0u, 44u,
 
 TEST_F(PrivateProperty, ATextThatTheBufferCannotGrowForIsAFailure) {
     CClusterResource resource;
-    Open(resource, L"Long");
+    cluster.Open(resource, L"Long");
     Heap().FailLocalReAlloc(1);
     std::wstring value = L"before";
     EXPECT_FALSE(resource.GetPrivateStringProperty(L"P", value));

@@ -8,7 +8,7 @@ namespace {
 
 typedef CClusterResource Res;
 
-class ResourceState : public OpenClusterTest {};
+using ResourceState = OpenClusterTest;
 
 // Texts
 // ------------------------------------------------------------------------------------------------------------------
@@ -29,11 +29,11 @@ struct StateMapping {
     Res::RES_STATE state;
 };
 
-class StateMap : public OpenClusterTest, public ::testing::WithParamInterface<StateMapping> {};
+using StateMap = OpenClusterTestWith<StateMapping>;
 
 TEST_P(StateMap, KnownStatesAreMappedAndOthersAreLogged) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto patch = PatchImport(clusapi, GetClusterResourceState, [](HRESOURCE, LPWSTR, LPDWORD, LPWSTR, LPDWORD) {
         return static_cast<CLUSTER_RESOURCE_STATE>(GetParam().clusterState);
     });
@@ -66,7 +66,7 @@ TEST(ResourceStateNumbers, ArePartOfTheInterface) {
 
 TEST_F(ResourceState, GivesOwnerNodeAndGroup) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     std::wstring node;
     std::wstring group;
     EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_ONLINE);
@@ -78,7 +78,7 @@ TEST_F(ResourceState, GivesOwnerNodeAndGroup) {
 
 TEST_F(ResourceState, BuffersArePreparedOnlyForWhatIsAsked) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     struct Call {
         bool node;
         DWORD cchNode;
@@ -116,7 +116,7 @@ TEST_F(ResourceState, WithoutAHandleIsLogged) {
 TEST_F(ResourceState, AFailureLeavesTheTextsAlone) {
     Platform().FailCall("GetClusterResourceState", 5006);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     std::wstring node = L"node";
     std::wstring group = L"group";
     EXPECT_EQ(resource.GetResourceState(&node, &group), Res::RES_STATE_UNKNOWN);
@@ -127,7 +127,7 @@ TEST_F(ResourceState, AFailureLeavesTheTextsAlone) {
 
 TEST_F(ResourceState, AnEmptyNodeNameIsAFailure) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto patch =
         PatchImport(clusapi, GetClusterResourceState, [](HRESOURCE, LPWSTR, LPDWORD cchNode, LPWSTR, LPDWORD) {
             *cchNode = 0;
@@ -143,7 +143,7 @@ TEST_F(ResourceState, AnEmptyNodeNameIsAFailure) {
 
 TEST_F(ResourceState, AnEmptyGroupNameIsAFailureButTheNodeIsWritten) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto patch = PatchImport(clusapi, GetClusterResourceState,
                                    [](HRESOURCE, LPWSTR node, LPDWORD cchNode, LPWSTR, LPDWORD cchGroup) {
                                        node[0] = L'N';
@@ -160,13 +160,13 @@ TEST_F(ResourceState, AnEmptyGroupNameIsAFailureButTheNodeIsWritten) {
     EXPECT_EQ(TakeLog(), Lines({"E dwCChGroup <= 0"}));
 }
 
-class NodeNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using NodeNameLength = OpenClusterTestWith<std::size_t>;
 
 TEST_P(NodeNameLength, UpToFifteenCharactersFit) {
     const std::string name(GetParam(), 'N');
-    LoadAndOpen(GivenCluster().Node(name).Group("G", name).IpAddress("IP", "10.0.0.1"));
+    cluster.Load(GivenCluster().Node(name).Group("G", name).IpAddress("IP", "10.0.0.1"));
     CClusterResource resource;
-    Open(resource, L"IP");
+    cluster.Open(resource, L"IP");
     std::wstring node = L"before";
     if (name.size() <= 15) {
         EXPECT_EQ(resource.GetResourceState(&node, nullptr), Res::RES_STATE_ONLINE);
@@ -183,13 +183,13 @@ TEST_P(NodeNameLength, UpToFifteenCharactersFit) {
 INSTANTIATE_TEST_SUITE_P(Boundary, NodeNameLength, ::testing::Values(1u, 14u, 15u, 16u, 17u),
                          ::testing::PrintToStringParamName());
 
-class GroupNameLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using GroupNameLength = OpenClusterTestWith<std::size_t>;
 
 TEST_P(GroupNameLength, UpTo255CharactersFit) {
     const std::string name(GetParam(), 'G');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group(name, "NODE-A").IpAddress("IP", "10.0.0.1"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group(name, "NODE-A").IpAddress("IP", "10.0.0.1"));
     CClusterResource resource;
-    Open(resource, L"IP");
+    cluster.Open(resource, L"IP");
     std::wstring group = L"before";
     const bool fits = name.size() <= 255;
     EXPECT_EQ(resource.GetResourceState(nullptr, &group), fits ? Res::RES_STATE_ONLINE : Res::RES_STATE_UNKNOWN);
@@ -203,32 +203,63 @@ INSTANTIATE_TEST_SUITE_P(Boundary, GroupNameLength, ::testing::Values(254u, 255u
 // Online and offline
 // -------------------------------------------------------------------------------------------------------
 
-TEST_F(ResourceState, OnlineGivesTheStateReached) {
-    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
+struct Switch {
+    const char* name;
+    Res::RES_STATE (Res::*run)();
+    const wchar_t* resource; // which is in the other state
+    const char* call;
+    Res::RES_STATE reached;
+    Res::RES_STATE pending;
+
+    std::string Log(const std::string& message = "") const {
+        const Texts middle = message.empty() ? Texts() : Texts{message};
+        return Lines(Texts{std::string("> ") + name} + middle + Texts{std::string("< ") + name});
+    }
+    friend void PrintTo(const Switch& row, std::ostream* out) {
+        *out << row.name;
+    }
+};
+
+const Switch Switches[] = {{"OnlineResource", &Res::OnlineResource, L"Spare IP", "OnlineClusterResource",
+                            Res::RES_STATE_ONLINE, Res::RES_STATE_ONLINE_PENDING},
+                           {"OfflineResource", &Res::OfflineResource, L"EVS1 Name", "OfflineClusterResource",
+                            Res::RES_STATE_OFFLINE, Res::RES_STATE_OFFLINE_PENDING}};
+
+class ResourceSwitch : public ClusterTest, public ::testing::WithParamInterface<Switch> {
+protected:
+    OpenedCluster cluster{*this, ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline")};
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, ResourceSwitch, ::testing::ValuesIn(Switches), RowName());
+
+TEST_P(ResourceSwitch, GivesTheStateReached) {
+    const Switch& row = GetParam();
     CClusterResource resource;
-    Open(resource, L"Spare IP");
-    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_ONLINE);
-    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "< OnlineResource"}));
-    EXPECT_EQ(TakeJournal(), Lines({"OnlineClusterResource(Spare IP)"}));
-    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_ONLINE);
+    cluster.Open(resource, row.resource);
+    EXPECT_EQ((resource.*row.run)(), row.reached);
+    EXPECT_EQ(TakeLog(), row.Log());
+    EXPECT_EQ(TakeJournal(), Lines({std::string(row.call) + "(" + Utf8(row.resource) + ")"}));
+    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), row.reached);
 }
 
-TEST_F(ResourceState, OnlineDoesNotWaitForAPendingResource) {
-    Platform().FailCall("OnlineClusterResource", ERROR_IO_PENDING);
+TEST_P(ResourceSwitch, DoesNotWaitForAPendingResource) {
+    const Switch& row = GetParam();
+    Platform().FailCall(row.call, ERROR_IO_PENDING);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
-    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_ONLINE_PENDING);
-    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "< OnlineResource"}));
+    cluster.Open(resource, L"EVS1 IP");
+    EXPECT_EQ((resource.*row.run)(), row.pending);
+    EXPECT_EQ(TakeLog(), row.Log());
     EXPECT_TRUE(Platform().sleeps.empty());
 }
 
-TEST_F(ResourceState, OnlineFailureIsLoggedWithTheLastErrorNotTheCode) {
-    Platform().FailCall("OnlineClusterResource", 5018);
+TEST_P(ResourceSwitch, FailureIsLoggedWithTheLastErrorNotTheCode) {
+    const Switch& row = GetParam();
+    Platform().FailCall(row.call, 5018);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     SetLastError(4711);
-    EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_UNKNOWN);
-    EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "E Unexected return value: 4711", "< OnlineResource"}));
+    EXPECT_EQ((resource.*row.run)(), Res::RES_STATE_UNKNOWN);
+    EXPECT_EQ(TakeLog(), row.Log("E Unexected return value: 4711"));
 }
 
 TEST_F(ResourceState, OnlineWithoutAHandleIsLogged) {
@@ -236,33 +267,6 @@ TEST_F(ResourceState, OnlineWithoutAHandleIsLogged) {
     EXPECT_EQ(resource.OnlineResource(), Res::RES_STATE_UNKNOWN);
     EXPECT_EQ(TakeLog(), Lines({"> OnlineResource", "E Resource handle is NULL", "< OnlineResource"}));
     EXPECT_EQ(TakeJournal(), "");
-}
-
-TEST_F(ResourceState, OfflineGivesTheStateReached) {
-    CClusterResource resource;
-    Open(resource, L"EVS1 Name");
-    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_OFFLINE);
-    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "< OfflineResource"}));
-    EXPECT_EQ(TakeJournal(), Lines({"OfflineClusterResource(EVS1 Name)"}));
-    EXPECT_EQ(resource.GetResourceState(nullptr, nullptr), Res::RES_STATE_OFFLINE);
-}
-
-TEST_F(ResourceState, OfflineDoesNotWaitForAPendingResource) {
-    Platform().FailCall("OfflineClusterResource", ERROR_IO_PENDING);
-    CClusterResource resource;
-    Open(resource, L"EVS1 IP");
-    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_OFFLINE_PENDING);
-    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "< OfflineResource"}));
-    EXPECT_TRUE(Platform().sleeps.empty());
-}
-
-TEST_F(ResourceState, OfflineFailureIsLoggedWithTheLastErrorNotTheCode) {
-    Platform().FailCall("OfflineClusterResource", 5038);
-    CClusterResource resource;
-    Open(resource, L"EVS1 IP");
-    SetLastError(4711);
-    EXPECT_EQ(resource.OfflineResource(), Res::RES_STATE_UNKNOWN);
-    EXPECT_EQ(TakeLog(), Lines({"> OfflineResource", "E Unexected return value: 4711", "< OfflineResource"}));
 }
 
 TEST_F(ResourceState, OfflineWithoutAHandleHasNoMessageAndNoLeavingLine) {
@@ -277,7 +281,7 @@ TEST_F(ResourceState, OfflineWithoutAHandleHasNoMessageAndNoLeavingLine) {
 
 TEST_F(ResourceState, OnlineOnThisNode) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     std::wstring group;
     EXPECT_TRUE(resource.IsOnlineOnCurrentNode(&group));
     EXPECT_EQ(group, L"EVS1");
@@ -288,7 +292,7 @@ TEST_F(ResourceState, OnlineOnThisNode) {
 
 TEST_F(ResourceState, OnlineElsewhereIsNotOnlineHere) {
     CClusterResource resource;
-    Open(resource, L"Cluster IP");
+    cluster.Open(resource, L"Cluster IP");
     std::wstring group;
     EXPECT_FALSE(resource.IsOnlineOnCurrentNode(&group));
     EXPECT_EQ(group, L"Cluster Group");
@@ -297,9 +301,9 @@ TEST_F(ResourceState, OnlineElsewhereIsNotOnlineHere) {
 }
 
 TEST_F(ResourceState, OfflineHereIsNotOnlineHere) {
-    LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
+    cluster.Load(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
     EXPECT_EQ(TakeLog(),
               Lines({"> CClusterResource::IsOnlineOnCurrentNode", "I Local node name:NODE-A",
@@ -310,7 +314,7 @@ TEST_F(ResourceState, OfflineHereIsNotOnlineHere) {
 TEST_F(ResourceState, AnOwnerThatDiffersInLetterCaseOnlyIsAnotherNode) {
     SetComputerName(L"node-a");
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
     EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
 }
@@ -318,7 +322,7 @@ TEST_F(ResourceState, AnOwnerThatDiffersInLetterCaseOnlyIsAnotherNode) {
 TEST_F(ResourceState, WithoutAComputerNameNothingIsOnThisNode) {
     Platform().FailCall("GetComputerNameW", 8, 1, FaultMode::FromThenOn);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     std::wstring group = L"before";
     EXPECT_FALSE(resource.IsOnlineOnCurrentNode(&group));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnlineOnCurrentNode", "E Cannot get computer name, code:8",
@@ -332,7 +336,7 @@ TEST_F(ResourceState, WithoutAComputerNameNothingIsOnThisNode) {
 
 TEST_F(ResourceState, AComputerNameOfFifteenCharactersFitsAndOneOfSixteenDoesNot) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     SetComputerName(L"NNNNNNNNNNNNNNN");
     EXPECT_FALSE(resource.IsOnlineOnCurrentNode(nullptr));
     EXPECT_THAT(TakeLog(), ::testing::HasSubstr("I Local node name:NNNNNNNNNNNNNNN\n"));
@@ -343,21 +347,21 @@ TEST_F(ResourceState, AComputerNameOfFifteenCharactersFitsAndOneOfSixteenDoesNot
 
 TEST_F(ResourceState, OnThisNodeWhateverTheState) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     std::wstring group;
     EXPECT_TRUE(resource.IsOnCurrentNode(&group));
     EXPECT_EQ(group, L"EVS1");
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnCurrentNode", "< CClusterResource::IsOnCurrentNode"}));
     EXPECT_EQ(TakeJournal(), Lines({"GetComputerNameW()", "GetClusterResourceState(EVS1 IP)=2"}));
     CClusterResource other;
-    Open(other, L"Cluster IP");
+    cluster.Open(other, L"Cluster IP");
     EXPECT_FALSE(other.IsOnCurrentNode(nullptr));
 }
 
 TEST_F(ResourceState, AnUnknownStateIsNotOnThisNode) {
     Platform().FailCall("GetClusterResourceState", 5006);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_FALSE(resource.IsOnCurrentNode(nullptr));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::IsOnCurrentNode", "E ClusterResourceStateUnknown == 0",
                                 "< CClusterResource::IsOnCurrentNode"}));
@@ -374,7 +378,7 @@ TEST_F(ResourceState, WithoutAHandleNothingIsOnThisNode) {
 
 TEST_F(ResourceState, AnUnrecognisedStateStillHasItsNodeAndGroup) {
     CClusterResource resource;
-    Open(resource, L"Cluster IP");
+    cluster.Open(resource, L"Cluster IP");
     const auto patch = PatchImport(clusapi, GetClusterResourceState,
                                    [](HRESOURCE, LPWSTR node, LPDWORD cchNode, LPWSTR group, LPDWORD cchGroup) {
                                        *cchNode = static_cast<DWORD>(std::wcslen(std::wcscpy(node, L"NODE-A")));

@@ -5,13 +5,15 @@ using namespace harness;
 
 namespace {
 
-class ResourceHandle : public OpenClusterTest {
+class ResourceHandle : public ClusterTest {
 protected:
     HRESOURCE OpenRaw(const wchar_t* name) {
         const HRESOURCE handle = OpenClusterResource(cluster.GetHandle(), name);
         EXPECT_NE(handle, nullptr);
         return handle;
     }
+
+    OpenedCluster cluster{*this};
 };
 
 TEST_F(ResourceHandle, StartsWithoutOne) {
@@ -50,7 +52,7 @@ TEST_F(ResourceHandle, OneOwnedElsewhereIsNeverClosed) {
 
 TEST_F(ResourceHandle, AutoCloseCanBeSwitched) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     resource.SetAutoClose(false);
     resource.Close();
     EXPECT_NE(resource.GetResourceHandle(), nullptr);
@@ -62,7 +64,7 @@ TEST_F(ResourceHandle, AutoCloseCanBeSwitched) {
 
 TEST_F(ResourceHandle, CloseIsRepeatable) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     resource.Close();
     resource.Close();
     EXPECT_EQ(TakeJournal(), Lines({"CloseClusterResource(EVS1 IP)"}));
@@ -72,7 +74,7 @@ TEST_F(ResourceHandle, CloseIsRepeatable) {
 TEST_F(ResourceHandle, AFailingCloseIsLoggedAndTheHandleForgotten) {
     Platform().FailCall("CloseClusterResource", 6);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     SetLastError(ImpossibleCode);
     resource.Close();
     EXPECT_EQ(GetLastError(), ImpossibleCode);
@@ -82,30 +84,29 @@ TEST_F(ResourceHandle, AFailingCloseIsLoggedAndTheHandleForgotten) {
 
 TEST_F(ResourceHandle, CloseForgetsTheCachedProperties) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 IP");
     resource.Close();
-    Open(resource, L"EVS1 Disk");
+    cluster.Open(resource, L"EVS1 Disk");
     EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false), L"EVS1 Disk");
 }
 
 // Deleting
 // ----------------------------------------------------------------------------------------------------------------
 
-class ResourceDeletion : public OpenClusterTest {
+class ResourceDeletion : public ClusterTest {
 protected:
-    ResourceDeletion() {
-        LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "192.168.1.99").State("Offline"));
-    }
     bool Exists(const wchar_t* name) {
         const HRESOURCE handle = OpenClusterResource(cluster.GetHandle(), name);
         return handle && CloseClusterResource(handle);
     }
+
+    OpenedCluster cluster{*this, ExchangeCluster().IpAddress("Spare IP", "192.168.1.99").State("Offline")};
 };
 
 TEST_F(ResourceDeletion, DeletesAndCloses) {
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_TRUE(resource.DeleteResource());
     EXPECT_EQ(resource.GetResourceHandle(), nullptr);
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::DeleteResource"}));
@@ -115,7 +116,7 @@ TEST_F(ResourceDeletion, DeletesAndCloses) {
 
 TEST_F(ResourceDeletion, WithAutoCloseOffTheHandleStays) {
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     const HRESOURCE handle = resource.GetResourceHandle();
     resource.SetAutoClose(false);
     EXPECT_TRUE(resource.DeleteResource());
@@ -127,7 +128,7 @@ TEST_F(ResourceDeletion, WithAutoCloseOffTheHandleStays) {
 
 TEST_F(ResourceDeletion, OfAnOnlineResourceFailsWithAWarningAndKeepsTheHandle) {
     CClusterResource resource;
-    Open(resource, L"EVS1 Name");
+    cluster.Open(resource, L"EVS1 Name");
     EXPECT_FALSE(resource.DeleteResource());
     EXPECT_NE(resource.GetResourceHandle(), nullptr);
     EXPECT_EQ(TakeLog(),
@@ -147,7 +148,7 @@ TEST_F(ResourceDeletion, WithoutAHandleIsLogged) {
 TEST_F(ResourceDeletion, AFailingCloseAfterwardsIsStillSuccess) {
     Platform().FailCall("CloseClusterResource", 6);
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_TRUE(resource.DeleteResource());
     EXPECT_EQ(TakeLog(),
               Lines({"> CClusterResource::DeleteResource", "E Warning, calling CloseClusterResource returns FALSE"}));

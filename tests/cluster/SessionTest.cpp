@@ -6,7 +6,7 @@ using ::testing::StartsWith;
 
 namespace {
 
-class ClusterSession : public OpenClusterTest {};
+using ClusterSession = OpenClusterTest;
 
 class ClusterOpening : public ClusterTest {
 protected:
@@ -235,8 +235,13 @@ TEST_F(ClusterOpening, GivesTheClusterNameAndItsResourceId) {
 }
 
 struct FailingStep {
+    const char* name;
     const char* call;
     const char* warning;
+
+    friend void PrintTo(const FailingStep& row, std::ostream* out) {
+        *out << row.name;
+    }
 };
 
 class ClusterNameResource : public ClusterTest, public ::testing::WithParamInterface<FailingStep> {};
@@ -255,14 +260,15 @@ TEST_P(ClusterNameResource, WritesNeitherOutputWhenAStepFails) {
                          Lines({std::string("W ") + GetParam().warning, "< CCluster::GetClusterNameResourceGUID()"})));
 }
 
-INSTANTIATE_TEST_SUITE_P(Steps, ClusterNameResource,
-                         ::testing::Values(FailingStep{"OpenCluster", "Cannot cluster.OpenByLPC()"},
-                                           FailingStep{"GetClusterInformation", "cluster.GetClusterName"},
-                                           FailingStep{"ClusterOpenEnum",
-                                                       "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
-                                           FailingStep{"OpenClusterResource(Cluster Name)",
-                                                       "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
-                                           FailingStep{"ClusterResourceControl(Cluster Name,GET_ID,128)",
-                                                       "cannot resNetworkName.GetSystemStringProperty()"}));
+const FailingStep FailingSteps[] = {
+    {"TheClusterIsNotOpened", "OpenCluster", "Cannot cluster.OpenByLPC()"},
+    {"ItsNameIsNotRead", "GetClusterInformation", "cluster.GetClusterName"},
+    {"ItsResourcesAreNotListed", "ClusterOpenEnum", "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+    {"TheNetworkNameIsNotOpened", "OpenClusterResource(Cluster Name)",
+     "cannot cluster.OpenNetworkNameResourceByNetworkName()"},
+    {"TheIdIsNotRead", "ClusterResourceControl(Cluster Name,GET_ID,128)",
+     "cannot resNetworkName.GetSystemStringProperty()"}};
+
+INSTANTIATE_TEST_SUITE_P(Steps, ClusterNameResource, ::testing::ValuesIn(FailingSteps), RowName());
 
 } // namespace

@@ -5,16 +5,12 @@ using namespace harness;
 
 namespace {
 
-class SetProperty : public OpenClusterTest {
+class SetProperty : public ClusterTest {
 protected:
-    SetProperty() {
-        LoadAndOpen(ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline"));
-    }
-
     // The bytes that setting this property sends.
     Bytes Sent(const wchar_t* name, DWORD value) {
         CClusterResource resource;
-        Open(resource, L"Spare IP");
+        cluster.Open(resource, L"Spare IP");
         Bytes sent;
         const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                        [&](HRESOURCE h, HNODE node, DWORD code, LPVOID in, DWORD cbIn, LPVOID out,
@@ -33,21 +29,12 @@ protected:
         return sent;
     }
 
-    static Bytes Expected(const std::wstring& name, DWORD value) {
-        const std::size_t cbName = (name.size() + 1) * 2;
-        Bytes bytes;
-        bytes += DWORD(1);
-        bytes += DWORD(0x00040003);
-        bytes += static_cast<DWORD>(cbName);
-        bytes += name;
-        bytes.resize(12 + ((cbName + 3) & ~std::size_t(3)));
-        bytes += DWORD(0x00010002);
-        bytes += DWORD(4);
-        bytes += value;
-        bytes += DWORD(0);
-        return bytes;
-    }
+    OpenedCluster cluster{*this, ExchangeCluster().IpAddress("Spare IP", "10.0.0.9").State("Offline")};
 };
+
+Bytes Expected(const std::wstring& name, DWORD value) {
+    return PropertyListOf(name, 0x00010002, NumberBytes(value));
+}
 
 TEST_F(SetProperty, OfRestartActionIsAListOf56Bytes) {
     const Bytes sent = Sent(L"RestartAction", 1);
@@ -69,7 +56,7 @@ TEST_F(SetProperty, OfANullNameIsAListWithAnEmptyName) {
 
 TEST_F(SetProperty, LogsAndSends) {
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_TRUE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::SetDWORDProperty, 20971614,RestartAction,1",
                                 "< CClusterResource::SetDWORDProperty"}));
@@ -78,7 +65,7 @@ TEST_F(SetProperty, LogsAndSends) {
 
 TEST_F(SetProperty, StoresPrivateNumbersToo) {
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_TRUE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_PRIVATE_PROPERTIES, L"Mine", 42));
     DWORD value = 0;
     EXPECT_TRUE(resource.GetPrivateDWORDProperty(L"Mine", value));
@@ -88,7 +75,7 @@ TEST_F(SetProperty, StoresPrivateNumbersToo) {
 TEST_F(SetProperty, AFailingControlIsLogged) {
     Platform().FailCall("ClusterResourceControl", 87);
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     EXPECT_FALSE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 9));
     EXPECT_EQ(TakeLog(),
               Lines({"> CClusterResource::SetDWORDProperty, 20971614,RestartAction,9",
@@ -98,14 +85,14 @@ TEST_F(SetProperty, AFailingControlIsLogged) {
 TEST_F(SetProperty, OfAnOnlineResourceCountsAsFailureWhenItIsOnlyStored) {
     Platform().FailCall("ClusterResourceControl", ERROR_RESOURCE_PROPERTIES_STORED);
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_FALSE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1));
     EXPECT_THAT(TakeLog(), ::testing::HasSubstr("E CClusterResource::SetDWORDProperty failed, code:5024\n"));
 }
 
 TEST_F(SetProperty, MissingMemoryIsLoggedAndNothingSent) {
     CClusterResource resource;
-    Open(resource, L"Spare IP");
+    cluster.Open(resource, L"Spare IP");
     Heap().FailLocalAlloc(1);
     EXPECT_FALSE(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1));
     EXPECT_EQ(TakeLog(), Lines({"> CClusterResource::SetDWORDProperty, 20971614,RestartAction,1",

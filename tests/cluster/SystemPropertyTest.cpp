@@ -6,7 +6,7 @@ namespace {
 
 typedef CClusterResource Res;
 
-class SystemProperty : public OpenClusterTest {};
+using SystemProperty = OpenClusterTest;
 
 TEST(SystemPropertyNumbers, ArePartOfTheInterface) {
     EXPECT_EQ(Res::RES_PROP_NAME, 0);
@@ -26,11 +26,11 @@ struct PropertyCase {
     const wchar_t* text;
 };
 
-class EachSystemProperty : public OpenClusterTest, public ::testing::WithParamInterface<PropertyCase> {};
+using EachSystemProperty = OpenClusterTestWith<PropertyCase>;
 
 TEST_P(EachSystemProperty, SendsItsControlCodeAndGivesTheText) {
     CClusterResource resource;
-    Open(resource, GetParam().resource);
+    cluster.Open(resource, GetParam().resource);
     std::vector<DWORD> codes;
     const auto patch = PatchImport(
         clusapi, ClusterResourceControl,
@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Table, EachSystemProperty,
 
 TEST_F(SystemProperty, IsReadOnceWithoutRefresh) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const wchar_t* const first = resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false);
     const wchar_t* const second = resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false);
     EXPECT_STREQ(first, L"IP Address");
@@ -72,7 +72,7 @@ TEST_F(SystemProperty, IsReadOnceWithoutRefresh) {
 
 TEST_F(SystemProperty, IsReadEachTimeWithRefresh) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, true), L"IP Address");
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, true), L"IP Address");
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false), L"IP Address");
@@ -82,7 +82,7 @@ TEST_F(SystemProperty, IsReadEachTimeWithRefresh) {
 
 TEST_F(SystemProperty, EachHasACacheOfItsOwn) {
     CClusterResource resource;
-    Open(resource, L"EVS1 Name");
+    cluster.Open(resource, L"EVS1 Name");
     const wchar_t* const name = resource.GetSystemStringProperty(Res::RES_PROP_NAME, false);
     const wchar_t* const type = resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false);
     EXPECT_STREQ(name, L"EVS1 Name");
@@ -93,7 +93,7 @@ TEST_F(SystemProperty, EachHasACacheOfItsOwn) {
 
 TEST_F(SystemProperty, AFailedRefreshKeepsTheCache) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false), L"IP Address");
     Platform().FailCall("ClusterResourceControl", 1726);
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, true), nullptr);
@@ -102,7 +102,7 @@ TEST_F(SystemProperty, AFailedRefreshKeepsTheCache) {
 
 TEST_F(SystemProperty, AnEmptyTextIsNotNullAndIsReadAgain) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     int calls = 0;
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
@@ -129,7 +129,7 @@ TEST_F(SystemProperty, WithoutAHandleIsLogged) {
 
 TEST_F(SystemProperty, AFailingControlIsLogged) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_NETWORK_NAME, false), nullptr);
     EXPECT_EQ(TakeLog(), Lines({"E Calling ClusterResourceControl returns error, code:1", "E 0 == dwSize"}));
     EXPECT_EQ(TakeJournal(), Lines({"ClusterResourceControl(EVS1 IP,GET_NETWORK_NAME,128)=1"}));
@@ -137,7 +137,7 @@ TEST_F(SystemProperty, AFailingControlIsLogged) {
 
 TEST_F(SystemProperty, AnEmptyAnswerIsAFailure) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const ControlAnswer answer(Bytes{});
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), nullptr);
     EXPECT_EQ(TakeLog(), Lines({"E 0 == dwSize"}));
@@ -146,7 +146,7 @@ TEST_F(SystemProperty, AnEmptyAnswerIsAFailure) {
 TEST_F(SystemProperty, ASecondCallThatFailsIsLogged) {
     Platform().FailCall("ClusterResourceControl", 1726, 2);
     CClusterResource resource;
-    Open(resource, L"EVS1 Disk");
+    cluster.Open(resource, L"EVS1 Disk");
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_DISK_DEVICE, false), nullptr);
     EXPECT_THAT(TakeLog(), ::testing::EndsWith(
                                Lines({"E Calling ClusterResourceControl returns error, code:1726", "E 0 == dwSize"})));
@@ -154,7 +154,7 @@ TEST_F(SystemProperty, ASecondCallThatFailsIsLogged) {
 
 TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheTextStillHolds) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     int calls = 0;
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
@@ -172,7 +172,7 @@ TEST_F(SystemProperty, TwoCountsThatDifferAreLoggedAndTheTextStillHolds) {
 
 TEST_F(SystemProperty, NothingOfTheFirstAnswerShowsBehindAShorterSecond) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     int calls = 0;
     const auto patch =
         PatchImport(clusapi, ClusterResourceControl,
@@ -192,7 +192,7 @@ TEST_F(SystemProperty, NothingOfTheFirstAnswerShowsBehindAShorterSecond) {
 
 TEST_F(SystemProperty, ACountBeyondTheBufferIsReadUpToItsEnd) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
                                        std::memcpy(out, std::wstring(64, L'x').c_str(), 128);
@@ -204,7 +204,7 @@ TEST_F(SystemProperty, ACountBeyondTheBufferIsReadUpToItsEnd) {
 
 TEST_F(SystemProperty, ATextThatGrowsBetweenTheTwoCallsIsAFailure) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     DWORD wanted = 200;
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD cb) -> DWORD {
@@ -221,13 +221,13 @@ TEST_F(SystemProperty, ATextThatGrowsBetweenTheTwoCallsIsAFailure) {
 // Boundaries of the 128 byte buffer
 // ------------------------------------------------------------------------------------------
 
-class SystemPropertyLength : public OpenClusterTest, public ::testing::WithParamInterface<std::size_t> {};
+using SystemPropertyLength = OpenClusterTestWith<std::size_t>;
 
 TEST_P(SystemPropertyLength, TextsOfAnyLengthAreRead) {
     const std::string name(GetParam(), 'n');
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1"));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress(name, "10.0.0.1"));
     CClusterResource resource;
-    Open(resource, Utf16(name).c_str());
+    cluster.Open(resource, Utf16(name).c_str());
     EXPECT_STREQ(resource.GetSystemStringProperty(Res::RES_PROP_NAME, false), Utf16(name).c_str());
     const std::string call = "ClusterResourceControl(" + name + ",GET_NAME,";
     const std::size_t bytes = (name.size() + 1) * 2;
@@ -241,7 +241,7 @@ INSTANTIATE_TEST_SUITE_P(Boundary, SystemPropertyLength, ::testing::Values(1u, 6
 
 TEST_F(SystemProperty, ATextThatTheBufferCannotGrowForIsAFailure) {
     CClusterResource resource;
-    Open(resource, L"EVS1 Disk");
+    cluster.Open(resource, L"EVS1 Disk");
     Heap().FailLocalReAlloc(1);
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_DISK_DEVICE, false), nullptr);
     EXPECT_TRUE(Heap().Fired());
@@ -250,7 +250,7 @@ TEST_F(SystemProperty, ATextThatTheBufferCannotGrowForIsAFailure) {
 
 TEST_F(SystemProperty, MissingMemoryNeverGivesAWrongText) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     EXPECT_EQ(resource.GetSystemStringProperty(Res::RES_PROP_TYPE, false), nullptr);
     EXPECT_NE(TakeLog(), "");
@@ -258,7 +258,7 @@ TEST_F(SystemProperty, MissingMemoryNeverGivesAWrongText) {
 
 TEST_F(SystemProperty, AnAnswerWithoutABufferIsLogged) {
     CClusterResource resource;
-    Open(resource, L"EVS1 IP");
+    cluster.Open(resource, L"EVS1 IP");
     const auto noMemory = PatchImport(kernel32, LocalAlloc, [](UINT, SIZE_T) -> HLOCAL { return nullptr; });
     const auto patch = PatchImport(clusapi, ClusterResourceControl,
                                    [](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD cb) -> DWORD {
@@ -272,17 +272,18 @@ TEST_F(SystemProperty, AnAnswerWithoutABufferIsLogged) {
 // Disk device
 // ----------------------------------------------------------------------------------------------------------------
 
-class DiskDevice : public OpenClusterTest {
+class DiskDevice : public ClusterTest {
 protected:
     // What the disk's device is when its information consists of these bytes.
     std::wstring DeviceIn(const Bytes& bytes) {
         CClusterResource resource;
-        Open(resource, L"EVS1 Disk");
+        cluster.Open(resource, L"EVS1 Disk");
         const ControlAnswer answer(bytes);
         const wchar_t* const text = resource.GetSystemStringProperty(Res::RES_PROP_DISK_DEVICE, false);
         return text ? text : L"(null)";
     }
 
+    OpenedCluster cluster{*this};
     const Bytes signature = Entry(0x00050002, {1, 2, 3, 4});
     const Bytes endMark = Bytes(4);
 };
@@ -300,9 +301,9 @@ TEST_F(DiskDevice, FollowsEntriesWhoseLengthIsPadded) {
 TEST_F(DiskDevice, WithoutAPartitionIsTheTextAtTheStartOfTheInformation) {
     EXPECT_EQ(DeviceIn(Concat({signature, endMark})), std::wstring({0x0002, 0x0005, 0x0004}));
     EXPECT_EQ(TakeLog(), "");
-    LoadAndOpen(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Disk("D", std::vector<std::string>{}));
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").Disk("D", std::vector<std::string>{}));
     CClusterResource resource;
-    Open(resource, L"D");
+    cluster.Open(resource, L"D");
     const wchar_t* const text = resource.GetSystemStringProperty(Res::RES_PROP_DISK_DEVICE, false);
     ASSERT_NE(text, nullptr);
     EXPECT_EQ(std::wstring(text), std::wstring({0x0002, 0x0005, 0x0004}));

@@ -5,10 +5,10 @@ using namespace harness;
 
 namespace {
 
-class DiskDeviceName : public DiskTest {};
+using DiskDeviceName = DiskTest;
 
 TEST_F(DiskDeviceName, ADriveBecomesItsRoot) {
-    EXPECT_EQ(PathsOf({"F:"}), Paths{L"F:\\"});
+    EXPECT_EQ(disk.PathsOf({"F:"}), Paths{L"F:\\"});
     EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: F:",
                                 EnterTranslation, "I sDeviceName F:\\ is a valid path, skip translation.",
                                 LeaveTranslation, "I device name translted to: F:\\", LeaveLetters}));
@@ -17,20 +17,20 @@ TEST_F(DiskDeviceName, ADriveBecomesItsRoot) {
 }
 
 TEST_F(DiskDeviceName, ADriveRootStaysAsItIs) {
-    EXPECT_EQ(PathsOf({"F:\\"}), Paths{L"F:\\"});
+    EXPECT_EQ(disk.PathsOf({"F:\\"}), Paths{L"F:\\"});
     EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: F:\\",
                                 EnterTranslation, "I sDeviceName F:\\ is a valid path, skip translation.",
                                 LeaveTranslation, "I device name translted to: F:\\", LeaveLetters}));
 }
 
 TEST_F(DiskDeviceName, AMountFolderIsAPath) {
-    EXPECT_EQ(PathsOf({"F:\\Mail Data"}), Paths{L"F:\\Mail Data\\"});
-    EXPECT_EQ(PathsOf({"F:\\Mail Data\\"}), Paths{L"F:\\Mail Data\\"});
-    EXPECT_EQ(volumes.Loads(), 0);
+    EXPECT_EQ(disk.PathsOf({"F:\\Mail Data"}), Paths{L"F:\\Mail Data\\"});
+    EXPECT_EQ(disk.PathsOf({"F:\\Mail Data\\"}), Paths{L"F:\\Mail Data\\"});
+    EXPECT_EQ(disk.volumes.Loads(), 0);
 }
 
 TEST_F(DiskDeviceName, DiskAndPartitionLeadToTheFirstMountPathOfTheVolume) {
-    EXPECT_EQ(PathsOf({"Disk1Partition2"}), Paths{L"G:\\"});
+    EXPECT_EQ(disk.PathsOf({"Disk1Partition2"}), Paths{L"G:\\"});
     EXPECT_EQ(TakeLog(),
               Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: Disk1Partition2",
                      EnterTranslation, "I Translating device name Disk1Partition2\\.",
@@ -45,7 +45,7 @@ TEST_F(DiskDeviceName, DiskAndPartitionLeadToTheFirstMountPathOfTheVolume) {
 }
 
 TEST_F(DiskDeviceName, DiskAndPartitionMayEndInABackslash) {
-    EXPECT_EQ(PathsOf({"Disk1Partition2\\"}), Paths{L"G:\\"});
+    EXPECT_EQ(disk.PathsOf({"Disk1Partition2\\"}), Paths{L"G:\\"});
     EXPECT_EQ(TakeLog(),
               Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: Disk1Partition2\\",
                      EnterTranslation, "I Translating device name Disk1Partition2\\.",
@@ -57,10 +57,10 @@ TEST_F(DiskDeviceName, EveryDigitIsPutInItsPlace) {
     for (char d = '0'; d <= '9'; ++d) {
         for (char p = '0'; p <= '9'; ++p) {
             const std::wstring path{wchar_t(L'A' + (d - '0')), L':', L'\\', wchar_t(p), L'\\'};
-            volumes.Add(std::wstring(L"\\\\?\\GLOBALROOT\\device\\Harddisk") + wchar_t(d) + L"\\Partition" +
-                            wchar_t(p) + L"\\",
-                        std::wstring(L"\\\\?\\Volume{") + wchar_t(d) + wchar_t(p) + L"}\\", {path});
-            EXPECT_EQ(PathsOf({std::string("Disk") + d + "Partition" + p}), Paths{path}) << d << p;
+            disk.volumes.Add(std::wstring(L"\\\\?\\GLOBALROOT\\device\\Harddisk") + wchar_t(d) + L"\\Partition" +
+                                 wchar_t(p) + L"\\",
+                             std::wstring(L"\\\\?\\Volume{") + wchar_t(d) + wchar_t(p) + L"}\\", {path});
+            EXPECT_EQ(disk.PathsOf({std::string("Disk") + d + "Partition" + p}), Paths{path}) << d << p;
         }
     }
 }
@@ -89,7 +89,7 @@ TEST_F(DiskDeviceName, AnyOtherNameIsSkipped) {
                                    "1:",
                                    "\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition1",
                                    "Harddisk1Partition1"}) {
-        EXPECT_EQ(PathsOf({name}), Paths{}) << name;
+        EXPECT_EQ(disk.PathsOf({name}), Paths{}) << name;
         const std::string withBackslash = name.back() == '\\' ? name : name + "\\";
         EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: " + name,
                                     EnterTranslation, "I Translating device name " + withBackslash + ".",
@@ -100,14 +100,14 @@ TEST_F(DiskDeviceName, AnyOtherNameIsSkipped) {
 }
 
 TEST_F(DiskDeviceName, AnEmptyNameIsSkippedWithoutABackslash) {
-    EXPECT_EQ(PathsOf({""}), Paths{});
+    EXPECT_EQ(disk.PathsOf({""}), Paths{});
     EXPECT_EQ(TakeLog(),
               Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: ", EnterTranslation,
                      "I Translating device name .", LeaveTranslation, "W translation fail, skip disk", LeaveLetters}));
 }
 
 TEST_F(DiskDeviceName, FormatCharactersAreText) {
-    EXPECT_EQ(PathsOf({"F:\\100%s%n"}), Paths{L"F:\\100%s%n\\"});
+    EXPECT_EQ(disk.PathsOf({"F:\\100%s%n"}), Paths{L"F:\\100%s%n\\"});
     EXPECT_EQ(TakeLog(), Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: F:\\100%s%n",
                                 EnterTranslation, "I sDeviceName F:\\100%s%n\\ is a valid path, skip translation.",
                                 LeaveTranslation, "I device name translted to: F:\\100%s%n\\", LeaveLetters}));

@@ -10,7 +10,7 @@
 
 namespace harness {
 
-typedef std::vector<std::wstring> Paths;
+typedef Names Paths;
 typedef bool (*GetDiskLetters)(HRESOURCE, std::vector<std::wstring>&);
 typedef bool (*GetDiskLetter)(HRESOURCE, wchar_t*, DWORD);
 
@@ -19,41 +19,52 @@ template <typename Function> Function PlainExport(const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(LibraryModule(), name)));
 }
 
-class DiskTest : public OpenClusterTest {
-protected:
-    DiskTest()
-        : volumes(Platform()), letters(PlainExport<GetDiskLetters>("GetDiskLettersFromResource")),
-          letter(PlainExport<GetDiskLetter>("GetDiskLetterFromResource")) {
-        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition2\\", L"\\\\?\\Volume{12}\\", {L"G:\\"});
-        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk0\\Partition9\\", L"\\\\?\\Volume{09}\\",
-                    {L"H:\\Data\\", L"I:\\"});
+// The volumes of Disk1Partition2 and Disk0Partition9.
+inline void AddKnownVolumes(VolumeManager& volumes) {
+    volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition2\\", L"\\\\?\\Volume{12}\\", {L"G:\\"});
+    volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk0\\Partition9\\", L"\\\\?\\Volume{09}\\",
+                {L"H:\\Data\\", L"I:\\"});
+}
+
+// The disk resource of a test, on a system with the known volumes; closed before the audit.
+class ClusterDisk : public CClusterResource {
+public:
+    explicit ClusterDisk(ClusterTest& test)
+        : volumes(test.Platform()), letters(PlainExport<GetDiskLetters>("GetDiskLettersFromResource")),
+          letter(PlainExport<GetDiskLetter>("GetDiskLetterFromResource")), m_cluster(test) {
+        AddKnownVolumes(volumes);
+        test.AtEnd([this] {
+            EXPECT_EQ(volumes.LibrariesHeld(), 0);
+            Close();
+        });
     }
 
-    // The disk resource of the test, with one partition per device name.
-    void GivenDisk(const std::vector<std::string>& devices) {
-        disk.Close();
-        LoadAndOpen(GivenCluster().Node("NODE-A").Group("EVS1", "NODE-A").Disk("Disk", devices));
-        Open(disk, L"Disk");
+    // From now on it has one partition per device name.
+    void Load(const std::vector<std::string>& devices) {
+        Close();
+        m_cluster.Load(GivenCluster().Node("NODE-A").Group("EVS1", "NODE-A").Disk("Disk", devices));
+        m_cluster.Open(*this, L"Disk");
     }
 
-    // What the disk's paths are appended to is empty.
+    // The paths of such a disk.
     Paths PathsOf(const std::vector<std::string>& devices) {
-        GivenDisk(devices);
+        Load(devices);
         Paths paths;
-        EXPECT_TRUE(letters(disk.GetResourceHandle(), paths));
+        EXPECT_TRUE(letters(GetResourceHandle(), paths));
         return paths;
     }
 
-    void TearDown() override {
-        EXPECT_EQ(volumes.LibrariesHeld(), 0);
-        disk.Close();
-        OpenClusterTest::TearDown();
-    }
-
     VolumeManager volumes;
-    GetDiskLetters letters;
-    GetDiskLetter letter;
-    CClusterResource disk;
+    const GetDiskLetters letters;
+    const GetDiskLetter letter;
+
+private:
+    OpenedCluster m_cluster;
+};
+
+class DiskTest : public ClusterTest {
+protected:
+    ClusterDisk disk{*this};
 };
 
 const char EnterLetters[] = "> GetDiskLettersFromResource";

@@ -16,11 +16,11 @@ struct DiskAnswer {
 
 struct DiskAnswerTag;
 
-class DiskInfo : public DiskTest {
+class DiskInfo : public ClusterTest {
 protected:
     // Calls the function with a disk of the given answers; `calls` counts them.
     bool LettersOf(const DiskAnswer& answer, Paths& paths) {
-        GivenDisk({});
+        disk.Load({});
         calls = 0;
         const ImportPatch<DWORD(HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID, DWORD, LPDWORD), DiskAnswerTag> patch(
             FindImports(LibraryModule(), "clusapi.dll", "ClusterResourceControl"),
@@ -42,7 +42,7 @@ protected:
                 *cb = answer.size;
                 return answer.code;
             });
-        return letters(disk.GetResourceHandle(), paths);
+        return disk.letters(disk.GetResourceHandle(), paths);
     }
 
     Paths PathsIn(const Bytes& bytes) {
@@ -55,13 +55,12 @@ protected:
         return paths;
     }
 
+    ClusterDisk disk{*this};
     int calls = 0;
 };
 
 Bytes EndMark() {
-    Bytes bytes;
-    bytes += DWORD(0);
-    return bytes;
+    return NumberBytes(0);
 }
 
 std::vector<std::string> LogOf(const std::vector<std::string>& devices) {
@@ -143,9 +142,9 @@ TEST_F(DiskInfo, ASizeBeyondTheBufferIsNotBelieved) {
 }
 
 TEST_F(DiskInfo, TheRequestsGoToTheClusterTwice) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     Paths paths;
-    EXPECT_TRUE(letters(disk.GetResourceHandle(), paths));
+    EXPECT_TRUE(disk.letters(disk.GetResourceHandle(), paths));
     EXPECT_EQ(Cluster().CallCount("ClusterResourceControl"), 2u);
     EXPECT_EQ(TakeJournal(), Lines({"ClusterResourceControl(Disk,STORAGE_GET_DISK_INFO,0)=234",
                                     "ClusterResourceControl(Disk,STORAGE_GET_DISK_INFO,1168)"}));
@@ -156,8 +155,8 @@ TEST_F(DiskInfo, TheRequestsGoToTheClusterTwice) {
 
 TEST_F(DiskInfo, EveryPartitionGivesAPathInOrder) {
     Paths paths{L"before"};
-    GivenDisk({"G:", "Disk12Partition1", "F:"});
-    EXPECT_TRUE(letters(disk.GetResourceHandle(), paths));
+    disk.Load({"G:", "Disk12Partition1", "F:"});
+    EXPECT_TRUE(disk.letters(disk.GetResourceHandle(), paths));
     EXPECT_EQ(paths, (Paths{L"before", L"G:\\", L"F:\\"}));
     EXPECT_EQ(TakeLog(),
               Lines({EnterLetters, "I ParseDeviceNamefromPartitionInfo_(), got device name: G:", EnterTranslation,
@@ -171,10 +170,10 @@ TEST_F(DiskInfo, EveryPartitionGivesAPathInOrder) {
 }
 
 TEST_F(DiskInfo, PathsAreAppendedAgainAtEveryCall) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     Paths paths;
-    EXPECT_TRUE(letters(disk.GetResourceHandle(), paths));
-    EXPECT_TRUE(letters(disk.GetResourceHandle(), paths));
+    EXPECT_TRUE(disk.letters(disk.GetResourceHandle(), paths));
+    EXPECT_TRUE(disk.letters(disk.GetResourceHandle(), paths));
     EXPECT_EQ(paths, (Paths{L"F:\\", L"F:\\"}));
 }
 
@@ -234,10 +233,10 @@ TEST_F(DiskInfo, ANameMayUseItsWholeEntry) {
 }
 
 TEST_F(DiskInfo, LinesCarryTheirLevelsAndTheSourceTagOfTheDiskPaths) {
-    GivenDisk({"F:", "x"});
+    disk.Load({"F:", "x"});
     Guarded<wchar_t, 8> buffer;
     ASSERT_EQ(Log().Entries().size(), 0u);
-    EXPECT_TRUE(letter(disk.GetResourceHandle(), buffer.get(), 8));
+    EXPECT_TRUE(disk.letter(disk.GetResourceHandle(), buffer.get(), 8));
     std::vector<unsigned> levels;
     for (const LogLine& line : Log().Entries()) {
         levels.push_back(line.level);

@@ -5,16 +5,18 @@ using namespace harness;
 
 namespace {
 
-class DiskLetter : public DiskTest {
+class DiskLetter : public ClusterTest {
 protected:
     bool Letter(Guarded<wchar_t, 8>& buffer, DWORD cch) {
-        const bool result = letter(disk.GetResourceHandle(), buffer.get(), cch);
+        const bool result = disk.letter(disk.GetResourceHandle(), buffer.get(), cch);
         EXPECT_TRUE(buffer.GuardsIntact());
         for (DWORD i = cch; i < 8; ++i) {
             EXPECT_TRUE(buffer.Untouched(i)) << i;
         }
         return result;
     }
+
+    ClusterDisk disk{*this};
 };
 
 const wchar_t Poison = 0xcccc;
@@ -28,7 +30,7 @@ TEST(DiskPathExports, StandUnderTheirPlainNames) {
 }
 
 TEST_F(DiskLetter, IsTheFirstPath) {
-    GivenDisk({"F:", "G:"});
+    disk.Load({"F:", "G:"});
     Guarded<wchar_t, 8> buffer;
     EXPECT_TRUE(Letter(buffer, 8));
     EXPECT_STREQ(buffer.get(), L"F:\\");
@@ -46,21 +48,21 @@ TEST_F(DiskLetter, IsTheFirstPath) {
 }
 
 TEST_F(DiskLetter, IsTheFirstPathThatCouldBeTranslated) {
-    GivenDisk({"Disk12Partition1", "Disk1Partition2", "F:"});
+    disk.Load({"Disk12Partition1", "Disk1Partition2", "F:"});
     Guarded<wchar_t, 8> buffer;
     EXPECT_TRUE(Letter(buffer, 8));
     EXPECT_STREQ(buffer.get(), L"G:\\");
 }
 
 TEST_F(DiskLetter, FitsExactly) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     Guarded<wchar_t, 8> buffer;
     EXPECT_TRUE(Letter(buffer, 4));
     EXPECT_STREQ(buffer.get(), L"F:\\");
 }
 
 TEST_F(DiskLetter, IsCutWhenTheBufferIsShort) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     const std::vector<std::wstring> cut{L"", L"F", L"F:"};
     for (DWORD cch = 1; cch <= 3; ++cch) {
         Guarded<wchar_t, 8> buffer;
@@ -76,14 +78,14 @@ TEST_F(DiskLetter, IsCutWhenTheBufferIsShort) {
 }
 
 TEST_F(DiskLetter, ABufferWithoutRoomStaysAsItIs) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     Guarded<wchar_t, 8> buffer;
     EXPECT_FALSE(Letter(buffer, 0));
-    EXPECT_FALSE(letter(disk.GetResourceHandle(), nullptr, 0));
+    EXPECT_FALSE(disk.letter(disk.GetResourceHandle(), nullptr, 0));
 }
 
 TEST_F(DiskLetter, ADiskWithoutTranslatablePartitionGivesNone) {
-    GivenDisk({"Disk12Partition1"});
+    disk.Load({"Disk12Partition1"});
     Guarded<wchar_t, 8> buffer;
     EXPECT_FALSE(Letter(buffer, 8));
     EXPECT_EQ(buffer[0], Poison);
@@ -95,7 +97,7 @@ TEST_F(DiskLetter, ADiskWithoutTranslatablePartitionGivesNone) {
 }
 
 TEST_F(DiskLetter, ADiskWithoutPartitionGivesNone) {
-    GivenDisk({});
+    disk.Load({});
     Guarded<wchar_t, 8> buffer;
     EXPECT_FALSE(Letter(buffer, 8));
     EXPECT_TRUE(buffer.Untouched(0) && buffer.Untouched(7));
@@ -104,7 +106,7 @@ TEST_F(DiskLetter, ADiskWithoutPartitionGivesNone) {
 }
 
 TEST_F(DiskLetter, AFailingDiskLeavesTheBufferAsItIs) {
-    GivenDisk({"F:"});
+    disk.Load({"F:"});
     Platform().FailCall("ClusterResourceControl", ERROR_NOT_READY);
     Guarded<wchar_t, 8> buffer;
     EXPECT_FALSE(Letter(buffer, 8));

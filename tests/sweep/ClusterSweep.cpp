@@ -8,11 +8,7 @@ namespace {
 
 typedef CClusterResource Res;
 
-std::string Text(bool result) {
-    return result ? "true" : "false";
-}
-
-std::string Text(const Names& names) {
+std::string Count(const NameList& names) {
     return std::to_string(names.size());
 }
 
@@ -93,7 +89,7 @@ TEST_F(ClusterSweep, GetClusterNameResourceGUID) {
             std::wstring name = L"n";
             std::wstring id = L"i";
             const bool result = CCluster::GetClusterNameResourceGUID(name, id);
-            return result == (name == L"EXCLUS") && result == (id != L"i") ? Text(result) : std::string("half");
+            return result == (name == L"EXCLUS") && result == (id != L"i") ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -103,8 +99,8 @@ TEST_F(ClusterSweep, EnumNames) {
          {CCluster::CCLUSTER_OBJ_RESOURCE, CCluster::CCLUSTER_OBJ_NODE, CCluster::CCLUSTER_OBJ_GROUP}) {
         SweepCluster(
             [kind](CCluster& cluster) {
-                Names names;
-                return Text(cluster.EnumNames(kind, names));
+                NameList names;
+                return TrueOrFalse(cluster.EnumNames(kind, names));
             },
             "true");
     }
@@ -113,8 +109,8 @@ TEST_F(ClusterSweep, EnumNames) {
 TEST_F(ClusterSweep, EnumResourceNamesByType) {
     SweepCluster(
         [](CCluster& cluster) {
-            Names names;
-            return cluster.EnumResourceNamesByType(L"Network Name", names) ? Text(names) : std::string("false");
+            NameList names;
+            return cluster.EnumResourceNamesByType(L"Network Name", names) ? Count(names) : std::string("false");
         },
         "2", {"false", "0", "1"});
 }
@@ -124,7 +120,7 @@ TEST_F(ClusterSweep, OpenNodeByName) {
         [](CCluster& cluster) {
             CClusterNode node;
             const bool result = cluster.OpenNodeByName(node, L"NODE-B");
-            return result == (node.GetNodeHandle() != nullptr) ? Text(result) : std::string("half");
+            return result == (node.GetNodeHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -134,7 +130,7 @@ TEST_F(ClusterSweep, OpenNetworkNameResourceByNetworkName) {
         [](CCluster& cluster) {
             Res resource;
             const bool result = cluster.OpenNetworkNameResourceByNetworkName(resource, L"evs1");
-            return result == (resource.GetResourceHandle() != nullptr) ? Text(result) : std::string("half");
+            return result == (resource.GetResourceHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -144,7 +140,7 @@ TEST_F(ClusterSweep, OpenGroupByNetworkName) {
         [](CCluster& cluster) {
             CClusterGroup group;
             const bool result = cluster.OpenGroupByNetworkName(group, L"evs1");
-            return result == (group.GetGroupHandle() != nullptr) ? Text(result) : std::string("half");
+            return result == (group.GetGroupHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -153,7 +149,7 @@ TEST_F(ClusterSweep, CreateResource) {
     SweepGroup(
         [](CCluster&, CClusterGroup& group) {
             Res resource;
-            return Text(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
+            return TrueOrFalse(CCluster::CreateResource(group, resource, L"EVS1 IP 2", L"IP Address"));
         },
         "true");
 }
@@ -176,7 +172,7 @@ TEST_F(ClusterSweep, IsOnlineOnCurrentNode) {
         L"EVS1 IP",
         [](Res& resource) {
             std::wstring group;
-            return Text(resource.IsOnlineOnCurrentNode(&group));
+            return TrueOrFalse(resource.IsOnlineOnCurrentNode(&group));
         },
         "true");
 }
@@ -186,7 +182,7 @@ TEST_F(ClusterSweep, IsOnCurrentNode) {
         L"EVS1 IP",
         [](Res& resource) {
             std::wstring group;
-            return Text(resource.IsOnCurrentNode(&group));
+            return TrueOrFalse(resource.IsOnCurrentNode(&group));
         },
         "true");
 }
@@ -203,7 +199,8 @@ TEST_F(ClusterSweep, OnlineAndOfflineResource) {
 TEST_F(ClusterSweep, GetSystemStringProperty) {
     for (const auto id : {Res::RES_PROP_NAME, Res::RES_PROP_TYPE, Res::RES_PROP_NETWORK_NAME, Res::RES_PROP_GUID}) {
         SweepResource(
-            L"EVS1 Name", [id](Res& resource) { return Text(resource.GetSystemStringProperty(id, false) != nullptr); },
+            L"EVS1 Name",
+            [id](Res& resource) { return TrueOrFalse(resource.GetSystemStringProperty(id, false) != nullptr); },
             "true");
     }
     SweepResource(
@@ -233,7 +230,7 @@ TEST_F(ClusterSweep, GetPrivateDWORDProperty) {
         [](Res& resource) {
             DWORD value = 77;
             const bool result = resource.GetPrivateDWORDProperty(L"Id", value);
-            return result == (value == 3) ? Text(result) : std::string("half");
+            return result == (value == 3) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -242,7 +239,7 @@ TEST_F(ClusterSweep, SetDWORDProperty) {
     SweepResource(
         L"EVS1 Store",
         [](Res& resource) {
-            return Text(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1));
+            return TrueOrFalse(resource.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, L"RestartAction", 1));
         },
         "true");
 }
@@ -255,7 +252,7 @@ TEST_F(ClusterSweep, AddDependency) {
             if (!cluster.OpenResourceByName(store, L"EVS1 Store") || !cluster.OpenResourceByName(address, L"EVS1 IP")) {
                 return std::string("not open");
             }
-            return Text(store.AddDependency(address.GetResourceHandle()));
+            return TrueOrFalse(store.AddDependency(address.GetResourceHandle()));
         },
         "true");
 }
@@ -278,7 +275,7 @@ TEST_F(ClusterSweep, DeleteResource) {
         L"EVS1 Store",
         [](Res& resource) {
             const bool result = resource.DeleteResource();
-            return result == (resource.GetResourceHandle() == nullptr) ? Text(result) : std::string("half");
+            return result == (resource.GetResourceHandle() == nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -289,7 +286,7 @@ TEST_F(ClusterSweep, GetResourceStorageDependency) {
         [](Res& resource) {
             Res storage;
             const bool result = resource.GetResourceStorageDependency(storage);
-            return result == (storage.GetResourceHandle() != nullptr) ? Text(result) : std::string("half");
+            return result == (storage.GetResourceHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -300,7 +297,7 @@ TEST_F(ClusterSweep, GetResourceDependencyByType) {
         [](Res& resource) {
             Res found;
             const bool result = resource.GetResourceDependencyByType(found, L"Network Name");
-            return result == (found.GetResourceHandle() != nullptr) ? Text(result) : std::string("half");
+            return result == (found.GetResourceHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
 }
@@ -321,8 +318,8 @@ TEST_F(ClusterSweep, EnumNamesOfAResource) {
         SweepResource(
             L"EVS1 Name",
             [kind](Res& resource) {
-                Names names;
-                return Text(resource.EnumNames(kind, names));
+                NameList names;
+                return TrueOrFalse(resource.EnumNames(kind, names));
             },
             "true");
     }
@@ -334,8 +331,8 @@ TEST_F(ClusterSweep, EnumNamesOfAResource) {
 TEST_F(ClusterSweep, EnumResourceNamesInGroup) {
     SweepGroup(
         [](CCluster&, CClusterGroup& group) {
-            Names names;
-            return Text(group.EnumResourceNamesInGroup(names));
+            NameList names;
+            return TrueOrFalse(group.EnumResourceNamesInGroup(names));
         },
         "true");
 }
@@ -343,8 +340,8 @@ TEST_F(ClusterSweep, EnumResourceNamesInGroup) {
 TEST_F(ClusterSweep, EnumResourceNamesInGroupByType) {
     SweepGroup(
         [](CCluster& cluster, CClusterGroup& group) {
-            Names names;
-            return group.EnumResourceNamesInGroupByType(cluster, names, L"Network Name") ? Text(names)
+            NameList names;
+            return group.EnumResourceNamesInGroupByType(cluster, names, L"Network Name") ? Count(names)
                                                                                          : std::string("false");
         },
         "1", {"false", "0"});
@@ -353,8 +350,8 @@ TEST_F(ClusterSweep, EnumResourceNamesInGroupByType) {
 TEST_F(ClusterSweep, EnumStorageResourceNamesInGroup) {
     SweepGroup(
         [](CCluster& cluster, CClusterGroup& group) {
-            Names names;
-            return group.EnumStorageResourceNamesInGroup(cluster, names) ? Text(names) : std::string("false");
+            NameList names;
+            return group.EnumStorageResourceNamesInGroup(cluster, names) ? Count(names) : std::string("false");
         },
         "1", {"0"});
 }

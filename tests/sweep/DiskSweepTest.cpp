@@ -11,9 +11,7 @@ const char* const Devices[] = {"F:", "Disk1Partition2", "nothing", "Disk0Partiti
 class DiskSweep : public ClusterTest {
 protected:
     DiskSweep() : volumes(Platform()) {
-        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk1\\Partition2\\", L"\\\\?\\Volume{12}\\", {L"G:\\"});
-        volumes.Add(L"\\\\?\\GLOBALROOT\\device\\Harddisk0\\Partition9\\", L"\\\\?\\Volume{09}\\",
-                    {L"H:\\Data\\", L"I:\\"});
+        AddKnownVolumes(volumes);
     }
 
     // Sweeps an operation on the opened disk. With a fault the result is one of `faulted`, or the good one.
@@ -55,11 +53,7 @@ TEST_F(DiskSweep, GetDiskLettersFromResource) {
         [](HRESOURCE disk) {
             Paths paths{L"before"};
             const bool result = ::GetDiskLettersFromResource(disk, paths);
-            std::string text = result ? "true" : "false";
-            for (const std::wstring& path : paths) {
-                text += " " + Utf8(path);
-            }
-            return text;
+            return TrueOrFalse(result) + Spaced(paths);
         },
         "true before F:\\ G:\\ H:\\Data\\",
         {"false before", "true before F:\\", "true before F:\\ G:\\", "true before F:\\ H:\\Data\\"});
