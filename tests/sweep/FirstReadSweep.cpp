@@ -1,6 +1,6 @@
 // What is read once per process, with each platform call and allocation of the first reading failing. Every test is a
 // process of its own, so each one has a first reading.
-#include "SettingsFixture.h"
+#include "SettingsFiles.h"
 
 #include <new>
 #include <thread>
@@ -18,11 +18,10 @@ enum class What {
     Allocation
 };
 
-class FirstReadSweep : public SettingsTest,
-                       public ::testing::WithParamInterface<std::tuple<What, unsigned, FaultMode>> {
+class FirstReadSweep : public HostTest, public ::testing::WithParamInterface<std::tuple<What, unsigned, FaultMode>> {
 protected:
     FirstReadSweep() {
-        WriteConfig(std::string("# product key\r\n") + SettingsEntry);
+        files.WriteConfig(std::string("# product key\r\n") + SettingsEntry);
         Registry().SetNumber(L"SOFTWARE\\Other", L"IsCluster", 1);
         Forget();
     }
@@ -40,6 +39,8 @@ protected:
         Platform().FailNthCall(0, FaultMode::Once, 0);
         Heap().FailAllocation(0, FaultMode::Once);
     }
+
+    SettingsFiles files{*this};
 };
 
 TEST_P(FirstReadSweep, LeavesNoLockHeldAndNoHalfAnswer) {

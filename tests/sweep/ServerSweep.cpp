@@ -12,44 +12,38 @@ using namespace harness;
 
 namespace {
 
-class ServerSweep : public ServerTest {
-protected:
-    // With a fault the result is one of `faulted`, or the good one.
-    void SweepServers(const std::function<std::string()>& operation, const std::string& good,
-                      std::vector<std::string> faulted, bool clustered = true) {
-        PlainServer();
-        Registry().SetNumber(ProductKey, L"ClusterQuorumMode", 2);
-        Registry().SetText(ProductKey, L"DataRootPath", L"D:\\Data");
-        Registry().SetNumber(ProductKey, L"IsCluster", clustered ? 1 : 0);
-        // Read once per process: settled before the first fault.
-        ASSERT_EQ(Util::CheckIsClusterByRegKey(), clustered);
-        faulted.push_back(good);
-        Sweep sweep;
-        sweep.prepare = [this] {
-            ModelBuilder model = ThreeServers();
-            model.Resource("Store", "Microsoft Exchange Information Store");
-            model.Resource("SMTP", "Microsoft Exchange SMTP Server Instance").Private("ProtocolInstanceId", 9u);
-            AddServer(model, "EVS4", "NODE-A", "192.0.2.4");
-            model.Resource("Store 4", "Microsoft Exchange Information Store");
-            model.Resource("SMTP 4", "Microsoft Exchange SMTP Server Instance").Private("ProtocolInstanceId", 4u);
-            Load(model);
-        };
-        sweep.body = operation;
-        sweep.check = [&](const SweepRun& run) {
-            if (!run.faulted) {
-                EXPECT_EQ(run.result, good);
-            } else if (!run.threw) {
-                EXPECT_THAT(faulted, ::testing::Contains(run.result)) << run.fault;
-            }
-        };
-        FaultSweep(*this, sweep);
-    }
-};
+using ServerSweep = ServerTest;
 
-std::string Text(bool result) {
-    return result ? "true" : "false";
+// With a fault the result is one of `faulted`, or the good one.
+void SweepServers(ServerTest& test, const std::function<std::string()>& operation, const std::string& good,
+                  Texts faulted, bool clustered = true) {
+    test.PlainServer();
+    test.Registry().SetNumber(ProductKey, L"ClusterQuorumMode", 2);
+    test.Registry().SetText(ProductKey, L"DataRootPath", L"D:\\Data");
+    test.Registry().SetNumber(ProductKey, L"IsCluster", clustered ? 1 : 0);
+    // Read once per process: settled before the first fault.
+    ASSERT_EQ(Util::CheckIsClusterByRegKey(), clustered);
+    faulted.push_back(good);
+    Sweep sweep;
+    sweep.prepare = [&test] {
+        ModelBuilder model = ThreeServers();
+        model.Resource("Store", StoreType);
+        model.Resource("SMTP", SmtpType).Private("ProtocolInstanceId", 9u);
+        AddServer(model, "EVS4", "NODE-A", "192.0.2.4");
+        model.Resource("Store 4", StoreType);
+        model.Resource("SMTP 4", SmtpType).Private("ProtocolInstanceId", 4u);
+        test.Load(model);
+    };
+    sweep.body = operation;
+    sweep.check = [&](const SweepRun& run) {
+        if (!run.faulted) {
+            EXPECT_EQ(run.result, good);
+        } else if (!run.threw) {
+            EXPECT_THAT(faulted, ::testing::Contains(run.result)) << run.fault;
+        }
+    };
+    FaultSweep(test, sweep);
 }
-
 // Result, count, and the names found.
 std::string Servers(Info* records, int room) {
     Util util;
@@ -64,61 +58,64 @@ std::string Servers(Info* records, int room) {
 
 TEST_F(ServerSweep, PlainServer) {
     static Info record;
-    SweepServers([] { return Servers(&record, 1); }, "0 1 NODE-A", {"0 1 "}, false);
+    SweepServers(
+        *this, [] { return Servers(&record, 1); }, "0 1 NODE-A", {"0 1 "}, false);
 }
 
 TEST_F(ServerSweep, CountOfServers) {
-    SweepServers([] { return Servers(nullptr, 0); }, "1 3", {"2 0", "1 2", "1 1", "1 0"});
+    SweepServers(*this, [] { return Servers(nullptr, 0); }, "1 3", {"2 0", "1 2", "1 1", "1 0"});
 }
 
 TEST_F(ServerSweep, ListOfServers) {
     static Info records[4];
-    SweepServers([] { return Servers(records, 4); }, "0 3 EVS1 EVS2 EVS4",
+    SweepServers(*this, [] { return Servers(records, 4); }, "0 3 EVS1 EVS2 EVS4",
                  {"2 4", "0 2 EVS2 EVS4", "0 2 EVS1 EVS4", "0 2 EVS1 EVS2", "0 1 EVS1", "0 2 EVS1 EVS2", "0 0"});
 }
 
 TEST_F(ServerSweep, QueryServerInfo) {
-    SweepServers(
-        [] {
-            Util util;
-            CClusterVirtualServerLookupRequest request;
-            request.m_wsNameOrIP = L"EVS4";
-            Info info;
-            return Text(util.QueryServerInfo(request, info));
-        },
-        "true", {"false"});
+    SweepServers(*this,
+                 [] {
+                     Util util;
+                     CClusterVirtualServerLookupRequest request;
+                     request.m_wsNameOrIP = L"EVS4";
+                     Info info;
+                     return TrueOrFalse(util.QueryServerInfo(request, info));
+                 },
+                 "true", {"false"});
 }
 
 TEST_F(ServerSweep, GetVirtualServerInfo) {
-    SweepServers(
-        [] {
-            CCluster cluster;
-            CClusterResource resource;
-            if (!cluster.OpenByLPC() || !cluster.OpenResourceByName(resource, L"EVS4 Product")) {
-                return std::string("not open");
-            }
-            Info info;
-            return Text(Util::GetVirtualServerInfo(resource.GetResourceHandle(), info, true, true));
-        },
-        "true", {"false", "not open"});
+    SweepServers(*this,
+                 [] {
+                     CCluster cluster;
+                     CClusterResource resource;
+                     if (!cluster.OpenByLPC() || !cluster.OpenResourceByName(resource, L"EVS4 Product")) {
+                         return std::string("not open");
+                     }
+                     Info info;
+                     return TrueOrFalse(Util::GetVirtualServerInfo(resource.GetResourceHandle(), info, true, true));
+                 },
+                 "true", {"false", "not open"});
 }
 
 TEST_F(ServerSweep, GetSMTPInstanceInfo) {
-    SweepServers(
-        [] {
-            Info info;
-            const bool result = Util::GetSMTPInstanceInfo(L"EVS4", info);
-            return Text(result) + " " + std::to_string(info.m_nSmtpInstanceCount);
-        },
-        "true 1", {"false -1", "false 0", "true 0"});
+    SweepServers(*this,
+                 [] {
+                     Info info;
+                     const bool result = Util::GetSMTPInstanceInfo(L"EVS4", info);
+                     return TrueOrFalse(result) + " " + std::to_string(info.m_nSmtpInstanceCount);
+                 },
+                 "true 1", {"false -1", "false 0", "true 0"});
 }
 
 TEST_F(ServerSweep, AtLeastOneExchangeResourceDLLOnlineOnCurrentNode) {
-    SweepServers([] { return Text(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode()); }, "true", {"false"});
+    SweepServers(*this, [] { return TrueOrFalse(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode()); }, "true",
+                 {"false"});
 }
 
 TEST_F(ServerSweep, ConstructorAndDestructorOnAPlainServer) {
     SweepServers(
+        *this,
         [] {
             { const Util util; }
             return std::string("done");
@@ -147,7 +144,7 @@ TEST_F(ServerSweep, QueryIISSiteID) {
     const int iisServerType = 0;
     const int siteId = 7;
     const WebServerStandIn webServer(Platform(), iisServerType, siteId);
-    SweepServers([] { return std::to_string(Util::QueryIISSiteID()); }, "7", {"-1"});
+    SweepServers(*this, [] { return std::to_string(Util::QueryIISSiteID()); }, "7", {"-1"});
 }
 
 TEST_F(ServerSweep, IsTheSameVirtualServer) {
@@ -155,35 +152,35 @@ TEST_F(ServerSweep, IsTheSameVirtualServer) {
     hostent host = {};
     host.h_name = name;
     const auto resolver = PatchImport(ws2_32, gethostbyaddr, [&](const char*, int, int) -> hostent* { return &host; });
-    SweepServers(
-        [] {
-            Util util;
-            Info info;
-            std::wcscpy(info.m_wsServerName, L"NODE-A");
-            return Text(util.IsTheSameVirtualServer(L"localhost", info)) +
-                   Text(util.IsTheSameVirtualServer(L"192.0.2.99", info));
-        },
-        "truefalse", {"falsefalse"});
+    SweepServers(*this,
+                 [] {
+                     Util util;
+                     Info info;
+                     std::wcscpy(info.m_wsServerName, L"NODE-A");
+                     return TrueOrFalse(util.IsTheSameVirtualServer(L"localhost", info)) +
+                            TrueOrFalse(util.IsTheSameVirtualServer(L"192.0.2.99", info));
+                 },
+                 "truefalse", {"falsefalse"});
 }
 
 TEST_F(ServerSweep, GetClusterQuorumModeByRegKey) {
-    SweepServers([] { return std::to_string(Util::GetClusterQuorumModeByRegKey()); }, "2", {"0"});
+    SweepServers(*this, [] { return std::to_string(Util::GetClusterQuorumModeByRegKey()); }, "2", {"0"});
 }
 
 TEST_F(ServerSweep, GetDataRootPath) {
-    SweepServers([] { return Utf8(Util::GetDataRootPath()); }, "D:\\Data", {""});
+    SweepServers(*this, [] { return Utf8(Util::GetDataRootPath()); }, "D:\\Data", {""});
 }
 
 TEST_F(ServerSweep, GetNormalServerInfo) {
-    SweepServers(
-        [] {
-            Info info;
-            const bool result = Util::GetNormalServerInfo(info);
-            return Text(result) + " " + Utf8(info.m_wsServerIP) + " " + Utf8(info.m_wsDataPath);
-        },
-        "true 192.0.2.10 D:\\Data",
-        {"false  ", "true  D:\\Data", "true 127.0.0.1 D:\\Data", "true 192.0.2.10 C:\\Product",
-         "false 192.0.2.10 C:\\Product", "false 127.0.0.1 C:\\Product", "true  "});
+    SweepServers(*this,
+                 [] {
+                     Info info;
+                     const bool result = Util::GetNormalServerInfo(info);
+                     return TrueOrFalse(result) + " " + Utf8(info.m_wsServerIP) + " " + Utf8(info.m_wsDataPath);
+                 },
+                 "true 192.0.2.10 D:\\Data",
+                 {"false  ", "true  D:\\Data", "true 127.0.0.1 D:\\Data", "true 192.0.2.10 C:\\Product",
+                  "false 192.0.2.10 C:\\Product", "false 127.0.0.1 C:\\Product", "true  "});
 }
 
 } // namespace

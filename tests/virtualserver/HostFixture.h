@@ -5,6 +5,7 @@
 #define HOSTFIXTURE_H
 
 #include "ClusterTest.h"
+#include "ProductNames.h"
 
 #include "DebugLog.h"
 
@@ -18,9 +19,6 @@
 
 namespace harness {
 
-const wchar_t DefaultKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
-const std::string DefaultKeyText = "SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
-
 // Members that are for the library and its own tools.
 struct UtilAccess : CVirtualServerUtil {
     using CVirtualServerUtil::GetHomeDir;
@@ -28,11 +26,7 @@ struct UtilAccess : CVirtualServerUtil {
 
 // A machine without a settings file, with a registry of its own, in which the product's key is missing at first.
 class HostTest : public LibraryTest {
-protected:
-    HostTest() {
-        Registry();
-    }
-
+public:
     // What GetModuleFileNameW gives clusutil.dll; empty makes the call fail. No such folder exists.
     void SetHostPath(const std::wstring& path) {
         m_hostPath = path;
@@ -42,15 +36,15 @@ protected:
     }
 
     void SetText(const wchar_t* name, const std::wstring& value) {
-        Registry().SetText(DefaultKey, name, value);
+        Registry().SetText(ProductKey, name, value);
     }
     void SetNumber(const wchar_t* name, DWORD value) {
-        Registry().SetNumber(DefaultKey, name, value);
+        Registry().SetNumber(ProductKey, name, value);
     }
     // Characters as they stand, with a terminator only when `text` has one.
     void SetCharacters(const wchar_t* name, DWORD type, const std::wstring& text) {
         const std::wstring more = text + L'#'; // the platform takes in a terminator that stands right behind
-        Registry().SetBytes(DefaultKey, name, type, more.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
+        Registry().SetBytes(ProductKey, name, type, more.data(), static_cast<DWORD>(text.size() * sizeof(wchar_t)));
     }
 
     // The keys that were opened, with the rights asked for.
@@ -60,6 +54,11 @@ protected:
     };
     std::vector<OpenedKey> TakeOpenedKeys() {
         return std::exchange(m_openedKeys, {});
+    }
+
+protected:
+    HostTest() {
+        Registry();
     }
 
 private:

@@ -11,74 +11,74 @@ const std::string CheckLeave = "< CVirtualServerUtil::CheckIsClusterByRegKey()";
 // The journal of reading one value from the default key; `result` as in "=2".
 std::string Reads(const std::string& value, const std::string& result = "") {
     return Lines(
-        {"RegOpenKeyExW(" + DefaultKeyText + ")", "RegQueryValueExW(" + value + ")" + result, "RegCloseKey()"});
+        {"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(" + value + ")" + result, "RegCloseKey()"});
 }
 
 // IsCluster
 
-class IsClusterTest : public HostTest {
+class IsClusterSetting : public HostTest {
 protected:
     bool Check() {
         return CVirtualServerUtil::CheckIsClusterByRegKey();
     }
 };
 
-TEST_F(IsClusterTest, OneMeansCluster) {
+TEST_F(IsClusterSetting, OneMeansCluster) {
     SetNumber(L"IsCluster", 1);
     EXPECT_TRUE(Check());
     EXPECT_EQ(TakeLog(), Lines({CheckEnter, CheckLeave}));
     EXPECT_EQ(TakeJournal(), Reads("IsCluster"));
 }
 
-TEST_F(IsClusterTest, ZeroMeansPlain) {
+TEST_F(IsClusterSetting, ZeroMeansPlain) {
     SetNumber(L"IsCluster", 0);
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, TwoMeansPlain) {
+TEST_F(IsClusterSetting, TwoMeansPlain) {
     SetNumber(L"IsCluster", 2);
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, AllBitsMeanPlain) {
+TEST_F(IsClusterSetting, AllBitsMeanPlain) {
     SetNumber(L"IsCluster", 0xffffffff);
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, AbsentValueMeansPlain) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(IsClusterSetting, AbsentValueMeansPlain) {
+    Registry().CreateKey(ProductKey);
     EXPECT_FALSE(Check());
     EXPECT_EQ(TakeLog(), Lines({CheckEnter, CheckLeave}));
     EXPECT_EQ(TakeJournal(), Reads("IsCluster", "=2"));
 }
 
-TEST_F(IsClusterTest, TextMeansPlain) {
+TEST_F(IsClusterSetting, TextMeansPlain) {
     SetText(L"IsCluster", L"1");
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, BytesMeanPlain) {
+TEST_F(IsClusterSetting, BytesMeanPlain) {
     const DWORD one = 1;
-    Registry().SetBytes(DefaultKey, L"IsCluster", REG_BINARY, &one, sizeof(one));
+    Registry().SetBytes(ProductKey, L"IsCluster", REG_BINARY, &one, sizeof(one));
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, LongerNumberMeansPlain) {
+TEST_F(IsClusterSetting, LongerNumberMeansPlain) {
     const unsigned long long one = 1;
-    Registry().SetBytes(DefaultKey, L"IsCluster", REG_QWORD, &one, sizeof(one));
+    Registry().SetBytes(ProductKey, L"IsCluster", REG_QWORD, &one, sizeof(one));
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, MissingKeyMeansPlainForTheWholeProcess) {
+TEST_F(IsClusterSetting, MissingKeyMeansPlainForTheWholeProcess) {
     EXPECT_FALSE(Check());
-    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + DefaultKeyText + ")=2"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")=2"}));
     SetNumber(L"IsCluster", 1);
     EXPECT_FALSE(Check());
     EXPECT_EQ(TakeJournal(), "");
     EXPECT_EQ(TakeLog(), Lines({CheckEnter, CheckLeave, CheckEnter, CheckLeave}));
 }
 
-TEST_F(IsClusterTest, ClusterStaysForTheWholeProcess) {
+TEST_F(IsClusterSetting, ClusterStaysForTheWholeProcess) {
     SetNumber(L"IsCluster", 1);
     EXPECT_TRUE(Check());
     SetNumber(L"IsCluster", 0);
@@ -88,32 +88,32 @@ TEST_F(IsClusterTest, ClusterStaysForTheWholeProcess) {
     EXPECT_EQ(TakeLog(), Lines({CheckEnter, CheckLeave}));
 }
 
-TEST_F(IsClusterTest, PlainStaysForTheWholeProcess) {
+TEST_F(IsClusterSetting, PlainStaysForTheWholeProcess) {
     SetNumber(L"IsCluster", 0);
     EXPECT_FALSE(Check());
     SetNumber(L"IsCluster", 1);
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, RefusedKeyMeansPlain) {
+TEST_F(IsClusterSetting, RefusedKeyMeansPlain) {
     SetNumber(L"IsCluster", 1);
     Platform().FailCall("RegOpenKeyExW", ERROR_ACCESS_DENIED);
     EXPECT_FALSE(Check());
     EXPECT_FALSE(Check());
 }
 
-TEST_F(IsClusterTest, FullAccessIsAskedFor) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(IsClusterSetting, FullAccessIsAskedFor) {
+    Registry().CreateKey(ProductKey);
     Check();
     const std::vector<OpenedKey> keys = TakeOpenedKeys();
     ASSERT_EQ(keys.size(), 1u);
-    EXPECT_EQ(keys[0].path, DefaultKeyText);
+    EXPECT_EQ(keys[0].path, ProductKeyText);
     EXPECT_EQ(keys[0].access, static_cast<REGSAM>(KEY_ALL_ACCESS));
 }
 
 // ClusterQuorumMode
 
-class QuorumModeTest : public HostTest {
+class QuorumModeSetting : public HostTest {
 protected:
     const std::string Name = "CVirtualServerUtil::GetClusterQuorumModeByRegKey()";
 
@@ -128,7 +128,7 @@ protected:
     }
 };
 
-TEST_F(QuorumModeTest, StoredNumberComesUnchanged) {
+TEST_F(QuorumModeSetting, StoredNumberComesUnchanged) {
     for (const DWORD number : {0u, 1u, 2u, 77u, 0x7fffffffu, 0xffffffffu}) {
         SetNumber(L"ClusterQuorumMode", number);
         EXPECT_EQ(Mode(), static_cast<int>(number));
@@ -137,30 +137,30 @@ TEST_F(QuorumModeTest, StoredNumberComesUnchanged) {
     }
 }
 
-TEST_F(QuorumModeTest, AbsentValueMeansZeroAndAWarning) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(QuorumModeSetting, AbsentValueMeansZeroAndAWarning) {
+    Registry().CreateKey(ProductKey);
     ExpectUnreadable();
     EXPECT_EQ(TakeJournal(), Reads("ClusterQuorumMode", "=2"));
 }
 
-TEST_F(QuorumModeTest, ValueOfAnotherTypeOrSizeCannotBeRead) {
+TEST_F(QuorumModeSetting, ValueOfAnotherTypeOrSizeCannotBeRead) {
     const DWORD number[] = {2, 0};
     SetText(L"ClusterQuorumMode", L"2");
     ExpectUnreadable();
-    Registry().SetBytes(DefaultKey, L"ClusterQuorumMode", REG_BINARY, number, 4);
+    Registry().SetBytes(ProductKey, L"ClusterQuorumMode", REG_BINARY, number, 4);
     ExpectUnreadable();
-    Registry().SetBytes(DefaultKey, L"ClusterQuorumMode", REG_QWORD, number, 8);
+    Registry().SetBytes(ProductKey, L"ClusterQuorumMode", REG_QWORD, number, 8);
     ExpectUnreadable();
-    Registry().SetBytes(DefaultKey, L"ClusterQuorumMode", REG_DWORD, number, 2);
+    Registry().SetBytes(ProductKey, L"ClusterQuorumMode", REG_DWORD, number, 2);
     ExpectUnreadable();
 }
 
-TEST_F(QuorumModeTest, MissingKeyMeansZeroAndNoWarning) {
+TEST_F(QuorumModeSetting, MissingKeyMeansZeroAndNoWarning) {
     EXPECT_EQ(Mode(), 0);
     EXPECT_EQ(TakeLog(), Lines({"> " + Name, "< " + Name}));
 }
 
-TEST_F(QuorumModeTest, ReadAccessIsAskedFor) {
+TEST_F(QuorumModeSetting, ReadAccessIsAskedFor) {
     Mode();
     const std::vector<OpenedKey> keys = TakeOpenedKeys();
     ASSERT_EQ(keys.size(), 1u);
@@ -169,7 +169,7 @@ TEST_F(QuorumModeTest, ReadAccessIsAskedFor) {
 
 // DataRootPath
 
-class DataRootTest : public HostTest {
+class DataRootSetting : public HostTest {
 protected:
     // Reads it, and checks the one log line.
     std::wstring Root() {
@@ -181,60 +181,60 @@ protected:
     }
 };
 
-TEST_F(DataRootTest, StoredTextIsReadAfreshEachTime) {
+TEST_F(DataRootSetting, StoredTextIsReadAfreshEachTime) {
     SetText(L"DataRootPath", L"E:\\Data");
     EXPECT_EQ(Root(), L"E:\\Data");
     SetText(L"DataRootPath", L"F:\\");
     EXPECT_EQ(Root(), L"F:\\");
 }
 
-TEST_F(DataRootTest, AbsentValueMeansEmpty) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(DataRootSetting, AbsentValueMeansEmpty) {
+    Registry().CreateKey(ProductKey);
     EXPECT_EQ(Root(), L"");
 }
 
-TEST_F(DataRootTest, EmptyValueMeansEmpty) {
+TEST_F(DataRootSetting, EmptyValueMeansEmpty) {
     SetText(L"DataRootPath", L"");
     EXPECT_EQ(Root(), L"");
     SetCharacters(L"DataRootPath", REG_SZ, L"");
     EXPECT_EQ(Root(), L"");
 }
 
-TEST_F(DataRootTest, MissingKeyIsAWarningWithTheLastError) {
+TEST_F(DataRootSetting, MissingKeyIsAWarningWithTheLastError) {
     SetLastError(ERROR_ACCESS_DENIED);
     EXPECT_EQ(CVirtualServerUtil::GetDataRootPath(), L"");
     EXPECT_EQ(TakeLog(),
-              Lines({"W Cannot open registry " + DefaultKeyText + ", Last err:5", "I GetVeritasDiskPath: returns: "}));
-    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + DefaultKeyText + ")=2"}));
+              Lines({"W Cannot open registry " + ProductKeyText + ", Last err:5", "I GetVeritasDiskPath: returns: "}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")=2"}));
     const std::vector<OpenedKey> keys = TakeOpenedKeys();
     ASSERT_EQ(keys.size(), 1u);
     EXPECT_EQ(keys[0].access, static_cast<REGSAM>(KEY_READ));
 }
 
-TEST_F(DataRootTest, TextMayHave2047Characters) {
+TEST_F(DataRootSetting, TextMayHave2047Characters) {
     const std::wstring text(2047, L'd');
     SetText(L"DataRootPath", text);
     EXPECT_EQ(Root(), text);
 }
 
-TEST_F(DataRootTest, LongerTextIsNotRead) {
+TEST_F(DataRootSetting, LongerTextIsNotRead) {
     SetText(L"DataRootPath", std::wstring(2048, L'd'));
     EXPECT_EQ(Root(), L"");
 }
 
-TEST_F(DataRootTest, TextWithoutTerminatorIsTerminated) {
+TEST_F(DataRootSetting, TextWithoutTerminatorIsTerminated) {
     SetCharacters(L"DataRootPath", REG_SZ, L"E:\\Data");
     EXPECT_EQ(Root(), L"E:\\Data");
     SetCharacters(L"DataRootPath", REG_SZ, std::wstring(2048, L'd'));
     EXPECT_EQ(Root(), std::wstring(2047, L'd')) << "the last character is forced to zero";
 }
 
-TEST_F(DataRootTest, ExpandableTextCountsAsText) {
+TEST_F(DataRootSetting, ExpandableTextCountsAsText) {
     SetCharacters(L"DataRootPath", REG_EXPAND_SZ, std::wstring(L"%windir%\\Data\0", 14));
     EXPECT_EQ(Root(), L"%windir%\\Data");
 }
 
-TEST_F(DataRootTest, OtherTypesAreNoText) {
+TEST_F(DataRootSetting, OtherTypesAreNoText) {
     SetNumber(L"DataRootPath", 0x00410041);
     EXPECT_EQ(Root(), L"");
     SetCharacters(L"DataRootPath", REG_BINARY, L"E:\\Data");
@@ -243,7 +243,7 @@ TEST_F(DataRootTest, OtherTypesAreNoText) {
 
 // HomeDir
 
-class HomeDirTest : public HostTest {
+class HomeDirSetting : public HostTest {
 protected:
     const std::string Name = "CVirtualServerUtil::GetHomeDir()";
 
@@ -264,26 +264,26 @@ protected:
     }
 };
 
-TEST_F(HomeDirTest, StoredTextIsReadAfreshEachTime) {
+TEST_F(HomeDirSetting, StoredTextIsReadAfreshEachTime) {
     SetText(L"HomeDir", L"D:\\Product");
     ExpectText(L"D:\\Product");
     SetText(L"HomeDir", L"");
     ExpectText(L"");
 }
 
-TEST_F(HomeDirTest, TextMayHave1023Characters) {
+TEST_F(HomeDirSetting, TextMayHave1023Characters) {
     SetText(L"HomeDir", std::wstring(1023, L'h'));
     ExpectText(std::wstring(1023, L'h'));
 }
 
-TEST_F(HomeDirTest, LongerTextCannotBeRead) {
+TEST_F(HomeDirSetting, LongerTextCannotBeRead) {
     SetText(L"HomeDir", std::wstring(1024, L'h'));
     ExpectUnreadable();
     SetText(L"HomeDir", std::wstring(2048, L'h'));
     ExpectUnreadable();
 }
 
-TEST_F(HomeDirTest, TextWithoutTerminatorIsTerminated) {
+TEST_F(HomeDirSetting, TextWithoutTerminatorIsTerminated) {
     SetCharacters(L"HomeDir", REG_SZ, L"D:\\Product");
     ExpectText(L"D:\\Product");
     SetCharacters(L"HomeDir", REG_SZ, std::wstring(1023, L'h'));
@@ -294,12 +294,12 @@ TEST_F(HomeDirTest, TextWithoutTerminatorIsTerminated) {
     ExpectUnreadable();
 }
 
-TEST_F(HomeDirTest, ExpandableTextCountsAsText) {
+TEST_F(HomeDirSetting, ExpandableTextCountsAsText) {
     SetCharacters(L"HomeDir", REG_EXPAND_SZ, L"%windir%");
     ExpectText(L"%windir%");
 }
 
-TEST_F(HomeDirTest, OtherTypesCannotBeRead) {
+TEST_F(HomeDirSetting, OtherTypesCannotBeRead) {
     SetNumber(L"HomeDir", 0x00410041);
     ExpectUnreadable();
     SetCharacters(L"HomeDir", REG_BINARY, L"D:\\Product");
@@ -308,13 +308,13 @@ TEST_F(HomeDirTest, OtherTypesCannotBeRead) {
     ExpectUnreadable();
 }
 
-TEST_F(HomeDirTest, AbsentValueCannotBeRead) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(HomeDirSetting, AbsentValueCannotBeRead) {
+    Registry().CreateKey(ProductKey);
     ExpectUnreadable();
     EXPECT_EQ(TakeJournal(), Reads("HomeDir", "=2"));
 }
 
-TEST_F(HomeDirTest, MissingKeyFailsWithoutALogLine) {
+TEST_F(HomeDirSetting, MissingKeyFailsWithoutALogLine) {
     std::wstring homeDir = L"before";
     EXPECT_FALSE(UtilAccess::GetHomeDir(homeDir));
     EXPECT_EQ(homeDir, L"before");
@@ -332,9 +332,9 @@ std::wstring CcrPath(const wchar_t* dataRoot, const wchar_t* serverName) {
     return path;
 }
 
-class DataPathTest : public HostTest {};
+using ReplicationDataPath = HostTest;
 
-TEST_F(DataPathTest, PartsAreJoinedWithOneBackslash) {
+TEST_F(ReplicationDataPath, PartsAreJoinedWithOneBackslash) {
     EXPECT_EQ(CcrPath(L"E:\\Data", L"EVS1"), L"E:\\Data\\CCRVSDB\\EVS1");
     EXPECT_EQ(CcrPath(L"E:\\Data\\", L"EVS1"), L"E:\\Data\\CCRVSDB\\EVS1");
     EXPECT_EQ(CcrPath(L"E:\\Data", L"\\EVS1"), L"E:\\Data\\CCRVSDB\\EVS1");
@@ -342,14 +342,14 @@ TEST_F(DataPathTest, PartsAreJoinedWithOneBackslash) {
     EXPECT_EQ(TakeJournal(), "");
 }
 
-TEST_F(DataPathTest, NullCountsAsEmpty) {
+TEST_F(ReplicationDataPath, NullCountsAsEmpty) {
     EXPECT_EQ(CcrPath(nullptr, L"EVS1"), CcrPath(L"", L"EVS1"));
     EXPECT_EQ(CcrPath(L"E:\\Data", nullptr), CcrPath(L"E:\\Data", L""));
     EXPECT_EQ(CcrPath(nullptr, nullptr), CcrPath(L"", L""));
     EXPECT_NE(CcrPath(nullptr, nullptr).find(L"CCRVSDB"), std::wstring::npos);
 }
 
-TEST_F(DataPathTest, OutputMayBeAnInput) {
+TEST_F(ReplicationDataPath, OutputMayBeAnInput) {
     std::wstring path = L"E:\\Data";
     CVirtualServerUtil::ConcatCCRDataPath(path.c_str(), L"EVS1", path);
     EXPECT_EQ(path, L"E:\\Data\\CCRVSDB\\EVS1");

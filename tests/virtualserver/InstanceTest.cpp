@@ -7,17 +7,17 @@ using namespace harness;
 
 namespace {
 
-class InstanceTest : public HostTest {
+class UtilInstance : public HostTest {
 protected:
     const std::vector<std::string> ClusteredConstructor = {
         "> CVirtualServerUtil::CVirtualServerUtil()", "> CVirtualServerUtil::CheckIsClusterByRegKey()",
         "< CVirtualServerUtil::CheckIsClusterByRegKey()", "< CVirtualServerUtil::CVirtualServerUtil()"};
     const std::vector<std::string> Destructor = {"> CVirtualServerUtil::~CVirtualServerUtil()",
                                                  "< CVirtualServerUtil::~CVirtualServerUtil()"};
-    const std::string Opened = "RegOpenKeyExW(" + DefaultKeyText + ")";
+    const std::string Opened = "RegOpenKeyExW(" + ProductKeyText + ")";
 };
 
-TEST_F(InstanceTest, ClusteredConstructorReadsIsClusterOnly) {
+TEST_F(UtilInstance, ClusteredConstructorReadsIsClusterOnly) {
     SetNumber(L"IsCluster", 1);
     auto util = std::make_unique<CVirtualServerUtil>();
     EXPECT_EQ(TakeLog(), Lines(ClusteredConstructor));
@@ -27,7 +27,7 @@ TEST_F(InstanceTest, ClusteredConstructorReadsIsClusterOnly) {
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
 }
 
-TEST_F(InstanceTest, PlainConstructorFillsItsRecord) {
+TEST_F(UtilInstance, PlainConstructorFillsItsRecord) {
     SetNumber(L"IsCluster", 0);
     SetText(L"HomeDir", L"D:\\Product");
     SetText(L"ServerIP", L"10.1.2.3");
@@ -61,7 +61,7 @@ TEST_F(InstanceTest, PlainConstructorFillsItsRecord) {
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
 }
 
-TEST_F(InstanceTest, PlainConstructorWithoutAHomeDirectoryLeavesItsRecordEmpty) {
+TEST_F(UtilInstance, PlainConstructorWithoutAHomeDirectoryLeavesItsRecordEmpty) {
     SetNumber(L"IsCluster", 0);
     SetText(L"ServerIP", L"10.1.2.3");
     SetText(L"SERVERGUID", L"{guid}");
@@ -85,7 +85,7 @@ TEST_F(InstanceTest, PlainConstructorWithoutAHomeDirectoryLeavesItsRecordEmpty) 
     EXPECT_STREQ(info->m_wsServerGUID, L"");
 }
 
-TEST_F(InstanceTest, SecondInstanceReadsIsClusterNoMore) {
+TEST_F(UtilInstance, SecondInstanceReadsIsClusterNoMore) {
     SetNumber(L"IsCluster", 1);
     const CVirtualServerUtil first;
     Forget();
@@ -94,7 +94,7 @@ TEST_F(InstanceTest, SecondInstanceReadsIsClusterNoMore) {
     EXPECT_EQ(TakeJournal(), "");
 }
 
-TEST_F(InstanceTest, SecondPlainInstanceReadsItsRecordAfresh) {
+TEST_F(UtilInstance, SecondPlainInstanceReadsItsRecordAfresh) {
     SetText(L"HomeDir", L"D:\\First");
     CVirtualServerUtil first;
     SetText(L"HomeDir", L"D:\\Second");
@@ -107,7 +107,7 @@ TEST_F(InstanceTest, SecondPlainInstanceReadsItsRecordAfresh) {
     EXPECT_STREQ(info.m_wsDataPath, L"D:\\Second");
 }
 
-TEST_F(InstanceTest, FirstInstanceStartsWinsockAndTheLastOneStopsIt) {
+TEST_F(UtilInstance, FirstInstanceStartsWinsockAndTheLastOneStopsIt) {
     SetNumber(L"IsCluster", 1);
     auto first = std::make_unique<CVirtualServerUtil>();
     EXPECT_EQ(Platform().WinsockStarts(), 1);
@@ -125,7 +125,7 @@ TEST_F(InstanceTest, FirstInstanceStartsWinsockAndTheLastOneStopsIt) {
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
 }
 
-TEST_F(InstanceTest, WinsockIsAskedForVersion22) {
+TEST_F(UtilInstance, WinsockIsAskedForVersion22) {
     WORD asked = 0;
     const ImportPatch<int(WORD, LPWSADATA), struct VersionTag> start(
         FindImports(LibraryModule(), "ws2_32.dll", "WSAStartup"), [&](WORD version, LPWSADATA data) {
@@ -136,7 +136,7 @@ TEST_F(InstanceTest, WinsockIsAskedForVersion22) {
     EXPECT_EQ(asked, 0x0202);
 }
 
-TEST_F(InstanceTest, FailedWinsockStartIsNotNoticed) {
+TEST_F(UtilInstance, FailedWinsockStartIsNotNoticed) {
     SetNumber(L"IsCluster", 1);
     int stops = 0;
     const auto start = PatchImport(ws2_32, WSAStartup, [](WORD, LPWSADATA) -> int { return WSASYSNOTREADY; });

@@ -10,16 +10,15 @@ using ::testing::ElementsAre;
 
 namespace {
 
-class ServerLookUp : public ServerTest {
-protected:
-    // What QueryServerInfo says of `name`.
-    bool Find(Util& util, const wchar_t* name, Info& info) {
-        CClusterVirtualServerLookupRequest request;
-        request.m_wsNameOrIP = name;
-        Forget();
-        return util.QueryServerInfo(request, info);
-    }
-};
+using ServerLookUp = ServerTest;
+
+// What QueryServerInfo says of `name`; its log begins anew.
+bool Find(LibraryTest& test, Util& util, const wchar_t* name, Info& info) {
+    CClusterVirtualServerLookupRequest request;
+    request.m_wsNameOrIP = name;
+    test.Forget();
+    return util.QueryServerInfo(request, info);
+}
 
 TEST_F(ServerLookUp, FindsAServerOfThisNodeByNameAndByAddress) {
     ClusterOf(ThreeServers());
@@ -70,12 +69,14 @@ TEST_F(ServerLookUp, SkipsSilentlyWhatCannotBeRead) {
 
 TEST_F(ServerLookUp, FailsSilentlyWhenTheClusterCannotBeRead) {
     const struct {
+        const char* name;
         const char* call;
-        std::vector<std::string> messages; // of the calls beneath, none of its own
-    } cases[] = {
-        {"OpenCluster", {}}, {"ClusterOpenEnum", {"E calling ClusterOpenEnum failed"}}, {"GetComputerNameW", {}}};
+        Texts messages; // of the calls beneath, none of its own
+    } cases[] = {{"the cluster is not opened", "OpenCluster", {}},
+                 {"its resources are not listed", "ClusterOpenEnum", {"E calling ClusterOpenEnum failed"}},
+                 {"this node is not known", "GetComputerNameW", {}}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.call);
+        SCOPED_TRACE(c.name);
         ClusterOf(ThreeServers());
         Util util;
         Forget();
@@ -116,7 +117,7 @@ TEST_F(ServerLookUp, WholeTranscript) {
     ClusterOf(ThreeServers());
     Util util;
     Info info;
-    ASSERT_TRUE(Find(util, L"evs2.example.com", info));
+    ASSERT_TRUE(Find(*this, util, L"evs2.example.com", info));
     const std::vector<std::string> described = {"> CVirtualServerUtil::GetVirtualServerInfo()",
                                                 "> GetResourceDependencyByType",
                                                 "> GetResourceDependencyByType",
@@ -135,7 +136,7 @@ TEST_F(ServerLookUp, AsksTheClusterNothingMoreOnceTheServerIsFound) {
     ClusterOf(ThreeServers());
     Util util;
     Info info;
-    ASSERT_TRUE(Find(util, L"EVS1", info));
+    ASSERT_TRUE(Find(*this, util, L"EVS1", info));
     EXPECT_THAT(TakeClusterCalls(), ::testing::Not(Contains(::testing::HasSubstr("EVS2"))));
 }
 
@@ -146,8 +147,8 @@ TEST_F(ServerLookUp, SkipsSilentlyWhatHasNoTypeStateOrDescription) {
         Util util;
         AddFault(fault);
         Info info;
-        EXPECT_FALSE(Find(util, L"EVS1", info)) << fault;
-        EXPECT_TRUE(Find(util, L"EVS2", info)) << fault;
+        EXPECT_FALSE(Find(*this, util, L"EVS1", info)) << fault;
+        EXPECT_TRUE(Find(*this, util, L"EVS2", info)) << fault;
         for (const std::string& message : TakeMessages()) {
             EXPECT_EQ(message.find("EVS1 Product"), std::string::npos) << fault << ": " << message;
         }
@@ -159,7 +160,7 @@ TEST_F(ServerLookUp, TakesANodeOfAnotherLetterCaseForAnotherNode) {
     ClusterOf(ThreeServers());
     Util util;
     Info info;
-    EXPECT_FALSE(Find(util, L"EVS1", info));
+    EXPECT_FALSE(Find(*this, util, L"EVS1", info));
 }
 
 TEST_F(ServerLookUp, DoesNotFindAnAddressThatIsNoServersOwn) {
@@ -167,7 +168,7 @@ TEST_F(ServerLookUp, DoesNotFindAnAddressThatIsNoServersOwn) {
     Util util;
     Platform().FailCall("gethostbyaddr", WSAHOST_NOT_FOUND, 1, FaultMode::FromThenOn);
     Info info;
-    EXPECT_FALSE(Find(util, L"192.0.2.77", info));
+    EXPECT_FALSE(Find(*this, util, L"192.0.2.77", info));
     EXPECT_STREQ(info.m_wsServerName, L"EVS2") << "the last one compared";
 }
 
@@ -179,7 +180,7 @@ TEST_F(ServerLookUp, OfAPlainServerCopiesItsWholeRecord) {
     int count = 1;
     ASSERT_EQ(util.EnumServersOnCurrentNode(&own, &count), Util::ENUM_VS_RESULT_SUCCESS);
     Guarded<Info> info;
-    ASSERT_TRUE(Find(util, L"192.0.2.10", *info));
+    ASSERT_TRUE(Find(*this, util, L"192.0.2.10", *info));
     EXPECT_TRUE(info.GuardsIntact());
     EXPECT_EQ(
         std::memcmp(reinterpret_cast<const char*>(info.get()) + offsetof(Info, m_nSmtpInstanceCount),

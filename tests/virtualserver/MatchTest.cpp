@@ -12,27 +12,25 @@ namespace {
 const std::string Enter = "> CVirtualServerUtil::IsTheSameVirtualServer()";
 const std::string Leave = "< CVirtualServerUtil::IsTheSameVirtualServer()";
 
-class MatchTest : public HostTest {
-protected:
-    MatchTest() {
-        SetServer(L"EVS1", L"10.1.2.3");
-        Forget();
-    }
-    void TearDown() override {
-        util.reset();
-        HostTest::TearDown();
+// A server of which is asked what denotes it.
+class AskedServer {
+public:
+    explicit AskedServer(HostTest& test) : m_test(test) {
+        test.AtEnd([this] { util.reset(); });
+        Set(L"EVS1", L"10.1.2.3");
+        test.Forget();
     }
 
-    void SetServer(const wchar_t* name, const wchar_t* ip) {
+    void Set(const wchar_t* name, const wchar_t* ip) {
         wcscpy(info.m_wsServerName, name);
         wcscpy(info.m_wsServerIP, ip);
     }
 
     // Asks, and checks the first log line; the lines between it and the leaving stay for `middle`.
     bool Matches(const wchar_t* nameOrIp) {
-        Forget();
+        m_test.Forget();
         const bool matches = util->IsTheSameVirtualServer(nameOrIp, info);
-        std::string log = TakeLog();
+        std::string log = m_test.TakeLog();
         const std::string head = Lines({Enter, "I Finding " + Utf8(nameOrIp)});
         const std::string tail = Lines({Leave});
         EXPECT_EQ(log.substr(0, head.size()), head);
@@ -51,138 +49,147 @@ protected:
     std::unique_ptr<CVirtualServerUtil> util = std::make_unique<CVirtualServerUtil>();
     CClusterVirtualServerInfo info;
     std::string middle;
+
+private:
+    HostTest& m_test;
+};
+
+class ServerMatch : public HostTest {
+protected:
+    AskedServer server{*this};
 };
 
 // The record's own address
 
-TEST_F(MatchTest, OwnAddressMatchesAndIsLogged) {
-    EXPECT_TRUE(Matches(L"10.1.2.3"));
-    EXPECT_EQ(middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
+TEST_F(ServerMatch, OwnAddressMatchesAndIsLogged) {
+    EXPECT_TRUE(server.Matches(L"10.1.2.3"));
+    EXPECT_EQ(server.middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
 }
 
-TEST_F(MatchTest, OwnAddressIsComparedAsText) {
-    SetServer(L"EVS1", L"fe80::aB");
-    EXPECT_TRUE(Matches(L"fe80::aB"));
-    EXPECT_FALSE(MatchesQuietly(L"fe80::AB")) << "a letter first: a host name";
+TEST_F(ServerMatch, OwnAddressIsComparedAsText) {
+    server.Set(L"EVS1", L"fe80::aB");
+    EXPECT_TRUE(server.Matches(L"fe80::aB"));
+    EXPECT_FALSE(server.MatchesQuietly(L"fe80::AB")) << "a letter first: a host name";
 }
 
-TEST_F(MatchTest, EmptyTextMatchesAnEmptyAddress) {
-    SetServer(L"EVS1", L"");
-    EXPECT_TRUE(Matches(L""));
-    EXPECT_EQ(middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
+TEST_F(ServerMatch, EmptyTextMatchesAnEmptyAddress) {
+    server.Set(L"EVS1", L"");
+    EXPECT_TRUE(server.Matches(L""));
+    EXPECT_EQ(server.middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
 }
 
-TEST_F(MatchTest, AddressComesBeforeTheName) {
-    SetServer(L"SAME", L"SAME");
-    EXPECT_TRUE(Matches(L"SAME"));
-    EXPECT_EQ(middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
+TEST_F(ServerMatch, AddressComesBeforeTheName) {
+    server.Set(L"SAME", L"SAME");
+    EXPECT_TRUE(server.Matches(L"SAME"));
+    EXPECT_EQ(server.middle, Lines({"I lpwsNameOrIP == info.m_wsServerIP, return true)"}));
 }
 
 // The record's name
 
-TEST_F(MatchTest, NameMatchesInAnyLetterCase) {
+TEST_F(ServerMatch, NameMatchesInAnyLetterCase) {
     for (const wchar_t* name : {L"EVS1", L"evs1", L"Evs1", L"eVs1"}) {
-        EXPECT_TRUE(MatchesQuietly(name)) << Utf8(name);
+        EXPECT_TRUE(server.MatchesQuietly(name)) << Utf8(name);
     }
-    SetServer(L"evs1", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"EVS1"));
-    EXPECT_TRUE(MatchesQuietly(L"evs1.example.com"));
+    server.Set(L"evs1", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"EVS1"));
+    EXPECT_TRUE(server.MatchesQuietly(L"evs1.example.com"));
 }
 
-TEST_F(MatchTest, OtherNamesDoNotMatch) {
+TEST_F(ServerMatch, OtherNamesDoNotMatch) {
     for (const wchar_t* name : {L"EVS", L"EVS11", L"EVS2", L"EVS1 ", L"EVS 1", L"xEVS1", L"NODE-A"}) {
-        EXPECT_FALSE(MatchesQuietly(name)) << Utf8(name);
+        EXPECT_FALSE(server.MatchesQuietly(name)) << Utf8(name);
     }
 }
 
-TEST_F(MatchTest, NameThatStartsWithADigitMatchesAsAWhole) {
-    SetServer(L"1EVS", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"1evs"));
+TEST_F(ServerMatch, NameThatStartsWithADigitMatchesAsAWhole) {
+    server.Set(L"1EVS", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"1evs"));
 }
 
-TEST_F(MatchTest, NameWithLettersBeyondAsciiMatchesByTheWideMapping) {
+TEST_F(ServerMatch, NameWithLettersBeyondAsciiMatchesByTheWideMapping) {
     // Letters that the C runtime maps in its initial locale or leaves alone: both sides are mapped alike.
-    SetServer(L"S\u00e9rveur", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"s\u00e9RVEUR"));
-    SetServer(L"\u0441\u0435\u0440\u0432\u0435\u0440", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"\u0441\u0435\u0440\u0432\u0435\u0440"));
+    server.Set(L"S\u00e9rveur", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"s\u00e9RVEUR"));
+    server.Set(L"\u0441\u0435\u0440\u0432\u0435\u0440", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"\u0441\u0435\u0440\u0432\u0435\u0440"));
 }
 
 // Host names with a domain
 
-TEST_F(MatchTest, FirstLabelOfAHostNameMatches) {
-    EXPECT_TRUE(MatchesQuietly(L"evs1.example.com"));
-    EXPECT_TRUE(MatchesQuietly(L"EVS1.local"));
-    EXPECT_TRUE(MatchesQuietly(L"evs1.")) << "a bare dot";
-    EXPECT_TRUE(MatchesQuietly(L"evs1..x"));
+TEST_F(ServerMatch, FirstLabelOfAHostNameMatches) {
+    EXPECT_TRUE(server.MatchesQuietly(L"evs1.example.com"));
+    EXPECT_TRUE(server.MatchesQuietly(L"EVS1.local"));
+    EXPECT_TRUE(server.MatchesQuietly(L"evs1.")) << "a bare dot";
+    EXPECT_TRUE(server.MatchesQuietly(L"evs1..x"));
 }
 
-TEST_F(MatchTest, OtherLabelsDoNotMatch) {
-    EXPECT_FALSE(MatchesQuietly(L"www.evs1.com"));
-    EXPECT_FALSE(MatchesQuietly(L"evs1x.example.com"));
-    EXPECT_FALSE(MatchesQuietly(L"evs.1"));
+TEST_F(ServerMatch, OtherLabelsDoNotMatch) {
+    EXPECT_FALSE(server.MatchesQuietly(L"www.evs1.com"));
+    EXPECT_FALSE(server.MatchesQuietly(L"evs1x.example.com"));
+    EXPECT_FALSE(server.MatchesQuietly(L"evs.1"));
 }
 
-TEST_F(MatchTest, RecordNameIsNotCutAtItsDot) {
-    SetServer(L"evs1.example.com", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"EVS1.EXAMPLE.COM")) << "as a whole";
-    EXPECT_FALSE(MatchesQuietly(L"evs1"));
-    EXPECT_FALSE(MatchesQuietly(L"evs1.example.com.")) << "its first label is not the record's name";
+TEST_F(ServerMatch, RecordNameIsNotCutAtItsDot) {
+    server.Set(L"evs1.example.com", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"EVS1.EXAMPLE.COM")) << "as a whole";
+    EXPECT_FALSE(server.MatchesQuietly(L"evs1"));
+    EXPECT_FALSE(server.MatchesQuietly(L"evs1.example.com.")) << "its first label is not the record's name";
 }
 
 // localhost
 
-TEST_F(MatchTest, LocalhostIsThisComputerInAnyLetterCase) {
-    SetServer(L"node-a", L"10.1.2.3");
+TEST_F(ServerMatch, LocalhostIsThisComputerInAnyLetterCase) {
+    server.Set(L"node-a", L"10.1.2.3");
     for (const wchar_t* name : {L"localhost", L"LOCALHOST", L"LocalHost"}) {
-        EXPECT_TRUE(MatchesQuietly(name)) << Utf8(name);
+        EXPECT_TRUE(server.MatchesQuietly(name)) << Utf8(name);
     }
 }
 
-TEST_F(MatchTest, LocalhostIsNoOtherServer) {
-    EXPECT_FALSE(MatchesQuietly(L"localhost"));
+TEST_F(ServerMatch, LocalhostIsNoOtherServer) {
+    EXPECT_FALSE(server.MatchesQuietly(L"localhost"));
 }
 
-TEST_F(MatchTest, LocalhostComparesTheComputerNameExactly) {
+TEST_F(ServerMatch, LocalhostComparesTheComputerNameExactly) {
     SetComputerName(L"node-a");
-    SetServer(L"node-a", L"10.1.2.3");
-    EXPECT_FALSE(MatchesQuietly(L"localhost")) << "only the record's side is upper-cased";
+    server.Set(L"node-a", L"10.1.2.3");
+    EXPECT_FALSE(server.MatchesQuietly(L"localhost")) << "only the record's side is upper-cased";
 }
 
-TEST_F(MatchTest, LocalhostWithADomainIsAnOrdinaryName) {
-    SetServer(L"NODE-A", L"10.1.2.3");
-    EXPECT_FALSE(MatchesQuietly(L"localhost.localdomain"));
-    SetServer(L"LOCALHOST", L"10.1.2.3");
-    EXPECT_TRUE(MatchesQuietly(L"localhost.localdomain"));
+TEST_F(ServerMatch, LocalhostWithADomainIsAnOrdinaryName) {
+    server.Set(L"NODE-A", L"10.1.2.3");
+    EXPECT_FALSE(server.MatchesQuietly(L"localhost.localdomain"));
+    server.Set(L"LOCALHOST", L"10.1.2.3");
+    EXPECT_TRUE(server.MatchesQuietly(L"localhost.localdomain"));
 }
 
-TEST_F(MatchTest, ServerNamedLocalhostMatchesByItsName) {
-    SetServer(L"Localhost", L"10.1.2.3");
+TEST_F(ServerMatch, ServerNamedLocalhostMatchesByItsName) {
+    server.Set(L"Localhost", L"10.1.2.3");
     Platform().FailCall("GetComputerNameW", ERROR_GEN_FAILURE);
-    EXPECT_TRUE(MatchesQuietly(L"localhost")) << "the computer name is not asked";
+    EXPECT_TRUE(server.MatchesQuietly(L"localhost")) << "the computer name is not asked";
 }
 
-TEST_F(MatchTest, LocalhostFailsWhenTheComputerNameCannotBeRead) {
-    SetServer(L"NODE-A", L"10.1.2.3");
+TEST_F(ServerMatch, LocalhostFailsWhenTheComputerNameCannotBeRead) {
+    server.Set(L"NODE-A", L"10.1.2.3");
     SetComputerName(L"A-NODE-NAMED-016");
-    EXPECT_FALSE(MatchesQuietly(L"localhost"));
+    EXPECT_FALSE(server.MatchesQuietly(L"localhost"));
 }
 
-TEST_F(MatchTest, NullMatchesNothing) {
-    EXPECT_FALSE(util->IsTheSameVirtualServer(nullptr, info));
+TEST_F(ServerMatch, NullMatchesNothing) {
+    EXPECT_FALSE(server.util->IsTheSameVirtualServer(nullptr, server.info));
 }
 
-TEST_F(MatchTest, LongestNameAndAddressAreComparedWhole) {
-    SetServer(std::wstring(511, L'n').c_str(), std::wstring(510, L'1').c_str());
-    EXPECT_TRUE(MatchesQuietly(std::wstring(511, L'N').c_str()));
-    EXPECT_FALSE(MatchesQuietly(std::wstring(510, L'N').c_str()));
-    EXPECT_TRUE(Matches(std::wstring(510, L'1').c_str()));
+TEST_F(ServerMatch, LongestNameAndAddressAreComparedWhole) {
+    server.Set(std::wstring(511, L'n').c_str(), std::wstring(510, L'1').c_str());
+    EXPECT_TRUE(server.MatchesQuietly(std::wstring(511, L'N').c_str()));
+    EXPECT_FALSE(server.MatchesQuietly(std::wstring(510, L'N').c_str()));
+    EXPECT_TRUE(server.Matches(std::wstring(510, L'1').c_str()));
 }
 
 // Addresses
 
-class AddressTest : public MatchTest {
+class AddressMatch : public HostTest {
 protected:
+    AskedServer server{*this};
     std::string hostName = "EVS1";
     bool hostKnown = true;
     bool hostNamed = true;
@@ -211,88 +218,88 @@ private:
                                                     [this]() { return resolveError; }};
 };
 
-TEST_F(AddressTest, AddressOfTheServersHostNameDoesNotMatch) {
+TEST_F(AddressMatch, AddressOfTheServersHostNameDoesNotMatch) {
     for (const char* name : {"EVS1", "evs1", "evs1.example.com", "other"}) {
         hostName = name;
-        EXPECT_FALSE(Matches(L"10.9.9.9"));
-        EXPECT_EQ(middle, Lines({"E Call wcstombs failed"})) << name;
+        EXPECT_FALSE(server.Matches(L"10.9.9.9"));
+        EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"})) << name;
     }
     EXPECT_EQ(resolved, std::vector<std::string>(4, "10.9.9.9"));
 }
 
-TEST_F(AddressTest, EmptyHostNameDoesNotMatch) {
+TEST_F(AddressMatch, EmptyHostNameDoesNotMatch) {
     hostName = "";
-    SetServer(L"", L"10.1.2.3");
-    EXPECT_FALSE(Matches(L"10.9.9.9"));
-    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+    server.Set(L"", L"10.1.2.3");
+    EXPECT_FALSE(server.Matches(L"10.9.9.9"));
+    EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
 }
 
-TEST_F(AddressTest, AddressThatCannotBeResolvedDoesNotMatch) {
+TEST_F(AddressMatch, AddressThatCannotBeResolvedDoesNotMatch) {
     hostKnown = false;
     resolveError = WSAHOST_NOT_FOUND;
-    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+    EXPECT_FALSE(server.MatchesQuietly(L"10.9.9.9"));
     EXPECT_EQ(resolved.size(), 1u);
 }
 
-TEST_F(AddressTest, ReportedErrorCountsMoreThanTheHost) {
+TEST_F(AddressMatch, ReportedErrorCountsMoreThanTheHost) {
     resolveError = WSATRY_AGAIN;
-    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+    EXPECT_FALSE(server.MatchesQuietly(L"10.9.9.9"));
 }
 
-TEST_F(AddressTest, MissingHostWithoutAnErrorDoesNotMatch) {
+TEST_F(AddressMatch, MissingHostWithoutAnErrorDoesNotMatch) {
     hostKnown = false;
-    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+    EXPECT_FALSE(server.MatchesQuietly(L"10.9.9.9"));
 }
 
-TEST_F(AddressTest, HostWithoutANameDoesNotMatch) {
+TEST_F(AddressMatch, HostWithoutANameDoesNotMatch) {
     hostNamed = false;
-    EXPECT_FALSE(MatchesQuietly(L"10.9.9.9"));
+    EXPECT_FALSE(server.MatchesQuietly(L"10.9.9.9"));
 }
 
-TEST_F(AddressTest, HostNameWithBytesBeyondAsciiDoesNotMatch) {
+TEST_F(AddressMatch, HostNameWithBytesBeyondAsciiDoesNotMatch) {
     hostName = "\xe4\xff\x80";
-    EXPECT_FALSE(Matches(L"10.9.9.9"));
-    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+    EXPECT_FALSE(server.Matches(L"10.9.9.9"));
+    EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
 }
 
-TEST_F(AddressTest, LongHostNameDoesNotMatch) {
+TEST_F(AddressMatch, LongHostNameDoesNotMatch) {
     hostName = std::string(5000, 'h');
-    EXPECT_FALSE(Matches(L"10.9.9.9"));
-    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+    EXPECT_FALSE(server.Matches(L"10.9.9.9"));
+    EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
 }
 
-TEST_F(AddressTest, LongTextThatIsNoAddressIsHandedOnWhole) {
-    EXPECT_FALSE(Matches(std::wstring(5000, L'9').c_str()));
+TEST_F(AddressMatch, LongTextThatIsNoAddressIsHandedOnWhole) {
+    EXPECT_FALSE(server.Matches(std::wstring(5000, L'9').c_str()));
     EXPECT_EQ(resolved, std::vector<std::string>{std::string(5000, '9')});
 }
 
-TEST_F(AddressTest, AnythingThatStartsWithNoLetterIsAnAddress) {
+TEST_F(AddressMatch, AnythingThatStartsWithNoLetterIsAnAddress) {
     for (const wchar_t* text : {L"1EVS.example.com", L"-evs1", L".evs1", L" EVS1", L"_", L""}) {
         resolved.clear();
-        EXPECT_FALSE(Matches(text)) << Utf8(text);
+        EXPECT_FALSE(server.Matches(text)) << Utf8(text);
         EXPECT_EQ(resolved, std::vector<std::string>{Utf8(text)});
     }
 }
 
-TEST_F(AddressTest, NameThatStartsWithADigitAndHasADomainDoesNotMatch) {
-    SetServer(L"1EVS", L"10.1.2.3");
+TEST_F(AddressMatch, NameThatStartsWithADigitAndHasADomainDoesNotMatch) {
+    server.Set(L"1EVS", L"10.1.2.3");
     hostName = "1EVS";
-    EXPECT_FALSE(Matches(L"1evs.example.com"));
+    EXPECT_FALSE(server.Matches(L"1evs.example.com"));
 }
 
-TEST_F(AddressTest, TextThatHasNoMultibyteFormIsNotResolved) {
-    EXPECT_FALSE(Matches(L"1\u4e2d"));
-    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
-    EXPECT_FALSE(Matches(L"\u4e2dEVS1")) << "no letter to the narrow classification";
-    EXPECT_EQ(middle, Lines({"E Call wcstombs failed"}));
+TEST_F(AddressMatch, TextThatHasNoMultibyteFormIsNotResolved) {
+    EXPECT_FALSE(server.Matches(L"1\u4e2d"));
+    EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
+    EXPECT_FALSE(server.Matches(L"\u4e2dEVS1")) << "no letter to the narrow classification";
+    EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
     EXPECT_TRUE(resolved.empty());
 }
 
-TEST_F(AddressTest, NamesAreNotResolved) {
-    EXPECT_TRUE(MatchesQuietly(L"evs1"));
-    EXPECT_FALSE(MatchesQuietly(L"evs2"));
-    EXPECT_FALSE(MatchesQuietly(L"localhost"));
-    EXPECT_TRUE(Matches(L"10.1.2.3"));
+TEST_F(AddressMatch, NamesAreNotResolved) {
+    EXPECT_TRUE(server.MatchesQuietly(L"evs1"));
+    EXPECT_FALSE(server.MatchesQuietly(L"evs2"));
+    EXPECT_FALSE(server.MatchesQuietly(L"localhost"));
+    EXPECT_TRUE(server.Matches(L"10.1.2.3"));
     EXPECT_TRUE(resolved.empty());
 }
 

@@ -6,28 +6,26 @@ using namespace harness;
 
 namespace {
 
-class RecordCopy : public ServerTest {
-protected:
-    // The records of this node, in memory that was poison before.
-    void Enumerate(Guarded<Info, 2>& records, int expected) {
-        Util util;
-        int count = 2;
-        ASSERT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
-        ASSERT_EQ(count, expected);
-        EXPECT_TRUE(records.GuardsIntact());
-    }
+using RecordCopy = ServerTest;
 
-    static void ExpectZerosWhereNothingWasSet(const Info& info) {
-        const auto* ids = reinterpret_cast<const unsigned char*>(info.m_dwSmtpInstanceIds);
-        static_assert(sizeof(info.m_dwSmtpInstanceIds) == 512, "all numbers of the record");
-        EXPECT_TRUE(std::all_of(ids, ids + 512, [](unsigned char byte) { return byte == 0; }));
-        EXPECT_TRUE(TailIsZero(info.m_wsServerIP));
-        EXPECT_TRUE(TailIsZero(info.m_wsServerName));
-        EXPECT_TRUE(TailIsZero(info.m_wsDataPath));
-        EXPECT_TRUE(TailIsZero(info.m_wsServerGUID));
-    }
-};
+// The records of this node, in memory that was poison before.
+void Enumerate(Guarded<Info, 2>& records, int expected) {
+    Util util;
+    int count = 2;
+    ASSERT_EQ(util.EnumServersOnCurrentNode(records.get(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    ASSERT_EQ(count, expected);
+    EXPECT_TRUE(records.GuardsIntact());
+}
 
+void ExpectZerosWhereNothingWasSet(const Info& info) {
+    const auto* ids = reinterpret_cast<const unsigned char*>(info.m_dwSmtpInstanceIds);
+    static_assert(sizeof(info.m_dwSmtpInstanceIds) == 512, "all numbers of the record");
+    EXPECT_TRUE(std::all_of(ids, ids + 512, [](unsigned char byte) { return byte == 0; }));
+    EXPECT_TRUE(TailIsZero(info.m_wsServerIP));
+    EXPECT_TRUE(TailIsZero(info.m_wsServerName));
+    EXPECT_TRUE(TailIsZero(info.m_wsDataPath));
+    EXPECT_TRUE(TailIsZero(info.m_wsServerGUID));
+}
 TEST_F(RecordCopy, OfVirtualServersIsWhole) {
     ClusterOf(ThreeServers());
     Guarded<Info, 2> records;

@@ -59,9 +59,9 @@ TEST(ServerRecord, ResultNumbersAreFixed) {
 
 // The plain server
 
-class PlainServerTest : public HostTest {
+class PlainServerRecord : public HostTest {
 protected:
-    PlainServerTest() {
+    PlainServerRecord() {
         SetText(L"HomeDir", L"D:\\Product");
         SetText(L"ServerIP", L"10.1.2.3");
         SetText(L"SERVERGUID", L"{guid}");
@@ -83,7 +83,7 @@ protected:
     Guarded<Info> info;
 };
 
-TEST_F(PlainServerTest, RecordHoldsTheRegistrysValuesAndTheComputerName) {
+TEST_F(PlainServerRecord, RecordHoldsTheRegistrysValuesAndTheComputerName) {
     EXPECT_TRUE(Fill());
     EXPECT_TRUE(info->m_bIsOnline);
     EXPECT_EQ(info->m_nSmtpInstanceCount, -1);
@@ -97,7 +97,7 @@ TEST_F(PlainServerTest, RecordHoldsTheRegistrysValuesAndTheComputerName) {
                   EndOfLog("D:\\Product", "{guid}"));
 }
 
-TEST_F(PlainServerTest, TextsAreFollowedByZeros) {
+TEST_F(PlainServerRecord, TextsAreFollowedByZeros) {
     EXPECT_TRUE(Fill());
     EXPECT_TRUE(TailIsZero(info->m_wsServerIP));
     EXPECT_TRUE(TailIsZero(info->m_wsServerName));
@@ -105,7 +105,7 @@ TEST_F(PlainServerTest, TextsAreFollowedByZeros) {
     EXPECT_TRUE(TailIsZero(info->m_wsServerGUID));
 }
 
-TEST_F(PlainServerTest, FullAccessIsAskedForTheProductKeyAndReadAccessForTheDataRoot) {
+TEST_F(PlainServerRecord, FullAccessIsAskedForTheProductKeyAndReadAccessForTheDataRoot) {
     EXPECT_TRUE(Fill());
     const std::vector<OpenedKey> keys = TakeOpenedKeys();
     ASSERT_EQ(keys.size(), 2u);
@@ -113,15 +113,15 @@ TEST_F(PlainServerTest, FullAccessIsAskedForTheProductKeyAndReadAccessForTheData
     EXPECT_EQ(keys[1].access, static_cast<REGSAM>(KEY_READ));
 }
 
-TEST_F(PlainServerTest, KeyIsClosedBeforeTheNameIsAsked) {
+TEST_F(PlainServerRecord, KeyIsClosedBeforeTheNameIsAsked) {
     EXPECT_TRUE(Fill());
-    const std::string opened = "RegOpenKeyExW(" + DefaultKeyText + ")";
+    const std::string opened = "RegOpenKeyExW(" + ProductKeyText + ")";
     EXPECT_EQ(TakeJournal(), Lines({opened, "RegQueryValueExW(HomeDir)", "RegQueryValueExW(ServerIP)",
                                     "RegQueryValueExW(SERVERGUID)", "RegCloseKey()", "GetComputerNameW()", opened,
                                     "RegQueryValueExW(DataRootPath)=2", "RegCloseKey()"}));
 }
 
-TEST_F(PlainServerTest, TextsAreCutToTheirMembers) {
+TEST_F(PlainServerRecord, TextsAreCutToTheirMembers) {
     SetText(L"HomeDir", std::wstring(1023, L'h'));
     SetText(L"ServerIP", std::wstring(1023, L'i'));
     SetText(L"SERVERGUID", std::wstring(1023, L'g'));
@@ -132,7 +132,7 @@ TEST_F(PlainServerTest, TextsAreCutToTheirMembers) {
     EXPECT_EQ(Text(info->m_wsServerName), L"NODE-A");
 }
 
-TEST_F(PlainServerTest, TextsThatJustFitAreWhole) {
+TEST_F(PlainServerRecord, TextsThatJustFitAreWhole) {
     SetText(L"HomeDir", std::wstring(511, L'h'));
     SetText(L"ServerIP", std::wstring(510, L'i'));
     SetText(L"SERVERGUID", std::wstring(511, L'g'));
@@ -142,22 +142,22 @@ TEST_F(PlainServerTest, TextsThatJustFitAreWhole) {
     EXPECT_EQ(Text(info->m_wsServerGUID), std::wstring(511, L'g'));
 }
 
-TEST_F(PlainServerTest, AbsentHomeDirectoryFailsAndTouchesNothing) {
-    Registry().SetNumber(DefaultKey, L"HomeDir", 1);
+TEST_F(PlainServerRecord, AbsentHomeDirectoryFailsAndTouchesNothing) {
+    Registry().SetNumber(ProductKey, L"HomeDir", 1);
     EXPECT_FALSE(Fill());
     EXPECT_TRUE(info.Untouched());
     EXPECT_EQ(TakeLog(), Lines({Enter, "E Cannot get home directory", Leave}));
     EXPECT_EQ(TakeJournal(),
-              Lines({"RegOpenKeyExW(" + DefaultKeyText + ")", "RegQueryValueExW(HomeDir)", "RegCloseKey()"}));
+              Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(HomeDir)", "RegCloseKey()"}));
 }
 
-TEST_F(PlainServerTest, HomeDirectoryOfMoreThan1023CharactersFails) {
+TEST_F(PlainServerRecord, HomeDirectoryOfMoreThan1023CharactersFails) {
     SetText(L"HomeDir", std::wstring(1024, L'h'));
     EXPECT_FALSE(Fill());
     EXPECT_EQ(TakeLog(), Lines({Enter, "E Cannot get home directory", Leave}));
 }
 
-TEST_F(PlainServerTest, UnreadableIpMeansLoopback) {
+TEST_F(PlainServerRecord, UnreadableIpMeansLoopback) {
     SetNumber(L"ServerIP", 1);
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
@@ -167,7 +167,7 @@ TEST_F(PlainServerTest, UnreadableIpMeansLoopback) {
                   EndOfLog("D:\\Product", "{guid}"));
 }
 
-TEST_F(PlainServerTest, IpOfMoreThan1023CharactersMeansLoopback) {
+TEST_F(PlainServerRecord, IpOfMoreThan1023CharactersMeansLoopback) {
     SetText(L"ServerIP", std::wstring(1024, L'i'));
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
@@ -177,7 +177,7 @@ TEST_F(PlainServerTest, IpOfMoreThan1023CharactersMeansLoopback) {
                   EndOfLog("D:\\Product", "{guid}"));
 }
 
-TEST_F(PlainServerTest, UnreadableGuidMeansTheNullGuid) {
+TEST_F(PlainServerRecord, UnreadableGuidMeansTheNullGuid) {
     const std::string null = "00000000-0000-0000-0000-000000000000";
     SetText(L"SERVERGUID", std::wstring(1024, L'g'));
     EXPECT_TRUE(Fill());
@@ -188,7 +188,7 @@ TEST_F(PlainServerTest, UnreadableGuidMeansTheNullGuid) {
                              EndOfLog("D:\\Product", null));
 }
 
-TEST_F(PlainServerTest, EmptyTextsAreValues) {
+TEST_F(PlainServerRecord, EmptyTextsAreValues) {
     SetText(L"HomeDir", L"");
     SetText(L"ServerIP", L"");
     SetText(L"SERVERGUID", L"");
@@ -198,7 +198,7 @@ TEST_F(PlainServerTest, EmptyTextsAreValues) {
     EXPECT_EQ(Text(info->m_wsServerGUID), L"");
 }
 
-TEST_F(PlainServerTest, TextWithoutTerminatorShowsNothingOfTheValueReadBeforeIt) {
+TEST_F(PlainServerRecord, TextWithoutTerminatorShowsNothingOfTheValueReadBeforeIt) {
     SetText(L"HomeDir", L"D:\\A long home directory");
     SetCharacters(L"ServerIP", REG_SZ, L"10.0.0.1");
     SetCharacters(L"SERVERGUID", REG_EXPAND_SZ, L"{g}");
@@ -207,7 +207,7 @@ TEST_F(PlainServerTest, TextWithoutTerminatorShowsNothingOfTheValueReadBeforeIt)
     EXPECT_EQ(Text(info->m_wsServerGUID), L"{g}");
 }
 
-TEST_F(PlainServerTest, KeyThatCannotBeOpenedLeavesTheRegistrysMembers) {
+TEST_F(PlainServerRecord, KeyThatCannotBeOpenedLeavesTheRegistrysMembers) {
     Platform().FailCall("RegOpenKeyExW", ERROR_ACCESS_DENIED);
     EXPECT_TRUE([&] {
         new (info.get()) Info;
@@ -224,7 +224,7 @@ TEST_F(PlainServerTest, KeyThatCannotBeOpenedLeavesTheRegistrysMembers) {
     EXPECT_EQ(TakeLog(), Lines({Enter}) + EndOfLog("path", "guid"));
 }
 
-TEST_F(PlainServerTest, DataRootTakesTheHomeDirectorysPlace) {
+TEST_F(PlainServerRecord, DataRootTakesTheHomeDirectorysPlace) {
     SetText(L"DataRootPath", L"E:\\Data");
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsDataPath), L"E:\\Data");
@@ -235,20 +235,20 @@ TEST_F(PlainServerTest, DataRootTakesTheHomeDirectorysPlace) {
                      "I Got Normal Server: NODE-A, E:\\Data, {guid}", Leave}));
 }
 
-TEST_F(PlainServerTest, DataRootIsCutTo511Characters) {
+TEST_F(PlainServerRecord, DataRootIsCutTo511Characters) {
     SetText(L"DataRootPath", std::wstring(2000, L'd'));
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsDataPath), std::wstring(511, L'd'));
     EXPECT_EQ(Text(info->m_wsServerGUID), L"{guid}");
 }
 
-TEST_F(PlainServerTest, ComputerNameMayHave15Characters) {
+TEST_F(PlainServerRecord, ComputerNameMayHave15Characters) {
     SetComputerName(L"A-NODE-NAMED-15");
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Text(info->m_wsServerName), L"A-NODE-NAMED-15");
 }
 
-TEST_F(PlainServerTest, LongerComputerNameFails) {
+TEST_F(PlainServerRecord, LongerComputerNameFails) {
     SetComputerName(L"A-NODE-NAMED-016");
     EXPECT_FALSE(Fill());
     EXPECT_EQ(TakeLog(),
@@ -260,7 +260,7 @@ TEST_F(PlainServerTest, LongerComputerNameFails) {
     EXPECT_TRUE(IsPoison(&info->m_bIsOnline, 1));
 }
 
-TEST_F(PlainServerTest, FailingNameQueryFailsWithoutARegistryKeyToo) {
+TEST_F(PlainServerRecord, FailingNameQueryFailsWithoutARegistryKeyToo) {
     Platform().FailCall("RegOpenKeyExW", ERROR_FILE_NOT_FOUND);
     Platform().FailCall("GetComputerNameW", ERROR_GEN_FAILURE);
     Forget();

@@ -3,6 +3,7 @@
 #define SERVERFIXTURE_H
 
 #include "ClusterTest.h"
+#include "ProductNames.h"
 
 #include "platform/ClusterApi.h"
 #include "clus_VirtualServerUtil.h"
@@ -13,10 +14,6 @@ namespace harness {
 
 typedef CVirtualServerUtil Util;
 typedef CClusterVirtualServerInfo Info;
-
-const char SmtpType[] = "Microsoft Exchange SMTP Server Instance";
-const char StoreType[] = "Microsoft Exchange Information Store";
-const wchar_t ProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
 
 // A virtual server with its product resource "<name> Product".
 inline ModelBuilder& AddServer(ModelBuilder& model, const std::string& name, const std::string& owner,
@@ -46,8 +43,9 @@ inline ModelBuilder ThreeServers() {
     return model;
 }
 
-class ServerTest : public ClusterTest {
-protected:
+// With a parameter where the tests have one.
+template <typename... Interfaces> class ServerFixture : public ClusterTest, public Interfaces... {
+public:
     void Clustered() {
         Registry().SetNumber(ProductKey, L"IsCluster", 1);
     }
@@ -64,30 +62,19 @@ protected:
     }
 
     // The cluster calls since the journal was taken last; registry and Winsock calls are left out.
-    std::vector<std::string> TakeClusterCalls() {
-        std::vector<std::string> calls;
+    Texts TakeClusterCalls() {
+        Texts calls;
         for (const std::string& line : Platform().Journal()) {
-            if (line.compare(0, 3, "Reg") != 0 && line.compare(0, 3, "WSA") != 0) {
+            if (!BeginsWith(line, "Reg") && !BeginsWith(line, "WSA")) {
                 calls.push_back(line);
             }
         }
         TakeJournal();
         return calls;
     }
-
-    // Information, warnings and errors since the log was taken last.
-    std::vector<std::string> TakeMessages() {
-        std::vector<std::string> messages;
-        for (const LogLine& line : Log().Entries()) {
-            const std::string text = line.Compact();
-            if (text[0] != '>' && text[0] != '<') {
-                messages.push_back(text);
-            }
-        }
-        TakeLog();
-        return messages;
-    }
 };
+using ServerTest = ServerFixture<>;
+template <typename Param> using ServerTestWith = ServerFixture<::testing::WithParamInterface<Param>>;
 
 } // namespace harness
 

@@ -9,28 +9,27 @@ using ::testing::ElementsAre;
 
 namespace {
 
-class ServerInfo : public ServerTest {
-protected:
-    // GetVirtualServerInfo of a resource of the cluster, opened for the purpose.
-    bool Describe(const wchar_t* name, Info& info, bool dataPath = true, bool smtp = false) {
-        CCluster cluster;
-        CClusterResource resource;
-        EXPECT_TRUE(cluster.OpenByLPC());
-        EXPECT_TRUE(cluster.OpenResourceByName(resource, name));
-        Forget();
-        const bool result = Util::GetVirtualServerInfo(resource.GetResourceHandle(), info, dataPath, smtp);
-        EXPECT_TRUE(resource.GetResourceState(nullptr, nullptr) != CClusterResource::RES_STATE_UNKNOWN)
-            << "the handle stays the caller's and open";
-        return result;
-    }
+using ServerInfo = ServerTest;
 
-    // A failing description ends with this message and the leaving line.
-    void ExpectRefused(const std::string& message) {
-        Info info;
-        EXPECT_FALSE(Describe(L"EVS1 Product", info));
-        EXPECT_THAT(TakeLog(), ::testing::EndsWith(Lines({message, "< CVirtualServerUtil::GetVirtualServerInfo()"})));
-    }
-};
+// GetVirtualServerInfo of a resource of the cluster, opened for the purpose.
+bool Describe(LibraryTest& test, const wchar_t* name, Info& info, bool dataPath = true, bool smtp = false) {
+    CCluster cluster;
+    CClusterResource resource;
+    EXPECT_TRUE(cluster.OpenByLPC());
+    EXPECT_TRUE(cluster.OpenResourceByName(resource, name));
+    test.Forget();
+    const bool result = Util::GetVirtualServerInfo(resource.GetResourceHandle(), info, dataPath, smtp);
+    EXPECT_TRUE(resource.GetResourceState(nullptr, nullptr) != CClusterResource::RES_STATE_UNKNOWN)
+        << "the handle stays the caller's and open";
+    return result;
+}
+
+// A failing description ends with this message and the leaving line.
+void ExpectRefused(LibraryTest& test, const std::string& message) {
+    Info info;
+    EXPECT_FALSE(Describe(test, L"EVS1 Product", info));
+    EXPECT_THAT(test.TakeLog(), ::testing::EndsWith(Lines({message, "< CVirtualServerUtil::GetVirtualServerInfo()"})));
+}
 
 } // namespace
 
@@ -38,7 +37,7 @@ TEST_F(ServerInfo, ComesFromTheProductResourceAndWhatItDependsOn) {
     ClusterOf(OneServer());
     Guarded<Info> info;
     new (info.get()) Info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", *info));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", *info));
     EXPECT_TRUE(info.GuardsIntact());
     EXPECT_FALSE(info->m_bIsOnline) << "not this function's business";
     EXPECT_EQ(info->m_nSmtpInstanceCount, -1);
@@ -51,7 +50,7 @@ TEST_F(ServerInfo, ComesFromTheProductResourceAndWhatItDependsOn) {
 TEST_F(ServerInfo, WithoutTheDataPathReadsItOnceAndKeepsTheRecords) {
     ClusterOf(OneServer());
     Info info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", info, false));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", info, false));
     EXPECT_STREQ(info.m_wsDataPath, L"");
     const auto reads = [this] {
         const std::vector<std::string> calls = TakeClusterCalls();
@@ -59,7 +58,7 @@ TEST_F(ServerInfo, WithoutTheDataPathReadsItOnceAndKeepsTheRecords) {
                              [](const std::string& call) { return call.find("KOVA_DATA_PATH") != std::string::npos; });
     };
     EXPECT_EQ(reads(), 1);
-    ASSERT_TRUE(Describe(L"EVS1 Product", info, true));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", info, true));
     EXPECT_EQ(reads(), 2);
 }
 
@@ -73,65 +72,58 @@ TEST_F(ServerInfo, OfANullHandleIsRefused) {
 TEST_F(ServerInfo, OfAnotherResourceIsRefused) {
     ClusterOf(OneServer());
     Info info;
-    EXPECT_FALSE(Describe(L"EVS1 IP", info));
+    EXPECT_FALSE(Describe(*this, L"EVS1 IP", info));
     EXPECT_THAT(TakeMessages(), ElementsAre("W This is not a KOVA resource, its type is: IP Address"));
 }
 
-TEST_F(ServerInfo, NeedsTheType) {
+// What cannot be read, by a fault of the cluster or a failing call of the library.
+struct Missing {
+    const char* name;
+    const char* message;
+    const char* fault; // empty: the call fails
+    const char* call = "";
+    DWORD code = 0;
+    unsigned occurrence = 1;
+    FaultMode mode = FaultMode::Once;
+
+    friend void PrintTo(const Missing& row, std::ostream* out) {
+        *out << row.name;
+    }
+};
+
+const Missing AllMissing[] = {
+    {"TheType", "W NULL resource type", "ClusterResourceControl@EVS1 Product=5"},
+    {"TheNetworkNameResource", "W Cannot get Network name resource", "", "ResUtilGetResourceDependency", 5007},
+    {"TheAddressResource", "W Cannot get IP address resource", "", "ResUtilGetResourceDependency", 5007, 2},
+    {"TheNetworkName", "W Cannot get RES_PROP_NETWORK_NAME property.", "ClusterResourceControl@0x01000169=5"},
+    {"TheDataPath", "W Cannot get KOVA_DATA_PATH property.", "", "ResUtilFindSzProperty", 2},
+    {"AKnownQuorumMode", "W Unexpected cluster quorum mode!", "", "ResUtilResourceTypesEqual", 0, 1,
+     FaultMode::FromThenOn},
+    {"TheId", "W Cannot get RES_PROP_GUID property.", "ClusterResourceControl@0x01000039=5"},
+    {"TheAddress", "W Cannot get IP Address property.", "", "ResUtilFindSzProperty", 2, 3}};
+
+using ServerInfoNeeds = ServerTestWith<Missing>;
+
+TEST_P(ServerInfoNeeds, AndIsRefusedWithout) {
+    const Missing& row = GetParam();
     ClusterOf(OneServer());
-    AddFault("ClusterResourceControl@EVS1 Product=5");
-    ExpectRefused("W NULL resource type");
+    if (*row.fault) {
+        AddFault(row.fault);
+    } else {
+        Platform().FailCall(row.call, row.code, row.occurrence, row.mode);
+    }
+    ExpectRefused(*this, row.message);
 }
 
-TEST_F(ServerInfo, NeedsTheNetworkNameResource) {
-    ClusterOf(OneServer());
-    Platform().FailCall("ResUtilGetResourceDependency", 5007);
-    ExpectRefused("W Cannot get Network name resource");
-}
-
-TEST_F(ServerInfo, NeedsTheAddressResource) {
-    ClusterOf(OneServer());
-    Platform().FailCall("ResUtilGetResourceDependency", 5007, 2);
-    ExpectRefused("W Cannot get IP address resource");
-}
-
-TEST_F(ServerInfo, NeedsTheNetworkName) {
-    ClusterOf(OneServer());
-    AddFault("ClusterResourceControl@0x01000169=5");
-    ExpectRefused("W Cannot get RES_PROP_NETWORK_NAME property.");
-}
-
-TEST_F(ServerInfo, NeedsTheDataPath) {
-    ClusterOf(OneServer());
-    Platform().FailCall("ResUtilFindSzProperty", 2);
-    ExpectRefused("W Cannot get KOVA_DATA_PATH property.");
-}
+INSTANTIATE_TEST_SUITE_P(Each, ServerInfoNeeds, ::testing::ValuesIn(AllMissing), RowName());
 
 TEST_F(ServerInfo, NeedsTheDataPathTheSecondTimeToo) {
     ClusterOf(OneServer());
     Platform().FailCall("ResUtilFindSzProperty", 2, 2);
     Info info;
-    EXPECT_FALSE(Describe(L"EVS1 Product", info));
+    EXPECT_FALSE(Describe(*this, L"EVS1 Product", info));
     EXPECT_THAT(TakeMessages(),
                 ElementsAre("I Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY", "W Cannot get KOVA_DATA_PATH property."));
-}
-
-TEST_F(ServerInfo, NeedsAKnownQuorumMode) {
-    ClusterOf(OneServer());
-    Platform().FailCall("ResUtilResourceTypesEqual", 0, 1, FaultMode::FromThenOn);
-    ExpectRefused("W Unexpected cluster quorum mode!");
-}
-
-TEST_F(ServerInfo, NeedsTheId) {
-    ClusterOf(OneServer());
-    AddFault("ClusterResourceControl@0x01000039=5");
-    ExpectRefused("W Cannot get RES_PROP_GUID property.");
-}
-
-TEST_F(ServerInfo, NeedsTheAddress) {
-    ClusterOf(OneServer());
-    Platform().FailCall("ResUtilFindSzProperty", 2, 3);
-    ExpectRefused("W Cannot get IP Address property.");
 }
 
 TEST_F(ServerInfo, TextsAreCutToTheRecord) {
@@ -145,7 +137,7 @@ TEST_F(ServerInfo, TextsAreCutToTheRecord) {
         .Private("KOVA_DATA_PATH", std::string(5000, 'D'));
     ClusterOf(model);
     Guarded<Info> info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", *info));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", *info));
     EXPECT_TRUE(info.GuardsIntact());
     EXPECT_EQ(std::wstring(info->m_wsServerIP), std::wstring(510, L'1'));
     EXPECT_EQ(std::wstring(info->m_wsServerName), std::wstring(511, L'N'));
@@ -158,7 +150,7 @@ TEST_F(ServerInfo, AskedForSmtpInstancesWarnsLeavesAndThenCollectsThem) {
     ClusterOf(model);
     ASSERT_TRUE(Util::CheckIsClusterByRegKey());
     Info info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", info, true, true));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", info, true, true));
     EXPECT_EQ(info.m_nSmtpInstanceCount, 1);
     EXPECT_EQ(info.m_dwSmtpInstanceIds[0], 7u);
     EXPECT_THAT(TakeLog(),
@@ -173,7 +165,7 @@ TEST_F(ServerInfo, AskedForSmtpInstancesDependsOnThem) {
     ASSERT_TRUE(Util::CheckIsClusterByRegKey());
     Platform().FailCall("OpenClusterGroup", 5);
     Info info;
-    EXPECT_FALSE(Describe(L"EVS1 Product", info, true, true));
+    EXPECT_FALSE(Describe(*this, L"EVS1 Product", info, true, true));
     EXPECT_STREQ(info.m_wsServerIP, L"192.0.2.1");
 }
 
@@ -182,7 +174,7 @@ TEST_F(ServerInfo, OnAPlainServerHasNoSmtpInstances) {
     PlainServer();
     Info info;
     info.m_nSmtpInstanceCount = 5;
-    EXPECT_TRUE(Describe(L"EVS1 Product", info, false, true));
+    EXPECT_TRUE(Describe(*this, L"EVS1 Product", info, false, true));
     EXPECT_STREQ(info.m_wsDataPath, L"");
     EXPECT_EQ(info.m_nSmtpInstanceCount, -1);
 }
@@ -190,7 +182,7 @@ TEST_F(ServerInfo, OnAPlainServerHasNoSmtpInstances) {
 TEST_F(ServerInfo, OfAPoisonedRecordEndsEachTextWithZeros) {
     ClusterOf(OneServer());
     Guarded<Info> info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", *info));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", *info));
     EXPECT_TRUE(info.GuardsIntact());
     const auto zeroFrom = [](const wchar_t* member, std::size_t length, std::size_t size) {
         return std::all_of(member + length, member + size, [](wchar_t c) { return c == L'\0'; });
@@ -212,18 +204,18 @@ TEST_F(ServerInfo, NeedsWhatTheProductResourceDependsOn) {
     };
     const ModelBuilder group = GivenCluster("EXCLUS").Node("NODE-A").Group("EVS1", "NODE-A");
     ClusterOf(product(ModelBuilder(group).IpAddress("Name", "192.0.2.1")));
-    ExpectRefused("W Cannot get Network name resource");
+    ExpectRefused(*this, "W Cannot get Network name resource");
     ClusterOf(product(ModelBuilder(group).NetworkName("Name", "EVS1")));
-    ExpectRefused("W Cannot get IP address resource");
+    ExpectRefused(*this, "W Cannot get IP address resource");
     ClusterOf(product(ModelBuilder(group).Resource("IP", "IP Address").NetworkName("Name", "EVS1").DependsOn("IP")));
-    ExpectRefused("W Cannot get IP Address property.");
+    ExpectRefused(*this, "W Cannot get IP Address property.");
 }
 
 TEST_F(ServerInfo, NeedsTheDataPathProperty) {
     ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
     model.Group("EVS1", "NODE-A").IpAddress("IP", "192.0.2.1").NetworkName("Name", "EVS1").DependsOn("IP");
     ClusterOf(model.Resource("EVS1 Product", "clusRDLL").DependsOn("Name"));
-    ExpectRefused("W Cannot get KOVA_DATA_PATH property.");
+    ExpectRefused(*this, "W Cannot get KOVA_DATA_PATH property.");
 }
 
 TEST_F(ServerInfo, RefusesAnEmptyDataPathThoughItIsNotAskedFor) {
@@ -232,22 +224,23 @@ TEST_F(ServerInfo, RefusesAnEmptyDataPathThoughItIsNotAskedFor) {
     ClusterOf(model.Resource("EVS1 Product", "clusRDLL").DependsOn("Name").Private("KOVA_DATA_PATH", ""));
     for (const bool dataPath : {true, false}) {
         Info info;
-        EXPECT_FALSE(Describe(L"EVS1 Product", info, dataPath));
+        EXPECT_FALSE(Describe(*this, L"EVS1 Product", info, dataPath));
         EXPECT_THAT(TakeMessages(), ElementsAre("W KOVA_DATA_PATH string length is 0"));
     }
 }
 
 // The second reading of the data path
 
-class DataPathReading : public ServerInfo {
-protected:
-    // Changes the first character of what the second reading gives.
-    void ChangeSecond(wchar_t first) {
-        m_first = first;
+using DataPathReading = ServerTest;
+
+// Changes the first character of what the second reading gives.
+class SecondReading {
+public:
+    explicit SecondReading(wchar_t first) : m_first(first) {
     }
 
 private:
-    wchar_t m_first = L'\0';
+    wchar_t m_first;
     int m_reads = 0;
     ImportPatch<DWORD(PVOID, DWORD, LPCWSTR, LPWSTR*), struct FindTextTag> m_patch{
         FindImports(LibraryModule(), "resutils.dll", "ResUtilFindSzProperty"),
@@ -262,17 +255,17 @@ private:
 
 TEST_F(DataPathReading, TheSecondOneCounts) {
     ClusterOf(OneServer());
-    ChangeSecond(L'G');
+    const SecondReading second(L'G');
     Info info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", info));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", info));
     EXPECT_STREQ(info.m_wsDataPath, L"G:\\EVS1");
 }
 
 TEST_F(DataPathReading, TheSecondOneMayNotBeEmpty) {
     ClusterOf(OneServer());
-    ChangeSecond(L'\0');
+    const SecondReading second(L'\0');
     Info info;
-    EXPECT_FALSE(Describe(L"EVS1 Product", info));
+    EXPECT_FALSE(Describe(*this, L"EVS1 Product", info));
     EXPECT_THAT(TakeMessages(),
                 ElementsAre("I Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY", "W KOVA_DATA_PATH string length is 0"));
 }
@@ -282,7 +275,7 @@ TEST_F(DataPathReading, TheSecondOneMayNotBeEmpty) {
 TEST_F(ServerInfo, AsksForEachThingInItsOrder) {
     ClusterOf(OneServer("clusRDLLCCR"));
     Info info;
-    ASSERT_TRUE(Describe(L"EVS1 Product", info));
+    ASSERT_TRUE(Describe(*this, L"EVS1 Product", info));
     const std::string name = "Network Name of EVS1 Product";
     const std::string address = "IP Address of " + name;
     EXPECT_THAT(

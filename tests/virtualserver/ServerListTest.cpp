@@ -7,25 +7,23 @@ using ::testing::ElementsAre;
 
 namespace {
 
-class ServerList : public ServerTest {
-protected:
-    // The servers' names, by the count protocol.
-    std::vector<std::wstring> Names() {
-        Util util;
-        int count = 0;
-        EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
-        std::vector<Info> records(static_cast<std::size_t>(count) + 1);
-        const int announced = count;
-        EXPECT_EQ(util.EnumServersOnCurrentNode(records.data(), &count), Util::ENUM_VS_RESULT_SUCCESS);
-        EXPECT_EQ(count, announced);
-        std::vector<std::wstring> names;
-        for (int i = 0; i < count; ++i) {
-            names.push_back(records[static_cast<std::size_t>(i)].m_wsServerName);
-        }
-        return names;
-    }
-};
+using ServerList = ServerTest;
 
+// The servers' names, by the count protocol.
+Names ServerNames() {
+    Util util;
+    int count = 0;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+    std::vector<Info> records(static_cast<std::size_t>(count) + 1);
+    const int announced = count;
+    EXPECT_EQ(util.EnumServersOnCurrentNode(records.data(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(count, announced);
+    Names names;
+    for (int i = 0; i < count; ++i) {
+        names.push_back(records[static_cast<std::size_t>(i)].m_wsServerName);
+    }
+    return names;
+}
 } // namespace
 
 TEST_F(ServerList, HoldsTheServersOfThisNodeInTheClustersOrder) {
@@ -60,7 +58,7 @@ TEST_F(ServerList, OfANullBufferIsTheCountOnly) {
 
 TEST_F(ServerList, FitsABufferOfExactlyTheCount) {
     ClusterOf(ThreeServers());
-    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS1", L"EVS2"));
 }
 
 TEST_F(ServerList, ThatDoesNotFitLeavesTheBufferAloneAndLogsTheCountTwice) {
@@ -182,33 +180,33 @@ TEST_F(ServerList, FailsWithoutTouchingAnythingWhenTheClusterCannotBeRead) {
 TEST_F(ServerList, LeavesOutAResourceThatCannotBeOpened) {
     ClusterOf(ThreeServers());
     Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007, 1, FaultMode::FromThenOn);
-    EXPECT_THAT(Names(), ElementsAre(L"EVS2"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS2"));
     EXPECT_THAT(TakeMessages(), Contains("W Warning, open resource EVS1 Product fail, code: 5007").Times(2));
 }
 
 TEST_F(ServerList, LeavesOutAResourceWithoutType) {
     ClusterOf(ThreeServers());
     AddFault("ClusterResourceControl@EVS1 Product=5");
-    EXPECT_THAT(Names(), ElementsAre(L"EVS2"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS2"));
     EXPECT_THAT(TakeMessages(), Contains("W cannot get resource type for res:EVS1 Product, skip this resource."));
 }
 
 TEST_F(ServerList, LeavesOutTheServersOfOtherNodes) {
     ClusterOf(ThreeServers());
-    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS1", L"EVS2"));
     EXPECT_THAT(TakeMessages(), Contains("I This resource: EVS3 Product is online on node:NODE-B, skip."));
 }
 
 TEST_F(ServerList, TakesANodeOfAnotherLetterCaseForAnotherNode) {
     SetComputerName(L"node-a");
     ClusterOf(ThreeServers());
-    EXPECT_TRUE(Names().empty());
+    EXPECT_TRUE(ServerNames().empty());
 }
 
 TEST_F(ServerList, LeavesOutAResourceWhoseStateCannotBeRead) {
     ClusterOf(OneServer());
     Platform().FailCall("GetClusterResourceState", 6, 1, FaultMode::FromThenOn);
-    EXPECT_TRUE(Names().empty());
+    EXPECT_TRUE(ServerNames().empty());
     EXPECT_THAT(TakeMessages(), Contains("I This resource: EVS1 Product is online on node:, skip."));
 }
 
@@ -216,7 +214,7 @@ TEST_F(ServerList, LeavesOutAServerThatCannotBeDescribed) {
     ModelBuilder model = ThreeServers();
     model.Group("EVS4", "NODE-A").Resource("Lonely Product", "clusRDLL").Private("KOVA_DATA_PATH", "F:\\");
     ClusterOf(model);
-    EXPECT_THAT(Names(), ElementsAre(L"EVS1", L"EVS2"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS1", L"EVS2"));
     EXPECT_THAT(TakeMessages(), Contains(::testing::StartsWith(
                                     "W Warning, GetVirtualServerInfo for server Lonely Product fail, code: ")));
 }
@@ -231,7 +229,7 @@ TEST_F(ServerList, LeavesOutAServerWithAnEmptyDataPath) {
         .DependsOn("Name")
         .Private("KOVA_DATA_PATH", "");
     ClusterOf(model);
-    EXPECT_TRUE(Names().empty());
+    EXPECT_TRUE(ServerNames().empty());
     EXPECT_THAT(TakeMessages(), Contains("W KOVA_DATA_PATH string length is 0"));
 }
 
@@ -239,7 +237,7 @@ TEST_F(ServerList, HoldsContinuousReplicationServersToo) {
     ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
     AddServer(model, "EVS1", "NODE-A", "192.0.2.1", "clusRDLLCCR");
     ClusterOf(model);
-    EXPECT_THAT(Names(), ElementsAre(L"EVS1"));
+    EXPECT_THAT(ServerNames(), ElementsAre(L"EVS1"));
     EXPECT_THAT(TakeMessages(), Contains("I Quorum Mode: CLUSTER_QUORUM_CCR"));
 }
 
@@ -253,7 +251,7 @@ TEST_F(ServerList, ComparesResourceTypesExactly) {
                                        *cb = 18;
                                        return ERROR_SUCCESS;
                                    });
-    EXPECT_TRUE(Names().empty());
+    EXPECT_TRUE(ServerNames().empty());
     EXPECT_THAT(TakeMessages(), Contains("I Skip resource EVS1 Product:CLUSRDLL"));
 }
 
@@ -263,7 +261,7 @@ TEST_F(ServerList, ReadsLongNames) {
         AddServer(model, "EVS1", "NODE-A", "192.0.2.1");
         model.Resource(std::string(length, 'x'), "Generic Service");
         ClusterOf(model);
-        EXPECT_THAT(Names(), ElementsAre(L"EVS1"));
+        EXPECT_THAT(ServerNames(), ElementsAre(L"EVS1"));
     }
 }
 

@@ -7,14 +7,12 @@ using ::testing::ElementsAre;
 
 namespace {
 
-typedef std::vector<std::string> Texts;
-
 Texts operator+(Texts left, const Texts& right) {
     left.insert(left.end(), right.begin(), right.end());
     return left;
 }
 
-class SmtpInstances : public ServerTest {};
+using SmtpInstances = ServerTest;
 
 TEST_F(SmtpInstances, AreThoseOfTheServersGroup) {
     ModelBuilder model = OneServer();
@@ -115,28 +113,32 @@ TEST_F(SmtpInstances, WholeTranscript) {
 TEST_F(SmtpInstances, WholeTranscriptOfTheFailureOfEachStep) {
     const Texts opening = {"E Open resource failed:SMTP 2, err=5"};
     const struct {
+        const char* name;
         const char* call;
         unsigned occurrence;
         int count; // as it is left in the record
         Texts log; // up to the exit
     } cases[] = {
-        {"OpenCluster", 1, -1,
+        {"the cluster is not opened", "OpenCluster", 1, -1,
          Asked + Texts{"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC(), err=5", "< CCluster::OpenByLPC()"}},
-        {"ClusterOpenEnum", 1, -1, Searched({"E calling ClusterOpenEnum failed", "E EnumNames failed"})},
-        {"OpenClusterResource(EVS1 Name)", 1, -1,
+        {"its resources are not listed", "ClusterOpenEnum", 1, -1,
+         Searched({"E calling ClusterOpenEnum failed", "E EnumNames failed"})},
+        {"a resource of the search is not opened", "OpenClusterResource(EVS1 Name)", 1, -1,
          Searched({"E Open resource failed:EVS1 Name, err=5", "E Unable to open resource: EVS1 Name"})},
-        {"OpenClusterResource(EVS1 Name)", 2, -1, Found + Texts{"E Open resource failed:EVS1 Name, err=5"}},
-        {"GetClusterResourceState", 1, -1, Found + Texts{"E ClusterResourceStateUnknown == 0"}},
-        {"OpenClusterGroup", 1, -1, Found + Texts{"E Open group failed, code:5"}},
-        {"ClusterGroupOpenEnum", 1, -1, Listed({"E NULL == hEnum"}, {})},
-        {"OpenClusterResource(SMTP 2)", 1, -1, Listed({}, opening)},
-        {"OpenClusterResource(SMTP 2)", 2, 1, Listed({}, {}) + opening},
-        {"ClusterResourceControl(SMTP 2,GET_PRIVATE_PROPERTIES,128)", 1, 1,
+        {"the network name is not opened", "OpenClusterResource(EVS1 Name)", 2, -1,
+         Found + Texts{"E Open resource failed:EVS1 Name, err=5"}},
+        {"its state is not read", "GetClusterResourceState", 1, -1,
+         Found + Texts{"E ClusterResourceStateUnknown == 0"}},
+        {"the group is not opened", "OpenClusterGroup", 1, -1, Found + Texts{"E Open group failed, code:5"}},
+        {"its resources are not listed by type", "ClusterGroupOpenEnum", 1, -1, Listed({"E NULL == hEnum"}, {})},
+        {"an instance is not opened by the listing", "OpenClusterResource(SMTP 2)", 1, -1, Listed({}, opening)},
+        {"an instance is not opened", "OpenClusterResource(SMTP 2)", 2, 1, Listed({}, {}) + opening},
+        {"its properties are not read", "ClusterResourceControl(SMTP 2,GET_PRIVATE_PROPERTIES,128)", 1, 1,
          Listed({}, {}) + Texts{"E Calling ClusterResourceControl returns error, code:5"}},
-        {"ResUtilFindDwordProperty", 2, 1, Listed({}, {})},
+        {"its number is not found", "ResUtilFindDwordProperty", 2, 1, Listed({}, {})},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.call + std::string(" ") + std::to_string(c.occurrence));
+        SCOPED_TRACE(c.name);
         ClusterOf(TwoInstances());
         ASSERT_TRUE(Util::CheckIsClusterByRegKey());
         Forget();

@@ -7,7 +7,7 @@ using ::testing::ElementsAre;
 
 namespace {
 
-class StoreOnline : public ServerTest {};
+using StoreOnline = ServerTest;
 
 TEST_F(StoreOnline, IsTrueForAStoreThatIsOnlineHere) {
     ModelBuilder model = OneServer();
@@ -45,12 +45,15 @@ TEST_F(StoreOnline, SkipsAStoreThatCannotBeOpened) {
 
 TEST_F(StoreOnline, IsFalseWhenTheClusterCannotBeRead) {
     struct {
+        const char* name;
         const char* call;
         const char* message;
-    } const cases[] = {{"OpenCluster", "W Calling CCluster::OpenByLPC() fail"},
-                       {"ClusterOpenEnum", "W Calling CCluster::EnumResourceNamesByType fail"},
-                       {"GetComputerNameW", "W Calling GetComputerName fail"}};
+    } const cases[] = {
+        {"the cluster is not opened", "OpenCluster", "W Calling CCluster::OpenByLPC() fail"},
+        {"its resources are not listed", "ClusterOpenEnum", "W Calling CCluster::EnumResourceNamesByType fail"},
+        {"this node is not known", "GetComputerNameW", "W Calling GetComputerName fail"}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         ClusterOf(OneServer());
         Platform().FailCall(c.call, 5);
         EXPECT_FALSE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());

@@ -6,7 +6,7 @@ using namespace harness;
 
 namespace {
 
-class WebSiteTest : public HostTest {
+class WebSiteId : public HostTest {
 protected:
     const std::string Enter = "> CVirtualServerUtil::CheckIsClusterByRegKey()";
     const std::string Leave = "< CVirtualServerUtil::CheckIsClusterByRegKey()";
@@ -18,39 +18,39 @@ private:
     WebServerStandIn m_webServer{Platform(), serverType, siteId};
 };
 
-TEST_F(WebSiteTest, SiteOfTheHomeDirectoryIsAsked) {
+TEST_F(WebSiteId, SiteOfTheHomeDirectoryIsAsked) {
     SetText(L"HomeDir", L"D:\\Product");
     for (const int number : {1, 0, 77, -1}) {
         siteId = number;
         EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), number);
         EXPECT_EQ(TakeLog(), Lines({Enter, "I Got IIS web site id: " + std::to_string(number), Leave}));
-        EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + DefaultKeyText + ")", "RegQueryValueExW(HomeDir)",
+        EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(HomeDir)",
                                         "CWebServer(D:\\Product)", "GetServerType()", "GetIISSiteID()", "~CWebServer()",
                                         "RegCloseKey()"}));
     }
 }
 
-TEST_F(WebSiteTest, OtherServersHaveNoSite) {
+TEST_F(WebSiteId, OtherServersHaveNoSite) {
     SetText(L"HomeDir", L"D:\\Product");
     for (const int type : {1, 2, -1}) {
         serverType = type;
         EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), -1);
         EXPECT_EQ(TakeLog(), Lines({Enter, Leave}));
         EXPECT_EQ(TakeJournal(),
-                  Lines({"RegOpenKeyExW(" + DefaultKeyText + ")", "RegQueryValueExW(HomeDir)",
+                  Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(HomeDir)",
                          "CWebServer(D:\\Product)", "GetServerType()", "~CWebServer()", "RegCloseKey()"}));
     }
 }
 
-TEST_F(WebSiteTest, AbsentHomeDirectoryIsAnError) {
-    Registry().CreateKey(DefaultKey);
+TEST_F(WebSiteId, AbsentHomeDirectoryIsAnError) {
+    Registry().CreateKey(ProductKey);
     EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), -1);
     EXPECT_EQ(TakeLog(), Lines({Enter, "E Cannot get home directory", Leave}));
     EXPECT_EQ(TakeJournal(),
-              Lines({"RegOpenKeyExW(" + DefaultKeyText + ")", "RegQueryValueExW(HomeDir)=2", "RegCloseKey()"}));
+              Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(HomeDir)=2", "RegCloseKey()"}));
 }
 
-TEST_F(WebSiteTest, HomeDirectoryMayHave1023Characters) {
+TEST_F(WebSiteId, HomeDirectoryMayHave1023Characters) {
     const std::wstring homeDir(1023, L'h');
     SetText(L"HomeDir", homeDir);
     EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), 1);
@@ -60,17 +60,19 @@ TEST_F(WebSiteTest, HomeDirectoryMayHave1023Characters) {
     EXPECT_EQ(TakeJournal().find("CWebServer"), std::string::npos);
 }
 
-TEST_F(WebSiteTest, MissingKeyHasNoSiteAndNoError) {
+TEST_F(WebSiteId, MissingKeyHasNoSiteAndNoError) {
     EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), -1);
     EXPECT_EQ(TakeLog(), Lines({Enter, Leave}));
-    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + DefaultKeyText + ")=2"}));
+    EXPECT_EQ(TakeJournal(), Lines({"RegOpenKeyExW(" + ProductKeyText + ")=2"}));
     const std::vector<OpenedKey> keys = TakeOpenedKeys();
     ASSERT_EQ(keys.size(), 1u);
     EXPECT_EQ(keys[0].access, static_cast<REGSAM>(KEY_READ));
 }
 
 // The default implementation of that library, on this machine without a web server.
-TEST_F(HostTest, HomeDirectoryThatNoSiteServesHasNoSite) {
+using WebSiteIdOfThisMachine = HostTest;
+
+TEST_F(WebSiteIdOfThisMachine, HomeDirectoryThatNoSiteServesHasNoSite) {
     SetText(L"HomeDir", L"Q:\\no such folder");
     EXPECT_EQ(CVirtualServerUtil::QueryIISSiteID(), -1);
 }

@@ -1,6 +1,6 @@
 // Real settings files beside a host executable, in a folder of the test's own.
-#ifndef SETTINGSFIXTURE_H
-#define SETTINGSFIXTURE_H
+#ifndef SETTINGSFILES_H
+#define SETTINGSFILES_H
 
 #include "HostFixture.h"
 
@@ -9,24 +9,27 @@ namespace harness {
 const wchar_t SettingsFileName[] = L"cfg_ProductRegistry.txt";
 const char SettingsEntry[] = "RegKeyProductCurrentVersion\tSOFTWARE\\Other\n";
 
-class SettingsTest : public HostTest {
-protected:
-    SettingsTest() {
+class SettingsFiles {
+public:
+    // The library finds them: it runs in this folder.
+    explicit SettingsFiles(HostTest& test) : m_test(test) {
         wchar_t temporary[MAX_PATH];
         GetTempPathW(MAX_PATH, temporary);
         m_folder = temporary + std::wstring(L"clusutil-settings-") + std::to_wstring(GetCurrentProcessId()) + L"\\";
         m_configFolder = m_folder + L"config\\";
         CreateDirectoryW(m_folder.c_str(), nullptr);
         CreateDirectoryW(m_configFolder.c_str(), nullptr);
-        SetHostPath(m_folder + L"host.exe");
+        test.SetHostPath(m_folder + L"host.exe");
     }
-    ~SettingsTest() override {
+    ~SettingsFiles() {
         for (const std::wstring& file : m_files) {
             DeleteFileW(file.c_str());
         }
         RemoveDirectoryW(m_configFolder.c_str());
         RemoveDirectoryW(m_folder.c_str());
     }
+    SettingsFiles(const SettingsFiles&) = delete;
+    SettingsFiles& operator=(const SettingsFiles&) = delete;
 
     void WriteText(const std::wstring& path, const std::string& text) {
         FILE* file = _wfopen(path.c_str(), L"wb");
@@ -43,10 +46,10 @@ protected:
     }
 
     // The key that the library now takes for the product's.
-    std::string ProductKey() {
-        TakeOpenedKeys();
+    std::string KeyInUse() {
+        m_test.TakeOpenedKeys();
         CVirtualServerUtil::GetClusterQuorumModeByRegKey();
-        const std::vector<OpenedKey> keys = TakeOpenedKeys();
+        const std::vector<HostTest::OpenedKey> keys = m_test.TakeOpenedKeys();
         EXPECT_EQ(keys.size(), 1u);
         return keys.empty() ? "none" : keys[0].path;
     }
@@ -60,14 +63,19 @@ protected:
             CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
         return alone != INVALID_HANDLE_VALUE && CloseHandle(alone);
     }
-    std::string Path(const std::wstring& path) const {
-        return Utf8(path);
+
+    // Both with a backslash at the end.
+    const std::wstring& Folder() const {
+        return m_folder;
+    }
+    const std::wstring& ConfigFolder() const {
+        return m_configFolder;
     }
 
+private:
+    HostTest& m_test;
     std::wstring m_folder;
     std::wstring m_configFolder;
-
-private:
     std::vector<std::wstring> m_files;
     std::vector<std::string> m_opened;
     ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct OpenFileTag> m_openFilePatch{
@@ -76,6 +84,11 @@ private:
             m_opened.push_back(Utf8(path));
             return m_openFilePatch.Next(path, mode);
         }};
+};
+
+class SettingsTest : public HostTest {
+protected:
+    SettingsFiles files{*this};
 };
 
 } // namespace harness
