@@ -9,7 +9,7 @@ namespace {
 
 const DWORD RetryInterval = 5000;
 
-Texts Attempt(unsigned code) {
+Texts Attempted(unsigned code) {
     Texts messages;
     if (code != 0) {
         messages.push_back("E CClusterResource::AddOwnder fail, code:" + std::to_string(code));
@@ -19,14 +19,14 @@ Texts Attempt(unsigned code) {
 }
 
 Texts Refused(const std::string& node, unsigned code) {
-    return Attempt(code) + Texts({"I Retrying adding node " + node + " to possible owner list"});
+    return Attempted(code) + Texts({"I Retrying adding node " + node + " to possible owner list"});
 }
 
 Texts Added(unsigned code) {
-    return Attempt(code) + Texts({"I AddOwner operation ok."});
+    return Attempted(code) + Texts({"I AddOwner operation ok."});
 }
 
-Texts Start(const std::string& node) {
+Texts Adding(const std::string& node) {
     return {"I Adding node " + node + " as its possible owner"};
 }
 
@@ -50,7 +50,7 @@ TEST_F(CreateProductOwner, IsAddedAtTheFirstAttemptWhenTheClusterAgreesOrHasItAl
             Platform().FailCall("AddClusterResourceNode", code, 1, FaultMode::FromThenOn);
         }
         EXPECT_TRUE(WithReplication.Run());
-        EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(Start("NODE-B") + Added(code) + Start("NODE-A") + Added(code)));
+        EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(Adding("NODE-B") + Added(code) + Adding("NODE-A") + Added(code)));
         EXPECT_TRUE(Platform().sleeps.empty());
     }
 }
@@ -60,8 +60,8 @@ TEST_F(CreateProductOwner, IsAddedAsSoonAsTheClusterAgrees) {
     Platform().FailCall("AddClusterResourceNode(KOVA,NODE-B)", 5, 1);
     Platform().FailCall("AddClusterResourceNode(KOVA,NODE-B)", 1722, 1); // the second attempt: the first one met 5
     EXPECT_TRUE(WithReplication.Run());
-    EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(Start("NODE-B") + Refused("NODE-B", 5) + Refused("NODE-B", 1722) +
-                                                Added(5010) + Start("NODE-A") + Added(5010)));
+    EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(Adding("NODE-B") + Refused("NODE-B", 5) + Refused("NODE-B", 1722) +
+                                                Added(5010) + Adding("NODE-A") + Added(5010)));
     EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(2, RetryInterval));
 }
 
@@ -75,11 +75,11 @@ TEST_F(CreateProductOwner, IsLeftOutAfter59AttemptsAndTheNextOneHasItsTurn) {
         EXPECT_TRUE(way.Run());
         EXPECT_EQ(Attempts("NODE-B"), 59u);
         EXPECT_EQ(Attempts("NODE-A"), 1u);
-        Texts expected = Start("NODE-B");
+        Texts expected = Adding("NODE-B");
         for (int i = 0; i < 59; ++i) {
             expected = expected + Refused("NODE-B", 5);
         }
-        EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(expected + Start("NODE-A") + Added(5010)));
+        EXPECT_EQ(Lines(TakeOwnerMessages()), Lines(expected + Adding("NODE-A") + Added(5010)));
         EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(59, RetryInterval));
         EXPECT_NE(ResourceInModel(Cluster(), "KOVA"), "");
     }
@@ -116,7 +116,7 @@ TEST_F(CreateProductOwner, ThatCannotBeOpenedEndsTheCreation) {
     Platform().FailCall("OpenClusterNode(NODE-B)", 5042);
     EXPECT_FALSE(WithAttendantsDisk.Run());
     EXPECT_EQ(Lines(TakeOwnerMessages()),
-              Lines(Start("NODE-B") + Texts({"E Error Opening node:NODE-B", RollBackLine})));
+              Lines(Adding("NODE-B") + Texts({"E Error Opening node:NODE-B", RollBackLine})));
     const std::string journal = TakeJournal();
     EXPECT_EQ(journal.find("OpenClusterNode(NODE-A)"), std::string::npos);
     EXPECT_EQ(journal.find("SET_"), std::string::npos);

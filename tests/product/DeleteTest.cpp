@@ -5,19 +5,19 @@ using namespace harness;
 
 namespace {
 
-const DWORD Interval = 6000;
-const std::size_t Intervals = 30;
+const DWORD OfflineInterval = 6000;
+const std::size_t OfflineIntervals = 30;
 
 const Texts Found = {"I Network name found: EVS1 Name for res:"};
-const char NoneOfSingleCopy[] = "E No clusRDLL(Non-CCR) resource found in group:EVS1, try finding CCR resources";
-const char SeveralFound[] = "I Warning, more than 1 KOVA resource is found\n";
+const char NoneToDelete[] = "E No clusRDLL(Non-CCR) resource found in group:EVS1, try finding CCR resources";
+const char SeveralToDelete[] = "I Warning, more than 1 KOVA resource is found\n";
 
 Texts Deleted(const std::string& name) {
     return {"I try deleting KOVA resource:" + name + "...", "I Deleting resource " + name + " successful"};
 }
 
 // A first deletion that the cluster refuses; `outcome` tells how the switch-off went.
-Texts Refused(const std::string& name, const Texts& outcome, const std::string& code = "5019") {
+Texts RefusedAtFirst(const std::string& name, const Texts& outcome, const std::string& code = "5019") {
     return Texts({"I try deleting KOVA resource:" + name + "...",
                   "W Calling DeleteClusterResource error, code: " + code,
                   "I Deleting resource " + name + " unsuccessful, code:# trying to offline the resource then try again",
@@ -52,7 +52,7 @@ protected:
     }
 
     std::size_t Sleeps() {
-        EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(Platform().sleeps.size(), Interval));
+        EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(Platform().sleeps.size(), OfflineInterval));
         return Platform().sleeps.size();
     }
 };
@@ -99,29 +99,29 @@ TEST_F(DeleteProduct, IsSkippedWithoutAComputerNameOrAState) {
 TEST_F(DeleteProduct, ThatIsOnlineIsTakenOfflineFirst) {
     Load(ProductServer().State("Online"));
     EXPECT_TRUE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", WentOffline("KOVA"))));
+    EXPECT_EQ(TakeComparable(), Lines(Found + RefusedAtFirst("KOVA", WentOffline("KOVA"))));
     EXPECT_TRUE(Platform().sleeps.empty());
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
 }
 
 TEST_F(DeleteProduct, ThatGoesOfflineSlowlyIsWaitedFor) {
     const Texts pending = {"I KOVA resource:KOVA is offline pending."};
-    for (const std::size_t intervals : {std::size_t{1}, std::size_t{4}, Intervals}) {
-        Load(ProductServer().State("Online").Raw("offlineMs", std::to_string(intervals * Interval)));
+    for (const std::size_t intervals : {std::size_t{1}, std::size_t{4}, OfflineIntervals}) {
+        Load(ProductServer().State("Online").Raw("offlineMs", std::to_string(intervals * OfflineInterval)));
         Platform().sleeps.clear();
         EXPECT_TRUE(Delete());
-        EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", pending)));
+        EXPECT_EQ(TakeComparable(), Lines(Found + RefusedAtFirst("KOVA", pending)));
         EXPECT_EQ(Sleeps(), intervals);
         EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
     }
 }
 
 TEST_F(DeleteProduct, ThatDoesNotGoOfflineInTimeStaysWhichIsNoFailure) {
-    Load(ProductServer().State("Online").Raw("offlineMs", std::to_string(Intervals * Interval + 1)));
+    Load(ProductServer().State("Online").Raw("offlineMs", std::to_string(OfflineIntervals * OfflineInterval + 1)));
     EXPECT_TRUE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Refused("KOVA", {"I KOVA resource:KOVA is offline pending."}) +
+    EXPECT_EQ(TakeComparable(), Lines(Found + RefusedAtFirst("KOVA", {"I KOVA resource:KOVA is offline pending."}) +
                                       Texts({"E Error bring resource KOVA, off-line, abort delete"})));
-    EXPECT_EQ(Sleeps(), Intervals);
+    EXPECT_EQ(Sleeps(), OfflineIntervals);
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "OfflinePending");
 }
 
@@ -129,11 +129,11 @@ TEST_F(DeleteProduct, ThatRefusesToGoOfflineIsStillWaitedFor) {
     Load(ProductServer().State("Online"));
     AddFault("OfflineClusterResource@KOVA=5");
     EXPECT_TRUE(Delete());
-    EXPECT_EQ(TakeComparable(),
-              Lines(Found +
-                    Refused("KOVA", {"E Unexected return value: #", "W KOVA resource:KOVA offline unsuccessful"}) +
-                    Texts({"E Error bring resource KOVA, off-line, abort delete"})));
-    EXPECT_EQ(Sleeps(), Intervals);
+    EXPECT_EQ(TakeComparable(), Lines(Found +
+                                      RefusedAtFirst("KOVA", {"E Unexected return value: #",
+                                                              "W KOVA resource:KOVA offline unsuccessful"}) +
+                                      Texts({"E Error bring resource KOVA, off-line, abort delete"})));
+    EXPECT_EQ(Sleeps(), OfflineIntervals);
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Online");
 }
 
@@ -154,10 +154,11 @@ TEST_F(DeleteProduct, ThatRefusesTwiceIsAFailure) {
     Load(ProductServer().State("Offline").Resource("Second", "clusRDLL").State("Online"));
     AddFault("DeleteClusterResource@KOVA=5");
     EXPECT_FALSE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({SeveralFound}) + Refused("KOVA", WentOffline("KOVA"), "5") +
-                                      Refused("Second", WentOffline("Second")) +
-                                      Texts({"W Calling DeleteClusterResource error, code: 5",
-                                             "E Error deleting resource KOVA, code: #"})));
+    EXPECT_EQ(
+        TakeComparable(),
+        Lines(Found + Texts({SeveralToDelete}) + RefusedAtFirst("KOVA", WentOffline("KOVA"), "5") +
+              RefusedAtFirst("Second", WentOffline("Second")) +
+              Texts({"W Calling DeleteClusterResource error, code: 5", "E Error deleting resource KOVA, code: #"})));
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline");
     EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline"); // its second deletion is not tried any more
 }
@@ -189,11 +190,12 @@ TEST_F(DeleteProduct, GoesThroughAllResourcesInTwoPasses) {
              .State("Online"));
     EXPECT_TRUE(Delete());
     EXPECT_EQ(TakeComparable(),
-              Lines(Found + Texts({SeveralFound}) + Refused("KOVA", {"I KOVA resource:KOVA is offline pending."}) +
-                    Deleted("Second") + Refused("Third", {"I KOVA resource:Third is offline pending."}) +
-                    Refused("Fourth", WentOffline("Fourth")) +
+              Lines(Found + Texts({SeveralToDelete}) +
+                    RefusedAtFirst("KOVA", {"I KOVA resource:KOVA is offline pending."}) + Deleted("Second") +
+                    RefusedAtFirst("Third", {"I KOVA resource:Third is offline pending."}) +
+                    RefusedAtFirst("Fourth", WentOffline("Fourth")) +
                     Texts({"E Error bring resource Third, off-line, abort delete"})));
-    EXPECT_EQ(Sleeps(), 2 + Intervals);
+    EXPECT_EQ(Sleeps(), 2 + OfflineIntervals);
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
     EXPECT_EQ(StateInModel(Cluster(), "Second"), "gone");
     EXPECT_EQ(StateInModel(Cluster(), "Third"), "OfflinePending");
@@ -205,7 +207,7 @@ TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheFirstPass) {
     AddFault("OpenClusterResource@Second#2=5007"); // the listing opens it first
     EXPECT_FALSE(Delete());
     EXPECT_EQ(TakeComparable(),
-              Lines(Found + Texts({SeveralFound}) + Refused("KOVA", WentOffline("KOVA")) +
+              Lines(Found + Texts({SeveralToDelete}) + RefusedAtFirst("KOVA", WentOffline("KOVA")) +
                     Texts({"E Open resource failed:Second, err=5007", "E Cannot open KOVA resource:Second, abort"})));
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Offline"); // no second pass
     EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline");
@@ -216,8 +218,8 @@ TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheSecondPass) {
     AddFault("OpenClusterResource@KOVA#3=5007");
     EXPECT_FALSE(Delete());
     EXPECT_EQ(TakeComparable(),
-              Lines(Found + Texts({SeveralFound}) + Refused("KOVA", WentOffline("KOVA")) +
-                    Refused("Second", WentOffline("Second")) +
+              Lines(Found + Texts({SeveralToDelete}) + RefusedAtFirst("KOVA", WentOffline("KOVA")) +
+                    RefusedAtFirst("Second", WentOffline("Second")) +
                     Texts({"E Open resource failed:KOVA, err=5007", "E Cannot open KOVA resource:KOVA, abort"})));
     EXPECT_EQ(StateInModel(Cluster(), "Second"), "Offline");
 }
@@ -228,13 +230,13 @@ TEST_F(DeleteProduct, EndsAtOneThatCannotBeOpenedInTheSecondPass) {
 TEST_F(DeleteProduct, OfAnEmptyGroupIsSuccess) {
     Load(GivenCluster().Node("NODE-A").Group("EVS1", "NODE-A").NetworkName("EVS1 Name", "EVS1"));
     EXPECT_TRUE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneOfSingleCopy})));
+    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneToDelete})));
 }
 
 TEST_F(DeleteProduct, FallsBackToReplicatingOnes) {
     Load(ProductServer("clusRDLLCCR").State("Offline"));
     EXPECT_TRUE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneOfSingleCopy}) + Deleted("KOVA")));
+    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneToDelete}) + Deleted("KOVA")));
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "gone");
 }
 
@@ -274,7 +276,7 @@ TEST_F(DeleteProduct, EndsWithTheSearchThatFails) {
     Load(ProductServer("clusRDLLCCR").State("Offline"));
     AddFault("ClusterGroupOpenEnum#2=5");
     EXPECT_FALSE(Delete());
-    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneOfSingleCopy, "E NULL == hEnum",
+    EXPECT_EQ(TakeComparable(), Lines(Found + Texts({NoneToDelete, "E NULL == hEnum",
                                                      "E Cannot enum clusRDLL(CCR) resources for group:EVS1"})));
 }
 

@@ -9,15 +9,15 @@ using namespace harness;
 
 namespace {
 
-const DWORD Interval = 1000;
-const std::size_t Intervals = 120;
+const DWORD RestartInterval = 1000;
+const std::size_t RestartIntervals = 120;
 
 const char Try[] = "I Try to offline SMTP virtual server instance...";
 const char Offlined[] = "I Resource SMTP is offlined, online it again.";
 const char Pending[] = "I Resource SMTP is offline pending.";
 const char Failed[] = "I Resource SMTP is failed to offline.";
 
-Texts Start(int resources) {
+Texts Listing(int resources) {
     return {"I Current node is: NODE-A", "I EnumNames, returns " + std::to_string(resources) + " resources."};
 }
 
@@ -46,7 +46,7 @@ protected:
     }
 
     std::size_t Sleeps() {
-        EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(Platform().sleeps.size(), Interval));
+        EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(Platform().sleeps.size(), RestartInterval));
         return Platform().sleeps.size();
     }
 };
@@ -71,10 +71,11 @@ TEST_F(RestartSmtp, TakesItOfflineAndBringsItOnline) {
 }
 
 TEST_F(RestartSmtp, WaitsForAPendingSwitchOff) {
-    for (const std::size_t seconds : {std::size_t{1}, std::size_t{7}, Intervals - 1}) {
-        Load(Server().Raw("offlineMs", std::to_string(seconds * Interval)));
+    for (const std::size_t seconds : {std::size_t{1}, std::size_t{7}, RestartIntervals - 1}) {
+        Load(Server().Raw("offlineMs", std::to_string(seconds * RestartInterval)));
         EXPECT_TRUE(Restart());
-        EXPECT_EQ(Lines(TakeMessages()), Lines(Start(2) + Texts({Try}) + Texts(seconds, Pending) + Texts({Offlined})));
+        EXPECT_EQ(Lines(TakeMessages()),
+                  Lines(Listing(2) + Texts({Try}) + Texts(seconds, Pending) + Texts({Offlined})));
         EXPECT_EQ(Sleeps(), seconds);
         EXPECT_EQ(Platform().CountCalls("OnlineClusterResource(SMTP)"), 1u);
         EXPECT_EQ(StateInModel(Cluster(), "SMTP"), "Online");
@@ -88,8 +89,8 @@ TEST_F(RestartSmtp, GivesUpAPendingSwitchOffAfterTwoMinutesWithoutSwitchingOn) {
         const std::size_t end = text.find('"', 1);
         Load(Server().Raw(text.substr(1, end - 1), text.substr(end + 3)));
         EXPECT_FALSE(Restart());
-        EXPECT_EQ(Lines(TakeMessages()), Lines(Start(2) + Texts({Try}) + Texts(Intervals, Pending)));
-        EXPECT_EQ(Sleeps(), Intervals);
+        EXPECT_EQ(Lines(TakeMessages()), Lines(Listing(2) + Texts({Try}) + Texts(RestartIntervals, Pending)));
+        EXPECT_EQ(Sleeps(), RestartIntervals);
         EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
     }
 }
@@ -139,9 +140,9 @@ TEST_F(RestartSmtp, RepeatsItsMessageForAnUnexpectedStateWithoutWaiting) {
         EXPECT_FALSE(Restart());
         // One second of the budget went with the pending state that the switch-off gave.
         EXPECT_EQ(Lines(TakeMessages()),
-                  Lines(Start(2) + Texts({Try, Pending}) +
-                        Texts(Intervals - 1, "E Unexpected OfflineResource Result, resource state = " +
-                                                 std::to_string(state.library) + ".")));
+                  Lines(Listing(2) + Texts({Try, Pending}) +
+                        Texts(RestartIntervals - 1, "E Unexpected OfflineResource Result, resource state = " +
+                                                        std::to_string(state.library) + ".")));
         EXPECT_EQ(Sleeps(), 1u);
         EXPECT_EQ(Platform().CountCalls("GetClusterResourceState(SMTP)"), 2u);
         EXPECT_EQ(Platform().CountCalls("OnlineClusterResource"), 0u);
@@ -188,7 +189,7 @@ TEST_F(RestartSmtp, PassesOverInstancesThatAreElsewhereOrNotOnline) {
     }
     Load(model.Resource("SMTP", SmtpType));
     EXPECT_TRUE(Restart());
-    EXPECT_EQ(Lines(TakeMessages()), Lines(Start(7) + Texts({Try, Offlined})));
+    EXPECT_EQ(Lines(TakeMessages()), Lines(Listing(7) + Texts({Try, Offlined})));
     EXPECT_EQ(Platform().CountCalls("OfflineClusterResource"), 1u);
 }
 
@@ -197,7 +198,7 @@ TEST_F(RestartSmtp, FailsWhenNoneIsOnlineHereAfterLookingAtEveryResource) {
         Load(Server().State(state).Resource("Last", "Generic Service"));
         const std::string before = Cluster().Model();
         EXPECT_FALSE(Restart());
-        EXPECT_EQ(Lines(TakeMessages()), Lines(Start(3)));
+        EXPECT_EQ(Lines(TakeMessages()), Lines(Listing(3)));
         EXPECT_EQ(Platform().CountCalls("OpenClusterResource(Last)"), 1u);
         EXPECT_EQ(Cluster().Model(), before);
     }
@@ -222,8 +223,8 @@ TEST_F(RestartSmtp, GoesOnAfterAResourceThatCannotBeOpened) {
     AddFault("OpenClusterResource@EVS1 Name=5007");
     EXPECT_TRUE(Restart());
     EXPECT_EQ(Lines(TakeMessages()),
-              Lines(Start(2) + Texts({"E Open resource failed:EVS1 Name, err=5007",
-                                      "W Warning, open resource EVS1 Name fail, code: 5007", Try, Offlined})));
+              Lines(Listing(2) + Texts({"E Open resource failed:EVS1 Name, err=5007",
+                                        "W Warning, open resource EVS1 Name fail, code: 5007", Try, Offlined})));
 }
 
 TEST_F(RestartSmtp, GoesOnAfterAResourceWithoutATypeOrAState) {

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::string Header = "#Resource    Attribute             System     Value\r\n";
+const std::string AttributeHeader = "#Resource    Attribute             System     Value\r\n";
 
 class VeritasAttribute : public VeritasTest {
 protected:
@@ -23,7 +23,7 @@ protected:
 
 TEST_F(VeritasAttribute, IsTheFourthColumnOfTheFirstRow) {
     tools.Answer(L"hares -display EVS1-Disk -attribute DriveLetter ",
-                 Header + "EVS1-Disk    DriveLetter           global     F:\r\n");
+                 AttributeHeader + "EVS1-Disk    DriveLetter           global     F:\r\n");
     std::wstring value = L"OLD";
     EXPECT_TRUE(cluster.GetResourceAttribute(L"EVS1-Disk", L"DriveLetter", value));
     EXPECT_EQ(value, L"F:");
@@ -35,18 +35,18 @@ TEST_F(VeritasAttribute, IsTheFourthColumnOfTheFirstRow) {
 }
 
 TEST_F(VeritasAttribute, InnerBlanksAreKeptAndTrailingOnesRemoved) {
-    EXPECT_EQ(Value(Header + "R A global C:\\Program Files\\My  App \t \r\n"), L"C:\\Program Files\\My  App");
-    EXPECT_EQ(Value(Header + "R\tA\tglobal\tone\ttwo  three\t\r\n"), L"one\ttwo  three");
-    EXPECT_EQ(Value(Header + "R A global v \v\f\r \n"), L"v");
+    EXPECT_EQ(Value(AttributeHeader + "R A global C:\\Program Files\\My  App \t \r\n"), L"C:\\Program Files\\My  App");
+    EXPECT_EQ(Value(AttributeHeader + "R\tA\tglobal\tone\ttwo  three\t\r\n"), L"one\ttwo  three");
+    EXPECT_EQ(Value(AttributeHeader + "R A global v \v\f\r \n"), L"v");
 }
 
 TEST_F(VeritasAttribute, QuotesAreKept) {
-    EXPECT_EQ(Value(Header + "R A global \"HKLM\\A B\" \"\"\r\n"), L"\"HKLM\\A B\" \"\"");
+    EXPECT_EQ(Value(AttributeHeader + "R A global \"HKLM\\A B\" \"\"\r\n"), L"\"HKLM\\A B\" \"\"");
 }
 
 TEST_F(VeritasAttribute, OfSeveralSystemsTheFirstOnesValueIsTaken) {
-    EXPECT_EQ(Value(Header + "R A NODE2 two\r\nR A NODE1 one\r\n"), L"two");
-    EXPECT_EQ(Value(Header + "R A NODE2\r\nR A NODE1 one\r\n"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "R A NODE2 two\r\nR A NODE1 one\r\n"), L"two");
+    EXPECT_EQ(Value(AttributeHeader + "R A NODE2\r\nR A NODE1 one\r\n"), L"<none>");
 }
 
 TEST_F(VeritasAttribute, TheNamesInTheRowAreNotCompared) {
@@ -59,29 +59,29 @@ TEST_F(VeritasAttribute, TheHeaderIsSkippedWhateverItIs) {
 }
 
 TEST_F(VeritasAttribute, AnEmptySecondLineHasNoValue) {
-    EXPECT_EQ(Value(Header + "\r\nR A global v\r\n"), L"<none>");
-    EXPECT_EQ(Value(Header + " \t\r\nR A global v\r\n"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "\r\nR A global v\r\n"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + " \t\r\nR A global v\r\n"), L"<none>");
 }
 
 TEST_F(VeritasAttribute, WithoutASecondLineThereIsNone) {
     EXPECT_EQ(Value(""), L"<none>");
-    EXPECT_EQ(Value(Header), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader), L"<none>");
     EXPECT_EQ(Value("R A global v"), L"<none>");
 }
 
 TEST_F(VeritasAttribute, AValueThatIsEmptyOrMissingIsNone) {
-    EXPECT_EQ(Value(Header + "R"), L"<none>");
-    EXPECT_EQ(Value(Header + "R A"), L"<none>");
-    EXPECT_EQ(Value(Header + "R A global"), L"<none>");
-    EXPECT_EQ(Value(Header + "R A global     \t \r\n"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "R"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "R A"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "R A global"), L"<none>");
+    EXPECT_EQ(Value(AttributeHeader + "R A global     \t \r\n"), L"<none>");
 }
 
 TEST_F(VeritasAttribute, TheLastLineNeedsNoEnd) {
-    EXPECT_EQ(Value(Header + "R A global v w"), L"v w");
+    EXPECT_EQ(Value(AttributeHeader + "R A global v w"), L"v w");
 }
 
 TEST_F(VeritasAttribute, BlanksBeforeTheRowDoNotCountAsColumns) {
-    EXPECT_EQ(Value(Header + "  \tR A global v\n"), L"v");
+    EXPECT_EQ(Value(AttributeHeader + "  \tR A global v\n"), L"v");
 }
 
 TEST_F(VeritasAttribute, AMessageOfVcsIsAnErrorInAnyCase) {
@@ -96,12 +96,12 @@ TEST_F(VeritasAttribute, WordsThatOnlyResembleAMessageAreAHeader) {
          {" VCS ERROR", "VCS  ERROR", "VCS\tERROR", "VCS NOTICE x", "R ERROR x", "xVCS ERROR", "VCS", "VCS ERRO"}) {
         EXPECT_EQ(Value(std::string(header) + "\nR A global v\n"), L"v") << header;
     }
-    EXPECT_EQ(Value(Header + "R A global VCS ERROR\n"), L"VCS ERROR");
+    EXPECT_EQ(Value(AttributeHeader + "R A global VCS ERROR\n"), L"VCS ERROR");
     EXPECT_EQ(Value("x\nVCS ERROR global v\n"), L"v");
 }
 
 TEST_F(VeritasAttribute, TheExitCodeIsNoMatter) {
-    tools.AnswerNext(Header + "R A global v\n", 1);
+    tools.AnswerNext(AttributeHeader + "R A global v\n", 1);
     std::wstring value;
     EXPECT_TRUE(cluster.GetResourceAttribute(L"R", L"A", value));
     EXPECT_EQ(value, L"v");
@@ -109,13 +109,13 @@ TEST_F(VeritasAttribute, TheExitCodeIsNoMatter) {
 
 TEST_F(VeritasAttribute, ALongValueIsWhole) {
     const std::string text = std::string(400, 'a') + " " + std::string(700, 'b');
-    EXPECT_EQ(Value(Header + "R A global " + text + "  \r\n"), Utf16(text));
+    EXPECT_EQ(Value(AttributeHeader + "R A global " + text + "  \r\n"), Utf16(text));
 }
 
 TEST_F(VeritasAttribute, AValueThatBeginsBehindTheFirst511CharactersIsNone) {
     // Columns of `before` characters in all, blanks included, then the value.
     const auto valueBehind = [this](std::size_t before) {
-        return Value(Header + std::string(before - 5, 'r') + " A g value\r\n");
+        return Value(AttributeHeader + std::string(before - 5, 'r') + " A g value\r\n");
     };
     EXPECT_EQ(valueBehind(509), L"value");
     EXPECT_EQ(valueBehind(510), L"value");
@@ -124,11 +124,11 @@ TEST_F(VeritasAttribute, AValueThatBeginsBehindTheFirst511CharactersIsNone) {
 }
 
 TEST_F(VeritasAttribute, BytesAboveAsciiAreOneCharacterEach) {
-    EXPECT_EQ(Value(Header + "R A global \xC3\xA4 \xFF\r\n"), L"\u00C3\u00A4 \u00FF");
+    EXPECT_EQ(Value(AttributeHeader + "R A global \xC3\xA4 \xFF\r\n"), L"\u00C3\u00A4 \u00FF");
 }
 
 TEST_F(VeritasAttribute, NullCountsAsAnEmptyName) {
-    tools.AnswerNext(Header);
+    tools.AnswerNext(AttributeHeader);
     std::wstring value = L"OLD";
     EXPECT_FALSE(cluster.GetResourceAttribute(nullptr, nullptr, value));
     EXPECT_EQ(value, L"OLD");
@@ -136,7 +136,7 @@ TEST_F(VeritasAttribute, NullCountsAsAnEmptyName) {
 }
 
 TEST_F(VeritasAttribute, AToolThatCannotBeRunLeavesTheValueAlone) {
-    tools.AnswerPrefix(L"hares -display", Header + "R A global v\r\n");
+    tools.AnswerPrefix(L"hares -display", AttributeHeader + "R A global v\r\n");
     for (const FailingCall& failing : CallsThatFailARun) {
         SCOPED_TRACE(failing.name);
         Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::string Header = "#Group Parent      Child\r\n";
+const std::string DependencyHeader = "#Group Parent      Child\r\n";
 
 class VeritasDependencies : public VeritasTest {
 protected:
@@ -25,8 +25,8 @@ protected:
 };
 
 TEST_F(VeritasDependencies, AreToldApartByTheColumnOfTheResource) {
-    tools.Answer(L"hares -dep EVS1-Store", Header + "EVS1   EVS1-Store  EVS1-SA\r\n"
-                                                    "EVS1   EVS1-Host   EVS1-Store\r\n");
+    tools.Answer(L"hares -dep EVS1-Store", DependencyHeader + "EVS1   EVS1-Store  EVS1-SA\r\n"
+                                                              "EVS1   EVS1-Host   EVS1-Store\r\n");
     EXPECT_TRUE(cluster.EnumResDependencies(L"EVS1-Store", parents, children));
     EXPECT_EQ(children, Names{L"EVS1-SA"});
     EXPECT_EQ(parents, Names{L"EVS1-Host"});
@@ -37,31 +37,31 @@ TEST_F(VeritasDependencies, AreToldApartByTheColumnOfTheResource) {
 }
 
 TEST_F(VeritasDependencies, SeveralStayInTheToolsOrder) {
-    Read(Header + "G R C2\nG P2 R\nG R C1\nG P1 R\nG R C3\n");
+    Read(DependencyHeader + "G R C2\nG P2 R\nG R C1\nG P1 R\nG R C3\n");
     EXPECT_EQ(children, (Names{L"C2", L"C1", L"C3"}));
     EXPECT_EQ(parents, (Names{L"P2", L"P1"}));
 }
 
 TEST_F(VeritasDependencies, TheResourceIsComparedWithoutCase) {
-    Read(Header + "G evs-DISK C\nG P Evs-Disk\n", L"EVS-disk");
+    Read(DependencyHeader + "G evs-DISK C\nG P Evs-Disk\n", L"EVS-disk");
     EXPECT_EQ(children, Names{L"C"});
     EXPECT_EQ(parents, Names{L"P"});
 }
 
 TEST_F(VeritasDependencies, WhatIsFoundIsComparedWithCase) {
-    Read(Header + "G R c\nG R C\nG R c\nG p R\nG P R\nG P R\n");
+    Read(DependencyHeader + "G R c\nG R C\nG R c\nG p R\nG P R\nG P R\n");
     EXPECT_EQ(children, (Names{L"c", L"C"}));
     EXPECT_EQ(parents, (Names{L"p", L"P"}));
 }
 
 TEST_F(VeritasDependencies, RowsOfOtherResourcesAreIgnored) {
-    Read(Header + "G A B\nR A B\nG RR B\nG A RR\n");
+    Read(DependencyHeader + "G A B\nR A B\nG RR B\nG A RR\n");
     EXPECT_EQ(children, Names());
     EXPECT_EQ(parents, Names());
 }
 
 TEST_F(VeritasDependencies, AResourceThatDependsOnItselfIsInBothLists) {
-    Read(Header + "G R r\n");
+    Read(DependencyHeader + "G R r\n");
     EXPECT_EQ(children, Names{L"r"});
     EXPECT_EQ(parents, Names{L"R"});
 }
@@ -69,7 +69,7 @@ TEST_F(VeritasDependencies, AResourceThatDependsOnItselfIsInBothLists) {
 TEST_F(VeritasDependencies, AHeaderAloneLeavesBothListsUnchanged) {
     parents = {L"P"};
     children = {L"C", L"C"};
-    EXPECT_TRUE(Ask(Header));
+    EXPECT_TRUE(Ask(DependencyHeader));
     EXPECT_EQ(parents, Names{L"P"});
     EXPECT_EQ(children, (Names{L"C", L"C"}));
 }
@@ -84,7 +84,7 @@ TEST_F(VeritasDependencies, TheFirstThreeTokensAreSkippedWhateverTheyAre) {
 
 TEST_F(VeritasDependencies, AnIncompleteRowIsIgnored) {
     for (const char* rest : {"", "G", "G R", "G R\n\n"}) {
-        Read(Header + "G R C\n" + rest);
+        Read(DependencyHeader + "G R C\n" + rest);
         EXPECT_EQ(children, Names{L"C"}) << rest;
         EXPECT_EQ(parents, Names()) << rest;
     }
@@ -98,7 +98,7 @@ TEST_F(VeritasDependencies, AnIncompleteRowIsIgnored) {
 TEST_F(VeritasDependencies, EarlierEntriesStayAndAreNotRepeated) {
     parents = {L"P1", L"X", L"X"};
     children = {L"C1", L"Y", L"Y"};
-    EXPECT_TRUE(Ask(Header + "G R C1\nG R C2\nG P1 R\nG P2 R\n"));
+    EXPECT_TRUE(Ask(DependencyHeader + "G R C1\nG R C2\nG P1 R\nG P2 R\n"));
     EXPECT_EQ(parents, (Names{L"P1", L"X", L"X", L"P2"}));
     EXPECT_EQ(children, (Names{L"C1", L"Y", L"Y", L"C2"}));
 }
@@ -106,14 +106,14 @@ TEST_F(VeritasDependencies, EarlierEntriesStayAndAreNotRepeated) {
 TEST_F(VeritasDependencies, EachListHasItsOwnDuplicates) {
     parents = {L"A"};
     children = {L"B"};
-    EXPECT_TRUE(Ask(Header + "G R A\nG B R\n"));
+    EXPECT_TRUE(Ask(DependencyHeader + "G R A\nG B R\n"));
     EXPECT_EQ(parents, (Names{L"A", L"B"}));
     EXPECT_EQ(children, (Names{L"B", L"A"}));
 }
 
 TEST_F(VeritasDependencies, OneListForBothTakesEachNameOnce) {
     Names both;
-    tools.AnswerNext(Header + "G R A\nG R B\nG A R\nG C R\n");
+    tools.AnswerNext(DependencyHeader + "G R A\nG R B\nG A R\nG C R\n");
     EXPECT_TRUE(cluster.EnumResDependencies(L"R", both, both));
     EXPECT_EQ(both, (Names{L"A", L"B", L"C"}));
 }
@@ -137,14 +137,14 @@ TEST_F(VeritasDependencies, AnErrorInTheSecondColumnDoesNotHideTheRows) {
 }
 
 TEST_F(VeritasDependencies, NullCountsAsAnEmptyName) {
-    Read(Header + "G R C\n", nullptr);
+    Read(DependencyHeader + "G R C\n", nullptr);
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hares -dep "});
     EXPECT_EQ(children, Names());
     EXPECT_EQ(parents, Names());
 }
 
 TEST_F(VeritasDependencies, AToolThatCannotBeRunLeavesBothListsAlone) {
-    tools.AnswerPrefix(L"hares -dep", Header + "G R C\nG P R\n");
+    tools.AnswerPrefix(L"hares -dep", DependencyHeader + "G R C\nG P R\n");
     for (const FailingCall& failing : CallsThatFailARun) {
         SCOPED_TRACE(failing.name);
         Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::wstring List = L"hares -list  Type=GenericService  ServiceName=Svc  Group=G1 ";
+const std::wstring ListServices = L"hares -list  Type=GenericService  ServiceName=Svc  Group=G1 ";
 
 class VeritasGenericService : public VeritasTest {
 protected:
@@ -14,7 +14,7 @@ protected:
     }
     // The log of the whole query: the run, then `line` if there is one.
     static std::string QueryLog(const Texts& run, const std::string& line = "") {
-        return Lines({"> GetGenericServiceResNameByServiceName"}) + RunLog(Utf8(List), run) +
+        return Lines({"> GetGenericServiceResNameByServiceName"}) + RunLog(Utf8(ListServices), run) +
                (line.empty() ? "" : Lines({line})) + Lines({"< GetGenericServiceResNameByServiceName"});
     }
 
@@ -22,22 +22,22 @@ protected:
 };
 
 TEST_F(VeritasGenericService, TheFirstResourceFoundIsTold) {
-    tools.Answer(List, "R2\t\tNODE1\r\nR1\t\tNODE1\r\n");
+    tools.Answer(ListServices, "R2\t\tNODE1\r\nR1\t\tNODE1\r\n");
     EXPECT_TRUE(Find());
     EXPECT_EQ(resource, L"R2");
-    EXPECT_EQ(tools.TakeCommandLines(), CommandList{List});
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList{ListServices});
     EXPECT_EQ(TakeLog(), QueryLog({"I Process exit code: 0", "I Result: R2\t\tNODE1", "I Result: R1\t\tNODE1"}));
 }
 
 TEST_F(VeritasGenericService, AGroupWithoutTheServiceIsAFailureWithAWarning) {
-    tools.Answer(List, "");
+    tools.Answer(ListServices, "");
     EXPECT_FALSE(Find());
     EXPECT_EQ(resource, L"OLD");
     EXPECT_EQ(TakeLog(), QueryLog({"I Process exit code: 0"}, "W No resource found in Group G1"));
 }
 
 TEST_F(VeritasGenericService, AnErrorInTheListIsAFailureWithAWarning) {
-    tools.Answer(List, "R1 ERROR\n", 1);
+    tools.Answer(ListServices, "R1 ERROR\n", 1);
     EXPECT_FALSE(Find());
     EXPECT_EQ(resource, L"OLD");
     EXPECT_EQ(TakeLog(),
@@ -60,7 +60,7 @@ TEST_F(VeritasGenericService, WithoutATemporaryNameTheEntryOfTheRunIsLoggedAndTh
 }
 
 TEST_F(VeritasGenericService, AMessageOfVcsIsTakenForAResource) {
-    tools.Answer(List, "VCS WARNING V-16-1-50 text\r\n", 1);
+    tools.Answer(ListServices, "VCS WARNING V-16-1-50 text\r\n", 1);
     EXPECT_TRUE(Find());
     EXPECT_EQ(resource, L"VCS");
 }

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::string Header = "#Group       Attribute             System     Value\r\n";
+const std::string StateHeader = "#Group       Attribute             System     Value\r\n";
 
 class VeritasGroupState : public VeritasTest {
 protected:
@@ -25,8 +25,8 @@ protected:
 };
 
 TEST_F(VeritasGroupState, TheSystemOfTheOnlineRowIsTold) {
-    tools.Answer(L"hagrp -state EVS1 ", Header + "EVS1         State                 NODE1      |OFFLINE|\r\n"
-                                                 "EVS1         State                 NODE2      |ONLINE|\r\n");
+    tools.Answer(L"hagrp -state EVS1 ", StateHeader + "EVS1         State                 NODE1      |OFFLINE|\r\n"
+                                                      "EVS1         State                 NODE2      |ONLINE|\r\n");
     bool online = false;
     std::wstring system;
     EXPECT_TRUE(cluster.GetGroupOnlineNode(L"EVS1", online, system, false));
@@ -41,49 +41,49 @@ TEST_F(VeritasGroupState, TheSystemOfTheOnlineRowIsTold) {
 }
 
 TEST_F(VeritasGroupState, TheFirstMatchIsTaken) {
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |ONLINE|\nG State N2 |ONLINE|\n"), L"N1");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |PARTIAL|\nG State N2 |ONLINE|\n", true), L"N1");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |PARTIAL|\nG State N2 |ONLINE|\n", false), L"N2");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |ONLINE|\nG State N2 |PARTIAL|\n", true), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |ONLINE|\nG State N2 |ONLINE|\n"), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |PARTIAL|\nG State N2 |ONLINE|\n", true), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |PARTIAL|\nG State N2 |ONLINE|\n", false), L"N2");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |ONLINE|\nG State N2 |PARTIAL|\n", true), L"N1");
 }
 
 TEST_F(VeritasGroupState, PartlyOnlineCountsOnlyWhenAccepted) {
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |PARTIAL|\n", false), L"<none>");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |PARTIAL|\n", true), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |PARTIAL|\n", false), L"<none>");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |PARTIAL|\n", true), L"N1");
 }
 
 TEST_F(VeritasGroupState, StatesAreComparedWithoutCase) {
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |online|\n"), L"N1");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |OnLine|\n", true), L"N1");
-    EXPECT_EQ(OnlineNode(Header + "G State N1 |Partial|\n", true), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |online|\n"), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |OnLine|\n", true), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "G State N1 |Partial|\n", true), L"N1");
 }
 
 TEST_F(VeritasGroupState, OtherStatesDoNotCount) {
     for (const char* state : {"|OFFLINE|", "ONLINE", "PARTIAL", "|ONLINE|FAULTED|", "|ONLINE", "ONLINE|",
                               "|PARTIAL|FAULTED|", "|ONLINE|PARTIAL|", "|STARTING|", "x|ONLINE|", "|ONLINE|x"}) {
-        EXPECT_EQ(OnlineNode(Header + "G State N1 " + state + "\n", true), L"<none>") << state;
+        EXPECT_EQ(OnlineNode(StateHeader + "G State N1 " + state + "\n", true), L"<none>") << state;
     }
 }
 
 TEST_F(VeritasGroupState, TheHeaderIsWalkedLikeARow) {
     EXPECT_EQ(OnlineNode("G State N1 |ONLINE|\n"), L"N1");
-    EXPECT_EQ(OnlineNode(Header), L"<none>");
+    EXPECT_EQ(OnlineNode(StateHeader), L"<none>");
 }
 
 TEST_F(VeritasGroupState, GroupAndAttributeOfTheRowAreNotCompared) {
-    EXPECT_EQ(OnlineNode(Header + "Other Thing N1 |ONLINE|\n"), L"N1");
+    EXPECT_EQ(OnlineNode(StateHeader + "Other Thing N1 |ONLINE|\n"), L"N1");
 }
 
 TEST_F(VeritasGroupState, OnlyTheFourthOfFourTokensIsAState) {
     EXPECT_EQ(OnlineNode("|ONLINE| |ONLINE| |ONLINE| x\n", true), L"<none>");
-    EXPECT_EQ(OnlineNode("one-more " + Header + "G State N1 |ONLINE|\n"), L"<none>");
+    EXPECT_EQ(OnlineNode("one-more " + StateHeader + "G State N1 |ONLINE|\n"), L"<none>");
     EXPECT_EQ(OnlineNode("a b\nc\nd\nG\nState N1\n|ONLINE|\n"), L"N1");
 }
 
 TEST_F(VeritasGroupState, ARowCutShortDoesNotMatch) {
     for (const char* rest :
          {"G", "G State", "G State N1", "G State |ONLINE|", "|ONLINE|", "|ONLINE| |ONLINE| |ONLINE|"}) {
-        EXPECT_EQ(OnlineNode(Header + rest, true), L"<none>") << rest;
+        EXPECT_EQ(OnlineNode(StateHeader + rest, true), L"<none>") << rest;
     }
 }
 
@@ -112,7 +112,7 @@ TEST_F(VeritasGroupState, NullCountsAsAnEmptyName) {
 }
 
 TEST_F(VeritasGroupState, AToolThatCannotBeRunMeansNotOnlineAndTheSystemUntouched) {
-    tools.Answer(L"hagrp -state G ", Header + "G State N1 |ONLINE|\n");
+    tools.Answer(L"hagrp -state G ", StateHeader + "G State N1 |ONLINE|\n");
     for (const FailingCall& failing : CallsThatFailARun) {
         SCOPED_TRACE(failing.name);
         Platform().FailCall(failing.call, ERROR_ACCESS_DENIED);

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::string Failed = "VCS ERROR V-16-1-10160 Configuration must be ReadWrite\r\n";
+const std::string RefusedMessage = "VCS ERROR V-16-1-10160 Configuration must be ReadWrite\r\n";
 
 class VeritasOperations : public VeritasTest {
 protected:
@@ -58,7 +58,7 @@ TEST_F(VeritasOperations, CreatingLinksToAnEmptyNameButNotToNull) {
 
 TEST_F(VeritasOperations, CreatingSucceedsAndRunsEveryToolWhateverTheyPrint) {
     for (int i = 0; i < 4; ++i) {
-        tools.AnswerNext(Failed, 1);
+        tools.AnswerNext(RefusedMessage, 1);
     }
     EXPECT_TRUE(cluster.CreateResource(L"R", L"T", L"G", L"C", {{L"A", L"1"}, {L"B", L"2"}}));
     EXPECT_EQ(tools.TakeCommandLines().size(), 4u);
@@ -103,7 +103,7 @@ TEST_F(VeritasOperations, LinkingNamesTheParentFirst) {
 }
 
 TEST_F(VeritasOperations, LinkingSucceedsWhateverTheToolPrints) {
-    tools.AnswerNext(Failed, 1);
+    tools.AnswerNext(RefusedMessage, 1);
     EXPECT_TRUE(cluster.LinkResource(L"P", L"C"));
 }
 
@@ -128,7 +128,7 @@ TEST_F(VeritasOperations, DeletingRunsOneTool) {
 }
 
 TEST_F(VeritasOperations, DeletingSucceedsWhateverBecomesOfTheTool) {
-    tools.AnswerNext(Failed, 1);
+    tools.AnswerNext(RefusedMessage, 1);
     EXPECT_TRUE(cluster.DeleteResource(L"R"));
     for (const FailingCall& failing : CallsThatFailARun) {
         SCOPED_TRACE(failing.name);
@@ -184,7 +184,7 @@ TEST_F(VeritasOperations, OnlyTheLastToolOfTurningOnOrOffMatters) {
 
 TEST_F(VeritasOperations, WhatTheToolsOfTurningOnOrOffPrintIsNoMatter) {
     for (int i = 0; i < 3; ++i) {
-        tools.AnswerNext(Failed, 1);
+        tools.AnswerNext(RefusedMessage, 1);
     }
     EXPECT_TRUE(cluster.TurnOnOrOffResource(L"R", L"N", true));
     EXPECT_EQ(tools.TakeCommandLines().size(), 3u);

@@ -7,7 +7,7 @@ using namespace harness;
 namespace {
 
 // The result of listing systems into a list that holds "before".
-std::string Listed(const CVeritasCluster& cluster) {
+std::string ListSystems(const CVeritasCluster& cluster) {
     Names systems = {L"before"};
     const bool done = cluster.EnumSystemNames(systems);
     return TrueOrFalse(done) + Spaced(systems);
@@ -95,14 +95,14 @@ TEST_P(VeritasFailedRun, GivesItsResultAndLogAndLeavesTheNextRunAlone) {
     const FailedRun& row = GetParam();
     tools.Answer(L"hasys -list ", "NODE1\r\n");
     Platform().FailCall(row.call, row.code, row.occurrence, row.mode);
-    EXPECT_EQ(Listed(cluster), row.result);
+    EXPECT_EQ(ListSystems(cluster), row.result);
     EXPECT_EQ(TakeLog(), row.log);
     const std::string journal = TakeJournal();
     if (!row.calls.empty()) {
         EXPECT_EQ(journal, Lines(row.calls));
     }
     if (row.mode == FaultMode::Once) {
-        EXPECT_EQ(Listed(cluster), "true NODE1");
+        EXPECT_EQ(ListSystems(cluster), "true NODE1");
         EXPECT_EQ(TakeLog(), Success);
         EXPECT_EQ(Folder().Entries(), Names());
     }
@@ -126,7 +126,7 @@ TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
         const auto patch = PatchImport(kernel32, GetTempFileNameW, [&](LPCWSTR folder, LPCWSTR, UINT, LPWSTR name) {
             return ::GetTempFileNameW((std::wstring(folder) + L"\\gone").c_str(), L"ha-", 0, name);
         });
-        EXPECT_EQ(Listed(cluster), "false before");
+        EXPECT_EQ(ListSystems(cluster), "false before");
     }
     EXPECT_EQ(TakeLog(), Lines({RunEnter}));
 }
@@ -134,7 +134,7 @@ TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
 TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRecord) {
     for (const DWORD code : {ERROR_DISK_FULL, ERROR_SHARING_VIOLATION}) {
         Platform().FailCall("CreateFileW", code);
-        EXPECT_EQ(Listed(cluster), "true");
+        EXPECT_EQ(ListSystems(cluster), "true");
         ASSERT_EQ(tools.Runs().size(), 1u);
         STARTUPINFOW zero;
         std::memset(&zero, 0, sizeof(zero));
@@ -151,7 +151,7 @@ TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRec
 TEST_F(VeritasRunnerFailure, WithoutCaptureFileAndToolTheResultIsThatOfTheStart) {
     Platform().FailCall("CreateFileW", ERROR_DISK_FULL);
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(Listed(cluster), "false before");
+    EXPECT_EQ(ListSystems(cluster), "false before");
     EXPECT_EQ(TakeLog(), NotStarted);
 }
 
@@ -160,7 +160,7 @@ TEST_F(VeritasRunnerFailure, ANullCaptureHandleSkipsTheToolAndReadsTheEmptyFile)
         const auto patch = PatchImport(
             kernel32, CreateFileW,
             [](LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) -> HANDLE { return nullptr; });
-        EXPECT_EQ(Listed(cluster), "true");
+        EXPECT_EQ(ListSystems(cluster), "true");
     }
     EXPECT_EQ(tools.TakeCommandLines(), CommandList());
     EXPECT_EQ(TakeLog(), NotStarted);
@@ -169,7 +169,7 @@ TEST_F(VeritasRunnerFailure, ANullCaptureHandleSkipsTheToolAndReadsTheEmptyFile)
 
 TEST_F(VeritasRunnerFailure, AStartThatFailsWithoutAReasonCountsAsSuccessWithoutOutput) {
     tools.FailStart(1, ERROR_SUCCESS);
-    EXPECT_EQ(Listed(cluster), "true");
+    EXPECT_EQ(ListSystems(cluster), "true");
     EXPECT_EQ(TakeLog(), NotStarted);
     tools.FailStart(1, ERROR_SUCCESS);
     EXPECT_TRUE(cluster.SwitchToReadWriteMode());
@@ -178,7 +178,7 @@ TEST_F(VeritasRunnerFailure, AStartThatFailsWithoutAReasonCountsAsSuccessWithout
 TEST_F(VeritasRunnerFailure, AnOldLastErrorIsNotTakenForTheReason) {
     tools.FailStart(1, ERROR_SUCCESS);
     SetLastError(ImpossibleCode);
-    EXPECT_EQ(Listed(cluster), "true");
+    EXPECT_EQ(ListSystems(cluster), "true");
 }
 
 TEST_F(VeritasRunnerFailure, EveryFailureLeavesTheNextRunAlone) {
@@ -186,9 +186,9 @@ TEST_F(VeritasRunnerFailure, EveryFailureLeavesTheNextRunAlone) {
          {"GetTempFileNameW", "CreateFileW", "CreateProcessW", "SetHandleInformation", "WaitForSingleObject",
           "GetExitCodeProcess", "CloseHandle", "_wsopen", "_read", "_close", "DeleteFileW"}) {
         Platform().FailCall(call, ERROR_ACCESS_DENIED);
-        Listed(cluster);
+        ListSystems(cluster);
         Forget();
-        EXPECT_EQ(Listed(cluster), "true NODE1") << call;
+        EXPECT_EQ(ListSystems(cluster), "true NODE1") << call;
         EXPECT_EQ(TakeLog(), Success) << call;
         EXPECT_EQ(Folder().Entries(), Names()) << call;
     }

@@ -5,7 +5,7 @@ using namespace harness;
 
 namespace {
 
-const std::wstring List = L"hasys -list ";
+const std::wstring ListSystems = L"hasys -list ";
 
 class VeritasSystemList : public VeritasTest {
 protected:
@@ -19,7 +19,7 @@ protected:
 };
 
 TEST_F(VeritasSystemList, ReplacesTheListByTheSystemsInTheToolsOrder) {
-    tools.Answer(List, "NODE2\r\nNODE1\r\n");
+    tools.Answer(ListSystems, "NODE2\r\nNODE1\r\n");
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, (Names{L"NODE2", L"NODE1"}));
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list "});
@@ -27,25 +27,25 @@ TEST_F(VeritasSystemList, ReplacesTheListByTheSystemsInTheToolsOrder) {
 }
 
 TEST_F(VeritasSystemList, EveryTokenIsASystemAndNoneIsSkippedOrMerged) {
-    tools.Answer(List, "#System Attribute\tValue\n\n NODE1 NODE1\nnode1\n");
+    tools.Answer(ListSystems, "#System Attribute\tValue\n\n NODE1 NODE1\nnode1\n");
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, (Names{L"#System", L"Attribute", L"Value", L"NODE1", L"NODE1", L"node1"}));
 }
 
 TEST_F(VeritasSystemList, WithoutOutputTheListBecomesEmpty) {
-    tools.Answer(List, "");
+    tools.Answer(ListSystems, "");
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, Names());
 }
 
 TEST_F(VeritasSystemList, TheExitCodeIsNoMatter) {
-    tools.Answer(List, "NODE1\r\n", 1);
+    tools.Answer(ListSystems, "NODE1\r\n", 1);
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, Names{L"NODE1"});
 }
 
 TEST_F(VeritasSystemList, AFilterBecomesConditionsInItsOrder) {
-    tools.AnswerPrefix(List, "NODE1\n");
+    tools.AnswerPrefix(ListSystems, "NODE1\n");
     const NameValuePairList filter = {{L"SysState", L"RUNNING"}, {L"Limits", L""}, {L"SysState", L"ADMIN WAIT"}};
     EXPECT_TRUE(Enumerate(&filter));
     EXPECT_EQ(systems, Names{L"NODE1"});
@@ -53,7 +53,7 @@ TEST_F(VeritasSystemList, AFilterBecomesConditionsInItsOrder) {
 }
 
 TEST_F(VeritasSystemList, AnEmptyFilterIsNoCondition) {
-    tools.Answer(List, "NODE1\n");
+    tools.Answer(ListSystems, "NODE1\n");
     const NameValuePairList filter;
     EXPECT_TRUE(Enumerate(&filter));
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list "});
@@ -76,13 +76,13 @@ TEST_F(VeritasSystemList, WordsThatOnlyResembleAnErrorAreSystems) {
 }
 
 TEST_F(VeritasSystemList, AMessageOfVcsIsTakenForSystems) {
-    tools.Answer(List, "VCS WARNING V-16-1-50 text\r\n", 1);
+    tools.Answer(ListSystems, "VCS WARNING V-16-1-50 text\r\n", 1);
     EXPECT_TRUE(Enumerate());
     EXPECT_EQ(systems, (Names{L"VCS", L"WARNING", L"V-16-1-50", L"text"}));
 }
 
 TEST_F(VeritasSystemList, AToolThatCannotBeRunLeavesTheListAlone) {
-    tools.Answer(List, "NODE1\n");
+    tools.Answer(ListSystems, "NODE1\n");
     for (const FailingCall& failing : CallsThatFailARun) {
         SCOPED_TRACE(failing.name);
         Platform().FailCall(failing.call, ERROR_FILE_NOT_FOUND);

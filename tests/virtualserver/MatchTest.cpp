@@ -9,8 +9,8 @@ using namespace harness;
 
 namespace {
 
-const std::string Enter = "> CVirtualServerUtil::IsTheSameVirtualServer()";
-const std::string Leave = "< CVirtualServerUtil::IsTheSameVirtualServer()";
+const std::string MatchEnter = "> CVirtualServerUtil::IsTheSameVirtualServer()";
+const std::string MatchLeave = "< CVirtualServerUtil::IsTheSameVirtualServer()";
 
 // A server of which is asked what denotes it.
 class AskedServer {
@@ -31,8 +31,8 @@ public:
         m_test.Forget();
         const bool matches = util->IsTheSameVirtualServer(nameOrIp, info);
         std::string log = m_test.TakeLog();
-        const std::string head = Lines({Enter, "I Finding " + Utf8(nameOrIp)});
-        const std::string tail = Lines({Leave});
+        const std::string head = Lines({MatchEnter, "I Finding " + Utf8(nameOrIp)});
+        const std::string tail = Lines({MatchLeave});
         EXPECT_EQ(log.substr(0, head.size()), head);
         EXPECT_GE(log.size(), head.size() + tail.size());
         EXPECT_EQ(log.substr(log.size() - tail.size()), tail);

@@ -10,8 +10,8 @@ namespace {
 
 typedef CClusterVirtualServerInfo Info;
 
-const std::string Enter = "> CVirtualServerUtil::GetNormalServerInfo()";
-const std::string Leave = "< CVirtualServerUtil::GetNormalServerInfo()";
+const std::string RecordEnter = "> CVirtualServerUtil::GetNormalServerInfo()";
+const std::string RecordLeave = "< CVirtualServerUtil::GetNormalServerInfo()";
 
 TEST(ServerRecord, LayoutIsFixed) {
     Info info;
@@ -77,7 +77,17 @@ protected:
     // What is logged from the data root on when there is none.
     std::string EndOfLog(const std::string& dataPath, const std::string& guid) {
         return Lines({"I GetVeritasDiskPath: returns: ", "I Root data path got: ", "I Skip update Root data path.",
-                      "I Got Normal Server: NODE-A, " + dataPath + ", " + guid, Leave});
+                      "I Got Normal Server: NODE-A, " + dataPath + ", " + guid, RecordLeave});
+    }
+
+    // The address cannot be read.
+    void ExpectLoopback() {
+        EXPECT_TRUE(Fill());
+        EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
+        EXPECT_TRUE(TailIsZero(info->m_wsServerIP));
+        EXPECT_EQ(TakeLog(), Lines({RecordEnter, "E Cannot get ServerIP, assume 127.0.0.1",
+                                    "I Got server guid from registry: {guid}"}) +
+                                 EndOfLog("D:\\Product", "{guid}"));
     }
 
     Guarded<Info> info;
@@ -92,9 +102,9 @@ TEST_F(PlainServerRecord, RecordHoldsTheRegistrysValuesAndTheComputerName) {
     EXPECT_EQ(Text(info->m_wsDataPath), L"D:\\Product");
     EXPECT_EQ(Text(info->m_wsServerGUID), L"{guid}");
     EXPECT_TRUE(IsPoison(info->m_dwSmtpInstanceIds, sizeof(info->m_dwSmtpInstanceIds)));
-    EXPECT_EQ(TakeLog(),
-              Lines({Enter, "I Got server IP from registry: 10.1.2.3", "I Got server guid from registry: {guid}"}) +
-                  EndOfLog("D:\\Product", "{guid}"));
+    EXPECT_EQ(TakeLog(), Lines({RecordEnter, "I Got server IP from registry: 10.1.2.3",
+                                "I Got server guid from registry: {guid}"}) +
+                             EndOfLog("D:\\Product", "{guid}"));
 }
 
 TEST_F(PlainServerRecord, TextsAreFollowedByZeros) {
@@ -146,7 +156,7 @@ TEST_F(PlainServerRecord, AbsentHomeDirectoryFailsAndTouchesNothing) {
     Registry().SetNumber(ProductKey, L"HomeDir", 1);
     EXPECT_FALSE(Fill());
     EXPECT_TRUE(info.Untouched());
-    EXPECT_EQ(TakeLog(), Lines({Enter, "E Cannot get home directory", Leave}));
+    EXPECT_EQ(TakeLog(), Lines({RecordEnter, "E Cannot get home directory", RecordLeave}));
     EXPECT_EQ(TakeJournal(),
               Lines({"RegOpenKeyExW(" + ProductKeyText + ")", "RegQueryValueExW(HomeDir)", "RegCloseKey()"}));
 }
@@ -154,27 +164,17 @@ TEST_F(PlainServerRecord, AbsentHomeDirectoryFailsAndTouchesNothing) {
 TEST_F(PlainServerRecord, HomeDirectoryOfMoreThan1023CharactersFails) {
     SetText(L"HomeDir", std::wstring(1024, L'h'));
     EXPECT_FALSE(Fill());
-    EXPECT_EQ(TakeLog(), Lines({Enter, "E Cannot get home directory", Leave}));
+    EXPECT_EQ(TakeLog(), Lines({RecordEnter, "E Cannot get home directory", RecordLeave}));
 }
 
 TEST_F(PlainServerRecord, UnreadableIpMeansLoopback) {
     SetNumber(L"ServerIP", 1);
-    EXPECT_TRUE(Fill());
-    EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
-    EXPECT_TRUE(TailIsZero(info->m_wsServerIP));
-    EXPECT_EQ(TakeLog(),
-              Lines({Enter, "E Cannot get ServerIP, assume 127.0.0.1", "I Got server guid from registry: {guid}"}) +
-                  EndOfLog("D:\\Product", "{guid}"));
+    ExpectLoopback();
 }
 
 TEST_F(PlainServerRecord, IpOfMoreThan1023CharactersMeansLoopback) {
     SetText(L"ServerIP", std::wstring(1024, L'i'));
-    EXPECT_TRUE(Fill());
-    EXPECT_EQ(Text(info->m_wsServerIP), L"127.0.0.1");
-    EXPECT_TRUE(TailIsZero(info->m_wsServerIP));
-    EXPECT_EQ(TakeLog(),
-              Lines({Enter, "E Cannot get ServerIP, assume 127.0.0.1", "I Got server guid from registry: {guid}"}) +
-                  EndOfLog("D:\\Product", "{guid}"));
+    ExpectLoopback();
 }
 
 TEST_F(PlainServerRecord, UnreadableGuidMeansTheNullGuid) {
@@ -183,7 +183,7 @@ TEST_F(PlainServerRecord, UnreadableGuidMeansTheNullGuid) {
     EXPECT_TRUE(Fill());
     EXPECT_EQ(Utf8(Text(info->m_wsServerGUID)), null);
     EXPECT_TRUE(TailIsZero(info->m_wsServerGUID));
-    EXPECT_EQ(TakeLog(), Lines({Enter, "I Got server IP from registry: 10.1.2.3",
+    EXPECT_EQ(TakeLog(), Lines({RecordEnter, "I Got server IP from registry: 10.1.2.3",
                                 "E Cannot get SERVER GUID, assume NULL server guid"}) +
                              EndOfLog("D:\\Product", null));
 }
@@ -221,7 +221,7 @@ TEST_F(PlainServerRecord, KeyThatCannotBeOpenedLeavesTheRegistrysMembers) {
     EXPECT_EQ(Text(info->m_wsServerGUID), L"guid");
     EXPECT_EQ(Text(info->m_wsServerName), L"NODE-A");
     EXPECT_TRUE(info->m_bIsOnline);
-    EXPECT_EQ(TakeLog(), Lines({Enter}) + EndOfLog("path", "guid"));
+    EXPECT_EQ(TakeLog(), Lines({RecordEnter}) + EndOfLog("path", "guid"));
 }
 
 TEST_F(PlainServerRecord, DataRootTakesTheHomeDirectorysPlace) {
@@ -230,9 +230,9 @@ TEST_F(PlainServerRecord, DataRootTakesTheHomeDirectorysPlace) {
     EXPECT_EQ(Text(info->m_wsDataPath), L"E:\\Data");
     EXPECT_TRUE(TailIsZero(info->m_wsDataPath));
     EXPECT_EQ(TakeLog(),
-              Lines({Enter, "I Got server IP from registry: 10.1.2.3", "I Got server guid from registry: {guid}",
+              Lines({RecordEnter, "I Got server IP from registry: 10.1.2.3", "I Got server guid from registry: {guid}",
                      "I GetVeritasDiskPath: returns: E:\\Data", "I Root data path got: E:\\Data", "I Root data path.",
-                     "I Got Normal Server: NODE-A, E:\\Data, {guid}", Leave}));
+                     "I Got Normal Server: NODE-A, E:\\Data, {guid}", RecordLeave}));
 }
 
 TEST_F(PlainServerRecord, DataRootIsCutTo511Characters) {
@@ -252,8 +252,8 @@ TEST_F(PlainServerRecord, LongerComputerNameFails) {
     SetComputerName(L"A-NODE-NAMED-016");
     EXPECT_FALSE(Fill());
     EXPECT_EQ(TakeLog(),
-              Lines({Enter, "I Got server IP from registry: 10.1.2.3", "I Got server guid from registry: {guid}",
-                     "E CServerPathLocatorBase::Init(), cannot get computer name", Leave}));
+              Lines({RecordEnter, "I Got server IP from registry: 10.1.2.3", "I Got server guid from registry: {guid}",
+                     "E CServerPathLocatorBase::Init(), cannot get computer name", RecordLeave}));
     EXPECT_EQ(Text(info->m_wsDataPath), L"D:\\Product");
     EXPECT_TRUE(IsPoison(info->m_wsServerName, sizeof(info->m_wsServerName)));
     EXPECT_TRUE(IsPoison(&info->m_nSmtpInstanceCount, sizeof(int)));
@@ -266,7 +266,8 @@ TEST_F(PlainServerRecord, FailingNameQueryFailsWithoutARegistryKeyToo) {
     Forget();
     EXPECT_FALSE(CVirtualServerUtil::GetNormalServerInfo(*info));
     EXPECT_TRUE(info.Untouched());
-    EXPECT_EQ(TakeLog(), Lines({Enter, "E CServerPathLocatorBase::Init(), cannot get computer name", Leave}));
+    EXPECT_EQ(TakeLog(),
+              Lines({RecordEnter, "E CServerPathLocatorBase::Init(), cannot get computer name", RecordLeave}));
 }
 
 } // namespace
