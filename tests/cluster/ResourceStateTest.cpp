@@ -25,8 +25,13 @@ TEST(ResourceStateText, IsThatOfTheTable) {
 // ---------------------------------------------------------------------------------------------------------
 
 struct StateMapping {
+    const char* name;
     int clusterState;
     Res::RES_STATE state;
+
+    friend void PrintTo(const StateMapping& row, std::ostream* out) {
+        *out << row.name;
+    }
 };
 
 using StateMap = OpenClusterTestWith<StateMapping>;
@@ -43,14 +48,20 @@ TEST_P(StateMap, KnownStatesAreMappedAndOthersAreLogged) {
                                                                       : "");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    States, StateMap,
-    ::testing::Values(StateMapping{-1, Res::RES_STATE_UNKNOWN}, StateMapping{0, Res::RES_STATE_UNKNOWN},
-                      StateMapping{1, Res::RES_STATE_INITIALIZING}, StateMapping{2, Res::RES_STATE_ONLINE},
-                      StateMapping{3, Res::RES_STATE_OFFLINE}, StateMapping{4, Res::RES_STATE_FAILED},
-                      StateMapping{5, Res::RES_STATE_UNKNOWN}, StateMapping{127, Res::RES_STATE_UNKNOWN},
-                      StateMapping{128, Res::RES_STATE_PENDING}, StateMapping{129, Res::RES_STATE_ONLINE_PENDING},
-                      StateMapping{130, Res::RES_STATE_OFFLINE_PENDING}, StateMapping{131, Res::RES_STATE_UNKNOWN}));
+const StateMapping StateMappings[] = {{"TheClustersUnknown", -1, Res::RES_STATE_UNKNOWN},
+                                      {"BeforeInitializing", 0, Res::RES_STATE_UNKNOWN},
+                                      {"Initializing", 1, Res::RES_STATE_INITIALIZING},
+                                      {"Online", 2, Res::RES_STATE_ONLINE},
+                                      {"Offline", 3, Res::RES_STATE_OFFLINE},
+                                      {"Failed", 4, Res::RES_STATE_FAILED},
+                                      {"BehindFailed", 5, Res::RES_STATE_UNKNOWN},
+                                      {"BeforePending", 127, Res::RES_STATE_UNKNOWN},
+                                      {"Pending", 128, Res::RES_STATE_PENDING},
+                                      {"OnlinePending", 129, Res::RES_STATE_ONLINE_PENDING},
+                                      {"OfflinePending", 130, Res::RES_STATE_OFFLINE_PENDING},
+                                      {"BehindPending", 131, Res::RES_STATE_UNKNOWN}};
+
+INSTANTIATE_TEST_SUITE_P(States, StateMap, ::testing::ValuesIn(StateMappings), RowName());
 
 TEST(ResourceStateNumbers, ArePartOfTheInterface) {
     EXPECT_EQ(Res::RES_STATE_UNKNOWN, -1);

@@ -20,10 +20,15 @@ TEST(SystemPropertyNumbers, ArePartOfTheInterface) {
 // -----------------------------------------------------------------------------------------------------------------
 
 struct PropertyCase {
+    const char* name;
     const wchar_t* resource;
     Res::RES_PROPERTY_ID id;
     DWORD control;
     const wchar_t* text;
+
+    friend void PrintTo(const PropertyCase& row, std::ostream* out) {
+        *out << row.name;
+    }
 };
 
 using EachSystemProperty = OpenClusterTestWith<PropertyCase>;
@@ -49,13 +54,14 @@ TEST_P(EachSystemProperty, SendsItsControlCodeAndGivesTheText) {
     EXPECT_EQ(TakeLog(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, EachSystemProperty,
-                         ::testing::Values(PropertyCase{L"evs1 name", Res::RES_PROP_NAME, 0x01000029, L"EVS1 Name"},
-                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_TYPE, 0x0100002D, L"Network Name"},
-                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_NETWORK_NAME, 0x01000169, L"EVS1"},
-                                           PropertyCase{L"EVS1 Disk", Res::RES_PROP_DISK_DEVICE, 0x01000191, L"F:"},
-                                           PropertyCase{L"EVS1 Name", Res::RES_PROP_GUID, 0x01000039,
-                                                        L"0a0b0c0d-0000-0000-0000-0000000000e1"}));
+const PropertyCase PropertyCases[] = {
+    {"Name", L"evs1 name", Res::RES_PROP_NAME, 0x01000029, L"EVS1 Name"},
+    {"Type", L"EVS1 Name", Res::RES_PROP_TYPE, 0x0100002D, L"Network Name"},
+    {"NetworkName", L"EVS1 Name", Res::RES_PROP_NETWORK_NAME, 0x01000169, L"EVS1"},
+    {"DiskDevice", L"EVS1 Disk", Res::RES_PROP_DISK_DEVICE, 0x01000191, L"F:"},
+    {"Id", L"EVS1 Name", Res::RES_PROP_GUID, 0x01000039, L"0a0b0c0d-0000-0000-0000-0000000000e1"}};
+
+INSTANTIATE_TEST_SUITE_P(Table, EachSystemProperty, ::testing::ValuesIn(PropertyCases), RowName());
 
 // Cache
 // --------------------------------------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 
 #include "VeritasTest.h"
 
+#include <algorithm>
 #include <string>
 
 namespace harness {

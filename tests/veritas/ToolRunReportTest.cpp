@@ -1,8 +1,6 @@
 // What programs are told of each tool run.
 #include "VeritasTest.h"
 
-#include "clus_VeritasCluster.h"
-
 #include <thread>
 
 using namespace harness;
@@ -19,13 +17,11 @@ protected:
     }
 
     // The runs since the last call: command line, outcome, output.
-    std::vector<std::string> Told() {
-        std::vector<std::string> told;
+    Texts Told() {
+        Texts told;
         told.swap(m_told);
         return told;
     }
-
-    typedef std::vector<std::string> Texts;
 
 private:
     static void Take(const CVeritasToolRun& run, void* context) {
@@ -42,28 +38,28 @@ private:
                                                                       (run.output ? Utf8(run.output) : "unread"));
     }
 
-    std::vector<std::string> m_told;
+    Texts m_told;
 };
 
 TEST_F(VeritasToolRunReport, HoldsCommandLineExitCodeAndWholeOutput) {
     tools.Answer(L"hasys -list ", "NODE1\r\nNODE2\r\n", 3);
-    std::vector<std::wstring> systems;
-    EXPECT_TRUE(CVeritasCluster().EnumSystemNames(systems));
+    Names systems;
+    EXPECT_TRUE(cluster.EnumSystemNames(systems));
     EXPECT_EQ(Told(), Texts{"hasys -list | ended 3 | NODE1\nNODE2\n"});
 
     tools.Answer(L"haconf -makerw ", "");
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(Told(), Texts{"haconf -makerw | ended 0 | "});
 }
 
 TEST_F(VeritasToolRunReport, TellsWhyAToolWasNotStarted) {
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(Told(), Texts{"haconf -makerw | not started 2 | unread"});
 
     Platform().FailCall("GetTempFileNameW", ERROR_ACCESS_DENIED);
     SetLastError(0);
-    EXPECT_FALSE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
     EXPECT_EQ(Told(), Texts{"haconf -makerw | not started 5 | unread"});
 }
@@ -71,45 +67,44 @@ TEST_F(VeritasToolRunReport, TellsWhyAToolWasNotStarted) {
 TEST_F(VeritasToolRunReport, TellsThatAnOutputWentAstrayOrCouldNotBeRead) {
     tools.Answer(L"haconf -makerw ", "lost\r\n");
     Platform().FailCall("CreateFileW", ERROR_SHARING_VIOLATION);
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(Told(), Texts{"haconf -makerw | ended 0, astray 32 | "});
 
     Platform().FailCall("_wsopen", ENOENT);
-    EXPECT_FALSE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(Told(), Texts{"haconf -makerw | ended 0 | unread"});
 
     Platform().FailCall("GetExitCodeProcess", ERROR_INVALID_HANDLE);
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(Told(), Texts{"haconf -makerw | ended somehow | lost\n"});
 }
 
 TEST_F(VeritasToolRunReport, MasksWhatVcsencryptGetsAndGivesButNotItsMessages) {
     tools.Answer(L"vcsencrypt -agent topsecret", "gPiRcLrUtq\r\n");
     std::wstring encrypted;
-    EXPECT_TRUE(CVeritasCluster().EncryptVeritasPassword(L"topsecret", encrypted));
+    EXPECT_TRUE(cluster.EncryptVeritasPassword(L"topsecret", encrypted));
     EXPECT_EQ(encrypted, L"gPiRcLrUtq");
     EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 0 | ***"});
 
     tools.Answer(L"vcsencrypt -agent x1y2z3", "VCS ERROR V-16-1-10 cannot use x1y2z3\r\n", 1);
-    EXPECT_TRUE(CVeritasCluster().EncryptVeritasPassword(L"x1y2z3", encrypted));
+    EXPECT_TRUE(cluster.EncryptVeritasPassword(L"x1y2z3", encrypted));
     EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 1 | VCS ERROR V-16-1-10 cannot use ***\n"});
 
     tools.Answer(L"vcsencrypt -agent silent", "");
-    EXPECT_TRUE(CVeritasCluster().EncryptVeritasPassword(L"silent", encrypted));
+    EXPECT_TRUE(cluster.EncryptVeritasPassword(L"silent", encrypted));
     EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 0 | "});
 }
 
 TEST_F(VeritasToolRunReport, MasksPasswordsThatAreSetOrShown) {
     tools.AnswerPrefix(L"hares -add", "");
     tools.AnswerPrefix(L"hares -modify", "no such attribute: gPiRc\r\n");
-    EXPECT_TRUE(
-        CVeritasCluster().CreateResource(L"r", L"GenericService", L"g", nullptr, {{L"Password", L"\"gPiRc\""}}));
+    EXPECT_TRUE(cluster.CreateResource(L"r", L"GenericService", L"g", nullptr, {{L"Password", L"\"gPiRc\""}}));
     EXPECT_EQ(Told(), (Texts{"hares -add r GenericService g | ended 0 | ",
                              "hares -modify r  Password ***| ended 0 | no such attribute: ***\n"}));
 
     tools.AnswerPrefix(L"hares -display", "#Resource Attribute System Value\r\nr Password global gPiRc\r\n");
     std::wstring value;
-    EXPECT_TRUE(CVeritasCluster().GetResourceAttribute(L"r", L"Password", value));
+    EXPECT_TRUE(cluster.GetResourceAttribute(L"r", L"Password", value));
     EXPECT_EQ(value, L"gPiRc");
     EXPECT_EQ(Told(), Texts{"hares -display r -attribute Password | ended 0 | #Resource Attribute System Value\n"
                             "r Password global ***\n"});
@@ -117,18 +112,18 @@ TEST_F(VeritasToolRunReport, MasksPasswordsThatAreSetOrShown) {
 
 TEST_F(VeritasToolRunReport, ChangesNeitherLogNorCallsNorLastError) {
     tools.Answer(L"haconf -makerw ", "done\r\n");
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
     const std::string log = TakeLog();
     const std::string journal = TakeJournal();
     SetVeritasToolRunCallback(nullptr, nullptr);
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(TakeLog(), log);
     EXPECT_EQ(TakeJournal(), journal);
     EXPECT_EQ(Told().size(), 1u);
 
     SetVeritasToolRunCallback([](const CVeritasToolRun&, void*) { SetLastError(ImpossibleCode); }, nullptr);
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(CVeritasCluster().SwitchToReadWriteMode());
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
 }
 
@@ -142,8 +137,8 @@ TEST_F(VeritasToolRunReport, AFunctionMayTakeItselfAway) {
         },
         nullptr);
     tools.AnswerPrefix(L"haconf", "");
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadWriteMode());
-    EXPECT_TRUE(CVeritasCluster().SwitchToReadOnlyMode());
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
+    EXPECT_TRUE(cluster.SwitchToReadOnlyMode());
     EXPECT_EQ(calls, 1);
 }
 
@@ -161,9 +156,9 @@ TEST_F(VeritasToolRunReport, IsGivenOneAtATimeToWhicheverFunctionIsRegistered) {
     SetVeritasToolRunCallback(count, nullptr);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
+        threads.emplace_back([this] {
             for (int run = 0; run < 25; ++run) {
-                CVeritasCluster().SwitchToReadWriteMode();
+                cluster.SwitchToReadWriteMode();
             }
         });
     }
