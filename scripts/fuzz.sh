@@ -32,7 +32,7 @@ for target in "${targets[@]}"; do
     mkdir -p "$found" "$crashes"
     log="build/fuzz/$target.log"
     printf 'Fuzzing %s for %s s ... ' "$target" "$seconds"
-    if timeout "$((seconds + 120))" "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+    if withFixedLayout timeout "$((seconds + 120))" "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
         -max_len=24576 -print_final_stats=1 -artifact_prefix="$crashes/" "$found" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
         runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
         echo "no finding in ${runs:-0} runs"
