@@ -79,8 +79,13 @@ void Execute(const CommandLine& commandLine, const Stream& output, const Stream&
     try {
         report = commandLine.Chosen()(log);
     } catch (const FailureWithReport& halfway) {
-        Print(output, textOf(halfway.Shown()));
-        throw WithReasons(halfway, log);
+        const Failure failure = WithReasons(halfway, log);
+        try {
+            Print(output, textOf(halfway.Shown()));
+        } catch (const Failure& unwritten) {
+            errors.Write(std::string("clusctl: ") + unwritten.what() + "\n");
+        }
+        throw failure;
     } catch (const Failure& failure) {
         throw WithReasons(failure, log);
     }
