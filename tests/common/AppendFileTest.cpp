@@ -10,14 +10,14 @@
 
 using common::AppendFile;
 
-class AppendFileTest : public FolderTest {
+class AppendedLines : public FolderTest {
 protected:
     std::string Read(const wchar_t* name) const {
         return common::ReadWholeFile(Path(name));
     }
 };
 
-TEST_F(AppendFileTest, AppendsToWhatIsThere) {
+TEST_F(AppendedLines, AppendsToWhatIsThere) {
     common::WriteWholeFile(Path(L"a"), "first\n");
     AppendFile file(Path(L"a"));
     EXPECT_FALSE(file.IsOpen());
@@ -28,20 +28,20 @@ TEST_F(AppendFileTest, AppendsToWhatIsThere) {
     EXPECT_EQ(Read(L"a"), "first\nsecond\nthird\nfourth\n");
 }
 
-TEST_F(AppendFileTest, MakesTheFile) {
+TEST_F(AppendedLines, MakesTheFile) {
     AppendFile file(Path(L"a"));
     EXPECT_EQ(file.Open(), 0u);
     EXPECT_EQ(Read(L"a"), "");
 }
 
-TEST_F(AppendFileTest, SaysWhyItCannotBeOpened) {
+TEST_F(AppendedLines, SaysWhyItCannotBeOpened) {
     EXPECT_EQ(AppendFile(Path(L"b\\a")).Open(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
     EXPECT_EQ(AppendFile(Path(L"b\\a")).Append("x"), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
     EXPECT_EQ(AppendFile(m_folder).Append("x"), static_cast<DWORD>(ERROR_ACCESS_DENIED));
     EXPECT_NE(AppendFile().Append("x"), 0u);
 }
 
-TEST_F(AppendFileTest, MayBeRenamedWhileItIsOpenAndBeginsAnewOnceClosed) {
+TEST_F(AppendedLines, MayBeRenamedWhileItIsOpenAndBeginsAnewOnceClosed) {
     AppendFile file(Path(L"a"));
     EXPECT_EQ(file.Append("one\n"), 0u);
     EXPECT_TRUE(MoveFileW(Path(L"a").c_str(), Path(L"b").c_str()));
@@ -52,7 +52,7 @@ TEST_F(AppendFileTest, MayBeRenamedWhileItIsOpenAndBeginsAnewOnceClosed) {
     EXPECT_EQ(Read(L"a"), "three\n");
 }
 
-TEST_F(AppendFileTest, AStoppedProcessDoesNotStopTheOthers) {
+TEST_F(AppendedLines, AStoppedProcessDoesNotStopTheOthers) {
     const std::wstring name = L"common_test." + std::to_wstring(GetCurrentProcessId());
     const common::Handle ready(CreateEventW(nullptr, TRUE, FALSE, name.c_str()));
     Child holder(L"hold \"" + Path(L"a") + L"\" " + name);
@@ -67,7 +67,7 @@ TEST_F(AppendFileTest, AStoppedProcessDoesNotStopTheOthers) {
     EXPECT_EQ(Read(L"a"), "one\ntwo\n");
 }
 
-TEST_F(AppendFileTest, KeepsTheLinesOfTwoProcessesWhole) {
+TEST_F(AppendedLines, KeepsTheLinesOfTwoProcessesWhole) {
     const int count = 200;
     {
         Child first(L"append \"" + Path(L"a") + L"\" abc " + std::to_wstring(count));

@@ -7,7 +7,7 @@
 
 using common::FileLock;
 
-class FileLockTest : public FolderTest {
+class FileLocking : public FolderTest {
 protected:
     struct Attempt {
         std::wstring path;
@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(FileLockTest, IsOnesAlone) {
+TEST_F(FileLocking, IsOnesAlone) {
     FileLock lock(Path(L"a"));
     {
         const FileLock::Turn turn(lock);
@@ -45,7 +45,7 @@ TEST_F(FileLockTest, IsOnesAlone) {
     EXPECT_FALSE(common::FileExists(Path(L"a"))) << "nothing is written";
 }
 
-TEST_F(FileLockTest, MayBeTakenAgainByWhoHasIt) {
+TEST_F(FileLocking, MayBeTakenAgainByWhoHasIt) {
     FileLock lock(Path(L"a"));
     FileLock another(Path(L"a"));
     const FileLock::Turn turn(lock);
@@ -58,7 +58,7 @@ TEST_F(FileLockTest, MayBeTakenAgainByWhoHasIt) {
     EXPECT_EQ(CodeElsewhere(Path(L"a")), static_cast<DWORD>(WAIT_TIMEOUT)) << "the first turn goes on";
 }
 
-TEST_F(FileLockTest, IsTheSameHoweverThePathIsSpelled) {
+TEST_F(FileLocking, IsTheSameHoweverThePathIsSpelled) {
     FileLock lock(Path(L"Model.json"));
     const FileLock::Turn turn(lock);
     std::vector<std::wstring> spellings = {
@@ -80,7 +80,7 @@ TEST_F(FileLockTest, IsTheSameHoweverThePathIsSpelled) {
     SetCurrentDirectoryW(current);
 }
 
-TEST_F(FileLockTest, StaysTheSameWhenTheFileIsReplaced) {
+TEST_F(FileLocking, StaysTheSameWhenTheFileIsReplaced) {
     common::WriteWholeFile(Path(L"a"), "old");
     FileLock lock(Path(L"a"));
     const FileLock::Turn turn(lock);
@@ -88,7 +88,7 @@ TEST_F(FileLockTest, StaysTheSameWhenTheFileIsReplaced) {
     EXPECT_EQ(CodeElsewhere(Path(L"a")), static_cast<DWORD>(WAIT_TIMEOUT));
 }
 
-TEST_F(FileLockTest, NeedsTheFolderAndLooksForItAgain) {
+TEST_F(FileLocking, NeedsTheFolderAndLooksForItAgain) {
     FileLock lock(Path(L"later\\a"));
     {
         const FileLock::Turn turn(lock);
@@ -101,7 +101,7 @@ TEST_F(FileLockTest, NeedsTheFolderAndLooksForItAgain) {
     EXPECT_FALSE(FileLock::Turn(none));
 }
 
-TEST_F(FileLockTest, IsGivenUpByAProcessThatDies) {
+TEST_F(FileLocking, IsGivenUpByAProcessThatDies) {
     const std::wstring name = L"common_test." + std::to_wstring(GetCurrentProcessId());
     const common::Handle ready(CreateEventW(nullptr, TRUE, FALSE, name.c_str()));
     Child holder(L"hold \"" + Path(L"a") + L"\" " + name);
@@ -112,7 +112,7 @@ TEST_F(FileLockTest, IsGivenUpByAProcessThatDies) {
     EXPECT_TRUE(FileLock::Turn(lock, 10000));
 }
 
-TEST_F(FileLockTest, LosesNothingOfProcessesThatChangeAFileAtOnce) {
+TEST_F(FileLocking, LosesNothingOfProcessesThatChangeAFileAtOnce) {
     common::WriteWholeFile(Path(L"a"), "0");
     Child first(L"count \"" + Path(L"a") + L"\" 40");
     Child second(L"count \"" + Path(L"x\\..\\A") + L"\" 40");

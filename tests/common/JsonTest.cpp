@@ -56,7 +56,7 @@ TEST(JsonText, OfAnItem) {
     EXPECT_EQ(ErrorOf([] { common::TextItem(Json(1), "list[0]"); }), "list[0]: a text is expected");
 }
 
-TEST(ObjectReaderTest, ReadsWhatIsThere) {
+TEST(JsonObjectReader, ReadsWhatIsThere) {
     const Json json = ParseJson(R"({"text": "x", "number": 4294967295, "flag": true, "list": ["a", "b"]})");
     ObjectReader reader(json, "");
     EXPECT_EQ(reader.Text("text"), "x");
@@ -71,7 +71,7 @@ TEST(ObjectReaderTest, ReadsWhatIsThere) {
     EXPECT_NO_THROW(reader.Done());
 }
 
-TEST(ObjectReaderTest, WhatIsAbsentHasItsFallback) {
+TEST(JsonObjectReader, WhatIsAbsentHasItsFallback) {
     const Json json = Json::object();
     ObjectReader reader(json, "");
     EXPECT_EQ(reader.TextOr("text", "y"), "y");
@@ -81,7 +81,7 @@ TEST(ObjectReaderTest, WhatIsAbsentHasItsFallback) {
     reader.Each("list", [](const Json&, const std::string&) { ADD_FAILURE(); });
 }
 
-TEST(ObjectReaderTest, SaysWhatIsWrongAndWhere) {
+TEST(JsonObjectReader, SaysWhatIsWrongAndWhere) {
     const Json json = ParseJson(R"({"text": 1, "big": 9, "minus": -1, "half": 1.5, "flag": 0, "list": {}})");
     ObjectReader reader(json, "groups[1]");
     EXPECT_EQ(ErrorOf([&] { reader.Text("absent"); }), "groups[1].absent: a text is expected");
@@ -96,7 +96,7 @@ TEST(ObjectReaderTest, SaysWhatIsWrongAndWhere) {
     EXPECT_EQ(ErrorOf([] { ObjectReader(Json::array(), "x"); }), "x: an object is expected");
 }
 
-TEST(ObjectReaderTest, RefusesMembersThatNobodyAskedFor) {
+TEST(JsonObjectReader, RefusesMembersThatNobodyAskedFor) {
     const Json json = ParseJson(R"({"known": 1, "colour": 2})");
     ObjectReader outermost(json, "");
     outermost.Member("known");

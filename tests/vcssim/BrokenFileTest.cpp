@@ -8,9 +8,9 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-typedef ToolTest BrokenFileTest;
+using ToolBrokenFile = ToolTest;
 
-TEST_F(BrokenFileTest, SaysWhichFileAndLineIsBroken) {
+TEST_F(ToolBrokenFile, SaysWhichFileAndLineIsBroken) {
     WriteFile(L"", "system NODE1\ngroup G (\n\tSystemList = { NODE1 0 }\n\t)\n");
     const std::string message = Run("hagrp", "-list");
     EXPECT_THAT(message, StartsWith("VCS ERROR V-16-1-99001 (simulated) "));
@@ -20,7 +20,7 @@ TEST_F(BrokenFileTest, SaysWhichFileAndLineIsBroken) {
     EXPECT_TRUE(m_pieces[0].toErrors);
 }
 
-TEST_F(BrokenFileTest, ChangesNothingOfABrokenFile) {
+TEST_F(ToolBrokenFile, ChangesNothingOfABrokenFile) {
     const std::string broken = std::string(Sample) + "\tIP G-New (\n";
     WriteFile(L"", broken);
     const std::string state = ReadFile(L".state.json");
@@ -34,7 +34,7 @@ TEST_F(BrokenFileTest, ChangesNothingOfABrokenFile) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(BrokenFileTest, SaysWhatIsMissing) {
+TEST_F(ToolBrokenFile, SaysWhatIsMissing) {
     m_environment.mainCf.clear();
     EXPECT_EQ(Run("hasys", "-list"), "VCS ERROR V-16-1-99001 (simulated) VCSSIM_MAIN_CF is not set\n");
     m_environment.mainCf = Path(L".absent");
@@ -42,7 +42,7 @@ TEST_F(BrokenFileTest, SaysWhatIsMissing) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(BrokenFileTest, SaysWhatIsWrongWithTheState) {
+TEST_F(ToolBrokenFile, SaysWhatIsWrongWithTheState) {
     const auto messageOf = [&](const char* state) {
         WriteFile(L".state.json", state);
         const std::string message = Run("hasys", "-list");
@@ -60,14 +60,14 @@ TEST_F(BrokenFileTest, SaysWhatIsWrongWithTheState) {
     EXPECT_THAT(messageOf(R"({"systems": 1})"), EndsWith("systems: is no object\n"));
 }
 
-TEST_F(BrokenFileTest, SaysWhatIsWrongWithTheTypes) {
+TEST_F(ToolBrokenFile, SaysWhatIsWrongWithTheTypes) {
     WriteFile(L"", "include \"main.cf.types\"\nsystem NODE1\n");
     WriteFile(L".types", "type T (\n\tfloat X\n\t)\n");
     EXPECT_THAT(Run("hasys", "-list"),
                 EndsWith("main.cf.types, line 2: expected str, i18nstr, int, boolean or keylist, found 'float'\n"));
 }
 
-TEST_F(BrokenFileTest, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
+TEST_F(ToolBrokenFile, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
     // Where the new file is to be made there is a folder.
     CreateDirectoryW(Path(L".live.new").c_str(), nullptr);
     EXPECT_THAT(Run("hares", "-modify G-IP Address 1"), HasSubstr("main.cf.live: cannot be written: "));
@@ -86,7 +86,7 @@ TEST_F(BrokenFileTest, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
     EXPECT_EQ(ReadFile(L".previous"), Sample);
 }
 
-TEST_F(BrokenFileTest, DoesNothingWithoutTheLock) {
+TEST_F(ToolBrokenFile, DoesNothingWithoutTheLock) {
     // Where the lock file is to be made there is a folder.
     CreateDirectoryW(Path(L".lock").c_str(), nullptr);
     const std::string state = ReadFile(L".state.json");
@@ -104,7 +104,7 @@ TEST_F(BrokenFileTest, DoesNothingWithoutTheLock) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(BrokenFileTest, AnswersEveryTruncationWithoutHarm) {
+TEST_F(ToolBrokenFile, AnswersEveryTruncationWithoutHarm) {
     const std::string text(Sample);
     int broken = 0;
     for (std::size_t length = 0; length < text.size(); length += 7) {

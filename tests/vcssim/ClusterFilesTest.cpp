@@ -10,15 +10,15 @@ using ::testing::ElementsAre;
 using vcssim::ClusterFiles;
 using vcssim::ToolTurn;
 
-class ClusterFilesTest : public ToolTest {
+class ToolClusterFiles : public ToolTest {
 protected:
-    ClusterFilesTest() : m_files(Path(L"")) {
+    ToolClusterFiles() : m_files(Path(L"")) {
     }
 
     ClusterFiles m_files;
 };
 
-TEST_F(ClusterFilesTest, LieBesideTheMainCf) {
+TEST_F(ToolClusterFiles, LieBesideTheMainCf) {
     EXPECT_EQ(m_files.Folder() + L"main.cf", Path(L""));
     EXPECT_EQ(m_files.Included("main.cf.types"), Path(L".types"));
     EXPECT_EQ(ClusterFiles(L"main.cf").Folder(), L"");
@@ -27,7 +27,7 @@ TEST_F(ClusterFilesTest, LieBesideTheMainCf) {
     EXPECT_EQ(ClusterFiles(L"conf/main.cf").Included("\xC3\xA4.cf"), L"conf/\u00e4.cf");
 }
 
-TEST_F(ClusterFilesTest, TheRunningConfigurationIsTheLiveOneWhileItDiffers) {
+TEST_F(ToolClusterFiles, TheRunningConfigurationIsTheLiveOneWhileItDiffers) {
     EXPECT_EQ(m_files.Running(), m_files.MainCf());
     Run("hares", "-modify G-IP Address 1");
     EXPECT_EQ(m_files.Running(), m_files.Live());
@@ -37,7 +37,7 @@ TEST_F(ClusterFilesTest, TheRunningConfigurationIsTheLiveOneWhileItDiffers) {
     EXPECT_EQ(m_files.Previous(), Path(L".previous"));
 }
 
-TEST_F(ClusterFilesTest, ACopyNeedsThoseThatExist) {
+TEST_F(ToolClusterFiles, ACopyNeedsThoseThatExist) {
     EXPECT_THAT(m_files.Names(), ElementsAre(L"main.cf", L"main.cf.state.json")) << "there are no types.cf";
     WriteFile(L".types", "");
     WriteFile(L"", "include \"main.cf.types\"\ninclude \"absent.cf\"\ninclude \"main.cf.types\"\nsystem NODE1\n");
@@ -46,14 +46,14 @@ TEST_F(ClusterFilesTest, ACopyNeedsThoseThatExist) {
     EXPECT_THAT(m_files.Names(), ElementsAre(L"main.cf", L"main.cf.live", L"main.cf.state.json", L"main.cf.types"));
 }
 
-TEST_F(ClusterFilesTest, AMalformedConfigurationIncludesNothing) {
+TEST_F(ToolClusterFiles, AMalformedConfigurationIncludesNothing) {
     WriteFile(L".types", "");
     WriteFile(L"", "include \"main.cf.types\"\ngroup G (\n");
     EXPECT_THAT(m_files.Names(), ElementsAre(L"main.cf", L"main.cf.state.json"));
     EXPECT_THROW(ClusterFiles(Path(L".absent")).Names(), common::FileError);
 }
 
-TEST_F(ClusterFilesTest, ATurnShowsAndKeepsOthersAway) {
+TEST_F(ToolClusterFiles, ATurnShowsAndKeepsOthersAway) {
     common::FileLock lock(m_files.Lock());
     {
         const ToolTurn turn(m_files);

@@ -3,9 +3,9 @@
 
 using ::testing::HasSubstr;
 
-class ControlTest : public ToolTest {
+class ToolControl : public ToolTest {
 protected:
-    ControlTest() {
+    ToolControl() {
         WriteFile(L".state.json", "{}");
     }
 
@@ -15,7 +15,7 @@ protected:
     }
 };
 
-TEST_F(ControlTest, BringsUpWhatAResourceRequiresFirst) {
+TEST_F(ToolControl, BringsUpWhatAResourceRequiresFirst) {
     EXPECT_EQ(Run("hares", "-online G-Lanman -sys NODE1"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(StateOf("G-Lanman"), "ONLINE");
@@ -25,7 +25,7 @@ TEST_F(ControlTest, BringsUpWhatAResourceRequiresFirst) {
     EXPECT_EQ(Run("hagrp", "-state G -sys NODE1"), "PARTIAL\n");
 }
 
-TEST_F(ControlTest, RefusesAResourceOfAGroupThatIsOnlineElsewhere) {
+TEST_F(ToolControl, RefusesAResourceOfAGroupThatIsOnlineElsewhere) {
     Run("hares", "-online G-Mount -sys NODE1");
     EXPECT_EQ(Run("hares", "-online G-IP -sys NODE2"),
               "VCS WARNING V-16-1-10286 Cannot online: resource's group is not offline elsewhere\n");
@@ -33,7 +33,7 @@ TEST_F(ControlTest, RefusesAResourceOfAGroupThatIsOnlineElsewhere) {
     EXPECT_EQ(StateOf("G-IP", "NODE2"), "OFFLINE");
 }
 
-TEST_F(ControlTest, LetsAParallelGroupBeOnlineOnSeveralSystems) {
+TEST_F(ToolControl, LetsAParallelGroupBeOnlineOnSeveralSystems) {
     WriteFile(L"", "system A\nsystem B\ngroup G ( SystemList = { A = 0, B = 1 } Parallel = 1 )\nT r ()\n");
     Run("hares", "-online r -sys A");
     EXPECT_EQ(Run("hares", "-online r -sys B"), "");
@@ -41,7 +41,7 @@ TEST_F(ControlTest, LetsAParallelGroupBeOnlineOnSeveralSystems) {
     EXPECT_EQ(StateOf("r", "B"), "ONLINE");
 }
 
-TEST_F(ControlTest, RefusesAFaultedResourceUntilItIsCleared) {
+TEST_F(ToolControl, RefusesAFaultedResourceUntilItIsCleared) {
     WriteFile(L".state.json", R"({"resources": {"G-IP": {"NODE1": "FAULTED"}}})");
     const std::string notice = "VCS NOTICE V-16-1-10284 Cannot online a faulted resource:"
                                "Clear the faulted resource on system NODE1.\n";
@@ -55,7 +55,7 @@ TEST_F(ControlTest, RefusesAFaultedResourceUntilItIsCleared) {
     EXPECT_EQ(StateOf("G-Lanman"), "ONLINE");
 }
 
-TEST_F(ControlTest, WarnsWhenThereIsNothingToClear) {
+TEST_F(ToolControl, WarnsWhenThereIsNothingToClear) {
     const std::string warning =
         "VCS WARNING V-16-1-10267 Resource not faulted or group in the process of failing over\n";
     EXPECT_EQ(Run("hares", "-clear G-IP"), warning);
@@ -67,7 +67,7 @@ TEST_F(ControlTest, WarnsWhenThereIsNothingToClear) {
     EXPECT_EQ(StateOf("G-IP"), "OFFLINE");
 }
 
-TEST_F(ControlTest, FaultsAResourceThatFailsToGoOnline) {
+TEST_F(ToolControl, FaultsAResourceThatFailsToGoOnline) {
     WriteFile(L".state.json", R"({"failing": {"G-IP": ["NODE1"]}})");
     EXPECT_EQ(Run("hares", "-online G-Lanman -sys NODE1"), "");
     EXPECT_EQ(StateOf("G-IP"), "FAULTED");
@@ -76,7 +76,7 @@ TEST_F(ControlTest, FaultsAResourceThatFailsToGoOnline) {
     EXPECT_EQ(StateOf("G-IP", "NODE2"), "ONLINE");
 }
 
-TEST_F(ControlTest, RefusesToTakeAwayWhatIsRequired) {
+TEST_F(ToolControl, RefusesToTakeAwayWhatIsRequired) {
     Run("hares", "-online G-Lanman -sys NODE1");
     EXPECT_EQ(Run("hares", "-offline G-IP -sys NODE1"),
               "VCS WARNING V-16-1-99052 (simulated) Resource G-IP is required "
@@ -88,7 +88,7 @@ TEST_F(ControlTest, RefusesToTakeAwayWhatIsRequired) {
     EXPECT_EQ(StateOf("G-Lanman"), "OFFLINE");
 }
 
-TEST_F(ControlTest, LeavesPersistentAndDisabledResourcesAlone) {
+TEST_F(ToolControl, LeavesPersistentAndDisabledResourcesAlone) {
     EXPECT_EQ(Run("hares", "-online G-NIC -sys NODE1"),
               "VCS WARNING V-16-1-99050 (simulated) Resource G-NIC is persistent\n");
     EXPECT_EQ(Run("hares", "-offline G-NIC -sys NODE1"),
@@ -102,7 +102,7 @@ TEST_F(ControlTest, LeavesPersistentAndDisabledResourcesAlone) {
     EXPECT_EQ(StateOf("G-Mount"), "OFFLINE");
 }
 
-TEST_F(ControlTest, ChecksTheSystem) {
+TEST_F(ToolControl, ChecksTheSystem) {
     for (const char* command : {"-online", "-offline", "-clear", "-probe"}) {
         EXPECT_EQ(Run("hares", std::string(command) + " G-IP -sys NODE9"),
                   "VCS WARNING V-16-1-10200 (simulated) System NODE9 does not exist in the local cluster\n");
@@ -116,14 +116,14 @@ TEST_F(ControlTest, ChecksTheSystem) {
     EXPECT_EQ(Run("hasys", "-state NODE2"), "EXITED\n");
 }
 
-TEST_F(ControlTest, NotesWhatWasProbed) {
+TEST_F(ToolControl, NotesWhatWasProbed) {
     EXPECT_EQ(Run("hares", "-probe G-IP -sys NODE2"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("hares", "-value G-IP Probed NODE1"), "0\n");
     EXPECT_EQ(Run("hares", "-value G-IP Probed NODE2"), "1\n");
 }
 
-TEST_F(ControlTest, BringsAGroupUpAndDown) {
+TEST_F(ToolControl, BringsAGroupUpAndDown) {
     EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("hagrp", "-state G -sys NODE1"), "ONLINE\n");
@@ -139,7 +139,7 @@ TEST_F(ControlTest, BringsAGroupUpAndDown) {
               "VCS WARNING V-16-1-10135 (simulated) System NODE1 is not in the SystemList of group H\n");
 }
 
-TEST_F(ControlTest, LeavesOutWhatDoesNotStartWithItsGroup) {
+TEST_F(ToolControl, LeavesOutWhatDoesNotStartWithItsGroup) {
     Run("haconf", "-makerw");
     Run("hares", "-modify G-RegRep AutoStart 0");
     Run("hagrp", "-online G -sys NODE1");
@@ -147,19 +147,19 @@ TEST_F(ControlTest, LeavesOutWhatDoesNotStartWithItsGroup) {
     EXPECT_EQ(Run("hagrp", "-state G -sys NODE1"), "PARTIAL\n");
 }
 
-TEST_F(ControlTest, KeepsAFaultWhenAGroupGoesOffline) {
+TEST_F(ToolControl, KeepsAFaultWhenAGroupGoesOffline) {
     WriteFile(L".state.json", R"({"resources": {"G-IP": {"NODE1": "FAULTED"}, "G-Mount": {"NODE1": "ONLINE"}}})");
     Run("hagrp", "-offline G -sys NODE1");
     EXPECT_EQ(Run("hagrp", "-state G -sys NODE1"), "OFFLINE|FAULTED\n");
 }
 
-TEST_F(ControlTest, EndsOnADependencyLoop) {
+TEST_F(ToolControl, EndsOnADependencyLoop) {
     WriteFile(L"", "system A\ngroup G ( SystemList = { A = 0 } )\nT r ()\nT s ()\nr requires s\ns requires r\n");
     EXPECT_EQ(Run("hares", "-online r -sys A"), "");
     EXPECT_EQ(StateOf("r", "A"), "OFFLINE");
 }
 
-TEST_F(ControlTest, NeedsASystem) {
+TEST_F(ToolControl, NeedsASystem) {
     for (const char* arguments : {"-online G-IP", "-offline G-IP", "-probe G-IP", "-clear", "-online -sys NODE1"}) {
         EXPECT_THAT(Run("hares", arguments), HasSubstr("usage: hares ")) << arguments;
         EXPECT_EQ(m_exitCode, 2);

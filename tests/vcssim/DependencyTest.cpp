@@ -3,23 +3,23 @@
 
 using ::testing::HasSubstr;
 
-typedef ToolTest DependencyTest;
+using ToolDependency = ToolTest;
 
-TEST_F(DependencyTest, ListsTheRowsInWhichAResourceStands) {
+TEST_F(ToolDependency, ListsTheRowsInWhichAResourceStands) {
     EXPECT_EQ(Run("hares", "-dep G-IP"), "#Group Parent   Child\n"
                                          "G      G-IP     G-NIC\n"
                                          "G      G-Lanman G-IP\n");
     EXPECT_EQ(m_exitCode, 0);
 }
 
-TEST_F(DependencyTest, ListsAllRowsWithoutAName) {
+TEST_F(ToolDependency, ListsAllRowsWithoutAName) {
     EXPECT_EQ(Run("hares", "-dep"), "#Group Parent   Child\n"
                                     "G      G-RegRep G-Mount\n"
                                     "G      G-Lanman G-IP\n"
                                     "G      G-IP     G-NIC\n");
 }
 
-TEST_F(DependencyTest, ListsTheLastLinkFirst) {
+TEST_F(ToolDependency, ListsTheLastLinkFirst) {
     EXPECT_EQ(Run("hares", "-link G-RegRep G-IP"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("hares", "-dep G-RegRep"), "#Group Parent   Child\n"
@@ -29,7 +29,7 @@ TEST_F(DependencyTest, ListsTheLastLinkFirst) {
     EXPECT_EQ(ReadFile(L""), Sample);
 }
 
-TEST_F(DependencyTest, WarnsWhenThereIsNone) {
+TEST_F(ToolDependency, WarnsWhenThereIsNone) {
     EXPECT_EQ(Run("hares", "-dep H-Service"), "VCS WARNING V-16-1-50034 No Resource dependencies are configured\n");
     EXPECT_EQ(m_exitCode, 1);
     EXPECT_EQ(Run("hagrp", "-dep"), "VCS WARNING V-16-1-50035 No Group dependencies are configured\n");
@@ -38,7 +38,7 @@ TEST_F(DependencyTest, WarnsWhenThereIsNone) {
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
 }
 
-TEST_F(DependencyTest, ListsGroupDependencies) {
+TEST_F(ToolDependency, ListsGroupDependencies) {
     WriteFile(L"", "group G ()\nrequires group H online local firm\ngroup H ()\n");
     const std::string expected = "#Parent        Child           Relationship\n"
                                  "G              H               online local firm\n";
@@ -47,7 +47,7 @@ TEST_F(DependencyTest, ListsGroupDependencies) {
     EXPECT_EQ(Run("hagrp", "-dep Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
 }
 
-TEST_F(DependencyTest, RefusesLinksThatCannotBe) {
+TEST_F(ToolDependency, RefusesLinksThatCannotBe) {
     EXPECT_EQ(Run("hares", "-link G-IP Other"),
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
     EXPECT_EQ(Run("hares", "-link G-IP H-Service"),
@@ -64,7 +64,7 @@ TEST_F(DependencyTest, RefusesLinksThatCannotBe) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(DependencyTest, TakesALinkAway) {
+TEST_F(ToolDependency, TakesALinkAway) {
     EXPECT_EQ(Run("hares", "-unlink G-RegRep G-Mount"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("hares", "-dep G-Mount"), "VCS WARNING V-16-1-50034 No Resource dependencies are configured\n");

@@ -3,29 +3,29 @@
 
 using ::testing::HasSubstr;
 
-typedef ToolTest DisplayTest;
+using ToolDisplay = ToolTest;
 
-TEST_F(DisplayTest, ShowsAGlobalAttribute) {
+TEST_F(ToolDisplay, ShowsAGlobalAttribute) {
     EXPECT_EQ(Run("hares", "-display G-Lanman -attribute Group"),
               "#Resource    Attribute             System     Value\n"
               "G-Lanman     Group                 global     G\n");
     EXPECT_EQ(m_exitCode, 0);
 }
 
-TEST_F(DisplayTest, ShowsALocalAttributePerSystem) {
+TEST_F(ToolDisplay, ShowsALocalAttributePerSystem) {
     EXPECT_EQ(Run("hares", "-display G-IP -attribute MACAddress"),
               "#Resource    Attribute             System     Value\n"
               "G-IP         MACAddress            NODE1      00-01\n"
               "G-IP         MACAddress            NODE2      00-02\n");
 }
 
-TEST_F(DisplayTest, KeepsBlanksInsideAValue) {
+TEST_F(ToolDisplay, KeepsBlanksInsideAValue) {
     EXPECT_EQ(Run("hares", "-display G-Mount -attribute MountPath"),
               "#Resource    Attribute             System     Value\n"
               "G-Mount      MountPath             global     F:\\Mail Data\\\n");
 }
 
-TEST_F(DisplayTest, SeparatesThePartsOfListsByTabs) {
+TEST_F(ToolDisplay, SeparatesThePartsOfListsByTabs) {
     EXPECT_EQ(Run("hares", "-display G-RegRep -attribute Keys ExcludeKeys"),
               "#Resource    Attribute             System     Value\n"
               "G-RegRep     Keys                  global     HKLM\\A B\t\tHKLM\\C\tIgnoreSubKeys:Yes\n"
@@ -35,7 +35,7 @@ TEST_F(DisplayTest, SeparatesThePartsOfListsByTabs) {
               "G            SystemList            global     NODE1\t0\tNODE2\t1\n");
 }
 
-TEST_F(DisplayTest, EndsTheRowOfAnEmptyValueBehindTheSystem) {
+TEST_F(ToolDisplay, EndsTheRowOfAnEmptyValueBehindTheSystem) {
     const std::string header = "#Resource    Attribute             System     Value\n";
     EXPECT_EQ(Run("hares", "-display G-Mount -attribute VolumeName"),
               header + "G-Mount      VolumeName            global     \n");
@@ -44,7 +44,7 @@ TEST_F(DisplayTest, EndsTheRowOfAnEmptyValueBehindTheSystem) {
               header + "G-Mount      VolumeName            global\n");
 }
 
-TEST_F(DisplayTest, ShowsAllAttributesOfAResource) {
+TEST_F(ToolDisplay, ShowsAllAttributesOfAResource) {
     EXPECT_EQ(Run("hares", "-display H-Service"), "#Resource    Attribute             System     Value\n"
                                                   "H-Service    Group                 global     H\n"
                                                   "H-Service    Type                  global     GenericService\n"
@@ -66,7 +66,7 @@ TEST_F(DisplayTest, ShowsAllAttributesOfAResource) {
                                                   "H-Service    service_arg           global     \n");
 }
 
-TEST_F(DisplayTest, WidensItsColumns) {
+TEST_F(ToolDisplay, WidensItsColumns) {
     WriteFile(L"", "system ALONGSYSTEMNAME\ngroup G ( SystemList = { ALONGSYSTEMNAME = 0 } )\n"
                    "T ALongResourceName ( AnAttributeWithAVeryLongName = 1 )\n");
     EXPECT_EQ(Run("hares", "-display -attribute AnAttributeWithAVeryLongName State"),
@@ -75,14 +75,14 @@ TEST_F(DisplayTest, WidensItsColumns) {
               "ALongResourceName State                        ALONGSYSTEMNAME OFFLINE\n");
 }
 
-TEST_F(DisplayTest, ShowsEveryResourceThatHasTheAttribute) {
+TEST_F(ToolDisplay, ShowsEveryResourceThatHasTheAttribute) {
     const std::string expected = "#Resource    Attribute             System     Value\n"
                                  "G-Lanman     VirtualName           global     VSERVER\n";
     EXPECT_EQ(Run("hares", "-display -attribute VirtualName"), expected);
     EXPECT_EQ(Run("hares", "-display all -attribute VirtualName"), expected);
 }
 
-TEST_F(DisplayTest, WarnsOfWhatDoesNotExist) {
+TEST_F(ToolDisplay, WarnsOfWhatDoesNotExist) {
     EXPECT_EQ(Run("hares", "-display Other -attribute Group"),
               "VCS WARNING V-16-1-40130 (simulated) Resource Other does not exist in the local cluster\n");
     EXPECT_EQ(m_exitCode, 1);
@@ -96,7 +96,7 @@ TEST_F(DisplayTest, WarnsOfWhatDoesNotExist) {
     EXPECT_TRUE(m_pieces[0].toErrors);
 }
 
-TEST_F(DisplayTest, ShowsSystemsWithoutASystemColumn) {
+TEST_F(ToolDisplay, ShowsSystemsWithoutASystemColumn) {
     EXPECT_EQ(Run("hasys", "-display NODE2 -attribute SysState"), "#System    Attribute             Value\n"
                                                                   "NODE2      SysState              RUNNING\n");
     EXPECT_EQ(Run("hasys", "-state"), "#System    Attribute             Value\n"
@@ -105,7 +105,7 @@ TEST_F(DisplayTest, ShowsSystemsWithoutASystemColumn) {
     EXPECT_EQ(Run("hasys", "-state NODE1"), "RUNNING\n");
 }
 
-TEST_F(DisplayTest, ShowsAllAttributesOfAGroupInOrder) {
+TEST_F(ToolDisplay, ShowsAllAttributesOfAGroupInOrder) {
     EXPECT_EQ(Run("hagrp", "-display H"), "#Group       Attribute             System     Value\n"
                                           "H            AdministratorGroups   global     \n"
                                           "H            Administrators        global     \n"
@@ -122,7 +122,7 @@ TEST_F(DisplayTest, ShowsAllAttributesOfAGroupInOrder) {
                                           "H            TFrozen               global     0\n");
 }
 
-TEST_F(DisplayTest, GivesAValueAlone) {
+TEST_F(ToolDisplay, GivesAValueAlone) {
     EXPECT_EQ(Run("hares", "-value G-Lanman VirtualName"), "VSERVER\n");
     EXPECT_EQ(Run("hares", "-value G-IP MACAddress NODE2"), "00-02\n");
     EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\n");
@@ -130,7 +130,7 @@ TEST_F(DisplayTest, GivesAValueAlone) {
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
 }
 
-TEST_F(DisplayTest, ShowsStatesOfGroups) {
+TEST_F(ToolDisplay, ShowsStatesOfGroups) {
     EXPECT_EQ(Run("hagrp", "-state G"), "#Group       Attribute             System     Value\n"
                                         "G            State                 NODE1      |PARTIAL|\n"
                                         "G            State                 NODE2      |OFFLINE|\n");
@@ -145,7 +145,7 @@ TEST_F(DisplayTest, ShowsStatesOfGroups) {
     EXPECT_EQ(Run("hagrp", "-state -sys NODE2"), "VCS WARNING V-16-1-10554 No group exists with system of NODE2\n");
 }
 
-TEST_F(DisplayTest, DerivesTheStateOfAGroupFromItsResources) {
+TEST_F(ToolDisplay, DerivesTheStateOfAGroupFromItsResources) {
     const auto stateWith = [&](const char* resources) {
         WriteFile(L".state.json", std::string("{\"resources\": {") + resources + "}}");
         return Run("hagrp", "-state G -sys NODE1");
@@ -158,13 +158,13 @@ TEST_F(DisplayTest, DerivesTheStateOfAGroupFromItsResources) {
     EXPECT_EQ(stateWith(R"("G-IP": {"NODE1": "FAULTED"}, "G-Mount": {"NODE1": "ONLINE"})"), "PARTIAL|FAULTED\n");
 }
 
-TEST_F(DisplayTest, ShowsAGivenStateOfAGroup) {
+TEST_F(ToolDisplay, ShowsAGivenStateOfAGroup) {
     WriteFile(L".state.json", R"({"groups": {"H": {"NODE2": "STARTING|PARTIAL"}}})");
     EXPECT_EQ(Run("hagrp", "-state H"), "#Group       Attribute             System     Value\n"
                                         "H            State                 NODE2      |STARTING|PARTIAL|\n");
 }
 
-TEST_F(DisplayTest, ShowsStatesOfResources) {
+TEST_F(ToolDisplay, ShowsStatesOfResources) {
     EXPECT_EQ(Run("hares", "-state G-Mount"), "#Resource    Attribute             System     Value\n"
                                               "G-Mount      State                 NODE1      ONLINE\n"
                                               "G-Mount      State                 NODE2      OFFLINE\n");
@@ -173,7 +173,7 @@ TEST_F(DisplayTest, ShowsStatesOfResources) {
     EXPECT_THAT(Run("hares", "-state"), HasSubstr("H-Service    State                 NODE2      OFFLINE\n"));
 }
 
-TEST_F(DisplayTest, ReadsTheIncludedTypes) {
+TEST_F(ToolDisplay, ReadsTheIncludedTypes) {
     WriteFile(L"",
               "include \"main.cf.types\"\nsystem NODE1\ngroup G ( SystemList = { NODE1 = 0 } )\nDisk d ()\nLink l ()");
     WriteFile(L".types",

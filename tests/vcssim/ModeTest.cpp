@@ -3,14 +3,14 @@
 
 using ::testing::HasSubstr;
 
-class ModeTest : public ToolTest {
+class ToolMode : public ToolTest {
 protected:
-    ModeTest() {
+    ToolMode() {
         WriteFile(L".state.json", "{}");
     }
 };
 
-TEST_F(ModeTest, RefusesEveryChangeWhileItIsReadOnly) {
+TEST_F(ToolMode, RefusesEveryChangeWhileItIsReadOnly) {
     for (const char* change :
          {"-add New MountV G", "-modify G-IP Address 1", "-link G-Mount G-IP", "-unlink G-IP G-NIC", "-delete G-IP"}) {
         EXPECT_EQ(Run("hares", change),
@@ -22,7 +22,7 @@ TEST_F(ModeTest, RefusesEveryChangeWhileItIsReadOnly) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(ModeTest, IsSwitchedOnce) {
+TEST_F(ToolMode, IsSwitchedOnce) {
     EXPECT_EQ(Run("haconf", "-makerw"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("haconf", "-makerw"), "VCS WARNING V-16-1-10364 Cluster already writable.\n");
@@ -33,14 +33,14 @@ TEST_F(ModeTest, IsSwitchedOnce) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(ModeTest, DumpsWithoutChangesWriteNothing) {
+TEST_F(ToolMode, DumpsWithoutChangesWriteNothing) {
     Run("haconf", "-makerw");
     Run("haconf", "-dump -makero");
     EXPECT_EQ(ReadFile(L""), Sample);
     EXPECT_FALSE(HasFile(L".previous"));
 }
 
-TEST_F(ModeTest, ShowsChangesAtOnceAndWritesThemWithTheDump) {
+TEST_F(ToolMode, ShowsChangesAtOnceAndWritesThemWithTheDump) {
     Run("haconf", "-makerw");
     Run("hares", "-modify G-Mount VolumeName Vol");
     EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "Vol\n");
@@ -54,7 +54,7 @@ TEST_F(ModeTest, ShowsChangesAtOnceAndWritesThemWithTheDump) {
     EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "Vol\n");
 }
 
-TEST_F(ModeTest, AppliesToHaconfOnlyInItsThreeForms) {
+TEST_F(ToolMode, AppliesToHaconfOnlyInItsThreeForms) {
     for (const char* arguments : {"", "-makero", "-makerw -dump", "-dump -other"}) {
         EXPECT_EQ(Run("haconf", arguments), "usage: haconf -makerw | -dump [-makero]\n") << arguments;
         EXPECT_EQ(m_exitCode, 2);

@@ -4,22 +4,22 @@
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-typedef ToolTest ModifyTest;
+using ToolModify = ToolTest;
 
-TEST_F(ModifyTest, SetsAScalar) {
+TEST_F(ToolModify, SetsAScalar) {
     EXPECT_EQ(Run("hares", "-modify  G-Lanman VirtualName OTHER"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(Run("hares", "-value G-Lanman VirtualName"), "OTHER\n");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tVirtualName = OTHER\n\t\tIPResName = G-IP\n"));
 }
 
-TEST_F(ModifyTest, QuotesWhatHasToBeQuoted) {
+TEST_F(ToolModify, QuotesWhatHasToBeQuoted) {
     RunWith("hares", {"-modify", "G-Mount", "MountPath", "G:\\a \"b\"\\"});
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tMountPath = \"G:\\\\a \\\"b\\\"\\\\\"\n"));
     EXPECT_EQ(Run("hares", "-value G-Mount MountPath"), "G:\\a \"b\"\\\n");
 }
 
-TEST_F(ModifyTest, LeavesOutWhatIsTheDefault) {
+TEST_F(ToolModify, LeavesOutWhatIsTheDefault) {
     Run("hares", "-modify H-Service DelayAfterOnline 600");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tDelayAfterOnline = 600\n"));
     Run("hares", "-modify H-Service DelayAfterOnline 10");
@@ -29,7 +29,7 @@ TEST_F(ModifyTest, LeavesOutWhatIsTheDefault) {
     EXPECT_EQ(ReadFile(L".live"), Sample);
 }
 
-TEST_F(ModifyTest, SetsAnAssociationFromKeysAndValues) {
+TEST_F(ToolModify, SetsAnAssociationFromKeysAndValues) {
     EXPECT_EQ(RunWith("hares", {"-modify", "G-RegRep", "Keys", "HKLM\\X Y", ""}), "");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tKeys = { \"HKLM\\\\X Y\" = \"\" }\n"));
     EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\X Y\t\n");
@@ -38,12 +38,12 @@ TEST_F(ModifyTest, SetsAnAssociationFromKeysAndValues) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(ModifyTest, SetsAList) {
+TEST_F(ToolModify, SetsAList) {
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys x y z"), "");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tExcludeKeys = { x, y, z }\n"));
 }
 
-TEST_F(ModifyTest, AddsToAList) {
+TEST_F(ToolModify, AddsToAList) {
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add three"), "");
     EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\tthree\n");
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add two"),
@@ -52,14 +52,14 @@ TEST_F(ModifyTest, AddsToAList) {
     EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\A B\t\tHKLM\\C\tIgnoreSubKeys:Yes\tHKLM\\D\t1\n");
 }
 
-TEST_F(ModifyTest, UpdatesAnAssociation) {
+TEST_F(ToolModify, UpdatesAnAssociation) {
     EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -update HKLM\\C new HKLM\\D 1"), "");
     EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\A B\t\tHKLM\\C\tnew\tHKLM\\D\t1\n");
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -update one 1"),
               "VCS WARNING V-16-1-99045 (simulated) Attribute ExcludeKeys is no association\n");
 }
 
-TEST_F(ModifyTest, DeletesFromAList) {
+TEST_F(ToolModify, DeletesFromAList) {
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -delete one"), "");
     EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "two\n");
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -delete one"),
@@ -70,25 +70,25 @@ TEST_F(ModifyTest, DeletesFromAList) {
     EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "\n");
 }
 
-TEST_F(ModifyTest, SetsTheValueOfOneSystem) {
+TEST_F(ToolModify, SetsTheValueOfOneSystem) {
     EXPECT_EQ(Run("hares", "-modify G-IP MACAddress 00-09 -sys NODE2"), "");
     EXPECT_EQ(Run("hares", "-value G-IP MACAddress NODE1"), "00-01\n");
     EXPECT_EQ(Run("hares", "-value G-IP MACAddress NODE2"), "00-09\n");
 }
 
-TEST_F(ModifyTest, MakesAGlobalAttributeLocal) {
+TEST_F(ToolModify, MakesAGlobalAttributeLocal) {
     EXPECT_EQ(Run("hares", "-modify G-IP Address 10.9.9.9 -sys NODE2"), "");
     EXPECT_THAT(ReadFile(L".live"),
                 HasSubstr("\t\tAddress @NODE1 = \"10.1.2.3\"\n\t\tAddress @NODE2 = \"10.9.9.9\"\n"));
     EXPECT_THAT(ReadFile(L".live"), Not(HasSubstr("Address = ")));
 }
 
-TEST_F(ModifyTest, MakesALocalAttributeGlobal) {
+TEST_F(ToolModify, MakesALocalAttributeGlobal) {
     EXPECT_EQ(Run("hares", "-modify G-IP MACAddress 00-09"), "");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tAddress = \"10.1.2.3\"\n\t\tMACAddress = \"00-09\"\n\t\t)\n"));
 }
 
-TEST_F(ModifyTest, TakesALeadingMinusWithAPercentSign) {
+TEST_F(ToolModify, TakesALeadingMinusWithAPercentSign) {
     EXPECT_EQ(Run("hares", "-modify G-Mount VolumeName %-y"), "");
     EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "-y\n");
     Run("hares", "-modify G-Mount VolumeName -y");
@@ -96,7 +96,7 @@ TEST_F(ModifyTest, TakesALeadingMinusWithAPercentSign) {
     EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "-y\n");
 }
 
-TEST_F(ModifyTest, RefusesWhatDoesNotFit) {
+TEST_F(ToolModify, RefusesWhatDoesNotFit) {
     EXPECT_EQ(Run("hares", "-modify Other Address 1"),
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");
     EXPECT_EQ(Run("hares", "-modify G-Mount Colour red"),
@@ -117,7 +117,7 @@ TEST_F(ModifyTest, RefusesWhatDoesNotFit) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(ModifyTest, LeavesBracesInBracesAlone) {
+TEST_F(ToolModify, LeavesBracesInBracesAlone) {
     std::string nested(Sample);
     const std::string members = "{ one, two }";
     nested.replace(nested.find(members), members.size(), "{ one, { two, three }, { k = { v } } }");
@@ -136,13 +136,13 @@ TEST_F(ModifyTest, LeavesBracesInBracesAlone) {
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tExcludeKeys = { four }\n"));
 }
 
-TEST_F(ModifyTest, TakesAnyAttributeOfATypeThatIsNotKnownWell) {
+TEST_F(ToolModify, TakesAnyAttributeOfATypeThatIsNotKnownWell) {
     EXPECT_EQ(Run("hares", "-modify G-IP Options none"), "");
     EXPECT_EQ(Run("hares", "-modify G-IP Hosts -add a b"), "");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tOptions = none\n\t\tHosts = { a, b }\n\t\t)\n"));
 }
 
-TEST_F(ModifyTest, NeedsAResourceAnAttributeAndAValue) {
+TEST_F(ToolModify, NeedsAResourceAnAttributeAndAValue) {
     for (const char* arguments : {"-modify", "-modify G-IP", "-modify G-IP Address", "-modify G-IP Address 1 -sys",
                                   "-modify G-RegRep Keys -delete -keys x"}) {
         EXPECT_THAT(Run("hares", arguments), HasSubstr("usage: hares ")) << arguments;

@@ -8,9 +8,9 @@
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-typedef ToolTest OptionTest;
+using ToolOptions = ToolTest;
 
-TEST_F(OptionTest, AreReadFromAList) {
+TEST_F(ToolOptions, AreReadFromAList) {
     const vcssim::Options standard = vcssim::ParseOptions("");
     EXPECT_FALSE(standard.warnsOfNoMatch || standard.blanksInLists || standard.bareEmptyValues ||
                  standard.encryptPrompts);
@@ -25,14 +25,14 @@ TEST_F(OptionTest, AreReadFromAList) {
     EXPECT_THROW(vcssim::ParseOptions("colour=red"), std::invalid_argument);
 }
 
-TEST_F(OptionTest, EndLinesAsAsked) {
+TEST_F(ToolOptions, EndLinesAsAsked) {
     m_environment.options.lineEnd = "\r\n";
     EXPECT_EQ(Run("hasys", "-list"), "NODE1\r\nNODE2\r\n");
     m_environment.options.lineEnd = "\r";
     EXPECT_EQ(Run("hasys", "-list"), "NODE1\rNODE2\r");
 }
 
-TEST_F(OptionTest, TakeTheEngineDownForEveryTool) {
+TEST_F(ToolOptions, TakeTheEngineDownForEveryTool) {
     m_environment.options.engineIsUp = false;
     const std::vector<std::pair<const char*, const char*>> runs = {
         {"haconf", "-makerw"}, {"hasys", "-list"}, {"hagrp", "-list"}, {"hares", "-list"}, {"vcsencrypt", "-agent x"}};
@@ -43,7 +43,7 @@ TEST_F(OptionTest, TakeTheEngineDownForEveryTool) {
     }
 }
 
-TEST_F(OptionTest, AnswerWrongUseWithOneLine) {
+TEST_F(ToolOptions, AnswerWrongUseWithOneLine) {
     const std::vector<std::pair<const char*, const char*>> runs = {
         {"haconf", "-other"},     {"hasys", ""},           {"hasys", "-other"}, {"hasys", "-list x"},
         {"hagrp", "-online G"},   {"hagrp", "-state a b"}, {"hares", "-add a"}, {"hares", "-display -attribute"},

@@ -15,9 +15,9 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class ProcessTest : public ToolTest {
+class ToolPrograms : public ToolTest {
 protected:
-    ProcessTest() {
+    ToolPrograms() {
         SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", Path(L"").c_str());
         SetEnvironmentVariableW(L"VCSSIM_JOURNAL", Path(L".journal").c_str());
         SetEnvironmentVariableW(L"VCSSIM_OPTIONS", L"lineend=lf");
@@ -75,7 +75,7 @@ protected:
     DWORD m_processExit = 0;
 };
 
-TEST_F(ProcessTest, PrintsBothStreamsAndExits) {
+TEST_F(ToolPrograms, PrintsBothStreamsAndExits) {
     EXPECT_EQ(RunProcess(L"hasys -list "), "NODE1\nNODE2\n");
     EXPECT_EQ(m_processExit, 0u);
     EXPECT_EQ(RunProcess(L"haconf -makerw "), "VCS WARNING V-16-1-10364 Cluster already writable.\n");
@@ -87,25 +87,25 @@ TEST_F(ProcessTest, PrintsBothStreamsAndExits) {
     EXPECT_EQ(RunProcess(L"vcsencrypt -agent secret").size(), 25u);
 }
 
-TEST_F(ProcessTest, EndsLinesWithCrLfByDefault) {
+TEST_F(ToolPrograms, EndsLinesWithCrLfByDefault) {
     SetEnvironmentVariableW(L"VCSSIM_OPTIONS", nullptr);
     EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\r\nNODE2\r\n");
 }
 
-TEST_F(ProcessTest, RefusesUnknownSwitches) {
+TEST_F(ToolPrograms, RefusesUnknownSwitches) {
     SetEnvironmentVariableW(L"VCSSIM_OPTIONS", L"colour=red");
     EXPECT_THAT(RunProcess(L"hasys -list"), HasSubstr("VCSSIM_OPTIONS: there is no switch 'colour=red'"));
     EXPECT_EQ(m_processExit, 2u);
 }
 
-TEST_F(ProcessTest, KeepsUnicodeAndEightBitTexts) {
+TEST_F(ToolPrograms, KeepsUnicodeAndEightBitTexts) {
     RunProcess(L"hares -modify G-Mount VolumeName \"\u00e4\u4e2d\"");
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("VolumeName = \"\xC3\xA4\xE4\xB8\xAD\"\n"));
     EXPECT_EQ(RunProcess(L"hares -value G-Mount VolumeName"), "\xC3\xA4\xE4\xB8\xAD\n");
     EXPECT_EQ(RunProcess(L"hares -list VolumeName=\u00e4\u4e2d State=ONLINE"), "G-Mount\t\tNODE1\n");
 }
 
-TEST_F(ProcessTest, WritesAJournal) {
+TEST_F(ToolPrograms, WritesAJournal) {
     RunProcess(L"hares -list Type=NIC");
     RunProcess(L"hares -nonsense");
     const std::vector<nlohmann::json> entries = Journal();
@@ -115,7 +115,7 @@ TEST_F(ProcessTest, WritesAJournal) {
     EXPECT_EQ(entries[1]["exit"], 2);
 }
 
-TEST_F(ProcessTest, KeepsPasswordsOutOfTheJournal) {
+TEST_F(ToolPrograms, KeepsPasswordsOutOfTheJournal) {
     RunProcess(L"vcsencrypt -agent secret word");
     const std::vector<nlohmann::json> entries = Journal();
     ASSERT_EQ(entries.size(), 1u);
@@ -123,7 +123,7 @@ TEST_F(ProcessTest, KeepsPasswordsOutOfTheJournal) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("secret")));
 }
 
-TEST_F(ProcessTest, MasksTextsOfAWrongUseOfVcsencrypt) {
+TEST_F(ToolPrograms, MasksTextsOfAWrongUseOfVcsencrypt) {
     RunProcess(L"vcsencrypt topsecret");
     EXPECT_EQ(m_processExit, 2u);
     RunProcess(L"vcsencrypt topsecret -agent");
@@ -136,7 +136,7 @@ TEST_F(ProcessTest, MasksTextsOfAWrongUseOfVcsencrypt) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
 }
 
-TEST_F(ProcessTest, MasksPasswordsThatAreSet) {
+TEST_F(ToolPrograms, MasksPasswordsThatAreSet) {
     RunProcess(L"hares -modify H-Service Password topsecret -sys NODE2");
     RunProcess(L"hares -modify H-Service Password \"\"");
     RunProcess(L"hares -modify H-Service UserAccount somebody");
@@ -149,7 +149,7 @@ TEST_F(ProcessTest, MasksPasswordsThatAreSet) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
 }
 
-TEST_F(ProcessTest, MasksSecretsInTheOutputOfTheJournal) {
+TEST_F(ToolPrograms, MasksSecretsInTheOutputOfTheJournal) {
     UseFaults(R"([{"arguments": "-vcs*", "output": "got topsecret, topsecret twice", "kill": 8},
                   {"output": "got topsecret, topsecret twice"}])");
     EXPECT_EQ(RunProcess(L"vcsencrypt -agent topsecret top"), "got topsecret, topsecret twice");
@@ -162,7 +162,7 @@ TEST_F(ProcessTest, MasksSecretsInTheOutputOfTheJournal) {
     EXPECT_EQ(entries[2]["output"], "got ***,");
 }
 
-TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
+TEST_F(ToolPrograms, LosesNothingWhenSeveralChangeAtOnce) {
     const int count = 16;
     std::vector<HANDLE> processes;
     for (int i = 0; i < count; ++i) {
@@ -180,7 +180,7 @@ TEST_F(ProcessTest, LosesNothingWhenSeveralChangeAtOnce) {
     EXPECT_FALSE(HasFile(L".live.new"));
 }
 
-TEST_F(ProcessTest, WaitsForItsTurn) {
+TEST_F(ToolPrograms, WaitsForItsTurn) {
     common::FileLock lock(Path(L".lock"));
     auto turn = std::make_unique<common::FileLock::Turn>(lock);
     const HANDLE process = Start(L"hares -modify G-IP Address 1", Path(L".out"));
@@ -191,7 +191,7 @@ TEST_F(ProcessTest, WaitsForItsTurn) {
     EXPECT_TRUE(HasFile(L".live"));
 }
 
-TEST_F(ProcessTest, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
+TEST_F(ToolPrograms, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
     for (int i = 0; i < 24; ++i) {
         const std::string before = Run("hares", "-value G-Mount VolumeName");
         const std::wstring value = L"Volume" + std::to_wstring(i);
@@ -206,7 +206,7 @@ TEST_F(ProcessTest, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
     EXPECT_EQ(Run("haconf", "-dump -makero"), "");
 }
 
-TEST_F(ProcessTest, PrintsWhatAFaultSays) {
+TEST_F(ToolPrograms, PrintsWhatAFaultSays) {
     UseFaults(R"([{"tool": "hares", "arguments": "-list*", "nth": 2, "output": "half a li", "exit": 5},
                   {"tool": "hasys", "output": "a\r\nb", "repeat": 3, "stream": "errors"}])");
     EXPECT_EQ(RunProcess(L"hares -list Type=NIC"), "G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n");
@@ -217,7 +217,7 @@ TEST_F(ProcessTest, PrintsWhatAFaultSays) {
     EXPECT_EQ(m_processExit, 0u);
 }
 
-TEST_F(ProcessTest, TakesFaultsOneALineToo) {
+TEST_F(ToolPrograms, TakesFaultsOneALineToo) {
     UseFaults("// as in the cluster simulator\n"
               "hares@-list Type=*#2=5,output:\"half a li\"\n"
               "hasys@-list*#2+=output:\"a\\r\\nb\",repeat:3,stream:errors\n"
@@ -233,20 +233,20 @@ TEST_F(ProcessTest, TakesFaultsOneALineToo) {
     EXPECT_EQ(RunProcess(L"hagrp -list Parallel=0").size(), 8u);
 }
 
-TEST_F(ProcessTest, DoesNothingWhenAFaultTakesItsPlace) {
+TEST_F(ToolPrograms, DoesNothingWhenAFaultTakesItsPlace) {
     UseFaults(R"([{"tool": "hares", "exit": 9}])");
     EXPECT_EQ(RunProcess(L"hares -modify G-IP Address 1"), "");
     EXPECT_EQ(m_processExit, 9u);
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(ProcessTest, DiesInMidOutput) {
+TEST_F(ToolPrograms, DiesInMidOutput) {
     UseFaults(R"([{"tool": "hasys", "kill": 8}])");
     EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNO");
     EXPECT_EQ(Journal()[0]["output"], "NODE1\nNO");
 }
 
-TEST_F(ProcessTest, PrintsRandomBytes) {
+TEST_F(ToolPrograms, PrintsRandomBytes) {
     UseFaults(R"([{"random": 4096}])");
     const std::string bytes = RunProcess(L"hagrp -list");
     EXPECT_EQ(bytes.size(), 4096u);
@@ -254,14 +254,14 @@ TEST_F(ProcessTest, PrintsRandomBytes) {
     EXPECT_EQ(RunProcess(L"hagrp -list"), bytes);
 }
 
-TEST_F(ProcessTest, IsSlowWhenAsked) {
+TEST_F(ToolPrograms, IsSlowWhenAsked) {
     UseFaults(R"([{"delay_ms": 700}])");
     const DWORD begin = GetTickCount();
     EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
     EXPECT_GE(GetTickCount() - begin, 700u);
 }
 
-TEST_F(ProcessTest, HangsWhenAskedWithoutHoldingOthersUp) {
+TEST_F(ToolPrograms, HangsWhenAskedWithoutHoldingOthersUp) {
     UseFaults(R"([{"tool": "hasys", "hang": true}])");
     const HANDLE process = Start(L"hasys -list", Path(L".hanging"));
     EXPECT_EQ(WaitForSingleObject(process, 1000), static_cast<DWORD>(WAIT_TIMEOUT));
@@ -271,7 +271,7 @@ TEST_F(ProcessTest, HangsWhenAskedWithoutHoldingOthersUp) {
     EXPECT_EQ(Journal()[0]["exit"], nullptr);
 }
 
-TEST_F(ProcessTest, SaysThatThereIsNotEnoughMemory) {
+TEST_F(ToolPrograms, SaysThatThereIsNotEnoughMemory) {
     for (const char* fault : {R"([{"output": "abc", "repeat": 1000000000000000}])", R"([{"random": 1000000000000000}])",
                               R"([{"output": "abc", "repeat": 18446744073709551615}])"}) {
         UseFaults(fault);
@@ -283,7 +283,7 @@ TEST_F(ProcessTest, SaysThatThereIsNotEnoughMemory) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(ProcessTest, SaysWhatIsWrongWithTheFaults) {
+TEST_F(ToolPrograms, SaysWhatIsWrongWithTheFaults) {
     UseFaults("[{\"colour\": 1}]");
     EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("fault 0: there is no member 'colour'\n"));
     EXPECT_EQ(m_processExit, 2u);

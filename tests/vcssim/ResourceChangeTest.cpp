@@ -4,9 +4,9 @@
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-typedef ToolTest ResourceChangeTest;
+using ToolResourceChange = ToolTest;
 
-TEST_F(ResourceChangeTest, AddsADisabledResource) {
+TEST_F(ToolResourceChange, AddsADisabledResource) {
     EXPECT_EQ(Run("hares", "-add New GenericService G"),
               "VCS NOTICE V-16-1-10242 Resource added. Enabled attribute must be set before agent monitors\n");
     EXPECT_EQ(m_exitCode, 0);
@@ -19,7 +19,7 @@ TEST_F(ResourceChangeTest, AddsADisabledResource) {
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\tGenericService New (\n\t\tEnabled = 0\n\t\t)\n"));
 }
 
-TEST_F(ResourceChangeTest, DoesNotCountADisabledResource) {
+TEST_F(ToolResourceChange, DoesNotCountADisabledResource) {
     WriteFile(L".state.json", R"({"mode": "rw", "resources": {"H-Service": {"NODE2": "ONLINE"}}})");
     Run("hares", "-add New GenericService H");
     EXPECT_EQ(Run("hagrp", "-state H -sys NODE2"), "ONLINE\n");
@@ -27,7 +27,7 @@ TEST_F(ResourceChangeTest, DoesNotCountADisabledResource) {
     EXPECT_EQ(Run("hagrp", "-state H -sys NODE2"), "PARTIAL\n");
 }
 
-TEST_F(ResourceChangeTest, RefusesAResourceThatCannotBe) {
+TEST_F(ToolResourceChange, RefusesAResourceThatCannotBe) {
     EXPECT_EQ(Run("hares", "-add G-IP IP G"), "VCS WARNING V-16-1-99021 (simulated) Resource G-IP exists already\n");
     EXPECT_EQ(Run("hares", "-add New Nothing G"), "VCS WARNING V-16-1-99022 (simulated) Type Nothing does not exist\n");
     EXPECT_EQ(Run("hares", "-add New IP Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
@@ -38,14 +38,14 @@ TEST_F(ResourceChangeTest, RefusesAResourceThatCannotBe) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
-TEST_F(ResourceChangeTest, TakesTheTypesThatAreInUse) {
+TEST_F(ToolResourceChange, TakesTheTypesThatAreInUse) {
     WriteFile(L"", "group G (\n\t)\n\n\tOwnType r (\n\t\t)\n");
     Run("hares", "-add s OwnType G");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_EQ(ReadFile(L".live"), "group G (\n\t)\n\n\tOwnType r (\n\t\t)\n\n\tOwnType s (\n\t\tEnabled = 0\n\t\t)\n");
 }
 
-TEST_F(ResourceChangeTest, DeletesAResourceWithItsLinksAndItsState) {
+TEST_F(ToolResourceChange, DeletesAResourceWithItsLinksAndItsState) {
     EXPECT_EQ(Run("hares", "-delete G-Mount"), "");
     EXPECT_EQ(m_exitCode, 0);
     EXPECT_THAT(ReadFile(L".live"), Not(HasSubstr("G-Mount")));
@@ -55,7 +55,7 @@ TEST_F(ResourceChangeTest, DeletesAResourceWithItsLinksAndItsState) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(ResourceChangeTest, LeavesNothingOfAResourceThatCameAndWent) {
+TEST_F(ToolResourceChange, LeavesNothingOfAResourceThatCameAndWent) {
     Run("hares", "-add New RegRep G");
     RunWith("hares", {"-modify", "New", "Keys", "HKLM\\A", ""});
     Run("hares", "-link New G-Mount");

@@ -15,9 +15,9 @@ std::string Lower(std::string text) {
 
 } // namespace
 
-typedef ToolTest VcsencryptTest;
+using Vcsencrypt = ToolTest;
 
-TEST_F(VcsencryptTest, PrintsAWordOfLetters) {
+TEST_F(Vcsencrypt, PrintsAWordOfLetters) {
     const std::string output = RunWith("vcsencrypt", {"-agent", "Secret1"});
     EXPECT_EQ(m_exitCode, 0);
     ASSERT_GT(output.size(), 1u);
@@ -25,7 +25,7 @@ TEST_F(VcsencryptTest, PrintsAWordOfLetters) {
     EXPECT_TRUE(std::all_of(output.begin(), output.end() - 1, [](unsigned char c) { return std::isalpha(c) != 0; }));
 }
 
-TEST_F(VcsencryptTest, GivesTheSameWordForTheSamePassword) {
+TEST_F(Vcsencrypt, GivesTheSameWordForTheSamePassword) {
     const std::string output = RunWith("vcsencrypt", {"-agent", "secret"});
     EXPECT_EQ(RunWith("vcsencrypt", {"-agent", "secret"}), output);
     EXPECT_NE(RunWith("vcsencrypt", {"-vcs", "secret"}), output);
@@ -33,7 +33,7 @@ TEST_F(VcsencryptTest, GivesTheSameWordForTheSamePassword) {
     EXPECT_NE(RunWith("vcsencrypt", {"-agent", "secret", "x"}), output);
 }
 
-TEST_F(VcsencryptTest, NeverShowsThePassword) {
+TEST_F(Vcsencrypt, NeverShowsThePassword) {
     for (char first = 'a'; first <= 'z'; ++first) {
         EXPECT_THAT(Lower(RunWith("vcsencrypt", {"-agent", std::string(1, first)})),
                     Not(HasSubstr(std::string(1, first))));
@@ -44,19 +44,19 @@ TEST_F(VcsencryptTest, NeverShowsThePassword) {
     }
 }
 
-TEST_F(VcsencryptTest, FailsAtOnceWithoutAPassword) {
+TEST_F(Vcsencrypt, FailsAtOnceWithoutAPassword) {
     EXPECT_EQ(RunWith("vcsencrypt", {"-agent"}),
               "VCS WARNING V-16-1-99060 (simulated) There is no password to encrypt\n");
     EXPECT_EQ(m_exitCode, 1);
 }
 
-TEST_F(VcsencryptTest, PromptsWhenAsked) {
+TEST_F(Vcsencrypt, PromptsWhenAsked) {
     const std::string bare = RunWith("vcsencrypt", {"-agent", "secret"});
     m_environment.options.encryptPrompts = true;
     EXPECT_EQ(RunWith("vcsencrypt", {"-agent", "secret"}), "Enter New Password:\nEnter Again:\n" + bare);
 }
 
-TEST_F(VcsencryptTest, TakesAnEmptyPassword) {
+TEST_F(Vcsencrypt, TakesAnEmptyPassword) {
     EXPECT_EQ(RunWith("vcsencrypt", {"-agent", ""}).size(), 25u);
     EXPECT_EQ(m_exitCode, 0);
 }
