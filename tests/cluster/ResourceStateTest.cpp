@@ -221,6 +221,7 @@ struct Switch {
     const char* call;
     Res::RES_STATE reached;
     Res::RES_STATE pending;
+    DWORD refusal; // a code of the call
 
     std::string Log(const std::string& message = "") const {
         const Texts middle = message.empty() ? Texts() : Texts{message};
@@ -232,9 +233,9 @@ struct Switch {
 };
 
 const Switch Switches[] = {{"OnlineResource", &Res::OnlineResource, L"Spare IP", "OnlineClusterResource",
-                            Res::RES_STATE_ONLINE, Res::RES_STATE_ONLINE_PENDING},
+                            Res::RES_STATE_ONLINE, Res::RES_STATE_ONLINE_PENDING, 5018},
                            {"OfflineResource", &Res::OfflineResource, L"EVS1 Name", "OfflineClusterResource",
-                            Res::RES_STATE_OFFLINE, Res::RES_STATE_OFFLINE_PENDING}};
+                            Res::RES_STATE_OFFLINE, Res::RES_STATE_OFFLINE_PENDING, 5038}};
 
 class ResourceSwitch : public ClusterTest, public ::testing::WithParamInterface<Switch> {
 protected:
@@ -265,7 +266,7 @@ TEST_P(ResourceSwitch, DoesNotWaitForAPendingResource) {
 
 TEST_P(ResourceSwitch, FailureIsLoggedWithTheLastErrorNotTheCode) {
     const Switch& row = GetParam();
-    Platform().FailCall(row.call, 5018);
+    Platform().FailCall(row.call, row.refusal);
     CClusterResource resource;
     cluster.Open(resource, L"EVS1 IP");
     SetLastError(4711);

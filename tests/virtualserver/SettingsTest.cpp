@@ -7,7 +7,7 @@ namespace {
 
 using ProductKeyFile = SettingsTest;
 
-TEST_F(ProductKeyFile, NoFileMeansTheProductKey) {
+TEST_F(ProductKeyFile, NoFileMeansTheDefaultKey) {
     EXPECT_EQ(files.KeyInUse(), ProductKeyText);
     EXPECT_EQ(files.Opened(), (std::vector<std::string>{Utf8(files.ConfigFolder() + SettingsFileName),
                                                         Utf8(files.Folder() + SettingsFileName)}));
@@ -71,7 +71,7 @@ TEST_F(ProductKeyFile, EntryBehindAnotherEntryHasNoEffect) {
     EXPECT_EQ(files.KeyInUse(), ProductKeyText);
 }
 
-TEST_F(ProductKeyFile, EmptyValueMeansTheProductKey) {
+TEST_F(ProductKeyFile, EmptyValueMeansTheDefaultKey) {
     files.WriteConfig("RegKeyProductCurrentVersion\t\"\"\n");
     EXPECT_EQ(files.KeyInUse(), ProductKeyText);
 }
