@@ -85,7 +85,7 @@ std::wstring TakeSecret(std::wstring& commandLine) {
     if (first == std::wstring::npos) {
         return std::wstring(); // an empty password is none
     }
-    const std::wstring secret = commandLine.substr(first, commandLine.find_last_not_of(QuotesAndBlanks) + 1 - first);
+    std::wstring secret = commandLine.substr(first, commandLine.find_last_not_of(QuotesAndBlanks) + 1 - first);
     commandLine.replace(begin, std::wstring::npos, SecretMask);
     return secret;
 }
