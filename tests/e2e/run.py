@@ -14,6 +14,7 @@ the case's purpose ("# ...") and its setting:
   computer NAME       the computer's name, NODE1 without it
   iis FILE            the web server's configuration on this computer
   debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
+  simulator none      the simulator's DLLs do not lie beside clusctl
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, where VCSSIM_MAIN_CF points, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
@@ -24,7 +25,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
   clusctl ...         STDOUT=full or STDOUT=closed says where its output goes, STDIN=TEXT what it is told, with a line end,
                       STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
-  same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ
+  same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ but for the names of the models
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
@@ -131,6 +132,9 @@ class Case:
                 library = self.own_program_folder() / "DebugLog.dll"
                 library.unlink()
                 os.link(self.runner.bin / "e2e" / value / "DebugLog.dll", library)
+            elif word == "simulator":
+                for library in ("clusapi.dll", "resutils.dll"):
+                    (self.own_program_folder() / library).unlink()
             elif word == "vcs":
                 shutil.copy(find_input(value), self.folder / "main.cf")
                 state = find_input(value).with_name(value + ".state.json")
@@ -273,7 +277,8 @@ class Case:
         if verb == "clusctl":
             return self.clusctl(arguments, variables)
         if verb == "same":
-            first, second = (self.clusctl(arguments[2:], {**variables, "CLUSSIM_FILE": file}) for file in arguments[:2])
+            first, second = (self.clusctl(arguments[2:], {**variables, "CLUSSIM_FILE": file}).replace(f'"{file}"', '"FILE"')
+                             for file in arguments[:2])
             return difference(first, second, *arguments[:2]) or "same\n"
         if verb == "together":
             processes = [self.start(arguments[1:], variables) for _ in range(int(arguments[0]))]

@@ -60,7 +60,8 @@ Report Cluster() {
 
 void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::wstring& name) {
     if (!cluster.OpenGroupByName(group, name.c_str())) {
-        throw Failure("there is no group " + Quoted(name) + " that can be opened");
+        throw Failure(KindOfCode(GetLastError(), Errors::GroupNotFound),
+                      "there is no group " + Quoted(name) + " that can be opened");
     }
 }
 

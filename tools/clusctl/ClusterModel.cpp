@@ -11,7 +11,7 @@
 namespace {
 
 Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
-    return Failure(std::string("cannot read ") + what + " of " + Quoted(name) + ": " + ErrorText(code));
+    return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
 }
 
 struct Placement {
@@ -51,7 +51,7 @@ std::wstring ReadClusterName(const CCluster& cluster) {
             return name.data();
         }
         if (code != ERROR_MORE_DATA || length < name.size()) {
-            throw Failure("cannot read the cluster's name: " + ErrorText(code));
+            throw Failure::OfCode("cannot read the cluster's name", code);
         }
         name.resize(length + 1);
     }

@@ -139,20 +139,23 @@ bool ListPreferredOwners(HGROUP group, Names& names) {
 
 void OpenLocalCluster(CCluster& cluster) {
     if (!cluster.OpenByLPC()) {
-        throw Failure("cannot open this computer's cluster");
+        const DWORD code = GetLastError();
+        Failure failure = Failure::OfCode("cannot open this computer's cluster", code);
+        throw code == ERROR_ACCESS_DENIED ? failure : failure.As(Errors::NoCluster);
     }
 }
 
 void RequireResource(const CCluster& cluster, CClusterResource& resource, const std::wstring& name) {
     if (!cluster.OpenResourceByName(resource, name.c_str())) {
-        throw Failure("there is no resource " + Quoted(name) + " that can be opened");
+        throw Failure(KindOfCode(GetLastError(), Errors::ResourceNotFound),
+                      "there is no resource " + Quoted(name) + " that can be opened");
     }
 }
 
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
     Names names;
     if (!cluster.EnumNames(kind, names)) {
-        throw Failure("cannot list the cluster's objects");
+        throw Failure(Errors::Incomplete, "cannot list the cluster's objects");
     }
     return names;
 }

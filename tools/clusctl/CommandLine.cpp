@@ -13,22 +13,27 @@ namespace {
 
 const char Description[] = "Shows which servers this node serves, and works with the product's cluster resources.";
 
-const char Footer[] = "Options may stand before or after the sub-command. 'clusctl SUBCOMMAND --help' shows its own.\n"
-                      "Exit code: 0 done, 1 the operation failed (the reason is on standard error), 2 wrong usage.\n"
-                      "\n"
-                      "Example: rehearse a change on a copy of your cluster\n"
-                      "\n"
-                      "  1. On a cluster node, write the live cluster to a file:\n"
-                      "       clusctl snapshot C:\\rehearsal\\model.json\n"
-                      "  2. Copy clusctl.exe and the DLLs beside it to a folder of its own, and the simulator's\n"
-                      "     clusapi.dll and resutils.dll into that folder. Tell them the file:\n"
-                      "       set CLUSSIM_FILE=C:\\rehearsal\\model.json\n"
-                      "  3. Make the change:\n"
-                      "       clusctl resource offline EXVS-MAIL1 --wait\n"
-                      "  4. Look at the result, and compare it with the real cluster:\n"
-                      "       clusctl servers\n"
-                      "       clusctl resources --detail\n"
-                      "  The real cluster is not touched. Delete the file, and nothing is left.";
+const char VcsFamily[] = "vcs";
+
+const char Footer[] =
+    "Options may stand before or after the sub-command. 'clusctl SUBCOMMAND --help' shows its own.\n"
+    "Exit code: 0 done; 2 wrong usage; others tell why it failed, and the reason is on standard error:\n"
+    "1 failed, 3 not found, 4 not possible in this state, 5 refused by the cluster, 6 timed out,\n"
+    "7 the cluster does not answer, 8 incomplete answer, 9 access denied, 10 interrupted.\n"
+    "\n"
+    "Example: rehearse a change on a copy of your cluster\n"
+    "\n"
+    "  1. On a cluster node, write the live cluster to a file:\n"
+    "       clusctl snapshot C:\\rehearsal\\model.json\n"
+    "  2. Copy clusctl.exe and the DLLs beside it to a folder of its own, and the simulator's\n"
+    "     clusapi.dll and resutils.dll into that folder. Tell them the file:\n"
+    "       set CLUSSIM_FILE=C:\\rehearsal\\model.json\n"
+    "  3. Make the change:\n"
+    "       clusctl resource offline EXVS-MAIL1 --wait\n"
+    "  4. Look at the result, and compare it with the real cluster:\n"
+    "       clusctl servers\n"
+    "       clusctl resources --detail\n"
+    "  The real cluster is not touched. Delete the file, and nothing is left.";
 
 bool IsFamily(const CLI::App& app) {
     return !app.get_subcommands({}).empty();
@@ -201,6 +206,10 @@ const SharedOptions& CommandLine::Shared() const {
 
 const Action& CommandLine::Chosen() const {
     return m_chosen;
+}
+
+Answering CommandLine::Asked() const {
+    return m_app.got_subcommand(VcsFamily) ? Answering::Vcs : Answering::FailoverCluster;
 }
 
 CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,

@@ -3,11 +3,11 @@
 #define CLUSCTL_COMMANDLINE_H
 
 #include "Report.h"
+#include "Simulation.h"
 
 #include <CLI/App.hpp>
 
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,9 +25,10 @@ class LogCapture;
 typedef std::function<Report(const LogCapture& log)> Action;
 
 // The command line is wrong; what() says why. Thrown also when a command runs, of options that do not go together.
-class WrongUsage : public std::runtime_error {
+class WrongUsage : public Failure {
 public:
-    using std::runtime_error::runtime_error;
+    explicit WrongUsage(const std::string& what) : Failure(Errors::WrongUsage, what) {
+    }
 };
 
 // Names with values, in the order given.
@@ -68,6 +69,8 @@ public:
 
     const SharedOptions& Shared() const;
     const Action& Chosen() const;
+    // Whom the chosen command asks.
+    Answering Asked() const;
 
 private:
     const CLI::App& Deepest() const;

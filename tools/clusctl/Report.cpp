@@ -155,9 +155,18 @@ Report Report::Verbatim(const Json& document) {
     return report;
 }
 
+void Report::AddWarning(const std::string& warning) {
+    m_warnings.push_back(warning);
+}
+
+void Report::MarkIncomplete(const std::string& warning) {
+    AddWarning(warning);
+    m_isComplete = false;
+}
+
 std::string Report::ToText() const {
     if (m_isVerbatim) {
-        return ToJson();
+        return common::DumpJson(m_document);
     }
     std::string text;
     for (const Section& section : m_sections) {
@@ -177,6 +186,13 @@ std::string Report::ToText() const {
     return text;
 }
 
-std::string Report::ToJson() const {
-    return common::DumpJson(m_document);
+std::string Report::ToJson(const Json& besides) const {
+    if (m_isVerbatim) {
+        return common::DumpJson(m_document);
+    }
+    Json document = m_document;
+    document["complete"] = m_isComplete;
+    document["warnings"] = m_warnings;
+    document.update(besides);
+    return common::DumpJson(document);
 }

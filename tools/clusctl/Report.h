@@ -2,9 +2,9 @@
 #ifndef CLUSCTL_REPORT_H
 #define CLUSCTL_REPORT_H
 
+#include "Failure.h"
 #include "Json.h"
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -33,8 +33,24 @@ public:
     // A document that is printed as it is, in both forms.
     static Report Verbatim(const Json& document);
 
+    // What the reader has to know besides: shown on standard error, and in JSON as "warnings".
+    void AddWarning(const std::string& warning);
+
+    // Something that belongs to the answer is not in it: the warning says what. The answer is shown all the same, and
+    // the command ends with ExitIncomplete.
+    void MarkIncomplete(const std::string& warning);
+
+    const std::vector<std::string>& Warnings() const {
+        return m_warnings;
+    }
+    bool IsComplete() const {
+        return m_isComplete;
+    }
+
     std::string ToText() const;
-    std::string ToJson() const;
+
+    // The document as it is, or with "complete", "warnings" and the members of `besides` unless it is a verbatim one.
+    std::string ToJson(const Json& besides) const;
 
 private:
     enum class Form {
@@ -55,19 +71,15 @@ private:
 
     Json m_document = Json::object();
     std::vector<Section> m_sections;
+    std::vector<std::string> m_warnings;
+    bool m_isComplete = true;
     bool m_isVerbatim = false;
-};
-
-// A command could not do its work; what() is the sentence for the user. main adds the library's own reasons.
-class Failure : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
 };
 
 // The work failed halfway; what there is to show of it is printed like a result.
 class FailureWithReport : public Failure {
 public:
-    FailureWithReport(const std::string& what, const Report& report) : Failure(what), m_report(report) {
+    FailureWithReport(const Failure& failure, const Report& report) : Failure(failure), m_report(report) {
     }
     const Report& Shown() const {
         return m_report;

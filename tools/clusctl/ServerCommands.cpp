@@ -76,7 +76,8 @@ Report Query(const std::wstring& nameOrAddress) {
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!util.QueryServerInfo(request, *info)) {
         RequireAnswer();
-        throw Failure("this node serves no server with the name or address " + Quoted(nameOrAddress));
+        throw Failure(Errors::ServerNotFound,
+                      "this node serves no server with the name or address " + Quoted(nameOrAddress));
     }
     Report report;
     report.AddRecord("server", ServerRecord(*info), ServerTitles);
@@ -90,7 +91,7 @@ Report SmtpInstances(const std::wstring& networkName) {
         OpenLocalCluster(cluster);
         std::wstring resourceName;
         if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName.c_str())) {
-            throw Failure("the cluster has no network name " + Quoted(networkName));
+            throw Failure(Errors::ServerNotFound, "the cluster has no network name " + Quoted(networkName));
         }
         throw Failure("cannot collect the SMTP instances of " + Quoted(networkName) +
                       ": one cannot be read, or there are more than " +

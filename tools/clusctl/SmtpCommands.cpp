@@ -49,7 +49,7 @@ Report Restart(const LogCapture& log) {
         isRestarted = CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
     }
     if (name.empty()) {
-        throw Failure("no Exchange SMTP instance is online on this node");
+        throw Failure(Errors::NotFound, "no Exchange SMTP instance is online on this node");
     }
     const Json record = ReadResource(cluster, name, false);
     if (!isRestarted) {

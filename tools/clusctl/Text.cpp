@@ -86,8 +86,7 @@ std::string Shortened(const std::string& text, size_t longest) {
     return CharacterCount(printable) <= longest ? printable : Head(printable, longest - 3) + "...";
 }
 
-std::string ErrorText(unsigned long code) {
-    std::string result = "error " + std::to_string(code);
+std::string SystemText(unsigned long code) {
     wchar_t buffer[512];
     const DWORD flags = FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
     const DWORD length = FormatMessageW(flags, nullptr, code, 0, buffer, 512, nullptr);
@@ -95,5 +94,10 @@ std::string ErrorText(unsigned long code) {
     while (!text.empty() && (text.back() == ' ' || text.back() == '.')) {
         text.pop_back();
     }
-    return text.empty() ? result : result + " (" + text + ")";
+    return text;
+}
+
+std::string ErrorText(unsigned long code) {
+    const std::string text = SystemText(code);
+    return "error " + std::to_string(code) + (text.empty() ? "" : " (" + text + ")");
 }

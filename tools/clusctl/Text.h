@@ -25,6 +25,9 @@ std::string Quoted(const std::wstring& text);
 // The printable text, its end left out when it is longer.
 std::string Shortened(const std::string& text, size_t longest);
 
+// The system's text for a Win32 code, printable, without the full stop; empty when there is none.
+std::string SystemText(unsigned long code);
+
 // "error 5007 (Cluster resource not found)"; the number alone when the system has no text for it.
 std::string ErrorText(unsigned long code);
 

@@ -12,7 +12,7 @@ std::wstring ComputerName() {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     if (!GetComputerNameW(name, &length)) {
-        throw Failure("cannot read the computer name: " + ErrorText(GetLastError()));
+        throw Failure::OfCode("cannot read the computer name", GetLastError());
     }
     return std::wstring(name, length);
 }

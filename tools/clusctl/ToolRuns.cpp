@@ -2,24 +2,11 @@
 
 #include "Text.h"
 
-#include <cstdlib>
-
 namespace {
 
 const char CommandMark[] = "Command line: ";
 const char SecretCommand[] = "Command line is ***";
-const char ExitCodeMark[] = "Process exit code: ";
-const char ResultMark[] = "Result: ";
 const char LeavingText[] = "CVeritasCluster::ExecuteVeritasCommand_";
-
-// The text behind a mark; false when the line does not begin with it.
-bool TakeBehind(const std::string& line, const std::string& mark, std::string& text) {
-    if (!StartsWith(line, mark)) {
-        return false;
-    }
-    text = line.substr(mark.size());
-    return true;
-}
 
 // One blank between words, none at the ends.
 std::string Tidy(const std::string& text) {
@@ -35,32 +22,42 @@ std::string Tidy(const std::string& text) {
     return result;
 }
 
+// The first line of an output that holds more than blanks.
+std::string FirstLine(const wchar_t* output) {
+    const std::wstring text(output);
+    size_t begin = text.find_first_not_of(L" \t\r\n");
+    if (begin == std::wstring::npos) {
+        return std::string();
+    }
+    return Tidy(Printable(text.substr(begin, text.find(L'\n', begin) - begin)));
+}
+
 } // namespace
 
-void ToolRuns::Take(const std::string& line) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    std::string text;
-    if (TakeBehind(line, CommandMark, text) || line == SecretCommand) {
+ToolRuns::ToolRuns() {
+    SetVeritasToolRunCallback(&ToolRuns::Receive, this);
+}
+
+ToolRuns::~ToolRuns() {
+    SetVeritasToolRunCallback(nullptr, nullptr);
+}
+
+void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
+    auto& runs = *static_cast<ToolRuns*>(context);
+    const std::lock_guard<std::mutex> lock(runs.m_mutex);
+    try {
         ToolRun run;
-        run.command = line == SecretCommand ? "vcsencrypt -agent ***" : Tidy(text);
-        m_runs.push_back(run);
-        return;
-    }
-    if (m_runs.empty() || m_runs.back().isDone) {
-        return;
-    }
-    ToolRun& run = m_runs.back();
-    if (TakeBehind(line, ExitCodeMark, text)) {
-        run.isStarted = true;
-        run.exitCode = std::atoi(text.c_str());
-    } else if (TakeBehind(line, ResultMark, text)) {
-        if (run.firstLine.empty()) {
-            run.firstLine = Tidy(text);
-        }
-    } else if (line == LeavingText) {
-        run.isDone = true;
-    } else if (StartsWith(line, "Cannot get process exit code, e")) {
-        run.isStarted = true;
+        run.command = Tidy(Printable(told.commandLine));
+        run.isStarted = told.started;
+        run.startError = told.startError;
+        run.captureError = told.captureError;
+        run.isExitCodeKnown = told.exitCodeKnown;
+        run.exitCode = told.exitCode;
+        run.isRead = told.output != nullptr;
+        run.firstLine = told.output == nullptr ? std::string() : FirstLine(told.output);
+        runs.m_runs.push_back(run);
+    } catch (...) {
+        runs.m_isOneLost = true; // for want of memory
     }
 }
 
@@ -71,10 +68,25 @@ size_t ToolRuns::Count() const {
 
 std::vector<ToolRun> ToolRuns::Since(size_t first) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return std::vector<ToolRun>(m_runs.begin() + static_cast<std::ptrdiff_t>(first), m_runs.end());
+    std::vector<ToolRun> runs(m_runs.begin() + static_cast<std::ptrdiff_t>(first), m_runs.end());
+    if (m_isOneLost) {
+        runs.emplace_back(); // nothing is known of it, so it counts as one that failed
+    }
+    return runs;
 }
 
-ToolRun ToolRuns::Last() const {
+void ToolRuns::TakeLine(const std::string& line) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_runs.empty() ? ToolRun() : m_runs.back();
+    if (StartsWith(line, CommandMark) || line == SecretCommand) {
+        m_begun = line == SecretCommand ? "vcsencrypt -agent ***" : Tidy(line.substr(sizeof(CommandMark) - 1));
+        m_hasEnded = false;
+    } else if (line == LeavingText) {
+        m_hasEnded = true;
+    }
+}
+
+std::string ToolRuns::LastBegun(bool& hasEnded) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    hasEnded = m_hasEnded;
+    return m_begun;
 }

@@ -1,33 +1,49 @@
-// The runs of the cluster's command-line tools, as the library's debug log tells them.
+// The runs of the cluster's command-line tools, as the library reports them.
 #ifndef CLUSCTL_TOOLRUNS_H
 #define CLUSCTL_TOOLRUNS_H
+
+#include <clus_VeritasCluster.h>
 
 #include <mutex>
 #include <string>
 #include <vector>
 
+// Secrets are masked in all of it.
 struct ToolRun {
-    std::string command; // "hares -list Type=Lanman", without secrets; "vcsencrypt" when it carries one
+    std::string command; // "hares -list Type=Lanman"
     bool isStarted = false;
-    bool isDone = false;
-    int exitCode = 0;      // of a started one
+    unsigned long startError = 0;   // Win32 code: why it was not
+    unsigned long captureError = 0; // Win32 code: why its output went astray
+    bool isExitCodeKnown = false;
+    unsigned long exitCode = 0;
+    bool isRead = false;
     std::string firstLine; // of its output, standard error included; empty when there is none
 };
 
+// Receives the runs of this process while it lives. There is one at a time.
 class ToolRuns {
 public:
-    // One line of the log, secrets masked.
-    void Take(const std::string& line);
+    ToolRuns();
+    ~ToolRuns();
+    ToolRuns(const ToolRuns&) = delete;
+    ToolRuns& operator=(const ToolRuns&) = delete;
 
     size_t Count() const;
     std::vector<ToolRun> Since(size_t first) const;
 
-    // The last one. Other threads may ask while tools run.
-    ToolRun Last() const;
+    // One line of the log, secrets masked: tells which tool runs, for a progress line.
+    void TakeLine(const std::string& line);
+    // The command that was begun last, and whether it has ended. Other threads may ask while tools run.
+    std::string LastBegun(bool& hasEnded) const;
 
 private:
+    static void Receive(const CVeritasToolRun& run, void* context);
+
     mutable std::mutex m_mutex;
     std::vector<ToolRun> m_runs;
+    bool m_isOneLost = false;
+    std::string m_begun;
+    bool m_hasEnded = true;
 };
 
 #endif

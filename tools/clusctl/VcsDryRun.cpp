@@ -26,7 +26,7 @@ Failure Cannot(const char* verb, const common::FileError& error) {
 
 void SetVariable(const wchar_t* name, const std::wstring& value) {
     if (!SetEnvironmentVariableW(name, value.c_str())) {
-        throw Failure("cannot set the variable " + common::ToUtf8(name) + ": " + ErrorText(GetLastError()));
+        throw Failure::OfCode("cannot set the variable " + common::ToUtf8(name), GetLastError());
     }
 }
 
@@ -41,7 +41,7 @@ std::string RunningConfiguration(const vcssim::ClusterFiles& files) {
 std::wstring CreateFolder() {
     wchar_t temporary[MAX_PATH + 1] = {};
     if (GetTempPathW(MAX_PATH + 1, temporary) == 0) {
-        throw Failure("there is no folder for temporary files: " + ErrorText(GetLastError()));
+        throw Failure::OfCode("there is no folder for temporary files", GetLastError());
     }
     for (int number = 1;; ++number) {
         const std::wstring folder = std::wstring(temporary) + L"clusctl-" + std::to_wstring(GetCurrentProcessId()) +
@@ -50,7 +50,7 @@ std::wstring CreateFolder() {
             return folder + L"\\";
         }
         if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            throw Failure("cannot create the folder " + Quoted(folder) + ": " + ErrorText(GetLastError()));
+            throw Failure::OfCode("cannot create the folder " + Quoted(folder), GetLastError());
         }
     }
 }
@@ -60,10 +60,10 @@ std::wstring CreateFolder() {
 VcsDryRun::VcsDryRun() : m_copy(std::wstring()) {
     const std::wstring mainCf = common::EnvironmentVariable(FileVariable);
     if (mainCf.empty()) {
-        throw Failure("a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
+        throw Failure(Errors::NoSimulator, "a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
     }
     if (!common::FileExists(mainCf)) {
-        throw Failure("there is no file " + Quoted(mainCf) + ", which VCSSIM_MAIN_CF names");
+        throw Failure(Errors::FileNotFound, "there is no file " + Quoted(mainCf) + ", which VCSSIM_MAIN_CF names");
     }
     m_folder = CreateFolder();
     try {
@@ -115,7 +115,8 @@ void VcsDryRun::DeleteCopy() const {
 
 void VcsDryRun::RequireSimulator() const {
     if (!common::FileExists(m_folder + JournalName)) {
-        throw Failure("the VCS tools on the search path are not the simulator's: they would change the real cluster");
+        throw Failure(Errors::NoSimulator,
+                      "the VCS tools on the search path are not the simulator's: they would change the real cluster");
     }
 }
 

@@ -78,14 +78,12 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
     if (mounts.size() == 1) {
         return mounts.front();
     }
-    std::string names;
-    for (const std::wstring& name : mounts) {
-        names += (names.empty() ? ": " : ", ") + common::ToUtf8(name);
-    }
-    throw Failure("the group " + Quoted(group) +
-                  (mounts.empty() ? " has no MountV resource for the product's to depend on"
-                                  : " has " + std::to_string(mounts.size()) +
-                                        " top-most MountV resources, and --mount has to name one of them" + names));
+    throw Failure(Errors::NotPossible,
+                  "the group " + Quoted(group) +
+                      (mounts.empty() ? " has no MountV resource for the product's to depend on"
+                                      : " has " + std::to_string(mounts.size()) +
+                                            " top-most MountV resources, and --mount has to name one of them: " +
+                                            ListText(mounts)));
 }
 
 std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
@@ -95,8 +93,9 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
                                                 : plan.info.sGroupName + L"-RegRep";
     // Setting up another program's resource again would turn it into the product's.
     if (name != existing && Contains(plan.before, name)) {
-        throw Failure("the resource " + Quoted(name) +
-                      " exists already and does not replicate the product's key; --regrep gives another name");
+        throw Failure(Errors::AlreadyExists,
+                      "the resource " + Quoted(name) +
+                          " exists already and does not replicate the product's key; --regrep gives another name");
     }
     return name;
 }
@@ -246,7 +245,7 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
         if (dryRun == nullptr) {
             throw;
         }
-        throw FailureWithReport(failure.what(), report);
+        throw FailureWithReport(failure, report);
     }
     return report;
 }

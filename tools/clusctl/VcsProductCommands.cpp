@@ -47,8 +47,8 @@ int TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
 // The library's result does not tell.
 void RequireStarted(const std::wstring& service, int timeout) {
     if (timeout > 0 && ServiceStateHere(service) != "running") {
-        throw Failure("the resource was switched on, but the service " + Quoted(service) + " is " +
-                      ServiceStateHere(service));
+        throw Failure(Errors::TimedOut, "the resource was switched on, but the service " + Quoted(service) + " is " +
+                                            ServiceStateHere(service));
     }
 }
 
@@ -114,7 +114,7 @@ Report List(const LogCapture& log, const std::wstring& group) {
     watch.Require(isListed, what);
     watch.RequireNames(names, what);
     if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), group)) {
-        throw Failure("there is no group " + Quoted(group));
+        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
     }
     Report report;
     report.AddTable("resources", NameRecords(names), {{"name", "RESOURCE"}}, "There are none.");

@@ -95,7 +95,7 @@ Report FindGroup(const LogCapture& log, const std::wstring& networkName) {
     const std::string what = "cannot find the group of the network name " + Quoted(networkName);
     watch.Require(isFound, what);
     if (group.empty()) {
-        throw Failure(what + ": no Lanman resource carries it");
+        throw Failure(Errors::ServerNotFound, what + ": no Lanman resource carries it");
     }
     Report report;
     report.AddSentence("group", {{"networkName", networkName}, {"name", group}}, Printable(group));

@@ -4,6 +4,7 @@
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsMode.h"
+#include "VcsServers.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
@@ -37,6 +38,7 @@ struct LinkOptions {
 
 struct DeleteOptions {
     std::wstring name;
+    bool isForced = false;
     bool opens = false;
 };
 
@@ -70,9 +72,21 @@ Report Add(const LogCapture& log, const AddOptions& options) {
         record["attributes"][common::ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
     }
     watch.Require(!record["type"].is_null(), what);
+    if (!options.child.empty() && !Contains(children, options.child)) {
+        throw Failure(Errors::Refused, what + ": it does not depend on " + Quoted(options.child));
+    }
     Report report;
     report.AddRecord("resource", record, ResourceTitles);
     return report;
+}
+
+// That VCS shows it, whatever the tool said.
+void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what) {
+    VcsNames parents;
+    VcsNames children;
+    if (!CVeritasCluster().EnumResDependencies(parent.c_str(), parents, children) || !Contains(children, child)) {
+        throw Failure(Errors::Refused, what + ": VCS shows no such dependency");
+    }
 }
 
 Report Link(const LogCapture& log, const LinkOptions& options) {
@@ -82,7 +96,9 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
         const OpenConfiguration open(options.opens);
         isDone = CVeritasCluster().LinkResource(options.parent.c_str(), options.child.c_str());
     }
-    watch.Require(isDone, "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child));
+    const std::string what = "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child);
+    watch.Require(isDone, what);
+    RequireDependency(options.parent, options.child, what);
     Report report;
     report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}},
                        Quoted(options.parent) + " depends on " + Quoted(options.child) + ".");
@@ -90,12 +106,26 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
 }
 
 Report Delete(const LogCapture& log, const DeleteOptions& options) {
+    const std::string what = "cannot delete the resource " + Quoted(options.name);
+    if (!Contains(ListVcsResources(log), options.name)) {
+        throw Failure(Errors::ResourceNotFound, what + ": there is none of that name");
+    }
     const ToolWatch watch(log);
+    VcsNames parents;
+    VcsNames children;
+    watch.Require(CVeritasCluster().EnumResDependencies(options.name.c_str(), parents, children), what);
+    if (!parents.empty() && !options.isForced) {
+        throw Failure(Errors::NotPossible, what + ": " + ListText(parents) + " depends on it")
+            .Hint("--force deletes it all the same, with the dependencies.");
+    }
     {
         const OpenConfiguration open(options.opens);
         CVeritasCluster().DeleteResource(options.name.c_str());
     }
-    watch.Require(true, "cannot delete the resource " + Quoted(options.name));
+    watch.Require(true, what);
+    if (Contains(ListVcsResources(log), options.name)) {
+        throw Failure(Errors::Refused, what + ": VCS shows it still");
+    }
     Report report;
     report.AddSentence("deleted", Json::array({options.name}), "Deleted " + Quoted(options.name) + ".");
     return report;
@@ -167,6 +197,7 @@ void AddDelete(CommandLine& commandLine, CLI::App& family) {
     CLI::App& command = commandLine.AddTo(family, "delete", "Delete a resource",
                                           [options](const LogCapture& log) { return Delete(log, *options); });
     CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The resource").required();
+    command.add_flag("--force", options->isForced, "Delete it although others depend on it");
     OpenConfiguration::AddOption(command, options->opens);
 }
 

@@ -88,7 +88,7 @@ Report Storage(const LogCapture& log, const std::wstring& group) {
     const VcsNames mounts = TopMountResources(log, group);
     const RegistryReplication replication = FindRegistryReplication(log, group);
     if (mounts.empty() && replication.resource.empty() && !Contains(ListVcsGroups(log), group)) {
-        throw Failure("there is no group " + Quoted(group));
+        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
     }
     Report report;
     report.AddRecord("storage",

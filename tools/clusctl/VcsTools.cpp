@@ -60,7 +60,15 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
     if (!run.isStarted) {
         const bool isThere = IsOnSearchPath(ToolOf(run));
         problem.kind = isThere ? ToolProblem::Kind::NotStarted : ToolProblem::Kind::Missing;
-        problem.message = isThere ? "the tool cannot be started" : "the tool is not on the search path";
+        problem.message = isThere ? "the tool cannot be started: " + ErrorText(run.startError) +
+                                        "; the current folder must be writable"
+                                  : "the tool is not on the search path";
+        return true;
+    }
+    if (run.captureError != 0 || !run.isRead) {
+        problem.kind = ToolProblem::Kind::NotStarted;
+        problem.message = "the tool ran, but what it said is lost" +
+                          (run.captureError == 0 ? std::string() : ": " + ErrorText(run.captureError));
         return true;
     }
     const std::string number = NumberOf(run.firstLine);
@@ -73,30 +81,35 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
         return !IsHarmless(number);
     }
     problem.kind = ToolProblem::Kind::Ended;
-    problem.message =
-        "exit code " + std::to_string(run.exitCode) + (run.firstLine.empty() ? "" : ", " + Quoted(run.firstLine));
+    problem.message = "exit code " + std::to_string(static_cast<int>(run.exitCode)) +
+                      (run.firstLine.empty() ? "" : ", " + Quoted(run.firstLine));
     return run.exitCode != 0;
 }
 
 // In the order in which one cause hides the others.
-std::string CauseOf(const std::vector<ToolProblem>& problems) {
-    const ToolProblem& first =
-        *std::min_element(problems.begin(), problems.end(),
-                          [](const ToolProblem& one, const ToolProblem& other) { return one.kind < other.kind; });
-    const std::string tool = Quoted(first.command.substr(0, first.command.find(' ')));
-    switch (first.kind) {
+const ToolProblem& CauseOf(const std::vector<ToolProblem>& problems) {
+    return *std::min_element(problems.begin(), problems.end(),
+                             [](const ToolProblem& one, const ToolProblem& other) { return one.kind < other.kind; });
+}
+
+Failure FailureOf(const ToolProblem& cause, const std::string& what, const std::string& lines) {
+    const std::string tool = Quoted(cause.command.substr(0, cause.command.find(' ')));
+    switch (cause.kind) {
     case ToolProblem::Kind::Missing:
-        return "the VCS tool " + tool + " is missing from the search path (PATH)";
+        return Failure(Errors::ToolMissing,
+                       what + ": the VCS tool " + tool + " is missing from the search path (PATH)" + lines);
     case ToolProblem::Kind::NotStarted:
-        return "the VCS tool " + tool + " cannot be started";
+        return Failure(what + ": the VCS tool " + tool + " cannot be started" + lines);
     case ToolProblem::Kind::EngineDown:
-        return "the VCS engine is not running";
+        return Failure(Errors::EngineDown, what + ": the VCS engine is not running" + lines);
     case ToolProblem::Kind::ReadOnly:
-        return "the configuration is read-only: open it with 'clusctl vcs mode rw', or give --rw";
+        return Failure(Errors::ReadOnly,
+                       what + ": the configuration is read-only: open it with 'clusctl vcs mode rw', or give --rw" +
+                           lines);
     case ToolProblem::Kind::Message:
-        return "VCS reports a problem";
+        return Failure(Errors::Refused, what + ": VCS reports a problem" + lines);
     default:
-        return "the VCS tool " + tool + " failed";
+        return Failure(what + ": the VCS tool " + tool + " failed" + lines);
     }
 }
 
@@ -153,28 +166,18 @@ void ToolWatch::Require(bool succeeded, const std::string& what) const {
     if (succeeded) {
         return;
     }
-    if (m_log.IsAvailable() && Runs().empty()) {
-        throw Failure(what + ": no tool was run; the current folder must be writable");
-    }
-    for (const char* tool : {"haconf", "hagrp", "hares", "hasys", "vcsencrypt"}) {
-        if (!m_log.IsAvailable() && !IsOnSearchPath(tool)) {
-            throw Failure(what + ": the VCS tool " + Quoted(tool) + " is missing from the search path (PATH)");
-        }
-    }
     throw Failure(what);
 }
 
 void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems) {
-    throw Failure(what + ": " + CauseOf(problems) + Lines(problems));
+    throw FailureOf(CauseOf(problems), what, Lines(problems));
 }
 
 void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) const {
-    // Without the log the words of a message are all there is to go by.
     const bool isMessage = std::any_of(names.begin(), names.end(),
-                                       [](const std::wstring& name) { return name.compare(0, 5, L"V-16-") == 0; }) ||
-                           (!m_log.IsAvailable() && !names.empty() && _wcsicmp(names.front().c_str(), L"VCS") == 0);
+                                       [](const std::wstring& name) { return name.compare(0, 5, L"V-16-") == 0; });
     if (isMessage) {
-        throw Failure(what + ": VCS answered with a message instead of names");
+        throw Failure(Errors::Refused, what + ": VCS answered with a message instead of names");
     }
     for (const std::wstring& name : names) {
         if (std::any_of(name.begin(), name.end(), [](wchar_t c) { return c <= 0x20 || c >= 0x7F; })) {
@@ -217,10 +220,11 @@ std::string ServiceStateHere(const std::wstring& service) {
 
 std::function<std::string()> DescribeProgress(const LogCapture& log, const std::wstring& service) {
     return [&log, service]() {
-        const ToolRun run = log.Tools().Last();
-        if (run.isDone && StartsWith(run.command, "hares -online ")) {
+        bool hasEnded = false;
+        const std::string command = log.Tools().LastBegun(hasEnded);
+        if (hasEnded && StartsWith(command, "hares -online ")) {
             return "service " + Printable(service) + ": " + ServiceStateHere(service);
         }
-        return Shortened(run.command, LongestProgress);
+        return Shortened(command, LongestProgress);
     };
 }

@@ -15,6 +15,14 @@ Json NameRecords(const VcsNames& names) {
     return records;
 }
 
+std::string ListText(const VcsNames& names) {
+    std::string text;
+    for (const std::wstring& name : names) {
+        text += (text.empty() ? "" : ", ") + Printable(name);
+    }
+    return text;
+}
+
 bool Contains(const VcsNames& names, const std::wstring& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }

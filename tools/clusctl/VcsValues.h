@@ -14,6 +14,9 @@ typedef std::vector<std::wstring> VcsNames;
 // A list of records with one member.
 Json NameRecords(const VcsNames& names);
 
+// "A, B", printable.
+std::string ListText(const VcsNames& names);
+
 bool Contains(const VcsNames& names, const std::wstring& name);
 
 // The value, or the mask when the attribute holds a password. Null when VCS tells no value.

@@ -22,16 +22,10 @@
 
 namespace {
 
-enum ExitCode {
-    ExitDone = 0,
-    ExitFailed = 1,
-    ExitUsage = 2
-};
-
 void Print(const Stream& output, const std::string& text) {
     const DWORD code = output.Write(text);
     if (code != ERROR_SUCCESS) {
-        throw Failure("cannot write the output: " + ErrorText(code));
+        throw Failure(Errors::OutputFailed, "cannot write the output: " + ErrorText(code));
     }
 }
 
@@ -39,34 +33,82 @@ void Print(const Stream& output, const std::string& text) {
 void RequireWritable(const std::wstring& logFile) {
     const DWORD code = common::AppendFile(logFile).Open();
     if (code != ERROR_SUCCESS) {
-        throw Failure("cannot open the log file " + Quoted(logFile) + ": " + ErrorText(code));
+        throw Failure::OfCode("cannot open the log file " + Quoted(logFile), code);
     }
 }
 
-// What the library logged, one line each; nothing of it when the lines have been shown as they came.
-std::string ProblemLines(const LogCapture& log, const char* lead) {
-    std::string lines;
-    if (!log.IsShown()) {
-        for (const std::string& problem : log.Problems()) {
-            lines += lead + problem + "\n";
+Json NullIfEmpty(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+// `details` are the library's own lines, where the log hands them out.
+Json ErrorJson(const Failure& failure, const std::vector<std::string>& details) {
+    Json error;
+    error["code"] = failure.Kind().name;
+    error["message"] = failure.what();
+    error["reason"] = failure.Win32() == 0 ? Json() : NullIfEmpty(SystemText(failure.Win32()));
+    error["win32"] = failure.Win32() == 0 ? Json() : Json(failure.Win32());
+    error["hint"] = NullIfEmpty(failure.Hint());
+    error["details"] = details;
+    return {{"error", error}};
+}
+
+std::string ErrorText(const Failure& failure, const std::vector<std::string>& details) {
+    std::string text = std::string("clusctl: ") + failure.what() + "\n";
+    for (const std::string& detail : details) {
+        text += "  " + detail + "\n";
+    }
+    return failure.Hint().empty() ? text : text + "  " + failure.Hint() + "\n";
+}
+
+// Shows a command's answer, and why it is not the one that was asked for if it is not.
+class Answer {
+public:
+    Answer(const Stream& output, const Stream& errors, bool isJson)
+        : m_output(output), m_errors(errors), m_isJson(isJson) {
+    }
+
+    // Said whatever comes of the command.
+    void SetSimulated(const std::wstring& file) {
+        if (!file.empty()) {
+            m_errors.Write("clusctl: simulated: the answers come from " + Quoted(file) + "\n");
         }
+        m_besides["simulated"] = TextOrNull(file);
     }
-    return lines;
-}
 
-// A failure in the command's words with the reasons that the library gave.
-Failure WithReasons(const Failure& failure, const LogCapture& log) {
-    std::string text = failure.what() + ("\n" + ProblemLines(log, "  "));
-    if (!log.IsAvailable()) {
-        text += "  The DebugLog.dll in use does not hand out the reason.\n";
+    void Show(const Report& report) const {
+        for (const std::string& warning : report.Warnings()) {
+            m_errors.Write("clusctl: warning: " + warning + "\n");
+        }
+        Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
     }
-    text.pop_back(); // the last line's end
-    return Failure(text);
-}
 
-void Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
+    // With what there is to show of the work done until then, if anything.
+    void Show(const Failure& failure, const std::vector<std::string>& details, const Report* halfway) const {
+        std::string text = halfway == nullptr ? std::string() : halfway->ToText();
+        if (m_isJson) {
+            Json document = ErrorJson(failure, details);
+            document.update(m_besides);
+            text = halfway == nullptr ? common::DumpJson(document) : halfway->ToJson(document);
+        }
+        try {
+            Print(m_output, text);
+        } catch (const Failure& unwritten) {
+            m_errors.Write(ErrorText(unwritten, {})); // the failure itself is told all the same
+        }
+        m_errors.Write(ErrorText(failure, details));
+    }
+
+private:
+    const Stream& m_output;
+    const Stream& m_errors;
+    bool m_isJson;
+    Json m_besides = {{"simulated", nullptr}};
+};
+
+ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
-    const auto textOf = [&shared](const Report& report) { return shared.json ? report.ToJson() : report.ToText(); };
+    RequireNamedSimulators();
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
     }
@@ -75,25 +117,32 @@ void Execute(const CommandLine& commandLine, const Stream& output, const Stream&
         errors.Write(
             "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
     }
-    Report report;
+    // Lines that have been shown as they came are not told again.
+    const auto details = [&log] { return log.IsShown() ? std::vector<std::string>() : log.Problems(); };
+    Answer answer(output, errors, shared.json);
     try {
-        report = commandLine.Chosen()(log);
-    } catch (const FailureWithReport& halfway) {
-        const Failure failure = WithReasons(halfway, log);
-        try {
-            Print(output, textOf(halfway.Shown()));
-        } catch (const Failure& unwritten) {
-            errors.Write(std::string("clusctl: ") + unwritten.what() + "\n");
+        Report report = commandLine.Chosen()(log);
+        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
+        for (const std::string& problem : details()) {
+            report.AddWarning(problem);
         }
-        throw failure;
+        answer.Show(report);
+        return report.IsComplete() ? ExitDone : ExitIncomplete;
+    } catch (const FailureWithReport& halfway) {
+        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
+        answer.Show(halfway, details(), &halfway.Shown());
+        return halfway.Kind().exitCode;
+    } catch (const WrongUsage&) {
+        throw; // told with how the command is used
     } catch (const Failure& failure) {
-        throw WithReasons(failure, log);
+        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
+        answer.Show(failure, details(), nullptr);
+        return failure.Kind().exitCode;
     }
-    errors.Write(ProblemLines(log, "clusctl: warning: "));
-    Print(output, textOf(report));
 }
 
-void Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, const Stream& output, const Stream& errors) {
+ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, const Stream& output,
+             const Stream& errors) {
     TakePasswordFromEnvironment();
     AddServerCommands(commandLine);
     AddHostCommands(commandLine);
@@ -110,27 +159,35 @@ void Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, const
     }
     const std::string help = commandLine.Parse(texts);
     if (help.empty()) {
-        Execute(commandLine, output, errors);
-    } else {
-        Print(output, help);
+        return Execute(commandLine, output, errors);
     }
+    Print(output, help);
+    return ExitDone;
 }
 
 } // namespace
 
-// The exit code is picked here and nowhere else: who cannot do what is asked throws.
+// The exit code of a failure is that of its kind (Failure.h): who cannot do what is asked throws.
 int wmain(int argumentCount, wchar_t** arguments) {
     const Stream output(STD_OUTPUT_HANDLE);
     const Stream errors(STD_ERROR_HANDLE);
     CommandLine commandLine;
+    const auto fail = [&](const Failure& failure) {
+        if (commandLine.Shared().json) {
+            output.Write(common::DumpJson(ErrorJson(failure, {})));
+        }
+        return failure.Kind().exitCode;
+    };
     try {
-        Run(commandLine, argumentCount, arguments, output, errors);
-        return ExitDone;
+        return Run(commandLine, argumentCount, arguments, output, errors);
     } catch (const WrongUsage& wrong) {
         errors.Write(commandLine.UsageText(wrong.what()));
-        return ExitUsage;
+        return fail(wrong);
+    } catch (const Failure& failure) {
+        errors.Write(ErrorText(failure, {}));
+        return fail(failure);
     } catch (const std::exception& error) {
         errors.Write(std::string("clusctl: ") + error.what() + "\n");
-        return ExitFailed;
+        return fail(Failure(error.what()));
     }
 }

@@ -1,0 +1,48 @@
+#include "Failure.h"
+
+#include "Text.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise) {
+    switch (code) {
+    case ERROR_ACCESS_DENIED:
+        return Errors::AccessDenied;
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+        return Errors::FileNotFound;
+    case ERROR_RESOURCE_NOT_FOUND:
+        return Errors::ResourceNotFound;
+    case ERROR_GROUP_NOT_FOUND:
+        return Errors::GroupNotFound;
+    case ERROR_CLUSTER_NODE_NOT_FOUND:
+        return Errors::NodeNotFound;
+    case ERROR_OBJECT_ALREADY_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return Errors::AlreadyExists;
+    case ERROR_SHARING_PAUSED:
+        return Errors::NodePaused;
+    case ERROR_TIMEOUT:
+    case WAIT_TIMEOUT:
+        return Errors::TimedOut;
+    case ERROR_SERVICE_NOT_ACTIVE:
+    case ERROR_SERVICE_DOES_NOT_EXIST:
+    case ERROR_CLUSTER_NODE_DOWN:
+        return Errors::NoCluster;
+    case RPC_S_UNKNOWN_IF:
+    case RPC_S_SERVER_UNAVAILABLE:
+    case RPC_S_SERVER_TOO_BUSY:
+    case RPC_S_CALL_FAILED:
+    case EPT_S_NOT_REGISTERED:
+        return Errors::ClusterLost;
+    default:
+        return otherwise;
+    }
+}
+
+Failure Failure::OfCode(const std::string& what, unsigned long code, const ErrorKind& otherwise) {
+    Failure failure(KindOfCode(code, otherwise), what + ": " + ErrorText(code));
+    failure.m_win32 = code;
+    return failure;
+}

@@ -1,0 +1,19 @@
+// Whether the answers come from a simulator, which is always said, and whether it is the one that was meant.
+#ifndef CLUSCTL_SIMULATION_H
+#define CLUSCTL_SIMULATION_H
+
+#include <string>
+
+enum class Answering {
+    FailoverCluster, // the platform's cluster API, or the simulator in its place
+    Vcs              // the VCS tools on the search path, or the simulator's
+};
+
+// Throws Failure when a simulated cluster is named (CLUSSIM_FILE, VCSSIM_MAIN_CF) and the simulator is not there: a
+// rehearsal must not touch the real cluster.
+void RequireNamedSimulators();
+
+// The file that a simulator's answers so far come from; empty when no simulator has answered.
+std::wstring SimulatedBy(Answering answering);
+
+#endif
