@@ -126,7 +126,6 @@ TEST_F(LogPlacesOnVcs, LeadToTheStatementInWhicheverFileItIs) {
     tools.AllowUnscripted();
     tools.AnswerPrefix(L"hares -list", "EVS1-Lanman   NODE1\r\n");
     tools.AnswerPrefix(L"hares -display", "#Resource   Attribute   System   Value\r\nr   a   global   EVS1\r\n");
-    const CVeritasCluster cluster;
     CVeritasVirtualServerInfo info;
     EXPECT_TRUE(cluster.CollectEVSInfo(L"EVS1", info));
     std::vector<std::wstring> names;
