@@ -54,7 +54,10 @@ void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
         run.isExitCodeKnown = told.exitCodeKnown;
         run.exitCode = told.exitCode;
         run.isRead = told.output != nullptr;
-        run.firstLine = told.output == nullptr ? std::string() : FirstLine(told.output);
+        if (run.isRead) {
+            run.firstLine = FirstLine(told.output);
+            run.output = told.output;
+        }
         runs.m_runs.push_back(run);
     } catch (...) {
         runs.m_isOneLost = true; // for want of memory

@@ -18,6 +18,7 @@ struct ToolRun {
     unsigned long exitCode = 0;
     bool isRead = false;
     std::string firstLine; // of its output, standard error included; empty when there is none
+    std::wstring output;   // all of it, one character per byte
 };
 
 // Receives the runs of this process while it lives. There is one at a time.

@@ -2,6 +2,7 @@
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsServers.h"
+#include "VcsStates.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
@@ -76,15 +77,19 @@ Report Attribute(const LogCapture& log, const AttributeName& attribute) {
 }
 
 Report OnlineNode(const LogCapture& log, const std::wstring& group, bool acceptsPartial) {
-    bool isOnline = false;
-    std::wstring system;
-    const ToolWatch watch(log);
-    const bool isRead = CVeritasCluster().GetGroupOnlineNode(group.c_str(), isOnline, system, acceptsPartial);
-    watch.Require(isRead, "cannot read the state of the group " + Quoted(group));
+    const GroupState state = ReadGroupState(log, group);
+    const bool isOnline = state.IsOnline() || (acceptsPartial && state.IsPartlyOnline());
+    const std::string place = std::string(state.word) + " on " + Printable(state.system);
     Report report;
-    report.AddSentence("onlineNode", {{"group", group}, {"online", isOnline}, {"system", TextOrNull(system)}},
-                       Quoted(group) + (isOnline ? " is online on " + Printable(system) + "."
-                                                 : std::string(" is online on no system.")));
+    report.AddSentence("onlineNode",
+                       {{"group", group},
+                        {"online", isOnline},
+                        {"system", isOnline ? TextOrNull(state.system) : Json()},
+                        {"state", state.word},
+                        {"states", StateRecords(state.states)}},
+                       Quoted(group) + (isOnline                 ? " is " + place + "."
+                                        : state.IsPartlyOnline() ? " is online on no system; it is " + place + "."
+                                                                 : " is online on no system."));
     return report;
 }
 

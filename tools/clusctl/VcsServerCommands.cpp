@@ -3,6 +3,7 @@
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsServers.h"
+#include "VcsStates.h"
 #include "VcsTools.h"
 
 #include <memory>
@@ -10,18 +11,19 @@
 namespace {
 
 const Columns ServerColumns = {
-    {"networkName", "NETWORK NAME"}, {"group", "GROUP"},         {"online", "ONLINE"},
+    {"networkName", "NETWORK NAME"}, {"group", "GROUP"},         {"state", "STATE"},
     {"onlineNode", "NODE"},          {"storeResource", "STORE"}, {"lanmanResource", "LANMAN"},
 };
 
 const Columns ServerTitles = {
     {"networkName", "Network name"},
     {"group", "Group"},
-    {"online", "Online"},
+    {"state", "State"},
     {"onlineNode", "Node"},
     {"storeResource", "Store resource"},
     {"lanmanResource", "Lanman resource"},
-    {"productResources", "Product's names"},
+    {"productResources", "Product's resources"},
+    {"missingProductResources", "Not there"},
 };
 
 const Columns StorageTitles = {
@@ -36,23 +38,30 @@ struct Wanted {
     std::wstring networkName;
 };
 
-Json ServerRecord(const CVeritasVirtualServerInfo& info) {
+Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
+    const GroupState state = LastGroupState(log, info.sGroupName);
     Json record;
     record["networkName"] =
         info.sLanmanResName.empty() ? Json() : ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
     record["group"] = info.sGroupName;
-    record["online"] = info.bGroupOnline;
-    record["onlineNode"] = TextOrNull(info.sOnlineNode);
+    record["online"] = state.IsOnline() || state.IsPartlyOnline();
+    record["onlineNode"] = TextOrNull(state.system);
+    record["state"] = state.word;
     record["storeResource"] = TextOrNull(info.sExchangeResName);
     record["lanmanResource"] = TextOrNull(info.sLanmanResName);
     return record;
 }
 
-// With the names that the product's resources have, or would have.
-Report OneServer(const CVeritasVirtualServerInfo& info) {
-    Json record = ServerRecord(info);
-    record["productResources"] = {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName,
-                                  info.sQAVMonitorResName};
+// With the product's resources: those that are there, and the names that the others would have.
+Report OneServer(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
+    Json record = ServerRecord(log, info);
+    const VcsNames all = ListVcsResources(log, info.sGroupName);
+    record["productResources"] = Json::array();
+    record["missingProductResources"] = Json::array();
+    for (const std::wstring& name :
+         {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName, info.sQAVMonitorResName}) {
+        record[Contains(all, name) ? "productResources" : "missingProductResources"].push_back(name);
+    }
     Report report;
     report.AddRecords("virtualServers", Json::array({record}), ServerTitles, std::string());
     return report;
@@ -71,7 +80,7 @@ Report AllServers(const LogCapture& log) {
     }
     watch.RequireNames(names, what);
     for (const CVeritasVirtualServerInfo& info : infos) {
-        records.push_back(ServerRecord(info));
+        records.push_back(ServerRecord(log, info));
     }
     Report report;
     report.AddTable("virtualServers", records, ServerColumns, "The cluster holds no Exchange virtual server.");
@@ -79,8 +88,8 @@ Report AllServers(const LogCapture& log) {
 }
 
 Report Servers(const LogCapture& log, const Wanted& wanted) {
-    return !wanted.group.empty()         ? OneServer(FindVcsServer(log, wanted.group))
-           : !wanted.networkName.empty() ? OneServer(FindVcsServerByName(log, wanted.networkName))
+    return !wanted.group.empty()         ? OneServer(log, FindVcsServer(log, wanted.group))
+           : !wanted.networkName.empty() ? OneServer(log, FindVcsServerByName(log, wanted.networkName))
                                          : AllServers(log);
 }
 

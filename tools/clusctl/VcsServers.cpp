@@ -9,7 +9,10 @@ CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::wstrin
     CVeritasVirtualServerInfo info;
     const ToolWatch watch(log);
     const bool isFound = CVeritasCluster().CollectExchangeEVSInfo(group.c_str(), info);
-    watch.Require(isFound, what + (watch.Problems().empty() ? ": it holds no Exchange virtual server" : ""));
+    watch.Require(true, what);
+    if (!isFound) {
+        throw Failure(Errors::ServerNotFound, what + ": it holds no Exchange virtual server");
+    }
     watch.RequireNames({info.sGroupName, info.sExchangeResName, info.sLanmanResName}, what);
     return info;
 }
@@ -19,7 +22,12 @@ CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::
     CVeritasVirtualServerInfo info;
     const ToolWatch watch(log);
     const bool isFound = CVeritasCluster().CollectEVSInfo(networkName.c_str(), info);
-    watch.Require(isFound, what);
+    watch.Require(true, what);
+    if (!isFound) {
+        throw Failure(Errors::ServerNotFound,
+                      what + (info.sLanmanResName.empty() ? ": no Lanman resource carries it"
+                                                          : ": VCS tells no group of " + Quoted(info.sLanmanResName)));
+    }
     watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
     return info;
 }

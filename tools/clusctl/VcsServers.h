@@ -14,7 +14,7 @@
 // The virtual server of a group. Throws Failure, too, when the group holds none.
 CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::wstring& group);
 
-// The virtual server with a network name.
+// The virtual server with a network name. Throws Failure, too, when there is none.
 CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::wstring& networkName);
 
 // The MountV resources that the product's RegRep resource may depend on.

@@ -1,0 +1,144 @@
+#include "VcsStates.h"
+
+#include "Text.h"
+#include "VcsTools.h"
+#include "VcsValues.h"
+
+#include "common/Text.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace {
+
+const wchar_t StateAttribute[] = L"State";
+const char OnlineWord[] = "online";
+const char PartlyOnlineWord[] = "partly online";
+const char OfflineWord[] = "offline";
+
+bool HasFlag(const std::wstring& state, const wchar_t* flag) {
+    std::wistringstream flags(state);
+    for (std::wstring each; std::getline(flags, each, L'|');) {
+        if (each == flag) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Without the bars and blanks around it.
+std::wstring Bare(const std::wstring& text) {
+    const size_t begin = text.find_first_not_of(L" \t\r|");
+    return begin == std::wstring::npos ? std::wstring()
+                                       : text.substr(begin, text.find_last_not_of(L" \t\r|") - begin + 1);
+}
+
+// The rows "name State system value" of a table that is about one object.
+SystemStates StatesIn(const std::wstring& table, const std::wstring& name) {
+    SystemStates states;
+    std::wistringstream lines(table);
+    for (std::wstring line; std::getline(lines, line);) {
+        std::wistringstream words(line);
+        std::wstring object;
+        std::wstring attribute;
+        SystemState row;
+        if (words >> object >> attribute >> row.system && object == name && attribute == StateAttribute) {
+            std::getline(words, row.state);
+            row.state = Bare(row.state);
+            states.push_back(row);
+        }
+    }
+    return states;
+}
+
+const SystemState* FindFlag(const SystemStates& states, const wchar_t* flag) {
+    const auto found =
+        std::find_if(states.begin(), states.end(), [flag](const SystemState& row) { return HasFlag(row.state, flag); });
+    return found == states.end() ? nullptr : &*found;
+}
+
+GroupState GroupStateOf(const SystemStates& states) {
+    if (const SystemState* const online = FindFlag(states, L"ONLINE")) {
+        return {OnlineWord, online->system, states};
+    }
+    if (const SystemState* const partial = FindFlag(states, L"PARTIAL")) {
+        return {PartlyOnlineWord, partial->system, states};
+    }
+    return {OfflineWord, std::wstring(), states};
+}
+
+std::string CannotRead(const std::wstring& group) {
+    return "cannot read the state of the group " + Quoted(group);
+}
+
+} // namespace
+
+bool GroupState::IsOnline() const {
+    return word == OnlineWord;
+}
+
+bool GroupState::IsPartlyOnline() const {
+    return word == PartlyOnlineWord;
+}
+
+GroupState ReadGroupState(const LogCapture& log, const std::wstring& group) {
+    bool isOnline = false;
+    std::wstring system;
+    const ToolWatch watch(log);
+    const bool isRead = CVeritasCluster().GetGroupOnlineNode(group.c_str(), isOnline, system, true);
+    watch.Require(isRead, CannotRead(group));
+    return LastGroupState(log, group);
+}
+
+GroupState LastGroupState(const LogCapture& log, const std::wstring& group) {
+    const std::vector<ToolRun> runs = log.Tools().Since(0);
+    const std::string command = "hagrp -state " + common::ToUtf8(group);
+    const auto last =
+        std::find_if(runs.rbegin(), runs.rend(), [&command](const ToolRun& run) { return run.command == command; });
+    const SystemStates states = last == runs.rend() ? SystemStates() : StatesIn(last->output, group);
+    if (states.empty()) {
+        throw Failure(CannotRead(group) + ": VCS shows none");
+    }
+    return GroupStateOf(states);
+}
+
+SystemStates ReadResourceStates(const LogCapture& log, const std::wstring& resource) {
+    const ToolWatch watch(log);
+    ReadVcsAttribute(resource, StateAttribute); // tells one system's state only; the tool showed all
+    const std::string what = "cannot read the state of " + Quoted(resource);
+    watch.Require(true, what);
+    const std::vector<ToolRun> runs = watch.Runs();
+    SystemStates states = runs.empty() ? SystemStates() : StatesIn(runs.back().output, resource);
+    if (states.empty()) {
+        throw Failure(what + ": VCS shows none");
+    }
+    return states;
+}
+
+std::wstring StateOn(const SystemStates& states, const std::wstring& system) {
+    const auto found =
+        std::find_if(states.begin(), states.end(), [&system](const SystemState& row) { return row.system == system; });
+    return found == states.end() ? std::wstring() : found->state;
+}
+
+bool IsOnline(const std::wstring& state) {
+    return HasFlag(state, L"ONLINE");
+}
+
+std::vector<std::wstring> OnlineSystems(const SystemStates& states) {
+    std::vector<std::wstring> systems;
+    for (const SystemState& row : states) {
+        if (IsOnline(row.state)) {
+            systems.push_back(row.system);
+        }
+    }
+    return systems;
+}
+
+Json StateRecords(const SystemStates& states) {
+    Json records = Json::array();
+    for (const SystemState& row : states) {
+        records.push_back({{"system", row.system}, {"state", row.state}});
+    }
+    return records;
+}

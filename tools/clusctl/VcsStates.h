@@ -1,0 +1,47 @@
+// The states of groups and resources of VCS, system by system.
+#ifndef CLUSCTL_VCSSTATES_H
+#define CLUSCTL_VCSSTATES_H
+
+#include "Json.h"
+#include "LogCapture.h"
+
+#include <string>
+#include <vector>
+
+struct SystemState {
+    std::wstring system;
+    std::wstring state; // as VCS shows it: "ONLINE", "PARTIAL|FAULTED", "OFFLINE|STATE UNKNOWN"
+};
+
+typedef std::vector<SystemState> SystemStates;
+
+// Where a group is online, or else where it is partly online; whatever else VCS says of it there, such as FAULTED.
+struct GroupState {
+    const char* word;    // "online", "partly online" or "offline"
+    std::wstring system; // empty when it is offline
+    SystemStates states;
+
+    bool IsOnline() const;
+    bool IsPartlyOnline() const;
+};
+
+// All throw Failure when VCS does not tell.
+GroupState ReadGroupState(const LogCapture& log, const std::wstring& group);
+SystemStates ReadResourceStates(const LogCapture& log, const std::wstring& resource);
+
+// The answer that the library had from VCS when it asked last for the state of the group.
+GroupState LastGroupState(const LogCapture& log, const std::wstring& group);
+
+// On one system; empty when there is none for it. Letter case counts.
+std::wstring StateOn(const SystemStates& states, const std::wstring& system);
+
+// Whether a state says ONLINE, perhaps among others.
+bool IsOnline(const std::wstring& state);
+
+// The systems on which it is online.
+std::vector<std::wstring> OnlineSystems(const SystemStates& states);
+
+// A list of {"system", "state"}.
+Json StateRecords(const SystemStates& states);
+
+#endif
