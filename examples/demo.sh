@@ -219,7 +219,7 @@ export VCSSIM_MAIN_CF=vcs-exchange.cf
 try 0 "NODE2" vcs systems
 try 0 "Tools" vcs groups
 say "Which of the groups are Exchange virtual servers, and where do they run?" ""
-try 0 "EXVS1         EVS1   yes     NODE1" vcs servers
+try 0 "EXVS1         EVS1   online         NODE1" vcs servers
 rejects "Tools"
 say "Where do they keep their data? The product's resources go above the top-most disk, of EVS2 the one that carries the other:" ""
 try 0 "EVS1-MountV" vcs storage EVS1
@@ -236,7 +236,7 @@ try 0 "1" vcs type
 
 heading "13. The product's resources on VCS"
 say "EVS1 has a registry replication of Exchange's own. It is not taken for the product's:" ""
-try 1 "EVS1-RegRep" vcs product create EVS1 --rw
+try 4 "EVS1-RegRep" vcs product create EVS1 --rw
 say "With another name, in a rehearsal on a copy: the commands, and what changes in the configuration:" ""
 try 0 "hares -link EVS1-OXAHostService EVS1-GateRegRep" \
     vcs product create EVS1 --regrep EVS1-GateRegRep --delay-online 0 --rw --dry-run
@@ -283,7 +283,7 @@ unset CLUSCTL_PASSWORD
 
 heading "15. Any resource of VCS"
 say "The configuration of a cluster is read-only until it is opened:" ""
-try 1 "clusctl vcs mode rw" vcs resource add Tools-Watch GenericService Tools
+try 4 "clusctl vcs mode rw" vcs resource add Tools-Watch GenericService Tools
 try 0 "" vcs mode rw
 try 0 "" vcs resource add Tools-Watch GenericService Tools --set ServiceName=Watch --set Enabled=1
 try 0 "" vcs resource link Tools-Watch Tools-Monitor
@@ -304,7 +304,7 @@ heading "16. When VCS does not answer"
 say "Without its engine every tool prints a message, and the library takes the words for names. clusctl knows better:" ""
 say '  $ export VCSSIM_OPTIONS=engine=down' ""
 export VCSSIM_OPTIONS=engine=down
-try 1 "the VCS engine is not running" vcs servers
+try 7 "the VCS engine is not running" vcs servers
 unset VCSSIM_OPTIONS
 
 say "That was the tour. 'clusctl --help' lists the rest, examples/README.md says how to go on by hand."
