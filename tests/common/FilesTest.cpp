@@ -3,6 +3,9 @@
 
 #include "common/Files.h"
 
+#include <atomic>
+#include <thread>
+
 using testing::EndsWith;
 
 using common::FileError;
@@ -54,17 +57,17 @@ TEST_F(Files, AReaderSeesTheOldFileToItsEnd) {
 
 TEST_F(Files, SomebodyWhoJustLooksIsWaitedFor) {
     WriteWholeFile(Path(L"a"), "old");
-    HANDLE reader = CreateFileW(Path(L"a").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-    const common::Handle closer(CreateThread(
-        nullptr, 0,
-        [](void* handle) -> DWORD {
-            Sleep(150);
-            CloseHandle(handle);
-            return 0;
-        },
-        reader, 0, nullptr));
+    HANDLE const reader =
+        CreateFileW(Path(L"a").c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    std::atomic<bool> isClosed(false);
+    std::thread closer([&] {
+        Sleep(150);
+        isClosed = true;
+        CloseHandle(reader);
+    });
     WriteWholeFile(Path(L"a"), "new");
-    EXPECT_EQ(WaitForSingleObject(closer.get(), 0), static_cast<DWORD>(WAIT_OBJECT_0));
+    EXPECT_TRUE(isClosed);
+    closer.join();
     EXPECT_EQ(ReadWholeFile(Path(L"a")), "new");
 }
 
