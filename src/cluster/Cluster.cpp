@@ -1,8 +1,8 @@
 // The cluster session: opening, enumerating, opening and finding objects, creating resources.
 #include "clus_Cluster.h"
 
-#include "core/Character.h"
 #include "core/ResourceTypes.h"
+#include "core/Text.h"
 #include "platform/LocalBuffer.h"
 #include "platform/Log.h"
 #include "platform/NameEnumeration.h"

@@ -2,10 +2,10 @@
 #include "clus_Cluster.h"
 
 #include "core/DiskDeviceName.h"
+#include "core/ValueList.h"
 #include "platform/FormatText.h"
 #include "platform/Log.h"
 #include "platform/Owner.h"
-#include "core/ValueList.h"
 
 #include "CommonUtil.h"
 

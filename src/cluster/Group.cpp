@@ -1,7 +1,7 @@
 // A cluster group and the resources in it.
 #include "clus_Cluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "platform/LocalBuffer.h"
 #include "platform/Log.h"
 #include "platform/NameEnumeration.h"

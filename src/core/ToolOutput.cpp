@@ -1,6 +1,7 @@
 #include "core/ToolOutput.h"
 
 #include "core/Character.h"
+#include "core/Text.h"
 
 #include <algorithm>
 #include <cwchar>

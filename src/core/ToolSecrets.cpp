@@ -1,6 +1,6 @@
 #include "core/ToolSecrets.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 
 #include <algorithm>
 #include <vector>

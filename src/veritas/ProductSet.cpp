@@ -1,7 +1,7 @@
 // The product's set of resources on VCS: creating, completing and listing it.
 #include "clus_VeritasCluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "platform/Log.h"
 #include "settings/ProductSettings.h"
 #include "veritas/Names.h"
@@ -11,7 +11,7 @@
 
 CLUS_LOG_PLACE(VeritasCluster, 6);
 
-using clus::Text;
+using clus::TextOf;
 using namespace clus::veritas;
 
 namespace {
@@ -177,7 +177,7 @@ bool CVeritasCluster::CheckIfGenericServiceResourceExistsAndTurnItOn(const wchar
         return false;
     }
     if (TurnOnOrOffResource(resName.c_str(), nodeName, true)) {
-        WaitForServiceToStart(Text(serviceName).c_str(), timeout);
+        WaitForServiceToStart(TextOf(serviceName).c_str(), timeout);
     } else {
         LOG_WARNING(L"failed to turn res: %s online.", resName.c_str());
     }
@@ -235,8 +235,8 @@ bool CVeritasCluster::CreateRemoteConfigResourceAndTurnItOn(const wchar_t* virtu
     const wchar_t* const remoteConfig = info.sRemoteConfigResName.c_str();
     LOG_INFO(L"Creating %s...", remoteConfig);
     params[ServiceServiceName].second = RemoteConfigService;
-    params[ServiceDomain].second = Quoted(Text(szRemoteConfigGroup));
-    params[ServiceUserAccount].second = Quoted(Text(szRemoteConfigUsername));
+    params[ServiceDomain].second = Quoted(TextOf(szRemoteConfigGroup));
+    params[ServiceUserAccount].second = Quoted(TextOf(szRemoteConfigUsername));
     std::wstring encrypted;
     EncryptVeritasPassword(szRemoteConfigPassword, encrypted);
     params[ServicePassword].second = Quoted(encrypted);
@@ -253,7 +253,7 @@ bool CVeritasCluster::CollectKOVAResNames(std::vector<std::wstring>& resNames) c
 }
 
 bool CVeritasCluster::CollectKOVAResNames(const wchar_t* groupName, std::vector<std::wstring>& resNames) const {
-    const NameValuePairList filter = {{GroupAttribute, Text(groupName)}};
+    const NameValuePairList filter = {{GroupAttribute, TextOf(groupName)}};
     return CollectKOVAResNames(filter, resNames);
 }
 

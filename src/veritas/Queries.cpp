@@ -1,7 +1,7 @@
 // Asking VCS: lists, dependencies, attributes, states; and which cluster the product is configured for.
 #include "clus_VeritasCluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "core/ToolOutput.h"
 #include "core/UniqueNames.h"
 #include "platform/Log.h"
@@ -15,7 +15,7 @@ using clus::AppendNew;
 using clus::DefaultProductRegistryKey;
 using clus::EqualNoCase;
 using clus::RegistryKey;
-using clus::Text;
+using clus::TextOf;
 using clus::UniqueNames;
 using namespace clus::veritas;
 
@@ -68,7 +68,7 @@ bool CVeritasCluster::EnumResourceNamesW(std::vector<std::wstring>& resources, c
 
 bool CVeritasCluster::EnumResDependencies(const wchar_t* resource, std::vector<std::wstring>& parents,
                                           std::vector<std::wstring>& children) const {
-    const std::wstring name = Text(resource);
+    const std::wstring name = TextOf(resource);
     std::vector<std::wstring> tokens;
     if (!ExecuteVeritasCommand_(L"hares -dep", name.c_str(), &tokens, true)) {
         return false;
@@ -88,7 +88,7 @@ bool CVeritasCluster::EnumResDependencies(const wchar_t* resource, std::vector<s
 
 bool CVeritasCluster::GetResourceAttribute(const wchar_t* resource, const wchar_t* attribute,
                                            std::wstring& value) const {
-    const std::wstring command = L"hares -display " + Text(resource) + L" -attribute " + Text(attribute);
+    const std::wstring command = L"hares -display " + TextOf(resource) + L" -attribute " + TextOf(attribute);
     std::wstring text;
     if (!ExecuteVeritasCommand_(command.c_str(), L"", text, true) || IsResultError(text.c_str())) {
         return false;
@@ -99,7 +99,7 @@ bool CVeritasCluster::GetResourceAttribute(const wchar_t* resource, const wchar_
 bool CVeritasCluster::GetGroupOnlineNode(const wchar_t* group, bool& online, std::wstring& system,
                                          bool acceptPartial) const {
     online = false;
-    const std::wstring command = L"hagrp -state " + Text(group);
+    const std::wstring command = L"hagrp -state " + TextOf(group);
     std::vector<std::wstring> tokens;
     if (!ExecuteVeritasCommand_(command.c_str(), L"", &tokens, true)) {
         return false;
@@ -117,7 +117,7 @@ bool CVeritasCluster::GetGroupOnlineNode(const wchar_t* group, bool& online, std
 }
 
 bool CVeritasCluster::FindGroupNameByVirtualServerName(const wchar_t* virtualName, std::wstring& group) const {
-    const NameValuePairList filter = {{TypeAttribute, LanmanType}, {VirtualNameAttribute, Text(virtualName)}};
+    const NameValuePairList filter = {{TypeAttribute, LanmanType}, {VirtualNameAttribute, TextOf(virtualName)}};
     std::vector<std::wstring> resources;
     if (!EnumResourceNamesW(resources, &filter)) {
         return false;
@@ -133,9 +133,9 @@ bool CVeritasCluster::FindGroupNameByVirtualServerName(const wchar_t* virtualNam
 bool CVeritasCluster::GetGenericServiceResNameByServiceName(const wchar_t* group, const wchar_t* serviceName,
                                                             std::wstring& resource) const {
     LOG_ENTER_AND_LEAVE(L"GetGenericServiceResNameByServiceName");
-    const std::wstring groupName = Text(group);
+    const std::wstring groupName = TextOf(group);
     const NameValuePairList filter = {
-        {TypeAttribute, GenericServiceType}, {ServiceNameAttribute, Text(serviceName)}, {GroupAttribute, groupName}};
+        {TypeAttribute, GenericServiceType}, {ServiceNameAttribute, TextOf(serviceName)}, {GroupAttribute, groupName}};
     std::vector<std::wstring> resources;
     if (!EnumResourceNamesW(resources, &filter)) {
         LOG_WARNING(L"Fail to enumerate resource for Group %s", groupName.c_str());

@@ -1,7 +1,7 @@
 // Changing VCS resources: create, link, delete, switch; and awaiting the service behind one.
 #include "clus_VeritasCluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "platform/Log.h"
 #include "veritas/Names.h"
 
@@ -9,7 +9,7 @@
 
 CLUS_LOG_PLACE(VeritasCluster, 4);
 
-using clus::Text;
+using clus::TextOf;
 using namespace clus::veritas;
 
 namespace {
@@ -22,8 +22,8 @@ const DWORD ServicePollInterval = 1000;
 
 bool CVeritasCluster::CreateResource(const wchar_t* resName, const wchar_t* resType, const wchar_t* groupName,
                                      const wchar_t* childResName, const NameValuePairList& params) const {
-    const std::wstring resource = Text(resName);
-    const std::wstring add = L"hares -add " + resource + L" " + Text(resType) + L" " + Text(groupName);
+    const std::wstring resource = TextOf(resName);
+    const std::wstring add = L"hares -add " + resource + L" " + TextOf(resType) + L" " + TextOf(groupName);
     ExecuteVeritasCommand_(add.c_str(), true);
 
     const std::wstring prefix = L"hares -modify " + resource + L" ";
@@ -39,12 +39,12 @@ bool CVeritasCluster::CreateResource(const wchar_t* resName, const wchar_t* resT
 }
 
 bool CVeritasCluster::LinkResource(const wchar_t* parent, const wchar_t* child) const {
-    const std::wstring command = L"hares -link " + Text(parent) + L" " + Text(child);
+    const std::wstring command = L"hares -link " + TextOf(parent) + L" " + TextOf(child);
     return ExecuteVeritasCommand_(command.c_str(), true);
 }
 
 bool CVeritasCluster::DeleteResource(const wchar_t* resource) const {
-    const std::wstring command = L"hares -delete " + Text(resource);
+    const std::wstring command = L"hares -delete " + TextOf(resource);
     ExecuteVeritasCommand_(command.c_str(), true);
     return true;
 }
@@ -52,13 +52,13 @@ bool CVeritasCluster::DeleteResource(const wchar_t* resource) const {
 bool CVeritasCluster::TurnOnOrOffResource(const wchar_t* resource, const wchar_t* system, bool online) const {
     ProbeAndClearFaultOnres(resource, system);
     const std::wstring command =
-        (online ? L"hares -online " : L"hares -offline ") + Text(resource) + L" -sys " + Text(system);
+        (online ? L"hares -online " : L"hares -offline ") + TextOf(resource) + L" -sys " + TextOf(system);
     return ExecuteVeritasCommand_(command.c_str(), true);
 }
 
 // The fault first, on all systems; then the probe.
 void CVeritasCluster::ProbeAndClearFaultOnres(const wchar_t* resource, const wchar_t* system) const {
-    const std::wstring name = Text(resource);
+    const std::wstring name = TextOf(resource);
     ExecuteVeritasCommand_(L"hares -clear ", name.c_str(), nullptr, true);
     if (system) {
         const std::wstring probe = L"hares -probe " + name + L" -sys ";

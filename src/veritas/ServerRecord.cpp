@@ -1,10 +1,10 @@
 // The record of an Exchange virtual server on VCS.
 #include "clus_VeritasCluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "veritas/Names.h"
 
-using clus::Text;
+using clus::TextOf;
 using namespace clus::veritas;
 
 CVeritasVirtualServerInfo::CVeritasVirtualServerInfo()
@@ -13,7 +13,7 @@ CVeritasVirtualServerInfo::CVeritasVirtualServerInfo()
 
 CVeritasVirtualServerInfo::CVeritasVirtualServerInfo(const wchar_t* exchangeResName, const wchar_t* groupName)
     : CVeritasVirtualServerInfo() {
-    sExchangeResName = Text(exchangeResName);
+    sExchangeResName = TextOf(exchangeResName);
     SetGroupAndKOVAResourceName(groupName);
 }
 
@@ -23,7 +23,7 @@ CVeritasVirtualServerInfo::~CVeritasVirtualServerInfo() = default;
 
 void CVeritasVirtualServerInfo::SetGroupAndKOVAResourceName(const wchar_t* groupName) {
     // A copy, since callers pass the text of sGroupName itself.
-    const std::wstring group = Text(groupName);
+    const std::wstring group = TextOf(groupName);
     const std::wstring prefix = group + L"-";
     sGroupName = group;
     sHostServiceResName = prefix + HostService;

@@ -1,7 +1,7 @@
 // Finding the Exchange virtual servers of a VCS cluster, their storage and the product's registry replication.
 #include "clus_VeritasCluster.h"
 
-#include "core/Character.h"
+#include "core/Text.h"
 #include "core/UniqueNames.h"
 #include "platform/Log.h"
 #include "settings/ProductSettings.h"
@@ -18,12 +18,12 @@ CLUS_LOG_PLACE(VeritasCluster, 5);
 using clus::Contains;
 using clus::DefaultProductRegistryKey;
 using clus::EqualNoCase;
-using clus::Text;
+using clus::TextOf;
 using namespace clus::veritas;
 
 bool CVeritasCluster::CollectEVSInfo(const wchar_t* virtualName, CVeritasVirtualServerInfo& info) const {
     LOG_ENTER_AND_LEAVE(L"CollectEVSInfo");
-    const NameValuePairList filter = {{TypeAttribute, LanmanType}, {VirtualNameAttribute, Text(virtualName)}};
+    const NameValuePairList filter = {{TypeAttribute, LanmanType}, {VirtualNameAttribute, TextOf(virtualName)}};
     std::vector<std::wstring> lanmans;
     if (!EnumResourceNamesW(lanmans, &filter)) {
         LOG_WARNING(L"EnumResourceNames fail");
@@ -93,7 +93,7 @@ bool CVeritasCluster::CollectExchangeEVSInfo(const wchar_t* groupName, CVeritasV
     if (!CollectExchangeEVSInfo(infos)) {
         return false;
     }
-    const std::wstring group = Text(groupName);
+    const std::wstring group = TextOf(groupName);
     const auto found = std::find_if(infos.begin(), infos.end(), [&group](const CVeritasVirtualServerInfo& candidate) {
         return EqualNoCase(candidate.sGroupName, group.c_str());
     });
@@ -107,7 +107,7 @@ bool CVeritasCluster::CollectExchangeEVSInfo(const wchar_t* groupName, CVeritasV
 bool CVeritasCluster::FindMostParentMountVResourceNameInGroup(const wchar_t* groupName,
                                                               std::vector<std::wstring>& mountResNames) const {
     LOG_ENTER_AND_LEAVE(L"FindMostParentMountVResourceNameInGroup");
-    const std::wstring group = Text(groupName);
+    const std::wstring group = TextOf(groupName);
     LOG_INFO(L"Finding Exchange SA resource for group %s", group.c_str());
     const NameValuePairList attendantFilter = {
         {TypeAttribute, ExchServiceType}, {ServiceAttribute, SystemAttendantService}, {GroupAttribute, group}};
@@ -153,7 +153,7 @@ bool CVeritasCluster::FindMostParentMountVResourceNameInGroup(const wchar_t* gro
 
 bool CVeritasCluster::GetKOVAShareDiskResNameByRegRepName(const wchar_t* groupName, const wchar_t* regRepResName,
                                                           std::wstring& mountResName) const {
-    const NameValuePairList filter = {{TypeAttribute, MountVType}, {GroupAttribute, Text(groupName)}};
+    const NameValuePairList filter = {{TypeAttribute, MountVType}, {GroupAttribute, TextOf(groupName)}};
     std::vector<std::wstring> mounts;
     if (!EnumResourceNamesW(mounts, &filter)) {
         return false;
@@ -171,7 +171,7 @@ bool CVeritasCluster::GetKOVAShareDiskResNameByRegRepName(const wchar_t* groupNa
 
 bool CVeritasCluster::FindExistingKOVARegRepResName(const wchar_t* groupName, std::wstring& regRepResName) const {
     const std::wstring key = GetDefaultRegRepRegKey();
-    const NameValuePairList filter = {{GroupAttribute, Text(groupName)}, {TypeAttribute, RegRepType}};
+    const NameValuePairList filter = {{GroupAttribute, TextOf(groupName)}, {TypeAttribute, RegRepType}};
     std::vector<std::wstring> resources;
     const bool listed = EnumResourceNamesW(resources, &filter);
     for (const std::wstring& resource : resources) {

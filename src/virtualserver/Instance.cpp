@@ -1,8 +1,9 @@
 // Creating and destroying CVirtualServerUtil: the deployment's kind, Windows Sockets.
 #include "clus_VirtualServerUtil.h"
 
-#include "platform/ClusterApi.h"
 #include "platform/Log.h"
+
+#include <winsock2.h>
 
 CLUS_LOG_PLACE(VirtualServerUtil, 2);
 

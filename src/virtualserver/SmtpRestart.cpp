@@ -1,11 +1,14 @@
 // The restart of an Exchange SMTP instance.
 #include "clus_VirtualServerUtil.h"
 
-#include "core/Character.h"
 #include "clus_Cluster.h"
+#include "clus_Cluster.h"
+#include "core/ResourceTypes.h"
+#include "core/Text.h"
 #include "platform/ComputerName.h"
 #include "platform/Log.h"
-#include "core/ResourceTypes.h"
+
+#include <list>
 
 CLUS_LOG_PLACE(VirtualServerUtil, 13);
 

@@ -110,15 +110,14 @@ TEST_F(LogPlacesOnAFailoverCluster, LeadToTheStatementInWhicheverFileItIs) {
     EXPECT_FALSE(disk.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, nullptr, 1));
     EXPECT_TRUE(EveryLineLeadsToItsStatement());
 
-    EXPECT_THAT(
-        places.Reached(),
-        IsSupersetOf(Files{"cluster/Cluster.cpp", "cluster/DiskPaths.cpp", "cluster/Group.cpp", "cluster/Resource.cpp",
-                           "cluster/ResourceProperties.cpp", "settings/ProductSettings.cpp",
-                           "virtualserver/Creation.cpp", "virtualserver/Deletion.cpp", "virtualserver/HostSettings.cpp",
-                           "virtualserver/Instance.cpp", "virtualserver/LookUp.cpp", "virtualserver/PlainServer.cpp",
-                           "virtualserver/ProductResourceSearch.cpp", "virtualserver/ServerList.cpp",
-                           "virtualserver/ServerRecord.cpp", "virtualserver/SmtpRestart.cpp",
-                           "virtualserver/StoreOnline.cpp", "virtualserver/Switching.cpp"}));
+    EXPECT_THAT(places.Reached(),
+                IsSupersetOf(Files{
+                    "cluster/Cluster.cpp", "cluster/DiskPaths.cpp", "cluster/Group.cpp", "cluster/Resource.cpp",
+                    "cluster/ResourceProperties.cpp", "settings/ProductSettings.cpp", "virtualserver/Creation.cpp",
+                    "virtualserver/Deletion.cpp", "virtualserver/HostSettings.cpp", "virtualserver/Instance.cpp",
+                    "virtualserver/LookUp.cpp", "virtualserver/PlainServer.cpp", "virtualserver/ProductResource.cpp",
+                    "virtualserver/ServerList.cpp", "virtualserver/ServerRecord.cpp", "virtualserver/SmtpRestart.cpp",
+                    "virtualserver/StoreOnline.cpp", "virtualserver/Switching.cpp"}));
 }
 
 TEST_F(LogPlacesOnVcs, LeadToTheStatementInWhicheverFileItIs) {
@@ -162,7 +161,7 @@ TEST(LogPlaces, EveryFileThatLogsIsSampledAbove) {
                                                                    "virtualserver/Instance.cpp",
                                                                    "virtualserver/LookUp.cpp",
                                                                    "virtualserver/PlainServer.cpp",
-                                                                   "virtualserver/ProductResourceSearch.cpp",
+                                                                   "virtualserver/ProductResource.cpp",
                                                                    "virtualserver/ServerList.cpp",
                                                                    "virtualserver/ServerRecord.cpp",
                                                                    "virtualserver/SmtpRestart.cpp",
