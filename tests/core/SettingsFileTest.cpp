@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <utility>
@@ -14,6 +15,9 @@ using clus::SettingsTable;
 namespace {
 
 typedef std::vector<std::string> Lines;
+
+// The limit, written out: a test that shared the library's constant could not see it change.
+const std::size_t TotalCharacters = 10240;
 
 SettingsTable Table(std::initializer_list<std::pair<const std::wstring, std::wstring>> entries) {
     return SettingsTable(entries);
@@ -125,32 +129,32 @@ TEST(SettingsFile, LinesCountUpToTheTotalAndNotBeyond) {
     // Each line counts with one character more.
     const std::string filler = "#" + std::string(5000, 'x') + "\n"; // 5,002
     const std::string entry = "Key\tValue\n";                       // 10
-    const std::size_t left = clus::SettingsTextCharacters - (filler.size() + 1) - (entry.size() + 1);
+    const std::size_t left = TotalCharacters - (filler.size() + 1) - (entry.size() + 1);
     const std::string fits = "#" + std::string(left - 3, 'y') + "\n";
     EXPECT_EQ(ParseSettings({filler, fits, entry}), Table({{L"Key", L"Value"}}));
     EXPECT_TRUE(ParseSettings({filler, "#" + fits, entry}).empty());
 }
 
 TEST(SettingsFile, NothingBehindTheLineThatPassesTheTotalCounts) {
-    const std::string tooLong = "#" + std::string(clus::SettingsTextCharacters, 'x') + "\n";
+    const std::string tooLong = "#" + std::string(TotalCharacters, 'x') + "\n";
     EXPECT_TRUE(ParseSettings({tooLong, "Key\tValue\n"}).empty());
     EXPECT_EQ(ParseSettings({"Key\tValue\n", "#\n", tooLong, "Other\tValue\n"}), Table({{L"Key", L"Value"}}));
 }
 
 TEST(SettingsFile, TheTotalIsExact) {
     // Empty lines count two characters each, the entry five.
-    Lines lines(5117, "\n");
+    Lines lines((TotalCharacters - 1 - 5) / 2, "\n");
     lines.push_back("A\t1\n");
-    EXPECT_EQ(ParseSettings(lines), Table({{L"A", L"1"}})) << "10,239 in all";
+    EXPECT_EQ(ParseSettings(lines), Table({{L"A", L"1"}})) << "one less";
     lines.front() = "\t\n";
-    EXPECT_EQ(ParseSettings(lines), Table({{L"A", L"1"}})) << "10,240 in all";
+    EXPECT_EQ(ParseSettings(lines), Table({{L"A", L"1"}})) << "all of them";
     lines.front() = "\t\t\n";
-    EXPECT_TRUE(ParseSettings(lines).empty()) << "10,241 in all";
+    EXPECT_TRUE(ParseSettings(lines).empty()) << "one more";
 }
 
 TEST(SettingsFile, AnIgnoredLineGivesNoValueToTheKeyBeforeIt) {
-    Lines lines(5118, "\n");
-    lines.push_back("A\n"); // 10,239 in all
+    Lines lines((TotalCharacters - 1 - 3) / 2, "\n");
+    lines.push_back("A\n"); // one is left
     lines.push_back("B\n");
     EXPECT_TRUE(ParseSettings(lines).empty());
 }
