@@ -1,5 +1,6 @@
-// Sole owner of one platform handle. Closing keeps the caller's last-error value: cleaning up must not hide why
-// something failed.
+// Sole owner of one platform handle, for as long as a call lasts. Closing keeps the caller's last-error value: cleaning
+// up must not hide why something failed. The handles that the public classes keep are theirs: src/cluster/Cluster.cpp,
+// Resource.cpp, Group.cpp and Node.cpp close them, and there the copies of a group or node share one.
 #ifndef CLUS_PLATFORM_OWNER_H
 #define CLUS_PLATFORM_OWNER_H
 
