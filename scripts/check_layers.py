@@ -46,7 +46,7 @@ LAYERS = [
 ]
 # Of the headers in <> only those of the C++ standard library, which have no extension.
 STANDARD_ONLY = {"src/core", "simulator/veritas/configuration"}
-SUBJECT_PER_FILE = ("src", "common")  # of the others the folder is enough
+SUBJECT_PER_FILE = ("src", "common", "simulator", "support", "tools")  # of the public headers the layer is enough
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)
 MAP = ROOT / "docs/architecture.md"
@@ -116,7 +116,7 @@ def map_lines(names):
     for place, _, _ in LAYERS:
         if not place.startswith(SUBJECT_PER_FILE):
             continue
-        inside = [name for name in names if is_below(name, place)]
+        inside = [name for name in names if layer_of(name)[0] == place]
         stems = sorted({name.rsplit(".", 1)[0] for name in inside})
         if not stems:
             continue

@@ -1,3 +1,4 @@
+// What the model file calls the states of resources and nodes.
 #include "ModelJson.h"
 
 namespace clussim {

@@ -1,4 +1,5 @@
-// What the cluster does on request, with the codes of its API.
+// What the cluster does on request, with the codes of its API: creating, deleting, linking; and the state of a resource
+// after online and offline.
 #include "Model.h"
 
 #include "common/Text.h"

@@ -1,3 +1,4 @@
+// Reading a model from its JSON text, and refusing one that cannot be.
 #include "Faults.h"
 #include "ModelJson.h"
 

@@ -1,3 +1,4 @@
+// Writing a model as JSON text.
 #include "ModelJson.h"
 
 #include "common/Json.h"

@@ -1,3 +1,4 @@
+// The arguments of a tool, taken one after the other.
 #include "Tools.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// haconf: the mode of the configuration, and writing it to the main.cf.
 #include "Tools.h"
 
 namespace vcssim {

@@ -1,3 +1,4 @@
+// hagrp: the queries, -online, -offline.
 #include "Operations.h"
 #include "Queries.h"
 

@@ -1,3 +1,4 @@
+// hasys: the queries.
 #include "Queries.h"
 
 #include <algorithm>

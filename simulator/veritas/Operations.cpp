@@ -1,3 +1,4 @@
+// The state of a resource after it is brought online, and whether it may be brought online at all.
 #include "Operations.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// Bringing resources online and taking them offline.
+// Bringing resources online.
 #ifndef VCSSIM_OPERATIONS_H
 #define VCSSIM_OPERATIONS_H
 

@@ -1,3 +1,4 @@
+// CServiceManager: the state of a Windows service.
 #include "CommonUtil.h"
 
 CServiceManager::CServiceManager(const wchar_t* serviceName, const wchar_t* machineName)

@@ -1,4 +1,4 @@
-// Which web server, and which of its sites, serves the product's home directory? This is the default implementation of
+// Which web server, and which of its sites, serves the product's home directory. This is the default implementation of
 // the interface; the product's own WebServerUtil.dll can take its place.
 #ifndef WEBSERVERUTIL_H
 #define WEBSERVERUTIL_H

@@ -1,3 +1,4 @@
+// "vcs product ...": the product's resources on VCS: creating, listing and switching them.
 #include "CommandLine.h"
 #include "Password.h"
 #include "ProductNames.h"

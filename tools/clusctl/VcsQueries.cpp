@@ -1,3 +1,4 @@
+// "vcs systems", "vcs deps", "vcs attribute" and the like: what VCS answers.
 #include "CommandLine.h"
 #include "Text.h"
 #include "VcsCommands.h"

@@ -1,3 +1,4 @@
+// "vcs resource ...", "vcs encrypt", "vcs mode": changing VCS resource by resource.
 #include "CommandLine.h"
 #include "Password.h"
 #include "ProductNames.h"

@@ -1,3 +1,4 @@
+// "vcs servers", "vcs storage": the Exchange virtual servers on VCS and their storage.
 #include "CommandLine.h"
 #include "ProductNames.h"
 #include "Text.h"
