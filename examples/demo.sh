@@ -110,7 +110,7 @@ say "A name in any letter case, with or without a domain, or an address:" ""
 try 0 "F:\\Zyntra Gate\\" query exvs-mail1.example.com
 try 0 "EXVS-MAIL2" query 192.0.2.22
 say "EXVS-MAIL3 exists, but the other node serves it:" ""
-try 1 "this node serves no server" query EXVS-MAIL3
+try 3 "this node serves no server" query EXVS-MAIL3
 
 heading "3. What belongs to a server"
 say "Its Exchange SMTP instances, and the product resource with what it depends on:" ""
