@@ -5,6 +5,7 @@
 
 #include "clus_Export.h"
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -235,17 +236,24 @@ private:
 };
 
 // What one run of a VCS tool came to, for programs that act on it; the debug log is for people. Secrets are replaced by
-// "***": the arguments and the result of "vcsencrypt" (its messages are shown), and the values of attributes whose name
-// ends in "password". The texts are valid during the callback only.
+// "***": the arguments and the result of "vcsencrypt" (its messages are shown), the values of attributes whose name
+// ends in "password", and what repeats them. The texts are valid during the callback only; when there is no memory for
+// them, the command line is empty and the output null.
 struct CVeritasToolRun {
-    const wchar_t* commandLine; // as the tool got it
-    bool started;               // false: it could not be started, and nothing below but startError is set
+    const wchar_t* commandLine; // as the tool got it: what goes beyond 16,383 characters is cut off
+    bool started;               // false: it could not be started, and there is no exit code
     bool exitCodeKnown;         // GetExitCodeProcess succeeded
-    DWORD startError;           // Win32 code: why it was not started (CreateProcessW), or its capture file not named
-    DWORD exitCode;             // what the tool ended with
-    DWORD captureError;    // Win32 code: the output went astray, since the capture file could not be opened; else 0
-    const wchar_t* output; // both streams as captured, one character per byte, each line ended by a line feed;
-                           // null when they could not be read back
+    // Win32 code: why it was not started (CreateProcessW), or its capture file got no name. 0 when it was started, and
+    // when the system gives no reason: the run then counts as one without output.
+    DWORD startError;
+    DWORD exitCode; // what the tool ended with
+    // Win32 code: why the capture file could not be opened, so that the output went astray if the tool was started;
+    // else 0.
+    DWORD captureError;
+    // Both streams as captured, one character per byte, each line ended by a line feed; null when they could not be
+    // read back.
+    const wchar_t* output;
+    size_t cchOutput; // characters of `output`: null characters count, the terminator does not
 };
 
 // Told of a run; `context` is what it was registered with.
@@ -254,9 +262,12 @@ typedef void (*VeritasToolRunCallback)(const CVeritasToolRun& run, void* context
 extern "C" {
 
 // Registers the one function of this process that is told of every tool run of CVeritasCluster, at the run's end and
-// before its member goes on; null, as at the start, for none. It is called on the thread of the run, one call at a
-// time, and must not throw. When this returns, the former function is not running (one that replaces itself excepted)
-// and is not called again. Callable from any thread.
+// before its member goes on; null, as at the start, for none. A run whose member throws for want of memory is not told.
+//
+// The function is called on the thread of the run, one call at a time. It must not throw, and not wait for a tool run
+// of another thread, which may be waiting for this call to end. When this returns, the former function is not running
+// (one that replaces itself excepted) and is not called again: do not call this while a running callback waits for you.
+// Callable from any thread.
 CLUSUTIL_API void SetVeritasToolRunCallback(VeritasToolRunCallback callback, void* context);
 }
 

@@ -1,8 +1,11 @@
-// Secrets in the command lines and outputs of VCS tools. Pure functions.
+// Secrets in the command lines and outputs of VCS tools. No copy of a secret is left in memory.
 #ifndef CLUS_CORE_TOOLSECRETS_H
 #define CLUS_CORE_TOOLSECRETS_H
 
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace clus {
 
@@ -10,16 +13,44 @@ namespace clus {
 const wchar_t SecretMask[] = L"***";
 
 // Whether an attribute of this name holds a password: its name ends in "password", in any letter case.
-bool IsSecretAttribute(const std::wstring& name);
+bool IsSecretAttribute(std::wstring_view name);
 
-// The secret of a command line: what it sets a password attribute to ("hares -modify RES Password x"), or asks for
-// ("hares -list Password=x"), up to the end of the line. Takes it out of the line, where the mask stays, and gives it;
-// empty when there is none.
-std::wstring TakeSecret(std::wstring& commandLine);
+// Where the secret of a command line begins: what it sets a password attribute to ("hares -modify RES Password x"), or
+// asks for ("hares -list Password=x"). It reaches to the end of the line. npos when there is none.
+std::size_t FindSecret(std::wstring_view commandLine);
+
+// A secret as it stands on a command line, and the forms in which a tool may repeat it: with and without the quotes
+// around it, as the tool gets it (\" undone), and each word of these.
+class ToolSecret {
+public:
+    // None, or one whose text must outlive this object.
+    ToolSecret() = default;
+    explicit ToolSecret(std::wstring_view argument);
+    // Erases what was copied.
+    ~ToolSecret();
+    ToolSecret(const ToolSecret&) = delete;
+    ToolSecret& operator=(const ToolSecret&) = delete;
+
+    // How many characters of `text` from `at` on repeat the secret, or overlapping forms of it; 0 when none do.
+    std::size_t LengthAt(std::wstring_view text, std::size_t at) const;
+
+    // False when it has characters that a tool's output, one character per byte, shows differently.
+    bool CanBeFound() const;
+
+private:
+    std::size_t LongestFormAt(std::wstring_view text, std::size_t at) const;
+
+    std::wstring m_plain;
+    std::vector<std::wstring_view> m_forms;
+};
 
 // A tool's output with the mask in place of the values in the rows of password attributes (resource, attribute, system,
-// value) and of `secret` wherever it occurs, with or without the quotes around it.
-std::wstring WithoutSecrets(const std::wstring& output, const std::wstring& secret);
+// value) and of the secret wherever it is repeated.
+std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret);
+
+// What may be shown of the output of a tool that takes and gives a secret. Of messages of VCS, when it begins with one,
+// the leading words with the number ("VCS ERROR V-16-1-10600"), and the rest without the secret; the mask for all else.
+std::wstring MessagesWithoutSecrets(const std::wstring& output, const ToolSecret& secret);
 
 } // namespace clus
 

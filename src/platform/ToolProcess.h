@@ -11,7 +11,7 @@ namespace clus {
 struct ToolProcess {
     bool started = false;
     DWORD startError = 0;       // why it was not started
-    DWORD captureError = 0;     // why its output was not captured: it ran without redirection
+    DWORD captureError = 0;     // why its output was not captured: it was to run without redirection
     bool exitCodeKnown = false; // of a started one
     DWORD exitCode = 0;
 };

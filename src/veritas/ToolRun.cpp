@@ -1,6 +1,7 @@
 // Running a VCS tool: its command line, its output captured, read, logged and split.
 #include "clus_VeritasCluster.h"
 
+#include "core/TextEraser.h"
 #include "core/ToolOutput.h"
 #include "platform/CaptureFile.h"
 #include "platform/FormatText.h"
@@ -9,11 +10,14 @@
 #include "platform/ToolProcess.h"
 #include "veritas/ToolRunReport.h"
 
+#include <iterator>
+
 CLUS_LOG_PLACE(VeritasCluster, 2);
 
 using clus::FileDeleter;
 using clus::LastErrorKeeper;
 using clus::RunTool;
+using clus::TextEraser;
 using clus::TextFileReader;
 using clus::ToolProcess;
 using clus::veritas::IsToolRunReported;
@@ -21,22 +25,14 @@ using clus::veritas::ReportToolRun;
 
 namespace {
 
-const size_t CommandLineCharacters = 16384; // terminator included; what is longer is cut
-
-// Leaves no secret of a command line on the stack, whatever happens.
-class TextEraser {
-public:
-    TextEraser(wchar_t* text, size_t characters) : m_text(text), m_bytes(characters * sizeof(wchar_t)) {
+// A command line as the tool gets it. Nothing of it is left on the stack, whatever happens.
+struct CommandLine {
+    CommandLine(const wchar_t* command, const wchar_t* arguments) : eraser(text, std::size(text)) {
+        CLUS_FORMAT_TEXT(text, L"%s %s", command, arguments);
     }
-    ~TextEraser() {
-        SecureZeroMemory(m_text, m_bytes);
-    }
-    TextEraser(const TextEraser&) = delete;
-    TextEraser& operator=(const TextEraser&) = delete;
 
-private:
-    wchar_t* m_text;
-    size_t m_bytes;
+    wchar_t text[16384] = {}; // terminator included; what is longer is cut
+    const TextEraser eraser;
 };
 
 } // namespace
@@ -53,26 +49,22 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         if (IsToolRunReported()) {
             ToolProcess process;
             process.startError = GetLastError();
-            ReportToolRun(command, arguments, !logDetails, process, nullptr);
+            ReportToolRun(command, CommandLine(command, arguments).text, !logDetails, process, nullptr);
         }
         return false; // without a leaving line
     }
     LOG_LEAVE_AT_END(L"CVeritasCluster::ExecuteVeritasCommand_");
     const FileDeleter deleter(fileName);
-
-    wchar_t commandLine[CommandLineCharacters] = {};
-    const TextEraser eraser(commandLine, CommandLineCharacters);
-    CLUS_FORMAT_TEXT(commandLine, L"%s %s", command, arguments);
-
+    CommandLine commandLine(command, arguments);
     LOG_INFO(L"temp file name: %s", fileName);
     if (logDetails) {
-        LOG_INFO(L"Command line: %s", commandLine);
+        LOG_INFO(L"Command line: %s", commandLine.text);
     } else {
         LOG_INFO(L"Command line is ***");
     }
     // The tool's exit code is no matter: callers judge by what it printed.
     ToolProcess process;
-    const bool started = RunTool(commandLine, fileName, process);
+    const bool started = RunTool(commandLine.text, fileName, process);
     const LastErrorKeeper keeper; // the only word on why it could not be started
     const bool succeeded = started && Read_(fileName, text);
     if (logDetails) {
@@ -81,7 +73,8 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         LOG_INFO(L"Result: ***");
     }
     if (IsToolRunReported()) {
-        ReportToolRun(command, arguments, !logDetails, process, succeeded ? &text : nullptr);
+        // Composed again: starting the tool may have changed the text.
+        ReportToolRun(command, CommandLine(command, arguments).text, !logDetails, process, succeeded ? &text : nullptr);
     }
     return succeeded;
 }

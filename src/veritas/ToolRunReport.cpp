@@ -2,12 +2,14 @@
 
 #include "clus_VeritasCluster.h"
 
-#include "core/ToolOutput.h"
 #include "core/ToolSecrets.h"
 #include "platform/CriticalSection.h"
 #include "platform/Owner.h"
 
+#include <algorithm>
 #include <atomic>
+#include <new>
+#include <string_view>
 
 namespace {
 
@@ -16,12 +18,25 @@ clus::CriticalSection CallbackLock;
 std::atomic<VeritasToolRunCallback> Callback(nullptr);
 void* CallbackContext = nullptr;
 
-// What may be shown of a secret run's output: a message of VCS, or that there was something.
-std::wstring SecretOutput(const std::wstring& output, const std::wstring& secret) {
-    if (clus::IsErrorText(output.c_str())) {
-        return clus::WithoutSecrets(output, secret);
+// The texts of a report.
+struct ShownTexts {
+    std::wstring commandLine;
+    std::wstring output;
+};
+
+ShownTexts TextsOf(const wchar_t* command, std::wstring_view commandLine, bool isSecret, const std::wstring* output) {
+    const std::size_t arguments = std::min(std::wstring_view(command).size() + 1, commandLine.size());
+    const std::size_t begin = isSecret ? arguments : std::min(clus::FindSecret(commandLine), commandLine.size());
+    ShownTexts shown;
+    shown.commandLine = commandLine.substr(0, begin);
+    if (isSecret || begin < commandLine.size()) {
+        shown.commandLine += clus::SecretMask;
     }
-    return output.empty() ? output : clus::SecretMask;
+    if (output) {
+        const clus::ToolSecret secret(commandLine.substr(begin));
+        shown.output = isSecret ? MessagesWithoutSecrets(*output, secret) : WithoutSecrets(*output, secret);
+    }
+    return shown;
 }
 
 } // namespace
@@ -38,30 +53,28 @@ bool IsToolRunReported() {
     return Callback.load(std::memory_order_relaxed) != nullptr;
 }
 
-void ReportToolRun(const wchar_t* command, const wchar_t* arguments, bool isSecret, const ToolProcess& process,
+void ReportToolRun(const wchar_t* command, const wchar_t* commandLine, bool isSecret, const ToolProcess& process,
                    const std::wstring* output) {
     const LastErrorKeeper keeper;
-    std::wstring commandLine = std::wstring(command) + L" ";
-    std::wstring secret;
-    if (isSecret) {
-        secret = arguments;
-        commandLine += SecretMask;
-    } else {
-        commandLine += arguments;
-        secret = TakeSecret(commandLine);
-    }
-    std::wstring shown;
-    if (output) {
-        shown = isSecret ? SecretOutput(*output, secret) : WithoutSecrets(*output, secret);
+    ShownTexts shown;
+    bool isShown = false;
+    try {
+        shown = TextsOf(command, commandLine, isSecret, output);
+        isShown = true;
+    } catch (const std::bad_alloc&) {
+        // A member that has done its work does not fail for want of a report: the run is told without texts.
     }
     CVeritasToolRun run = {};
-    run.commandLine = commandLine.c_str();
+    run.commandLine = shown.commandLine.c_str();
     run.started = process.started;
     run.startError = process.startError;
     run.exitCodeKnown = process.exitCodeKnown;
     run.exitCode = process.exitCode;
     run.captureError = process.captureError;
-    run.output = output ? shown.c_str() : nullptr;
+    if (isShown && output) {
+        run.output = shown.output.c_str();
+        run.cchOutput = shown.output.size();
+    }
     const CriticalSectionGuard guard(CallbackLock);
     if (const VeritasToolRunCallback callback = Callback) {
         callback(run, CallbackContext);

@@ -11,9 +11,10 @@ namespace clus::veritas {
 // Whether a callback is registered. Costs next to nothing: asked at every run.
 bool IsToolRunReported();
 
-// Calls it. `isSecret`: neither the arguments nor what the tool made of them may be seen. `output` is null when it
-// could not be read. Keeps the last-error value.
-void ReportToolRun(const wchar_t* command, const wchar_t* arguments, bool isSecret, const ToolProcess& process,
+// Calls it. `commandLine`, which begins with `command`, is what the tool got. `isSecret`: neither its remainder nor
+// what the tool made of it may be seen. `output` is null when it could not be read. Does not throw for want of memory,
+// keeps the last-error value, and leaves no copy of a secret behind.
+void ReportToolRun(const wchar_t* command, const wchar_t* commandLine, bool isSecret, const ToolProcess& process,
                    const std::wstring* output);
 
 } // namespace clus::veritas

@@ -193,6 +193,31 @@ TEST_F(VeritasSweep, APasswordIsEncryptedOrUntouchedAndNeverLogged) {
         });
 }
 
+// A run is told unless its member ends for want of memory before: a report never changes what becomes of it.
+TEST_F(VeritasSweep, ToolRunsAreToldWhateverBecomesOfTheReport) {
+    static unsigned told = 0;
+    SetVeritasToolRunCallback([](const CVeritasToolRun&, void*) { ++told; }, nullptr);
+    tools.Answer(L"haconf -makerw ", "as it was, and as it is to stay: in read-write mode\r\n");
+    SweepOver(
+        [this] {
+            told = 0;
+            return TrueOrFalse(cluster.SwitchToReadWriteMode());
+        },
+        [](const SweepRun& run) {
+            EXPECT_THAT((Texts{"true", run.faulted ? "false" : "true", run.threw ? "" : "true"}),
+                        ::testing::Contains(run.result));
+            EXPECT_EQ(told, run.threw ? 0u : 1u);
+        });
+    SweepOver(
+        [this] {
+            std::wstring encrypted = L"before";
+            const bool result = cluster.EncryptVeritasPassword(L"clear", encrypted);
+            return TrueOrFalse(result) + " " + Utf8(encrypted);
+        },
+        "true eNcRyPtEd", {"true before", "false before"});
+    SetVeritasToolRunCallback(nullptr, nullptr);
+}
+
 // Discovery
 
 TEST_F(VeritasSweep, AServerIsFoundAsFarAsItsToolsAnswer) {

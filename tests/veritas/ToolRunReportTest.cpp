@@ -34,8 +34,8 @@ private:
             text += "ended somehow";
         }
         text += run.captureError != 0 ? ", astray " + std::to_string(run.captureError) : "";
-        static_cast<VeritasToolRunReport*>(context)->m_told.push_back(text + " | " +
-                                                                      (run.output ? Utf8(run.output) : "unread"));
+        static_cast<VeritasToolRunReport*>(context)->m_told.push_back(
+            text + " | " + (run.output ? Utf8(std::wstring(run.output, run.cchOutput)) : "unread"));
     }
 
     Texts m_told;
@@ -62,6 +62,19 @@ TEST_F(VeritasToolRunReport, TellsWhyAToolWasNotStarted) {
     EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
     EXPECT_EQ(Told(), Texts{"haconf -makerw | not started 5 | unread"});
+}
+
+TEST_F(VeritasToolRunReport, TellsThatNeitherTheCaptureFileNorTheToolCameUp) {
+    Platform().FailCall("CreateFileW", ERROR_SHARING_VIOLATION);
+    tools.FailStart(1, ERROR_FILE_NOT_FOUND);
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
+    EXPECT_EQ(Told(), Texts{"haconf -makerw | not started 2, astray 32 | unread"});
+}
+
+TEST_F(VeritasToolRunReport, TellsOfAToolThatIsNotStartedForNoReason) {
+    tools.FailStart(1, ERROR_SUCCESS);
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
+    EXPECT_EQ(Told(), Texts{"haconf -makerw | not started 0 | "});
 }
 
 TEST_F(VeritasToolRunReport, TellsThatAnOutputWentAstrayOrCouldNotBeRead) {
@@ -93,6 +106,46 @@ TEST_F(VeritasToolRunReport, MasksWhatVcsencryptGetsAndGivesButNotItsMessages) {
     tools.Answer(L"vcsencrypt -agent silent", "");
     EXPECT_TRUE(cluster.EncryptVeritasPassword(L"silent", encrypted));
     EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 0 | "});
+}
+
+TEST_F(VeritasToolRunReport, MasksAPasswordThatAMessageRepeatsWithoutItsQuotes) {
+    const char message[] = "VCS ERROR V-16-1-10 cannot use ";
+    const struct {
+        const wchar_t* argument;
+        const char* repeated;
+    } passwords[] = {
+        {L"\"top secret\"", "top secret"}, {L"\"top secret\"", "secret"}, {L"\"top secret\"", "\"top secret\""},
+        {L"\"a1\\\"b2 c3\"", "a1\"b2 c3"}, {L"a1\\\"b2", "a1\"b2"},       {L"top secret", "secret"}};
+    for (const auto& password : passwords) {
+        tools.AnswerNext(message + std::string(password.repeated) + "\r\n", 1);
+        std::wstring encrypted;
+        EXPECT_TRUE(cluster.EncryptVeritasPassword(password.argument, encrypted));
+        EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 1 | " + std::string(message) + "***\n"});
+    }
+}
+
+TEST_F(VeritasToolRunReport, ShowsALongCommandLineAsItIsCutForTheTool) {
+    const size_t most = 16383;
+    tools.AllowUnscripted();
+    const std::wstring beginning = L"hares -delete ";
+    cluster.DeleteResource((std::wstring(most - beginning.size(), L'x') + L"yz").c_str());
+    EXPECT_EQ(Told(), Texts{Utf8(tools.Runs().back().commandLine) + "| ended 0 | "});
+    EXPECT_EQ(tools.Runs().back().commandLine, beginning + std::wstring(most - beginning.size(), L'x'));
+}
+
+TEST_F(VeritasToolRunReport, MasksALongPasswordAsItIsCutForTheTool) {
+    const std::wstring beginning = L"vcsencrypt -agent ";
+    const std::wstring passed(16383 - beginning.size(), L'x');
+    tools.AnswerNext("VCS ERROR V-16-1-10 too long: " + Utf8(passed) + "\r\n", 1);
+    std::wstring encrypted;
+    EXPECT_TRUE(cluster.EncryptVeritasPassword((passed + L"yz").c_str(), encrypted));
+    EXPECT_EQ(Told(), Texts{"vcsencrypt -agent ***| ended 1 | VCS ERROR V-16-1-10 too long: ***\n"});
+}
+
+TEST_F(VeritasToolRunReport, HoldsAnOutputBeyondItsNullCharacters) {
+    tools.Answer(L"haconf -makerw ", std::string("one\0two\r\nthree\r\n", 16));
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
+    EXPECT_EQ(Told(), Texts{"haconf -makerw | ended 0 | " + std::string("one\0two\nthree\n", 14)});
 }
 
 TEST_F(VeritasToolRunReport, MasksPasswordsThatAreSetOrShown) {
@@ -167,6 +220,44 @@ TEST_F(VeritasToolRunReport, IsGivenOneAtATimeToWhicheverFunctionIsRegistered) {
     }
     EXPECT_EQ(most, 1);
     EXPECT_EQ(calls, 100);
+}
+
+TEST_F(VeritasToolRunReport, IsMadeWithoutTextsWhenThereIsNoMemoryForThem) {
+    static std::string told;
+    SetVeritasToolRunCallback(
+        [](const CVeritasToolRun& run, void*) {
+            const HarnessScope scope;
+            told += Utf8(run.commandLine) + (run.output ? "| read " : "| unread ") + std::to_string(run.cchOutput) +
+                    " ended " + std::to_string(run.exitCode) + "\n";
+        },
+        nullptr);
+    const std::string output(100, 'x');
+    tools.Answer(L"haconf -makerw ", output + "\r\n", 3);
+    const std::string whole = "haconf -makerw | read 101 ended 3\n";
+    bool wasShort = false;
+    for (unsigned n = 1; told != whole; ++n) {
+        ASSERT_LT(n, 100u) << "the report is never whole: " << told;
+        told.clear();
+        Heap().FailAllocation(n, FaultMode::Once);
+        Heap().StartOperation();
+        bool threw = false;
+        bool result = false;
+        try {
+            result = cluster.SwitchToReadWriteMode();
+        } catch (const std::bad_alloc&) {
+            threw = true;
+        }
+        Heap().EndOperation();
+        Heap().FailAllocation(0, FaultMode::Once);
+        if (threw) {
+            EXPECT_EQ(told, "");
+        } else {
+            EXPECT_TRUE(result);
+            EXPECT_THAT((Texts{whole, "| unread 0 ended 3\n"}), ::testing::Contains(told));
+            wasShort = wasShort || told != whole;
+        }
+    }
+    EXPECT_TRUE(wasShort);
 }
 
 } // namespace

@@ -23,8 +23,7 @@ std::string Tidy(const std::string& text) {
 }
 
 // The first line of an output that holds more than blanks.
-std::string FirstLine(const wchar_t* output) {
-    const std::wstring text(output);
+std::string FirstLine(const std::wstring& text) {
     size_t begin = text.find_first_not_of(L" \t\r\n");
     if (begin == std::wstring::npos) {
         return std::string();
@@ -55,8 +54,8 @@ void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
         run.exitCode = told.exitCode;
         run.isRead = told.output != nullptr;
         if (run.isRead) {
-            run.firstLine = FirstLine(told.output);
-            run.output = told.output;
+            run.output.assign(told.output, told.cchOutput);
+            run.firstLine = FirstLine(run.output);
         }
         runs.m_runs.push_back(run);
     } catch (...) {
