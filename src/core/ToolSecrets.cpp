@@ -76,7 +76,8 @@ std::size_t FindShownSecret(std::wstring_view line) {
 std::size_t LengthOfMessageName(std::wstring_view line) {
     const std::vector<Word> words = WordsOf(line);
     const std::wstring_view number = words.size() > NumberColumn ? TextOf(line, words[NumberColumn]) : L"";
-    const bool isNumber = number.substr(0, 2) == L"V-" && number.find_first_not_of(L"-0123456789", 1) == number.npos;
+    const bool isNumber =
+        number.substr(0, 2) == L"V-" && number.find_first_not_of(L"-0123456789", 1) == std::wstring_view::npos;
     return words[isNumber ? NumberColumn : NumberColumn - 1].end;
 }
 

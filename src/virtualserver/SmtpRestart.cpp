@@ -2,7 +2,6 @@
 #include "clus_VirtualServerUtil.h"
 
 #include "clus_Cluster.h"
-#include "clus_Cluster.h"
 #include "core/ResourceTypes.h"
 #include "core/Text.h"
 #include "platform/ComputerName.h"
