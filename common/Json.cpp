@@ -1,77 +1,114 @@
 #include "common/Json.h"
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 namespace common {
 
 namespace {
 
-// Follows the parser and notes where it is.
-class DuplicateCheck {
+// Builds the document while the parser reads it.
+class DocumentBuilder : public nlohmann::json_sax<Json> {
 public:
-    bool operator()(Json::parse_event_t event, const Json& parsed) {
-        switch (event) {
-        case Json::parse_event_t::object_start:
-        case Json::parse_event_t::array_start:
-            Item();
-            m_levels.push_back({event == Json::parse_event_t::array_start});
-            break;
-        case Json::parse_event_t::object_end:
-        case Json::parse_event_t::array_end:
-            m_levels.pop_back();
-            break;
-        case Json::parse_event_t::key:
-            m_levels.back().key = parsed.get<std::string>();
-            if (!m_levels.back().keys.insert(m_levels.back().key).second) {
-                throw JsonError(Place(), "the member stands twice");
-            }
-            break;
-        default:
-            Item();
-            break;
+    bool null() override {
+        Add(nullptr);
+        return true;
+    }
+    bool boolean(bool value) override {
+        Add(value);
+        return true;
+    }
+    bool number_integer(number_integer_t value) override {
+        Add(value);
+        return true;
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        Add(value);
+        return true;
+    }
+    bool number_float(number_float_t value, const string_t&) override {
+        Add(value);
+        return true;
+    }
+    bool string(string_t& value) override {
+        Add(std::move(value));
+        return true;
+    }
+    bool binary(binary_t&) override {
+        return false; // not in texts
+    }
+    bool start_object(std::size_t) override {
+        m_open.push_back(&Add(Json::object()));
+        return true;
+    }
+    bool key(string_t& name) override {
+        Json& object = *m_open.back();
+        const std::size_t before = object.size();
+        m_value = &object[name];
+        if (object.size() == before) {
+            throw JsonError(Place(name), "the member stands twice");
         }
         return true;
     }
-
-private:
-    struct Level {
-        bool isList;
-        std::size_t items = 0;
-        std::string key = std::string();
-        std::set<std::string> keys = {};
-    };
-
-    void Item() {
-        if (!m_levels.empty()) {
-            ++m_levels.back().items;
-        }
+    bool end_object() override {
+        m_open.pop_back();
+        return true;
+    }
+    bool start_array(std::size_t) override {
+        m_open.push_back(&Add(Json::array()));
+        return true;
+    }
+    bool end_array() override {
+        m_open.pop_back();
+        return true;
+    }
+    bool parse_error(std::size_t, const std::string&, const Json::exception& error) override {
+        throw JsonError(error.what()); // names line and column
     }
 
-    std::string Place() const {
+    Json Document() {
+        return std::move(m_document);
+    }
+
+private:
+    Json& Add(Json&& value) {
+        if (m_open.empty()) {
+            return m_document = std::move(value);
+        }
+        if (m_open.back()->is_array()) {
+            m_open.back()->push_back(std::move(value));
+            return m_open.back()->back();
+        }
+        return *m_value = std::move(value);
+    }
+
+    // Of a member of the innermost object.
+    std::string Place(const std::string& member) const {
         std::string place;
-        for (const Level& level : m_levels) {
-            if (level.isList) {
-                place += "[" + std::to_string(level.items - 1) + "]";
+        for (const Json* level : m_open) {
+            if (level->is_array()) {
+                place += "[" + std::to_string(level->size() - 1) + "]";
             } else {
-                place += (place.empty() ? "" : ".") + level.key;
+                const std::string& name = level == m_open.back() ? member : std::prev(level->end()).key();
+                place += (place.empty() ? "" : ".") + name;
             }
         }
         return place;
     }
 
-    std::vector<Level> m_levels;
+    Json m_document;
+    std::vector<Json*> m_open; // objects and lists, the innermost last
+    Json* m_value = nullptr;   // of the innermost object's last member
 };
 
 } // namespace
 
 Json ParseJson(const std::string& text) {
-    DuplicateCheck check;
-    try {
-        return Json::parse(text,
-                           [&check](int, Json::parse_event_t event, Json& parsed) { return check(event, parsed); });
-    } catch (const Json::exception& error) {
-        throw JsonError(error.what()); // names line and column
-    }
+    DocumentBuilder builder;
+    Json::sax_parse(text, &builder);
+    return builder.Document();
 }
 
 std::string DumpJson(const Json& json) {
@@ -100,14 +137,19 @@ std::string ObjectReader::Place(const std::string& member) const {
 }
 
 const Json* ObjectReader::Member(const char* name) {
-    m_known.insert(name);
+    if (std::find(m_known.begin(), m_known.end(), name) == m_known.end()) {
+        m_known.emplace_back(name);
+    }
     const auto found = m_object.find(name);
     return found == m_object.end() ? nullptr : &*found;
 }
 
 std::string ObjectReader::Text(const char* name) {
     const Json* const value = Member(name);
-    return TextItem(value ? *value : Json(), Place(name));
+    if (!value || !value->is_string()) {
+        throw JsonError(Place(name), "a text is expected");
+    }
+    return value->get<std::string>();
 }
 
 std::string ObjectReader::TextOr(const char* name, const std::string& fallback) {
@@ -137,7 +179,7 @@ bool ObjectReader::FlagOr(const char* name, bool fallback) {
 
 void ObjectReader::Done() const {
     for (const auto& member : m_object.items()) {
-        if (!m_known.count(member.key())) {
+        if (std::find(m_known.begin(), m_known.end(), member.key()) == m_known.end()) {
             throw JsonError(Place(member.key()), "unknown member");
         }
     }

@@ -5,9 +5,10 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
-#include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace common {
 
@@ -41,7 +42,7 @@ public:
 
     std::string Place(const std::string& member) const;
 
-    // Null when there is none.
+    // Null when there is none. Names are literals.
     const Json* Member(const char* name);
 
     std::string Text(const char* name);
@@ -66,7 +67,7 @@ private:
 
     const Json& m_object;
     std::string m_place;
-    std::set<std::string> m_known;
+    std::vector<std::string_view> m_known;
 };
 
 } // namespace common
