@@ -5,8 +5,6 @@
 
 #include "common/Text.h"
 
-#include <algorithm>
-
 using namespace clussim;
 using common::Folded;
 
@@ -39,9 +37,9 @@ BOOL CloseObject(const char* callName, const void* handle, HandleKind kind) {
 }
 
 CLUSTER_GROUP_STATE StateOf(const Group& group) {
-    const auto count = [&group](State state) {
-        return std::count_if(group.resources.begin(), group.resources.end(),
-                             [state](const Resource* resource) { return resource->state == state; });
+    const auto count = [&group](State state) -> std::size_t {
+        const auto found = group.resourcesIn.find(state);
+        return found == group.resourcesIn.end() ? 0 : found->second;
     };
     const auto online = count(StateOnline);
     if (count(StateFailed) > 0) {
@@ -53,8 +51,7 @@ CLUSTER_GROUP_STATE StateOf(const Group& group) {
     if (online == 0) {
         return ClusterGroupOffline;
     }
-    return online == static_cast<std::ptrdiff_t>(group.resources.size()) ? ClusterGroupOnline
-                                                                         : ClusterGroupPartialOnline;
+    return online == group.resources.size() ? ClusterGroupOnline : ClusterGroupPartialOnline;
 }
 
 CLUSTER_NODE_STATE StateOf(const Node& node) {

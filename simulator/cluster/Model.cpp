@@ -30,8 +30,13 @@ const ResourceType* Model::FindType(const std::wstring& typeName) const {
 }
 
 Resource* Model::ResourceNamed(const std::wstring& nameOrId) const {
-    const auto found = m_resourcesByName.find(Folded(nameOrId));
-    return found != m_resourcesByName.end() ? &*found->second : ResourceWithId(nameOrId);
+    const std::wstring key = Folded(nameOrId);
+    const auto named = m_resourcesByName.find(key);
+    if (named != m_resourcesByName.end()) {
+        return &*named->second;
+    }
+    const auto identified = m_resourcesById.find(key);
+    return identified != m_resourcesById.end() ? &*identified->second : nullptr;
 }
 
 Resource* Model::ResourceWithId(const std::wstring& id) const {
@@ -82,7 +87,9 @@ Resource* Model::AddResource(const std::wstring& resourceName, const std::wstrin
     resource->id = id;
     resource->type = type;
     resource->group = group;
+    resource->order = m_resourcesMade++;
     group->resources.push_back(&*resource);
+    ++group->resourcesIn[resource->state];
     m_resourcesByName[key] = resource;
     m_resourcesById[idKey] = resource;
     return &*resource;
@@ -107,9 +114,23 @@ void Model::AddBuiltInTypes() {
     }
 }
 
+void Model::SetState(Resource& resource, State state) {
+    if (state == resource.state) {
+        return;
+    }
+    --resource.group->resourcesIn[resource.state];
+    ++resource.group->resourcesIn[state];
+    resource.state = state;
+    isChanged = true;
+}
+
 void Model::Link(Resource& resource, Resource& dependsOn) {
     resource.dependsOn.push_back(&dependsOn);
-    dependsOn.dependants.push_back(&resource);
+    // As a model read from a file has them, so that it does not matter whether this one was.
+    std::vector<Resource*>& dependants = dependsOn.dependants;
+    dependants.insert(std::upper_bound(dependants.begin(), dependants.end(), &resource,
+                                       [](const Resource* a, const Resource* b) { return a->order < b->order; }),
+                      &resource);
 }
 
 void Model::Unlink(Resource& resource, Resource& dependsOn) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <list>
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -64,18 +65,20 @@ struct Group {
     std::wstring name;
     Node* owner = nullptr;
     std::vector<Node*> preferredOwners;
-    std::vector<Resource*> resources; // in creation order
+    std::vector<Resource*> resources;         // in creation order
+    std::map<State, std::size_t> resourcesIn; // how many of them are in a state; kept by Model
 };
 
 struct Resource {
     std::wstring name;
     const ResourceType* type = nullptr;
-    std::wstring id; // GUID text without braces
+    std::wstring id;         // GUID text without braces
+    std::uint64_t order = 0; // among the model's resources
     Group* group = nullptr;
-    State state = StateOffline;
-    std::int64_t dueAt = 0; // of a pending state, in clock milliseconds; 0: it never ends
+    State state = StateOffline; // changed by Model::SetState
+    std::int64_t dueAt = 0;     // of a pending state, in clock milliseconds; 0: it never ends
     std::vector<Resource*> dependsOn;
-    std::vector<Resource*> dependants; // who depends on it: kept by Model::Link and Unlink
+    std::vector<Resource*> dependants; // who depends on it, in the model's order: kept by Model::Link and Unlink
     std::vector<Node*> possibleOwners;
     bool ownersGiven = false; // listed in the model file, and not just all nodes
     PropertySet common;
@@ -111,6 +114,7 @@ public:
     std::list<Group> groups;
     std::list<Resource> resources;
     bool typesGiven = false;
+    bool isChanged = false; // set by every operation that changes something; whoever saves the model clears it
 
     // Look-up without case; null when there is none. A resource is found by name or ID.
     Node* FindNode(const std::wstring& nodeName) const;
@@ -126,6 +130,8 @@ public:
     Resource* AddResource(const std::wstring& resourceName, const std::wstring& id, const ResourceType* type,
                           Group* group); // null when name or ID is taken
     void AddBuiltInTypes();              // those that are not there yet
+
+    void SetState(Resource& resource, State state);
 
     // Make and end a dependency; the rules are the caller's to check.
     static void Link(Resource& resource, Resource& dependsOn);
@@ -157,6 +163,7 @@ private:
     std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesByName;
     std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesById;
     std::vector<Resource*> m_pending;
+    std::uint64_t m_resourcesMade = 0;
 };
 
 } // namespace clussim

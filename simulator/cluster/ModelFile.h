@@ -6,6 +6,8 @@
 
 #include "common/FileLock.h"
 
+#include <optional>
+
 namespace clussim {
 
 class ModelFile {
@@ -16,15 +18,13 @@ public:
         return !m_path.empty();
     }
 
-    // The model, read again when the file has changed. Null when there is no file or it is malformed: the reason is
-    // then told once on standard error and to the debugger.
+    // The model, read again when the file has changed; else this costs one look at its time and size. Null when there
+    // is no file or it is malformed: the reason is then told once on standard error and to the debugger.
     Model* Current();
 
-    // Writes the current model: a new file takes the old one's place. To be called in a turn. The Win32 code.
+    // Writes the current model: a new file takes the old one's place. To be called in a turn. The Win32 code; the model
+    // is forgotten when it cannot be written.
     Code Write();
-
-    // Forgets what was read, so that Current reads again.
-    void Forget();
 
     // Keeps other processes from reading and changing the file.
     common::FileLock& Lock() {
@@ -32,23 +32,26 @@ public:
     }
 
 private:
-    // What tells one version of the file from another.
+    // What tells one version of the file from another, once the file system's clock has gone on.
     struct Stamp {
-        DWORD indexHigh = 0;
-        DWORD indexLow = 0;
-        FILETIME written = {};
-        DWORD size = 0;
+        std::int64_t written = 0; // as in a FILETIME
+        std::uint64_t size = 0;
 
-        bool operator==(const Stamp& other) const;
+        bool operator==(const Stamp& other) const {
+            return written == other.written && size == other.size;
+        }
     };
 
-    Stamp StampOf(const common::Handle& file) const;
+    std::optional<Stamp> StampOfFile() const;
+    void Read();
+    void Forget();
     void Tell(const std::string& message);
 
     std::wstring m_path;
     common::FileLock m_lock;
-    std::unique_ptr<Model> m_model;
-    Stamp m_stamp;
+    std::optional<std::string> m_text; // what was read or written last
+    std::unique_ptr<Model> m_model;    // that text's; null when it is malformed
+    std::optional<Stamp> m_stamp;      // of the file with that text; none while a change might not show in it
     std::string m_told;
 };
 

@@ -10,6 +10,7 @@
 #include <ntsecapi.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace clussim {
 
@@ -60,6 +61,7 @@ Code Model::Create(Group& group, const std::wstring& resourceName, const std::ws
     for (Node& node : nodes) {
         resource->possibleOwners.push_back(&node);
     }
+    isChanged = true;
     return ERROR_SUCCESS;
 }
 
@@ -74,18 +76,18 @@ Code Model::Delete(Resource& resource) {
         Unlink(resource, *resource.dependsOn.back());
     }
     Erase(resource.group->resources, resource);
+    --resource.group->resourcesIn[resource.state];
     Erase(m_pending, resource);
     const auto position = m_resourcesById.at(Folded(resource.id));
     m_resourcesByName.erase(Folded(position->name));
     m_resourcesById.erase(Folded(position->id));
     resources.erase(position);
+    isChanged = true;
     return ERROR_SUCCESS;
 }
 
 void Model::TrackPending(Resource& resource) {
-    if (!Contains(m_pending, resource)) {
-        m_pending.push_back(&resource);
-    }
+    m_pending.push_back(&resource);
 }
 
 Code Model::Online(Resource& resource, std::int64_t now) {
@@ -116,12 +118,12 @@ Code Model::Online(Resource& resource, std::int64_t now) {
         }
     }
     if (waits || resource.onlineMs > 0 || resource.staysPending) {
-        resource.state = StateOnlinePending;
+        SetState(resource, StateOnlinePending);
         resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.onlineMs;
         TrackPending(resource);
         return ERROR_IO_PENDING;
     }
-    resource.state = resource.failsOnline ? StateFailed : StateOnline;
+    SetState(resource, resource.failsOnline ? StateFailed : StateOnline);
     return resource.failsOnline ? static_cast<Code>(ERROR_RESMON_ONLINE_FAILED) : static_cast<Code>(ERROR_SUCCESS);
 }
 
@@ -131,7 +133,7 @@ Code Model::Offline(Resource& resource, std::int64_t now) {
     }
     if (resource.state == StateFailed) {
         if (behaviour.offlineFailed == ERROR_SUCCESS) {
-            resource.state = StateOffline;
+            SetState(resource, StateOffline);
         }
         return behaviour.offlineFailed;
     }
@@ -153,12 +155,12 @@ Code Model::Offline(Resource& resource, std::int64_t now) {
         }
     }
     if (waits || resource.offlineMs > 0 || resource.staysPending) {
-        resource.state = StateOfflinePending;
+        SetState(resource, StateOfflinePending);
         resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.offlineMs;
         TrackPending(resource);
         return ERROR_IO_PENDING;
     }
-    resource.state = StateOffline;
+    SetState(resource, StateOffline);
     return ERROR_SUCCESS;
 }
 
@@ -171,9 +173,9 @@ void Model::Complete(Resource& resource, std::int64_t now) {
             }
             providersOnline = providersOnline && provider->state == StateOnline;
         }
-        resource.state = resource.failsOnline || !providersOnline ? StateFailed : StateOnline;
+        SetState(resource, resource.failsOnline || !providersOnline ? StateFailed : StateOnline);
     } else if (resource.state == StateOfflinePending) {
-        resource.state = StateOffline;
+        SetState(resource, StateOffline);
     }
     resource.dueAt = 0;
 }
@@ -196,15 +198,19 @@ void Model::Settle(std::int64_t now) {
 }
 
 bool Model::DependsOn(const Resource& resource, const Resource& other) {
+    if (other.dependants.empty()) {
+        return false;
+    }
     // Each resource is looked at once: a diamond of dependencies must not multiply the work.
-    std::vector<const Resource*> seen(1, &resource);
-    for (std::size_t i = 0; i < seen.size(); ++i) {
-        for (const Resource* provider : seen[i]->dependsOn) {
+    std::vector<const Resource*> found(1, &resource);
+    std::unordered_set<const Resource*> seen;
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        for (const Resource* provider : found[i]->dependsOn) {
             if (provider == &other) {
                 return true;
             }
-            if (std::find(seen.begin(), seen.end(), provider) == seen.end()) {
-                seen.push_back(provider);
+            if (seen.insert(provider).second) {
+                found.push_back(provider);
             }
         }
     }
@@ -229,6 +235,7 @@ Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
         return ERROR_RESOURCE_ONLINE;
     }
     Link(resource, dependsOn);
+    isChanged = true;
     return ERROR_SUCCESS;
 }
 
@@ -237,6 +244,7 @@ Code Model::RemoveDependency(Resource& resource, Resource& dependsOn) {
         return ERROR_DEPENDENCY_NOT_FOUND;
     }
     Unlink(resource, dependsOn);
+    isChanged = true;
     return ERROR_SUCCESS;
 }
 
@@ -246,6 +254,7 @@ Code Model::AddOwner(Resource& resource, Node& node) {
     }
     resource.possibleOwners.push_back(&node);
     resource.ownersGiven = true;
+    isChanged = true;
     return ERROR_SUCCESS;
 }
 

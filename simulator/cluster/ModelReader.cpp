@@ -91,11 +91,12 @@ void ReadProperties(const Json* json, const std::string& place, PropertySet& pro
         Fail(place, "an object is expected");
     }
     for (const auto& member : json->items()) {
+        const std::string itemPlace = place + "." + member.key();
         const std::wstring name = ToUtf16(member.key());
         if (properties.Find(name)) {
-            Fail(place + "." + member.key(), "the property stands twice");
+            Fail(itemPlace, "the property stands twice");
         }
-        properties.Set(name, ReadProperty(member.value(), place + "." + member.key()));
+        properties.Set(name, ReadProperty(member.value(), itemPlace));
     }
 }
 
@@ -265,9 +266,11 @@ private:
 
     void ReadState(ObjectReader& reader, const std::string& place, Resource& resource) {
         const std::string state = reader.TextOr("state", "Offline");
-        if (!StateByName(state, resource.state)) {
+        State known = StateOffline;
+        if (!StateByName(state, known)) {
             Fail(place + ".state", "there is no state " + state);
         }
+        m_model.SetState(resource, known);
         resource.dueAt = static_cast<std::int64_t>(reader.NumberOr("dueAt", 0, INT64_MAX));
         resource.onlineMs = DwordOr(reader, "onlineMs", 0);
         resource.offlineMs = DwordOr(reader, "offlineMs", 0);

@@ -2,29 +2,37 @@
 
 #include "common/Text.h"
 
+#include <algorithm>
+
 namespace clussim {
 
 using common::Folded;
 
-const PropertyValue* PropertySet::Find(const std::wstring& name) const {
-    const std::wstring wanted = Folded(name);
-    for (const Item& item : m_items) {
-        if (Folded(item.name) == wanted) {
-            return &item.value;
-        }
-    }
-    return nullptr;
+bool PropertyValue::operator==(const PropertyValue& other) const {
+    return kind == other.kind && text == other.text && number == other.number && texts == other.texts &&
+           bytes == other.bytes;
 }
 
-void PropertySet::Set(const std::wstring& name, const PropertyValue& value) {
-    const std::wstring wanted = Folded(name);
-    for (Item& item : m_items) {
-        if (Folded(item.name) == wanted) {
-            item.value = value;
-            return;
-        }
+const PropertyValue* PropertySet::Find(const std::wstring& name) const {
+    const std::wstring key = Folded(name);
+    const auto found =
+        std::find_if(m_items.begin(), m_items.end(), [&key](const Item& item) { return item.key == key; });
+    return found == m_items.end() ? nullptr : &found->value;
+}
+
+bool PropertySet::Set(const std::wstring& name, const PropertyValue& value) {
+    const std::wstring key = Folded(name);
+    const auto found =
+        std::find_if(m_items.begin(), m_items.end(), [&key](const Item& item) { return item.key == key; });
+    if (found == m_items.end()) {
+        m_items.push_back({name, value, key});
+        return true;
     }
-    m_items.push_back({name, value});
+    if (found->value == value) {
+        return false;
+    }
+    found->value = value;
+    return true;
 }
 
 } // namespace clussim

@@ -22,6 +22,8 @@ struct PropertyValue {
     std::uint32_t number = 0;         // Dword
     std::vector<std::wstring> texts;  // MultiSz
     std::vector<unsigned char> bytes; // Binary
+
+    bool operator==(const PropertyValue& other) const;
 };
 
 // Named values in the order they were first set. Names compare without case.
@@ -30,10 +32,13 @@ public:
     struct Item {
         std::wstring name;
         PropertyValue value;
+        std::wstring key; // what the name is compared by
     };
 
     const PropertyValue* Find(const std::wstring& name) const;
-    void Set(const std::wstring& name, const PropertyValue& value);
+
+    // Whether that changed anything.
+    bool Set(const std::wstring& name, const PropertyValue& value);
 
     const std::vector<Item>& Items() const {
         return m_items;

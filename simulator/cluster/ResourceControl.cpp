@@ -41,8 +41,7 @@ PropertyValue TextValue(const std::wstring& text) {
     return value;
 }
 
-// The common properties and what they are before anybody sets them.
-PropertySet CommonDefaults() {
+PropertySet MakeCommonDefaults() {
     PropertySet properties;
     properties.Set(L"Description", TextValue(L""));
     properties.Set(L"DebugPrefix", TextValue(L""));
@@ -58,6 +57,12 @@ PropertySet CommonDefaults() {
     return properties;
 }
 
+// The common properties and what they are before anybody sets them.
+const PropertySet& CommonDefaults() {
+    static const PropertySet defaults = MakeCommonDefaults();
+    return defaults;
+}
+
 PropertySet CommonOf(const Resource& resource) {
     PropertySet properties = CommonDefaults();
     for (const PropertySet::Item& item : resource.common.Items()) {
@@ -67,12 +72,11 @@ PropertySet CommonOf(const Resource& resource) {
 }
 
 bool IsAllowedCommon(const PropertySet::Item& item) {
-    const PropertySet defaults = CommonDefaults();
-    const PropertyValue* known = defaults.Find(item.name);
+    const PropertyValue* known = CommonDefaults().Find(item.name);
     if (!known || known->kind != item.value.kind) {
         return false;
     }
-    return Folded(item.name) != L"RESTARTACTION" || item.value.number <= 2;
+    return item.key != L"RESTARTACTION" || item.value.number <= 2;
 }
 
 bool IsNetworkName(const Resource& resource) {
@@ -129,7 +133,7 @@ Code Read(const Resource& resource, DWORD code, Bytes& bytes) {
     }
 }
 
-Code Set(Resource& resource, DWORD code, const PropertySet& properties) {
+Code Set(Model& model, Resource& resource, DWORD code, const PropertySet& properties) {
     for (const PropertySet::Item& item : properties.Items()) {
         if (code == ControlSetCommon && !IsAllowedCommon(item)) {
             return ERROR_INVALID_PARAMETER;
@@ -137,7 +141,7 @@ Code Set(Resource& resource, DWORD code, const PropertySet& properties) {
     }
     PropertySet& target = code == ControlSetCommon ? resource.common : resource.privateProperties;
     for (const PropertySet::Item& item : properties.Items()) {
-        target.Set(item.name, item.value);
+        model.isChanged = target.Set(item.name, item.value) || model.isChanged;
     }
     return resource.state == StateOnline ? 5024 : ERROR_SUCCESS; // ERROR_RESOURCE_PROPERTIES_STORED
 }
@@ -181,7 +185,7 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
         }
         return finish(call.service().Change([&](Model& changed) {
             const Code stillThere = call.ResourceOf(&changed, handle, resource);
-            return stillThere != ERROR_SUCCESS ? stillThere : Set(*resource, code, properties);
+            return stillThere != ERROR_SUCCESS ? stillThere : Set(changed, *resource, code, properties);
         }));
     }
     Bytes bytes;

@@ -75,18 +75,16 @@ Code Service::Change(const std::function<Code(Model&)>& change) {
     if (!turn) {
         return Running() ? static_cast<Code>(ERROR_SHARING_VIOLATION) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
-    m_file.Forget(); // two writes in one tick of the file system's clock can look alike
     Model* model = Running();
     if (!model) {
         return RPC_S_SERVER_UNAVAILABLE;
     }
-    const std::string before = WriteModel(*model);
+    model->isChanged = false; // a completed transition alone is not worth a write: everybody completes it
     const Code code = change(*model);
-    if (WriteModel(*model) == before) {
+    if (!model->isChanged) {
         return code;
     }
     const Code written = m_file.Write();
-    m_file.Forget();
     return written != ERROR_SUCCESS ? written : code;
 }
 
