@@ -6,7 +6,9 @@
 
 #include "common/Text.h"
 
+#include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -18,11 +20,18 @@ const Columns ClusterTitles = {
     {"nodes", "Nodes"},
 };
 
+const Columns NodeColumns = {{"name", "NAME"}, {"state", "STATE"}};
+
 const Columns GroupColumns = {{"name", "NAME"}, {"owner", "OWNER"}, {"state", "STATE"}, {"resources", "RESOURCES"}};
 
 const Columns GroupTitles = {
-    {"name", "Group"},        {"owner", "Owner"}, {"state", "State"}, {"resources", "Number of resources"},
-    {"members", "Resources"}, {"disks", "Disks"},
+    {"name", "Group"},
+    {"owner", "Owner"},
+    {"ownerState", "Owner is"},
+    {"state", "State"},
+    {"resources", "Number of resources"},
+    {"members", "Resources"},
+    {"disks", "Disks"},
 };
 
 const Columns ResourceColumns = {
@@ -39,31 +48,83 @@ struct ResourceOptions {
     std::wstring type;
     std::wstring group;
     bool detail = false;
+    bool showSecrets = false;
 };
+
+// Why the resource that carries the cluster's name was not found.
+void TellNameResourceMissing(const CCluster& cluster, const std::wstring& clusterName, Report& report) {
+    const size_t before = report.Warnings().size();
+    for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
+        ReadResource(cluster, name, ResourceParts::Line, report);
+    }
+    if (report.Warnings().size() == before) {
+        report.MarkIncomplete("no network name resource that can be read carries the cluster's name " +
+                              Quoted(clusterName));
+    }
+}
 
 Report Cluster() {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    std::wstring name;
-    std::wstring id;
-    if (!CCluster::GetClusterNameResourceGUID(name, id)) {
-        throw Failure("cannot read the cluster's name and the ID of the resource that carries it");
-    }
-    Json record;
-    record["name"] = name;
-    record["nameResourceId"] = id;
-    record["nodes"] = ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE);
     Report report;
+    Json record;
+    const std::wstring name = ReadClusterName(cluster);
+    record["name"] = name;
+    CClusterResource nameResource;
+    const wchar_t* id = cluster.OpenNetworkNameResourceByNetworkName(nameResource, name.c_str())
+                            ? nameResource.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false)
+                            : nullptr;
+    record["nameResourceId"] = id == nullptr ? Json() : Json(id);
+    if (id == nullptr) {
+        TellNameResourceMissing(cluster, name, report);
+    }
+    record["nodes"] = ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE);
     report.AddRecord("cluster", record, ClusterTitles);
     return report;
 }
 
-void RequireGroup(const CCluster& cluster, CClusterGroup& group, const std::wstring& name) {
-    if (!cluster.OpenGroupByName(group, name.c_str())) {
-        throw Failure(KindOfCode(GetLastError(), Errors::GroupNotFound),
-                      "there is no group " + Quoted(name) + " that can be opened");
-    }
+Report Nodes() {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    Report report;
+    report.AddTable("nodes", ReadNodes(cluster, report), NodeColumns, "The cluster has no node.");
+    return report;
 }
+
+// Marks objects that belong to a node which is not up: that is what the cluster remembers, not what is.
+class OwnerStates {
+public:
+    OwnerStates(const CCluster& cluster, Report& report) : m_nodes(ReadNodes(cluster, report)), m_report(report) {
+    }
+
+    // `group` is the name of the record's group.
+    void Mark(Json& record, const Json& group) {
+        record["ownerState"] = StateOf(record["owner"]);
+        const Json& state = record["ownerState"];
+        if (state.is_null() || state == "up" || state == "unknown" || std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
+            return;
+        }
+        m_told.push_back(group);
+        m_report.AddWarning("the group " + Quoted(group.get<std::string>()) + " is said to be on the node " +
+                            Quoted(record["owner"].get<std::string>()) +
+                            ", which is not up: " + state.get<std::string>());
+    }
+
+private:
+    Json StateOf(const Json& owner) const {
+        for (const Json& node : m_nodes) {
+            if (owner.is_string() && common::Folded(common::ToUtf16(node["name"].get<std::string>())) ==
+                                         common::Folded(common::ToUtf16(owner.get<std::string>()))) {
+                return node["state"];
+            }
+        }
+        return Json();
+    }
+
+    const Json m_nodes;
+    std::vector<Json> m_told;
+    Report& m_report;
+};
 
 // The name as the cluster writes it; the caller's letter case may differ.
 std::wstring StoredName(const Names& names, const std::wstring& wanted) {
@@ -82,16 +143,18 @@ Report Groups(const GroupOptions& options) {
     if (options.name.empty()) {
         names = ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP);
     } else {
-        CClusterGroup group;
-        RequireGroup(cluster, group, options.name);
+        RequireGroup(cluster, options.name);
         names.push_back(StoredName(ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP), options.name));
     }
     const bool detail = options.detail || !options.name.empty();
+    Report report;
+    OwnerStates owners(cluster, report);
     Json records = Json::array();
     for (const std::wstring& name : names) {
-        records.push_back(ReadGroup(cluster, name, detail));
+        Json record = ReadGroup(cluster, name, detail, report);
+        owners.Mark(record, record["name"]);
+        records.push_back(record);
     }
-    Report report;
     if (detail) {
         report.AddRecords("groups", records, GroupTitles, "The cluster has no group.");
     } else {
@@ -100,30 +163,23 @@ Report Groups(const GroupOptions& options) {
     return report;
 }
 
-Names SelectResources(CCluster& cluster, const ResourceOptions& options) {
+Names ListMembers(const CCluster& cluster, const std::wstring& groupName) {
+    const GroupHandle group = RequireGroup(cluster, groupName);
     Names names;
-    const std::wstring& type = options.type;
-    bool isDone = false;
-    if (!options.name.empty()) {
-        CClusterResource resource;
-        RequireResource(cluster, resource, options.name);
-        names.push_back(options.name);
-        return names;
-    }
-    if (!options.group.empty()) {
-        CClusterGroup group;
-        RequireGroup(cluster, group, options.group);
-        isDone = type.empty() ? group.EnumResourceNamesInGroup(names)
-                              : group.EnumResourceNamesInGroupByType(cluster, names, type.c_str());
-    } else if (!type.empty()) {
-        isDone = cluster.EnumResourceNamesByType(type.c_str(), names);
-    } else {
-        return ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
-    }
-    if (!isDone) {
-        throw Failure("cannot list the resources");
+    const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, names);
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
     }
     return names;
+}
+
+Names SelectResources(const CCluster& cluster, const ResourceOptions& options) {
+    if (!options.name.empty()) {
+        RequireResource(cluster, options.name);
+        return Names(1, options.name);
+    }
+    return options.group.empty() ? ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)
+                                 : ListMembers(cluster, options.group);
 }
 
 std::string NoResourceSentence(const ResourceOptions& options) {
@@ -132,15 +188,29 @@ std::string NoResourceSentence(const ResourceOptions& options) {
     return sentence + (options.type.empty() ? "." : " of the type " + Quoted(options.type) + ".");
 }
 
+// Whether a resource is of the wanted type. One whose type cannot be read may be: the report tells of it, the list does
+// not show it.
+bool IsWanted(const CCluster& cluster, const std::wstring& name, const std::wstring& type, Report& report) {
+    return type.empty() || ReadResourceType(cluster, name, report) == Json(type);
+}
+
 Report Resources(const ResourceOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     const bool detail = options.detail || !options.name.empty();
+    const ResourceParts parts = !detail               ? ResourceParts::Line
+                                : options.showSecrets ? ResourceParts::DetailWithSecrets
+                                                      : ResourceParts::Detail;
+    Report report;
+    OwnerStates owners(cluster, report);
     Json records = Json::array();
     for (const std::wstring& name : SelectResources(cluster, options)) {
-        records.push_back(ReadResource(cluster, name, detail));
+        if (IsWanted(cluster, name, options.type, report)) {
+            Json record = ReadResource(cluster, name, parts, report);
+            owners.Mark(record, record["group"]);
+            records.push_back(record);
+        }
     }
-    Report report;
     if (detail) {
         report.AddRecords("resources", records, ResourceTitles(), NoResourceSentence(options));
     } else {
@@ -154,6 +224,9 @@ Report Resources(const ResourceOptions& options) {
 void AddClusterCommands(CommandLine& commandLine) {
     commandLine.Add(Heading, "cluster", "Show the cluster's name and nodes",
                     [](const LogCapture&) { return Cluster(); });
+
+    commandLine.Add(Heading, "nodes", "List the cluster's nodes with their states",
+                    [](const LogCapture&) { return Nodes(); });
 
     const auto groupOptions = std::make_shared<GroupOptions>();
     CLI::App& groups = commandLine.Add(Heading, "groups", "List the cluster's groups, or show one",
@@ -169,4 +242,6 @@ void AddClusterCommands(CommandLine& commandLine) {
         .excludes(&name);
     CommandLine::AddText(resources, "--group", options->group, "GROUP", "Only resources of this group").excludes(&name);
     resources.add_flag("--detail", options->detail, "Show each resource in detail");
+    resources.add_flag("--show-secrets", options->showSecrets,
+                       "Show passwords, secrets, keys and tokens among the private properties");
 }

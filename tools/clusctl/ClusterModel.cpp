@@ -41,22 +41,6 @@ Placement ReadPlacement(HRESOURCE resource, const std::wstring& name) {
     }
 }
 
-// Unlike the library's class, without a limit to the name.
-std::wstring ReadClusterName(const CCluster& cluster) {
-    std::vector<wchar_t> name(64);
-    for (;;) {
-        auto length = static_cast<DWORD>(name.size());
-        const DWORD code = GetClusterInformation(cluster.GetHandle(), name.data(), &length, nullptr);
-        if (code == ERROR_SUCCESS) {
-            return name.data();
-        }
-        if (code != ERROR_MORE_DATA || length < name.size()) {
-            throw Failure::OfCode("cannot read the cluster's name", code);
-        }
-        name.resize(length + 1);
-    }
-}
-
 // Reads the open cluster, object by object, in the cluster's order.
 class ModelReader {
 public:

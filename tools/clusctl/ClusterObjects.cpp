@@ -10,33 +10,65 @@
 
 namespace {
 
-// Null when the cluster does not give it. One that is there and empty stays a text.
-Json SystemProperty(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id) {
-    const wchar_t* text = resource.GetSystemStringProperty(id, false);
-    return text == nullptr ? Json() : Json(text);
+// Null, and said, when the cluster does not give it. One that is there and empty stays a text.
+Json ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
+    std::vector<unsigned char> answer;
+    DWORD code = 0;
+    if (!QueryResource(resource, controlCode, answer, code)) {
+        MarkUnread(report, what, code);
+        return Json();
+    }
+    std::wstring text(answer.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(&text[0], answer.data(), text.size() * sizeof(wchar_t));
+    return text.substr(0, text.find(L'\0'));
 }
 
-Json RelatedNames(const CClusterResource& resource, DWORD enumType) {
+// Null when a list was not read; what was read of it is no list.
+Json NamesOrNull(DWORD code, const Names& names, const std::string& what, Report& report) {
+    if (code == ERROR_SUCCESS) {
+        return Json(names);
+    }
+    MarkUnread(report, what, code);
+    return Json();
+}
+
+Json RelatedNames(HRESOURCE resource, DWORD kind, const std::string& what, Report& report) {
     Names names;
-    return resource.EnumNames(enumType, names) ? Json(names) : Json();
+    const DWORD code = ListRelated(resource, kind, names);
+    return NamesOrNull(code, names, what, report);
 }
 
-// A disk without a partition gives the head of its disk information instead of a device name.
-Json DiskDevice(CClusterResource& resource) {
-    const wchar_t* device = resource.GetSystemStringProperty(CClusterResource::RES_PROP_DISK_DEVICE, false);
-    return device == nullptr || device[0] < L' ' ? Json() : Json(device);
+// The device name of the first partition. Null also of a storage that is no disk.
+Json ReadDiskDevice(HRESOURCE resource, const std::string& what, Report& report) {
+    std::vector<unsigned char> list;
+    DWORD code = 0;
+    if (!QueryResource(resource, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, list, code)) {
+        if (code != ERROR_INVALID_FUNCTION) {
+            MarkUnread(report, what, code);
+        }
+        return Json();
+    }
+    try {
+        const Json partitions = DiskJson(list)["partitions"];
+        return partitions.empty() ? Json() : partitions[0]["device"];
+    } catch (const Failure& malformed) {
+        report.MarkIncomplete(what + ": " + malformed.what());
+        return Json();
+    }
 }
 
-// Null when the resource does not give them, or in a form that makes no sense.
-Json ReadProperties(HRESOURCE resource, DWORD controlCode) {
+// Null, and said, when the resource does not give them, or in a form that makes no sense.
+Json ReadProperties(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
     std::vector<unsigned char> list;
     DWORD code = 0;
     if (!QueryResource(resource, controlCode, list, code)) {
+        MarkUnread(report, what, code);
         return Json();
     }
     try {
         return PropertiesJson(list);
-    } catch (const Failure&) {
+    } catch (const Failure& malformed) {
+        report.MarkIncomplete(what + ": " + malformed.what());
         return Json();
     }
 }
@@ -54,29 +86,103 @@ Json RestartMeaning(const Json& action) {
     return action.is_null() ? Json() : Json("unknown");
 }
 
-void ReadProperties(HRESOURCE resource, Json& record) {
-    const Json common = ReadProperties(resource, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES);
+void ReadResourceDetail(HRESOURCE resource, ResourceParts parts, Json& record, Report& report) {
+    const std::string of = " of " + Quoted(record["name"].get<std::string>());
+    const Json storedName =
+        ReadText(resource, CLUSCTL_RESOURCE_GET_NAME, "cannot read the name as it is stored" + of, report);
+    if (!storedName.is_null()) {
+        record["name"] = storedName; // the caller's letter case may differ
+    }
+    record["id"] = ReadText(resource, CLUSCTL_RESOURCE_GET_ID, "cannot read the ID" + of, report);
+    record["dependsOn"] =
+        RelatedNames(resource, CLUSTER_RESOURCE_ENUM_DEPENDS, "cannot list the dependencies" + of, report);
+    record["dependants"] =
+        RelatedNames(resource, CLUSTER_RESOURCE_ENUM_PROVIDES, "cannot list the dependants" + of, report);
+    record["possibleOwners"] =
+        RelatedNames(resource, CLUSTER_RESOURCE_ENUM_NODES, "cannot list the possible owners" + of, report);
+    const Json common = ReadProperties(resource, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES,
+                                       "cannot read the common properties" + of, report);
     const bool hasAction = common.is_object() && common.contains("RestartAction");
     record["restartAction"] = hasAction ? common["RestartAction"] : Json();
     record["restartMeaning"] = RestartMeaning(record["restartAction"]);
-    record["privateProperties"] = ReadProperties(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES);
+    Json properties = ReadProperties(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES,
+                                     "cannot read the private properties" + of, report);
+    if (parts != ResourceParts::DetailWithSecrets) {
+        MaskSecretProperties(properties);
+    }
+    record["privateProperties"] = properties;
+    if (record["type"] == Json(NetworkNameType)) {
+        record["networkName"] =
+            ReadText(resource, CLUSCTL_RESOURCE_GET_NETWORK_NAME, "cannot read the network name" + of, report);
+    }
+    DWORD resourceClass = CLUS_RESCLASS_UNKNOWN;
+    const DWORD code = ReadResourceClass(resource, resourceClass);
+    if (code != ERROR_SUCCESS) {
+        MarkUnread(report, "cannot tell whether it is a disk" + of, code);
+    } else if (resourceClass == CLUS_RESCLASS_STORAGE) {
+        record["diskDevice"] = ReadDiskDevice(resource, "cannot read the disk information" + of, report);
+    }
 }
 
-void ReadResourceDetail(CClusterResource& resource, Json& record) {
-    record["id"] = SystemProperty(resource, CClusterResource::RES_PROP_GUID);
-    record["dependsOn"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_DEPENDS);
-    record["dependants"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_PROVIDES);
-    record["possibleOwners"] = RelatedNames(resource, CLUSTER_RESOURCE_ENUM_NODES);
-    ReadProperties(resource.GetResourceHandle(), record);
-    if (record["type"] == Json(NetworkNameType)) {
-        record["networkName"] = SystemProperty(resource, CClusterResource::RES_PROP_NETWORK_NAME);
+// Reads names one by one until there are no more. The code of the one that could not be read.
+template <typename Read> DWORD ReadNames(const Read& read, Names& names) {
+    std::vector<wchar_t> name(64);
+    for (DWORD i = 0;;) {
+        auto length = static_cast<DWORD>(name.size());
+        const DWORD code = read(i, name.data(), &length);
+        if (code == ERROR_SUCCESS) {
+            names.push_back(name.data());
+            ++i;
+        } else if (code == ERROR_MORE_DATA && length >= name.size()) {
+            name.resize(length + 1);
+        } else {
+            return code == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : code;
+        }
     }
-    if (ResourceClass(resource.GetResourceHandle()) == CLUS_RESCLASS_STORAGE) {
-        record["diskDevice"] = DiskDevice(resource);
+}
+
+struct ObjectKind {
+    CCluster::CCLUSTER_OBJ_ENUM kind;
+    DWORD mask;
+    const char* plural;
+};
+
+const ObjectKind ObjectKinds[] = {
+    {CCluster::CCLUSTER_OBJ_RESOURCE, CLUSTER_ENUM_RESOURCE, "resources"},
+    {CCluster::CCLUSTER_OBJ_NODE, CLUSTER_ENUM_NODE, "nodes"},
+    {CCluster::CCLUSTER_OBJ_GROUP, CLUSTER_ENUM_GROUP, "groups"},
+};
+
+const ObjectKind& Find(CCluster::CCLUSTER_OBJ_ENUM kind) {
+    for (const ObjectKind& known : ObjectKinds) {
+        if (known.kind == kind) {
+            return known;
+        }
     }
+    throw Failure("there is no such kind of object");
+}
+
+// The storage resources among the members of a group.
+Json ReadDisks(const CCluster& cluster, const Names& members, Report& report) {
+    Json disks = Json::array();
+    for (const std::wstring& name : members) {
+        const ResourceHandle resource = OpenResource(cluster, name);
+        DWORD resourceClass = CLUS_RESCLASS_UNKNOWN;
+        const DWORD code = resource ? ReadResourceClass(resource.get(), resourceClass) : GetLastError();
+        if (code != ERROR_SUCCESS) {
+            MarkUnread(report, "cannot tell whether " + Quoted(name) + " is a disk", code);
+        } else if (resourceClass == CLUS_RESCLASS_STORAGE) {
+            disks.push_back(name);
+        }
+    }
+    return disks;
 }
 
 } // namespace
+
+void MarkUnread(Report& report, const std::string& what, DWORD code) {
+    report.MarkIncomplete(code == ERROR_SUCCESS ? what : what + ": " + ErrorText(code));
+}
 
 const Columns& ResourceTitles() {
     static const Columns titles = {
@@ -84,6 +190,7 @@ const Columns& ResourceTitles() {
         {"type", "Type"},
         {"group", "Group"},
         {"owner", "Owner"},
+        {"ownerState", "Owner is"},
         {"state", "State"},
         {"id", "ID"},
         {"dependsOn", "Depends on"},
@@ -102,6 +209,7 @@ CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
     std::vector<wchar_t> node(64);
     for (;;) {
         auto length = static_cast<DWORD>(node.size());
+        SetLastError(ERROR_SUCCESS); // of a group whose state the cluster itself does not know
         const CLUSTER_GROUP_STATE state = GetClusterGroupState(group, node.data(), &length);
         if (state != ClusterGroupStateUnknown) {
             owner = node.data();
@@ -114,27 +222,55 @@ CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
     }
 }
 
-bool ListPreferredOwners(HGROUP group, Names& names) {
-    const HGROUPENUM list = ClusterGroupOpenEnum(group, CLUSTER_GROUP_ENUM_NODES);
-    if (list == nullptr) {
-        return false;
-    }
-    std::vector<wchar_t> name(64);
-    DWORD code = ERROR_SUCCESS;
-    for (DWORD i = 0; code == ERROR_SUCCESS;) {
-        DWORD type = 0;
-        auto length = static_cast<DWORD>(name.size());
-        code = ClusterGroupEnum(list, i, &type, name.data(), &length);
-        if (code == ERROR_SUCCESS) {
-            names.push_back(name.data());
-            ++i;
-        } else if (code == ERROR_MORE_DATA && length >= name.size()) {
-            name.resize(length + 1);
-            code = ERROR_SUCCESS;
+CLUSTER_RESOURCE_STATE ReadResourceState(HRESOURCE resource, std::wstring& owner, std::wstring& group) {
+    std::vector<wchar_t> node(64);
+    std::vector<wchar_t> groupName(256);
+    for (;;) {
+        auto nodeLength = static_cast<DWORD>(node.size());
+        auto groupLength = static_cast<DWORD>(groupName.size());
+        SetLastError(ERROR_SUCCESS);
+        const CLUSTER_RESOURCE_STATE state =
+            GetClusterResourceState(resource, node.data(), &nodeLength, groupName.data(), &groupLength);
+        if (state != ClusterResourceStateUnknown) {
+            owner = node.data();
+            group = groupName.data();
+            return state;
         }
+        if (GetLastError() != ERROR_MORE_DATA || (nodeLength < node.size() && groupLength < groupName.size())) {
+            return state;
+        }
+        node.resize(nodeLength + 1);
+        groupName.resize(groupLength + 1);
     }
+}
+
+DWORD ListInGroup(HGROUP group, DWORD kind, Names& names) {
+    const HGROUPENUM list = ClusterGroupOpenEnum(group, kind);
+    if (list == nullptr) {
+        return GetLastError();
+    }
+    DWORD type = 0;
+    const DWORD code = ReadNames(
+        [&](DWORD i, wchar_t* name, DWORD* length) { return ClusterGroupEnum(list, i, &type, name, length); }, names);
     ClusterGroupCloseEnum(list);
-    return code == ERROR_NO_MORE_ITEMS;
+    return code;
+}
+
+bool ListPreferredOwners(HGROUP group, Names& names) {
+    return ListInGroup(group, CLUSTER_GROUP_ENUM_NODES, names) == ERROR_SUCCESS;
+}
+
+DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names) {
+    const HRESENUM list = ClusterResourceOpenEnum(resource, kind);
+    if (list == nullptr) {
+        return GetLastError();
+    }
+    DWORD type = 0;
+    const DWORD code = ReadNames(
+        [&](DWORD i, wchar_t* name, DWORD* length) { return ClusterResourceEnum(list, i, &type, name, length); },
+        names);
+    ClusterResourceCloseEnum(list);
+    return code;
 }
 
 void OpenLocalCluster(CCluster& cluster) {
@@ -145,17 +281,51 @@ void OpenLocalCluster(CCluster& cluster) {
     }
 }
 
-void RequireResource(const CCluster& cluster, CClusterResource& resource, const std::wstring& name) {
-    if (!cluster.OpenResourceByName(resource, name.c_str())) {
-        throw Failure(KindOfCode(GetLastError(), Errors::ResourceNotFound),
-                      "there is no resource " + Quoted(name) + " that can be opened");
+ResourceHandle OpenResource(const CCluster& cluster, const std::wstring& name) {
+    return ResourceHandle(OpenClusterResource(cluster.GetHandle(), name.c_str()));
+}
+
+GroupHandle OpenGroup(const CCluster& cluster, const std::wstring& name) {
+    return GroupHandle(OpenClusterGroup(cluster.GetHandle(), name.c_str()));
+}
+
+NodeHandle OpenNode(const CCluster& cluster, const std::wstring& name) {
+    return NodeHandle(OpenClusterNode(cluster.GetHandle(), name.c_str()));
+}
+
+ResourceHandle RequireResource(const CCluster& cluster, const std::wstring& name) {
+    ResourceHandle resource = OpenResource(cluster, name);
+    if (!resource) {
+        throw Failure::OfCode("there is no resource " + Quoted(name) + " that can be opened", GetLastError(),
+                              Errors::ResourceNotFound);
     }
+    return resource;
+}
+
+GroupHandle RequireGroup(const CCluster& cluster, const std::wstring& name) {
+    GroupHandle group = OpenGroup(cluster, name);
+    if (!group) {
+        throw Failure::OfCode("there is no group " + Quoted(name) + " that can be opened", GetLastError(),
+                              Errors::GroupNotFound);
+    }
+    return group;
 }
 
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
+    const ObjectKind& known = Find(kind);
     Names names;
-    if (!cluster.EnumNames(kind, names)) {
-        throw Failure(Errors::Incomplete, "cannot list the cluster's objects");
+    DWORD code = ERROR_SUCCESS;
+    const HCLUSENUM list = ClusterOpenEnum(cluster.GetHandle(), known.mask);
+    if (list == nullptr) {
+        code = GetLastError();
+    } else {
+        DWORD type = 0;
+        code = ReadNames(
+            [&](DWORD i, wchar_t* name, DWORD* length) { return ClusterEnum(list, i, &type, name, length); }, names);
+        ClusterCloseEnum(list);
+    }
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode(std::string("cannot list the cluster's ") + known.plural, code, Errors::Incomplete);
     }
     return names;
 }
@@ -175,70 +345,119 @@ bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned c
     }
 }
 
-DWORD ResourceClass(HRESOURCE resource) {
+DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass) {
     std::vector<unsigned char> answer;
     DWORD code = 0;
-    DWORD result = CLUS_RESCLASS_UNKNOWN;
-    if (QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code) && answer.size() >= sizeof(result)) {
-        std::memcpy(&result, answer.data(), sizeof(result));
+    if (QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code) &&
+        answer.size() >= sizeof(resourceClass)) {
+        std::memcpy(&resourceClass, answer.data(), sizeof(resourceClass));
     }
+    return code;
+}
+
+DWORD ResourceClass(HRESOURCE resource) {
+    DWORD result = CLUS_RESCLASS_UNKNOWN;
+    ReadResourceClass(resource, result);
     return result;
 }
 
-Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail) {
+std::wstring ReadClusterName(const CCluster& cluster) {
+    std::vector<wchar_t> name(64);
+    for (;;) {
+        auto length = static_cast<DWORD>(name.size());
+        const DWORD code = GetClusterInformation(cluster.GetHandle(), name.data(), &length, nullptr);
+        if (code == ERROR_SUCCESS) {
+            return name.data();
+        }
+        if (code != ERROR_MORE_DATA || length < name.size()) {
+            throw Failure::OfCode("cannot read the cluster's name", code);
+        }
+        name.resize(length + 1);
+    }
+}
+
+Json ReadResource(const CCluster& cluster, const std::wstring& name, ResourceParts parts, Report& report) {
     Json record;
     record["name"] = name;
     record["type"] = nullptr;
     record["group"] = nullptr;
     record["owner"] = nullptr;
     record["state"] = "unknown";
-    CClusterResource resource;
-    if (!cluster.OpenResourceByName(resource, name.c_str())) {
+    const ResourceHandle resource = OpenResource(cluster, name);
+    if (!resource) {
+        MarkUnread(report, "cannot open the resource " + Quoted(name), GetLastError());
         return record;
     }
-    record["type"] = SystemProperty(resource, CClusterResource::RES_PROP_TYPE);
+    const HRESOURCE handle = resource.get();
+    record["type"] =
+        ReadText(handle, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name), report);
     std::wstring owner;
     std::wstring group;
-    const CClusterResource::RES_STATE state = resource.GetResourceState(&owner, &group);
-    if (state != CClusterResource::RES_STATE_UNKNOWN) {
+    const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle, owner, group);
+    if (state == ClusterResourceStateUnknown) {
+        MarkUnread(report, "cannot read the state of " + Quoted(name), GetLastError());
+    } else {
         record["group"] = group;
         record["owner"] = owner;
         record["state"] = StateWord(state);
     }
-    if (detail) {
-        const Json storedName = SystemProperty(resource, CClusterResource::RES_PROP_NAME);
-        if (!storedName.is_null()) {
-            record["name"] = storedName; // the caller's letter case may differ
-        }
-        ReadResourceDetail(resource, record);
+    if (parts != ResourceParts::Line) {
+        ReadResourceDetail(handle, parts, record, report);
     }
     return record;
 }
 
-Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail) {
+Json ReadResourceType(const CCluster& cluster, const std::wstring& name, Report& report) {
+    const ResourceHandle resource = OpenResource(cluster, name);
+    if (!resource) {
+        MarkUnread(report, "cannot open the resource " + Quoted(name), GetLastError());
+        return Json();
+    }
+    return ReadText(resource.get(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name),
+                    report);
+}
+
+Json ReadGroup(const CCluster& cluster, const std::wstring& name, bool detail, Report& report) {
     Json record;
     record["name"] = name;
     record["owner"] = nullptr;
     record["state"] = "unknown";
     record["resources"] = nullptr;
-    CClusterGroup group;
-    if (!cluster.OpenGroupByName(group, name.c_str())) {
+    const GroupHandle group = OpenGroup(cluster, name);
+    if (!group) {
+        MarkUnread(report, "cannot open the group " + Quoted(name), GetLastError());
         return record;
     }
     std::wstring owner;
-    const CLUSTER_GROUP_STATE state = ReadGroupState(group.GetGroupHandle(), owner);
-    if (state != ClusterGroupStateUnknown) {
+    const CLUSTER_GROUP_STATE state = ReadGroupState(group.get(), owner);
+    if (state == ClusterGroupStateUnknown) {
+        MarkUnread(report, "cannot read the state of the group " + Quoted(name), GetLastError());
+    } else {
         record["owner"] = owner;
     }
     record["state"] = StateWord(state);
     Names members;
-    if (group.EnumResourceNamesInGroup(members)) {
-        record["resources"] = members.size();
-    }
+    const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, members);
+    const Json list = NamesOrNull(code, members, "cannot list the resources of the group " + Quoted(name), report);
+    record["resources"] = list.is_null() ? Json() : Json(list.size());
     if (detail) {
-        record["members"] = members;
-        Names disks;
-        record["disks"] = group.EnumStorageResourceNamesInGroup(cluster, disks) ? Json(disks) : Json();
+        record["members"] = list;
+        record["disks"] = list.is_null() ? Json() : ReadDisks(cluster, members, report);
     }
     return record;
+}
+
+Json ReadNodes(const CCluster& cluster, Report& report) {
+    Json records = Json::array();
+    for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_NODE)) {
+        Json record = {{"name", name}, {"state", "unknown"}};
+        const NodeHandle node = OpenNode(cluster, name);
+        const CLUSTER_NODE_STATE state = node ? GetClusterNodeState(node.get()) : ClusterNodeStateUnknown;
+        if (state == ClusterNodeStateUnknown) {
+            MarkUnread(report, "cannot read the state of the node " + Quoted(name), GetLastError());
+        }
+        record["state"] = StateWord(state);
+        records.push_back(record);
+    }
+    return records;
 }

@@ -6,40 +6,95 @@
 #include "Report.h"
 
 #include <list>
+#include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 typedef std::list<std::wstring> Names;
 
+struct HandleCloser {
+    void operator()(HRESOURCE handle) const {
+        CloseClusterResource(handle);
+    }
+    void operator()(HGROUP handle) const {
+        CloseClusterGroup(handle);
+    }
+    void operator()(HNODE handle) const {
+        CloseClusterNode(handle);
+    }
+};
+
+typedef std::unique_ptr<std::remove_pointer<HRESOURCE>::type, HandleCloser> ResourceHandle;
+typedef std::unique_ptr<std::remove_pointer<HGROUP>::type, HandleCloser> GroupHandle;
+typedef std::unique_ptr<std::remove_pointer<HNODE>::type, HandleCloser> NodeHandle;
+
+// Marks the report incomplete; `what` is what could not be done. With the meaning of the code unless it is 0.
+void MarkUnread(Report& report, const std::string& what, DWORD code);
+
 // Throws Failure, with the system's reason, when the local cluster cannot be opened.
 void OpenLocalCluster(CCluster& cluster);
 
-// Throws Failure when there is none of that name, or it cannot be opened.
-void RequireResource(const CCluster& cluster, CClusterResource& resource, const std::wstring& name);
+// Null, with the reason as last error, when it cannot be opened. Unlike the library's classes, nothing is logged: a log
+// may change the last error.
+ResourceHandle OpenResource(const CCluster& cluster, const std::wstring& name);
+GroupHandle OpenGroup(const CCluster& cluster, const std::wstring& name);
+NodeHandle OpenNode(const CCluster& cluster, const std::wstring& name);
+
+// The same. Throw Failure when there is none of that name, or it cannot be opened.
+ResourceHandle RequireResource(const CCluster& cluster, const std::wstring& name);
+GroupHandle RequireGroup(const CCluster& cluster, const std::wstring& name);
 
 // All names of one kind, in the cluster's order. Throws Failure when they cannot be listed.
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind);
 
+// The cluster's name, however long. Throws Failure.
+std::wstring ReadClusterName(const CCluster& cluster);
+
 // The whole answer of a control code to a resource. False when the resource refuses; `code` then holds the reason.
 bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
 
-// CLUSCTL_RESOURCE_GET_CLASS_INFO; class unknown (0) when it cannot be read.
+// CLUSCTL_RESOURCE_GET_CLASS_INFO. The Win32 code; `resourceClass` is untouched on failure.
+DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass);
+
+// The same; class unknown (0) when it cannot be read.
 DWORD ResourceClass(HRESOURCE resource);
+
+// However long the names. ClusterResourceStateUnknown, with the reason as last error, when it cannot be read; the names
+// are untouched then.
+CLUSTER_RESOURCE_STATE ReadResourceState(HRESOURCE resource, std::wstring& owner, std::wstring& group);
 
 // ClusterGroupStateUnknown, with the reason as last error, when it cannot be read; `owner` is untouched then.
 CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner);
 
+// Append the names of one kind (CLUSTER_GROUP_ENUM_..., CLUSTER_RESOURCE_ENUM_...). The Win32 code; not all names are
+// there when it is a failure.
+DWORD ListInGroup(HGROUP group, DWORD kind, Names& names);
+DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names);
+
 // Appends the nodes that a group prefers. False when they cannot be listed.
 bool ListPreferredOwners(HGROUP group, Names& names);
 
-// name, type, group, owner, state; with `detail` also id, dependsOn, dependants, possibleOwners, restartAction,
-// restartMeaning, privateProperties, networkName, diskDevice. What cannot be read is null.
-Json ReadResource(const CCluster& cluster, const std::wstring& name, bool detail);
+// How much to read of a resource.
+enum class ResourceParts {
+    Line,             // name, type, group, owner, state
+    Detail,           // besides id, dependsOn, dependants, possibleOwners, restartAction, restartMeaning,
+                      // privateProperties (secrets masked), networkName, diskDevice
+    DetailWithSecrets // with secrets as they are
+};
+
+// What cannot be read is null, and marks the report incomplete. So of the following.
+Json ReadResource(const CCluster& cluster, const std::wstring& name, ResourceParts parts, Report& report);
+
+Json ReadResourceType(const CCluster& cluster, const std::wstring& name, Report& report);
 
 // The titles of a resource in detail.
 const Columns& ResourceTitles();
 
 // name, owner, state, resources (their number); with `detail` also members and disks.
-Json ReadGroup(CCluster& cluster, const std::wstring& name, bool detail);
+Json ReadGroup(const CCluster& cluster, const std::wstring& name, bool detail, Report& report);
+
+// name and state ("up", "down", "paused", "joining", "unknown") of each node.
+Json ReadNodes(const CCluster& cluster, Report& report);
 
 #endif

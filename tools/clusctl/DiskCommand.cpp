@@ -13,10 +13,9 @@ const char Heading[] = "The cluster";
 Report Disk(const std::wstring& resourceName) {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    CClusterResource resource;
-    RequireResource(cluster, resource, resourceName);
+    const ResourceHandle resource = RequireResource(cluster, resourceName);
     std::vector<std::wstring> paths;
-    if (!GetDiskLettersFromResource(resource.GetResourceHandle(), paths)) {
+    if (!GetDiskLettersFromResource(resource.get(), paths)) {
         throw Failure("cannot read the disk information of " + Quoted(resourceName));
     }
     Json records = Json::array();

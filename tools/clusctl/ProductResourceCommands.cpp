@@ -61,10 +61,10 @@ Names WatchedResources(CCluster& cluster, const LogCapture& log, const std::wstr
     return names;
 }
 
-Json ReadResources(const CCluster& cluster, const Names& names) {
+Json ReadResources(const CCluster& cluster, const Names& names, Report& report) {
     Json records = Json::array();
     for (const std::wstring& name : names) {
-        records.push_back(ReadResource(cluster, name, false));
+        records.push_back(ReadResource(cluster, name, ResourceParts::Line, report));
     }
     return records;
 }
@@ -123,8 +123,8 @@ Report Create(const CreateOptions& options) {
         throw Failure("cannot create the resource " + Quoted(options.name) + " for " + Quoted(options.server));
     }
     Report report;
-    report.AddRecords("resources", Json::array({ReadResource(cluster, options.name, true)}), ResourceTitles(),
-                      std::string());
+    const Json record = ReadResource(cluster, options.name, ResourceParts::Detail, report);
+    report.AddRecords("resources", Json::array({record}), ResourceTitles(), std::string());
     return report;
 }
 
@@ -141,13 +141,13 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
     }
     Names names;
     const bool isListed = ListProductResources(cluster, options.server, names);
-    const Json records = ReadResources(cluster, names);
+    Report report;
+    const Json records = ReadResources(cluster, names, report);
     if (!isDone || !isListed) {
         const std::string states = StateSentence(records);
         throw Failure(std::string("cannot bring the product's resource of ") + Quoted(options.server) +
                       (isOnline ? " online" : " offline") + (states.empty() ? "" : ": " + states + " now"));
     }
-    Report report;
     report.AddTable("resources", records, ResourceColumns,
                     "The group of " + Quoted(options.server) + " has no product resource: nothing was done.");
     return report;
@@ -172,8 +172,9 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
         throw Failure("cannot tell whether the product's resource of " + Quoted(server) + " is gone");
     }
     if (!after.empty()) {
+        Report unread;
         throw Failure("the product's resource of " + Quoted(server) +
-                      " is still there: " + StateSentence(ReadResources(cluster, after)) +
+                      " is still there: " + StateSentence(ReadResources(cluster, after, unread)) +
                       ". A node deletes only what it owns, and only what goes offline within three minutes");
     }
     std::string sentence = "The group of " + Quoted(server) + " has no product resource: nothing was done.";

@@ -1,6 +1,7 @@
 #include "PropertyJson.h"
 
 #include "ClusterApi.h"
+#include "Secrets.h"
 #include "Text.h"
 
 #include "common/Text.h"
@@ -123,6 +124,20 @@ Json PartitionJson(const Bytes& value) {
     return partition;
 }
 
+bool IsSecretProperty(const std::string& name) {
+    const std::string lower = Lower(name);
+    for (const char* word : {"password", "secret", "key", "token"}) {
+        if (lower.find(word) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsEmptyValue(const Json& value) {
+    return value.empty() || value == "" || value == Json({{"binary", ""}}) || value == Json({{"expandSz", ""}});
+}
+
 } // namespace
 
 Json PropertiesJson(const std::vector<unsigned char>& propertyList) {
@@ -145,6 +160,17 @@ Json PropertiesJson(const std::vector<unsigned char>& propertyList) {
         }
     }
     return properties;
+}
+
+size_t MaskSecretProperties(Json& properties) {
+    size_t count = 0;
+    for (const auto& property : properties.items()) {
+        if (IsSecretProperty(property.key()) && !IsEmptyValue(property.value())) {
+            property.value() = std::string(MaskedSecret);
+            ++count;
+        }
+    }
+    return count;
 }
 
 Json DiskJson(const std::vector<unsigned char>& valueList) {

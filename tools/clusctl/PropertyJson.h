@@ -4,10 +4,15 @@
 
 #include "Report.h"
 
+#include <cstddef>
 #include <vector>
 
 // An object with one member per property. Throws Failure when the list is malformed.
 Json PropertiesJson(const std::vector<unsigned char>& propertyList);
+
+// Replaces the values of the properties whose names say password, secret, key or token, in any letter case; an empty
+// value stays. How many were replaced. `properties` may be null.
+size_t MaskSecretProperties(Json& properties);
 
 // The value list of CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO. Throws Failure when it is malformed.
 Json DiskJson(const std::vector<unsigned char>& valueList);

@@ -148,8 +148,10 @@ void Report::AddSentence(const char* key, const Json& value, const std::string& 
     Add(Form::Sentence, key, value, Columns(), sentence);
 }
 
-Report Report::Verbatim(const Json& document) {
+Report Report::Verbatim(const Json& document, const Report& warned) {
     Report report;
+    report.m_warnings = warned.m_warnings;
+    report.m_isComplete = warned.m_isComplete;
     report.m_document = document;
     report.m_isVerbatim = true;
     return report;

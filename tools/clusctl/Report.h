@@ -30,8 +30,8 @@ public:
     // A value that reads best as a sentence.
     void AddSentence(const char* key, const Json& value, const std::string& sentence);
 
-    // A document that is printed as it is, in both forms.
-    static Report Verbatim(const Json& document);
+    // A document that is printed as it is, in both forms, with the warnings of another report.
+    static Report Verbatim(const Json& document, const Report& warned);
 
     // What the reader has to know besides: shown on standard error, and in JSON as "warnings".
     void AddWarning(const std::string& warning);

@@ -51,11 +51,11 @@ Report Restart(const LogCapture& log) {
     if (name.empty()) {
         throw Failure(Errors::NotFound, "no Exchange SMTP instance is online on this node");
     }
-    const Json record = ReadResource(cluster, name, false);
+    Report report;
+    const Json record = ReadResource(cluster, name, ResourceParts::Line, report);
     if (!isRestarted) {
         throw Failure("cannot restart " + Quoted(name) + ": it is " + record["state"].get<std::string>() + " now");
     }
-    Report report;
     report.AddRecord("restarted", record, InstanceTitles);
     return report;
 }

@@ -2,6 +2,7 @@
 
 #include "ClusterModel.h"
 #include "CommandLine.h"
+#include "PropertyJson.h"
 #include "Text.h"
 
 #include "common/Files.h"
@@ -11,6 +12,11 @@
 namespace {
 
 const char Heading[] = "Rehearsal";
+
+struct SnapshotOptions {
+    std::wstring file;
+    bool showSecrets = false;
+};
 
 // The file appears complete or not at all.
 void WriteModel(const std::wstring& file, const Json& model) {
@@ -29,16 +35,31 @@ std::string Counted(size_t count, const char* word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
-Report Snapshot(const std::wstring& file) {
-    const Json model = ReadClusterModel();
+void MaskSecrets(Json& model, Report& report) {
+    for (Json& resource : model["resources"]) {
+        const auto properties = resource.find("private");
+        const size_t count = properties == resource.end() ? 0 : MaskSecretProperties(*properties);
+        if (count != 0) {
+            report.AddWarning("masked " + Counted(count, "secret") + " of " +
+                              Quoted(resource["name"].get<std::string>()) + ": --show-secrets writes the true values");
+        }
+    }
+}
+
+Report Snapshot(const SnapshotOptions& options) {
+    Json model = ReadClusterModel();
+    Report report;
+    if (!options.showSecrets) {
+        MaskSecrets(model, report);
+    }
+    const std::wstring& file = options.file;
     if (file.empty()) {
-        return Report::Verbatim(model);
+        return Report::Verbatim(model, report);
     }
     WriteModel(file, model);
     const size_t nodes = model["nodes"].size();
     const size_t groups = model["groups"].size();
     const size_t resources = model["resources"].size();
-    Report report;
     report.AddSentence("snapshot", {{"file", file}, {"nodes", nodes}, {"groups", groups}, {"resources", resources}},
                        "Wrote " + Printable(file) + ": " + Counted(nodes, "node") + ", " + Counted(groups, "group") +
                            ", " + Counted(resources, "resource") + ".");
@@ -48,9 +69,10 @@ Report Snapshot(const std::wstring& file) {
 } // namespace
 
 void AddSnapshotCommand(CommandLine& commandLine) {
-    const auto file = std::make_shared<std::wstring>();
+    const auto options = std::make_shared<SnapshotOptions>();
     CLI::App& command =
         commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
-                        [file](const LogCapture&) { return Snapshot(*file); });
-    CommandLine::AddText(command, "FILE", *file, "FILE", "The file to write; standard output without it");
+                        [options](const LogCapture&) { return Snapshot(*options); });
+    CommandLine::AddText(command, "FILE", options->file, "FILE", "The file to write; standard output without it");
+    command.add_flag("--show-secrets", options->showSecrets, "Write passwords, secrets, keys and tokens as they are");
 }

@@ -59,6 +59,8 @@ const Named<CLUSTER_GROUP_STATE> GroupStates[] = {
 const Named<CLUSTER_NODE_STATE> NodeStates[] = {
     {ClusterNodeUp, "up"},
     {ClusterNodePaused, "paused"},
+    {ClusterNodeDown, "down"},
+    {ClusterNodeJoining, "joining"},
 };
 
 const Named<DWORD> ServiceStates[] = {
@@ -86,12 +88,16 @@ const char* StateWord(CLUSTER_GROUP_STATE state) {
     return NameIn(GroupStates, state, "unknown");
 }
 
+const char* StateWord(CLUSTER_NODE_STATE state) {
+    return NameIn(NodeStates, state, "unknown");
+}
+
 const char* ModelState(CLUSTER_RESOURCE_STATE state) {
     return Find(state).inModel;
 }
 
 const char* ModelState(CLUSTER_NODE_STATE state) {
-    return NameIn(NodeStates, state, "down");
+    return state == ClusterNodeUp || state == ClusterNodePaused ? StateWord(state) : "down";
 }
 
 const char* ServiceStateWord(DWORD state) {

@@ -8,6 +8,7 @@
 const char* StateWord(CLUSTER_RESOURCE_STATE state);
 const char* StateWord(CClusterResource::RES_STATE state);
 const char* StateWord(CLUSTER_GROUP_STATE state);
+const char* StateWord(CLUSTER_NODE_STATE state);
 
 // In the cluster simulator's model file: "OfflinePending" of a resource; "up", "paused" or "down" of a node.
 const char* ModelState(CLUSTER_RESOURCE_STATE state);
