@@ -101,7 +101,8 @@ public:
     void Mark(Json& record, const Json& group) {
         record["ownerState"] = StateOf(record["owner"]);
         const Json& state = record["ownerState"];
-        if (state.is_null() || state == "up" || state == "unknown" || std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
+        if (state.is_null() || state == "up" || state == "unknown" ||
+            std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
             return;
         }
         m_told.push_back(group);
