@@ -267,7 +267,7 @@ try 0 "EVS1-QAV_Monitor" vcs product list EVS1
 try 0 "EVS1-GateRegRep" vcs storage EVS1
 say "Switch a service on; a resource for it has to be there:" ""
 try 0 "switches" vcs product switch-on EVS1 OXAHostService NODE1 --timeout 0
-try 1 "has no resource for it" vcs product switch-on EVS2 OXAHostService NODE2 --timeout 0
+try 3 "has no resource for it" vcs product switch-on EVS2 OXAHostService NODE2 --timeout 0
 say "Created again: what is there is found and set up again, and nothing is there twice:" ""
 try 0 "existed already" vcs product create EVS1 --delay-online 0 --rw
 rejects "created"

@@ -8,7 +8,9 @@
 #include "VcsCommands.h"
 #include "VcsMode.h"
 #include "VcsProduct.h"
+#include "VcsProductDeletion.h"
 #include "VcsServers.h"
+#include "VcsStates.h"
 #include "VcsTools.h"
 
 #include <cstdint>
@@ -122,10 +124,38 @@ Report List(const LogCapture& log, const std::wstring& group) {
     return report;
 }
 
+// The resource that the library switches.
+std::wstring ResourceToSwitch(const LogCapture& log, const SwitchOptions& options, const std::string& what) {
+    const VcsNames names = ListResourcesOfService(log, options.group, options.service);
+    if (!names.empty()) {
+        return names.front();
+    }
+    if (!Contains(ListVcsGroups(log), options.group)) {
+        throw Failure(Errors::GroupNotFound, what + ": there is no group " + Quoted(options.group));
+    }
+    throw Failure(Errors::ResourceNotFound, what + ": the group has no resource for it");
+}
+
+// With the state that VCS shows by then.
+Report SwitchReport(const SwitchOptions& options, const std::wstring& resource, bool isOnline,
+                    const std::wstring& state, const std::string& sentence) {
+    Report report;
+    report.AddSentence("switched",
+                       {{"group", options.group},
+                        {"service", options.service},
+                        {"system", options.node},
+                        {"resource", resource},
+                        {"online", isOnline},
+                        {"state", state}},
+                       sentence + " VCS shows " + (state.empty() ? "no state" : Printable(state)) + ".");
+    return report;
+}
+
 Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
     const int timeout = TimeoutOf(options.wait, options.node);
     const std::string what =
         "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " on";
+    const std::wstring resource = ResourceToSwitch(log, options, what);
     const ToolWatch watch(log);
     bool isThere = false;
     {
@@ -133,17 +163,40 @@ Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
         isThere = CVeritasCluster().CheckIfGenericServiceResourceExistsAndTurnItOn(
             options.group.c_str(), options.service.c_str(), options.node.c_str(), timeout);
     }
-    watch.Require(isThere, what + (watch.Problems().empty() ? ": the group has no resource for it" : ""));
+    watch.Require(isThere, what);
     RequireStarted(options.service, timeout);
-    Report report;
-    report.AddSentence("switched", {{"group", options.group}, {"service", options.service}, {"system", options.node}},
-                       "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) + " on at " +
-                           Quoted(options.node) +
-                           (timeout > 0 ? "; the service is running." : "; it was not waited for."));
-    return report;
+    const std::wstring state = StateOn(ReadResourceStates(log, resource), options.node);
+    return SwitchReport(options, resource, true, state,
+                        "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) + " on at " +
+                            Quoted(options.node) +
+                            (timeout > 0 ? "; the service is running." : "; it was not waited for."));
 }
 
-void AddTimeout(CLI::App& command, WaitOptions& wait) {
+Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
+    const std::string what =
+        "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " off";
+    const std::wstring resource = ResourceToSwitch(log, options, what);
+    const std::uint32_t timeout = options.wait.isTimeoutGiven ? options.wait.timeout : UsualTimeout;
+    const ToolWatch watch(log);
+    {
+        const Progress progress(log, DescribeProgress(log, options.service));
+        const bool isDone = CVeritasCluster().TurnOnOrOffResource(resource.c_str(), options.node.c_str(), false);
+        watch.Require(isDone, what);
+        if (timeout > 0 && !AwaitOffline(log, resource, options.node, Deadline(timeout))) {
+            throw Failure(Errors::TimedOut, what + ": " + Quoted(resource) + " is still online on " +
+                                                Quoted(options.node) + " after " + std::to_string(timeout) + " s");
+        }
+    }
+    const std::wstring state = StateOn(ReadResourceStates(log, resource), options.node);
+    const std::string subject = Quoted(options.service) + " of " + Quoted(options.group);
+    return SwitchReport(options, resource, false, state,
+                        timeout > 0 ? subject + " is off at " + Quoted(options.node) + "."
+                                    : "VCS switches " + subject + " off at " + Quoted(options.node) +
+                                          "; it was not waited for.");
+}
+
+void AddTimeout(CLI::App& command, WaitOptions& wait,
+                const char* description = "How long to wait for the service on this computer; 0: not at all") {
     command
         .add_option_function<std::uint32_t>(
             "--timeout",
@@ -151,7 +204,7 @@ void AddTimeout(CLI::App& command, WaitOptions& wait) {
                 wait.timeout = seconds;
                 wait.isTimeoutGiven = true;
             },
-            "How long to wait for the service on this computer; 0: not at all")
+            description)
         ->type_name("SECONDS")
         ->check(CLI::Range(0U, LongestTimeout).description(""));
 }
@@ -213,21 +266,44 @@ void AddAdding(CommandLine& commandLine, CLI::App& family) {
     OpenConfiguration::AddOption(service, remote->wait.opens);
 }
 
-void AddSwitchOn(CommandLine& commandLine, CLI::App& family) {
+void AddDelete(CommandLine& commandLine, CLI::App& family) {
+    const auto options = std::make_shared<ProductDeleteOptions>();
+    CLI::App& command = commandLine.AddTo(family, "delete", "Delete the product's resources of a group",
+                                          [options](const LogCapture& log) { return DeleteVcsProduct(log, *options); });
+    CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The service group").required();
+    command.add_option("--timeout", options->timeout, "How long the resources may take to go offline; 120 without it")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1U, LongestTimeout).description(""));
+    OpenConfiguration::AddOption(command, options->opens);
+    command.add_flag("--dry-run", options->isDryRun,
+                     "Work on a copy of the VCS simulator's configuration, and show commands and change");
+}
+
+void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
     const auto options = std::make_shared<SwitchOptions>();
-    CLI::App& command = commandLine.AddTo(family, "switch-on", "Switch the resource of a group's service on",
-                                          [options](const LogCapture& log) { return SwitchOn(log, *options); });
+    CLI::App& command = commandLine.AddTo(family, isOnline ? "switch-on" : "switch-off",
+                                          isOnline ? "Switch the resource of a group's service on"
+                                                   : "Switch the resource of a group's service off",
+                                          [options, isOnline](const LogCapture& log) {
+                                              return isOnline ? SwitchOn(log, *options) : SwitchOff(log, *options);
+                                          });
     CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The service group").required();
     CommandLine::AddText(command, "SERVICE", options->service, "SERVICE", "The Windows service").required();
     CommandLine::AddVcsName(command, "NODE", options->node, "NODE", "The system").required();
-    AddTimeout(command, options->wait);
+    if (isOnline) {
+        AddTimeout(command, options->wait);
+    } else {
+        AddTimeout(command, options->wait, "How long to wait until the resource is offline; 0: not at all");
+    }
 }
 
 } // namespace
 
 void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family) {
-    CLI::App& product = CommandLine::AddFamilyTo(family, "product", "Create, list and switch the product's resources");
+    CLI::App& product =
+        CommandLine::AddFamilyTo(family, "product", "Create, list, switch and delete the product's resources");
     AddCreate(commandLine, product);
+    AddDelete(commandLine, product);
     AddAdding(commandLine, product);
 
     const auto group = std::make_shared<std::wstring>();
@@ -235,5 +311,6 @@ void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family) {
                                        [group](const LogCapture& log) { return List(log, *group); });
     CommandLine::AddVcsName(list, "GROUP", *group, "GROUP", "The service group");
 
-    AddSwitchOn(commandLine, product);
+    AddSwitch(commandLine, product, true);
+    AddSwitch(commandLine, product, false);
 }

@@ -76,6 +76,11 @@ VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
     return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", {{GroupAttribute, group}});
 }
 
+VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group, const std::wstring& service) {
+    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                        {{GroupAttribute, group}, {TypeAttribute, L"GenericService"}, {L"ServiceName", service}});
+}
+
 VcsNames ListVcsGroups(const LogCapture& log) {
     return ListVcsNames(log, &CVeritasCluster::EnumGroupNames, "groups");
 }

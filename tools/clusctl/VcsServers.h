@@ -38,6 +38,9 @@ VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind
 VcsNames ListVcsResources(const LogCapture& log);
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group);
 
+// The GenericService resources of a group that run a Windows service.
+VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group, const std::wstring& service);
+
 // The service groups.
 VcsNames ListVcsGroups(const LogCapture& log);
 

@@ -8,10 +8,12 @@
 
 #include <algorithm>
 #include <sstream>
+#include <thread>
 
 namespace {
 
 const wchar_t StateAttribute[] = L"State";
+const std::chrono::seconds PollInterval(1);
 const char OnlineWord[] = "online";
 const char PartlyOnlineWord[] = "partly online";
 const char OfflineWord[] = "offline";
@@ -133,6 +135,24 @@ std::vector<std::wstring> OnlineSystems(const SystemStates& states) {
         }
     }
     return systems;
+}
+
+Deadline::Deadline(std::uint32_t seconds) : m_end(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)) {
+}
+
+bool Deadline::IsOver() const {
+    return std::chrono::steady_clock::now() >= m_end;
+}
+
+bool AwaitOffline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                  const Deadline& deadline) {
+    while (IsOnline(StateOn(ReadResourceStates(log, resource), system))) {
+        if (deadline.IsOver()) {
+            return false;
+        }
+        std::this_thread::sleep_for(PollInterval);
+    }
+    return true;
 }
 
 Json StateRecords(const SystemStates& states) {

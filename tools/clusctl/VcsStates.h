@@ -5,6 +5,8 @@
 #include "Json.h"
 #include "LogCapture.h"
 
+#include <chrono>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,20 @@ bool IsOnline(const std::wstring& state);
 
 // The systems on which it is online.
 std::vector<std::wstring> OnlineSystems(const SystemStates& states);
+
+// A point in time from now on.
+class Deadline {
+public:
+    explicit Deadline(std::uint32_t seconds);
+    bool IsOver() const;
+
+private:
+    const std::chrono::steady_clock::time_point m_end;
+};
+
+// Asks until a resource is no longer online on a system. False when it is so at the deadline.
+bool AwaitOffline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                  const Deadline& deadline);
 
 // A list of {"system", "state"}.
 Json StateRecords(const SystemStates& states);
