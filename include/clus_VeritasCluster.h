@@ -189,6 +189,11 @@ public:
                              const wchar_t* szRemoteConfigGroup, const wchar_t* szRemoteConfigUsername,
                              const wchar_t* szRemoteConfigPassword) const;
 
+    // The set's resources that CreateKOVAResources brings online, in its order: the SA service, the host service, and
+    // as wished quarantine monitor and remote configuration. It runs no tool.
+    static std::vector<std::wstring> KOVAResourcesInSwitchOnOrder(const CVeritasVirtualServerInfo& info,
+                                                                  bool bCreateQAV, bool bCreateRemoteConfig);
+
     // Whether the group has a resource for the service; if so it is brought online on `nodeName` and the service waited
     // for, whatever comes of that.
     bool CheckIfGenericServiceResourceExistsAndTurnItOn(const wchar_t* groupName, const wchar_t* serviceName,

@@ -6,6 +6,7 @@
 #include "clus_Export.h"
 
 #include <cstddef>
+#include <list>
 #include <string>
 
 CLUSUTIL_SHARED_RUNTIME_BEGIN
@@ -146,9 +147,18 @@ public:
     // that time and so remains.
     static bool DeleteKOVAResurceOnCurrentNode(const wchar_t* lpwsVirtualServerName);
 
+    // The resources that are switched or deleted by the members above, without doing so: replaces `names` by those of
+    // the type "clusRDLL" in the virtual server's group or, when it holds none, of "clusRDLLCCR". True also when there
+    // are none; false, with `names` untouched, when the cluster, the virtual server or its group cannot be read.
+    static bool FindKOVAResources(const wchar_t* lpwsVirtualServerName, std::list<std::wstring>& names);
+
     // Takes the first "Microsoft Exchange SMTP Server Instance" that is online on this node offline, waits for that up
     // to two minutes, and brings it online again. True when the switch-on was issued; its outcome is not awaited.
     static bool RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
+
+    // The instance that would be restarted, in `resourceName`; empty when there is none. False, with `resourceName`
+    // untouched and the reason in the last-error value, when the cluster cannot be opened or its resources not listed.
+    static bool FindSmtpVirtualServerInstanceResourceOnCurrentNode(std::wstring& resourceName);
 
     // --- Settings of the product and its host ---
 

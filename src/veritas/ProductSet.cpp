@@ -16,6 +16,8 @@ using namespace clus::veritas;
 
 namespace {
 
+const std::size_t HostServicePosition = 1; // in the order of switching on
+
 std::wstring Quoted(const std::wstring& text) {
     return L"\"" + text + L"\"";
 }
@@ -25,19 +27,11 @@ int MillisecondsFromSeconds(int seconds) {
     return static_cast<int>(std::min<long long>(1000LL * std::max(seconds, 0), std::numeric_limits<int>::max()));
 }
 
-bool CreateInGroup(const CVeritasCluster& cluster, const wchar_t* resName, const wchar_t* resType, const wchar_t* group,
-                   const wchar_t* childResName, const NameValuePairList& params) {
-    if (!cluster.CreateResource(resName, resType, group, childResName, params)) {
-        LOG_WARNING(L"Creating veritas res for %s failed.", resName);
-        return false;
-    }
-    return true;
-}
-
 // Creates a service's resource and brings it online on the virtual server's system.
 bool CreateServiceAndTurnItOn(const CVeritasCluster& cluster, const CVeritasVirtualServerInfo& info,
                               const wchar_t* resName, const wchar_t* childResName, const NameValuePairList& params) {
-    if (!CreateInGroup(cluster, resName, GenericServiceType, info.sGroupName.c_str(), childResName, params)) {
+    if (!cluster.CreateResource(resName, GenericServiceType, info.sGroupName.c_str(), childResName, params)) {
+        LOG_WARNING(L"Creating veritas res for %s failed.", resName);
         return false;
     }
     if (!cluster.TurnOnOrOffResource(resName, info.sOnlineNode.c_str(), true)) {
@@ -107,7 +101,8 @@ bool CVeritasCluster::CreateKOVAResources(CVeritasVirtualServerInfo info, bool b
     MakeDefaultCreateRegRepResoruceParams(params);
     params[RegRepMountResName].second = info.sMountResName;
     params[RegRepReplicationDirectory].second = GetDefaultRegRepReplicationDirectory(info.sDataPath.c_str());
-    if (!CreateInGroup(*this, regRep, RegRepType, group, info.sMountResName.c_str(), params)) {
+    if (!CreateResource(regRep, RegRepType, group, info.sMountResName.c_str(), params)) {
+        LOG_WARNING(L"Creating veritas res for %s failed.", regRep);
         return false;
     }
 
@@ -117,20 +112,23 @@ bool CVeritasCluster::CreateKOVAResources(CVeritasVirtualServerInfo info, bool b
     params[ServiceLanmanResName].second = info.sLanmanResName;
     LOG_INFO(L"Creating %s...", host);
     params[ServiceServiceName].second = HostService;
-    if (!CreateInGroup(*this, host, GenericServiceType, group, info.sExchangeResName.c_str(), params)) {
+    if (!CreateResource(host, GenericServiceType, group, info.sExchangeResName.c_str(), params)) {
+        LOG_WARNING(L"Creating veritas res for %s failed.", host);
         return false;
     }
     LinkResource(host, regRep);
 
     LOG_INFO(L"Creating %s...", attendant);
     params[ServiceServiceName].second = SAService;
-    if (!CreateInGroup(*this, attendant, GenericServiceType, group, regRep, params)) {
+    if (!CreateResource(attendant, GenericServiceType, group, regRep, params)) {
+        LOG_WARNING(L"Creating veritas res for %s failed.", attendant);
         return false;
     }
     if (bCreateQAV) {
         LOG_INFO(L"Creating %s...", monitor);
         params[ServiceServiceName].second = QAVMonitorService;
-        if (!CreateInGroup(*this, monitor, GenericServiceType, group, regRep, params)) {
+        if (!CreateResource(monitor, GenericServiceType, group, regRep, params)) {
+            LOG_WARNING(L"Creating veritas res for %s failed.", monitor);
             return false;
         }
     }
@@ -138,31 +136,37 @@ bool CVeritasCluster::CreateKOVAResources(CVeritasVirtualServerInfo info, bool b
         LOG_INFO(L"Creating %s...", remoteConfig);
         params[ServiceServiceName].second = RemoteConfigService;
         SetAccount(*this, szRemoteConfigGroup, szRemoteConfigUsername, szRemoteConfigPassword, params);
-        if (!CreateInGroup(*this, remoteConfig, GenericServiceType, group, host, params)) {
+        if (!CreateResource(remoteConfig, GenericServiceType, group, host, params)) {
+            LOG_WARNING(L"Creating veritas res for %s failed.", remoteConfig);
             return false;
         }
     }
 
     if (info.bGroupOnline) {
         // Failing to come online is no failure: the resources are there.
-        const wchar_t* const node = info.sOnlineNode.c_str();
-        LOG_INFO(L"Turning on %s...", attendant);
-        TurnOnOrOffResource(attendant, node, true);
-        LOG_INFO(L"Turning on %s...", host);
-        if (TurnOnOrOffResource(host, node, true)) {
-            LOG_INFO(L"Waiting for service %s to go online", host);
-            WaitForServiceToStart(HostService, MillisecondsFromSeconds(info.nDelayAfterOnline));
-        }
-        if (bCreateQAV) {
-            LOG_INFO(L"Turning on %s...", monitor);
-            TurnOnOrOffResource(monitor, node, true);
-        }
-        if (bCreateRemoteConfig) {
-            LOG_INFO(L"Turning on %s...", remoteConfig);
-            TurnOnOrOffResource(remoteConfig, node, true);
+        const std::vector<std::wstring> names = KOVAResourcesInSwitchOnOrder(info, bCreateQAV, bCreateRemoteConfig);
+        for (const std::wstring& name : names) {
+            LOG_INFO(L"Turning on %s...", name.c_str());
+            const bool isTurnedOn = TurnOnOrOffResource(name.c_str(), info.sOnlineNode.c_str(), true);
+            if (isTurnedOn && &name == &names[HostServicePosition]) {
+                LOG_INFO(L"Waiting for service %s to go online", host);
+                WaitForServiceToStart(HostService, MillisecondsFromSeconds(info.nDelayAfterOnline));
+            }
         }
     }
     return true;
+}
+
+std::vector<std::wstring> CVeritasCluster::KOVAResourcesInSwitchOnOrder(const CVeritasVirtualServerInfo& info,
+                                                                        bool bCreateQAV, bool bCreateRemoteConfig) {
+    std::vector<std::wstring> names = {info.sSAServiceResName, info.sHostServiceResName};
+    if (bCreateQAV) {
+        names.push_back(info.sQAVMonitorResName);
+    }
+    if (bCreateRemoteConfig) {
+        names.push_back(info.sRemoteConfigResName);
+    }
+    return names;
 }
 
 bool CVeritasCluster::CheckIfGenericServiceResourceExistsAndTurnItOn(const wchar_t* groupName,

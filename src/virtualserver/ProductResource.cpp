@@ -1,6 +1,8 @@
 // Finding the product's resources in the group of a virtual server.
 #include "virtualserver/ProductResource.h"
 
+#include "clus_VirtualServerUtil.h"
+
 #include "core/ResourceTypes.h"
 #include "platform/Log.h"
 
@@ -14,6 +16,14 @@ CLUS_LOG_PLACE(VirtualServerUtil, 10);
         }                                    \
     } while (false)
 
+// For what all searches tell but one that only asks.
+#define LOG_FAILURE(...)                  \
+    do {                                  \
+        if (purpose != Purpose::Asking) { \
+            LOG_ERROR(__VA_ARGS__);       \
+        }                                 \
+    } while (false)
+
 namespace clus {
 
 namespace {
@@ -24,7 +34,7 @@ bool ListProductResources(CCluster& cluster, const CClusterGroup& group, const w
     if (!group.EnumResourceNamesInGroupByType(cluster, names, SingleCopyType)) {
         if (purpose == Purpose::Switching) {
             LOG_ERROR(L"Cannot enum clusRDLL resources for group:%s", groupName);
-        } else {
+        } else if (purpose == Purpose::Deletion) {
             LOG_ERROR(L"Cannot enum KOVA resources for group:%s", groupName);
         }
         return false;
@@ -35,11 +45,11 @@ bool ListProductResources(CCluster& cluster, const CClusterGroup& group, const w
     // Told as an error by both, although it is none.
     if (purpose == Purpose::Switching) {
         LOG_ERROR(L"No clusRDLL(Non-CCRf) resource found in group:%s, try finding CCR resources", groupName);
-    } else {
+    } else if (purpose == Purpose::Deletion) {
         LOG_ERROR(L"No clusRDLL(Non-CCR) resource found in group:%s, try finding CCR resources", groupName);
     }
     if (!group.EnumResourceNamesInGroupByType(cluster, names, CcrType)) {
-        LOG_ERROR(L"Cannot enum clusRDLL(CCR) resources for group:%s", groupName);
+        LOG_FAILURE(L"Cannot enum clusRDLL(CCR) resources for group:%s", groupName);
         return false;
     }
     return true;
@@ -52,7 +62,7 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
     LOG_PROGRESS(L"Network name: %s", networkName);
     LOG_PROGRESS(L"Opening cluster...");
     if (!cluster.OpenByLPC()) {
-        LOG_ERROR(L"Cannot open cluster");
+        LOG_FAILURE(L"Cannot open cluster");
         return false;
     }
     LOG_PROGRESS(L"Performing FindFirstResourceNameByNetworkName...");
@@ -60,7 +70,7 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
     if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName)) {
         if (purpose == Purpose::Switching) {
             LOG_ERROR(L"cannot Find network name %s", networkName);
-        } else {
+        } else if (purpose == Purpose::Deletion) {
             LOG_ERROR(L"cannot Find network name");
         }
         return false;
@@ -68,7 +78,7 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
     LOG_PROGRESS(L"Opening resource by name:%s...", resourceName.c_str());
     CClusterResource resNetworkName;
     if (!cluster.OpenResourceByName(resNetworkName, resourceName.c_str())) {
-        LOG_ERROR(L"Cannot open network name resource:%s", resourceName.c_str());
+        LOG_FAILURE(L"Cannot open network name resource:%s", resourceName.c_str());
         return false;
     }
     LOG_PROGRESS(L"Getting resource state...");
@@ -77,7 +87,7 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
     LOG_PROGRESS(L"Opening group: %s...", groupName.c_str());
     CClusterGroup group;
     if (!cluster.OpenGroupByName(group, groupName.c_str())) {
-        LOG_ERROR(L"Cannot open group:%s", groupName.c_str());
+        LOG_FAILURE(L"Cannot open group:%s", groupName.c_str());
         return false;
     }
     LOG_PROGRESS(L"Performing EnumResourceNamesInGroupByType...");
@@ -87,7 +97,7 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
     if (names.size() > 1) {
         if (purpose == Purpose::Switching) {
             LOG_INFO(L"Warning, more than 1 KOVA resource is found at a group.\n");
-        } else {
+        } else if (purpose == Purpose::Deletion) {
             LOG_INFO(L"Warning, more than 1 KOVA resource is found\n");
         }
     }
@@ -95,3 +105,13 @@ bool FindProductResources(CCluster& cluster, const wchar_t* networkName, Purpose
 }
 
 } // namespace clus
+
+bool CVirtualServerUtil::FindKOVAResources(const wchar_t* lpwsVirtualServerName, std::list<std::wstring>& names) {
+    CCluster cluster;
+    std::list<std::wstring> found;
+    if (!clus::FindProductResources(cluster, lpwsVirtualServerName, clus::Purpose::Asking, found)) {
+        return false;
+    }
+    names.swap(found);
+    return true;
+}

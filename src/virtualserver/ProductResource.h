@@ -15,7 +15,8 @@ const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
 // What the product's resources are searched for: the log lines differ, the search does not.
 enum class Purpose {
     Switching, // tells each step
-    Deletion
+    Deletion,
+    Asking // tells nothing: the caller does
 };
 
 // The product resources in a virtual server's group: those of the single-copy type, or the CCR ones when there are

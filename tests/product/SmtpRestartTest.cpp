@@ -271,4 +271,54 @@ TEST_F(RestartSmtp, FailsWithTheEnumeration) {
     EXPECT_EQ(Platform().CountCalls("OfflineClusterResource"), 0u);
 }
 
+// Asking which one it would be
+// ------------------------------------------------------------------------------------------------------------------
+
+// The name found, or "failed" with what stands in its place.
+std::string FindInstance() {
+    std::wstring name = L"before";
+    const bool result = CVirtualServerUtil::FindSmtpVirtualServerInstanceResourceOnCurrentNode(name);
+    return (result ? "" : "failed: ") + Utf8(name);
+}
+
+TEST_F(RestartSmtp, IsAskedForWithTheSameCallsAndWithoutALine) {
+    Load(Server());
+    const std::string before = Cluster().Model();
+    EXPECT_EQ(FindInstance(), "SMTP");
+    EXPECT_EQ(TakeLog(), Lines({"> CCluster::OpenByLPC()", "< CCluster::OpenByLPC()"}));
+    EXPECT_EQ(
+        TakeJournal(),
+        Lines({"OpenCluster()", "GetComputerNameW()", "ClusterOpenEnum(4)", "ClusterEnum(0,256)", "ClusterEnum(1,256)",
+               "ClusterEnum(2,256)=259", "ClusterCloseEnum()", "OpenClusterResource(EVS1 Name)",
+               "ClusterResourceControl(EVS1 Name,GET_RESOURCE_TYPE,128)", "CloseClusterResource(EVS1 Name)",
+               "OpenClusterResource(SMTP)", "ClusterResourceControl(SMTP,GET_RESOURCE_TYPE,128)",
+               "GetClusterResourceState(SMTP)=2", "CloseClusterResource(SMTP)", "CloseCluster()"}));
+    EXPECT_EQ(Cluster().Model(), before);
+}
+
+TEST_F(RestartSmtp, IsAskedForOnThisNodeAndOnlineOnly) {
+    Load(Server().State("Offline").Resource("Second", SmtpType));
+    EXPECT_EQ(FindInstance(), "Second");
+    Load(Server().State("Offline"));
+    EXPECT_EQ(FindInstance(), "");
+    SetComputerName(L"NODE-C");
+    Load(Server());
+    EXPECT_EQ(FindInstance(), "");
+}
+
+TEST_F(RestartSmtp, IsNotKnownWhenTheClusterCannotBeRead) {
+    const struct {
+        const char* fault;
+        DWORD code;
+    } faults[] = {{"OpenCluster=1722", 1722}, {"ClusterOpenEnum=5", 5}};
+    for (const auto& item : faults) {
+        Load(Server());
+        AddFault(item.fault);
+        SetLastError(0);
+        EXPECT_EQ(FindInstance(), "failed: before");
+        EXPECT_EQ(GetLastError(), item.code);
+        EXPECT_THAT(TakeLog(), ::testing::Not(::testing::HasSubstr("fail to")));
+    }
+}
+
 } // namespace

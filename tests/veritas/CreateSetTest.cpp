@@ -322,4 +322,15 @@ TEST_F(VeritasCreateSetWait, WhatFollowsIsTurnedOnThoughTheServiceDoesNotStart) 
     EXPECT_THAT(Told(*this), ::testing::HasSubstr(notStarted[0] + "\nI Turning on EVS1-QAV_Monitor...\n"));
 }
 
+TEST(SwitchOnOrder, HasTheWishedResourcesOfARecord) {
+    const CVeritasVirtualServerInfo info(L"EVS1-IS", L"EVS1");
+    const auto order = [&info](bool monitor, bool remoteConfig) {
+        return Spaced(CVeritasCluster::KOVAResourcesInSwitchOnOrder(info, monitor, remoteConfig));
+    };
+    EXPECT_EQ(order(false, false), " EVS1-OXASAService EVS1-OXAHostService");
+    EXPECT_EQ(order(true, false), " EVS1-OXASAService EVS1-OXAHostService EVS1-QAV_Monitor");
+    EXPECT_EQ(order(false, true), " EVS1-OXASAService EVS1-OXAHostService EVS1-OXA_RemoteConfig");
+    EXPECT_EQ(order(true, true), " EVS1-OXASAService EVS1-OXAHostService EVS1-QAV_Monitor EVS1-OXA_RemoteConfig");
+}
+
 } // namespace

@@ -2,10 +2,8 @@
 #ifndef CLUSCTL_PRODUCTNAMES_H
 #define CLUSCTL_PRODUCTNAMES_H
 
-// Resource types of a Microsoft cluster: the product's own in the order in which the library looks for them.
-const wchar_t* const ProductTypes[] = {L"clusRDLL", L"clusRDLLCCR"};
+// A resource type of a Microsoft cluster.
 const wchar_t NetworkNameType[] = L"Network Name";
-const wchar_t SmtpInstanceType[] = L"Microsoft Exchange SMTP Server Instance";
 
 // The product's Windows services, each a resource on VCS.
 const wchar_t HostService[] = L"OXAHostService";

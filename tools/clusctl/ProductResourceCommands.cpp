@@ -2,7 +2,6 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
-#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 
@@ -34,29 +33,11 @@ struct SwitchOptions {
     std::uint32_t timeout = 120;
 };
 
-// Appends the product resources in the group of a virtual server, which the library works on: those of the first type
-// that the group holds. False when they cannot be listed.
-bool ListProductResources(CCluster& cluster, const std::wstring& server, Names& names) {
-    CClusterGroup group;
-    if (!cluster.OpenGroupByNetworkName(group, server.c_str())) {
-        return false;
-    }
-    for (const wchar_t* type : ProductTypes) {
-        if (!group.EnumResourceNamesInGroupByType(cluster, names, type)) {
-            return false;
-        }
-        if (!names.empty()) {
-            break;
-        }
-    }
-    return true;
-}
-
 // What a progress line watches; nothing when there is nobody to watch it.
-Names WatchedResources(CCluster& cluster, const LogCapture& log, const std::wstring& server) {
+Names WatchedResources(const LogCapture& log, const std::wstring& server) {
     Names names;
     if (Progress::IsWanted(log)) {
-        ListProductResources(cluster, server, names);
+        CVirtualServerUtil::FindKOVAResources(server.c_str(), names);
     }
     return names;
 }
@@ -135,12 +116,12 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
                                : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
     bool isDone = false;
     {
-        const Progress progress(log, options.wait ? WatchedResources(cluster, log, options.server) : Names());
+        const Progress progress(log, options.wait ? WatchedResources(log, options.server) : Names());
         // Whole seconds only: the library never gives up on any other time-out.
         isDone = turn(options.server.c_str(), options.wait, options.timeout * 1000);
     }
     Names names;
-    const bool isListed = ListProductResources(cluster, options.server, names);
+    const bool isListed = CVirtualServerUtil::FindKOVAResources(options.server.c_str(), names);
     Report report;
     const Json records = ReadResources(cluster, names, report);
     if (!isDone || !isListed) {
@@ -157,7 +138,7 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     Names before;
-    ListProductResources(cluster, server, before);
+    CVirtualServerUtil::FindKOVAResources(server.c_str(), before);
     bool isDone = false;
     {
         const Progress progress(log, before);
@@ -168,7 +149,7 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     }
     // The library reports success also when a resource did not go offline in time, or belongs to another node.
     Names after;
-    if (!ListProductResources(cluster, server, after)) {
+    if (!CVirtualServerUtil::FindKOVAResources(server.c_str(), after)) {
         throw Failure("cannot tell whether the product's resource of " + Quoted(server) + " is gone");
     }
     if (!after.empty()) {

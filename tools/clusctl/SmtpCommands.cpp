@@ -2,14 +2,10 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
-#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
-#include "ThisComputer.h"
 
 #include <clus_VirtualServerUtil.h>
-
-#include <cwchar>
 
 namespace {
 
@@ -19,30 +15,13 @@ const Columns InstanceTitles = {
     {"name", "Resource"}, {"type", "Type"}, {"group", "Group"}, {"owner", "Owner"}, {"state", "State"},
 };
 
-// The instance that the library restarts, chosen as it chooses: the first that is online on this node. Empty when there
-// is none.
-std::wstring FindInstance(const CCluster& cluster) {
-    for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            continue;
-        }
-        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
-        if (type == nullptr || _wcsicmp(type, SmtpInstanceType) != 0) {
-            continue;
-        }
-        std::wstring owner;
-        if (resource.GetResourceState(&owner, nullptr) == CClusterResource::RES_STATE_ONLINE && IsThisComputer(owner)) {
-            return name;
-        }
-    }
-    return std::wstring();
-}
-
 Report Restart(const LogCapture& log) {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    const std::wstring name = FindInstance(cluster);
+    std::wstring name;
+    if (!CVirtualServerUtil::FindSmtpVirtualServerInstanceResourceOnCurrentNode(name)) {
+        throw Failure(Errors::Incomplete, "cannot list the cluster's objects");
+    }
     bool isRestarted = false;
     {
         const Progress progress(log, name.empty() ? Names() : Names(1, name));

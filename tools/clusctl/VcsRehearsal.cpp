@@ -32,14 +32,8 @@ std::string Indented(const std::string& title, const Json& lines, const char* wh
 } // namespace
 
 void RehearseSwitchingOn(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
-    VcsNames names = {info.sSAServiceResName, info.sHostServiceResName};
-    if (options.quarantine) {
-        names.push_back(info.sQAVMonitorResName);
-    }
-    if (options.remoteConfig) {
-        names.push_back(info.sRemoteConfigResName);
-    }
-    for (const std::wstring& name : names) {
+    for (const std::wstring& name :
+         CVeritasCluster::KOVAResourcesInSwitchOnOrder(info, options.quarantine, options.remoteConfig)) {
         CVeritasCluster().TurnOnOrOffResource(name.c_str(), info.sOnlineNode.c_str(), true);
     }
 }

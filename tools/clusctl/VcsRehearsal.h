@@ -12,9 +12,8 @@
 
 #include <vector>
 
-// Switches the new resources on in the order in which the library does it. It is the library's rule, repeated because
-// the library goes on to wait for the host service of this computer, for as long as the resources' delay says, which
-// the rehearsal has to show. The tests compare the commands of both.
+// Switches the new resources on in the library's order, but does not go on, as it does, to wait for the host service of
+// this computer: a rehearsal has none.
 void RehearseSwitchingOn(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info);
 
 // The commands that ran, and what changed in the configuration.
