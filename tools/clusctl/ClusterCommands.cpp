@@ -97,10 +97,11 @@ public:
     OwnerStates(const CCluster& cluster, Report& report) : m_nodes(ReadNodes(cluster, report)), m_report(report) {
     }
 
-    // `group` is the name of the record's group.
-    void Mark(Json& record, const Json& group) {
-        record["ownerState"] = StateOf(record["owner"]);
-        const Json& state = record["ownerState"];
+    // `groupMember` is the member of the record that holds the name of its group.
+    void Mark(Json& record, const char* groupMember) {
+        const Json state = StateOf(record["owner"]);
+        record["ownerState"] = state; // moves the other members: no reference to one from before is good after this
+        const Json& group = record[groupMember];
         if (state.is_null() || state == "up" || state == "unknown" ||
             std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
             return;
@@ -153,7 +154,7 @@ Report Groups(const GroupOptions& options) {
     Json records = Json::array();
     for (const std::wstring& name : names) {
         Json record = ReadGroup(cluster, name, detail, report);
-        owners.Mark(record, record["name"]);
+        owners.Mark(record, "name");
         records.push_back(record);
     }
     if (detail) {
@@ -208,7 +209,7 @@ Report Resources(const ResourceOptions& options) {
     for (const std::wstring& name : SelectResources(cluster, options)) {
         if (IsWanted(cluster, name, options.type, report)) {
             Json record = ReadResource(cluster, name, parts, report);
-            owners.Mark(record, record["group"]);
+            owners.Mark(record, "group");
             records.push_back(record);
         }
     }
