@@ -20,7 +20,8 @@ Report Restart(const LogCapture& log) {
     OpenLocalCluster(cluster);
     std::wstring name;
     if (!CVirtualServerUtil::FindSmtpVirtualServerInstanceResourceOnCurrentNode(name)) {
-        throw Failure(Errors::Incomplete, "cannot list the cluster's objects");
+        ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE); // throws with the code that the library does not give
+        throw Failure(Errors::Incomplete, "cannot list the cluster's resources");
     }
     bool isRestarted = false;
     {
