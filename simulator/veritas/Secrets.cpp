@@ -1,5 +1,8 @@
 #include "Secrets.h"
 
+#include "common/Text.h"
+#include "core/ToolSecrets.h"
+
 #include <algorithm>
 
 namespace vcssim {
@@ -12,15 +15,42 @@ bool IsOneOf(const std::string& text, const std::vector<std::string>& others) {
     return std::find(others.begin(), others.end(), text) != others.end();
 }
 
+bool IsSecretAttribute(const std::string& name) {
+    return clus::IsSecretAttribute(common::ToUtf16(name));
+}
+
+// Whether all of an argument is a secret.
 bool IsSecret(const std::string& tool, const std::vector<std::string>& arguments, std::size_t place) {
     const std::string& argument = arguments[place];
     if (tool == "vcsencrypt") {
         return place != 0 || !IsOneOf(argument, {"-agent", "-vcs", "-help"});
     }
     // hares -modify RESOURCE Password VALUE
-    return tool == "hares" && place > 2 && arguments[0] == "-modify" && arguments[2] == "Password" &&
+    return tool == "hares" && place > 2 && arguments[0] == "-modify" && IsSecretAttribute(arguments[2]) &&
            !argument.empty() && !IsOneOf(argument, {"-sys", "-add", "-update", "-delete", "-keys"}) &&
            arguments[place - 1] != "-sys";
+}
+
+// Where the secret of an argument begins; npos when it holds none.
+std::size_t FindSecret(const std::string& tool, const std::vector<std::string>& arguments, std::size_t place) {
+    const std::string& argument = arguments[place];
+    if (tool == "hares" && place > 0 && arguments[0] == "-list") { // Password=VALUE
+        const std::size_t equals = argument.find('=');
+        const bool isAsked = equals != std::string::npos && equals + 1 < argument.size();
+        return isAsked && IsSecretAttribute(argument.substr(0, equals)) ? equals + 1 : std::string::npos;
+    }
+    return IsSecret(tool, arguments, place) ? 0 : std::string::npos;
+}
+
+// The output with *** in place of the values in the rows of password attributes.
+std::string WithoutSecretRows(const std::string& output) {
+    // One character per byte, as the library reads it.
+    const std::wstring masked = clus::WithoutSecrets(std::wstring(output.begin(), output.end()), clus::ToolSecret());
+    std::string bytes;
+    for (const wchar_t c : masked) {
+        bytes += static_cast<char>(c);
+    }
+    return bytes;
 }
 
 } // namespace
@@ -28,8 +58,9 @@ bool IsSecret(const std::string& tool, const std::vector<std::string>& arguments
 std::vector<std::string> WithoutSecrets(const std::string& tool, const std::vector<std::string>& arguments) {
     std::vector<std::string> shown = arguments;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (IsSecret(tool, arguments, i)) {
-            shown[i] = Mask;
+        const std::size_t begin = FindSecret(tool, arguments, i);
+        if (begin != std::string::npos) {
+            shown[i].replace(begin, std::string::npos, Mask);
         }
     }
     return shown;
@@ -38,8 +69,9 @@ std::vector<std::string> WithoutSecrets(const std::string& tool, const std::vect
 std::string WithoutSecrets(const std::string& tool, const std::vector<std::string>& arguments, std::string output) {
     std::vector<std::string> secrets;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (IsSecret(tool, arguments, i) && !arguments[i].empty()) {
-            secrets.push_back(arguments[i]);
+        const std::size_t begin = FindSecret(tool, arguments, i);
+        if (begin < arguments[i].size()) {
+            secrets.push_back(arguments[i].substr(begin));
         }
     }
     // One secret may be part of another.
@@ -51,7 +83,7 @@ std::string WithoutSecrets(const std::string& tool, const std::vector<std::strin
             output.replace(at, secret.size(), Mask);
         }
     }
-    return output;
+    return WithoutSecretRows(output);
 }
 
 } // namespace vcssim

@@ -37,14 +37,6 @@ std::wstring_view TextOf(std::wstring_view line, const Word& word) {
     return line.substr(word.begin, word.end - word.begin);
 }
 
-std::wstring_view WithoutQuotesAround(std::wstring_view text) {
-    const std::size_t first = text.find_first_not_of(QuotesAndBlanks);
-    if (first == std::wstring_view::npos) {
-        return std::wstring_view();
-    }
-    return text.substr(first, text.find_last_not_of(QuotesAndBlanks) + 1 - first);
-}
-
 // Where the value of an assignment to a password attribute begins, npos when there is none.
 std::size_t FindAssignedSecret(std::wstring_view commandLine) {
     const std::vector<Word> words = WordsOf(commandLine);
@@ -63,13 +55,6 @@ std::size_t FindAssignedSecret(std::wstring_view commandLine) {
         }
     }
     return std::wstring_view::npos;
-}
-
-// Where the row of a password attribute shows its value; the line's length for any other line.
-std::size_t FindShownSecret(std::wstring_view line) {
-    const std::vector<Word> words = WordsOf(line);
-    const bool isShown = words.size() > ValueColumn && IsSecretAttribute(TextOf(line, words[AttributeColumn]));
-    return isShown ? words[ValueColumn].begin : line.size();
 }
 
 // What of a message of VCS names it, and holds no secret whatever the tool was given.
@@ -124,6 +109,20 @@ std::size_t FindSecret(std::wstring_view commandLine) {
     return begin;
 }
 
+std::size_t FindShownSecret(std::wstring_view line) {
+    const std::vector<Word> words = WordsOf(line);
+    const bool isShown = words.size() > ValueColumn && IsSecretAttribute(TextOf(line, words[AttributeColumn]));
+    return isShown ? words[ValueColumn].begin : std::wstring_view::npos;
+}
+
+std::wstring_view WithoutQuotesAround(std::wstring_view text) {
+    const std::size_t first = text.find_first_not_of(QuotesAndBlanks);
+    if (first == std::wstring_view::npos) {
+        return std::wstring_view();
+    }
+    return text.substr(first, text.find_last_not_of(QuotesAndBlanks) + 1 - first);
+}
+
 ToolSecret::ToolSecret(std::wstring_view argument) {
     m_plain.reserve(argument.size()); // once: it leaves no copy behind
     std::size_t backslashes = 0;
@@ -175,7 +174,7 @@ bool ToolSecret::CanBeFound() const {
 
 std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret) {
     return LineByLine(output, [&secret](std::wstring_view line, std::wstring& masked) {
-        const std::size_t shown = FindShownSecret(line);
+        const std::size_t shown = std::min(FindShownSecret(line), line.size());
         AppendWithout(secret, line.substr(0, shown), masked);
         if (shown < line.size()) {
             masked += SecretMask;

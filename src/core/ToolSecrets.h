@@ -19,6 +19,13 @@ bool IsSecretAttribute(std::wstring_view name);
 // asks for ("hares -list Password=x"). It reaches to the end of the line. npos when there is none.
 std::size_t FindSecret(std::wstring_view commandLine);
 
+// Where a line of a tool's output shows the value of a password attribute, which may be an empty one: in the row of
+// that attribute (resource, attribute, system, value). It reaches to the end of the line. npos when there is none.
+std::size_t FindShownSecret(std::wstring_view line);
+
+// The text without the quotes and blanks around it.
+std::wstring_view WithoutQuotesAround(std::wstring_view text);
+
 // A secret as it stands on a command line, and the forms in which a tool may repeat it: with and without the quotes
 // around it, as the tool gets it (\" undone), and each word of these.
 class ToolSecret {
@@ -44,8 +51,8 @@ private:
     std::vector<std::wstring_view> m_forms;
 };
 
-// A tool's output with the mask in place of the values in the rows of password attributes (resource, attribute, system,
-// value) and of the secret wherever it is repeated.
+// A tool's output with the mask in place of the values in the rows of password attributes and of the secret wherever
+// it is repeated.
 std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret);
 
 // What may be shown of the output of a tool that takes and gives a secret. Of messages of VCS, when it begins with one,

@@ -65,6 +65,17 @@ TEST(ToolSecretOfACommandLine, IsNoNameThatLooksLikeOne) {
     }
 }
 
+TEST(ToolSecretOfARow, IsTheValueOfAPassword) {
+    EXPECT_EQ(clus::FindShownSecret(L"r   AdminPassword   global   \"gPiRc x\""), 29u);
+    EXPECT_EQ(clus::FindShownSecret(L"r Password global \"\""), 18u);
+}
+
+TEST(ToolSecretOfARow, IsNothingElse) {
+    for (const wchar_t* line : {L"r Password global", L"Password r global x", L"r Group global Password", L""}) {
+        EXPECT_EQ(clus::FindShownSecret(line), std::wstring::npos);
+    }
+}
+
 TEST(ToolSecretInAnOutput, IsTheValueOfAPasswordsRow) {
     EXPECT_EQ(Without(L"#Resource Attribute System Value\nr   Password   global   gPiRc x \nr Group global "
                       L"Password\n",

@@ -149,6 +149,28 @@ TEST_F(ToolPrograms, MasksPasswordsThatAreSet) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
 }
 
+TEST_F(ToolPrograms, MasksWhateverAttributeIsCalledAPassword) {
+    for (const wchar_t* attribute : {L"AdminPassword", L"ADMINPASSWORD", L"PasswordAge"}) {
+        RunProcess(std::wstring(L"hares -modify H-Service ") + attribute + L" topsecret");
+    }
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0]["arguments"][3], "***");
+    EXPECT_EQ(entries[1]["arguments"][3], "***");
+    EXPECT_EQ(entries[2]["arguments"][3], "topsecret");
+}
+
+TEST_F(ToolPrograms, MasksPasswordsThatAreAskedForAndShown) {
+    RunProcess(L"hares -modify H-Service Password topsecret");
+    EXPECT_EQ(RunProcess(L"hares -list Password=topsecret Type=GenericService"), "H-Service\t\tNODE2\n");
+    EXPECT_THAT(RunProcess(L"hares -display H-Service -attribute Password"), HasSubstr("topsecret"));
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[1]["arguments"].dump(), R"(["-list","Password=***","Type=GenericService"])");
+    EXPECT_THAT(entries[2]["output"].get<std::string>(), HasSubstr("***"));
+    EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
+}
+
 TEST_F(ToolPrograms, MasksSecretsInTheOutputOfTheJournal) {
     UseFaults(R"([{"arguments": "-vcs*", "output": "got topsecret, topsecret twice", "kill": 8},
                   {"output": "got topsecret, topsecret twice"}])");

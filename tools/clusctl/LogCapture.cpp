@@ -101,7 +101,7 @@ void LogCapture::Receive(void* context, unsigned int level, const char* sourceFi
 }
 
 void LogCapture::Take(unsigned int level, const char* sourceFile, int sourceLine, const std::wstring& text) {
-    const std::string line = Printable(m_secrets.Masked(common::ToUtf8(text)));
+    const std::string line = Printable(m_secrets.Masked(text));
     m_tools.TakeLine(line);
     m_file->Write(level, sourceFile, sourceLine, line);
     if (m_verbose != nullptr) {

@@ -40,7 +40,7 @@ private:
     const Stream* m_verbose;
     bool m_isAvailable;
     std::unique_ptr<LogFile> m_file;
-    SecretMask m_secrets;
+    LogSecrets m_secrets;
     ToolRuns m_tools;
     std::vector<std::string> m_problems;
 };

@@ -5,8 +5,11 @@
 #include "Text.h"
 
 #include "common/Text.h"
+#include "core/ToolSecrets.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -124,18 +127,9 @@ Json PartitionJson(const Bytes& value) {
     return partition;
 }
 
-bool IsSecretProperty(const std::string& name) {
-    const std::string lower = Lower(name);
-    for (const char* word : {"password", "secret", "key", "token"}) {
-        if (lower.find(word) != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
-}
-
 bool IsEmptyValue(const Json& value) {
-    return value.empty() || value == "" || value == Json({{"binary", ""}}) || value == Json({{"expandSz", ""}});
+    const Json empties[] = {"", {{"binary", ""}}, {{"expandSz", ""}}};
+    return value.empty() || std::find(std::begin(empties), std::end(empties), value) != std::end(empties);
 }
 
 } // namespace
@@ -166,7 +160,7 @@ size_t MaskSecretProperties(Json& properties) {
     size_t count = 0;
     for (const auto& property : properties.items()) {
         if (IsSecretProperty(property.key()) && !IsEmptyValue(property.value())) {
-            property.value() = std::string(MaskedSecret);
+            property.value() = common::ToUtf8(clus::SecretMask);
             ++count;
         }
     }

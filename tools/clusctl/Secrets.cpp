@@ -2,33 +2,28 @@
 
 #include "Text.h"
 
-#include <algorithm>
+#include "common/Text.h"
+#include "core/ToolSecrets.h"
 
-const char MaskedSecret[] = "***";
+#include <algorithm>
+#include <string_view>
+#include <utility>
 
 namespace {
 
-const char Blanks[] = " \t\r\n";
 const size_t ShortestSought = 6; // what is shorter occurs everywhere by chance
 
-struct Word {
-    size_t begin;
-    size_t end;
-};
-
-std::vector<Word> WordsOf(const std::string& line) {
-    std::vector<Word> words;
-    size_t begin = line.find_first_not_of(Blanks);
-    while (begin != std::string::npos) {
-        const size_t end = std::min(line.find_first_of(Blanks, begin), line.size());
-        words.push_back({begin, end});
-        begin = line.find_first_not_of(Blanks, end);
+// Where the secret of a line begins that the library logs about a tool; npos when there is none.
+size_t FindLoggedSecret(const std::wstring& line) {
+    const std::pair<std::wstring, size_t (*)(std::wstring_view)> kinds[] = {{L"Command line: ", clus::FindSecret},
+                                                                            {L"Result: ", clus::FindShownSecret}};
+    for (const auto& [mark, find] : kinds) {
+        if (line.compare(0, mark.size(), mark) == 0) {
+            const size_t begin = find(std::wstring_view(line).substr(mark.size()));
+            return begin == std::wstring::npos ? begin : mark.size() + begin;
+        }
     }
-    return words;
-}
-
-bool EndsWith(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+    return std::wstring::npos;
 }
 
 std::string Trimmed(const std::string& text, const char* what) {
@@ -36,73 +31,41 @@ std::string Trimmed(const std::string& text, const char* what) {
     return begin == std::string::npos ? std::string() : text.substr(begin, text.find_last_not_of(what) + 1 - begin);
 }
 
-// Where the secret of a log line begins; npos when it holds none. `Command line: hares -modify RES  Password "x"`,
-// `Command line: hares -list  Password=x`, `Result: RES Password global x`.
-size_t FindSecret(const std::string& line) {
-    const bool isCommand = StartsWith(line, "Command line: ");
-    if (!isCommand && !StartsWith(line, "Result: ")) {
-        return std::string::npos;
-    }
-    const std::vector<Word> words = WordsOf(line);
-    bool isModify = false;
-    size_t firstAttribute = 0; // behind -modify and the resource's name
-    for (size_t i = 1; i < words.size(); ++i) {
-        const std::string word = line.substr(words[i].begin, words[i].end - words[i].begin);
-        if (isCommand && !isModify && word == "-modify") {
-            isModify = true;
-            firstAttribute = i + 2;
-        }
-        const size_t equals = word.find('=');
-        if (isCommand && equals != std::string::npos && IsSecretAttribute(word.substr(0, equals))) {
-            return words[i].begin + equals + 1;
-        }
-        if (!IsSecretAttribute(word)) {
-            continue;
-        }
-        const size_t value = isCommand ? i + 1 : i + 2; // a row names the system in between
-        const bool isModified = isModify && i >= firstAttribute;
-        const bool isRow = !isCommand && i == 2;
-        if ((isModified || isRow) && value < words.size()) {
-            return words[value].begin;
-        }
-    }
-    return std::string::npos;
-}
-
 } // namespace
 
-bool IsSecretAttribute(const std::string& name) {
-    return EndsWith(Lower(name), "password");
-}
-
-std::string SecretMask::Masked(const std::string& line) {
-    const size_t begin = FindSecret(line);
-    if (begin == std::string::npos) {
-        return WithoutKnown(line);
-    }
-    const std::string value = Trimmed(line.substr(begin), "\" \t\r\n");
-    if (value.empty()) {
-        return line;
-    }
-    Learn(value);
-    return line.substr(0, begin) + MaskedSecret;
-}
-
-void SecretMask::Learn(const std::string& value) {
-    if (value.size() >= ShortestSought && std::find(m_known.begin(), m_known.end(), value) == m_known.end()) {
-        m_known.push_back(value);
-    }
-}
-
-std::string SecretMask::WithoutKnown(const std::string& line) const {
-    std::string result = line;
-    for (const std::string& secret : m_known) {
-        for (size_t at = result.find(secret); at != std::string::npos; at = result.find(secret, at)) {
-            result.replace(at, secret.size(), MaskedSecret);
-            at += sizeof(MaskedSecret) - 1;
+bool IsSecretProperty(const std::string& name) {
+    const std::string lower = Lower(name);
+    for (const char* word : {"password", "secret", "key", "token"}) {
+        if (lower.find(word) != std::string::npos) {
+            return true;
         }
     }
-    return result;
+    return false;
+}
+
+std::wstring LogSecrets::Masked(const std::wstring& line) {
+    std::wstring masked = line;
+    const size_t begin = FindLoggedSecret(line);
+    if (begin != std::wstring::npos) {
+        const std::wstring secret(clus::WithoutQuotesAround(std::wstring_view(line).substr(begin)));
+        if (!secret.empty()) {
+            Learn(secret);
+            masked.replace(begin, std::wstring::npos, clus::SecretMask);
+        }
+    }
+    const size_t maskSize = std::char_traits<wchar_t>::length(clus::SecretMask);
+    for (const std::wstring& secret : m_known) {
+        for (size_t at = 0; (at = masked.find(secret, at)) != std::wstring::npos; at += maskSize) {
+            masked.replace(at, secret.size(), clus::SecretMask);
+        }
+    }
+    return masked;
+}
+
+void LogSecrets::Learn(const std::wstring& secret) {
+    if (secret.size() >= ShortestSought && std::find(m_known.begin(), m_known.end(), secret) == m_known.end()) {
+        m_known.push_back(secret);
+    }
 }
 
 std::vector<std::string> MaskedConfiguration(const std::vector<std::string>& lines) {
@@ -110,10 +73,10 @@ std::vector<std::string> MaskedConfiguration(const std::vector<std::string>& lin
     for (const std::string& line : lines) {
         // "Password = x", "Password @SYSTEM = x"
         const size_t equals = line.find('=');
-        const std::string name = Trimmed(line.substr(0, std::min(equals, line.find('@'))), Blanks);
-        const bool isSecret = equals != std::string::npos && IsSecretAttribute(name) &&
+        const std::string name = Trimmed(line.substr(0, std::min(equals, line.find('@'))), " \t\r\n");
+        const bool isSecret = equals != std::string::npos && clus::IsSecretAttribute(common::ToUtf16(name)) &&
                               !Trimmed(line.substr(equals + 1), "\" \t\r\n").empty();
-        result.push_back(isSecret ? line.substr(0, equals + 1) + " " + MaskedSecret : line);
+        result.push_back(isSecret ? line.substr(0, equals + 1) + " " + common::ToUtf8(clus::SecretMask) : line);
     }
     return result;
 }

@@ -1,26 +1,23 @@
-// Passwords, in the encrypted form in which the cluster's tools show them, kept out of everything that is printed.
+// Secrets, kept out of everything that is printed. What is one on VCS is told by the rule that the library itself goes
+// by; that for a failover cluster's resources is here.
 #ifndef CLUSCTL_SECRETS_H
 #define CLUSCTL_SECRETS_H
 
 #include <string>
 #include <vector>
 
-// What stands for a secret that is not shown.
-extern const char MaskedSecret[];
-
-// Whether an attribute of this name holds a password.
-bool IsSecretAttribute(const std::string& name);
+// Whether a private property of this name holds a secret, as far as its name says so.
+bool IsSecretProperty(const std::string& name);
 
 // Replaces secrets in log lines. A secret that was seen once is found again wherever it occurs later.
-class SecretMask {
+class LogSecrets {
 public:
-    std::string Masked(const std::string& line);
+    std::wstring Masked(const std::wstring& line);
 
 private:
-    void Learn(const std::string& value);
-    std::string WithoutKnown(const std::string& line) const;
+    void Learn(const std::wstring& secret);
 
-    std::vector<std::string> m_known;
+    std::vector<std::wstring> m_known;
 };
 
 // The lines of a main.cf with the values of the password attributes replaced.

@@ -1,7 +1,6 @@
 #include "VcsTools.h"
 
 #include "Report.h"
-#include "Secrets.h"
 #include "StateNames.h"
 #include "Text.h"
 

@@ -1,9 +1,8 @@
 #include "VcsValues.h"
 
-#include "Secrets.h"
 #include "Text.h"
 
-#include "common/Text.h"
+#include "core/ToolSecrets.h"
 
 #include <algorithm>
 
@@ -32,5 +31,5 @@ Json ReadVcsAttribute(const std::wstring& resource, const std::wstring& attribut
     if (!CVeritasCluster().GetResourceAttribute(resource.c_str(), attribute.c_str(), value)) {
         return Json();
     }
-    return IsSecretAttribute(common::ToUtf8(attribute)) ? Json(std::string(MaskedSecret)) : Json(value);
+    return Json(clus::IsSecretAttribute(attribute) ? clus::SecretMask : value);
 }
