@@ -42,7 +42,7 @@ struct Disk {
 };
 
 struct Node {
-    enum class Status {
+    enum class Status { // as the cluster API numbers them
         Up,
         Down,
         Paused

@@ -1,43 +1,16 @@
 // What the model file calls the states of resources and nodes.
 #include "ModelJson.h"
+#include "ModelStates.h"
 
 namespace clussim {
 
 namespace {
 
-const std::pair<const char*, State> StateNames[] = {
-    {"Unknown", StateUnknown},
-    {"Inherited", StateInherited},
-    {"Initializing", StateInitializing},
-    {"Online", StateOnline},
-    {"Offline", StateOffline},
-    {"Failed", StateFailed},
-    {"Pending", StatePending},
-    {"OnlinePending", StateOnlinePending},
-    {"OfflinePending", StateOfflinePending},
-};
-
-const std::pair<const char*, Node::Status> NodeStates[] = {
-    {"up", Node::Status::Up},
-    {"down", Node::Status::Down},
-    {"paused", Node::Status::Paused},
-};
-
-template <typename Entry, std::size_t count, typename Value>
-const char* NameOf(const Entry (&entries)[count], Value value) {
-    for (const Entry& entry : entries) {
-        if (entry.second == value) {
-            return entry.first;
-        }
-    }
-    return "";
-}
-
-template <typename Entry, std::size_t count, typename Value>
-bool ByName(const Entry (&entries)[count], const std::string& name, Value& value) {
-    for (const Entry& entry : entries) {
-        if (name == entry.first) {
-            value = entry.second;
+template <std::size_t count, typename State>
+bool ByName(const ModelState (&states)[count], const std::string& name, State& state) {
+    for (const ModelState& known : states) {
+        if (name == known.name) {
+            state = static_cast<State>(known.number);
             return true;
         }
     }
@@ -47,15 +20,15 @@ bool ByName(const Entry (&entries)[count], const std::string& name, Value& value
 } // namespace
 
 const char* StateName(State state) {
-    return NameOf(StateNames, state);
+    return NameOf(ResourceStates, state, "");
 }
 
 bool StateByName(const std::string& name, State& state) {
-    return ByName(StateNames, name, state);
+    return ByName(ResourceStates, name, state);
 }
 
 const char* StatusName(Node::Status status) {
-    return NameOf(NodeStates, status);
+    return NameOf(NodeStates, static_cast<int>(status), "");
 }
 
 bool StatusByName(const std::string& name, Node::Status& status) {

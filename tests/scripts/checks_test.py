@@ -54,7 +54,7 @@ class Layers(unittest.TestCase):
     FILES = {name: "" for name in (
         "common/Text.h", "include/clus_Cluster.h", "include/clus_Export.h", "include/clus_VirtualServerUtil.h",
         "simulator/cluster/Model.h", "simulator/veritas/configuration/CfReader.h", "simulator/veritas/Text.h", "src/cluster/Wait.h",
-        "src/core/ValueList.h", "src/platform/Owner.h", "src/settings/ProductSettings.h", "src/veritas/Names.h",
+        "src/core/ValueList.h", "src/platform/Owner.h", "src/settings/ProductSettings.h", "src/veritas/ToolRunReport.h",
         "src/virtualserver/HostSettings.h", "support/DebugLog/DebugLog.h", "simulator/veritas/State.h")}
 
     def problems(self, name, *lines):
@@ -75,7 +75,7 @@ class Layers(unittest.TestCase):
         for name, line in (("src/core/A.cpp", '"platform/Owner.h"'), ("src/core/A.cpp", "<windows.h>"),
                            ("src/core/A.cpp", '"clus_Cluster.h"'), ("src/platform/A.h", '"settings/ProductSettings.h"'),
                            ("src/settings/A.cpp", '"clus_Cluster.h"'), ("src/cluster/A.cpp", '"virtualserver/HostSettings.h"'),
-                           ("src/cluster/A.cpp", '"clus_VirtualServerUtil.h"'), ("src/virtualserver/A.cpp", '"veritas/Names.h"'),
+                           ("src/cluster/A.cpp", '"clus_VirtualServerUtil.h"'), ("src/virtualserver/A.cpp", '"veritas/ToolRunReport.h"'),
                            ("src/virtualserver/A.cpp", '"cluster/Wait.h"'), ("src/veritas/A.cpp", '"clus_Cluster.h"'),
                            ("src/veritas/A.cpp", '"virtualserver/HostSettings.h"'), ("src/veritas/A.cpp", '"common/Text.h"'),
                            ("common/A.cpp", '"core/ValueList.h"'), ("simulator/veritas/A.cpp", '"../cluster/Model.h"'),

@@ -1,5 +1,7 @@
 #include "StateNames.h"
 
+#include "simulator/cluster/ModelStates.h"
+
 #include <cstddef>
 
 namespace {
@@ -8,21 +10,19 @@ struct ResourceState {
     CLUSTER_RESOURCE_STATE state;
     CClusterResource::RES_STATE ofLibrary;
     const char* word;
-    const char* inModel;
 };
 
-const ResourceState UnknownState = {ClusterResourceStateUnknown, CClusterResource::RES_STATE_UNKNOWN, "unknown",
-                                    "Unknown"};
+const ResourceState UnknownState = {ClusterResourceStateUnknown, CClusterResource::RES_STATE_UNKNOWN, "unknown"};
 
 const ResourceState ResourceStates[] = {
-    {ClusterResourceInherited, CClusterResource::RES_STATE_UNKNOWN, "unknown", "Inherited"},
-    {ClusterResourceInitializing, CClusterResource::RES_STATE_INITIALIZING, "initializing", "Initializing"},
-    {ClusterResourceOnline, CClusterResource::RES_STATE_ONLINE, "online", "Online"},
-    {ClusterResourceOffline, CClusterResource::RES_STATE_OFFLINE, "offline", "Offline"},
-    {ClusterResourceFailed, CClusterResource::RES_STATE_FAILED, "failed", "Failed"},
-    {ClusterResourcePending, CClusterResource::RES_STATE_PENDING, "pending", "Pending"},
-    {ClusterResourceOnlinePending, CClusterResource::RES_STATE_ONLINE_PENDING, "online pending", "OnlinePending"},
-    {ClusterResourceOfflinePending, CClusterResource::RES_STATE_OFFLINE_PENDING, "offline pending", "OfflinePending"},
+    {ClusterResourceInherited, CClusterResource::RES_STATE_UNKNOWN, "unknown"},
+    {ClusterResourceInitializing, CClusterResource::RES_STATE_INITIALIZING, "initializing"},
+    {ClusterResourceOnline, CClusterResource::RES_STATE_ONLINE, "online"},
+    {ClusterResourceOffline, CClusterResource::RES_STATE_OFFLINE, "offline"},
+    {ClusterResourceFailed, CClusterResource::RES_STATE_FAILED, "failed"},
+    {ClusterResourcePending, CClusterResource::RES_STATE_PENDING, "pending"},
+    {ClusterResourceOnlinePending, CClusterResource::RES_STATE_ONLINE_PENDING, "online pending"},
+    {ClusterResourceOfflinePending, CClusterResource::RES_STATE_OFFLINE_PENDING, "offline pending"},
 };
 
 const ResourceState& Find(CLUSTER_RESOURCE_STATE state) {
@@ -93,11 +93,11 @@ const char* StateWord(CLUSTER_NODE_STATE state) {
 }
 
 const char* ModelState(CLUSTER_RESOURCE_STATE state) {
-    return Find(state).inModel;
+    return clussim::NameOf(clussim::ResourceStates, state, "Unknown");
 }
 
 const char* ModelState(CLUSTER_NODE_STATE state) {
-    return state == ClusterNodeUp || state == ClusterNodePaused ? StateWord(state) : "down";
+    return clussim::NameOf(clussim::NodeStates, state, "down");
 }
 
 const char* ServiceStateWord(DWORD state) {
