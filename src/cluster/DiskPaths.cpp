@@ -90,13 +90,12 @@ bool TranslateDeviceNameToDiskPaths_(const std::wstring& deviceName, std::wstrin
 }
 
 void ParseDeviceNamefromPartitionInfo_(const std::vector<unsigned char>& info, std::vector<std::wstring>& paths) {
-    const std::size_t deviceNameOffset = 12; // behind the entry's syntax, length and flags
     clus::ValueListReader reader(info.data(), info.size());
     while (reader.Next()) {
         if (reader.Syntax() != clus::SyntaxPartitionInfo) {
             continue;
         }
-        const std::wstring deviceName = reader.TextAt(deviceNameOffset);
+        const std::wstring deviceName = reader.TextAt(clus::EntryHeaderSize + clus::PartitionDeviceOffset);
         LOG_INFO(L"ParseDeviceNamefromPartitionInfo_(), got device name: %s", deviceName.c_str());
         std::wstring path;
         if (TranslateDeviceNameToDiskPaths_(deviceName, path)) {

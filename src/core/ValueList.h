@@ -18,6 +18,12 @@ const std::uint32_t SyntaxPartitionInfo = 0x00080001;
 
 const std::size_t EntryHeaderSize = 8; // syntax and length
 
+// In the value of a SyntaxPartitionInfo entry, a CLUS_PARTITION_INFO: the flags, the device name, the volume's label,
+// each text with its terminator within the size below.
+const std::size_t PartitionDeviceOffset = 4;
+const std::size_t PartitionTextSize = 520;
+const std::size_t PartitionLabelOffset = PartitionDeviceOffset + PartitionTextSize;
+
 // `length` rounded up to a multiple of 4.
 constexpr std::size_t PaddedLength(std::size_t length) {
     return (length + 3) & ~static_cast<std::size_t>(3);

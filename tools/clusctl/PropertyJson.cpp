@@ -2,10 +2,10 @@
 
 #include "ClusterApi.h"
 #include "Secrets.h"
-#include "Text.h"
 
 #include "common/Text.h"
 #include "core/ToolSecrets.h"
+#include "core/ValueList.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,7 +16,7 @@ namespace {
 
 typedef std::vector<unsigned char> Bytes;
 
-// Reads a list front to back. Values are padded to 4 bytes; the padding is not in their length.
+// Reads a list front to back, and refuses one that is cut: no snapshot is made of half a list.
 class ListReader {
 public:
     explicit ListReader(const Bytes& bytes) : m_bytes(bytes) {
@@ -33,8 +33,7 @@ public:
         const DWORD length = Number();
         const unsigned char* at = Take(length);
         Bytes value(at, at + length);
-        const size_t padding = (4 - length % 4) % 4;
-        m_at += padding < m_bytes.size() - m_at ? padding : m_bytes.size() - m_at; // the last value's may be missing
+        m_at += std::min(clus::PaddedLength(length) - length, m_bytes.size() - m_at); // the last one's may be missing
         return value;
     }
 
@@ -61,25 +60,17 @@ DWORD NumberOf(const Bytes& value) {
     return number;
 }
 
-std::wstring WideText(const Bytes& value) {
-    std::wstring text(value.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(&text[0], value.data(), text.size() * sizeof(wchar_t));
-    return text;
-}
-
 // The text up to its terminator, which may be missing.
 std::wstring TextOf(const Bytes& value) {
-    const std::wstring text = WideText(value);
-    return text.substr(0, text.find(L'\0'));
+    return clus::TextInBuffer(value.data(), value.size(), 0);
 }
 
 Json TextsOf(const Bytes& value) {
     Json texts = Json::array();
-    std::wstring rest = WideText(value);
-    while (!rest.empty() && rest[0] != L'\0') {
-        const size_t end = rest.find(L'\0');
-        texts.push_back(rest.substr(0, end));
-        rest.erase(0, end == std::wstring::npos ? end : end + 1);
+    size_t at = 0;
+    for (std::wstring text = TextOf(value); !text.empty(); text = clus::TextInBuffer(value.data(), value.size(), at)) {
+        at += (text.size() + 1) * sizeof(wchar_t);
+        texts.push_back(text);
     }
     return texts;
 }
@@ -104,23 +95,17 @@ Json ValueJson(DWORD syntax, const Bytes& value) {
 // CLUSPROP_SYNTAX_DISK_GUID, which older platform headers lack.
 const DWORD SyntaxDiskGuid = 0x000B0003;
 
-// Offsets in CLUS_PARTITION_INFO.
-const size_t PartitionDeviceAt = 4;
-const size_t PartitionLabelAt = 524;
-const size_t PartitionTextBytes = MAX_PATH * sizeof(wchar_t);
-
-std::wstring TextAt(const Bytes& value, size_t offset) {
-    if (value.size() < offset + PartitionTextBytes) {
+std::wstring PartitionText(const Bytes& value, size_t offset) {
+    if (value.size() < offset + clus::PartitionTextSize) {
         throw Failure("the cluster gave a partition record that is too short");
     }
-    const auto begin = value.begin() + static_cast<Bytes::difference_type>(offset);
-    return TextOf(Bytes(begin, begin + static_cast<Bytes::difference_type>(PartitionTextBytes)));
+    return clus::TextInBuffer(value.data(), offset + clus::PartitionTextSize, offset);
 }
 
 Json PartitionJson(const Bytes& value) {
     Json partition;
-    partition["device"] = TextAt(value, PartitionDeviceAt);
-    const std::wstring label = TextAt(value, PartitionLabelAt);
+    partition["device"] = PartitionText(value, clus::PartitionDeviceOffset);
+    const std::wstring label = PartitionText(value, clus::PartitionLabelOffset);
     if (!label.empty()) {
         partition["label"] = label;
     }
