@@ -2,9 +2,9 @@
 #include "clus_VeritasCluster.h"
 
 #include "core/Text.h"
+#include "core/VeritasNames.h"
 #include "platform/Log.h"
 #include "settings/ProductSettings.h"
-#include "veritas/Names.h"
 
 #include <algorithm>
 #include <limits>
@@ -17,6 +17,26 @@ using namespace clus::veritas;
 namespace {
 
 const std::size_t HostServicePosition = 1; // in the order of switching on
+const wchar_t EmptyQuotes[] = L"\"\"";
+
+// Positions in the default attribute lists.
+enum RegRepParam {
+    RegRepMountResName,
+    RegRepReplicationDirectory,
+    RegRepKeys,
+    RegRepParamCount = 6
+};
+enum ServiceParam {
+    ServiceDelayAfterOnline,
+    ServiceDelayAfterOffline,
+    ServiceUserAccount,
+    ServicePassword,
+    ServiceDomain,
+    ServiceLanmanResName,
+    ServiceUseVirtualName,
+    ServiceServiceName,
+    ServiceParamCount = 10
+};
 
 std::wstring Quoted(const std::wstring& text) {
     return L"\"" + text + L"\"";

@@ -4,10 +4,10 @@
 #include "core/Text.h"
 #include "core/ToolOutput.h"
 #include "core/UniqueNames.h"
+#include "core/VeritasNames.h"
 #include "platform/Log.h"
 #include "platform/RegistryKey.h"
 #include "settings/ProductSettings.h"
-#include "veritas/Names.h"
 
 CLUS_LOG_PLACE(VeritasCluster, 3);
 

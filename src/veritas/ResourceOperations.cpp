@@ -2,8 +2,8 @@
 #include "clus_VeritasCluster.h"
 
 #include "core/Text.h"
+#include "core/VeritasNames.h"
 #include "platform/Log.h"
-#include "veritas/Names.h"
 
 #include "CommonUtil.h"
 

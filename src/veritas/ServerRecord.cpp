@@ -2,7 +2,7 @@
 #include "clus_VeritasCluster.h"
 
 #include "core/Text.h"
-#include "veritas/Names.h"
+#include "core/VeritasNames.h"
 
 using clus::TextOf;
 using namespace clus::veritas;

@@ -3,9 +3,9 @@
 
 #include "core/Text.h"
 #include "core/UniqueNames.h"
+#include "core/VeritasNames.h"
 #include "platform/Log.h"
 #include "settings/ProductSettings.h"
-#include "veritas/Names.h"
 
 #include "CommonUtil.h"
 

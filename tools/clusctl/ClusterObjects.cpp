@@ -1,10 +1,11 @@
 #include "ClusterObjects.h"
 
 #include "ClusterApi.h"
-#include "ProductNames.h"
 #include "PropertyJson.h"
 #include "StateNames.h"
 #include "Text.h"
+
+#include "core/ResourceTypes.h"
 
 #include <cstring>
 
@@ -111,7 +112,7 @@ void ReadResourceDetail(HRESOURCE resource, ResourceParts parts, Json& record, R
         MaskSecretProperties(properties);
     }
     record["privateProperties"] = properties;
-    if (record["type"] == Json(NetworkNameType)) {
+    if (record["type"] == Json(clus::NetworkNameType)) {
         record["networkName"] =
             ReadText(resource, CLUSCTL_RESOURCE_GET_NETWORK_NAME, "cannot read the network name" + of, report);
     }

@@ -2,7 +2,6 @@
 
 #include "CommandLine.h"
 #include "Password.h"
-#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 #include "VcsDryRun.h"
@@ -12,6 +11,7 @@
 #include "VcsTools.h"
 
 #include "common/Text.h"
+#include "core/VeritasNames.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -23,6 +23,8 @@ const Columns ProductColumns = {
     {"service", "SERVICE"},
     {"result", "RESULT"},
 };
+
+using namespace clus::veritas;
 
 namespace {
 
@@ -180,9 +182,9 @@ struct Member {
 std::vector<Member> MembersOf(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
     std::vector<Member> members = {{info.sRegRepResName, std::wstring()},
                                    {info.sHostServiceResName, HostService},
-                                   {info.sSAServiceResName, AttendantService}};
+                                   {info.sSAServiceResName, SAService}};
     if (options.quarantine) {
-        members.push_back({info.sQAVMonitorResName, QuarantineService});
+        members.push_back({info.sQAVMonitorResName, QAVMonitorService});
     }
     if (options.remoteConfig) {
         members.push_back({info.sRemoteConfigResName, RemoteConfigService});

@@ -1,7 +1,6 @@
 // "vcs product ...": the product's resources on VCS: creating, listing and switching them.
 #include "CommandLine.h"
 #include "Password.h"
-#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 #include "ThisComputer.h"
@@ -13,8 +12,12 @@
 #include "VcsStates.h"
 #include "VcsTools.h"
 
+#include "core/VeritasNames.h"
+
 #include <cstdint>
 #include <memory>
+
+using namespace clus::veritas;
 
 namespace {
 
@@ -89,7 +92,7 @@ Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
         throw Failure("the group " + Quoted(group) +
                       " has no RegRep resource of the product to depend on: 'clusctl vcs product create' makes it");
     }
-    return AddService(log, info, QuarantineService, options.wait, [&options](int timeout) {
+    return AddService(log, info, QAVMonitorService, options.wait, [&options](int timeout) {
         return CVeritasCluster().CreateQAVResourceAndTurnItOn(options.networkName.c_str(), timeout);
     });
 }

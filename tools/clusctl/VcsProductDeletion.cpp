@@ -1,6 +1,5 @@
 #include "VcsProductDeletion.h"
 
-#include "ProductNames.h"
 #include "Progress.h"
 #include "Text.h"
 #include "VcsDryRun.h"
@@ -11,16 +10,17 @@
 #include "VcsStates.h"
 #include "VcsTools.h"
 
+#include "core/VeritasNames.h"
+
 #include <algorithm>
 #include <memory>
 
+using namespace clus::veritas;
+
 namespace {
 
-const wchar_t RegRepType[] = L"RegRep";
-const wchar_t KeysAttribute[] = L"Keys";
-
 // Those that depend on others of the set first.
-const wchar_t* const ServicesInOrder[] = {RemoteConfigService, QuarantineService, AttendantService, HostService};
+const wchar_t* const ServicesInOrder[] = {RemoteConfigService, QAVMonitorService, SAService, HostService};
 
 struct Member {
     std::wstring name;

@@ -1,7 +1,6 @@
 // "vcs resource ...", "vcs encrypt", "vcs mode": changing VCS resource by resource.
 #include "CommandLine.h"
 #include "Password.h"
-#include "ProductNames.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsMode.h"
@@ -10,10 +9,13 @@
 #include "VcsValues.h"
 
 #include "common/Text.h"
+#include "core/VeritasNames.h"
 
 #include <clus_VeritasCluster.h>
 
 #include <memory>
+
+using namespace clus::veritas;
 
 namespace {
 

@@ -1,13 +1,16 @@
 // "vcs servers", "vcs storage": the Exchange virtual servers on VCS and their storage.
 #include "CommandLine.h"
-#include "ProductNames.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTools.h"
 
+#include "core/VeritasNames.h"
+
 #include <memory>
+
+using namespace clus::veritas;
 
 namespace {
 

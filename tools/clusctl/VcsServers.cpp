@@ -1,8 +1,11 @@
 #include "VcsServers.h"
 
-#include "ProductNames.h"
 #include "Text.h"
 #include "VcsTools.h"
+
+#include "core/VeritasNames.h"
+
+using namespace clus::veritas;
 
 CVeritasVirtualServerInfo FindVcsServer(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot find the virtual server of the group " + Quoted(group);
@@ -77,8 +80,9 @@ VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
 }
 
 VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group, const std::wstring& service) {
-    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
-                        {{GroupAttribute, group}, {TypeAttribute, L"GenericService"}, {L"ServiceName", service}});
+    return ListVcsNames(
+        log, &CVeritasCluster::EnumResourceNamesW, "resources",
+        {{GroupAttribute, group}, {TypeAttribute, GenericServiceType}, {ServiceNameAttribute, service}});
 }
 
 VcsNames ListVcsGroups(const LogCapture& log) {

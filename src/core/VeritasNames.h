@@ -1,6 +1,6 @@
 // Names that VCS, Exchange and the product give to services, agents and attributes.
-#ifndef CLUS_VERITAS_NAMES_H
-#define CLUS_VERITAS_NAMES_H
+#ifndef CLUS_CORE_VERITASNAMES_H
+#define CLUS_CORE_VERITASNAMES_H
 
 namespace clus::veritas {
 
@@ -25,27 +25,6 @@ const wchar_t ServiceNameAttribute[] = L"ServiceName";
 const wchar_t VirtualNameAttribute[] = L"VirtualName";
 const wchar_t KeysAttribute[] = L"Keys";
 const wchar_t ReplicationDirectoryAttribute[] = L"ReplicationDirectory";
-
-const wchar_t EmptyQuotes[] = L"\"\"";
-
-// Positions in the default attribute lists.
-enum RegRepParam {
-    RegRepMountResName,
-    RegRepReplicationDirectory,
-    RegRepKeys,
-    RegRepParamCount = 6
-};
-enum ServiceParam {
-    ServiceDelayAfterOnline,
-    ServiceDelayAfterOffline,
-    ServiceUserAccount,
-    ServicePassword,
-    ServiceDomain,
-    ServiceLanmanResName,
-    ServiceUseVirtualName,
-    ServiceServiceName,
-    ServiceParamCount = 10
-};
 
 } // namespace clus::veritas
 
