@@ -65,7 +65,7 @@ void AddGroup(ModelText& model, std::size_t group) {
 
 } // namespace
 
-void LoadCluster(std::size_t resources) {
+std::string ClusterText(std::size_t resources) {
     std::string groups;
     ModelText model;
     for (std::size_t group = 0; group < resources / ResourcesPerGroup; ++group) {
@@ -74,9 +74,13 @@ void LoadCluster(std::size_t resources) {
                   R"(", "owner": ")" + (group % 2 == 0 ? "." : "OTHERNODE") + "\"}";
         AddGroup(model, group);
     }
-    const std::string json = R"({"cluster": {"name": "BENCHCLUSTER"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
-"groups": [)" + groups + "],\n\"resources\": [" +
-                             model.Text() + "]}\n";
+    return R"({"cluster": {"name": "BENCHCLUSTER"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
+"groups": [)" +
+           groups + "],\n\"resources\": [" + model.Text() + "]}\n";
+}
+
+void LoadCluster(std::size_t resources) {
+    const std::string json = ClusterText(resources);
     char error[512] = "";
     if (!ClusSimLoadModel(json.c_str(), error, sizeof(error))) {
         throw std::runtime_error(std::string("the simulator refuses the model: ") + error);

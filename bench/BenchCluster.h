@@ -7,13 +7,17 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <string>
 
 namespace bench {
 
 // Groups of ten resources, one of them the product's; every second group is on this node.
 const std::size_t ResourcesPerGroup = 10;
 
-// Loads a cluster of so many resources (a multiple of ten). Throws std::runtime_error when the simulator refuses it.
+// The model text of a cluster of so many resources (a multiple of ten).
+std::string ClusterText(std::size_t resources);
+
+// Loads that cluster. Throws std::runtime_error when the simulator refuses it.
 void LoadCluster(std::size_t resources);
 
 // "IsCluster" is 1 under the product's key while one lives; then it is what it was before.

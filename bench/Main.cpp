@@ -1,9 +1,10 @@
-// clusutil_bench [cluster|veritas]: what the library costs on top of the platform calls it needs.
+// clusutil_bench [cluster|veritas|clusctl]: what the library costs on top of the platform calls it needs.
 //
 // Library and bare calls run in turns in this process, on the same simulated cluster; the figures are medians.
 #include "BareCalls.h"
 #include "BareSupport.h"
 #include "BenchCluster.h"
+#include "BenchCommands.h"
 #include "BenchVeritas.h"
 #include "Measurement.h"
 
@@ -162,18 +163,27 @@ void MeasureCluster() {
 
 int main(int argumentCount, char** arguments) {
     const std::string part = argumentCount == 2 ? arguments[1] : "";
-    if (argumentCount > 2 || (argumentCount == 2 && part != "cluster" && part != "veritas")) {
-        std::fprintf(stderr, "usage: clusutil_bench [cluster|veritas]\n");
+    const bool isBare = argumentCount == 3 && std::string(arguments[1]) == "bare"; // a process of the third part
+    if (!isBare &&
+        (argumentCount > 2 || (argumentCount == 2 && part != "cluster" && part != "veritas" && part != "clusctl"))) {
+        std::fprintf(stderr, "usage: clusutil_bench [cluster|veritas|clusctl]\n");
         return 2;
     }
     SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", L"off"); // read with the first log line
     SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", nullptr);
     try {
-        if (part != "veritas") {
+        if (isBare) {
+            bench::RunBareCommand(arguments[2]);
+            return 0;
+        }
+        if (part.empty() || part == "cluster") {
             MeasureCluster();
         }
-        if (part != "cluster") {
+        if (part.empty() || part == "veritas") {
             bench::MeasureVeritas();
+        }
+        if (part.empty() || part == "clusctl") {
+            bench::MeasureCommands();
         }
         return 0;
     } catch (const std::exception& error) {

@@ -130,8 +130,9 @@ private:
 
 // The name as the cluster writes it; the caller's letter case may differ.
 std::wstring StoredName(const Names& names, const std::wstring& wanted) {
+    const std::wstring key = common::Folded(wanted);
     for (const std::wstring& name : names) {
-        if (common::Folded(name) == common::Folded(wanted)) {
+        if (common::Folded(name) == key) {
             return name;
         }
     }

@@ -7,6 +7,9 @@
 #include "ThisComputer.h"
 
 #include <cstring>
+#include <string>
+#include <unordered_map>
+#include <utility>
 
 namespace {
 
@@ -63,7 +66,7 @@ public:
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
             model["groups"].push_back(ReadGroupModel(name));
         }
-        model["resources"] = resources;
+        model["resources"] = std::move(resources);
         return model;
     }
 
@@ -122,7 +125,6 @@ private:
         const HRESOURCE handle = resource.GetResourceHandle();
         const Placement placement = ReadPlacement(handle, name);
         const Json type = SystemText(resource, CClusterResource::RES_PROP_TYPE, name);
-        AddType(type, handle, name);
         Json model;
         model["name"] = name;
         model["type"] = type;
@@ -133,23 +135,25 @@ private:
         model["possibleOwners"] = NodeNames(Related(resource, CLUSTER_RESOURCE_ENUM_NODES, name));
         AddProperties(model, "common", handle, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, name);
         AddProperties(model, "private", handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, name);
-        if (ResourceClass(handle) == CLUS_RESCLASS_STORAGE) {
+        if (ClassOf(type, handle, name) == CLUS_RESCLASS_STORAGE) {
             model["disk"] =
                 DiskJson(Query(handle, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, "the disk information", name));
         }
         return model;
     }
 
-    void AddType(const Json& type, HRESOURCE resource, const std::wstring& name) {
-        for (const Json& known : m_types) {
-            if (known["name"] == type) {
-                return;
-            }
+    // Asks the first resource of each type, and adds the type to the model.
+    DWORD ClassOf(const Json& type, HRESOURCE resource, const std::wstring& name) {
+        const auto known = m_classes.find(type.get<std::string>());
+        if (known != m_classes.end()) {
+            return known->second;
         }
         const std::vector<unsigned char> answer = Query(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, "the class", name);
         DWORD numbers[2] = {}; // class, subclass
         std::memcpy(numbers, answer.data(), answer.size() < sizeof(numbers) ? answer.size() : sizeof(numbers));
         m_types.push_back({{"name", type}, {"class", numbers[0]}, {"subclass", numbers[1]}});
+        m_classes.emplace(type.get<std::string>(), numbers[0]);
+        return numbers[0];
     }
 
     static void AddProperties(Json& model, const char* member, HRESOURCE resource, DWORD controlCode,
@@ -190,6 +194,7 @@ private:
     const CCluster& m_cluster;
     const std::wstring m_thisComputer;
     Json m_types = Json::array();
+    std::unordered_map<std::string, DWORD> m_classes; // by type
 };
 
 } // namespace

@@ -293,7 +293,7 @@ Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
 }
 
 bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
-    answer.resize(512);
+    answer.resize(2048); // what fits takes one call: the common properties, or a disk with one partition
     for (;;) {
         DWORD needed = 0;
         code = ClusterResourceControl(resource, nullptr, controlCode, nullptr, 0, answer.data(),
