@@ -91,6 +91,12 @@ public:
     //     servers.resize(result == CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS ? count : 0);
     ENUM_VS_RESULT EnumServersOnCurrentNode(CClusterVirtualServerInfo* pBuffer, int* pCount);
 
+    // The same, with the same calls of the cluster. Replaces `leftOut` by the names of the resources that may make a
+    // server of this node and are not in the list: they cannot be opened or described, or their type or owner cannot
+    // be read. Untouched when the cluster could not be read.
+    ENUM_VS_RESULT EnumServersOnCurrentNodeEx(CClusterVirtualServerInfo* pBuffer, int* pCount,
+                                              std::list<std::wstring>& leftOut);
+
     // Finds the server of this node that `request.m_wsNameOrIP` denotes. On false `info` must not be used.
     bool QueryServerInfo(const CClusterVirtualServerLookupRequest& request, CClusterVirtualServerInfo& info);
 

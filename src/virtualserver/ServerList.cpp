@@ -16,26 +16,112 @@ using clus::IsProductType;
 
 namespace {
 
-// Whether a resource is the product's and owned by this node. `state` is valid then.
-bool IsServedHere(CClusterResource& resource, const wchar_t* name, const ComputerName& computer,
-                  CClusterResource::RES_STATE& state) {
+typedef std::list<CClusterVirtualServerInfo> Records; // large ones: a list never holds them twice while it grows
+typedef std::list<std::wstring> Names;
+
+enum class Served {
+    Here,
+    NotHere,
+    Unknown // it cannot be read far enough
+};
+
+// Whether a resource is the product's and owned by this node. `state` is valid when it is.
+Served WhereServed(CClusterResource& resource, const wchar_t* name, const ComputerName& computer,
+                   CClusterResource::RES_STATE& state) {
     const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
     if (!type) {
         LOG_WARNING(L"cannot get resource type for res:%s, skip this resource.", name);
-        return false;
+        return Served::Unknown;
     }
     if (!IsProductType(type)) {
         LOG_INFO(L"Skip resource %s:%s", name, type);
-        return false;
+        return Served::NotHere;
     }
     LOG_INFO(L"Process resource %s:%s...", name, type);
     std::wstring owner;
     state = resource.GetResourceState(&owner, nullptr);
     if (owner != computer.c_str()) {
         LOG_INFO(L"This resource: %s is online on node:%s, skip.", name, owner.c_str());
+        return owner.empty() ? Served::Unknown : Served::NotHere;
+    }
+    return Served::Here;
+}
+
+// Appends the record of a resource that makes a server of this node. False when it may make one and cannot be read.
+bool AppendServer(const CCluster& cluster, const std::wstring& name, const ComputerName& computer, Records& servers) {
+    LOG_INFO(L"Opening resource:");
+    LOG_INFO(L"%s", name.c_str());
+    CClusterResource resource;
+    if (!cluster.OpenResourceByName(resource, name.c_str())) {
+        LOG_WARNING(L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
         return false;
     }
+    CClusterResource::RES_STATE state = CClusterResource::RES_STATE_UNKNOWN;
+    const Served served = WhereServed(resource, name.c_str(), computer, state);
+    if (served != Served::Here) {
+        return served == Served::NotHere;
+    }
+    servers.emplace_back();
+    servers.back().m_bIsOnline = state == CClusterResource::RES_STATE_ONLINE;
+    if (!CVirtualServerUtil::GetVirtualServerInfo(resource.GetResourceHandle(), servers.back(), true, false)) {
+        LOG_WARNING(L"Warning, GetVirtualServerInfo for server %s fail, code: %d", name.c_str(), GetLastError());
+        servers.pop_back();
+        return false;
+    }
+    LOG_INFO(L"adding resource %s to the return server list.", name.c_str());
     return true;
+}
+
+// Appends the servers of this node and, if asked for, the names of the resources that may make one and cannot be read.
+bool ReadServers(CCluster& cluster, Records& servers, Names* leftOut) {
+    if (!cluster.OpenByLPC()) {
+        LOG_ERROR(L"Cannot open cluster by LPC.");
+        return false;
+    }
+    Names names;
+    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
+        LOG_ERROR(L"Cannot enum names on the cluster");
+        return false;
+    }
+    LOG_INFO(L"EnumNames, returns %d resources.", static_cast<int>(names.size()));
+    ComputerName computer;
+    if (!computer.Read()) {
+        LOG_ERROR(L"Cannot GetComputerName, code: %d", GetLastError());
+        return false;
+    }
+    LOG_INFO(L"Current node is: %s", computer.c_str());
+    for (const std::wstring& name : names) {
+        if (!AppendServer(cluster, name, computer, servers) && leftOut) {
+            leftOut->push_back(name);
+        }
+    }
+    return true;
+}
+
+// Lists the virtual servers of this node; `leftOut`, which may be null, is only appended to.
+CVirtualServerUtil::ENUM_VS_RESULT ListVirtualServers(CClusterVirtualServerInfo* pBuffer, int* pCount, Names* leftOut) {
+    LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()");
+    CCluster cluster;
+    Records servers;
+    if (!ReadServers(cluster, servers, leftOut)) {
+        return CVirtualServerUtil::ENUM_VS_RESULT_FAIL;
+    }
+    const int count = static_cast<int>(servers.size());
+    if (!pBuffer) {
+        *pCount = count;
+        LOG_INFO(L"Returning virtual server count %d only.", count);
+        return CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA;
+    }
+    if (*pCount < count) {
+        *pCount = count; // before the line is logged, so that both numbers in it are the count
+        LOG_INFO(L"The buffer is supplied with %d space, but %d is needed, returning ENUM_VS_RESULT_MORE_DATA", *pCount,
+                 count);
+        return CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA;
+    }
+    *pCount = count;
+    std::copy(servers.begin(), servers.end(), pBuffer);
+    LOG_INFO(L"Returning %d virtual servers data.", count);
+    return CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS;
 }
 
 } // namespace
@@ -49,6 +135,19 @@ CVirtualServerUtil::ENUM_VS_RESULT CVirtualServerUtil::EnumServersOnCurrentNode(
     }
     LOG_INFO(L"m_bIsCluster is false, enumerating normal servers.");
     return EnumNormalServerOnCurrentNode_(pBuffer, pCount);
+}
+
+CVirtualServerUtil::ENUM_VS_RESULT CVirtualServerUtil::EnumServersOnCurrentNodeEx(CClusterVirtualServerInfo* pBuffer,
+                                                                                  int* pCount,
+                                                                                  std::list<std::wstring>& leftOut) {
+    LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::EnumServersOnCurrentNodeEx()");
+    Names found;
+    const ENUM_VS_RESULT result =
+        m_bIsCluster ? ListVirtualServers(pBuffer, pCount, &found) : EnumNormalServerOnCurrentNode_(pBuffer, pCount);
+    if (result != ENUM_VS_RESULT_FAIL) {
+        leftOut.swap(found);
+    }
+    return result;
 }
 
 CVirtualServerUtil::ENUM_VS_RESULT
@@ -65,62 +164,5 @@ CVirtualServerUtil::EnumNormalServerOnCurrentNode_(CClusterVirtualServerInfo* pB
 
 CVirtualServerUtil::ENUM_VS_RESULT
 CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(CClusterVirtualServerInfo* pBuffer, int* pCount) {
-    LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_()");
-    CCluster cluster;
-    if (!cluster.OpenByLPC()) {
-        LOG_ERROR(L"Cannot open cluster by LPC.");
-        return ENUM_VS_RESULT_FAIL;
-    }
-    std::list<std::wstring> names;
-    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
-        LOG_ERROR(L"Cannot enum names on the cluster");
-        return ENUM_VS_RESULT_FAIL;
-    }
-    LOG_INFO(L"EnumNames, returns %d resources.", static_cast<int>(names.size()));
-    ComputerName computer;
-    if (!computer.Read()) {
-        LOG_ERROR(L"Cannot GetComputerName, code: %d", GetLastError());
-        return ENUM_VS_RESULT_FAIL;
-    }
-    LOG_INFO(L"Current node is: %s", computer.c_str());
-
-    std::list<CClusterVirtualServerInfo> servers; // records are large: a list never holds them twice while it grows
-    for (const std::wstring& name : names) {
-        LOG_INFO(L"Opening resource:");
-        LOG_INFO(L"%s", name.c_str());
-        CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_WARNING(L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
-            continue;
-        }
-        CClusterResource::RES_STATE state = CClusterResource::RES_STATE_UNKNOWN;
-        if (!IsServedHere(resource, name.c_str(), computer, state)) {
-            continue;
-        }
-        servers.emplace_back();
-        servers.back().m_bIsOnline = state == CClusterResource::RES_STATE_ONLINE;
-        if (!GetVirtualServerInfo(resource.GetResourceHandle(), servers.back(), true, false)) {
-            LOG_WARNING(L"Warning, GetVirtualServerInfo for server %s fail, code: %d", name.c_str(), GetLastError());
-            servers.pop_back();
-            continue;
-        }
-        LOG_INFO(L"adding resource %s to the return server list.", name.c_str());
-    }
-
-    const int count = static_cast<int>(servers.size());
-    if (!pBuffer) {
-        *pCount = count;
-        LOG_INFO(L"Returning virtual server count %d only.", count);
-        return ENUM_VS_RESULT_MORE_DATA;
-    }
-    if (*pCount < count) {
-        *pCount = count; // before the line is logged, so that both numbers in it are the count
-        LOG_INFO(L"The buffer is supplied with %d space, but %d is needed, returning ENUM_VS_RESULT_MORE_DATA", *pCount,
-                 count);
-        return ENUM_VS_RESULT_MORE_DATA;
-    }
-    *pCount = count;
-    std::copy(servers.begin(), servers.end(), pBuffer);
-    LOG_INFO(L"Returning %d virtual servers data.", count);
-    return ENUM_VS_RESULT_SUCCESS;
+    return ListVirtualServers(pBuffer, pCount, nullptr);
 }

@@ -1,6 +1,9 @@
 // EnumServersOnCurrentNode: which servers, the count protocol, the log, the calls.
 #include "ServerFixture.h"
 
+#include <array>
+#include <list>
+
 using namespace harness;
 using ::testing::Contains;
 using ::testing::ElementsAre;
@@ -182,6 +185,78 @@ TEST_F(ServerList, LeavesOutAResourceThatCannotBeOpened) {
     Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007, 1, FaultMode::FromThenOn);
     EXPECT_THAT(ServerNames(), ElementsAre(L"EVS2"));
     EXPECT_THAT(TakeMessages(), Contains("W Warning, open resource EVS1 Product fail, code: 5007").Times(2));
+}
+
+// The names that the list is told to lack, joined by commas.
+std::string LeftOut() {
+    Util util;
+    std::array<Info, 3> records;
+    int count = static_cast<int>(records.size());
+    std::list<std::wstring> names = {L"before"};
+    EXPECT_EQ(util.EnumServersOnCurrentNodeEx(records.data(), &count, names), Util::ENUM_VS_RESULT_SUCCESS);
+    std::string text;
+    for (const std::wstring& name : names) {
+        text += (text.empty() ? "" : ", ") + Utf8(name);
+    }
+    return text;
+}
+
+TEST_F(ServerList, TellsWhatItLeavesOut) {
+    ClusterOf(ThreeServers());
+    EXPECT_EQ(LeftOut(), "");
+    Platform().FailCall("OpenClusterResource(EVS1 IP)", 5);
+    EXPECT_EQ(LeftOut(), "EVS1 IP");
+    AddFault("ClusterResourceControl@EVS1 Name#1=5");
+    EXPECT_EQ(LeftOut(), "EVS1 Name");
+    AddFault("GetClusterResourceState@EVS1 Product#1=5");
+    EXPECT_EQ(LeftOut(), "EVS1 Product");
+    AddFault("GetClusterResourceState@EVS3 Product#1=5"); // of another node
+    EXPECT_EQ(LeftOut(), "EVS3 Product");
+    AddFault("ResUtilGetResourceDependency=5");
+    EXPECT_EQ(LeftOut(), "EVS1 Product, EVS2 Product");
+}
+
+TEST_F(ServerList, TellsWhatItLeavesOutWhateverTheRoom) {
+    ClusterOf(ThreeServers());
+    AddFault("OpenClusterResource@EVS2 Product=5");
+    Util util;
+    Info record;
+    int count = 0;
+    std::list<std::wstring> names;
+    EXPECT_EQ(util.EnumServersOnCurrentNodeEx(nullptr, &count, names), Util::ENUM_VS_RESULT_MORE_DATA);
+    EXPECT_THAT(names, ElementsAre(L"EVS2 Product"));
+    count = 0;
+    EXPECT_EQ(util.EnumServersOnCurrentNodeEx(&record, &count, names), Util::ENUM_VS_RESULT_MORE_DATA);
+    EXPECT_THAT(names, ElementsAre(L"EVS2 Product"));
+}
+
+TEST_F(ServerList, TellsNothingOfAClusterThatCannotBeRead) {
+    ClusterOf(ThreeServers());
+    Platform().FailCall("ClusterOpenEnum", 5);
+    Util util;
+    Info record;
+    int count = 1;
+    std::list<std::wstring> names = {L"before"};
+    EXPECT_EQ(util.EnumServersOnCurrentNodeEx(&record, &count, names), Util::ENUM_VS_RESULT_FAIL);
+    EXPECT_THAT(names, ElementsAre(L"before"));
+}
+
+TEST_F(ServerList, OfAPlainServerLeavesOutNothing) {
+    PlainServer();
+    EXPECT_EQ(LeftOut(), "");
+}
+
+TEST_F(ServerList, ThatTellsWhatItLeavesOutAsksNothingMore) {
+    ClusterOf(ThreeServers());
+    Util util;
+    std::array<Info, 2> records;
+    int count = 2;
+    Forget();
+    ASSERT_EQ(util.EnumServersOnCurrentNode(records.data(), &count), Util::ENUM_VS_RESULT_SUCCESS);
+    const std::vector<std::string> calls = TakeClusterCalls();
+    std::list<std::wstring> names;
+    ASSERT_EQ(util.EnumServersOnCurrentNodeEx(records.data(), &count, names), Util::ENUM_VS_RESULT_SUCCESS);
+    EXPECT_EQ(TakeClusterCalls(), calls);
 }
 
 TEST_F(ServerList, LeavesOutAResourceWithoutType) {

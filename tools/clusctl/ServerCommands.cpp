@@ -2,8 +2,11 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
-#include "LogCapture.h"
+#include "ResourcesHere.h"
+#include "ServersLeftOut.h"
 #include "Text.h"
+
+#include "core/ResourceTypes.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -32,41 +35,44 @@ Json ServerRecord(const CClusterVirtualServerInfo& info) {
     return record;
 }
 
-// Asks for the count first and again as long as the cluster grows in between.
-std::vector<CClusterVirtualServerInfo> ListServers() {
+// Why the library could list nothing: it only says that it could not.
+[[noreturn]] void FailToList() {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
+    throw Failure(Errors::Incomplete, "the cluster's resources could not be listed, and can be now").Hint("Ask again.");
+}
+
+// One question as long as a node serves no more than is usual. What the list lacks is told to the report.
+std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
+    const size_t usual = 64;
     CVirtualServerUtil util;
-    int count = 0;
-    std::vector<CClusterVirtualServerInfo> servers;
-    CVirtualServerUtil::ENUM_VS_RESULT result = util.EnumServersOnCurrentNode(nullptr, &count);
+    std::vector<CClusterVirtualServerInfo> servers(usual);
+    auto count = static_cast<int>(servers.size());
+    Names leftOut;
+    CVirtualServerUtil::ENUM_VS_RESULT result = util.EnumServersOnCurrentNodeEx(servers.data(), &count, leftOut);
     while (result == CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA) {
-        // One record at least: without servers there would be no buffer, and that asks for the count again.
-        servers.resize(static_cast<size_t>(count > 0 ? count : 1));
-        count = static_cast<int>(servers.size());
-        result = util.EnumServersOnCurrentNode(servers.data(), &count);
+        servers.resize(static_cast<size_t>(count));
+        result = util.EnumServersOnCurrentNodeEx(servers.data(), &count, leftOut);
     }
     if (result != CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS) {
-        throw Failure("cannot list the servers of this node");
+        FailToList();
     }
     servers.resize(static_cast<size_t>(count));
+    TellServersLeftOut(leftOut, report);
     return servers;
 }
 
 Report Servers() {
+    Report report;
     Json records = Json::array();
-    for (const CClusterVirtualServerInfo& info : ListServers()) {
+    for (const CClusterVirtualServerInfo& info : ListServers(report)) {
         records.push_back(ServerRecord(info));
     }
-    Report report;
-    report.AddTable("servers", records, ServerColumns, "This node serves no server at present.");
+    report.AddTable("servers", records, ServerColumns,
+                    report.IsComplete() ? "This node serves no server at present."
+                                        : "No server of this node can be described.");
     return report;
-}
-
-// After a "not found": throws when the reason is that the cluster does not answer.
-void RequireAnswer() {
-    if (CVirtualServerUtil::CheckIsClusterByRegKey()) {
-        CCluster cluster;
-        OpenLocalCluster(cluster);
-    }
 }
 
 Report Query(const std::wstring& nameOrAddress) {
@@ -75,7 +81,12 @@ Report Query(const std::wstring& nameOrAddress) {
     CVirtualServerUtil util;
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!util.QueryServerInfo(request, *info)) {
-        RequireAnswer();
+        Report unread;
+        ListServers(unread);
+        if (!unread.IsComplete()) {
+            throw Failure(Errors::Incomplete, "cannot tell whether this node serves " + Quoted(nameOrAddress) + ": " +
+                                                  unread.Warnings().front());
+        }
         throw Failure(Errors::ServerNotFound,
                       "this node serves no server with the name or address " + Quoted(nameOrAddress));
     }
@@ -112,14 +123,17 @@ Report SmtpInstances(const std::wstring& networkName) {
     return report;
 }
 
-Report StoreOnline(const LogCapture& log) {
-    {
-        CCluster cluster;
-        OpenLocalCluster(cluster);
-    }
+Report StoreOnline() {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
     const bool isOnline = CVirtualServerUtil::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode();
-    if (!isOnline && !log.Problems().empty()) {
-        throw Failure("cannot tell whether an Exchange store is online on this node");
+    if (!isOnline) {
+        Report unread;
+        ReadResourcesHere(cluster, clus::InformationStoreType, unread); // the library skips what it cannot read
+        if (!unread.IsComplete()) {
+            throw Failure(Errors::Incomplete,
+                          "cannot tell whether an Exchange store is online on this node: " + unread.Warnings().front());
+        }
     }
     Report report;
     report.AddSentence("storeOnline", isOnline,
@@ -148,5 +162,6 @@ void AddServerCommands(CommandLine& commandLine) {
     CommandLine::AddText(instances, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
         .required();
 
-    commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node", StoreOnline);
+    commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node",
+                    [](const LogCapture&) { return StoreOnline(); });
 }

@@ -1,0 +1,86 @@
+#include "ServersLeftOut.h"
+
+#include "PropertyJson.h"
+#include "Text.h"
+#include "ThisComputer.h"
+
+#include "core/ResourceTypes.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <memory>
+
+namespace {
+
+const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
+
+// Whether a private property is there, and not empty. Otherwise `why` says what it lacks.
+bool HasProperty(HRESOURCE resource, const wchar_t* name, const std::string& what, std::string& why) {
+    std::vector<unsigned char> list;
+    DWORD code = 0;
+    if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, list, code)) {
+        why = "the private properties of " + what + " cannot be read: " + ErrorText(code);
+        return false;
+    }
+    const Json properties = PropertiesJson(list);
+    const auto found = properties.find(Json(name).get<std::string>());
+    if (found == properties.end() || *found == Json("")) {
+        why = what + " has no " + Printable(name);
+        return false;
+    }
+    return true;
+}
+
+std::string WhyNotDescribed(CClusterResource& resource) {
+    std::string why;
+    CClusterResource networkName;
+    CClusterResource address;
+    if (!resource.GetResourceDependencyByType(networkName, clus::NetworkNameType)) {
+        return "it depends on no network name that can be read";
+    }
+    if (!networkName.GetResourceDependencyByType(address, clus::IpAddressType)) {
+        return "its network name depends on no IP address that can be read";
+    }
+    if (!HasProperty(resource.GetResourceHandle(), DataPathProperty, "it", why) ||
+        !HasProperty(address.GetResourceHandle(), L"Address", "its IP address", why)) {
+        return why;
+    }
+    return "the cluster does not describe its network name";
+}
+
+void TellLeftOut(const CCluster& cluster, const std::wstring& name, Report& report) {
+    const std::string what = "a server may be left out: ";
+    CClusterResource resource(OpenClusterResource(cluster.GetHandle(), name.c_str()));
+    if (resource.GetResourceHandle() == nullptr) {
+        MarkUnread(report, what + "cannot open the resource " + Quoted(name), GetLastError());
+        return;
+    }
+    Report unread;
+    const Json record = ReadResource(cluster, name, ResourceParts::Line, unread);
+    if (!unread.IsComplete()) {
+        report.MarkIncomplete(what + unread.Warnings().front());
+        return;
+    }
+    if (!clus::IsProductType(common::ToUtf16(record["type"].get<std::string>()).c_str()) ||
+        !IsThisComputer(common::ToUtf16(record["owner"].get<std::string>()))) {
+        return; // it can be read now, and makes no server of this node
+    }
+    const auto info = std::make_unique<CClusterVirtualServerInfo>();
+    const bool isDescribed = CVirtualServerUtil::GetVirtualServerInfo(resource.GetResourceHandle(), *info, true, false);
+    report.MarkIncomplete(
+        "the server of " + Quoted(name) + " is left out: " +
+        (isDescribed ? "it could not be read, and can be now: ask again" : WhyNotDescribed(resource)));
+}
+
+} // namespace
+
+void TellServersLeftOut(const Names& resources, Report& report) {
+    if (resources.empty()) {
+        return;
+    }
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    for (const std::wstring& name : resources) {
+        TellLeftOut(cluster, name, report);
+    }
+}
