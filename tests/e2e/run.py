@@ -249,7 +249,8 @@ class Case:
             pass
         os.close(primary)
         text = re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8"))
-        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: (?:[a-z]+ pending|stopped)), \d+ s", text))
+        words = re.sub(r"\x1b\[\d*[A-Za-z]", "", text)
+        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: (?:[a-z]+ pending|stopped)), \d+ s", words))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
         return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {process.wait()}]\n"
 

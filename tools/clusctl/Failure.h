@@ -54,7 +54,7 @@ constexpr ErrorKind Interrupted = {"interrupted", ExitInterrupted};
 // The kind of failure that a Win32 code of the cluster or the system stands for; `otherwise` when it stands for none.
 const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise);
 
-// A command could not do its work; what() is the sentence for the user. main adds the library's own lines.
+// A command could not do its work; what() is the sentence for the user.
 class Failure : public std::runtime_error {
 public:
     explicit Failure(const std::string& what) : Failure(Errors::Failed, what) {

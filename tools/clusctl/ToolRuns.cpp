@@ -6,7 +6,6 @@ namespace {
 
 const char CommandMark[] = "Command line: ";
 const char SecretCommand[] = "Command line is ***";
-const char LeavingText[] = "CVeritasCluster::ExecuteVeritasCommand_";
 
 // One blank between words, none at the ends.
 std::string Tidy(const std::string& text) {
@@ -58,6 +57,7 @@ void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
             run.firstLine = FirstLine(run.output);
         }
         runs.m_runs.push_back(run);
+        runs.m_last = run.command;
     } catch (...) {
         runs.m_isOneLost = true; // for want of memory
     }
@@ -80,15 +80,11 @@ std::vector<ToolRun> ToolRuns::Since(size_t first) const {
 void ToolRuns::TakeLine(const std::string& line) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (StartsWith(line, CommandMark) || line == SecretCommand) {
-        m_begun = line == SecretCommand ? "vcsencrypt -agent ***" : Tidy(line.substr(sizeof(CommandMark) - 1));
-        m_hasEnded = false;
-    } else if (line == LeavingText) {
-        m_hasEnded = true;
+        m_last = line == SecretCommand ? "vcsencrypt -agent ***" : Tidy(line.substr(sizeof(CommandMark) - 1));
     }
 }
 
-std::string ToolRuns::LastBegun(bool& hasEnded) const {
+std::string ToolRuns::Last() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    hasEnded = m_hasEnded;
-    return m_begun;
+    return m_last;
 }

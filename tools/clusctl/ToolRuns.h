@@ -34,8 +34,9 @@ public:
 
     // One line of the log, secrets masked: tells which tool runs, for a progress line.
     void TakeLine(const std::string& line);
-    // The command that was begun last, and whether it has ended. Other threads may ask while tools run.
-    std::string LastBegun(bool& hasEnded) const;
+    // The command that was begun last, or has ended last where the log does not tell what begins. Other threads may ask
+    // while tools run.
+    std::string Last() const;
 
 private:
     static void Receive(const CVeritasToolRun& run, void* context);
@@ -43,8 +44,7 @@ private:
     mutable std::mutex m_mutex;
     std::vector<ToolRun> m_runs;
     bool m_isOneLost = false;
-    std::string m_begun;
-    bool m_hasEnded = true;
+    std::string m_last;
 };
 
 #endif

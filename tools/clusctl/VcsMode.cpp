@@ -1,6 +1,15 @@
 #include "VcsMode.h"
 
+#include "VcsTools.h"
+
 #include <clus_VeritasCluster.h>
+
+namespace {
+
+const char WritableAlready[] = "10364"; // numbers of VCS messages
+const char ReadOnlyAlready[] = "10369";
+
+} // namespace
 
 OpenConfiguration::OpenConfiguration(bool isWanted) : m_isWanted(isWanted) {
     if (m_isWanted) {
@@ -16,6 +25,25 @@ OpenConfiguration::~OpenConfiguration() {
         CVeritasCluster().SwitchToReadOnlyMode();
     } catch (...) {
         // Out of memory, perhaps while another exception is on its way: that one matters.
+    }
+}
+
+bool OpenConfiguration::IsWritable(const LogCapture& log) {
+    const ToolWatch watch(log);
+    CVeritasCluster().SwitchToReadWriteMode();
+    return watch.HasMessage(WritableAlready);
+}
+
+bool OpenConfiguration::IsReadOnly(const LogCapture& log) {
+    const ToolWatch watch(log);
+    CVeritasCluster().SwitchToReadOnlyMode();
+    return watch.HasMessage(ReadOnlyAlready);
+}
+
+void OpenConfiguration::RequireClosed(const LogCapture& log, bool isWanted, const std::string& what) {
+    if (isWanted && !IsReadOnly(log)) {
+        throw Failure(Errors::Refused, what + ": the change is made, but the configuration was not read-only again")
+            .Hint("'clusctl vcs mode ro' writes it to disk and closes it.");
     }
 }
 

@@ -3,11 +3,13 @@
 #include "CommandLine.h"
 #include "Password.h"
 #include "Progress.h"
+#include "Services.h"
 #include "Text.h"
 #include "VcsDryRun.h"
 #include "VcsMode.h"
 #include "VcsRehearsal.h"
 #include "VcsServers.h"
+#include "VcsStates.h"
 #include "VcsTools.h"
 
 #include "common/Text.h"
@@ -129,21 +131,32 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
     return plan;
 }
 
-void CreateSet(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info, const Plan& plan) {
+// Without switching it on: there the library waits for the host service, with the configuration open.
+void CreateSet(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+    const Progress progress(log, DescribeProgress(log));
+    CVeritasVirtualServerInfo info = plan.info;
+    info.bGroupOnline = false;
+    const OpenConfiguration open(options.opens);
     CVeritasCluster().CreateKOVAResources(info, options.quarantine, options.remoteConfig,
                                           plan.isAccountGiven ? options.accountGroup.c_str() : nullptr,
                                           plan.isAccountGiven ? options.accountUser.c_str() : nullptr,
                                           plan.isAccountGiven ? plan.password.c_str() : nullptr);
 }
 
-// A group that is not online is not switched on by the library: nor is the host service waited for, which there is none
-// of in a rehearsal.
-void RehearseSet(const ProductCreateOptions& options, const Plan& plan) {
-    CVeritasVirtualServerInfo info = plan.info;
-    info.bGroupOnline = false;
-    CreateSet(options, info, plan);
-    if (plan.info.bGroupOnline) {
-        RehearseSwitchingOn(options, plan.info);
+// As the library does it in a group that is online. A rehearsal has no service to wait for.
+void SwitchSetOn(const LogCapture& log, const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
+    if (!info.bGroupOnline) {
+        return;
+    }
+    for (const std::wstring& name :
+         CVeritasCluster::KOVAResourcesInSwitchOnOrder(info, options.quarantine, options.remoteConfig)) {
+        {
+            const Progress progress(log, DescribeProgress(log));
+            CVeritasCluster().TurnOnOrOffResource(name.c_str(), info.sOnlineNode.c_str(), true);
+        }
+        if (name == info.sHostServiceResName && !options.isDryRun) {
+            AwaitService(log, HostService, static_cast<std::uint32_t>(options.delayOnline));
+        }
     }
 }
 
@@ -177,24 +190,31 @@ bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
 struct Member {
     std::wstring name;
     std::wstring service; // none of the registry replication
+    VcsNames children;    // what it depends on
 };
 
 std::vector<Member> MembersOf(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
-    std::vector<Member> members = {{info.sRegRepResName, std::wstring()},
-                                   {info.sHostServiceResName, HostService},
-                                   {info.sSAServiceResName, SAService}};
+    const std::wstring& regRep = info.sRegRepResName;
+    const std::wstring& host = info.sHostServiceResName;
+    std::vector<Member> members = {{regRep, std::wstring(), {info.sMountResName}},
+                                   {host, HostService, {info.sExchangeResName, regRep}},
+                                   {info.sSAServiceResName, SAService, {regRep}}};
     if (options.quarantine) {
-        members.push_back({info.sQAVMonitorResName, QAVMonitorService});
+        members.push_back({info.sQAVMonitorResName, QAVMonitorService, {regRep}});
     }
     if (options.remoteConfig) {
-        members.push_back({info.sRemoteConfigResName, RemoteConfigService});
+        members.push_back({info.sRemoteConfigResName, RemoteConfigService, {host}});
     }
     return members;
 }
 
+std::string NotComplete(const ProductCreateOptions& options) {
+    return "the product's resources of " + Quoted(options.group) + " are not set up completely";
+}
+
 // Asks again what has become of the set: the library reports success whatever the tools printed.
 Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan, const ToolWatch& watch) {
-    const std::string what = "the product's resources of " + Quoted(options.group) + " are not set up completely";
+    const std::string what = NotComplete(options);
     std::vector<ToolProblem> problems;
     for (const ToolProblem& problem : watch.Problems()) {
         if (!IsThereAlready(problem, plan.before)) {
@@ -210,9 +230,39 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
         if (!Contains(after, member.name)) {
             throw Failure(what + ": " + Quoted(member.name) + " is missing");
         }
+        if (!member.service.empty() &&
+            !Contains(ListResourcesOfService(log, plan.info.sGroupName, member.service), member.name)) {
+            throw Failure(what + ": " + Quoted(member.name) + " does not run the service " + Quoted(member.service));
+        }
+        for (const std::wstring& child : member.children) {
+            RequireDependency(member.name, child,
+                              what + ": " + Quoted(member.name) + " does not depend on " + Quoted(child));
+        }
         records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
     }
+    if (!Contains(ListRegistryReplications(log, plan.info.sGroupName), plan.info.sRegRepResName)) {
+        throw Failure(what + ": " + Quoted(plan.info.sRegRepResName) + " does not replicate the product's key");
+    }
     return records;
+}
+
+// In a group that is online they were switched on.
+void WarnOfWhatIsNotOn(const LogCapture& log, const ProductCreateOptions& options,
+                       const CVeritasVirtualServerInfo& info, Report& report) {
+    if (!info.bGroupOnline) {
+        return;
+    }
+    const bool isAwaited = !options.isDryRun && options.delayOnline > 0;
+    const bool isRunning = isAwaited && IsRunningHere(HostService);
+    for (const Member& member : MembersOf(options, info)) {
+        if (!member.service.empty()) {
+            const bool isShownSoon = isRunning && member.service == HostService;
+            WarnUnlessOnline(log, member.name, info.sOnlineNode, Deadline(isShownSoon ? SettleTime : 0), report);
+        }
+    }
+    if (isAwaited && !isRunning) {
+        report.AddWarning("the service " + Quoted(HostService) + " is " + ServiceStateHere(HostService));
+    }
 }
 
 } // namespace
@@ -229,20 +279,15 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     }
     Plan plan = MakePlan(log, options, dryRun.get());
     const ToolWatch watch(log);
-    {
-        const Progress progress(log, DescribeProgress(log, HostService));
-        const OpenConfiguration open(options.opens);
-        if (dryRun != nullptr) {
-            RehearseSet(options, plan);
-        } else {
-            CreateSet(options, plan.info, plan);
-        }
-    }
+    CreateSet(log, options, plan);
     Forget(plan.password);
+    SwitchSetOn(log, options, plan.info);
     const std::vector<ToolRun> runs = watch.Runs();
     Report report = dryRun == nullptr ? Report() : RehearsalReport(runs, *dryRun);
     try {
         report.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
+        OpenConfiguration::RequireClosed(log, options.opens, NotComplete(options));
+        WarnOfWhatIsNotOn(log, options, plan.info, report);
     } catch (const Failure& failure) {
         if (dryRun == nullptr) {
             throw;

@@ -2,6 +2,7 @@
 #include "CommandLine.h"
 #include "Password.h"
 #include "Progress.h"
+#include "Services.h"
 #include "Text.h"
 #include "ThisComputer.h"
 #include "VcsCommands.h"
@@ -23,6 +24,7 @@ namespace {
 
 const std::uint32_t UsualTimeout = 120; // seconds
 const std::uint32_t LongestTimeout = 2147483;
+const int NoWait = 0; // in the library, which would keep the configuration open meanwhile
 
 struct WaitOptions {
     std::uint32_t timeout = 0;
@@ -45,66 +47,78 @@ struct SwitchOptions {
 };
 
 // The library looks for the service on this computer only.
-int TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
-    const std::uint32_t seconds = wait.isTimeoutGiven ? wait.timeout : IsThisComputer(system) ? UsualTimeout : 0;
-    return static_cast<int>(seconds * 1000);
+std::uint32_t TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
+    return wait.isTimeoutGiven ? wait.timeout : IsThisComputer(system) ? UsualTimeout : 0;
 }
 
-// The library's result does not tell.
-void RequireStarted(const std::wstring& service, int timeout) {
-    if (timeout > 0 && ServiceStateHere(service) != "running") {
+void RequireStarted(const LogCapture& log, const std::wstring& service, std::uint32_t timeout) {
+    if (timeout > 0 && !AwaitService(log, service, timeout)) {
         throw Failure(Errors::TimedOut, "the resource was switched on, but the service " + Quoted(service) + " is " +
                                             ServiceStateHere(service));
     }
 }
 
-// Runs one of the members that add a service's resource and switch it on, and tells what became of it.
+// Runs one of the members that add a service's resource above `child` and switch it on, and asks what became of it.
 Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const wchar_t* service,
-                  const WaitOptions& wait, const std::function<bool(int timeout)>& add) {
+                  const std::wstring& child, const WaitOptions& wait, const std::function<bool()>& add) {
     const std::wstring& group = info.sGroupName;
-    std::wstring before;
-    CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), service, before);
-    const int timeout = TimeoutOf(wait, info.sOnlineNode);
+    const bool existed = !ListResourcesOfService(log, group, service).empty();
     const std::string what = "cannot add the resource of the service " + Quoted(service) + " to " + Quoted(group);
     const ToolWatch watch(log);
     bool isAdded = false;
     {
-        const Progress progress(log, DescribeProgress(log, service));
+        const Progress progress(log, DescribeProgress(log));
         const OpenConfiguration open(wait.opens);
-        isAdded = add(timeout);
+        isAdded = add();
     }
     watch.Require(isAdded, what);
-    std::wstring name;
-    if (!CVeritasCluster().GetGenericServiceResNameByServiceName(group.c_str(), service, name)) {
-        throw Failure(what);
+    const VcsNames names = ListResourcesOfService(log, group, service);
+    if (names.empty()) {
+        throw Failure(Errors::Refused, what + ": VCS shows none");
     }
-    RequireStarted(service, timeout);
+    if (!existed) {
+        RequireDependency(names.front(), child, what);
+    }
+    OpenConfiguration::RequireClosed(log, wait.opens, what);
+    const std::uint32_t timeout = TimeoutOf(wait, info.sOnlineNode);
+    RequireStarted(log, service, timeout);
     Report report;
-    report.AddTable("resources", Json::array({ProductRecord(name, service, !before.empty())}), ProductColumns,
+    report.AddTable("resources", Json::array({ProductRecord(names.front(), service, existed)}), ProductColumns,
                     std::string());
+    if (!info.sOnlineNode.empty()) { // else it was not switched on
+        WarnUnlessOnline(log, names.front(), info.sOnlineNode, Deadline(timeout > 0 ? SettleTime : 0), report);
+    }
     return report;
 }
 
 Report AddQuarantine(const LogCapture& log, const AddOptions& options) {
     const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
     const std::wstring& group = info.sGroupName;
-    if (FindRegistryReplication(log, group).resource.empty()) {
-        throw Failure("the group " + Quoted(group) +
-                      " has no RegRep resource of the product to depend on: 'clusctl vcs product create' makes it");
+    const std::wstring regRep = FindRegistryReplication(log, group).resource;
+    if (regRep.empty()) {
+        throw Failure(Errors::NotPossible, "the group " + Quoted(group) +
+                                               " has no RegRep resource of the product to depend on: " +
+                                               "'clusctl vcs product create' makes it");
     }
-    return AddService(log, info, QAVMonitorService, options.wait, [&options](int timeout) {
-        return CVeritasCluster().CreateQAVResourceAndTurnItOn(options.networkName.c_str(), timeout);
+    return AddService(log, info, QAVMonitorService, regRep, options.wait, [&options]() {
+        return CVeritasCluster().CreateQAVResourceAndTurnItOn(options.networkName.c_str(), NoWait);
     });
 }
 
 Report AddRemoteConfig(const LogCapture& log, const AddOptions& options) {
     const CVeritasVirtualServerInfo info = FindVcsServerByName(log, options.networkName);
+    const VcsNames hosts = ListResourcesOfService(log, info.sGroupName, HostService);
+    if (hosts.empty()) {
+        throw Failure(Errors::NotPossible, "the group " + Quoted(info.sGroupName) +
+                                               " has no resource of the host service to depend on: " +
+                                               "'clusctl vcs product create' makes it");
+    }
     std::wstring password = AsArgument(ReadPassword());
     EncryptForVcs(log, password); // else the library would go on with an empty password
-    return AddService(log, info, RemoteConfigService, options.wait, [&options, &password](int timeout) {
+    return AddService(log, info, RemoteConfigService, hosts.front(), options.wait, [&options, &password]() {
         const bool isAdded = CVeritasCluster().CreateRemoteConfigResourceAndTurnItOn(
             options.networkName.c_str(), options.accountGroup.c_str(), options.accountUser.c_str(), password.c_str(),
-            timeout);
+            NoWait);
         Forget(password);
         return isAdded;
     });
@@ -149,25 +163,25 @@ Report SwitchReport(const SwitchOptions& options, const std::wstring& resource, 
                         {"system", options.node},
                         {"resource", resource},
                         {"online", isOnline},
-                        {"state", state}},
-                       sentence + " VCS shows " + (state.empty() ? "no state" : Printable(state)) + ".");
+                        {"state", TextOrNull(state)}},
+                       sentence + " VCS shows " + ShownState(state) + ".");
     return report;
 }
 
 Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
-    const int timeout = TimeoutOf(options.wait, options.node);
     const std::string what =
         "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " on";
     const std::wstring resource = ResourceToSwitch(log, options, what);
     const ToolWatch watch(log);
     bool isThere = false;
     {
-        const Progress progress(log, DescribeProgress(log, options.service));
+        const Progress progress(log, DescribeProgress(log));
         isThere = CVeritasCluster().CheckIfGenericServiceResourceExistsAndTurnItOn(
-            options.group.c_str(), options.service.c_str(), options.node.c_str(), timeout);
+            options.group.c_str(), options.service.c_str(), options.node.c_str(), NoWait);
     }
     watch.Require(isThere, what);
-    RequireStarted(options.service, timeout);
+    const std::uint32_t timeout = TimeoutOf(options.wait, options.node);
+    RequireStarted(log, options.service, timeout);
     const std::wstring state = StateOn(ReadResourceStates(log, resource), options.node);
     return SwitchReport(options, resource, true, state,
                         "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) + " on at " +
@@ -182,7 +196,7 @@ Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
     const std::uint32_t timeout = options.wait.isTimeoutGiven ? options.wait.timeout : UsualTimeout;
     const ToolWatch watch(log);
     {
-        const Progress progress(log, DescribeProgress(log, options.service));
+        const Progress progress(log, DescribeProgress(log));
         const bool isDone = CVeritasCluster().TurnOnOrOffResource(resource.c_str(), options.node.c_str(), false);
         watch.Require(isDone, what);
         if (timeout > 0 && !AwaitOffline(log, resource, options.node, Deadline(timeout))) {

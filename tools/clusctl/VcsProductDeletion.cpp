@@ -35,23 +35,6 @@ bool IsMember(const Members& members, const std::wstring& name) {
     return std::any_of(members.begin(), members.end(), [&name](const Member& member) { return member.name == name; });
 }
 
-// The RegRep resources that replicate the product's key.
-VcsNames RegistryReplications(const LogCapture& log, const std::wstring& group) {
-    const std::wstring first = FindRegistryReplication(log, group).resource;
-    if (first.empty()) {
-        return VcsNames();
-    }
-    const Json key = ReadVcsAttribute(first, KeysAttribute);
-    VcsNames found;
-    for (const std::wstring& name : ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
-                                                 {{GroupAttribute, group}, {TypeAttribute, RegRepType}})) {
-        if (name == first || ReadVcsAttribute(name, KeysAttribute) == key) {
-            found.push_back(name);
-        }
-    }
-    return found;
-}
-
 Members FindMembers(const LogCapture& log, const std::wstring& group) {
     Members members;
     for (const wchar_t* const service : ServicesInOrder) {
@@ -59,7 +42,7 @@ Members FindMembers(const LogCapture& log, const std::wstring& group) {
             members.push_back({name, service, {}, {}});
         }
     }
-    for (const std::wstring& name : RegistryReplications(log, group)) {
+    for (const std::wstring& name : ListRegistryReplications(log, group)) {
         members.push_back({name, std::wstring(), {}, {}});
     }
     const ToolWatch watch(log);
@@ -201,7 +184,7 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     }
     try {
         {
-            const Progress progress(log, DescribeProgress(log, HostService));
+            const Progress progress(log, DescribeProgress(log));
             const OpenConfiguration open(options.opens);
             watch.Require(true, what);
             TakeOffline(log, members, options.timeout, what);
@@ -213,5 +196,7 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     } catch (const Failure& failure) {
         throw FailureWithReport(failure, report());
     }
-    return report();
+    const Report done = report();
+    OpenConfiguration::RequireClosed(log, options.opens, what);
+    return done;
 }

@@ -31,13 +31,6 @@ std::string Indented(const std::string& title, const Json& lines, const char* wh
 
 } // namespace
 
-void RehearseSwitchingOn(const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
-    for (const std::wstring& name :
-         CVeritasCluster::KOVAResourcesInSwitchOnOrder(info, options.quarantine, options.remoteConfig)) {
-        CVeritasCluster().TurnOnOrOffResource(name.c_str(), info.sOnlineNode.c_str(), true);
-    }
-}
-
 Report RehearsalReport(const std::vector<ToolRun>& runs, const VcsDryRun& dryRun) {
     Json commands = Json::array();
     for (const ToolRun& run : runs) {

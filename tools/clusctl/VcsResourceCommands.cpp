@@ -5,14 +5,17 @@
 #include "VcsCommands.h"
 #include "VcsMode.h"
 #include "VcsServers.h"
+#include "VcsStates.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
 #include "common/Text.h"
+#include "core/ToolSecrets.h"
 #include "core/VeritasNames.h"
 
 #include <clus_VeritasCluster.h>
 
+#include <map>
 #include <memory>
 
 using namespace clus::veritas;
@@ -50,6 +53,37 @@ struct SwitchOptions {
     std::wstring system;
 };
 
+// Whether VCS shows the value that was set. What VCS makes of lists and of several words is its own affair.
+bool IsSet(const Json& shown, const std::wstring& value) {
+    const bool isQuoted = value.size() > 1 && value.front() == L'"' && value.back() == L'"';
+    const std::wstring wanted = isQuoted ? value.substr(1, value.size() - 2) : value;
+    if (wanted.empty()) {
+        return shown.is_null();
+    }
+    const bool isOneWord = wanted.find_first_of(L" \t\"\\{}") == std::wstring::npos && wanted.front() != L'-';
+    return !shown.is_null() &&
+           (!isOneWord || shown == common::ToUtf8(clus::SecretMask) || shown == common::ToUtf8(wanted));
+}
+
+void RequireAsAsked(const AddOptions& options, const VcsNames& children, const Json& record, const std::string& what) {
+    if (record.at("type") != common::ToUtf8(options.type) || record.at("group") != common::ToUtf8(options.group)) {
+        throw Failure(Errors::Refused, what + ": VCS shows no such resource");
+    }
+    if (!options.child.empty() && !Contains(children, options.child)) {
+        throw Failure(Errors::Refused, what + ": it does not depend on " + Quoted(options.child));
+    }
+    // The last value of a name counts.
+    std::map<std::string, std::wstring> last;
+    for (const auto& pair : options.attributes) {
+        last[common::ToUtf8(pair.first)] = pair.second;
+    }
+    for (const auto& pair : last) {
+        if (!IsSet(record.at("attributes").at(pair.first), pair.second)) {
+            throw Failure(Errors::Refused, what + ": VCS does not show the value given of " + Quoted(pair.first));
+        }
+    }
+}
+
 Report Add(const LogCapture& log, const AddOptions& options) {
     const CVeritasCluster cluster;
     const wchar_t* const name = options.name.c_str();
@@ -62,34 +96,24 @@ Report Add(const LogCapture& log, const AddOptions& options) {
     }
     watch.Require(true, what);
     // As VCS then holds it.
-    Json record;
-    record["name"] = options.name;
-    record["type"] = ReadVcsAttribute(options.name, TypeAttribute);
-    record["group"] = ReadVcsAttribute(options.name, GroupAttribute);
+    Json attributes = Json::object();
+    for (const auto& pair : options.attributes) {
+        attributes[common::ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
+    }
     VcsNames parents;
     VcsNames children;
     cluster.EnumResDependencies(name, parents, children);
-    record["dependsOn"] = children;
-    record["attributes"] = Json::object();
-    for (const auto& pair : options.attributes) {
-        record["attributes"][common::ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
-    }
-    watch.Require(!record["type"].is_null(), what);
-    if (!options.child.empty() && !Contains(children, options.child)) {
-        throw Failure(Errors::Refused, what + ": it does not depend on " + Quoted(options.child));
-    }
+    const Json record = {{"name", options.name},
+                         {"type", ReadVcsAttribute(options.name, TypeAttribute)},
+                         {"group", ReadVcsAttribute(options.name, GroupAttribute)},
+                         {"dependsOn", children},
+                         {"attributes", attributes}};
+    watch.Require(true, what);
+    RequireAsAsked(options, children, record, what);
+    OpenConfiguration::RequireClosed(log, options.opens, what);
     Report report;
     report.AddRecord("resource", record, ResourceTitles);
     return report;
-}
-
-// That VCS shows it, whatever the tool said.
-void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what) {
-    VcsNames parents;
-    VcsNames children;
-    if (!CVeritasCluster().EnumResDependencies(parent.c_str(), parents, children) || !Contains(children, child)) {
-        throw Failure(Errors::Refused, what + ": VCS shows no such dependency");
-    }
 }
 
 Report Link(const LogCapture& log, const LinkOptions& options) {
@@ -102,6 +126,7 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
     const std::string what = "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child);
     watch.Require(isDone, what);
     RequireDependency(options.parent, options.child, what);
+    OpenConfiguration::RequireClosed(log, options.opens, what);
     Report report;
     report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}},
                        Quoted(options.parent) + " depends on " + Quoted(options.child) + ".");
@@ -129,6 +154,7 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
     if (Contains(ListVcsResources(log), options.name)) {
         throw Failure(Errors::Refused, what + ": VCS shows it still");
     }
+    OpenConfiguration::RequireClosed(log, options.opens, what);
     Report report;
     report.AddSentence("deleted", Json::array({options.name}), "Deleted " + Quoted(options.name) + ".");
     return report;
@@ -139,10 +165,13 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
     const bool isDone = CVeritasCluster().TurnOnOrOffResource(options.name.c_str(), options.system.c_str(), isOnline);
     const std::string direction = isOnline ? "online" : "offline";
     watch.Require(isDone, "cannot switch " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system));
+    const std::wstring state = StateOn(ReadResourceStates(log, options.name), options.system);
     Report report;
-    report.AddSentence("switched", {{"resource", options.name}, {"system", options.system}, {"online", isOnline}},
-                       "VCS switches " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system) +
-                           "; the new state is not awaited.");
+    report.AddSentence(
+        "switched",
+        {{"resource", options.name}, {"system", options.system}, {"online", isOnline}, {"state", TextOrNull(state)}},
+        "VCS switches " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system) +
+            "; the new state is not awaited. VCS shows " + ShownState(state) + ".");
     return report;
 }
 
@@ -160,10 +189,12 @@ Report Encrypt(const LogCapture& log) {
 Report Mode(const LogCapture& log, const std::wstring& mode) {
     const bool opens = mode == L"rw";
     const ToolWatch watch(log);
-    const CVeritasCluster cluster;
-    const bool isDone = opens ? cluster.SwitchToReadWriteMode() : cluster.SwitchToReadOnlyMode();
-    watch.Require(isDone, opens ? "cannot open the configuration" : "cannot write and close the configuration");
-    const bool wasThere = watch.HasMessage(opens ? "10364" : "10369");
+    const bool wasThere = opens ? OpenConfiguration::IsWritable(log) : OpenConfiguration::IsReadOnly(log);
+    const std::string what = opens ? "cannot open the configuration" : "cannot write and close the configuration";
+    watch.Require(true, what);
+    if (!wasThere && !(opens ? OpenConfiguration::IsWritable(log) : OpenConfiguration::IsReadOnly(log))) {
+        throw Failure(Errors::Refused, what + ": VCS does not show the new mode");
+    }
     const std::string state = opens ? "open for writing" : "read-only";
     Report report;
     report.AddSentence("mode", {{"mode", mode}, {"changed", !wasThere}},

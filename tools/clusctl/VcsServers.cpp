@@ -45,6 +45,14 @@ VcsNames TopMountResources(const LogCapture& log, const std::wstring& group) {
     return names;
 }
 
+void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what) {
+    VcsNames parents;
+    VcsNames children;
+    if (!CVeritasCluster().EnumResDependencies(parent.c_str(), parents, children) || !Contains(children, child)) {
+        throw Failure(Errors::Refused, what + ": VCS shows no such dependency");
+    }
+}
+
 RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot find the registry replication of " + Quoted(group);
     const CVeritasCluster cluster;
@@ -55,6 +63,22 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
         isFound = cluster.GetKOVAShareDiskResNameByRegRepName(group.c_str(), found.resource.c_str(), found.disk);
     }
     watch.Require(isFound, what);
+    return found;
+}
+
+VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& group) {
+    const std::wstring first = FindRegistryReplication(log, group).resource;
+    if (first.empty()) {
+        return VcsNames();
+    }
+    const Json key = ReadVcsAttribute(first, KeysAttribute);
+    VcsNames found;
+    for (const std::wstring& name : ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                                                 {{GroupAttribute, group}, {TypeAttribute, RegRepType}})) {
+        if (name == first || ReadVcsAttribute(name, KeysAttribute) == key) {
+            found.push_back(name);
+        }
+    }
     return found;
 }
 

@@ -20,12 +20,18 @@ CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::
 // The MountV resources that the product's RegRep resource may depend on.
 VcsNames TopMountResources(const LogCapture& log, const std::wstring& group);
 
+// Throws Failure unless VCS shows the dependency, whatever a tool said.
+void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what);
+
 // The RegRep resource that replicates the product's key, and its disk; empty texts when there is none.
 struct RegistryReplication {
     std::wstring resource;
     std::wstring disk;
 };
 RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group);
+
+// All RegRep resources of the group that replicate it, that one first or not.
+VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& group);
 
 // A member of CVeritasCluster that lists names.
 typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePairList* filter) const;

@@ -8,12 +8,10 @@
 
 #include <algorithm>
 #include <sstream>
-#include <thread>
 
 namespace {
 
 const wchar_t StateAttribute[] = L"State";
-const std::chrono::seconds PollInterval(1);
 const char OnlineWord[] = "online";
 const char PartlyOnlineWord[] = "partly online";
 const char OfflineWord[] = "offline";
@@ -123,6 +121,10 @@ std::wstring StateOn(const SystemStates& states, const std::wstring& system) {
     return found == states.end() ? std::wstring() : found->state;
 }
 
+std::string ShownState(const std::wstring& state) {
+    return state.empty() ? "no state" : Printable(state);
+}
+
 bool IsOnline(const std::wstring& state) {
     return HasFlag(state, L"ONLINE");
 }
@@ -137,11 +139,17 @@ std::vector<std::wstring> OnlineSystems(const SystemStates& states) {
     return systems;
 }
 
-Deadline::Deadline(std::uint32_t seconds) : m_end(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)) {
-}
-
-bool Deadline::IsOver() const {
-    return std::chrono::steady_clock::now() >= m_end;
+void WarnUnlessOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                      const Deadline& deadline, Report& report) {
+    std::wstring state = StateOn(ReadResourceStates(log, resource), system);
+    while (!IsOnline(state) && !deadline.IsOver()) {
+        Pause();
+        state = StateOn(ReadResourceStates(log, resource), system);
+    }
+    if (!IsOnline(state)) {
+        report.AddWarning(Quoted(resource) + " was switched on at " + Quoted(system) + ", but VCS shows " +
+                          ShownState(state));
+    }
 }
 
 bool AwaitOffline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
@@ -150,7 +158,7 @@ bool AwaitOffline(const LogCapture& log, const std::wstring& resource, const std
         if (deadline.IsOver()) {
             return false;
         }
-        std::this_thread::sleep_for(PollInterval);
+        Pause();
     }
     return true;
 }

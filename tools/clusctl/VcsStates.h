@@ -2,11 +2,11 @@
 #ifndef CLUSCTL_VCSSTATES_H
 #define CLUSCTL_VCSSTATES_H
 
+#include "Deadline.h"
 #include "Json.h"
 #include "LogCapture.h"
+#include "Report.h"
 
-#include <chrono>
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -37,21 +37,19 @@ GroupState LastGroupState(const LogCapture& log, const std::wstring& group);
 // On one system; empty when there is none for it. Letter case counts.
 std::wstring StateOn(const SystemStates& states, const std::wstring& system);
 
+// For people: "no state" when it is empty.
+std::string ShownState(const std::wstring& state);
+
 // Whether a state says ONLINE, perhaps among others.
 bool IsOnline(const std::wstring& state);
 
 // The systems on which it is online.
 std::vector<std::wstring> OnlineSystems(const SystemStates& states);
 
-// A point in time from now on.
-class Deadline {
-public:
-    explicit Deadline(std::uint32_t seconds);
-    bool IsOver() const;
-
-private:
-    const std::chrono::steady_clock::time_point m_end;
-};
+// Asks until a resource that was switched on is online, and adds a warning to the report when it is not so at the
+// deadline.
+void WarnUnlessOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                      const Deadline& deadline, Report& report);
 
 // Asks until a resource is no longer online on a system. False when it is so at the deadline.
 bool AwaitOffline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,

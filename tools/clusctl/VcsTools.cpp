@@ -1,7 +1,6 @@
 #include "VcsTools.h"
 
 #include "Report.h"
-#include "StateNames.h"
 #include "Text.h"
 
 #include "common/Text.h"
@@ -199,31 +198,6 @@ std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password) 
     return encrypted;
 }
 
-std::string ServiceStateHere(const std::wstring& service) {
-    std::string state = "not installed here";
-    const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-    const SC_HANDLE handle =
-        manager == nullptr ? nullptr : OpenServiceW(manager, service.c_str(), SERVICE_QUERY_STATUS);
-    SERVICE_STATUS status = {};
-    if (handle != nullptr && QueryServiceStatus(handle, &status)) {
-        state = ServiceStateWord(status.dwCurrentState);
-    }
-    if (handle != nullptr) {
-        CloseServiceHandle(handle);
-    }
-    if (manager != nullptr) {
-        CloseServiceHandle(manager);
-    }
-    return state;
-}
-
-std::function<std::string()> DescribeProgress(const LogCapture& log, const std::wstring& service) {
-    return [&log, service]() {
-        bool hasEnded = false;
-        const std::string command = log.Tools().LastBegun(hasEnded);
-        if (hasEnded && StartsWith(command, "hares -online ")) {
-            return "service " + Printable(service) + ": " + ServiceStateHere(service);
-        }
-        return Shortened(command, LongestProgress);
-    };
+std::function<std::string()> DescribeProgress(const LogCapture& log) {
+    return [&log]() { return Shortened(log.Tools().Last(), LongestProgress); };
 }

@@ -57,10 +57,7 @@ private:
 // none.
 std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password);
 
-// "running", "start pending", "stopped", "not running" or "not installed here".
-std::string ServiceStateHere(const std::wstring& service);
-
-// For a progress line: the tool that runs, or the service that is awaited between the tools.
-std::function<std::string()> DescribeProgress(const LogCapture& log, const std::wstring& service);
+// For a progress line: the tool that runs.
+std::function<std::string()> DescribeProgress(const LogCapture& log);
 
 #endif

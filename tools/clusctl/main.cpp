@@ -41,23 +41,18 @@ Json NullIfEmpty(const std::string& text) {
     return text.empty() ? Json() : Json(text);
 }
 
-// `details` are the library's own lines, where the log hands them out.
-Json ErrorJson(const Failure& failure, const std::vector<std::string>& details) {
+Json ErrorJson(const Failure& failure) {
     Json error;
     error["code"] = failure.Kind().name;
     error["message"] = failure.what();
     error["reason"] = failure.Win32() == 0 ? Json() : NullIfEmpty(SystemText(failure.Win32()));
     error["win32"] = failure.Win32() == 0 ? Json() : Json(failure.Win32());
     error["hint"] = NullIfEmpty(failure.Hint());
-    error["details"] = details;
     return {{"error", error}};
 }
 
-std::string ErrorText(const Failure& failure, const std::vector<std::string>& details) {
-    std::string text = std::string("clusctl: ") + failure.what() + "\n";
-    for (const std::string& detail : details) {
-        text += "  " + detail + "\n";
-    }
+std::string ErrorText(const Failure& failure) {
+    const std::string text = std::string("clusctl: ") + failure.what() + "\n";
     return failure.Hint().empty() ? text : text + "  " + failure.Hint() + "\n";
 }
 
@@ -68,42 +63,59 @@ public:
         : m_output(output), m_errors(errors), m_isJson(isJson) {
     }
 
-    // Said whatever comes of the command.
-    void SetSimulated(const std::wstring& file) {
-        if (!file.empty()) {
-            m_errors.Write("clusctl: simulated: the answers come from " + Quoted(file) + "\n");
+    // Said whatever comes of the command: who answered, and the library's own lines, which are detail only.
+    void SetBesides(const std::wstring& simulatedBy, const std::vector<std::string>& log) {
+        if (!simulatedBy.empty()) {
+            m_errors.Write("clusctl: simulated: the answers come from " + Quoted(simulatedBy) + "\n");
         }
-        m_besides["simulated"] = TextOrNull(file);
+        m_log = log;
+        m_besides = {{"log", log}, {"simulated", TextOrNull(simulatedBy)}};
     }
 
     void Show(const Report& report) const {
-        for (const std::string& warning : report.Warnings()) {
-            m_errors.Write("clusctl: warning: " + warning + "\n");
-        }
+        ShowWarnings(report);
+        ShowLog();
         Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
     }
 
     // With what there is to show of the work done until then, if anything.
-    void Show(const Failure& failure, const std::vector<std::string>& details, const Report* halfway) const {
+    void Show(const Failure& failure, const Report* halfway) const {
         std::string text = halfway == nullptr ? std::string() : halfway->ToText();
         if (m_isJson) {
-            Json document = ErrorJson(failure, details);
+            Json document = ErrorJson(failure);
             document.update(m_besides);
             text = halfway == nullptr ? common::DumpJson(document) : halfway->ToJson(document);
         }
         try {
             Print(m_output, text);
         } catch (const Failure& unwritten) {
-            m_errors.Write(ErrorText(unwritten, {})); // the failure itself is told all the same
+            m_errors.Write(ErrorText(unwritten)); // the failure itself is told all the same
         }
-        m_errors.Write(ErrorText(failure, details));
+        if (halfway != nullptr) {
+            ShowWarnings(*halfway);
+        }
+        m_errors.Write(ErrorText(failure));
+        ShowLog();
     }
 
 private:
+    void ShowWarnings(const Report& report) const {
+        for (const std::string& warning : report.Warnings()) {
+            m_errors.Write("clusctl: warning: " + warning + "\n");
+        }
+    }
+
+    void ShowLog() const {
+        for (const std::string& line : m_log) {
+            m_errors.Write("clusctl: log: " + line + "\n");
+        }
+    }
+
     const Stream& m_output;
     const Stream& m_errors;
     bool m_isJson;
-    Json m_besides = {{"simulated", nullptr}};
+    std::vector<std::string> m_log;
+    Json m_besides = {{"log", Json::array()}, {"simulated", nullptr}};
 };
 
 ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
@@ -117,26 +129,26 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
         errors.Write(
             "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
     }
-    // Lines that have been shown as they came are not told again.
-    const auto details = [&log] { return log.IsShown() ? std::vector<std::string>() : log.Problems(); };
     Answer answer(output, errors, shared.json);
+    const auto setBesides = [&]() {
+        // Lines that have been shown as they came are not told again.
+        answer.SetBesides(SimulatedBy(commandLine.Asked()),
+                          log.IsShown() ? std::vector<std::string>() : log.Problems());
+    };
     try {
-        Report report = commandLine.Chosen()(log);
-        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
-        for (const std::string& problem : details()) {
-            report.AddWarning(problem);
-        }
+        const Report report = commandLine.Chosen()(log);
+        setBesides();
         answer.Show(report);
         return report.IsComplete() ? ExitDone : ExitIncomplete;
     } catch (const FailureWithReport& halfway) {
-        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
-        answer.Show(halfway, details(), &halfway.Shown());
+        setBesides();
+        answer.Show(halfway, &halfway.Shown());
         return halfway.Kind().exitCode;
     } catch (const WrongUsage&) {
         throw; // told with how the command is used
     } catch (const Failure& failure) {
-        answer.SetSimulated(SimulatedBy(commandLine.Asked()));
-        answer.Show(failure, details(), nullptr);
+        setBesides();
+        answer.Show(failure, nullptr);
         return failure.Kind().exitCode;
     }
 }
@@ -174,7 +186,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
     CommandLine commandLine;
     const auto fail = [&](const Failure& failure) {
         if (commandLine.Shared().json) {
-            output.Write(common::DumpJson(ErrorJson(failure, {})));
+            output.Write(common::DumpJson(ErrorJson(failure)));
         }
         return failure.Kind().exitCode;
     };
@@ -184,7 +196,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
         errors.Write(commandLine.UsageText(wrong.what()));
         return fail(wrong);
     } catch (const Failure& failure) {
-        errors.Write(ErrorText(failure, {}));
+        errors.Write(ErrorText(failure));
         return fail(failure);
     } catch (const std::exception& error) {
         errors.Write(std::string("clusctl: ") + error.what() + "\n");

@@ -1,0 +1,27 @@
+// How long this tool asks again and again.
+#ifndef CLUSCTL_DEADLINE_H
+#define CLUSCTL_DEADLINE_H
+
+#include <chrono>
+#include <cstdint>
+#include <thread>
+
+// A point in time from now on.
+class Deadline {
+public:
+    explicit Deadline(std::uint32_t seconds) : m_end(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)) {
+    }
+    bool IsOver() const {
+        return std::chrono::steady_clock::now() >= m_end;
+    }
+
+private:
+    const std::chrono::steady_clock::time_point m_end;
+};
+
+// Between two questions.
+inline void Pause() {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
+#endif
