@@ -2,6 +2,7 @@
 
 #include "BareSupport.h"
 #include "BenchCluster.h"
+#include "PrivateFolder.h"
 #include "ToolRuns.h"
 
 #include "ClusSimControl.h"
@@ -15,14 +16,7 @@ namespace bench {
 namespace {
 
 const int Rounds = 15;
-const wchar_t ModelFile[] = L"model.json"; // in the work folder
-
-std::wstring Folder() {
-    wchar_t path[MAX_PATH] = L"";
-    GetModuleFileNameW(nullptr, path, MAX_PATH - 1);
-    const std::wstring self = path;
-    return self.substr(0, self.rfind(L'\\') + 1);
-}
+const wchar_t ModelFile[] = L"model.json"; // in the current directory
 
 double Milliseconds(const FILETIME& kernel, const FILETIME& user) {
     const auto ticks = [](const FILETIME& time) {
@@ -71,8 +65,8 @@ double Median(std::vector<double> values) {
 }
 
 void MeasureCommand(const std::wstring& command, std::size_t resources) {
-    const std::wstring clusctl = L"\"" + Folder() + L"clusctl.exe\" " + command;
-    const std::wstring bare = L"\"" + Folder() + L"clusutil_bench.exe\" bare " + command;
+    const std::wstring clusctl = L"\"" + BenchFolder() + L"clusctl.exe\" " + command;
+    const std::wstring bare = L"\"" + BenchFolder() + L"clusutil_bench.exe\" bare " + command;
     std::vector<double> clusctlTimes, bareTimes;
     for (int round = 0; round < Rounds; ++round) {
         clusctlTimes.push_back(TimeOfRun(clusctl));
@@ -117,7 +111,7 @@ void WriteModelFile(std::size_t resources) {
 
 void MeasureCommands() {
     const ClusteredRegistry registry;
-    const WorkFolder folder;
+    const harness::PrivateFolder folder;
     SetEnvironmentVariableW(L"CLUSSIM_FILE", ModelFile);
     std::printf("\nclusctl on a model file: processor time of a process's first thread, medians of %d rounds in turns "
                 "with one that "

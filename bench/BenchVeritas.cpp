@@ -2,6 +2,7 @@
 
 #include "BareSupport.h"
 #include "Measurement.h"
+#include "PrivateFolder.h"
 #include "ToolRuns.h"
 
 #include "core/ToolOutput.h"
@@ -144,7 +145,7 @@ Result MeasureRun() {
 } // namespace
 
 void MeasureVeritas() {
-    const WorkFolder folder;
+    const harness::PrivateFolder folder; // the library writes its capture files into the current directory
     PrintRun(MeasureRun());
     std::vector<ListResult> lists;
     for (const std::size_t rows : {1000u, 10000u, 100000u}) {

@@ -9,24 +9,15 @@
 
 namespace bench {
 
-WorkFolder::WorkFolder() {
-    wchar_t temporary[MAX_PATH] = L"";
-    Require(GetCurrentDirectoryW(MAX_PATH, m_before) != 0 && GetTempPathW(MAX_PATH, temporary) != 0 &&
-                GetTempFileNameW(temporary, L"bch", 0, m_folder) != 0 && DeleteFileW(m_folder) &&
-                CreateDirectoryW(m_folder, nullptr) && SetCurrentDirectoryW(m_folder),
-            "cannot make a temporary folder");
-}
-
-WorkFolder::~WorkFolder() {
-    SetCurrentDirectoryW(m_before);
-    RemoveDirectoryW(m_folder);
-}
-
-std::wstring BenchToolPath() {
+std::wstring BenchFolder() {
     wchar_t path[MAX_PATH] = L"";
     GetModuleFileNameW(nullptr, path, MAX_PATH - 1);
     const std::wstring self = path;
-    return self.substr(0, self.rfind(L'\\') + 1) + L"clusutil_bench_tool.exe";
+    return self.substr(0, self.rfind(L'\\') + 1);
+}
+
+std::wstring BenchToolPath() {
+    return BenchFolder() + L"clusutil_bench_tool.exe";
 }
 
 std::size_t BareToolRun(const std::wstring& tool) {

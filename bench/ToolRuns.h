@@ -11,18 +11,8 @@
 
 namespace bench {
 
-// An empty folder of its own is the current directory while one lives.
-class WorkFolder {
-public:
-    WorkFolder();
-    ~WorkFolder();
-    WorkFolder(const WorkFolder&) = delete;
-    WorkFolder& operator=(const WorkFolder&) = delete;
-
-private:
-    wchar_t m_before[MAX_PATH] = L"";
-    wchar_t m_folder[MAX_PATH] = L"";
-};
+// The folder that the benchmark lies in, with a backslash at the end.
+std::wstring BenchFolder();
 
 // The path of the small tool that lies beside the benchmark and prints BenchToolBytes bytes.
 std::wstring BenchToolPath();

@@ -2,20 +2,25 @@
 #ifndef FOLDERTEST_H
 #define FOLDERTEST_H
 
+#include "common/TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 
 #include <string>
 
 class FolderTest : public testing::Test {
 protected:
-    FolderTest();
     ~FolderTest() override; // with what is in it
 
     std::wstring Path(const std::wstring& name) const {
-        return m_folder + L"\\" + name;
+        return m_temporary.File(name);
     }
 
-    std::wstring m_folder;
+private:
+    const common::TemporaryFolder m_temporary{L"common test folder"};
+
+protected:
+    const std::wstring& m_folder = m_temporary.Path();
 };
 
 #endif

@@ -2,7 +2,7 @@
 
 namespace harness {
 
-VeritasTest::VeritasTest() : tools(Platform()), m_folder(PrivateFolder::Use::CurrentDirectory) {
+VeritasTest::VeritasTest() : tools(Platform()) {
 }
 
 VeritasTest::~VeritasTest() = default;

@@ -6,17 +6,16 @@
 #include "ClusterTest.h"
 #include "ProductNames.h"
 
+#include "common/Json.h"
 #include "platform/ClusterApi.h"
 #include "clus_VirtualServerUtil.h"
-
-#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>
 
 namespace harness {
 
-typedef nlohmann::ordered_json Json;
+using common::Json;
 
 // The virtual server EVS1 without the product.
 inline ModelBuilder ExchangeServer() {

@@ -1,15 +1,10 @@
 #include "ModelFileFixture.h"
 
-#include <fstream>
+#include "common/Files.h"
 
-void ModelFile::SetUp() {
-    SimulatorTest::SetUp();
-    wchar_t folder[MAX_PATH];
-    GetTempPathW(MAX_PATH, folder);
-    m_folder = folder + (L"clussim-" + std::to_wstring(GetCurrentProcessId()));
-    ASSERT_TRUE(CreateDirectoryW(m_folder.c_str(), nullptr));
-    m_path = m_folder + L"\\model.json";
-}
+#include <gmock/gmock.h>
+
+#include <fstream>
 
 void ModelFile::TearDown() {
     SetEnvironmentVariableW(L"CLUSSIM_FILE", nullptr);
@@ -18,10 +13,11 @@ void ModelFile::TearDown() {
     SimulatorTest::TearDown();
     SetFileAttributesW(m_path.c_str(), FILE_ATTRIBUTE_NORMAL);
     RemoveDirectoryW((m_path + L".new").c_str());
-    for (const std::wstring& file : {m_path, m_path + L".new", m_folder + L"\\journal"}) {
+    for (const std::wstring& file : {m_path, m_path + L".new", m_journal}) {
         DeleteFileW(file.c_str());
     }
-    EXPECT_TRUE(RemoveDirectoryW(m_folder.c_str())) << "something is left beside the model file";
+    EXPECT_THAT(m_folder.Entries(), testing::IsEmpty()) << "left beside the model file";
+    EXPECT_TRUE(m_folder.Remove()) << "error " << GetLastError();
 }
 
 void ModelFile::Write(const std::string& text) {
@@ -29,16 +25,7 @@ void ModelFile::Write(const std::string& text) {
 }
 
 std::string ModelFile::Read() const {
-    const HANDLE file =
-        CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_EXISTING, 0, nullptr);
-    EXPECT_NE(file, INVALID_HANDLE_VALUE) << "error " << GetLastError();
-    std::string text(GetFileSize(file, nullptr), '\0');
-    DWORD cb = 0;
-    EXPECT_TRUE(ReadFile(file, &text[0], static_cast<DWORD>(text.size()), &cb, nullptr));
-    EXPECT_EQ(cb, text.size());
-    CloseHandle(file);
-    return text;
+    return common::ReadWholeFile(m_path);
 }
 
 void ModelFile::UseFile(const std::string& text) {

@@ -5,13 +5,14 @@
 #include "ChildProgram.h"
 #include "SimulatorTest.h"
 
+#include "common/TemporaryFolder.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
 
 class ModelFile : public SimulatorTest {
 protected:
-    void SetUp() override;
     void TearDown() override; // nothing left beside the file
 
     void Write(const std::string& text);
@@ -28,8 +29,12 @@ protected:
         return {{L"CLUSSIM_FILE", m_path}};
     }
 
-    std::wstring m_folder;
-    std::wstring m_path;
+private:
+    const common::TemporaryFolder m_folder{L"clussim"};
+
+protected:
+    const std::wstring m_path = m_folder.File(L"model.json");
+    const std::wstring m_journal = m_folder.File(L"journal");
 };
 
 #endif

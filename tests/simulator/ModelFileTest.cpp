@@ -1,7 +1,9 @@
 // The model in a file: reading, writing back, several processes at once.
 #include "ModelFileFixture.h"
 
-#include <fstream>
+#include "common/Files.h"
+
+#include <sstream>
 
 using testing::HasSubstr;
 
@@ -154,7 +156,7 @@ TEST_F(ModelFile, FaultsComeFromTheEnvironmentAndTheFile) {
 
 TEST_F(ModelFile, TheJournalFileTakesTheLinesOfAllProcesses) {
     Variables variables = OnFile();
-    variables[L"CLUSSIM_JOURNAL"] = m_folder + L"\\journal";
+    variables[L"CLUSSIM_JOURNAL"] = m_journal;
     Write(MailCluster);
     {
         Child first(L"create A 10", variables);
@@ -162,8 +164,7 @@ TEST_F(ModelFile, TheJournalFileTakesTheLinesOfAllProcesses) {
         EXPECT_EQ(first.Wait(), 0u);
         EXPECT_EQ(second.Wait(), 0u);
     }
-    const std::wstring path = m_folder + L"\\journal";
-    std::ifstream journal(std::string(path.begin(), path.end()));
+    std::istringstream journal(common::ReadWholeFile(m_journal));
     std::size_t creations = 0;
     for (std::string line; std::getline(journal, line);) {
         creations += nlohmann::json::parse(line)["call"] == "CreateClusterResource";

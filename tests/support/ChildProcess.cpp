@@ -1,5 +1,7 @@
 #include "ChildProcess.h"
 
+#include "common/Files.h"
+
 #include <cstring>
 #include <cwchar>
 
@@ -118,32 +120,8 @@ HANDLE StartLogWriter(const std::wstring& arguments, const Variables& variables)
     return process.hProcess;
 }
 
-TemporaryFile::TemporaryFile() {
-    static unsigned int s_count = 0;
-    wchar_t folder[MAX_PATH];
-    GetTempPathW(MAX_PATH, folder);
-    m_path = std::wstring(folder) + L"clusutil_log_" + std::to_wstring(GetCurrentProcessId()) + L"_" +
-             std::to_wstring(++s_count) + L".txt";
-    DeleteFileW(m_path.c_str());
-}
-
-TemporaryFile::~TemporaryFile() {
-    DeleteFileW(m_path.c_str());
-}
-
 std::string TemporaryFile::Bytes() const {
-    const HANDLE file =
-        CreateFileW(m_path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return std::string();
-    }
-    std::string bytes(GetFileSize(file, nullptr), '\0');
-    DWORD read = 0;
-    ReadFile(file, &bytes[0], static_cast<DWORD>(bytes.size()), &read, nullptr);
-    CloseHandle(file);
-    bytes.resize(read);
-    return bytes;
+    return common::FileExists(m_path) ? common::ReadWholeFile(m_path) : std::string();
 }
 
 std::vector<std::string> TemporaryFile::Lines() const {

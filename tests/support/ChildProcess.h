@@ -2,6 +2,8 @@
 #ifndef CHILDPROCESS_H
 #define CHILDPROCESS_H
 
+#include "common/TemporaryFolder.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -22,23 +24,19 @@ ChildResult RunLogWriter(const std::wstring& arguments, const Variables& variabl
 // Starts the program without a debugger. The caller waits for and closes the process handle; null on failure.
 HANDLE StartLogWriter(const std::wstring& arguments, const Variables& variables);
 
-// A file name in the temporary folder that is deleted at the end.
+// A file in a folder of its own, both of which are deleted at the end. There is none until somebody writes it.
 class TemporaryFile {
 public:
-    TemporaryFile();
-    ~TemporaryFile();
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
     const std::wstring& Path() const {
         return m_path;
     }
-    std::string Bytes() const;
+    std::string Bytes() const; // empty when there is no file
     // Lines without "\r\n"; fails the test when the file does not end with one.
     std::vector<std::string> Lines() const;
 
 private:
-    std::wstring m_path;
+    const common::TemporaryFolder m_folder{L"clusutil-log"};
+    const std::wstring m_path = m_folder.File(L"log.txt");
 };
 
 #endif

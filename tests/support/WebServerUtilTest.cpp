@@ -1,5 +1,7 @@
 #include "WebServerUtil.h"
 
+#include "common/Files.h"
+
 #include <string>
 
 #include <gtest/gtest.h>
@@ -58,11 +60,7 @@ protected:
     }
 
     static void Write(const std::wstring& path, const std::string& bytes) {
-        const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-        ASSERT_NE(INVALID_HANDLE_VALUE, file) << GetLastError();
-        DWORD written = 0;
-        EXPECT_TRUE(WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
-        CloseHandle(file);
+        common::WriteWholeFile(path, bytes);
     }
 
     static void ExpectSite(int site, const wchar_t* homeDir) {

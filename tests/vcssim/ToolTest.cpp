@@ -2,9 +2,6 @@
 
 #include "common/Files.h"
 
-#include <winsock2.h>
-#include <windows.h>
-
 #include <sstream>
 
 const char* const ToolTest::Sample = "include \"types.cf\"\n"
@@ -59,35 +56,14 @@ const char* const ToolTest::Sample = "include \"types.cf\"\n"
                                      "\t\t)\n";
 
 ToolTest::ToolTest() {
-    wchar_t temporary[MAX_PATH];
-    GetTempPathW(MAX_PATH, temporary);
-    static int count = 0;
-    m_folder =
-        std::wstring(temporary) + L"vcssim-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
-    CreateDirectoryW(m_folder.c_str(), nullptr);
     m_environment.mainCf = Path(L"");
     m_environment.options.lineEnd = "\n";
     WriteFile(L"", Sample);
     WriteFile(L".state.json", R"({"mode": "rw", "resources": {"G-Mount": {"NODE1": "ONLINE"}}})");
 }
 
-ToolTest::~ToolTest() {
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((m_folder + L"\\*").c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            const std::wstring path = m_folder + L"\\" + found.cFileName;
-            if (!DeleteFileW(path.c_str())) {
-                RemoveDirectoryW(path.c_str());
-            }
-        } while (FindNextFileW(search, &found));
-        FindClose(search);
-    }
-    RemoveDirectoryW(m_folder.c_str());
-}
-
 std::wstring ToolTest::Path(const std::wstring& suffix) const {
-    return m_folder + L"\\main.cf" + suffix;
+    return m_folder.File(L"main.cf" + suffix);
 }
 
 void ToolTest::WriteFile(const std::wstring& suffix, const std::string& bytes) const {

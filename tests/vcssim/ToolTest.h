@@ -4,6 +4,8 @@
 
 #include "Run.h"
 
+#include "common/TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 
 #include <string>
@@ -12,7 +14,6 @@
 class ToolTest : public ::testing::Test {
 protected:
     ToolTest();
-    ~ToolTest() override;
 
     // Two systems; group G with resources of several types, G-Mount online on NODE1; group H without a state.
     static const char* const Sample;
@@ -31,7 +32,7 @@ protected:
     std::vector<vcssim::OutputPiece> m_pieces;
 
 private:
-    std::wstring m_folder;
+    const common::TemporaryFolder m_folder{L"vcssim"};
 };
 
 #endif

@@ -2,8 +2,7 @@
 // child process: this program, running one of its own tests.
 #include "RealTools.h"
 
-#include <fstream>
-#include <iterator>
+#include "common/Files.h"
 
 using namespace harness;
 
@@ -28,7 +27,7 @@ TEST(VeritasSecretProcess, EncryptsWithTheLogAsItIsConfigured) {
 }
 
 TEST(VeritasSecret, TheDebugLogFileHoldsNeitherThePasswordNorItsEncryptedForm) {
-    const PrivateFolder folder(PrivateFolder::Use::CurrentDirectory);
+    const PrivateFolder folder;
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     std::wstring commandLine =
@@ -51,8 +50,7 @@ TEST(VeritasSecret, TheDebugLogFileHoldsNeitherThePasswordNorItsEncryptedForm) {
     EXPECT_EQ(exitCode, 0u);
     EXPECT_EQ(folder.Entries(), Names{L"log.txt"});
 
-    std::ifstream file("log.txt", std::ios::binary);
-    const std::string log{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string log = common::ReadWholeFile(folder.File(L"log.txt"));
     EXPECT_THAT(log, ::testing::HasSubstr("Command line is ***"));
     EXPECT_THAT(log, ::testing::HasSubstr("Result: ***"));
     EXPECT_THAT(log, ::testing::HasSubstr("Command line: haconf -makerw"));

@@ -11,6 +11,8 @@
 //   close               closes both outputs
 //   sleep:MILLISECONDS, set:EVENT, wait:EVENT
 //   exit:CODE           ends; kill:CODE ends at once
+#include "common/Environment.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -47,12 +49,6 @@ std::string Bytes(const std::wstring& text) {
         }
     }
     return bytes;
-}
-
-std::wstring Variable(const std::wstring& name) {
-    wchar_t text[4096];
-    const DWORD length = GetEnvironmentVariableW(name.c_str(), text, 4096);
-    return std::wstring(text, length < 4096 ? length : 0);
 }
 
 unsigned long Number(const std::wstring& text) {
@@ -101,7 +97,7 @@ void Act(const std::wstring& action) {
         GetCurrentDirectoryW(MAX_PATH, path);
         Write(std::wstring(path) + L"\n");
     } else if (verb == L"variable") {
-        Write(Variable(value) + L"\n");
+        Write(common::EnvironmentVariable(value.c_str()) + L"\n");
     } else if (verb == L"startup") {
         WriteStartup();
     } else if (verb == L"stdin") {
@@ -134,7 +130,7 @@ int main() {
     if (id != std::wstring::npos) {
         name += L"_" + commandLine.substr(id + 3, commandLine.find(L' ', id) - id - 3);
     }
-    const std::wstring actions = Variable(name) + L";";
+    const std::wstring actions = common::EnvironmentVariable(name.c_str()) + L";";
     for (std::size_t start = 0; start < actions.size();) {
         const std::size_t end = actions.find(L';', start);
         if (end > start) {

@@ -4,6 +4,9 @@
 
 #include "HostFixture.h"
 
+#include "common/Files.h"
+#include "common/TemporaryFolder.h"
+
 namespace harness {
 
 const wchar_t SettingsFileName[] = L"cfg_ProductRegistry.txt";
@@ -13,11 +16,6 @@ class SettingsFiles {
 public:
     // The library finds them: it runs in this folder.
     explicit SettingsFiles(HostTest& test) : m_test(test) {
-        wchar_t temporary[MAX_PATH];
-        GetTempPathW(MAX_PATH, temporary);
-        m_folder = temporary + std::wstring(L"clusutil-settings-") + std::to_wstring(GetCurrentProcessId()) + L"\\";
-        m_configFolder = m_folder + L"config\\";
-        CreateDirectoryW(m_folder.c_str(), nullptr);
         CreateDirectoryW(m_configFolder.c_str(), nullptr);
         test.SetHostPath(m_folder + L"host.exe");
     }
@@ -25,17 +23,12 @@ public:
         for (const std::wstring& file : m_files) {
             DeleteFileW(file.c_str());
         }
-        RemoveDirectoryW(m_configFolder.c_str());
-        RemoveDirectoryW(m_folder.c_str());
     }
     SettingsFiles(const SettingsFiles&) = delete;
     SettingsFiles& operator=(const SettingsFiles&) = delete;
 
     void WriteText(const std::wstring& path, const std::string& text) {
-        FILE* file = _wfopen(path.c_str(), L"wb");
-        ASSERT_NE(file, nullptr) << Utf8(path);
-        std::fwrite(text.data(), 1, text.size(), file);
-        std::fclose(file);
+        common::WriteWholeFile(path, text);
         m_files.push_back(path);
     }
     void WriteConfig(const std::string& text) {
@@ -74,8 +67,9 @@ public:
 
 private:
     HostTest& m_test;
-    std::wstring m_folder;
-    std::wstring m_configFolder;
+    const common::TemporaryFolder m_temporary{L"clusutil-settings"};
+    const std::wstring m_folder = m_temporary.File(L"");
+    const std::wstring m_configFolder = m_temporary.File(L"config\\");
     std::vector<std::wstring> m_files;
     std::vector<std::string> m_opened;
     ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct OpenFileTag> m_openFilePatch{

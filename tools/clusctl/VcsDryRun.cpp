@@ -38,20 +38,11 @@ std::string RunningConfiguration(const vcssim::ClusterFiles& files) {
     }
 }
 
-std::wstring CreateFolder() {
-    wchar_t temporary[MAX_PATH + 1] = {};
-    if (GetTempPathW(MAX_PATH + 1, temporary) == 0) {
-        throw Failure::OfCode("there is no folder for temporary files", GetLastError());
-    }
-    for (int number = 1;; ++number) {
-        const std::wstring folder = std::wstring(temporary) + L"clusctl-" + std::to_wstring(GetCurrentProcessId()) +
-                                    L"-" + std::to_wstring(number);
-        if (CreateDirectoryW(folder.c_str(), nullptr)) {
-            return folder + L"\\";
-        }
-        if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            throw Failure::OfCode("cannot create the folder " + Quoted(folder), GetLastError());
-        }
+std::unique_ptr<common::TemporaryFolder> CreateFolder() {
+    try {
+        return std::make_unique<common::TemporaryFolder>(L"clusctl");
+    } catch (const common::FileError& error) {
+        throw Failure::OfCode("cannot create the folder " + Quoted(error.Path()), error.Code());
     }
 }
 
@@ -70,23 +61,15 @@ VcsDryRun::VcsDryRun() : m_copy(std::wstring()) {
         Copy(vcssim::ClusterFiles(mainCf));
         m_before = RunningConfiguration(m_copy);
         SetVariable(FileVariable, m_copy.MainCf());
-        SetVariable(JournalVariable, m_folder + JournalName);
+        SetVariable(JournalVariable, m_folder->File(JournalName));
     } catch (const common::FileError& error) {
-        DeleteCopy();
         throw Cannot("copy", error);
-    } catch (const std::exception&) {
-        DeleteCopy();
-        throw;
     }
-}
-
-VcsDryRun::~VcsDryRun() {
-    DeleteCopy();
 }
 
 void VcsDryRun::Copy(const vcssim::ClusterFiles& original) {
     const std::wstring folder = original.Folder();
-    m_copy = vcssim::ClusterFiles(m_folder + original.MainCf().substr(folder.size()));
+    m_copy = vcssim::ClusterFiles(m_folder->File(original.MainCf().substr(folder.size())));
     // Keeps the tools from changing the files meanwhile.
     common::FileLock lock(original.Lock());
     const common::FileLock::Turn turn(lock, LongestTurn);
@@ -96,25 +79,13 @@ void VcsDryRun::Copy(const vcssim::ClusterFiles& original) {
     for (const std::wstring& name : original.Names()) {
         // An included file of another folder has no place in this one; the tools know most types without it.
         if (name.find_first_of(L"\\/:") == std::wstring::npos) {
-            common::WriteWholeFile(m_folder + name, common::ReadWholeFile(folder + name));
+            common::WriteWholeFile(m_folder->File(name), common::ReadWholeFile(folder + name));
         }
     }
 }
 
-void VcsDryRun::DeleteCopy() const {
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((m_folder + L"*").c_str(), &found);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            DeleteFileW((m_folder + found.cFileName).c_str());
-        } while (FindNextFileW(search, &found));
-        FindClose(search);
-    }
-    RemoveDirectoryW(m_folder.c_str());
-}
-
 void VcsDryRun::RequireSimulator() const {
-    if (!common::FileExists(m_folder + JournalName)) {
+    if (!common::FileExists(m_folder->File(JournalName))) {
         throw Failure(Errors::NoSimulator,
                       "the VCS tools on the search path are not the simulator's: they would change the real cluster");
     }
@@ -124,7 +95,7 @@ std::vector<std::string> VcsDryRun::Difference() const {
     std::vector<std::string> lines = UnifiedDifference(MaskedConfiguration(SplitLines(m_before)),
                                                        MaskedConfiguration(SplitLines(RunningConfiguration(m_copy))));
     if (!lines.empty()) {
-        const std::string name = common::ToUtf8(m_copy.MainCf().substr(m_folder.size()));
+        const std::string name = common::ToUtf8(m_copy.MainCf().substr(m_copy.Folder().size()));
         lines.insert(lines.begin(), {"--- " + name, "+++ " + name + " (after)"});
     }
     return lines;

@@ -2,8 +2,11 @@
 #ifndef CLUSCTL_VCSDRYRUN_H
 #define CLUSCTL_VCSDRYRUN_H
 
+#include "common/TemporaryFolder.h"
+
 #include <ClusterFiles.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,9 +15,6 @@ class VcsDryRun {
 public:
     // Throws Failure when VCSSIM_MAIN_CF names no main.cf, or it cannot be copied.
     VcsDryRun();
-    ~VcsDryRun();
-    VcsDryRun(const VcsDryRun&) = delete;
-    VcsDryRun& operator=(const VcsDryRun&) = delete;
 
     // Throws Failure when the tools that ran so far were not the simulator's: those of a real cluster do not know of
     // the copy.
@@ -25,9 +25,8 @@ public:
 
 private:
     void Copy(const vcssim::ClusterFiles& original);
-    void DeleteCopy() const;
 
-    std::wstring m_folder; // with its separator
+    std::unique_ptr<common::TemporaryFolder> m_folder;
     vcssim::ClusterFiles m_copy;
     std::string m_before; // the configuration, without the change
 };
