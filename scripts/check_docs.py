@@ -6,6 +6,7 @@
 - Public headers: every type and every public or protected member is documented: the block of lines it stands in begins
   with a comment, or its own line ends with one. Constructors and destructors without parameters, deleted members
   and friends need none.
+- Exit codes and error codes of clusctl: the table in docs/clusctl.md is what tools/clusctl/Failure.h says.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
 import re
@@ -57,6 +58,23 @@ def check_markdown(path, commands):
         for command in re.findall(r"\./dev ([a-z]+)", line):
             if command not in commands:
                 problem(path, number, f"./dev has no command '{command}'")
+
+
+def check_exit_codes():
+    header = (ROOT / "tools/clusctl/Failure.h").read_text(encoding="utf-8")
+    numbers = dict(re.findall(r"^    (Exit\w+) = (\d+)", header, re.M))
+    declared = {(number, "") for number in numbers.values()}
+    declared |= {(numbers[name], code) for code, name in re.findall(r'^constexpr ErrorKind \w+ = \{"([^"]+)", (\w+)\};', header, re.M)}
+    manual = ROOT / "docs/clusctl.md"
+    table = manual.read_text(encoding="utf-8").split("\n## Exit status\n")[1]
+    listed = set()
+    for number, codes in re.findall(r"^\| (\d+) \| .* \|(.*)\|$", table, re.M):
+        listed |= {(number, code) for code in ["", *re.findall(r"`([^`]+)`", codes)]}
+    if len(declared) < 20:
+        sys.exit("check_docs.py: found no error codes in Failure.h")
+    for number, code in sorted(declared ^ listed):
+        where = "Failure.h" if (number, code) in declared else "the table of exit codes"
+        problem(manual, 0, f"exit code {number} {code}: only in {where}")
 
 
 def split_comment(line):
@@ -128,6 +146,7 @@ def main():
         check_markdown(path, commands)
     for path in headers:
         check_header(path)
+    check_exit_codes()
     problems.extend(check_layers.check_map())
     for text in problems:
         print(text, file=sys.stderr)

@@ -3,7 +3,8 @@
 
   run.py --bin DIR --prefix DIR --work DIR start | stop       the Wine prefix that the cases share
   run.py ... case NAME [NAME ...] [--update]                  cases/NAME.txt; --update accepts the difference and prints it
-  run.py ... manual                                           docs/clusctl.md against --help
+  run.py ... manual [--update]                                docs/clusctl.md and docs/clusctl.1 against what the program prints
+  run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
   run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
 
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
@@ -220,7 +221,7 @@ class Case:
         if b"\r" in out:
             sys.exit(f"carriage return in the output of clusctl {' '.join(arguments)}")
         result = out.decode("utf-8")
-        if process.returncode == 0 and "--json" in arguments and "--help" not in arguments:
+        if process.returncode == 0 and "--json" in arguments and not {"--help", "help"} & set(arguments):
             json.loads(result)
         # A message of the loader of the system that Wine runs on, now and then when a process ends.
         err = re.sub(rb"Inconsistency detected by ld\.so:.*\r?\n", b"", err)
@@ -361,43 +362,46 @@ def find_input(name):
     sys.exit(f"no input file {name}")
 
 
-def help_of(runner, *arguments):
-    return subprocess.run(runner.wine(runner.bin / "clusctl.exe", *arguments, "--help"), cwd=runner.work, check=True,
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, encoding="utf-8", timeout=TIME_LIMIT).stdout
+def told_by(runner, *arguments):
+    """What clusctl prints when it is asked for nothing but a text of its own."""
+    return subprocess.run(runner.wine(runner.bin / "clusctl.exe", *arguments), cwd=runner.work, check=True,
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, timeout=TIME_LIMIT).stdout.decode("utf-8")
 
 
-def options_in_help(text):
-    """The options and their argument, such as "--log FILE", without --help and its kind when `text` is a sub-command's."""
-    return set(re.findall(r"^  (-\S+(?: [A-Z=|-]+)?)(?:  .*)?$", text, re.MULTILINE))
-
-
-def check_manual(runner):
+def check_manual(runner, update):
+    """The committed forms of the manual are those that the program prints."""
     runner.work.mkdir(parents=True, exist_ok=True)
-    manual = (ROOT / "docs" / "clusctl.md").read_text(encoding="utf-8")
-    sections = dict(re.findall(r"^###? (.*?)\n(.*?)(?=^###? |\Z)", manual, re.MULTILINE | re.DOTALL))
+    current = True
+    for form, name in (("markdown", "clusctl.md"), ("man", "clusctl.1")):
+        file = ROOT / "docs" / name
+        text = told_by(runner, "manual", form)
+        committed = file.read_text(encoding="utf-8") if file.exists() else ""
+        if update:
+            file.write_text(text, encoding="utf-8")
+        elif text != committed:
+            print(difference(committed, text, f"docs/{name}", "what the program prints"), end="")
+            print(f"docs/{name} is out of date: its source is tools/clusctl (Manual.md.in and the options); "
+                  "`./dev docs --update` writes it", file=sys.stderr)
+            current = False
+    return current
 
-    def options_in_manual(title):
-        return set(re.findall(r"^- `(-[^`]*)`", sections.get(title, ""), re.MULTILINE))
 
-    problems = []
-
-    def compare(what, in_help, in_manual):
-        problems.extend(f"{what}: {option} is in --help only" for option in sorted(in_help - in_manual))
-        problems.extend(f"{what}: {option} is in the manual page only" for option in sorted(in_manual - in_help))
-
-    overview = help_of(runner)
-    compare("clusctl", options_in_help(overview), options_in_manual("Options"))
+def check_help(runner):
+    """`clusctl help COMMAND` shows what `clusctl COMMAND --help` shows, and every command is documented."""
+    runner.work.mkdir(parents=True, exist_ok=True)
+    overview = told_by(runner, "--help")
     commands = re.findall(r"^  ([a-z][a-z-]*(?: [a-z][a-z-]*){0,2})  ", overview, re.MULTILINE)
-    usages = set()
-    for command in commands:
-        text = help_of(runner, *command.split())
-        usage = re.search(r"^Usage: clusctl (.*)$", text, re.MULTILINE)[1].replace(" [OPTIONS]", "")
-        usages.add(usage)
-        compare(usage, options_in_help(text) - {"-h,--help"}, options_in_manual(f"`{usage}`"))
-    described = set(re.findall(r"^### `([a-z].*)`$", manual, re.MULTILINE))
-    compare("sub-commands", usages, described)
-    if not commands or not usages:
-        problems.append("no sub-command found in --help")
+    families = {command.rsplit(" ", 1)[0] for command in commands if " " in command}
+    problems = [] if told_by(runner, "help") == overview else ["clusctl help is not clusctl --help"]
+    for command in [*commands, *sorted(families)]:
+        words = command.split()
+        text = told_by(runner, *words, "--help")
+        if told_by(runner, "help", *words) != text:
+            problems.append(f"clusctl help {command} is not clusctl {command} --help")
+        if not text.startswith(f"Usage: clusctl {command} "):
+            problems.append(f"clusctl {command} --help does not begin with how it is used")
+    if len(commands) < 40 or len(families) < 4:
+        problems.append("too few commands found in clusctl --help")
     print("\n".join(problems))
     return not problems
 
@@ -420,7 +424,7 @@ def main():
     parser.add_argument("--prefix", required=True)
     parser.add_argument("--work", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "manual", "demo"])
+    parser.add_argument("action", choices=["start", "stop", "case", "manual", "help", "demo"])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     runner = Runner(options)
@@ -431,8 +435,10 @@ def main():
     elif options.action == "case":
         results = [Case(runner, name).check(options.update) for name in options.names]
         sys.exit(0 if results and all(results) else 1)
+    elif options.action == "manual":
+        sys.exit(0 if check_manual(runner, options.update) else 1)
     else:
-        sys.exit(0 if {"manual": check_manual, "demo": check_demo}[options.action](runner) else 1)
+        sys.exit(0 if {"help": check_help, "demo": check_demo}[options.action](runner) else 1)
 
 
 if __name__ == "__main__":

@@ -235,16 +235,18 @@ void AddClusterCommands(CommandLine& commandLine) {
     CLI::App& groups = commandLine.Add(Heading, "groups", "List the cluster's groups, or show one",
                                        [groupOptions](const LogCapture&) { return Groups(*groupOptions); });
     CommandLine::AddText(groups, "NAME", groupOptions->name, "NAME", "Show this group in detail");
-    groups.add_flag("--detail", groupOptions->detail, "Show each group in detail");
+    groups.add_flag("--detail", groupOptions->detail, "Show each group with its resources and disks");
 
     const auto options = std::make_shared<ResourceOptions>();
     CLI::App& resources = commandLine.Add(Heading, "resources", "List the cluster's resources, or show one",
                                           [options](const LogCapture&) { return Resources(*options); });
     CLI::Option& name = CommandLine::AddText(resources, "NAME", options->name, "NAME", "Show this resource in detail");
-    CommandLine::AddText(resources, "--type", options->type, "TYPE", "Only resources of this type, letter for letter")
+    CommandLine::AddText(resources, "--type", options->type, "TYPE",
+                         "Only resources of this type, letter for letter as the cluster writes it")
         .excludes(&name);
     CommandLine::AddText(resources, "--group", options->group, "GROUP", "Only resources of this group").excludes(&name);
-    resources.add_flag("--detail", options->detail, "Show each resource in detail");
+    resources.add_flag("--detail", options->detail,
+                       "Show each resource with ID, dependencies, possible owners, network name and disk device");
     resources.add_flag("--show-secrets", options->showSecrets,
-                       "Show passwords, secrets, keys and tokens among the private properties");
+                       "Show private properties that are secrets as they are; see [secrets](#secrets)");
 }

@@ -1,13 +1,18 @@
 #include "CommandLine.h"
 
+#include "CommandTree.h"
+#include "HelpFormatter.h"
+#include "Manual.h"
+#include "Markdown.h"
+#include "Suggestion.h"
 #include "Text.h"
 
 #include "common/Text.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <memory>
-#include <sstream>
 
 namespace {
 
@@ -15,101 +20,56 @@ const char Description[] = "Shows which servers this node serves, and works with
 
 const char VcsFamily[] = "vcs";
 
-const char Footer[] =
-    "Options may stand before or after the sub-command. 'clusctl SUBCOMMAND --help' shows its own.\n"
-    "Exit code: 0 done; 2 wrong usage; others tell why it failed, and the reason is on standard error:\n"
-    "1 failed, 3 not found, 4 not possible in this state, 5 refused by the cluster, 6 timed out,\n"
-    "7 the cluster does not answer, 8 incomplete answer, 9 access denied, 10 interrupted.\n"
-    "\n"
-    "Example: rehearse a change on a copy of your cluster\n"
-    "\n"
-    "  1. On a cluster node, write the live cluster to a file:\n"
-    "       clusctl snapshot C:\\rehearsal\\model.json\n"
-    "  2. Copy clusctl.exe and the DLLs beside it to a folder of its own, and the simulator's\n"
-    "     clusapi.dll and resutils.dll into that folder. Tell them the file:\n"
-    "       set CLUSSIM_FILE=C:\\rehearsal\\model.json\n"
-    "  3. Make the change:\n"
-    "       clusctl resource offline EXVS-MAIL1 --wait\n"
-    "  4. Look at the result, and compare it with the real cluster:\n"
-    "       clusctl servers\n"
-    "       clusctl resources --detail\n"
-    "  The real cluster is not touched. Delete the file, and nothing is left.";
-
-bool IsFamily(const CLI::App& app) {
-    return !app.get_subcommands({}).empty();
-}
-
-// "resource create", "vcs resource add"
-std::string FullName(const CLI::App& app) {
-    const CLI::App* parent = app.get_parent();
-    return parent->get_parent() == nullptr ? app.get_name() : FullName(*parent) + " " + app.get_name();
-}
-
-// "Usage: clusctl query [OPTIONS] NAME|ADDRESS"
-std::string UsageLine(const CLI::App& app) {
-    std::string usage = "Usage: clusctl";
-    if (app.get_parent() != nullptr) {
-        usage += " " + FullName(app);
-    }
-    usage += " [OPTIONS]";
-    if (IsFamily(app)) {
-        return usage + " SUBCOMMAND\n";
-    }
-    for (const CLI::Option* option : app.get_options()) {
-        if (option->get_positional()) {
-            const std::string name = option->get_type_name();
-            usage += option->get_required() ? " " + name : " [" + name + "]";
-        }
-    }
-    return usage + "\n";
-}
-
-// Help texts as this tool words them: no notes on which option excludes which, one blank line between groups.
-class HelpFormatter : public CLI::Formatter {
-public:
-    HelpFormatter() {
-        column_width(34);
-        label("Positionals", "Arguments");
-    }
-
-    std::string make_help(const CLI::App* app, std::string, CLI::AppFormatMode mode) const override {
-        std::string text = app->get_description() + "\n\n" + UsageLine(*app) + make_positionals(app);
-        for (const std::string& group : app->get_groups()) {
-            const auto options = app->get_options([&group](const CLI::Option* option) {
-                return option->get_group() == group && option->nonpositional();
-            });
-            if (!options.empty()) {
-                text += make_group(group, false, options);
-            }
-        }
-        return text + make_subcommands(app, mode) + "\n" + app->get_footer() + "\n";
-    }
-
-    // A family is listed as its members, under their full names.
-    std::string make_subcommand(const CLI::App* app) const override {
-        std::string text;
-        for (const CLI::App* member : app->get_subcommands({})) {
-            text += make_subcommand(member);
-        }
-        if (text.empty()) {
-            std::ostringstream line;
-            CLI::detail::format_help(line, FullName(*app), app->get_description(), get_column_width());
-            text = line.str();
-        }
-        return text;
-    }
-
-    std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
-        return isPositional ? option->get_type_name() : CLI::Formatter::make_option_name(option, isPositional);
-    }
-
-    std::string make_option_opts(const CLI::Option* option) const override {
-        return option->get_type_size() == 0 || option->get_positional() ? std::string() : " " + option->get_type_name();
-    }
-};
-
 const CLI::Validator
     NotEmpty([](std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, "");
+
+std::string Joined(const std::vector<std::string>& words, const std::string& between) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : between) + word;
+    }
+    return text;
+}
+
+// Where the whole program is described and what else it can explain.
+std::string Footer() {
+    const std::string hint =
+        "Options may stand before or after the sub-command. `clusctl help SUBCOMMAND` shows what a "
+        "sub-command takes, `clusctl help TOPIC` explains a topic:";
+    return PlainText(hint) + "  " + Wrapped(Joined(TopicNames(), ", "), TerminalWidth, 2, 2);
+}
+
+// The full name of the first command or family below `app` whose own name is `name`; empty when there is none.
+std::string FullNameOf(const CLI::App& app, const std::string& name) {
+    for (const CLI::App* member : app.get_subcommands({})) {
+        const std::string found = member->get_name() == name ? FullName(*member) : FullNameOf(*member, name);
+        if (!found.empty()) {
+            return found;
+        }
+    }
+    return std::string();
+}
+
+// Of a word that is no sub-command of `family`: one of them, or what has that name elsewhere.
+std::string DidYouMeanCommand(const CLI::App& root, const CLI::App& family, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* member : family.get_subcommands({})) {
+        names.push_back(member->get_name());
+    }
+    const std::string elsewhere = FullNameOf(root, Lower(word));
+    const std::string sentence = DidYouMean(word, names);
+    return sentence.empty() && !elsewhere.empty() ? DidYouMean(elsewhere, {elsewhere}) : sentence;
+}
+
+std::vector<std::string> OptionNames(const CLI::App& root, const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::App* app : {&command, &root}) {
+        for (const CLI::Option* option : OptionsOf(*app)) {
+            names.push_back(option->get_name());
+        }
+    }
+    return names;
+}
 
 // Why a text is no name of VCS; empty when it is one.
 std::string ReasonAgainstName(const std::string& text) {
@@ -146,12 +106,17 @@ CommandLine::CommandLine() : m_app(Description, "clusctl") {
     m_app.allow_windows_style_options(false);
     m_app.require_subcommand(1);
     m_app.formatter(std::make_shared<HelpFormatter>());
-    m_app.set_help_flag("-h,--help", "Show this text, or that of a sub-command")->group("Help");
+    m_app.set_help_flag("-h,--help", "Show the help text, or that of a sub-command")->group("Help");
     m_app.set_version_flag("--version", "clusctl " CLUSCTL_VERSION, "Show the version")->group("Help");
-    m_app.add_flag("--json", m_shared.json, "Print JSON, for scripts")->group("Output");
-    m_app.add_flag("--verbose", m_shared.verbose, "Show the debug log on standard error")->group("Diagnostics");
-    AddText(m_app, "--log", m_shared.logFile, "FILE", "Append the debug log to a file").group("Diagnostics");
-    m_app.footer(Footer);
+    m_app.add_flag("--json", m_shared.json, "Print JSON, for scripts; see [JSON](#json)")->group("Output");
+    m_app
+        .add_flag("--verbose", m_shared.verbose,
+                  "Show the library's debug log on standard error, one line each: the level, then the text")
+        ->group("Diagnostics");
+    AddText(m_app, "--log", m_shared.logFile, "FILE",
+            "Append the debug log to a file, with time, process and place; see [logs](#logs)")
+        .group("Diagnostics");
+    m_app.footer(Footer());
 }
 
 CLI::App& CommandLine::AddFamily(const char* heading, const char* name, const char* description) {
@@ -165,6 +130,13 @@ CLI::App& CommandLine::AddFamily(const char* heading, const char* name, const ch
 CLI::App& CommandLine::Add(const char* heading, const char* name, const char* description, const Action& action) {
     CLI::App& command = AddFamily(heading, name, description);
     command.callback([this, action]() { m_chosen = action; });
+    return command;
+}
+
+CLI::App& CommandLine::AddTelling(const char* heading, const char* name, const char* description,
+                                  const std::function<std::string()>& tell) {
+    CLI::App& command = AddFamily(heading, name, description);
+    command.callback([this, tell]() { m_told = tell; });
     return command;
 }
 
@@ -184,20 +156,42 @@ CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* des
 std::string CommandLine::Parse(const std::vector<std::string>& arguments) {
     try {
         m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it wants them last first
-        return std::string();
+        return m_told ? m_told() : std::string();
     } catch (const CLI::CallForHelp&) {
         return m_app.help();
     } catch (const CLI::CallForVersion& version) {
         return std::string(version.what()) + "\n";
     } catch (const CLI::ParseError& error) {
-        std::string reason = error.what();
-        if (IsFamily(Deepest()) && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
-            const std::vector<std::string> unknown = m_app.remaining(true);
-            reason = unknown.empty() ? "a sub-command is missing"
-                                     : "there is no sub-command or option " + Quoted(unknown.front());
-        }
-        throw WrongUsage(reason);
+        // Which options stand in a command line that is wrong is not certain; who wants JSON gets it all the same.
+        m_shared.json = m_shared.json || std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+        throw WrongUsage(ReasonAgainst(error));
     }
+}
+
+// A word that nothing takes is the likelier mistake than what is missing besides.
+std::string CommandLine::ReasonAgainst(const CLI::ParseError& error) const {
+    const CLI::App& deepest = Deepest();
+    const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
+    const bool mayBeMisspelt = code == CLI::ExitCodes::RequiredError || code == CLI::ExitCodes::RequiresError ||
+                               code == CLI::ExitCodes::ExtrasError;
+    const std::vector<std::string> unknown = mayBeMisspelt ? m_app.remaining(true) : std::vector<std::string>();
+    if (unknown.empty()) {
+        return IsFamily(deepest) && code == CLI::ExitCodes::RequiredError ? "a sub-command is missing" : error.what();
+    }
+    const std::string& word = unknown.front();
+    if (StartsWith(word, "-")) {
+        return "there is no option " + Quoted(word) + DidYouMean(word, OptionNames(m_app, deepest));
+    }
+    if (IsFamily(deepest)) {
+        return "there is no sub-command " + Quoted(word) + DidYouMeanCommand(m_app, deepest, word);
+    }
+    // Who is used to the system's own tools writes "/json".
+    const std::string option = StartsWith(word, "/") ? "--" + word.substr(1) : std::string();
+    return "the argument " + Quoted(word) + " is one too many" + DidYouMean(option, OptionNames(m_app, deepest));
+}
+
+const CLI::App& CommandLine::Root() const {
+    return m_app;
 }
 
 const SharedOptions& CommandLine::Shared() const {
@@ -222,6 +216,19 @@ CLI::Option& CommandLine::AddVcsName(CLI::App& command, const char* name, std::w
     return AddChecked(command, name, value, typeName, description, IsVcsName);
 }
 
+CLI::Option& CommandLine::AddChoice(CLI::App& command, const char* name, std::wstring& value,
+                                    const std::vector<std::string>& choices, const char* description) {
+    const CLI::Validator isChoice(
+        [choices](std::string& text) {
+            const bool isOne = std::find(choices.begin(), choices.end(), text) != choices.end();
+            return isOne
+                       ? std::string()
+                       : "there is no " + Quoted(text) + ", only " + Joined(choices, ", ") + DidYouMean(text, choices);
+        },
+        "");
+    return AddChecked(command, name, value, Joined(choices, "|").c_str(), description, isChoice);
+}
+
 CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description) {
     const auto take = [&pairs](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
@@ -237,7 +244,9 @@ CLI::Option& CommandLine::AddPairs(CLI::App& command, const char* name, TextPair
 }
 
 std::string CommandLine::UsageText(const std::string& reason) const {
-    return "clusctl: " + Printable(reason) + "\n" + UsageLine(Deepest()) + "Try 'clusctl --help'.\n";
+    const std::string name = FullName(Deepest());
+    return "clusctl: " + Printable(reason) + "\nUsage: " + Synopsis(Deepest()) + "\nTry 'clusctl" +
+           (name.empty() ? "" : " " + name) + " --help'.\n";
 }
 
 const CLI::App& CommandLine::Deepest() const {

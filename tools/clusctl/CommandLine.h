@@ -48,7 +48,12 @@ public:
     static CLI::App& AddFamilyTo(CLI::App& family, const char* name, const char* description);
     CLI::App& AddTo(CLI::App& family, const char* name, const char* description, const Action& action);
 
-    // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty.
+    // Adds a sub-command that asks no cluster and only prints a text.
+    CLI::App& AddTelling(const char* heading, const char* name, const char* description,
+                         const std::function<std::string()>& tell);
+
+    // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty. Of the type's names
+    // FILE and PATH are completed as such.
     static CLI::Option& AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                 const char* description);
 
@@ -57,16 +62,21 @@ public:
     static CLI::Option& AddVcsName(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                    const char* description);
 
+    // The same for one of some words, in small letters.
+    static CLI::Option& AddChoice(CLI::App& command, const char* name, std::wstring& value,
+                                  const std::vector<std::string>& choices, const char* description);
+
     // Adds an option that may be given more than once, each time with one "NAME=VALUE"; the name is one of VCS.
     static CLI::Option& AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description);
 
-    // Takes the program's arguments, without its name. The text that --help or --version asks for; empty when a
-    // sub-command is to be run. Throws WrongUsage.
+    // Takes the program's arguments, without its name. The text that --help, --version or a telling sub-command asks
+    // for; empty when there is an action to be run. Throws WrongUsage; whether JSON is wanted is known even then.
     std::string Parse(const std::vector<std::string>& arguments);
 
     // What to print of wrong usage, of the whole or of the sub-command that was chosen.
     std::string UsageText(const std::string& reason) const;
 
+    const CLI::App& Root() const;
     const SharedOptions& Shared() const;
     const Action& Chosen() const;
     // Whom the chosen command asks.
@@ -74,10 +84,12 @@ public:
 
 private:
     const CLI::App& Deepest() const;
+    std::string ReasonAgainst(const CLI::ParseError& error) const;
 
     CLI::App m_app;
     SharedOptions m_shared;
     Action m_chosen;
+    std::function<std::string()> m_told;
 };
 
 #endif

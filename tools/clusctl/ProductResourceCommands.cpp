@@ -183,8 +183,14 @@ void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
                           isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
                           [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
     AddServer(command, options->server);
-    CLI::Option* wait = command.add_flag("--wait", options->wait, "Wait until it is done");
-    command.add_option("--timeout", options->timeout, "Give up waiting after whole seconds, 120 without it")
+    CLI::Option* wait = command.add_flag(
+        "--wait", options->wait,
+        isOnline ? "Wait until it is online; a time-out is a failure, and the resource goes on by itself"
+                 : "Wait until it is offline; a time-out is a failure, and the resource goes on by itself");
+    command
+        .add_option("--timeout", options->timeout,
+                    "How long to wait, in whole seconds from 1 to 4294967; 120 without it. Fractions are refused: the "
+                    "library never ends its wait for such a time-out")
         ->type_name("SECONDS")
         ->check(CLI::Range(1U, 4294967U).description("")) // its milliseconds have to fit into 32 bits
         ->needs(wait);
@@ -202,14 +208,17 @@ void AddProductResourceCommands(CommandLine& commandLine) {
                           [create](const LogCapture&) { return Create(*create); });
     AddServer(command, create->server);
     CommandLine::AddText(command, "--name", create->name, "NAME", "The new resource's name").required();
-    CommandLine::AddText(command, "--mode", create->mode, "MODE",
-                         "single-copy or ccr; the configured quorum mode without it")
-        .check(CLI::IsMember({"single-copy", "ccr"}).description(""));
-    CommandLine::AddText(command, "--data-path", create->dataPath, "PATH", "single-copy: the data path");
-    CommandLine::AddText(command, "--disk", create->disk, "RESOURCE",
-                         "single-copy: the disk's resource; the System Attendant's disk without it");
+    CommandLine::AddChoice(
+        command, "--mode", create->mode, {"single-copy", "ccr"},
+        "Single copy or continuous replication; the quorum mode of the product's settings without it");
+    CommandLine::AddText(command, "--data-path", create->dataPath, "PATH",
+                         "Where the product keeps its data; required for single-copy, meaningless for ccr");
+    CommandLine::AddText(
+        command, "--disk", create->disk, "RESOURCE",
+        "The disk that the resource depends on, for single-copy; the System Attendant's disk without it");
     CommandLine::AddText(command, "--data-root", create->dataRoot, "PATH",
-                         "ccr: the folder above the data path; the configured data root without it");
+                         "For ccr, the folder above `CCRVSDB` and the virtual server's name, which make up the data "
+                         "path; the data root of the product's settings without it");
 
     AddSwitch(commandLine, family, true);
     AddSwitch(commandLine, family, false);

@@ -74,5 +74,6 @@ void AddSnapshotCommand(CommandLine& commandLine) {
         commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
                         [options](const LogCapture&) { return Snapshot(*options); });
     CommandLine::AddText(command, "FILE", options->file, "FILE", "The file to write; standard output without it");
-    command.add_flag("--show-secrets", options->showSecrets, "Write passwords, secrets, keys and tokens as they are");
+    command.add_flag("--show-secrets", options->showSecrets,
+                     "Write private properties that are secrets as they are; see [secrets](#secrets)");
 }

@@ -49,5 +49,6 @@ void OpenConfiguration::RequireClosed(const LogCapture& log, bool isWanted, cons
 
 void OpenConfiguration::AddOption(CLI::App& command, bool& isWanted) {
     command.add_flag("--rw", isWanted,
-                     "Open the configuration before, write it and close it after; without --rw it must be open");
+                     "Open the configuration before, write it to disk and make it read-only after, also when it was "
+                     "open before. Without it the mode is not touched: the configuration must be open (`vcs mode rw`)");
 }

@@ -213,7 +213,11 @@ Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
 }
 
 void AddTimeout(CLI::App& command, WaitOptions& wait,
-                const char* description = "How long to wait for the service on this computer; 0: not at all") {
+                const char* description =
+                    "How long to wait for the service on this computer, in whole seconds, 0 not at all. "
+                    "Without it 120, and 0 when the service is switched on at another system. A service that "
+                    "does not start in time is a failure; once it runs VCS is given ten seconds more to show the "
+                    "resource online, else a warning says what it shows") {
     command
         .add_option_function<std::uint32_t>(
             "--timeout",
@@ -233,23 +237,30 @@ void AddCreate(CommandLine& commandLine, CLI::App& family) {
                           [options](const LogCapture& log) { return CreateVcsProduct(log, *options); });
     CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The virtual server's service group").required();
     CommandLine::AddVcsName(command, "--mount", options->mount, "RESOURCE",
-                            "The MountV resource below; the only top-most one without it");
+                            "The MountV resource below the RegRep resource; without it the top-most one. It has to be "
+                            "given when there are several of those");
     CommandLine::AddVcsName(command, "--regrep", options->regRep, "NAME",
-                            "The RegRep resource; the product's existing one, or GROUP-RegRep without it");
-    CommandLine::AddText(command, "--data-path", options->dataPath, "PATH",
-                         "A path on the shared disk; the configured data root without it");
+                            "The RegRep resource; without it the one that replicates the product's key already, or "
+                            "else the group's name with `-RegRep`");
+    CommandLine::AddText(
+        command, "--data-path", options->dataPath, "PATH",
+        "A path on the shared disk; its folder, which must not hold a blank and must not be longer than 255 "
+        "characters, gives the replication directory. The data root of the product's settings without it");
     command.add_flag("--quarantine", options->quarantine, "With the quarantine monitor");
     command.add_flag("--remote-config", options->remoteConfig, "With the remote configuration service");
-    CommandLine::AddText(command, "--account-group", options->accountGroup, "DOMAIN",
-                         "Domain of that service's account; the password is read from standard input");
+    CommandLine::AddText(command, "--account-group", options->accountGroup, "DOMAIN", "The domain of the account");
     CommandLine::AddText(command, "--account-user", options->accountUser, "USER",
-                         "Name of that service's account; LocalSystem without it");
+                         "The account that the remote configuration service runs as; LocalSystem without it. Both go "
+                         "together, and the password is asked for; see [secrets](#secrets)");
     command
-        .add_option("--delay-online", options->delayOnline,
-                    "Delay after online, and how long to wait for the host service; 600 without it")
+        .add_option(
+            "--delay-online", options->delayOnline,
+            "The resources' delay after online in seconds, and how long the host service is waited for; 600 without it")
         ->type_name("SECONDS")
         ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
-    command.add_option("--delay-offline", options->delayOffline, "Delay after offline; 600 without it")
+    command
+        .add_option("--delay-offline", options->delayOffline,
+                    "The resources' delay after offline in seconds; 600 without it")
         ->type_name("SECONDS")
         ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
     OpenConfiguration::AddOption(command, options->opens);
@@ -275,9 +286,10 @@ void AddAdding(CommandLine& commandLine, CLI::App& family) {
                          "The virtual server's network name")
         .required();
     CommandLine::AddText(service, "--account-group", remote->accountGroup, "DOMAIN",
-                         "Domain of the service's account; the password is read from standard input")
+                         "The domain of the account that the service runs as")
         .required();
-    CommandLine::AddText(service, "--account-user", remote->accountUser, "USER", "Name of the service's account")
+    CommandLine::AddText(service, "--account-user", remote->accountUser, "USER",
+                         "Its name. The password is asked for; see [secrets](#secrets)")
         .required();
     AddTimeout(service, remote->wait);
     OpenConfiguration::AddOption(service, remote->wait.opens);
@@ -288,7 +300,10 @@ void AddDelete(CommandLine& commandLine, CLI::App& family) {
     CLI::App& command = commandLine.AddTo(family, "delete", "Delete the product's resources of a group",
                                           [options](const LogCapture& log) { return DeleteVcsProduct(log, *options); });
     CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "The service group").required();
-    command.add_option("--timeout", options->timeout, "How long the resources may take to go offline; 120 without it")
+    command
+        .add_option("--timeout", options->timeout,
+                    "How long all of them together may take to go offline, in whole seconds; 120 without it. What is "
+                    "still online then is a time-out, and nothing is deleted")
         ->type_name("SECONDS")
         ->check(CLI::Range(1U, LongestTimeout).description(""));
     OpenConfiguration::AddOption(command, options->opens);
@@ -310,7 +325,9 @@ void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
     if (isOnline) {
         AddTimeout(command, options->wait);
     } else {
-        AddTimeout(command, options->wait, "How long to wait until the resource is offline; 0: not at all");
+        AddTimeout(command, options->wait,
+                   "How long to ask, in whole seconds, 0 not at all; 120 without it. What is still online then is a "
+                   "time-out; VCS goes on by itself");
     }
 }
 

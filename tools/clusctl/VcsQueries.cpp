@@ -139,8 +139,9 @@ void AddList(CommandLine& commandLine, CLI::App& family, const Kind& kind) {
     CLI::App& command =
         commandLine.AddTo(family, kind.name, kind.description,
                           [&kind, conditions](const LogCapture& log) { return List(log, kind, *conditions); });
-    CommandLine::AddPairs(command, "--where", *conditions,
-                          "Only those with this value of an attribute; may be given more than once");
+    CommandLine::AddPairs(
+        command, "--where", *conditions,
+        "Only those with this value of an attribute; may be given more than once, and then all have to hold");
 }
 
 void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
@@ -150,7 +151,7 @@ void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
         family, "online-node", "Tell on which system a group is online",
         [group, acceptsPartial](const LogCapture& log) { return OnlineNode(log, *group, *acceptsPartial); });
     CommandLine::AddVcsName(command, "GROUP", *group, "GROUP", "The service group").required();
-    command.add_flag("--partial", *acceptsPartial, "A system on which it is partly online will do");
+    command.add_flag("--partial", *acceptsPartial, "A system on which the group is partly online will do");
 }
 
 } // namespace

@@ -211,9 +211,11 @@ void AddAdd(CommandLine& commandLine, CLI::App& family) {
     CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The new resource").required();
     CommandLine::AddVcsName(command, "TYPE", options->type, "TYPE", "Its type, such as GenericService").required();
     CommandLine::AddVcsName(command, "GROUP", options->group, "GROUP", "Its service group").required();
-    CommandLine::AddVcsName(command, "--child", options->child, "RESOURCE", "A resource that it depends on");
-    CommandLine::AddPairs(command, "--set", options->attributes,
-                          "An attribute, as VCS takes it, quotes included; may be given more than once");
+    CommandLine::AddVcsName(command, "--child", options->child, "RESOURCE", "A resource that the new one depends on");
+    CommandLine::AddPairs(
+        command, "--set", options->attributes,
+        "An attribute; may be given more than once. The value goes onto the tool's command line as it stands: one with "
+        "a blank needs quotes of its own, `--set \"ServiceName=\\\"File Share\\\"\"`");
     OpenConfiguration::AddOption(command, options->opens);
 }
 
@@ -231,7 +233,8 @@ void AddDelete(CommandLine& commandLine, CLI::App& family) {
     CLI::App& command = commandLine.AddTo(family, "delete", "Delete a resource",
                                           [options](const LogCapture& log) { return Delete(log, *options); });
     CommandLine::AddVcsName(command, "NAME", options->name, "NAME", "The resource").required();
-    command.add_flag("--force", options->isForced, "Delete it although others depend on it");
+    command.add_flag("--force", options->isForced,
+                     "Delete it although other resources depend on it; without it that is refused, and they are named");
     OpenConfiguration::AddOption(command, options->opens);
 }
 
@@ -259,7 +262,7 @@ void AddVcsResourceCommands(CommandLine& commandLine, CLI::App& family) {
     const auto mode = std::make_shared<std::wstring>();
     CLI::App& command = commandLine.AddTo(family, "mode", "Open the configuration, or write it and close it",
                                           [mode](const LogCapture& log) { return Mode(log, *mode); });
-    CommandLine::AddText(command, "MODE", *mode, "rw|ro", "rw: open for writing; ro: write to disk and make read-only")
-        .required()
-        ->check(CLI::IsMember({"rw", "ro"}).description(""));
+    CommandLine::AddChoice(command, "MODE", *mode, {"rw", "ro"},
+                           "`rw`: open for writing; `ro`: write to disk and make read-only")
+        .required();
 }

@@ -121,7 +121,8 @@ void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
                                           [wanted](const LogCapture& log) { return Servers(log, *wanted); });
     CLI::Option& group =
         CommandLine::AddVcsName(servers, "GROUP", wanted->group, "GROUP", "The virtual server's service group");
-    CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME", "The virtual server's network name")
+    CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME",
+                         "The virtual server with this network name, in place of a group")
         .excludes(&group);
 
     const auto owner = std::make_shared<std::wstring>();

@@ -2,6 +2,7 @@
 #include "ClusterCommands.h"
 #include "CommandLine.h"
 #include "DiskCommand.h"
+#include "HelpCommands.h"
 #include "HostCommands.h"
 #include "LogCapture.h"
 #include "Password.h"
@@ -164,6 +165,7 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddSmtpCommands(commandLine);
     AddSnapshotCommand(commandLine);
     AddVcsCommands(commandLine);
+    AddHelpCommands(commandLine);
 
     std::vector<std::string> texts;
     for (int i = 1; i < argumentCount; ++i) {
@@ -186,7 +188,9 @@ int wmain(int argumentCount, wchar_t** arguments) {
     CommandLine commandLine;
     const auto fail = [&](const Failure& failure) {
         if (commandLine.Shared().json) {
-            output.Write(common::DumpJson(ErrorJson(failure)));
+            Json document = ErrorJson(failure);
+            document.update({{"log", Json::array()}, {"simulated", nullptr}}); // nobody has been asked
+            output.Write(common::DumpJson(document));
         }
         return failure.Kind().exitCode;
     };
