@@ -4,8 +4,6 @@
 
 #include "core/ToolSecrets.h"
 
-#include <algorithm>
-
 Json NameRecords(const VcsNames& names) {
     Json records = Json::array();
     for (const std::wstring& name : names) {
@@ -20,10 +18,6 @@ std::string ListText(const VcsNames& names) {
         text += (text.empty() ? "" : ", ") + Printable(name);
     }
     return text;
-}
-
-bool Contains(const VcsNames& names, const std::wstring& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 Json ReadVcsAttribute(const std::wstring& resource, const std::wstring& attribute) {

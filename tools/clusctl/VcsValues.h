@@ -4,6 +4,8 @@
 
 #include "Report.h"
 
+#include "core/UniqueNames.h"
+
 #include <clus_VeritasCluster.h>
 
 #include <string>
@@ -17,7 +19,7 @@ Json NameRecords(const VcsNames& names);
 // "A, B", printable.
 std::string ListText(const VcsNames& names);
 
-bool Contains(const VcsNames& names, const std::wstring& name);
+using clus::Contains;
 
 // The value, or the mask when the attribute holds a password. Null when VCS tells no value.
 Json ReadVcsAttribute(const std::wstring& resource, const std::wstring& attribute);
