@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -156,12 +157,12 @@ Report Groups(const GroupOptions& options) {
     for (const std::wstring& name : names) {
         Json record = ReadGroup(cluster, name, detail, report);
         owners.Mark(record, "name");
-        records.push_back(record);
+        records.push_back(std::move(record));
     }
     if (detail) {
-        report.AddRecords("groups", records, GroupTitles, "The cluster has no group.");
+        report.AddRecords("groups", std::move(records), GroupTitles, "The cluster has no group.");
     } else {
-        report.AddTable("groups", records, GroupColumns, "The cluster has no group.");
+        report.AddTable("groups", std::move(records), GroupColumns, "The cluster has no group.");
     }
     return report;
 }
@@ -211,13 +212,13 @@ Report Resources(const ResourceOptions& options) {
         if (IsWanted(cluster, name, options.type, report)) {
             Json record = ReadResource(cluster, name, parts, report);
             owners.Mark(record, "group");
-            records.push_back(record);
+            records.push_back(std::move(record));
         }
     }
     if (detail) {
-        report.AddRecords("resources", records, ResourceTitles(), NoResourceSentence(options));
+        report.AddRecords("resources", std::move(records), ResourceTitles(), NoResourceSentence(options));
     } else {
-        report.AddTable("resources", records, ResourceColumns, NoResourceSentence(options));
+        report.AddTable("resources", std::move(records), ResourceColumns, NoResourceSentence(options));
     }
     return report;
 }

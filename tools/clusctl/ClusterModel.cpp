@@ -158,9 +158,9 @@ private:
 
     static void AddProperties(Json& model, const char* member, HRESOURCE resource, DWORD controlCode,
                               const std::wstring& name) {
-        const Json properties = PropertiesJson(Query(resource, controlCode, "the properties", name));
+        Json properties = PropertiesJson(Query(resource, controlCode, "the properties", name));
         if (!properties.empty()) {
-            model[member] = properties;
+            model[member] = std::move(properties);
         }
     }
 

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <iterator>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -175,6 +176,6 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
             break;
         }
     }
-    disk["partitions"] = partitions;
+    disk["partitions"] = std::move(partitions);
     return disk;
 }

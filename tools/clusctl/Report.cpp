@@ -3,6 +3,7 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -127,32 +128,32 @@ std::string RecordsText(const Json& records, const Columns& columns) {
 
 } // namespace
 
-void Report::Add(Form form, const char* key, const Json& value, const Columns& columns, const std::string& sentence) {
-    m_document[key] = value;
+void Report::Add(Form form, const char* key, Json value, const Columns& columns, const std::string& sentence) {
+    m_document[key] = std::move(value);
     m_sections.push_back({form, key, columns, sentence});
 }
 
-void Report::AddRecord(const char* key, const Json& record, const Columns& columns) {
-    Add(Form::Record, key, record, columns, std::string());
+void Report::AddRecord(const char* key, Json record, const Columns& columns) {
+    Add(Form::Record, key, std::move(record), columns, std::string());
 }
 
-void Report::AddTable(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty) {
-    Add(Form::Table, key, records, columns, whenEmpty);
+void Report::AddTable(const char* key, Json records, const Columns& columns, const std::string& whenEmpty) {
+    Add(Form::Table, key, std::move(records), columns, whenEmpty);
 }
 
-void Report::AddRecords(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty) {
-    Add(Form::Records, key, records, columns, whenEmpty);
+void Report::AddRecords(const char* key, Json records, const Columns& columns, const std::string& whenEmpty) {
+    Add(Form::Records, key, std::move(records), columns, whenEmpty);
 }
 
-void Report::AddSentence(const char* key, const Json& value, const std::string& sentence) {
-    Add(Form::Sentence, key, value, Columns(), sentence);
+void Report::AddSentence(const char* key, Json value, const std::string& sentence) {
+    Add(Form::Sentence, key, std::move(value), Columns(), sentence);
 }
 
-Report Report::Verbatim(const Json& document, const Report& warned) {
+Report Report::Verbatim(Json document, const Report& warned) {
     Report report;
     report.m_warnings = warned.m_warnings;
     report.m_isComplete = warned.m_isComplete;
-    report.m_document = document;
+    report.m_document = std::move(document);
     report.m_isVerbatim = true;
     return report;
 }

@@ -19,19 +19,19 @@ typedef std::vector<Column> Columns;
 class Report {
 public:
     // One record: a line "title: value" per column. Columns that the record lacks are left out.
-    void AddRecord(const char* key, const Json& record, const Columns& columns);
+    void AddRecord(const char* key, Json record, const Columns& columns);
 
     // A list of records: a table with a header line, or `whenEmpty` when there is none.
-    void AddTable(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty);
+    void AddTable(const char* key, Json records, const Columns& columns, const std::string& whenEmpty);
 
     // A list of records that are too wide for a table: one block of lines each.
-    void AddRecords(const char* key, const Json& records, const Columns& columns, const std::string& whenEmpty);
+    void AddRecords(const char* key, Json records, const Columns& columns, const std::string& whenEmpty);
 
     // A value that reads best as a sentence.
-    void AddSentence(const char* key, const Json& value, const std::string& sentence);
+    void AddSentence(const char* key, Json value, const std::string& sentence);
 
     // A document that is printed as it is, in both forms, with the warnings of another report.
-    static Report Verbatim(const Json& document, const Report& warned);
+    static Report Verbatim(Json document, const Report& warned);
 
     // What the reader has to know besides: shown on standard error, and in JSON as "warnings".
     void AddWarning(const std::string& warning);
@@ -67,7 +67,7 @@ private:
         std::string sentence; // Table, Records: when there is none
     };
 
-    void Add(Form form, const char* key, const Json& value, const Columns& columns, const std::string& sentence);
+    void Add(Form form, const char* key, Json value, const Columns& columns, const std::string& sentence);
 
     Json m_document = Json::object();
     std::vector<Section> m_sections;

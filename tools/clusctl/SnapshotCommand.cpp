@@ -8,6 +8,7 @@
 #include "common/Files.h"
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -54,7 +55,7 @@ Report Snapshot(const SnapshotOptions& options) {
     }
     const std::wstring& file = options.file;
     if (file.empty()) {
-        return Report::Verbatim(model, report);
+        return Report::Verbatim(std::move(model), report);
     }
     WriteModel(file, model);
     const size_t nodes = model["nodes"].size();
