@@ -47,6 +47,7 @@ GroupHandle RequireGroup(const CCluster& cluster, const std::wstring& name);
 
 // All names of one kind, in the cluster's order. Throws Failure when they cannot be listed.
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind);
+Names ListResourceTypes(const CCluster& cluster);
 
 // The cluster's name, however long. Throws Failure.
 std::wstring ReadClusterName(const CCluster& cluster);

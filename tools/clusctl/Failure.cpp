@@ -22,6 +22,7 @@ const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise) {
     case ERROR_ALREADY_EXISTS:
         return Errors::AlreadyExists;
     case ERROR_SHARING_PAUSED:
+    case ERROR_CLUSTER_NODE_PAUSED:
         return Errors::NodePaused;
     case ERROR_TIMEOUT:
     case WAIT_TIMEOUT:

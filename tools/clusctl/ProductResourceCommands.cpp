@@ -1,9 +1,12 @@
 #include "ProductResourceCommands.h"
 
-#include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "CreationChecks.h"
 #include "Progress.h"
+#include "ServerChecks.h"
 #include "Text.h"
+
+#include "common/Text.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -32,15 +35,6 @@ struct SwitchOptions {
     bool wait = false;
     std::uint32_t timeout = 120;
 };
-
-// What a progress line watches; nothing when there is nobody to watch it.
-Names WatchedResources(const LogCapture& log, const std::wstring& server) {
-    Names names;
-    if (Progress::IsWanted(log)) {
-        CVirtualServerUtil::FindKOVAResources(server.c_str(), names);
-    }
-    return names;
-}
 
 Json ReadResources(const CCluster& cluster, const Names& names, Report& report) {
     Json records = Json::array();
@@ -97,67 +91,172 @@ Report Create(const CreateOptions& options) {
             throw WrongUsage("--data-root is required: the product's settings name none");
         }
     }
+    const bool isSingleCopy = mode == CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY;
+    const std::wstring& path = isSingleCopy ? options.dataPath : dataRoot;
+    if (!IsAbsolutePath(path)) {
+        throw WrongUsage(std::string(isSingleCopy ? "--data-path" : "--data-root") +
+                         " has to begin with a drive, as in \"F:\\Zyntra Gate\": " + Quoted(path));
+    }
+    CreationRequest request = {options.server, options.name, path, isSingleCopy, options.disk};
+    if (!isSingleCopy) {
+        CVirtualServerUtil::ConcatCCRDataPath(dataRoot.c_str(), options.server.c_str(), request.dataPath);
+    }
     CCluster cluster;
     OpenLocalCluster(cluster);
+    RequireCreatable(cluster, request);
     if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), options.name.c_str(), options.dataPath.c_str(),
                                                 options.server.c_str(), options.disk.c_str(), mode)) {
-        throw Failure("cannot create the resource " + Quoted(options.name) + " for " + Quoted(options.server));
+        FailToCreate(cluster, request);
     }
+    RequireResource(cluster, options.name); // it is there
     Report report;
     const Json record = ReadResource(cluster, options.name, ResourceParts::Detail, report);
+    WarnOfMissingParts(cluster, request, record, report);
     report.AddRecords("resources", Json::array({record}), ResourceTitles(), std::string());
     return report;
 }
 
-Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline) {
-    CCluster cluster;
-    OpenLocalCluster(cluster);
-    const auto turn = isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
-                               : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
-    bool isDone = false;
-    {
-        const Progress progress(log, options.wait ? WatchedResources(log, options.server) : Names());
+std::wstring NameOf(const Json& record) {
+    return common::ToUtf16(record["name"].get<std::string>());
+}
+
+// The first that is not as wanted; null when all are.
+Json FindOther(const Json& records, const char* wanted) {
+    for (const Json& record : records) {
+        if (record["state"] != Json(wanted)) {
+            return record;
+        }
+    }
+    return Json();
+}
+
+bool IsPending(const Json& record) {
+    return record["state"] == "online pending" || record["state"] == "offline pending" || record["state"] == "pending";
+}
+
+// What switches, and with what it is waited for.
+class ServerSwitch {
+public:
+    ServerSwitch(const LogCapture& log, const SwitchOptions& options, bool isOnline)
+        : m_log(log), m_options(options), m_isOnline(isOnline), m_place() {
+        OpenLocalCluster(m_cluster);
+    }
+
+    Report Do() {
+        m_place = FindServer(m_cluster, m_options.server);
+        if (m_isOnline && !FindOther(Read(), "online").is_null()) {
+            RequireNodeStarts(m_cluster, m_place.owner);
+        }
+        bool isDone = Turn();
+        Json records = Read();
+        if (!isDone && WasRefused(records)) {
+            const DWORD code = AskAgain(m_cluster, NameOf(FindOther(records, Wanted())),
+                                        m_isOnline ? &OnlineClusterResource : &OfflineClusterResource);
+            if (code != ERROR_SUCCESS) {
+                throw Failure::OfCode(Sentence(records), code, Errors::Refused);
+            }
+            isDone = Turn();
+            records = Read();
+        }
+        Report report;
+        RequireSwitched(isDone, records, report);
+        report.AddTable("resources", records, ResourceColumns,
+                        "The group of " + Quoted(m_options.server) + " has no product resource: nothing was done.");
+        return report;
+    }
+
+private:
+    bool Turn() {
+        const Progress progress(m_log, m_options.wait && Progress::IsWanted(m_log)
+                                           ? FindProductResources(m_cluster, m_options.server, m_place)
+                                           : Names());
+        const auto turn = m_isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
+                                     : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
         // Whole seconds only: the library never gives up on any other time-out.
-        isDone = turn(options.server.c_str(), options.wait, options.timeout * 1000);
+        return turn(m_options.server.c_str(), m_options.wait, m_options.timeout * 1000);
     }
-    Names names;
-    const bool isListed = CVirtualServerUtil::FindKOVAResources(options.server.c_str(), names);
-    Report report;
-    const Json records = ReadResources(cluster, names, report);
-    if (!isDone || !isListed) {
-        const std::string states = StateSentence(records);
-        throw Failure(std::string("cannot bring the product's resource of ") + Quoted(options.server) +
-                      (isOnline ? " online" : " offline") + (states.empty() ? "" : ": " + states + " now"));
+
+    Json Read() {
+        Report unread;
+        Json records = ReadResources(m_cluster, FindProductResources(m_cluster, m_options.server, m_place), unread);
+        if (!unread.IsComplete()) {
+            throw Failure(Errors::Incomplete, "cannot tell the state of the product's resource of " +
+                                                  Quoted(m_options.server) + ": " + unread.Warnings().front());
+        }
+        return records;
     }
-    report.AddTable("resources", records, ResourceColumns,
-                    "The group of " + Quoted(options.server) + " has no product resource: nothing was done.");
-    return report;
+
+    const char* Wanted() const {
+        return m_isOnline ? "online" : "offline";
+    }
+
+    // One that failed on its way is not started once more only to learn a code.
+    bool WasRefused(const Json& records) const {
+        const Json other = FindOther(records, Wanted());
+        return !other.is_null() && !IsPending(other) && (!m_isOnline || other["state"] != "failed");
+    }
+
+    // The library's word is not enough: the states are.
+    void RequireSwitched(bool isDone, const Json& records, Report& report) const {
+        const Json other = FindOther(records, Wanted());
+        if (other.is_null()) {
+            return;
+        }
+        const bool isOnItsWay = IsPending(other);
+        if (!isDone || !isOnItsWay) {
+            throw Failure(isOnItsWay ? Errors::TimedOut : Errors::Failed, Sentence(records));
+        }
+        if (m_options.wait) {
+            report.AddWarning(StateSentence(records) + " again");
+        }
+    }
+
+    std::string Sentence(const Json& records) const {
+        return "cannot bring the product's resource of " + Quoted(m_options.server) +
+               (m_isOnline ? " online: " : " offline: ") + StateSentence(records) + " now";
+    }
+
+    const LogCapture& m_log;
+    const SwitchOptions& m_options;
+    const bool m_isOnline;
+    CCluster m_cluster;
+    ServerPlace m_place;
+};
+
+// Of resources that are there after the library's deletion: asks the cluster once more, for its code. Throws Failure
+// unless it deletes them now, which is a warning.
+void RequireDeleted(const CCluster& cluster, const std::wstring& server, const Names& left, Report& report) {
+    for (const std::wstring& name : left) {
+        Report unread;
+        const Json record = ReadResource(cluster, name, ResourceParts::Line, unread);
+        const std::string sentence =
+            "the product's resource of " + Quoted(server) + " is still there: " + StateSentence(Json::array({record}));
+        if (IsPending(record)) {
+            throw Failure(Errors::TimedOut, sentence + ", and did not go offline within three minutes");
+        }
+        const DWORD code = AskAgain(cluster, name, &DeleteClusterResource);
+        if (code != ERROR_SUCCESS) {
+            throw Failure::OfCode(sentence, code, Errors::Refused);
+        }
+        report.AddWarning("the cluster deleted " + Quoted(name) + " only when it was asked again");
+    }
 }
 
 Report Delete(const LogCapture& log, const std::wstring& server) {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    Names before;
-    CVirtualServerUtil::FindKOVAResources(server.c_str(), before);
-    bool isDone = false;
+    const ServerPlace place = FindServer(cluster, server);
+    const Names before = FindProductResources(cluster, server, place);
+    if (!before.empty()) {
+        RequireOwnedHere(place, server);
+    }
     {
         const Progress progress(log, before);
-        isDone = CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server.c_str());
+        CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server.c_str());
     }
-    if (!isDone) {
-        throw Failure("cannot delete the product's resource of " + Quoted(server));
-    }
-    // The library reports success also when a resource did not go offline in time, or belongs to another node.
-    Names after;
-    if (!CVirtualServerUtil::FindKOVAResources(server.c_str(), after)) {
-        throw Failure("cannot tell whether the product's resource of " + Quoted(server) + " is gone");
-    }
-    if (!after.empty()) {
-        Report unread;
-        throw Failure("the product's resource of " + Quoted(server) +
-                      " is still there: " + StateSentence(ReadResources(cluster, after, unread)) +
-                      ". A node deletes only what it owns, and only what goes offline within three minutes");
-    }
+    // Its result is no answer: it is also true when a resource did not go offline in time.
+    Report report;
+    RequireDeleted(cluster, server, FindProductResources(cluster, server, place), report);
     std::string sentence = "The group of " + Quoted(server) + " has no product resource: nothing was done.";
     if (!before.empty()) {
         sentence = "Deleted";
@@ -166,7 +265,6 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
         }
         sentence += ".";
     }
-    Report report;
     report.AddSentence("deleted", before, sentence);
     return report;
 }
@@ -178,10 +276,10 @@ void AddServer(CLI::App& command, std::wstring& server) {
 
 void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
     const auto options = std::make_shared<SwitchOptions>();
-    CLI::App& command =
-        commandLine.AddTo(family, isOnline ? "online" : "offline",
-                          isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
-                          [options, isOnline](const LogCapture& log) { return Switch(log, *options, isOnline); });
+    CLI::App& command = commandLine.AddTo(
+        family, isOnline ? "online" : "offline",
+        isOnline ? "Bring the product's resource online" : "Take the product's resource offline",
+        [options, isOnline](const LogCapture& log) { return ServerSwitch(log, *options, isOnline).Do(); });
     AddServer(command, options->server);
     CLI::Option* wait = command.add_flag(
         "--wait", options->wait,

@@ -2,7 +2,9 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "PropertyJson.h"
 #include "ResourcesHere.h"
+#include "ServerChecks.h"
 #include "ServersLeftOut.h"
 #include "Text.h"
 
@@ -97,18 +99,39 @@ Report Query(const std::wstring& nameOrAddress) {
     return report;
 }
 
+// Why the library could not collect the instances: it only says that it could not.
+[[noreturn]] void FailToCollect(const std::wstring& networkName) {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    const std::string what = "cannot collect the SMTP instances of " + Quoted(networkName) + ": ";
+    const NamesByType members = ReadMembers(cluster, FindServer(cluster, networkName).group);
+    const auto instances = members.find(clus::SmtpInstanceType);
+    if (instances == members.end()) {
+        throw Failure(Errors::Incomplete, what + "the cluster could not be read, and can be now").Hint("Ask again.");
+    }
+    if (instances->second.size() > CClusterVirtualServerInfo::MaxSmtpInstances) {
+        throw Failure(Errors::Incomplete,
+                      what + "there are more than " + std::to_string(CClusterVirtualServerInfo::MaxSmtpInstances));
+    }
+    for (const std::wstring& name : instances->second) {
+        const ResourceHandle resource = RequireResource(cluster, name);
+        std::vector<unsigned char> list;
+        DWORD code = 0;
+        if (!QueryResource(resource.get(), CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, list, code)) {
+            throw Failure::OfCode(what + "cannot read the private properties of " + Quoted(name), code,
+                                  Errors::Incomplete);
+        }
+        if (!PropertiesJson(list).contains("ProtocolInstanceId")) {
+            throw Failure(Errors::Incomplete, what + Quoted(name) + " has no ProtocolInstanceId");
+        }
+    }
+    throw Failure(Errors::Incomplete, what + "an instance could not be read, and can be now").Hint("Ask again.");
+}
+
 Report SmtpInstances(const std::wstring& networkName) {
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!CVirtualServerUtil::GetSMTPInstanceInfo(networkName.c_str(), *info)) {
-        CCluster cluster;
-        OpenLocalCluster(cluster);
-        std::wstring resourceName;
-        if (!cluster.FindFirstResourceNameByNetworkName(resourceName, networkName.c_str())) {
-            throw Failure(Errors::ServerNotFound, "the cluster has no network name " + Quoted(networkName));
-        }
-        throw Failure("cannot collect the SMTP instances of " + Quoted(networkName) +
-                      ": one cannot be read, or there are more than " +
-                      std::to_string(CClusterVirtualServerInfo::MaxSmtpInstances));
+        FailToCollect(networkName);
     }
     Report report;
     if (info->m_nSmtpInstanceCount < 0) {

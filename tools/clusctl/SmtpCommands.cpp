@@ -1,9 +1,13 @@
 #include "SmtpCommands.h"
 
-#include "ClusterObjects.h"
 #include "CommandLine.h"
 #include "Progress.h"
+#include "ResourcesHere.h"
+#include "ServerChecks.h"
 #include "Text.h"
+#include "ThisComputer.h"
+
+#include "core/ResourceTypes.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -15,6 +19,46 @@ const Columns InstanceTitles = {
     {"name", "Resource"}, {"type", "Type"}, {"group", "Group"}, {"owner", "Owner"}, {"state", "State"},
 };
 
+// Throws Failure when an instance that is online may have been passed over.
+[[noreturn]] void FailToFind(const CCluster& cluster) {
+    Report unread;
+    ReadResourcesHere(cluster, clus::SmtpInstanceType, unread);
+    if (!unread.IsComplete()) {
+        throw Failure(Errors::Incomplete, "cannot tell whether an Exchange SMTP instance is online on this node: " +
+                                              unread.Warnings().front());
+    }
+    throw Failure(Errors::NotFound, "no Exchange SMTP instance is online on this node");
+}
+
+// The instance as the cluster holds it after the library's work. Throws Failure unless it is online or on its way.
+Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool isRestarted, Report& report) {
+    Json record = ReadResource(cluster, name, ResourceParts::Line, report);
+    if (!isRestarted && record["state"] == "offline pending") {
+        throw Failure(Errors::TimedOut, "cannot restart " + Quoted(name) + ": it is still offline pending")
+            .Hint("Once it is offline, bring its group online.");
+    }
+    if (!isRestarted && record["state"] == "online") {
+        const DWORD code = AskAgain(cluster, name, &OfflineClusterResource);
+        if (code != ERROR_SUCCESS) {
+            throw Failure::OfCode("cannot restart " + Quoted(name) + ": the cluster does not take it offline", code,
+                                  Errors::Refused);
+        }
+        record = ReadResource(cluster, name, ResourceParts::Line, report);
+    }
+    if (record["state"] == "offline") { // the library does not look whether the cluster brings it online
+        const DWORD code = AskAgain(cluster, name, &OnlineClusterResource);
+        if (code != ERROR_SUCCESS) {
+            throw Failure::OfCode(Quoted(name) + " went offline, and the cluster does not bring it online again", code,
+                                  Errors::Refused);
+        }
+        record = ReadResource(cluster, name, ResourceParts::Line, report);
+    }
+    if (record["state"] != "online" && record["state"] != "online pending") {
+        throw Failure("cannot restart " + Quoted(name) + ": it is " + record["state"].get<std::string>() + " now");
+    }
+    return record;
+}
+
 Report Restart(const LogCapture& log) {
     CCluster cluster;
     OpenLocalCluster(cluster);
@@ -23,20 +67,17 @@ Report Restart(const LogCapture& log) {
         ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE); // throws with the code that the library does not give
         throw Failure(Errors::Incomplete, "cannot list the cluster's resources");
     }
+    if (name.empty()) {
+        FailToFind(cluster);
+    }
+    RequireNodeStarts(cluster, ComputerName()); // or the instance would go offline and stay it
     bool isRestarted = false;
     {
-        const Progress progress(log, name.empty() ? Names() : Names(1, name));
+        const Progress progress(log, Names(1, name));
         isRestarted = CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
     }
-    if (name.empty()) {
-        throw Failure(Errors::NotFound, "no Exchange SMTP instance is online on this node");
-    }
     Report report;
-    const Json record = ReadResource(cluster, name, ResourceParts::Line, report);
-    if (!isRestarted) {
-        throw Failure("cannot restart " + Quoted(name) + ": it is " + record["state"].get<std::string>() + " now");
-    }
-    report.AddRecord("restarted", record, InstanceTitles);
+    report.AddRecord("restarted", RequireRestarted(cluster, name, isRestarted, report), InstanceTitles);
     return report;
 }
 

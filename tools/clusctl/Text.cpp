@@ -28,6 +28,41 @@ std::string Head(const std::string& text, size_t count) {
     return text.substr(0, end);
 }
 
+// The cluster's codes, for a system that has no text for them.
+std::string ClusterText(unsigned long code) {
+    static const struct {
+        unsigned long code;
+        const char* text;
+    } known[] = {
+        {ERROR_DEPENDENT_RESOURCE_EXISTS, "Another resource depends on it"},
+        {ERROR_DEPENDENCY_NOT_FOUND, "Dependency not found"},
+        {ERROR_DEPENDENCY_ALREADY_EXISTS, "The dependency exists already"},
+        {ERROR_RESOURCE_NOT_ONLINE, "The resource is not online"},
+        {ERROR_HOST_NODE_NOT_AVAILABLE, "No node is available for it"},
+        {ERROR_RESOURCE_NOT_AVAILABLE, "The resource is not available"},
+        {ERROR_RESOURCE_NOT_FOUND, "Cluster resource not found"},
+        {ERROR_OBJECT_ALREADY_EXISTS, "The object exists already"},
+        {ERROR_GROUP_NOT_AVAILABLE, "The group is not available"},
+        {ERROR_GROUP_NOT_FOUND, "Cluster group not found"},
+        {ERROR_HOST_NODE_NOT_RESOURCE_OWNER, "The node is no possible owner of the resource"},
+        {ERROR_RESMON_ONLINE_FAILED, "The resource does not come online"},
+        {ERROR_RESOURCE_ONLINE, "Resource online"},
+        {ERROR_INVALID_STATE, "Not possible in the resource's state"},
+        {ERROR_RESOURCE_FAILED, "The resource has failed"},
+        {ERROR_CLUSTER_NODE_NOT_FOUND, "Cluster node not found"},
+        {ERROR_CLUSTER_NODE_DOWN, "The cluster node is down"},
+        {ERROR_CLUSTER_NODE_PAUSED, "The cluster node is paused"},
+        {ERROR_CLUSTER_RESOURCE_TYPE_NOT_FOUND, "Cluster resource type not found"},
+        {5942 /* ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED */, "A resource that it depends on has failed"},
+    };
+    for (const auto& entry : known) {
+        if (entry.code == code) {
+            return entry.text;
+        }
+    }
+    return std::string();
+}
+
 } // namespace
 
 std::string Lower(std::string text) {
@@ -94,7 +129,7 @@ std::string SystemText(unsigned long code) {
     while (!text.empty() && (text.back() == ' ' || text.back() == '.')) {
         text.pop_back();
     }
-    return text;
+    return text.empty() ? ClusterText(code) : text;
 }
 
 std::string ErrorText(unsigned long code) {

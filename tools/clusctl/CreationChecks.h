@@ -1,0 +1,28 @@
+// Whether the product's resource of a virtual server can be created, and why it could not.
+#ifndef CLUSCTL_CREATIONCHECKS_H
+#define CLUSCTL_CREATIONCHECKS_H
+
+#include "ServerChecks.h"
+
+struct CreationRequest {
+    std::wstring server;
+    std::wstring name;
+    std::wstring dataPath; // complete
+    bool isSingleCopy;
+    std::wstring disk; // empty: the System Attendant's
+};
+
+// Throws Failure when the product's resource cannot be created.
+void RequireCreatable(CCluster& cluster, const CreationRequest& request);
+
+// After the library could not create it: takes the same steps once more to learn the cluster's code, and undoes them.
+[[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request);
+
+// Adds a warning for each possible owner that the new resource lacks, and when it would not be restarted as the product
+// wants it. `record` is the new resource in detail.
+void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report);
+
+// Whether a path begins with a drive: "F:\Zyntra Gate".
+bool IsAbsolutePath(const std::wstring& path);
+
+#endif
