@@ -64,36 +64,8 @@ int RunChild(int argc, wchar_t** argv) {
 
 } // namespace
 
-Child::Child(const std::wstring& arguments) {
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring commandLine = L"\"" + std::wstring(program) + L"\" --child " + arguments;
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    EXPECT_TRUE(
-        CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-        << GetLastError();
-    const common::Handle thread(process.hThread);
-    m_process = common::Handle(process.hProcess);
-}
-
-Child::~Child() {
-    Stop();
-}
-
-DWORD Child::Wait() {
-    EXPECT_EQ(WaitForSingleObject(m_process.get(), 60000), static_cast<DWORD>(WAIT_OBJECT_0));
-    DWORD code = 0xFFFFFFFF;
-    GetExitCodeProcess(m_process.get(), &code);
-    return code;
-}
-
-void Child::Stop() {
-    if (WaitForSingleObject(m_process.get(), 0) == WAIT_TIMEOUT) {
-        TerminateProcess(m_process.get(), 9999);
-        WaitForSingleObject(m_process.get(), 10000);
-    }
+Child::Child(const std::wstring& arguments)
+    : ChildProcess(L"\"" + harness::ProgramPath() + L"\" --child " + arguments) {
 }
 
 int main(int argc, char** argv) {

@@ -8,19 +8,12 @@
 
 namespace {
 
-std::wstring EnvironmentBlock(const Variables& variables) {
-    std::wstring block;
-    wchar_t* const current = GetEnvironmentStringsW();
-    for (const wchar_t* entry = current; *entry != L'\0'; entry += wcslen(entry) + 1) {
-        if (wcsncmp(entry, L"CLUSSIM_", 8) != 0) {
-            block.append(entry).push_back(L'\0');
-        }
+// Whatever of the simulator's variables is not given is removed.
+Variables WithoutOthers(Variables variables) {
+    for (const wchar_t* name : {L"CLUSSIM_FILE", L"CLUSSIM_FAULTS", L"CLUSSIM_JOURNAL"}) {
+        variables.insert({name, L""});
     }
-    FreeEnvironmentStringsW(current);
-    for (const auto& variable : variables) {
-        block += variable.first + L"=" + variable.second + L'\0';
-    }
-    return block + L'\0';
+    return variables;
 }
 
 int Create(HCLUSTER cluster, const std::wstring& prefix, int count) {
@@ -59,55 +52,24 @@ int RunChild(int argc, wchar_t** argv) {
 
 } // namespace
 
-Child::Child(const std::wstring& arguments, const Variables& variables) : m_process(nullptr), m_errors(nullptr) {
+Child::Child(const std::wstring& arguments, const Variables& variables) {
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    HANDLE reading = nullptr;
     HANDLE writing = nullptr;
-    CreatePipe(&m_errors, &writing, &inheritable, 0);
-    SetHandleInformation(m_errors, HANDLE_FLAG_INHERIT, 0);
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring commandLine = L"\"" + std::wstring(program) + L"\" --child " + arguments;
-    std::wstring environment = EnvironmentBlock(variables);
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdError = writing;
-    PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT, &environment[0],
-                       nullptr, &startup, &process)) {
-        CloseHandle(process.hThread);
-        m_process = process.hProcess;
-    } else {
-        ADD_FAILURE() << "the child process does not start, error " << GetLastError();
-    }
-    CloseHandle(writing);
-}
-
-Child::~Child() {
-    Stop();
-    CloseHandle(m_process);
-    CloseHandle(m_errors);
-}
-
-DWORD Child::Wait() {
-    EXPECT_EQ(WaitForSingleObject(m_process, 60000), static_cast<DWORD>(WAIT_OBJECT_0));
-    DWORD code = 0xFFFFFFFF;
-    GetExitCodeProcess(m_process, &code);
-    return code;
-}
-
-void Child::Stop() {
-    if (WaitForSingleObject(m_process, 0) == WAIT_TIMEOUT) {
-        TerminateProcess(m_process, 9999);
-        WaitForSingleObject(m_process, 10000);
-    }
+    EXPECT_TRUE(CreatePipe(&reading, &writing, &inheritable, 0)) << "error " << GetLastError();
+    m_errors = common::Handle(reading);
+    const common::Handle writingEnd(writing);
+    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+    m_process =
+        std::make_unique<harness::ChildProcess>(L"\"" + harness::ProgramPath() + L"\" --child " + arguments,
+                                                WithoutOthers(variables), harness::ChildStreams{nullptr, writing});
 }
 
 std::string Child::Errors() {
     std::string text;
     char block[512];
     DWORD cb = 0;
-    while (ReadFile(m_errors, block, sizeof(block), &cb, nullptr) && cb > 0) {
+    while (ReadFile(m_errors.get(), block, sizeof(block), &cb, nullptr) && cb > 0) {
         text.append(block, cb);
     }
     return text;

@@ -2,14 +2,13 @@
 #ifndef CHILDPROGRAM_H
 #define CHILDPROGRAM_H
 
-#include <winsock2.h>
-#include <windows.h>
+#include "ChildProcess.h"
 
-#include <map>
+#include <memory>
 #include <string>
 
-// Environment variables of the child; CLUSSIM_ ones of this process are not inherited.
-typedef std::map<std::wstring, std::wstring> Variables;
+// Environment variables of the child; the simulator's of this process are not inherited.
+using harness::Variables;
 
 // "create PREFIX COUNT [FIRST]": creates resources PREFIX0, PREFIX1, ... in group EVS1; endless with COUNT 0.
 // "online NAME": brings a resource online and ends with the code of that call.
@@ -18,17 +17,18 @@ typedef std::map<std::wstring, std::wstring> Variables;
 class Child {
 public:
     Child(const std::wstring& arguments, const Variables& variables);
-    ~Child(); // stops it when it still runs
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
 
-    DWORD Wait();         // its exit code
-    void Stop();          // at once, in the middle of whatever it does
+    DWORD Wait() {
+        return m_process->Wait();
+    }
+    void Stop() {
+        m_process->Stop();
+    }
     std::string Errors(); // what it wrote to standard error; after Wait
 
 private:
-    HANDLE m_process;
-    HANDLE m_errors; // the reading end
+    std::unique_ptr<harness::ChildProcess> m_process;
+    common::Handle m_errors; // the reading end
 };
 
 #endif

@@ -1,4 +1,4 @@
-#include "ChildProcess.h"
+#include "LogWriterProcess.h"
 #include "DebugLog.h"
 
 #include <algorithm>
@@ -121,21 +121,17 @@ TEST(DebugLog, KeepsEveryLineWholeWhenTwoProcessesShareAFile) {
     const std::wstring goName = L"clusutil_support_go_" + id;
     const HANDLE ready = CreateSemaphoreW(nullptr, 0, 2, readyName.c_str());
     const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, goName.c_str());
-    HANDLE processes[2] = {};
+    std::unique_ptr<harness::ChildProcess> processes[2];
     for (int i = 0; i < 2; ++i) {
         processes[i] = StartLogWriter((i == 0 ? L"many A " : L"many B ") + std::to_wstring(count) + L" " + readyName +
                                           L" " + goName,
                                       {{File, file.Path()}});
-        ASSERT_NE(nullptr, processes[i]);
+        ASSERT_NE(nullptr, processes[i]->get());
         ASSERT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(ready, 30000));
     }
     SetEvent(go);
-    for (const HANDLE process : processes) {
-        EXPECT_EQ(static_cast<DWORD>(WAIT_OBJECT_0), WaitForSingleObject(process, 60000));
-        DWORD exitCode = 99;
-        GetExitCodeProcess(process, &exitCode);
-        EXPECT_EQ(0u, exitCode);
-        CloseHandle(process);
+    for (const auto& process : processes) {
+        EXPECT_EQ(0u, process->Wait());
     }
     CloseHandle(ready);
     CloseHandle(go);

@@ -1,4 +1,5 @@
 // The programs themselves: several at once, faults, journal.
+#include "ChildProcess.h"
 #include "ToolTest.h"
 
 #include "common/FileLock.h"
@@ -11,6 +12,7 @@
 #include <memory>
 #include <sstream>
 
+using harness::ChildProcess;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -30,35 +32,16 @@ protected:
     }
 
     // Starts a tool from the folder of this program, both streams into `capture`.
-    static HANDLE Start(const std::wstring& commandLine, const std::wstring& capture) {
+    static std::unique_ptr<ChildProcess> Start(const std::wstring& commandLine, const std::wstring& capture) {
         SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
-        const HANDLE file = CreateFileW(capture.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                        &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = file;
-        startup.hStdError = file;
-        PROCESS_INFORMATION process = {};
-        std::wstring line = commandLine;
-        const BOOL started =
-            CreateProcessW(nullptr, &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
-        EXPECT_TRUE(started) << GetLastError();
-        CloseHandle(file);
-        CloseHandle(process.hThread);
-        return process.hProcess;
-    }
-
-    static DWORD Wait(HANDLE process) {
-        EXPECT_EQ(WaitForSingleObject(process, 60000), static_cast<DWORD>(WAIT_OBJECT_0));
-        DWORD exitCode = 0;
-        GetExitCodeProcess(process, &exitCode);
-        CloseHandle(process);
-        return exitCode;
+        const common::Handle file(CreateFileW(capture.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                              &inheritable, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        return std::make_unique<ChildProcess>(commandLine, harness::Variables(),
+                                              harness::ChildStreams{file.get(), file.get()});
     }
 
     std::string RunProcess(const std::wstring& commandLine) {
-        m_processExit = Wait(Start(commandLine, Path(L".out")));
+        m_processExit = Start(commandLine, Path(L".out"))->Wait();
         return ReadFile(L".out");
     }
 
@@ -186,13 +169,13 @@ TEST_F(ToolPrograms, MasksSecretsInTheOutputOfTheJournal) {
 
 TEST_F(ToolPrograms, LosesNothingWhenSeveralChangeAtOnce) {
     const int count = 16;
-    std::vector<HANDLE> processes;
+    std::vector<std::unique_ptr<ChildProcess>> processes;
     for (int i = 0; i < count; ++i) {
         processes.push_back(
             Start(L"hares -add New" + std::to_wstring(i) + L" MountV G", Path(L".out" + std::to_wstring(i))));
     }
-    for (const HANDLE process : processes) {
-        EXPECT_EQ(Wait(process), 0u);
+    for (const auto& process : processes) {
+        EXPECT_EQ(process->Wait(), 0u);
     }
     for (int i = 0; i < count; ++i) {
         EXPECT_EQ(Run("hares", "-value New" + std::to_string(i) + " Type"), "MountV\n");
@@ -205,11 +188,11 @@ TEST_F(ToolPrograms, LosesNothingWhenSeveralChangeAtOnce) {
 TEST_F(ToolPrograms, WaitsForItsTurn) {
     common::FileLock lock(Path(L".lock"));
     auto turn = std::make_unique<common::FileLock::Turn>(lock);
-    const HANDLE process = Start(L"hares -modify G-IP Address 1", Path(L".out"));
-    EXPECT_EQ(WaitForSingleObject(process, 700), static_cast<DWORD>(WAIT_TIMEOUT));
+    const auto process = Start(L"hares -modify G-IP Address 1", Path(L".out"));
+    EXPECT_TRUE(process->RunsFor(700));
     EXPECT_FALSE(HasFile(L".live"));
     turn.reset();
-    EXPECT_EQ(Wait(process), 0u);
+    EXPECT_EQ(process->Wait(), 0u);
     EXPECT_TRUE(HasFile(L".live"));
 }
 
@@ -217,10 +200,9 @@ TEST_F(ToolPrograms, LeavesWholeFilesWhenItIsKilledAtAnyMoment) {
     for (int i = 0; i < 24; ++i) {
         const std::string before = Run("hares", "-value G-Mount VolumeName");
         const std::wstring value = L"Volume" + std::to_wstring(i);
-        const HANDLE process = Start(L"hares -modify G-Mount VolumeName " + value, Path(L".out"));
+        const auto process = Start(L"hares -modify G-Mount VolumeName " + value, Path(L".out"));
         Sleep(static_cast<DWORD>(i * 4));
-        TerminateProcess(process, 1);
-        Wait(process);
+        process->Stop();
         const std::string after = Run("hares", "-value G-Mount VolumeName");
         EXPECT_EQ(m_exitCode, 0) << after;
         EXPECT_TRUE(after == before || after == "Volume" + std::to_string(i) + "\n") << after;
@@ -285,11 +267,10 @@ TEST_F(ToolPrograms, IsSlowWhenAsked) {
 
 TEST_F(ToolPrograms, HangsWhenAskedWithoutHoldingOthersUp) {
     UseFaults(R"([{"tool": "hasys", "hang": true}])");
-    const HANDLE process = Start(L"hasys -list", Path(L".hanging"));
-    EXPECT_EQ(WaitForSingleObject(process, 1000), static_cast<DWORD>(WAIT_TIMEOUT));
+    const auto process = Start(L"hasys -list", Path(L".hanging"));
+    EXPECT_TRUE(process->RunsFor(1000));
     EXPECT_EQ(RunProcess(L"hagrp -list Parallel=1"), "");
-    TerminateProcess(process, 0);
-    Wait(process);
+    process->Stop();
     EXPECT_EQ(Journal()[0]["exit"], nullptr);
 }
 

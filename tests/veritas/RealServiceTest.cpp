@@ -1,4 +1,5 @@
 // Services of the real service control manager, brought online and awaited. The time between two looks is shortened.
+#include "ChildProcess.h"
 #include "VeritasTest.h"
 
 #include <algorithm>
@@ -13,10 +14,7 @@ namespace {
 class RealService {
 public:
     explicit RealService(const std::wstring& name) {
-        wchar_t path[MAX_PATH] = {};
-        GetModuleFileNameW(nullptr, path, MAX_PATH);
-        std::wstring program = path;
-        program = L"\"" + program.substr(0, program.find_last_of(L'\\') + 1) + L"vcs_test_service.exe\"";
+        const std::wstring program = L"\"" + ProgramFolder() + L"vcs_test_service.exe\"";
         m_manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT | SC_MANAGER_CREATE_SERVICE);
         m_service = CreateServiceW(m_manager, name.c_str(), nullptr, SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
                                    SERVICE_DEMAND_START, SERVICE_ERROR_NORMAL, program.c_str(), nullptr, nullptr,

@@ -1,5 +1,7 @@
 #include "RealTools.h"
 
+#include "ChildProcess.h"
+
 namespace harness {
 
 NamedEvent::NamedEvent(const std::wstring& name)
@@ -12,10 +14,7 @@ NamedEvent::~NamedEvent() {
 }
 
 TestToolStarter::TestToolStarter(PlatformTap& tap) : m_tap(tap), m_former(tap.processes) {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    program = path;
-    program = program.substr(0, program.find_last_of(L'\\') + 1) + L"vcs_test_tool.exe";
+    program = ProgramFolder() + L"vcs_test_tool.exe";
     m_tap.processes = this;
 }
 

@@ -1,5 +1,6 @@
 // That a password never reaches the debug-log file. The log is configured once per process, so the library logs from a
 // child process: this program, running one of its own tests.
+#include "ChildProcess.h"
 #include "RealTools.h"
 
 #include "common/Files.h"
@@ -28,26 +29,9 @@ TEST(VeritasSecretProcess, EncryptsWithTheLogAsItIsConfigured) {
 
 TEST(VeritasSecret, TheDebugLogFileHoldsNeitherThePasswordNorItsEncryptedForm) {
     const PrivateFolder folder;
-    wchar_t program[MAX_PATH];
-    GetModuleFileNameW(nullptr, program, MAX_PATH);
-    std::wstring commandLine =
-        L"\"" + std::wstring(program) + L"\" --gtest_filter=VeritasSecretProcess.* --gtest_brief=1";
-    SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", folder.File(L"log.txt").c_str());
-    SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", L"all");
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION child = {};
-    const BOOL started =
-        CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &child);
-    SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", nullptr);
-    SetEnvironmentVariableW(L"CLUSUTIL_LOG_LEVEL", nullptr);
-    ASSERT_TRUE(started);
-    EXPECT_EQ(WaitForSingleObject(child.hProcess, 60000), DWORD(WAIT_OBJECT_0));
-    DWORD exitCode = 99;
-    GetExitCodeProcess(child.hProcess, &exitCode);
-    CloseHandle(child.hProcess);
-    CloseHandle(child.hThread);
-    EXPECT_EQ(exitCode, 0u);
+    ChildProcess child(L"\"" + ProgramPath() + L"\" --gtest_filter=VeritasSecretProcess.* --gtest_brief=1",
+                       {{L"CLUSUTIL_LOG_FILE", folder.File(L"log.txt")}, {L"CLUSUTIL_LOG_LEVEL", L"all"}});
+    EXPECT_EQ(child.Wait(), 0u);
     EXPECT_EQ(folder.Entries(), Names{L"log.txt"});
 
     const std::string log = common::ReadWholeFile(folder.File(L"log.txt"));

@@ -1,4 +1,4 @@
-#include "ChildProcess.h"
+#include "LogWriterProcess.h"
 
 #include "common/Files.h"
 
@@ -9,41 +9,15 @@
 
 namespace {
 
-std::wstring ProgramPath() {
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring folder(path);
-    return folder.substr(0, folder.find_last_of(L'\\') + 1) + L"log_writer.exe";
+std::wstring CommandLine(const std::wstring& arguments) {
+    return L"\"" + harness::ProgramFolder() + L"log_writer.exe\" " + arguments;
 }
 
-// This process's environment with the given changes.
-std::wstring EnvironmentBlock(Variables changes) {
-    changes.insert({L"CLUSUTIL_LOG_FILE", L""});
-    changes.insert({L"CLUSUTIL_LOG_LEVEL", L""});
-    std::wstring block;
-    wchar_t* const current = GetEnvironmentStringsW();
-    for (const wchar_t* entry = current; *entry != L'\0'; entry += wcslen(entry) + 1) {
-        const std::wstring text(entry);
-        if (changes.count(text.substr(0, text.find(L'=', 1))) == 0) {
-            block += text + L'\0';
-        }
-    }
-    FreeEnvironmentStringsW(current);
-    for (const auto& change : changes) {
-        if (!change.second.empty()) {
-            block += change.first + L"=" + change.second + L'\0';
-        }
-    }
-    return block + L'\0';
-}
-
-bool Start(const std::wstring& arguments, const Variables& variables, DWORD flags, PROCESS_INFORMATION& process) {
-    std::wstring commandLine = L"\"" + ProgramPath() + L"\" " + arguments;
-    std::wstring environment = EnvironmentBlock(variables);
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    return CreateProcessW(nullptr, &commandLine[0], nullptr, nullptr, FALSE, flags | CREATE_UNICODE_ENVIRONMENT,
-                          &environment[0], nullptr, &startup, &process) != FALSE;
+// The log's variables that are not given are removed.
+Variables WithoutOthers(Variables variables) {
+    variables.insert({L"CLUSUTIL_LOG_FILE", L""});
+    variables.insert({L"CLUSUTIL_LOG_LEVEL", L""});
+    return variables;
 }
 
 std::string ReadDebugString(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& info) {
@@ -69,22 +43,17 @@ std::string ReadDebugString(HANDLE process, const OUTPUT_DEBUG_STRING_INFO& info
 
 ChildResult RunLogWriter(const std::wstring& arguments, const Variables& variables) {
     ChildResult result;
-    PROCESS_INFORMATION process = {};
-    if (!Start(arguments, variables, DEBUG_ONLY_THIS_PROCESS, process)) {
-        ADD_FAILURE() << "cannot start log_writer.exe, error " << GetLastError();
-        return result;
-    }
-    for (bool running = true; running;) {
+    harness::ChildProcess process(CommandLine(arguments), WithoutOthers(variables), {}, DEBUG_ONLY_THIS_PROCESS);
+    for (bool running = process.get() != nullptr; running;) {
         DEBUG_EVENT event = {};
         if (!WaitForDebugEvent(&event, 60000)) {
             ADD_FAILURE() << "no debug event, error " << GetLastError();
-            TerminateProcess(process.hProcess, 99);
             break;
         }
         DWORD answer = DBG_CONTINUE;
         switch (event.dwDebugEventCode) {
         case OUTPUT_DEBUG_STRING_EVENT:
-            result.debugLines.push_back(ReadDebugString(process.hProcess, event.u.DebugString));
+            result.debugLines.push_back(ReadDebugString(process.get(), event.u.DebugString));
             break;
         case EXCEPTION_DEBUG_EVENT:
             if (event.u.Exception.ExceptionRecord.ExceptionCode != static_cast<DWORD>(EXCEPTION_BREAKPOINT)) {
@@ -106,18 +75,11 @@ ChildResult RunLogWriter(const std::wstring& arguments, const Variables& variabl
         }
         ContinueDebugEvent(event.dwProcessId, event.dwThreadId, answer);
     }
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
     return result;
 }
 
-HANDLE StartLogWriter(const std::wstring& arguments, const Variables& variables) {
-    PROCESS_INFORMATION process = {};
-    if (!Start(arguments, variables, 0, process)) {
-        return nullptr;
-    }
-    CloseHandle(process.hThread);
-    return process.hProcess;
+std::unique_ptr<harness::ChildProcess> StartLogWriter(const std::wstring& arguments, const Variables& variables) {
+    return std::make_unique<harness::ChildProcess>(CommandLine(arguments), WithoutOthers(variables));
 }
 
 std::string TemporaryFile::Bytes() const {

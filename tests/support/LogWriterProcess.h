@@ -1,17 +1,16 @@
 // Runs log_writer.exe with an environment of its own, as its debugger.
-#ifndef CHILDPROCESS_H
-#define CHILDPROCESS_H
+#ifndef LOGWRITERPROCESS_H
+#define LOGWRITERPROCESS_H
+
+#include "ChildProcess.h"
 
 #include "common/TemporaryFolder.h"
 
-#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include <winsock2.h>
-#include <windows.h>
-
-typedef std::map<std::wstring, std::wstring> Variables; // an empty value removes the variable
+using harness::Variables;
 
 struct ChildResult {
     DWORD exitCode = 0xffffffff;
@@ -21,8 +20,8 @@ struct ChildResult {
 // Starts the program and reads its debugger channel until it ends.
 ChildResult RunLogWriter(const std::wstring& arguments, const Variables& variables);
 
-// Starts the program without a debugger. The caller waits for and closes the process handle; null on failure.
-HANDLE StartLogWriter(const std::wstring& arguments, const Variables& variables);
+// Starts the program without a debugger.
+std::unique_ptr<harness::ChildProcess> StartLogWriter(const std::wstring& arguments, const Variables& variables);
 
 // A file in a folder of its own, both of which are deleted at the end. There is none until somebody writes it.
 class TemporaryFile {
