@@ -96,6 +96,7 @@ struct Behaviour {
     Code deleteOnline = 5019;
     Code offlineFailed = 5038; // 0: succeeds, and the resource is offline
     int protocol = 2003;
+    bool downNodesOwnGroups = false; // as a service says that has not noticed yet; else no such model is read
 };
 
 class Model {

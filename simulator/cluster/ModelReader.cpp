@@ -172,6 +172,11 @@ private:
             if (m_model.behaviour.protocol != 2003 && m_model.behaviour.protocol != 2008) {
                 Fail("cluster.behaviour.protocol", "2003 or 2008 is expected");
             }
+            const std::string downOwners = switches.TextOr("downOwners", "refused");
+            if (downOwners != "refused" && downOwners != "accepted") {
+                Fail("cluster.behaviour.downOwners", "\"refused\" or \"accepted\" is expected");
+            }
+            m_model.behaviour.downNodesOwnGroups = downOwners == "accepted";
             switches.Done();
         }
         reader.Done();
@@ -209,6 +214,9 @@ private:
         Group group;
         group.name = Name(reader);
         group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
+        if (group.owner->status == Node::Status::Down && !m_model.behaviour.downNodesOwnGroups) {
+            Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is down and owns no group");
+        }
         reader.Each("preferredOwners", [&](const Json& item, const std::string& itemPlace) {
             group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
         });

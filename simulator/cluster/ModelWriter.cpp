@@ -122,6 +122,9 @@ Json ClusterJson(const Model& model) {
     if (model.behaviour.protocol != standard.protocol) {
         behaviour["protocol"] = model.behaviour.protocol;
     }
+    if (model.behaviour.downNodesOwnGroups) {
+        behaviour["downOwners"] = "accepted";
+    }
     if (!behaviour.empty()) {
         json["behaviour"] = behaviour;
     }

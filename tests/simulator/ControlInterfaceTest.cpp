@@ -26,7 +26,8 @@ TEST_F(ControlInterface, EveryMemberSurvivesReadingBack) {
       "enumMaskZero": "empty",
       "deleteOnline": 5023,
       "offlineFailed": 0,
-      "protocol": 2008
+      "protocol": 2008,
+      "downOwners": "accepted"
     }
   },
   "nodes": [

@@ -95,10 +95,19 @@ TEST_F(ModelText, ValuesOutOfRangeAreNamed) {
     EXPECT_EQ(ErrorOf("[\"NODE-A\"]", "[]"), "resources[3].possibleOwners: at least one node is expected");
     EXPECT_EQ(ErrorOf("\"MAILCLUSTER\"", "\"MAILCLUSTER\", \"behaviour\": {\"protocol\": 2012}"),
               "cluster.behaviour.protocol: 2003 or 2008 is expected");
+    EXPECT_EQ(ErrorOf("\"MAILCLUSTER\"", "\"MAILCLUSTER\", \"behaviour\": {\"downOwners\": \"perhaps\"}"),
+              "cluster.behaviour.downOwners: \"refused\" or \"accepted\" is expected");
     EXPECT_EQ(ErrorOf("\"nodes\":", "\"faults\": [\"Nonsense\"], \"nodes\":"),
               "faults[0]: a fault like call@object#n=code is expected");
     EXPECT_EQ(ErrorOf("\"device\": \"F:\"", "\"device\": \"" + std::string(260, 'x') + "\""),
               "resources[2].disk.partitions[0]: at most 259 characters fit");
+}
+
+TEST_F(ModelText, AGroupOfANodeThatIsDownIsRefusedUnlessTheClusterHasNotNoticed) {
+    const std::string name = "\"MAILCLUSTER\"";
+    const std::string down = Replaced(MailCluster, "\"owner\": \"NODE-C\"", "\"owner\": \"NODE-B\"");
+    EXPECT_EQ(LoadError(down), "groups[1].owner: the node NODE-B is down and owns no group");
+    EXPECT_EQ(LoadError(Replaced(down, name, name + ", \"behaviour\": {\"downOwners\": \"accepted\"}")), "");
 }
 
 TEST_F(ModelText, FurtherTypesJoinTheBuiltInOnesOrReplaceThem) {

@@ -6,7 +6,10 @@
 #include "Text.h"
 #include "ThisComputer.h"
 
+#include "common/Text.h"
+
 #include <cstring>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -66,6 +69,9 @@ public:
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
             model["groups"].push_back(ReadGroupModel(name));
         }
+        if (m_downNodeOwns) {
+            model["cluster"]["behaviour"]["downOwners"] = "accepted";
+        }
         model["resources"] = std::move(resources);
         return model;
     }
@@ -84,7 +90,7 @@ private:
         return list;
     }
 
-    Json ReadNodeModel(const std::wstring& name) const {
+    Json ReadNodeModel(const std::wstring& name) {
         CClusterNode node;
         if (!m_cluster.OpenNodeByName(node, name.c_str())) {
             throw Failure("cannot open the node " + Quoted(name));
@@ -94,10 +100,13 @@ private:
         if (state != ClusterNodeUp) {
             model["state"] = ModelState(state);
         }
+        if (state == ClusterNodeDown) {
+            m_downNodes.insert(common::Folded(name));
+        }
         return model;
     }
 
-    Json ReadGroupModel(const std::wstring& name) const {
+    Json ReadGroupModel(const std::wstring& name) {
         CClusterGroup group;
         if (!m_cluster.OpenGroupByName(group, name.c_str())) {
             throw Failure("cannot open the group " + Quoted(name));
@@ -106,6 +115,7 @@ private:
         if (ReadGroupState(group.GetGroupHandle(), owner) == ClusterGroupStateUnknown) {
             throw CannotRead("the owner", name, GetLastError());
         }
+        m_downNodeOwns = m_downNodeOwns || m_downNodes.count(common::Folded(owner)) != 0;
         Json model = {{"name", name}, {"owner", NodeName(owner)}};
         Names preferred;
         if (!ListPreferredOwners(group.GetGroupHandle(), preferred)) {
@@ -193,6 +203,8 @@ private:
 
     const CCluster& m_cluster;
     const std::wstring m_thisComputer;
+    std::set<std::wstring> m_downNodes; // folded
+    bool m_downNodeOwns = false;        // what the simulator accepts only when it is told to
     Json m_types = Json::array();
     std::unordered_map<std::string, DWORD> m_classes; // by type
 };
