@@ -6,9 +6,11 @@
 - Public headers: every type and every public or protected member is documented: the block of lines it stands in begins
   with a comment, or its own line ends with one. Constructors and destructors without parameters, deleted members
   and friends need none.
-- Exit codes and error codes of clusctl: the table in docs/clusctl.md is what tools/clusctl/Failure.h says.
+- Exit codes and error codes of clusctl: the table in docs/clusctl.md and the list in docs/schemas are what
+  tools/clusctl/Failure.h says.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
+import json
 import re
 import sys
 
@@ -75,6 +77,10 @@ def check_exit_codes():
     for number, code in sorted(declared ^ listed):
         where = "Failure.h" if (number, code) in declared else "the table of exit codes"
         problem(manual, 0, f"exit code {number} {code}: only in {where}")
+    schema = ROOT / "docs/schemas/common.schema.json"
+    error = json.loads(schema.read_text(encoding="utf-8"))["$defs"]["error"]
+    for code in sorted({code for _, code in declared if code} ^ set(error["properties"]["code"]["enum"])):
+        problem(schema, 0, f"error code {code}: only here or only in Failure.h")
 
 
 def split_comment(line):

@@ -5,6 +5,8 @@
   run.py ... case NAME [NAME ...] [--update]                  cases/NAME.txt; --update accepts the difference and prints it
   run.py ... manual [--update]                                docs/clusctl.md and docs/clusctl.1 against what the program prints
   run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
+  run.py ... completion                                       what the completion scripts complete
+  run.py ... schemas                                          docs/schemas: one for each command, and strict
   run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
 
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
@@ -39,7 +41,6 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 import argparse
 import difflib
 import fcntl
-import json
 import os
 import pty
 import re
@@ -50,6 +51,10 @@ import sys
 import termios
 import time
 from pathlib import Path
+
+sys.dont_write_bytecode = True
+import schemas  # noqa: E402
+import telling  # noqa: E402
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
@@ -118,6 +123,7 @@ class Case:
         self.file = HERE / "cases" / f"{name}.txt"
         self.folder = runner.work / name
         self.program = runner.bin / "clusctl.exe"
+        self.problems = []  # of JSON documents
 
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -216,13 +222,15 @@ class Case:
         return process
 
     def finish(self, process, arguments):
+        captured = process.stdout is not None
         out, err = process.communicate()
         out = out or b""
         if b"\r" in out:
             sys.exit(f"carriage return in the output of clusctl {' '.join(arguments)}")
         result = out.decode("utf-8")
-        if process.returncode == 0 and "--json" in arguments and not {"--help", "help"} & set(arguments):
-            json.loads(result)
+        if captured and schemas.is_expected(arguments, result):
+            for problem in schemas.problems_of(arguments, result):
+                self.problems.append(f"clusctl {' '.join(arguments)}: {problem}")
         # A message of the loader of the system that Wine runs on, now and then when a process ends.
         err = re.sub(rb"Inconsistency detected by ld\.so:.*\r?\n", b"", err)
         if err:
@@ -328,7 +336,9 @@ class Case:
             print(text, end="")
         if update:
             self.file.write_text(found, encoding="utf-8")
-        return update or not text
+        for problem in self.problems:
+            print(f"not as docs/schemas has it: {problem}")
+        return not self.problems and (update or not text)
 
 
 def on_screen(line):
@@ -362,50 +372,6 @@ def find_input(name):
     sys.exit(f"no input file {name}")
 
 
-def told_by(runner, *arguments):
-    """What clusctl prints when it is asked for nothing but a text of its own."""
-    return subprocess.run(runner.wine(runner.bin / "clusctl.exe", *arguments), cwd=runner.work, check=True,
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, timeout=TIME_LIMIT).stdout.decode("utf-8")
-
-
-def check_manual(runner, update):
-    """The committed forms of the manual are those that the program prints."""
-    runner.work.mkdir(parents=True, exist_ok=True)
-    current = True
-    for form, name in (("markdown", "clusctl.md"), ("man", "clusctl.1")):
-        file = ROOT / "docs" / name
-        text = told_by(runner, "manual", form)
-        committed = file.read_text(encoding="utf-8") if file.exists() else ""
-        if update:
-            file.write_text(text, encoding="utf-8")
-        elif text != committed:
-            print(difference(committed, text, f"docs/{name}", "what the program prints"), end="")
-            print(f"docs/{name} is out of date: its source is tools/clusctl (Manual.md.in and the options); "
-                  "`./dev docs --update` writes it", file=sys.stderr)
-            current = False
-    return current
-
-
-def check_help(runner):
-    """`clusctl help COMMAND` shows what `clusctl COMMAND --help` shows, and every command is documented."""
-    runner.work.mkdir(parents=True, exist_ok=True)
-    overview = told_by(runner, "--help")
-    commands = re.findall(r"^  ([a-z][a-z-]*(?: [a-z][a-z-]*){0,2})  ", overview, re.MULTILINE)
-    families = {command.rsplit(" ", 1)[0] for command in commands if " " in command}
-    problems = [] if told_by(runner, "help") == overview else ["clusctl help is not clusctl --help"]
-    for command in [*commands, *sorted(families)]:
-        words = command.split()
-        text = told_by(runner, *words, "--help")
-        if told_by(runner, "help", *words) != text:
-            problems.append(f"clusctl help {command} is not clusctl {command} --help")
-        if not text.startswith(f"Usage: clusctl {command} "):
-            problems.append(f"clusctl {command} --help does not begin with how it is used")
-    if len(commands) < 40 or len(families) < 4:
-        problems.append("too few commands found in clusctl --help")
-    print("\n".join(problems))
-    return not problems
-
-
 def check_demo(runner):
     folder = runner.work / "demo in a folder with blanks"
     shutil.rmtree(folder, ignore_errors=True)
@@ -424,7 +390,7 @@ def main():
     parser.add_argument("--prefix", required=True)
     parser.add_argument("--work", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "manual", "help", "demo"])
+    parser.add_argument("action", choices=["start", "stop", "case", "demo", *telling.CHECKS])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     runner = Runner(options)
@@ -435,10 +401,12 @@ def main():
     elif options.action == "case":
         results = [Case(runner, name).check(options.update) for name in options.names]
         sys.exit(0 if results and all(results) else 1)
-    elif options.action == "manual":
-        sys.exit(0 if check_manual(runner, options.update) else 1)
+    elif options.action == "demo":
+        sys.exit(0 if check_demo(runner) else 1)
     else:
-        sys.exit(0 if {"help": check_help, "demo": check_demo}[options.action](runner) else 1)
+        problems = telling.CHECKS[options.action](runner, options.update)
+        print("\n".join(problems), end="\n" if problems else "")
+        sys.exit(1 if problems else 0)
 
 
 if __name__ == "__main__":

@@ -42,7 +42,7 @@ std::string Footer() {
 // The full name of the first command or family below `app` whose own name is `name`; empty when there is none.
 std::string FullNameOf(const CLI::App& app, const std::string& name) {
     for (const CLI::App* member : app.get_subcommands({})) {
-        const std::string found = member->get_name() == name ? FullName(*member) : FullNameOf(*member, name);
+        std::string found = member->get_name() == name ? FullName(*member) : FullNameOf(*member, name);
         if (!found.empty()) {
             return found;
         }

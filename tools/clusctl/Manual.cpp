@@ -64,7 +64,7 @@ std::string Head(const CLI::Option& option) {
 }
 
 std::string Sentence(const CLI::Option& option) {
-    const std::string text = option.get_description();
+    const std::string& text = option.get_description();
     return text.empty() || text.back() == '.' ? text : text + ".";
 }
 

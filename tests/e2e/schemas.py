@@ -1,0 +1,76 @@
+"""The JSON documents of clusctl against the schemas in docs/schemas."""
+import json
+from pathlib import Path
+
+FOLDER = Path(__file__).resolve().parent.parent.parent / "docs" / "schemas"
+SUFFIX = ".schema.json"
+COMMON = "common" + SUFFIX
+TELLING = ("help", "completion", "manual")  # commands whose answer is a text
+
+
+
+
+def validator(schema):
+    from jsonschema import Draft202012Validator  # where nothing is validated, the package need not be there
+    Draft202012Validator.check_schema(schema)
+    return Draft202012Validator(schema)
+
+
+def commands_with_schema():
+    return {file.name[:-len(SUFFIX)] for file in FOLDER.glob("*" + SUFFIX)} - {"common"}
+
+
+def load(name):
+    """A schema with the common definitions in it, so that nothing has to be looked up."""
+    common = json.loads((FOLDER / COMMON).read_text(encoding="utf-8"))
+    text = (FOLDER / name).read_text(encoding="utf-8").replace(COMMON + "#/", "#/")
+    schema = json.loads(text)
+    schema["$defs"] = {**common["$defs"], **schema.get("$defs", {})}
+    return schema
+
+
+def command_of(arguments):
+    """The words of a command line that name a command, joined as the schemas' files are; None when none do."""
+    words = [argument for argument in arguments if not argument.startswith("-")]
+    known = commands_with_schema()
+    for first in range(len(words)):
+        for count in (3, 2, 1):
+            name = "-".join(words[first:first + count])
+            if name in known:
+                return name
+    return None
+
+
+def problems_of(arguments, output):
+    """What is wrong with what a command line printed, given that it is to be a JSON document: a list of sentences."""
+    try:
+        document = json.loads(output)
+    except ValueError as error:
+        return [f"no JSON document: {error}"]
+    command = command_of(arguments)
+    schema = load(command + SUFFIX) if command else {**load(COMMON), "$ref": "#/$defs/failure"}
+    errors = sorted(validator(schema).iter_errors(document), key=lambda error: list(map(str, error.path)))
+    return [f"{error.json_path}: {error.message}" for error in errors]
+
+
+def is_expected(arguments, output):
+    """Whether a command line has to print a document: with --json all but those that print a text do."""
+    wants = "--json" in arguments and not {"--help", "-h", "--version"} & set(arguments)
+    words = [argument for argument in arguments if not argument.startswith("-")]
+    tells = bool(words) and words[0] in TELLING
+    return (wants and not tells) or output.startswith("{")
+
+
+def problems_of_strictness():
+    """That every schema takes the document of a failure, and refuses it changed."""
+    error = {"code": "failed", "message": "it failed", "reason": None, "win32": None, "hint": None}
+    failure = {"error": error, "log": [], "simulated": None}
+    wrong = [{**failure, "more": 1}, {**failure, "error": {**error, "more": 1}}, {**failure, "error": {**error, "code": "no-such"}},
+             {"error": error, "simulated": None}, {"complete": True, "warnings": [], "log": [], "simulated": None, "more": 1}]
+    problems = []
+    for command in sorted(commands_with_schema()):
+        taken = validator(load(command + SUFFIX))
+        if not taken.is_valid(failure):
+            problems.append(f"docs/schemas/{command}{SUFFIX} refuses a failure")
+        problems += [f"docs/schemas/{command}{SUFFIX} takes {document}" for document in wrong if taken.is_valid(document)]
+    return problems
