@@ -71,14 +71,14 @@ bool ParseLevel(const std::wstring& word, unsigned int& mask) {
 
 LogConfig ReadLogConfig() {
     LogConfig config;
-    const std::wstring file = ReadSetting(L"CLUSUTIL_LOG_FILE", L"File");
+    const std::wstring file = ReadSetting(FileVariable, L"File");
     if (!file.empty()) {
         // Opened later, possibly after the process has changed its current folder.
         config.file = common::FullPath(file);
         config.mask = MaskAll;
     }
     unsigned int mask = 0;
-    if (ParseLevel(ReadSetting(L"CLUSUTIL_LOG_LEVEL", L"Level"), mask)) {
+    if (ParseLevel(ReadSetting(LevelVariable, L"Level"), mask)) {
         config.mask = mask;
         config.maskWithoutFile = mask;
     }

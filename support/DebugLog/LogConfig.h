@@ -6,6 +6,10 @@
 
 namespace DebugLogDetail {
 
+// Environment variables, each of which goes before its registry value.
+const wchar_t FileVariable[] = L"CLUSUTIL_LOG_FILE";
+const wchar_t LevelVariable[] = L"CLUSUTIL_LOG_LEVEL";
+
 // One bit per class of levels.
 enum : unsigned int {
     MaskError = 1,

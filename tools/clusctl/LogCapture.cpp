@@ -66,7 +66,7 @@ LogCapture::LogCapture(const Stream* verbose, const std::wstring& logFile) : m_v
         m_isAvailable = true;
     } else if (!logFile.empty()) {
         // Whether the log library in use heeds it is its own affair.
-        SetEnvironmentVariableW(L"CLUSUTIL_LOG_FILE", logFile.c_str());
+        SetEnvironmentVariableW(DebugLogDetail::FileVariable, logFile.c_str());
     }
 }
 

@@ -13,13 +13,6 @@
 
 using namespace DebugLogDetail;
 
-namespace {
-
-const wchar_t FileVariable[] = L"CLUSUTIL_LOG_FILE";
-const wchar_t LevelVariable[] = L"CLUSUTIL_LOG_LEVEL";
-
-} // namespace
-
 LogFile::LogFile(const std::wstring& option) {
     if (!option.empty()) {
         SetEnvironmentVariableW(FileVariable, option.c_str());
