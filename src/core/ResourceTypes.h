@@ -1,4 +1,4 @@
-// Cluster resource types of the product and of Exchange.
+// Cluster resource types of the product and of Exchange, and the private property of the product's.
 #ifndef CLUS_CORE_RESOURCETYPES_H
 #define CLUS_CORE_RESOURCETYPES_H
 
@@ -9,6 +9,9 @@ namespace clus {
 // The product's own resource: on a shared disk, and with continuous replication.
 const wchar_t SingleCopyType[] = L"clusRDLL";
 const wchar_t CcrType[] = L"clusRDLLCCR";
+
+// The private property of either that holds the product's data path.
+const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
 
 const wchar_t NetworkNameType[] = L"Network Name";
 const wchar_t IpAddressType[] = L"IP Address";

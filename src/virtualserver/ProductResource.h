@@ -9,9 +9,6 @@
 
 namespace clus {
 
-// The private property that holds the product's data path.
-const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
-
 // What the product's resources are searched for: the log lines differ, the search does not.
 enum class Purpose {
     Switching, // tells each step

@@ -5,7 +5,6 @@
 #include "core/ResourceTypes.h"
 #include "platform/ClusterApi.h"
 #include "platform/Log.h"
-#include "virtualserver/ProductResource.h"
 #include "virtualserver/RecordText.h"
 
 #include <list>

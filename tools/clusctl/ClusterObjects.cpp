@@ -6,6 +6,7 @@
 #include "Text.h"
 
 #include "core/ResourceTypes.h"
+#include "core/ValueList.h"
 
 #include <cstring>
 
@@ -19,9 +20,7 @@ Json ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Re
         MarkUnread(report, what, code);
         return Json();
     }
-    std::wstring text(answer.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(&text[0], answer.data(), text.size() * sizeof(wchar_t));
-    return text.substr(0, text.find(L'\0'));
+    return clus::TextInBuffer(answer.data(), answer.size(), 0);
 }
 
 // Null when a list was not read; what was read of it is no list.

@@ -8,9 +8,9 @@
 #include "common/Text.h"
 #include "core/PropertyList.h"
 #include "core/ResourceTypes.h"
+#include "core/ValueList.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -106,9 +106,7 @@ std::wstring NameOf(HRESOURCE resource) {
     if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_NAME, answer, code)) {
         throw Failure::OfCode("cannot read the name of the System Attendant's disk", code, Errors::Incomplete);
     }
-    std::wstring name(answer.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(&name[0], answer.data(), name.size() * sizeof(wchar_t));
-    return name.substr(0, name.find(L'\0'));
+    return clus::TextInBuffer(answer.data(), answer.size(), 0);
 }
 
 std::wstring DiskOf(CCluster& cluster, const std::wstring& attendantName) {
@@ -212,7 +210,7 @@ std::string FirstRefusedStep(const CCluster& cluster, const CreationRequest& req
             return "the cluster does not let it depend on " + Quoted(name);
         }
     }
-    const std::wstring name = L"KOVA_DATA_PATH";
+    const std::wstring name = clus::DataPathProperty;
     const std::wstring& value = request.dataPath;
     std::vector<unsigned char> list(clus::TextPropertyListSize(name.size(), value.size()));
     clus::WriteTextPropertyList(list.data(), name.c_str(), name.size(), value.c_str(), value.size());

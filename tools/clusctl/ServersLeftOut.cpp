@@ -12,8 +12,6 @@
 
 namespace {
 
-const wchar_t DataPathProperty[] = L"KOVA_DATA_PATH";
-
 // Whether a private property is there, and not empty. Otherwise `why` says what it lacks.
 bool HasProperty(HRESOURCE resource, const wchar_t* name, const std::string& what, std::string& why) {
     std::vector<unsigned char> list;
@@ -41,7 +39,7 @@ std::string WhyNotDescribed(CClusterResource& resource) {
     if (!networkName.GetResourceDependencyByType(address, clus::IpAddressType)) {
         return "its network name depends on no IP address that can be read";
     }
-    if (!HasProperty(resource.GetResourceHandle(), DataPathProperty, "it", why) ||
+    if (!HasProperty(resource.GetResourceHandle(), clus::DataPathProperty, "it", why) ||
         !HasProperty(address.GetResourceHandle(), L"Address", "its IP address", why)) {
         return why;
     }
