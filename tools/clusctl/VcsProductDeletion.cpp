@@ -196,7 +196,7 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     } catch (const Failure& failure) {
         throw FailureWithReport(failure, report());
     }
-    const Report done = report();
+    Report done = report();
     OpenConfiguration::RequireClosed(log, options.opens, what);
     return done;
 }
