@@ -1,5 +1,5 @@
 # What an installation holds: bin/ (DLLs and tools), lib/ and include/ with the CMake package, simulator/ (drop-in DLLs
-# and tools, kept apart so that no program uses them by accident), share/ (documents and examples).
+# and tools, kept apart so that no program uses them by accident), share/ (documents, examples, the manual page).
 include(CMakePackageConfigHelpers)
 
 set(clusutil_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/clusutil")
@@ -25,4 +25,5 @@ if(CLUSUTIL_BUILD_SIMULATORS)
 endif()
 
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil)
+install(FILES docs/clusctl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DATADIR}/clusutil)

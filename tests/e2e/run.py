@@ -13,6 +13,7 @@ A case is a transcript: lines that begin with "$ " are run, and what they print 
 the case's purpose ("# ...") and its setting:
 
   model FILE          a model from models/ or examples/, copied to model.json, where CLUSSIM_FILE points
+  more-resources N    so many resources are added to the model's first group
   registry FILE       a registry file from examples/ or models/; without it the product is not installed
   computer NAME       the computer's name, NODE1 without it
   iis FILE            the web server's configuration on this computer
@@ -41,6 +42,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 import argparse
 import difflib
 import fcntl
+import json
 import os
 import pty
 import re
@@ -132,6 +134,8 @@ class Case:
         for word, value in settings:
             if word == "model":
                 self.copy_model(value)
+            elif word == "more-resources":
+                self.add_resources(int(value))
             elif word == "settings":
                 text = f"RegKeyProductCurrentVersion\t{value}\n"
                 (self.own_program_folder() / "cfg_ProductRegistry.txt").write_text(text, encoding="ascii")
@@ -170,6 +174,15 @@ class Case:
     def copy_model(self, name):
         text = expanded(find_input(name).read_text(encoding="utf-8"))
         (self.folder / "model.json").write_text(text, encoding="utf-8")
+
+    def add_resources(self, count):
+        """To the first group of the model."""
+        file = self.folder / "model.json"
+        model = json.loads(file.read_text(encoding="utf-8"))
+        for number in range(count):
+            model["resources"].append({"name": f"Service {number}", "type": "Generic Service", "group": model["groups"][0]["name"],
+                                       "id": f"00000000-0000-4000-8000-{number:012x}", "state": "Online"})
+        file.write_text(json.dumps(model), encoding="utf-8")
 
     def own_program_folder(self):
         """A folder with a copy of clusctl and its libraries that this case may change."""
@@ -259,7 +272,8 @@ class Case:
         os.close(primary)
         text = re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8"))
         words = re.sub(r"\x1b\[\d*[A-Za-z]", "", text)
-        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*: (?:[a-z]+ pending|stopped)), \d+ s", words))
+        words = re.sub(r"(reading \w+): \d+ of ", r"\1: some of ", words)
+        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*(?:: (?:[a-z]+ pending|stopped|some of \d+)|reading servers)), \d+ s", words))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
         return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {process.wait()}]\n"
 

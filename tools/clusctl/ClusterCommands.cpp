@@ -2,6 +2,7 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "Progress.h"
 #include "Text.h"
 
 #include "common/Text.h"
@@ -140,7 +141,7 @@ std::wstring StoredName(const Names& names, const std::wstring& wanted) {
     return wanted;
 }
 
-Report Groups(const GroupOptions& options) {
+Report Groups(const LogCapture& log, const GroupOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     Names names;
@@ -154,7 +155,9 @@ Report Groups(const GroupOptions& options) {
     Report report;
     OwnerStates owners(cluster, report);
     Json records = Json::array();
+    CountedProgress progress(log, "groups", names.size());
     for (const std::wstring& name : names) {
+        progress.Next();
         Json record = ReadGroup(cluster, name, detail, report);
         owners.Mark(record, "name");
         records.push_back(std::move(record));
@@ -198,7 +201,7 @@ bool IsWanted(const CCluster& cluster, const std::wstring& name, const std::wstr
     return type.empty() || ReadResourceType(cluster, name, report) == Json(type);
 }
 
-Report Resources(const ResourceOptions& options) {
+Report Resources(const LogCapture& log, const ResourceOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     const bool detail = options.detail || !options.name.empty();
@@ -208,7 +211,10 @@ Report Resources(const ResourceOptions& options) {
     Report report;
     OwnerStates owners(cluster, report);
     Json records = Json::array();
-    for (const std::wstring& name : SelectResources(cluster, options)) {
+    const Names names = SelectResources(cluster, options);
+    CountedProgress progress(log, "resources", names.size());
+    for (const std::wstring& name : names) {
+        progress.Next();
         if (IsWanted(cluster, name, options.type, report)) {
             Json record = ReadResource(cluster, name, parts, report);
             owners.Mark(record, "group");
@@ -234,13 +240,13 @@ void AddClusterCommands(CommandLine& commandLine) {
 
     const auto groupOptions = std::make_shared<GroupOptions>();
     CLI::App& groups = commandLine.Add(Heading, "groups", "List the cluster's groups, or show one",
-                                       [groupOptions](const LogCapture&) { return Groups(*groupOptions); });
+                                       [groupOptions](const LogCapture& log) { return Groups(log, *groupOptions); });
     CommandLine::AddText(groups, "NAME", groupOptions->name, "NAME", "Show this group in detail");
     groups.add_flag("--detail", groupOptions->detail, "Show each group with its resources and disks");
 
     const auto options = std::make_shared<ResourceOptions>();
     CLI::App& resources = commandLine.Add(Heading, "resources", "List the cluster's resources, or show one",
-                                          [options](const LogCapture&) { return Resources(*options); });
+                                          [options](const LogCapture& log) { return Resources(log, *options); });
     CLI::Option& name = CommandLine::AddText(resources, "NAME", options->name, "NAME", "Show this resource in detail");
     CommandLine::AddText(resources, "--type", options->type, "TYPE",
                          "Only resources of this type, letter for letter as the cluster writes it")

@@ -1,6 +1,7 @@
 #include "ClusterModel.h"
 
 #include "ClusterObjects.h"
+#include "Progress.h"
 #include "PropertyJson.h"
 #include "StateNames.h"
 #include "Text.h"
@@ -53,11 +54,14 @@ public:
     explicit ModelReader(const CCluster& cluster) : m_cluster(cluster), m_thisComputer(ComputerName()) {
     }
 
-    Json Read() {
+    Json Read(const LogCapture& log) {
         Json model;
         model["cluster"] = {{"name", ReadClusterName(m_cluster)}};
         Json resources = Json::array();
-        for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
+        const Names names = ListNames(m_cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
+        CountedProgress progress(log, "resources", names.size());
+        for (const std::wstring& name : names) {
+            progress.Next();
             resources.push_back(ReadResourceModel(name));
         }
         model["resourceTypes"] = m_types;
@@ -211,8 +215,8 @@ private:
 
 } // namespace
 
-Json ReadClusterModel() {
+Json ReadClusterModel(const LogCapture& log) {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    return ModelReader(cluster).Read();
+    return ModelReader(cluster).Read(log);
 }

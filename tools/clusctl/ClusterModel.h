@@ -4,8 +4,10 @@
 
 #include "Report.h"
 
+class LogCapture;
+
 // Reads the cluster of this computer, which becomes the node ".". Throws Failure when anything of it cannot be read:
-// half a cluster is no ground for a rehearsal.
-Json ReadClusterModel();
+// half a cluster is no ground for a rehearsal. Shows how far it is.
+Json ReadClusterModel(const LogCapture& log);
 
 #endif

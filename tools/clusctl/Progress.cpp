@@ -107,3 +107,13 @@ void Progress::Run() {
         m_errors.Write("\r" + std::string(drawn, ' ') + "\r");
     }
 }
+
+CountedProgress::CountedProgress(const LogCapture& log, const char* objects, size_t total)
+    : m_progress(log, [this, objects, total]() {
+          return std::string("reading ") + objects + ": " + std::to_string(m_done) + " of " + std::to_string(total);
+      }) {
+}
+
+void CountedProgress::Next() {
+    ++m_done;
+}

@@ -5,6 +5,7 @@
 #include "ClusterObjects.h"
 #include "Stream.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -37,6 +38,18 @@ private:
     std::condition_variable m_wake;
     bool m_isDone = false;
     std::thread m_thread;
+};
+
+// How far a long list is read: "reading resources: 1200 of 10000".
+class CountedProgress {
+public:
+    CountedProgress(const LogCapture& log, const char* objects, size_t total);
+    // One more is read.
+    void Next();
+
+private:
+    std::atomic<size_t> m_done{0};
+    const Progress m_progress; // last: it reads the number
 };
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "Progress.h"
 #include "PropertyJson.h"
 #include "ResourcesHere.h"
 #include "ServerChecks.h"
@@ -67,7 +68,9 @@ std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
     return servers;
 }
 
-Report Servers() {
+Report Servers(const LogCapture& log) {
+    const Progress progress(log,
+                            []() { return std::string("reading servers"); }); // the library does not tell of how many
     Report report;
     Json records = Json::array();
     for (const CClusterVirtualServerInfo& info : ListServers(report)) {
@@ -170,8 +173,7 @@ Report StoreOnline() {
 } // namespace
 
 void AddServerCommands(CommandLine& commandLine) {
-    commandLine.Add(Heading, "servers", "List the servers that this node serves",
-                    [](const LogCapture&) { return Servers(); });
+    commandLine.Add(Heading, "servers", "List the servers that this node serves", Servers);
 
     const auto wanted = std::make_shared<std::wstring>();
     CLI::App& query = commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",

@@ -47,8 +47,8 @@ void MaskSecrets(Json& model, Report& report) {
     }
 }
 
-Report Snapshot(const SnapshotOptions& options) {
-    Json model = ReadClusterModel();
+Report Snapshot(const LogCapture& log, const SnapshotOptions& options) {
+    Json model = ReadClusterModel(log);
     Report report;
     if (!options.showSecrets) {
         MaskSecrets(model, report);
@@ -73,7 +73,7 @@ void AddSnapshotCommand(CommandLine& commandLine) {
     const auto options = std::make_shared<SnapshotOptions>();
     CLI::App& command =
         commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
-                        [options](const LogCapture&) { return Snapshot(*options); });
+                        [options](const LogCapture& log) { return Snapshot(log, *options); });
     CommandLine::AddText(command, "FILE", options->file, "FILE", "The file to write; standard output without it");
     command.add_flag("--show-secrets", options->showSecrets,
                      "Write private properties that are secrets as they are; see [secrets](#secrets)");
