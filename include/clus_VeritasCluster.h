@@ -61,8 +61,8 @@ struct CLUSUTIL_API CVeritasVirtualServerInfo {
 //
 // Success means that the tools could be run; which messages of a tool count as failure is said at each member. The
 // debug log shows each run, but has no line of its own for a tool that could not be started; the last-error value says
-// why. Unless said otherwise, null texts count as empty. Nothing throws but for want
-// of memory, and what the service manager library throws beyond OS::CException.
+// why. Unless said otherwise, null texts count as empty. Nothing throws but for want of memory, what the service
+// manager library throws beyond OS::CException, and what the function that is told of tool runs throws.
 class CLUSUTIL_API CVeritasCluster {
 public:
     // Starts nothing.
@@ -269,8 +269,10 @@ extern "C" {
 // Registers the one function of this process that is told of every tool run of CVeritasCluster, at the run's end and
 // before its member goes on; null, as at the start, for none. A run whose member throws for want of memory is not told.
 //
-// The function is called on the thread of the run, one call at a time. It must not throw, and not wait for a tool run
-// of another thread, which may be waiting for this call to end. When this returns, the former function is not running
+// The function is called on the thread of the run, one call at a time. It must not wait for a tool run of another
+// thread, which may be waiting for this call to end. An exception that it throws ends the member that ran the tool and
+// goes to its caller: so a program stops a member of many runs between two of them. What the library has open is closed
+// and the capture file deleted; what the tools have done stays. When this returns, the former function is not running
 // (one that replaces itself excepted) and is not called again: do not call this while a running callback waits for you.
 // Callable from any thread.
 CLUSUTIL_API void SetVeritasToolRunCallback(VeritasToolRunCallback callback, void* context);

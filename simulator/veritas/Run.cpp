@@ -157,7 +157,10 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
         return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
     }
     if (fault) {
-        Sleep(fault->delayMs);
+        if (fault->delayMs > 0) {
+            SetConsoleCtrlHandler(nullptr, TRUE);
+            Sleep(fault->delayMs);
+        }
         if (fault->hangs) {
             WriteJournal(environment.journal, tool, arguments, nullptr, "");
             Sleep(INFINITE);

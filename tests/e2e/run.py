@@ -3,6 +3,8 @@
 
   run.py --bin DIR --prefix DIR --work DIR start | stop       the Wine prefix that the cases share
   run.py ... case NAME [NAME ...] [--update]                  cases/NAME.txt; --update accepts the difference and prints it
+  run.py ... silent NAME [NAME ...]                           the same cases with a DebugLog.dll that hands out no lines: all but the
+                                                              library's own lines ("clusctl: log: ...", "log" in JSON) is the same
   run.py ... manual [--update]                                docs/clusctl.md and docs/clusctl.1 against what the program prints
   run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
   run.py ... completion                                       what the completion scripts complete
@@ -31,6 +33,9 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
                       STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ but for the names of the models
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
+  interrupt HOW N ... runs "clusctl ..." on a console of its own and interrupts it in its N-th run of a VCS tool (interrupted.py)
+  interrupt-at N,N .. the same at each of these runs, each time afresh; prints one line each
+  afresh              the configuration of VCS is that of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
@@ -55,6 +60,7 @@ import time
 from pathlib import Path
 
 sys.dont_write_bytecode = True
+import interrupted  # noqa: E402
 import schemas  # noqa: E402
 import telling  # noqa: E402
 
@@ -73,6 +79,8 @@ VOLATILE = [
     # Random IDs of what a command created; those of the models are of another version.
     (r"(?m)(^ID: +|\"id\": \")[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}", r"\1NEW-ID"),
     (r"ha-[0-9a-f]+\.tmp", "ha-NAME.tmp"),
+    (r"process \d+, begun \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC", "process NUMBER, begun TIME"),
+    (r"Z:\\+[^ ]*?(?=ha-NAME)", "FOLDER/"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
 ]
@@ -120,10 +128,11 @@ class Runner:
 
 
 class Case:
-    def __init__(self, runner, name):
+    def __init__(self, runner, name, silent=False):
         self.runner = runner
         self.file = HERE / "cases" / f"{name}.txt"
-        self.folder = runner.work / name
+        self.folder = runner.work / (f"{name}-silent" if silent else name)
+        self.silent = silent
         self.program = runner.bin / "clusctl.exe"
         self.problems = []  # of JSON documents
 
@@ -131,6 +140,7 @@ class Case:
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir(parents=True)
         self.set_web_server(None)
+        shutil.rmtree(self.runner.prefix / "drive_c/ProgramData/clusctl", ignore_errors=True) # of runs that were ended
         for word, value in settings:
             if word == "model":
                 self.copy_model(value)
@@ -147,10 +157,8 @@ class Case:
                 for library in ("clusapi.dll", "resutils.dll"):
                     (self.own_program_folder() / library).unlink()
             elif word == "vcs":
-                shutil.copy(find_input(value), self.folder / "main.cf")
-                state = find_input(value).with_name(value + ".state.json")
-                if state.is_file():
-                    shutil.copy(state, self.folder / "main.cf.state.json")
+                self.configuration = value
+                self.copy_configuration()
             elif word == "vcs-tools":
                 for tool in value.split():
                     if tool != "none":
@@ -170,6 +178,14 @@ class Case:
         values = dict(settings)
         registry = find_input(values["registry"]).read_text(encoding="ascii") if "registry" in values else None
         self.runner.set_registry(self.folder, values.get("computer", COMPUTER), registry)
+
+    def copy_configuration(self):
+        for file in self.folder.glob("main.cf*"):
+            file.unlink()
+        shutil.copy(find_input(self.configuration), self.folder / "main.cf")
+        state = find_input(self.configuration).with_name(self.configuration + ".state.json")
+        if state.is_file():
+            shutil.copy(state, self.folder / "main.cf.state.json")
 
     def copy_model(self, name):
         text = expanded(find_input(name).read_text(encoding="utf-8"))
@@ -283,6 +299,8 @@ class Case:
     def vcs_commands(self, arguments, variables, log):
         """The command lines of the VCS tools that a run starts, and its exit code."""
         exit_code = self.clusctl([*arguments, "--log", log], variables).splitlines()[-1]
+        if self.silent:
+            return exit_code
         lines = (self.folder / log).read_text(encoding="utf-8").splitlines()
         return "".join(f"{line.split(': ', 2)[2]}\n" for line in lines if ": Command line: " in line) + exit_code + "\n"
 
@@ -298,8 +316,17 @@ class Case:
             name, _, value = words.pop(0).partition("=")
             variables[name] = value
         verb, arguments = words[0], words[1:]
+        if self.silent and verb in ("show", "lines", "absent") and ".log" in line:
+            return "" # there is none
         if verb == "clusctl":
             return self.clusctl(arguments, variables)
+        if verb == "interrupt":
+            return interrupted.once(self, arguments[0], int(arguments[1]), arguments[3:], variables)
+        if verb == "interrupt-at":
+            return interrupted.at_each(self, [int(number) for number in arguments[0].split(",")], arguments[2:], variables)
+        if verb == "afresh":
+            self.copy_configuration()
+            return ""
         if verb == "same":
             first, second = (self.clusctl(arguments[2:], {**variables, "CLUSSIM_FILE": file}).replace(f'"{file}"', '"FILE"')
                              for file in arguments[:2])
@@ -333,6 +360,10 @@ class Case:
         lines = self.file.read_text(encoding="utf-8").splitlines()
         first = next((i for i, line in enumerate(lines) if line.startswith("$ ")), len(lines))
         settings = [tuple(line.split(" ", 1)) for line in lines[:first] if line and not line.startswith("#")]
+        if self.silent:
+            settings.append(("debug-log", "silent"))
+            if not any(word == "vcs-tools" for word, _ in settings):
+                settings.append(("vcs-tools", " ".join(VCS_TOOLS)))
         if first == len(lines):
             sys.exit(f"{self.file.name} runs nothing")
         self.prepare(settings)
@@ -345,6 +376,9 @@ class Case:
     def check(self, update):
         found = self.transcript()
         expected = self.file.read_text(encoding="utf-8")
+        if self.silent:
+            update = False
+            found, expected = (without_log(text) for text in (found, expected))
         text = difference(expected, found, f"expected {self.file.name}", "found")
         if text:
             print(text, end="")
@@ -353,6 +387,18 @@ class Case:
         for problem in self.problems:
             print(f"not as docs/schemas has it: {problem}")
         return not self.problems and (update or not text)
+
+
+def without_log(text):
+    """A transcript without the library's own lines, and without the answers of commands that are about them."""
+    text = re.sub(r"(?m)^clusctl: log: .*\n", "", text)
+    text = re.sub(r'(?m)^  "log": \[\n(?:    .*\n)+  \]', '  "log": []', text)
+    answers = text.split("\n\n$ ")
+    return "\n\n$ ".join(answer.splitlines()[0] if is_about_log(answer.splitlines()[0]) else answer for answer in answers)
+
+
+def is_about_log(command):
+    return command.startswith("rehearsed ") or "--verbose" in command or "--log " in command or ".log" in command
 
 
 def on_screen(line):
@@ -404,7 +450,7 @@ def main():
     parser.add_argument("--prefix", required=True)
     parser.add_argument("--work", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "demo", *telling.CHECKS])
+    parser.add_argument("action", choices=["start", "stop", "case", "silent", "demo", *telling.CHECKS])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     runner = Runner(options)
@@ -412,8 +458,8 @@ def main():
         runner.start()
     elif options.action == "stop":
         runner.stop()
-    elif options.action == "case":
-        results = [Case(runner, name).check(options.update) for name in options.names]
+    elif options.action in ("case", "silent"):
+        results = [Case(runner, name, options.action == "silent").check(options.update) for name in options.names]
         sys.exit(0 if results and all(results) else 1)
     elif options.action == "demo":
         sys.exit(0 if check_demo(runner) else 1)

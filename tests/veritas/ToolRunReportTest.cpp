@@ -195,6 +195,27 @@ TEST_F(VeritasToolRunReport, AFunctionMayTakeItselfAway) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST_F(VeritasToolRunReport, AFunctionThatThrowsEndsTheMemberBetweenTwoRuns) {
+    struct Enough {};
+    static int calls = 0;
+    calls = 0;
+    SetVeritasToolRunCallback(
+        [](const CVeritasToolRun&, void*) {
+            if (++calls == 2) {
+                throw Enough();
+            }
+        },
+        nullptr);
+    tools.AnswerPrefix(L"hares", "");
+    EXPECT_THROW(cluster.TurnOnOrOffResource(L"r", L"NODE1", true), Enough);
+    EXPECT_EQ(tools.TakeCommandLines(), (CommandList{L"hares -clear  r", L"hares -probe r -sys  NODE1"}));
+
+    // The next member runs as ever; that nothing is left of the other one is found at the end of every test.
+    EXPECT_TRUE(cluster.TurnOnOrOffResource(L"r", L"NODE1", true));
+    EXPECT_EQ(tools.TakeCommandLines().size(), 3u);
+    EXPECT_EQ(calls, 5);
+}
+
 TEST_F(VeritasToolRunReport, IsGivenOneAtATimeToWhicheverFunctionIsRegistered) {
     tools.AnswerPrefix(L"haconf", "");
     static long running = 0;

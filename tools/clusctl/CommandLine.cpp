@@ -202,6 +202,36 @@ const Action& CommandLine::Chosen() const {
     return m_chosen;
 }
 
+std::string CommandLine::ChosenName() const {
+    return FullName(Deepest());
+}
+
+bool CommandLine::OpensConfiguration() const {
+    const CLI::Option* const option = Deepest().get_option_no_throw("--rw");
+    return option != nullptr && option->count() > 0;
+}
+
+bool CommandLine::Changes() const {
+    static const char* const changing[] = {
+        "resource create",        "resource online",
+        "resource offline",       "resource delete",
+        "smtp restart",           "vcs mode",
+        "vcs resource add",       "vcs resource link",
+        "vcs resource delete",    "vcs resource online",
+        "vcs resource offline",   "vcs product create",
+        "vcs product delete",     "vcs product add-quarantine",
+        "vcs product switch-on",  "vcs product add-remote-config",
+        "vcs product switch-off",
+    };
+    return std::find(std::begin(changing), std::end(changing), ChosenName()) != std::end(changing);
+}
+
+// What an interrupted wait for a resource leaves to be done goes on by itself.
+bool CommandLine::FinishesStep() const {
+    const std::string name = ChosenName();
+    return Asked() == Answering::Vcs || (Changes() && name != "resource online" && name != "resource offline");
+}
+
 Answering CommandLine::Asked() const {
     return m_app.got_subcommand(VcsFamily) ? Answering::Vcs : Answering::FailoverCluster;
 }

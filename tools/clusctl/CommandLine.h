@@ -79,6 +79,13 @@ public:
     const CLI::App& Root() const;
     const SharedOptions& Shared() const;
     const Action& Chosen() const;
+    // "vcs product create", and whether the option --rw was given to it.
+    std::string ChosenName() const;
+    bool OpensConfiguration() const;
+    // Whether it changes something.
+    bool Changes() const;
+    // Whether the step in progress is finished when the user interrupts it. The others end at once.
+    bool FinishesStep() const;
     // Whom the chosen command asks.
     Answering Asked() const;
 

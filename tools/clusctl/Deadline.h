@@ -2,9 +2,10 @@
 #ifndef CLUSCTL_DEADLINE_H
 #define CLUSCTL_DEADLINE_H
 
+#include "Interruption.h"
+
 #include <chrono>
 #include <cstdint>
-#include <thread>
 
 // A point in time from now on.
 class Deadline {
@@ -19,9 +20,9 @@ private:
     const std::chrono::steady_clock::time_point m_end;
 };
 
-// Between two questions.
+// Between two questions. Throws Interrupted.
 inline void Pause() {
-    std::this_thread::sleep_for(std::chrono::seconds(1));
+    Interruption::Wait(std::chrono::seconds(1));
 }
 
 #endif

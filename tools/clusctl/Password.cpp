@@ -1,5 +1,6 @@
 #include "Password.h"
 
+#include "Interruption.h"
 #include "Report.h"
 #include "Stream.h"
 #include "Text.h"
@@ -92,6 +93,7 @@ std::wstring ReadPassword() {
         const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
         DWORD mode = 0;
         text = GetConsoleMode(input, &mode) ? FromConsole(input) : FromPipe(input);
+        Interruption::Check(); // what was typed until then is no password
     }
     while (!text.empty() && (text.back() == L'\r' || text.back() == L'\n')) {
         text.pop_back();

@@ -1,5 +1,6 @@
 #include "ToolRuns.h"
 
+#include "Interruption.h"
 #include "Text.h"
 
 namespace {
@@ -32,6 +33,11 @@ std::string FirstLine(const std::wstring& text) {
 
 } // namespace
 
+bool ToolRun::IsQuestion() const {
+    const auto has = [this](const char* word) { return command.find(word) != std::string::npos; };
+    return has(" -list") || has(" -display ") || has(" -dep ") || has(" -state ") || StartsWith(command, "vcsencrypt ");
+}
+
 ToolRuns::ToolRuns() {
     SetVeritasToolRunCallback(&ToolRuns::Receive, this);
 }
@@ -41,8 +47,16 @@ ToolRuns::~ToolRuns() {
 }
 
 void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
-    auto& runs = *static_cast<ToolRuns*>(context);
-    const std::lock_guard<std::mutex> lock(runs.m_mutex);
+    // All programs of the console get the Ctrl+C; the tool may be faster with it.
+    if (told.exitCodeKnown && told.exitCode == static_cast<DWORD>(STATUS_CONTROL_C_EXIT)) {
+        Interruption::AwaitPending();
+    }
+    static_cast<ToolRuns*>(context)->Take(told);
+    Interruption::Check(); // the library closes what the run has open, and goes no further
+}
+
+void ToolRuns::Take(const CVeritasToolRun& told) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     try {
         ToolRun run;
         run.command = Tidy(Printable(told.commandLine));
@@ -51,16 +65,18 @@ void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
         run.captureError = told.captureError;
         run.isExitCodeKnown = told.exitCodeKnown;
         run.exitCode = told.exitCode;
+        run.isInterrupted = Interruption::IsPending() && !m_wasInterrupted;
         run.isRead = told.output != nullptr;
         if (run.isRead) {
             run.output.assign(told.output, told.cchOutput);
             run.firstLine = FirstLine(run.output);
         }
-        runs.m_runs.push_back(run);
-        runs.m_last = run.command;
+        m_runs.push_back(run);
+        m_last = run.command;
     } catch (...) {
-        runs.m_isOneLost = true; // for want of memory
+        m_isOneLost = true; // for want of memory
     }
+    m_wasInterrupted = Interruption::IsPending();
 }
 
 size_t ToolRuns::Count() const {

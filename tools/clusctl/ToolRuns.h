@@ -17,11 +17,16 @@ struct ToolRun {
     bool isExitCodeKnown = false;
     unsigned long exitCode = 0;
     bool isRead = false;
-    std::string firstLine; // of its output, standard error included; empty when there is none
-    std::wstring output;   // all of it, one character per byte
+    std::string firstLine;      // of its output, standard error included; empty when there is none
+    std::wstring output;        // all of it, one character per byte
+    bool isInterrupted = false; // the user did it meanwhile: Ctrl+C goes to the tool as well
+
+    // Whether it only asked.
+    bool IsQuestion() const;
 };
 
-// Receives the runs of this process while it lives. There is one at a time.
+// Receives the runs of this process while it lives, and throws Interrupted out of the library after one of them when
+// the user has interrupted the command. There is one at a time.
 class ToolRuns {
 public:
     ToolRuns();
@@ -39,11 +44,13 @@ public:
     std::string Last() const;
 
 private:
-    static void Receive(const CVeritasToolRun& run, void* context);
+    static void Receive(const CVeritasToolRun& told, void* context);
+    void Take(const CVeritasToolRun& told);
 
     mutable std::mutex m_mutex;
     std::vector<ToolRun> m_runs;
     bool m_isOneLost = false;
+    bool m_wasInterrupted = false;
     std::string m_last;
 };
 

@@ -1,5 +1,6 @@
 #include "VcsMode.h"
 
+#include "Interruption.h"
 #include "VcsTools.h"
 
 #include <clus_VeritasCluster.h>
@@ -11,18 +12,32 @@ const char ReadOnlyAlready[] = "10369";
 
 } // namespace
 
-OpenConfiguration::OpenConfiguration(bool isWanted) : m_isWanted(isWanted) {
+OpenConfiguration::OpenConfiguration(const LogCapture& log, bool isWanted) : m_log(log), m_isWanted(isWanted) {
     if (m_isWanted) {
-        CVeritasCluster().SwitchToReadWriteMode();
+        try {
+            CVeritasCluster().SwitchToReadWriteMode();
+        } catch (const Interrupted&) {
+            Close();
+            throw;
+        }
     }
 }
 
 OpenConfiguration::~OpenConfiguration() {
-    if (!m_isWanted) {
-        return;
+    if (m_isWanted) {
+        Close();
     }
+}
+
+void OpenConfiguration::Close() const {
+    const Interruption::Shield shield;
     try {
+        const ToolWatch watch(m_log);
         CVeritasCluster().SwitchToReadOnlyMode();
+        const std::vector<ToolRun> runs = watch.Runs();
+        if (!runs.empty() && runs.back().isInterrupted) { // and may have ended before its work was done
+            CVeritasCluster().SwitchToReadOnlyMode();
+        }
     } catch (...) {
         // Out of memory, perhaps while another exception is on its way: that one matters.
     }

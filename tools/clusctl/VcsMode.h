@@ -8,10 +8,11 @@
 
 #include <string>
 
-// The configuration is open for writing while it lives, if asked for; then it is written to disk and read-only.
+// The configuration is open for writing while it lives, if asked for; then it is written to disk and read-only, also
+// when the command is interrupted.
 class OpenConfiguration {
 public:
-    explicit OpenConfiguration(bool isWanted);
+    OpenConfiguration(const LogCapture& log, bool isWanted);
     ~OpenConfiguration();
     OpenConfiguration(const OpenConfiguration&) = delete;
     OpenConfiguration& operator=(const OpenConfiguration&) = delete;
@@ -27,6 +28,9 @@ public:
     static void AddOption(CLI::App& command, bool& isWanted);
 
 private:
+    void Close() const;
+
+    const LogCapture& m_log;
     const bool m_isWanted;
 };
 

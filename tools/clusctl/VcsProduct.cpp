@@ -136,7 +136,7 @@ void CreateSet(const LogCapture& log, const ProductCreateOptions& options, const
     const Progress progress(log, DescribeProgress(log));
     CVeritasVirtualServerInfo info = plan.info;
     info.bGroupOnline = false;
-    const OpenConfiguration open(options.opens);
+    const OpenConfiguration open(log, options.opens);
     CVeritasCluster().CreateKOVAResources(info, options.quarantine, options.remoteConfig,
                                           plan.isAccountGiven ? options.accountGroup.c_str() : nullptr,
                                           plan.isAccountGiven ? options.accountUser.c_str() : nullptr,
@@ -246,6 +246,32 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     return records;
 }
 
+// Of a set whose creation was interrupted. A resource is linked last of all.
+Json WhatThereIs(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+    Json records = Json::array();
+    for (const Member& member : MembersOf(options, plan.info)) {
+        std::string result = "unknown";
+        try {
+            VcsNames parents;
+            VcsNames children;
+            const bool isThere = Contains(ListVcsResources(log, plan.info.sGroupName), member.name);
+            if (isThere) {
+                CVeritasCluster().EnumResDependencies(member.name.c_str(), parents, children);
+            }
+            const bool isLinked = std::all_of(member.children.begin(), member.children.end(),
+                                              [&](const std::wstring& child) { return Contains(children, child); });
+            result = !isThere                             ? "not created"
+                     : Contains(plan.before, member.name) ? "existed already"
+                     : isLinked                           ? "created"
+                                                          : "half created";
+        } catch (const Failure&) {
+            // VCS no longer answers.
+        }
+        records.push_back({{"name", member.name}, {"service", TextOrNull(member.service)}, {"result", result}});
+    }
+    return records;
+}
+
 // In a group that is online they were switched on.
 void WarnOfWhatIsNotOn(const LogCapture& log, const ProductCreateOptions& options,
                        const CVeritasVirtualServerInfo& info, Report& report) {
@@ -279,16 +305,22 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     }
     Plan plan = MakePlan(log, options, dryRun.get());
     const ToolWatch watch(log);
-    CreateSet(log, options, plan);
-    Forget(plan.password);
-    SwitchSetOn(log, options, plan.info);
-    const std::vector<ToolRun> runs = watch.Runs();
-    Report report = dryRun == nullptr ? Report() : RehearsalReport(runs, *dryRun);
+    const auto begun = [&]() { return dryRun == nullptr ? Report() : RehearsalReport(watch.Runs(), *dryRun); };
+    Report report;
     try {
+        CreateSet(log, options, plan);
+        Forget(plan.password);
+        SwitchSetOn(log, options, plan.info);
+        report = begun();
         report.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
         OpenConfiguration::RequireClosed(log, options.opens, NotComplete(options));
         WarnOfWhatIsNotOn(log, options, plan.info, report);
     } catch (const Failure& failure) {
+        if (Interruption::IsPending()) {
+            report = begun();
+            report.AddTable("resources", WhatThereIs(log, options, plan), ProductColumns, std::string());
+            throw FailureWithReport(failure, report);
+        }
         if (dryRun == nullptr) {
             throw;
         }

@@ -68,7 +68,7 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
     bool isAdded = false;
     {
         const Progress progress(log, DescribeProgress(log));
-        const OpenConfiguration open(wait.opens);
+        const OpenConfiguration open(log, wait.opens);
         isAdded = add();
     }
     watch.Require(isAdded, what);

@@ -13,6 +13,7 @@
 #include "core/VeritasNames.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 using namespace clus::veritas;
@@ -138,17 +139,12 @@ Json Results(const LogCapture& log, const std::wstring& group, const Members& me
     return records;
 }
 
-bool IsQuestion(const ToolRun& run) {
-    const auto has = [&run](const char* word) { return run.command.find(word) != std::string::npos; };
-    return has(" -list") || has(" -display ") || has(" -dep ");
-}
-
 Report Begun(const ToolWatch& watch, const VcsDryRun* dryRun) {
     if (dryRun == nullptr) {
         return Report();
     }
     std::vector<ToolRun> changes = watch.Runs();
-    changes.erase(std::remove_if(changes.begin(), changes.end(), IsQuestion), changes.end());
+    changes.erase(std::remove_if(changes.begin(), changes.end(), std::mem_fn(&ToolRun::IsQuestion)), changes.end());
     return RehearsalReport(changes, *dryRun);
 }
 
@@ -185,7 +181,7 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     try {
         {
             const Progress progress(log, DescribeProgress(log));
-            const OpenConfiguration open(options.opens);
+            const OpenConfiguration open(log, options.opens);
             watch.Require(true, what);
             TakeOffline(log, members, options.timeout, what);
             for (const Member& member : members) {

@@ -90,7 +90,7 @@ Report Add(const LogCapture& log, const AddOptions& options) {
     const std::string what = "cannot add the resource " + Quoted(options.name);
     const ToolWatch watch(log);
     {
-        const OpenConfiguration open(options.opens);
+        const OpenConfiguration open(log, options.opens);
         cluster.CreateResource(name, options.type.c_str(), options.group.c_str(),
                                options.child.empty() ? nullptr : options.child.c_str(), options.attributes);
     }
@@ -120,7 +120,7 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
     const ToolWatch watch(log);
     bool isDone = false;
     {
-        const OpenConfiguration open(options.opens);
+        const OpenConfiguration open(log, options.opens);
         isDone = CVeritasCluster().LinkResource(options.parent.c_str(), options.child.c_str());
     }
     const std::string what = "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child);
@@ -147,7 +147,7 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
             .Hint("--force deletes it all the same, with the dependencies.");
     }
     {
-        const OpenConfiguration open(options.opens);
+        const OpenConfiguration open(log, options.opens);
         CVeritasCluster().DeleteResource(options.name.c_str());
     }
     watch.Require(true, what);

@@ -84,6 +84,14 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
     return run.exitCode != 0;
 }
 
+std::string TitledList(const std::string& title, const Json& lines) {
+    std::string text = title;
+    for (const Json& line : lines) {
+        text += "\n  " + line.get<std::string>();
+    }
+    return lines.empty() ? text + "\n  none" : text;
+}
+
 // In the order in which one cause hides the others.
 const ToolProblem& CauseOf(const std::vector<ToolProblem>& problems) {
     return *std::min_element(problems.begin(), problems.end(),
@@ -182,6 +190,41 @@ void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) con
             throw Failure(what + ": the answer of VCS is no list of names: " + Quoted(name));
         }
     }
+}
+
+FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown) {
+    Report report = shown;
+    if (report.Has("commands")) { // of a rehearsal
+        return FailureWithReport(Failure(Errors::Interrupted, "interrupted; the copy that was worked on is deleted"),
+                                 report);
+    }
+    const std::vector<ToolRun> runs = log.Tools().Since(0);
+    const ToolRun* lastMode = nullptr;
+    Json commands = Json::array();
+    Json doubtful = Json::array();
+    for (const ToolRun& run : runs) {
+        if (!run.IsQuestion() && run.isStarted) {
+            (run.isInterrupted ? doubtful : commands).push_back(run.command);
+            lastMode = ToolOf(run) == "haconf" ? &run : lastMode;
+        }
+    }
+    if (commands.empty() && doubtful.empty()) {
+        return FailureWithReport(Failure(Errors::Interrupted, "interrupted before anything was changed"), report);
+    }
+    report.AddSentence("commands", commands, TitledList("Commands that were run:", commands));
+    report.AddSentence("interruptedCommands", doubtful, TitledList("Interrupted, perhaps without effect:", doubtful));
+    const std::string what = "interrupted: what is not shown was not done";
+    ToolProblem problem;
+    if (lastMode == nullptr) {
+        return FailureWithReport(Failure(Errors::Interrupted, what), report);
+    }
+    if (lastMode->command.find("-makero") != std::string::npos && !FindProblem(*lastMode, problem)) {
+        return FailureWithReport(
+            Failure(Errors::Interrupted, what + "; the configuration is written to disk and read-only"), report);
+    }
+    Failure failure(Errors::Interrupted, what + "; the configuration may be open for writing");
+    failure.Hint("'clusctl vcs mode ro' writes it to disk and closes it.");
+    return FailureWithReport(failure, report);
 }
 
 std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password) {

@@ -3,6 +3,7 @@
 #define CLUSCTL_VCSTOOLS_H
 
 #include "LogCapture.h"
+#include "Report.h"
 #include "VcsValues.h"
 
 #include <functional>
@@ -52,6 +53,10 @@ private:
 
 // Throws Failure that says what went wrong, and what the tools printed.
 [[noreturn]] void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
+
+// For a command that was interrupted: with the changes that the tools had been told by then, and how the configuration
+// is left. `shown` is what there is to show besides.
+FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown);
 
 // The form in which VCS keeps a password, which is given as an argument (AsArgument). Throws Failure when there is
 // none.

@@ -4,20 +4,24 @@
 #include "DiskCommand.h"
 #include "HelpCommands.h"
 #include "HostCommands.h"
+#include "Interruption.h"
 #include "LogCapture.h"
 #include "Password.h"
 #include "ProductResourceCommands.h"
+#include "RunMarker.h"
 #include "ServerCommands.h"
 #include "SmtpCommands.h"
 #include "SnapshotCommand.h"
 #include "Stream.h"
 #include "Text.h"
 #include "VcsCommands.h"
+#include "VcsTools.h"
 
 #include "common/AppendFile.h"
 #include "common/Text.h"
 
 #include <exception>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -74,7 +78,7 @@ public:
     }
 
     void Show(const Report& report) const {
-        ShowWarnings(report);
+        Warn(report.Warnings());
         ShowLog();
         Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
     }
@@ -93,19 +97,19 @@ public:
             m_errors.Write(ErrorText(unwritten)); // the failure itself is told all the same
         }
         if (halfway != nullptr) {
-            ShowWarnings(*halfway);
+            Warn(halfway->Warnings());
         }
         m_errors.Write(ErrorText(failure));
         ShowLog();
     }
 
-private:
-    void ShowWarnings(const Report& report) const {
-        for (const std::string& warning : report.Warnings()) {
+    void Warn(const std::vector<std::string>& warnings) const {
+        for (const std::string& warning : warnings) {
             m_errors.Write("clusctl: warning: " + warning + "\n");
         }
     }
 
+private:
     void ShowLog() const {
         for (const std::string& line : m_log) {
             m_errors.Write("clusctl: log: " + line + "\n");
@@ -118,6 +122,46 @@ private:
     std::vector<std::string> m_log;
     Json m_besides = {{"log", Json::array()}, {"simulated", nullptr}};
 };
+
+// Does the command's work, and tells what an interruption leaves.
+Report Work(const CommandLine& commandLine, const LogCapture& log) {
+    std::unique_ptr<const Interruption> interruption;
+    if (commandLine.FinishesStep()) {
+        interruption = std::make_unique<const Interruption>();
+    }
+    std::unique_ptr<const RunMarker> marker;
+    if (commandLine.Changes()) {
+        marker = std::make_unique<const RunMarker>(commandLine.ChosenName() +
+                                                   (commandLine.OpensConfiguration() ? " --rw" : ""));
+    }
+    const bool isVcs = commandLine.Asked() == Answering::Vcs;
+    Report report;
+    try {
+        report = commandLine.Chosen()(log);
+    } catch (const WrongUsage&) {
+        throw;
+    } catch (const FailureWithReport& halfway) {
+        if (!Interruption::IsPending()) {
+            throw;
+        }
+        throw isVcs ? InterruptedFailure(log, halfway.Shown()) : halfway;
+    } catch (const Failure& failure) {
+        if (!Interruption::IsPending()) {
+            throw;
+        }
+        if (isVcs) { // whatever a tool that was ended by the key has led to
+            throw InterruptedFailure(log, Report());
+        }
+        throw Failure(Errors::Interrupted, std::string("interrupted: ") + failure.what()).Hint(failure.Hint());
+    }
+    if (Interruption::IsPending()) {
+        if (isVcs) {
+            throw InterruptedFailure(log, Report());
+        }
+        throw Failure(Errors::Interrupted, "interrupted, but the work was done by then");
+    }
+    return report;
+}
 
 ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
@@ -136,19 +180,28 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
         answer.SetBesides(SimulatedBy(commandLine.Asked()),
                           log.IsShown() ? std::vector<std::string>() : log.Problems());
     };
+    const KilledRuns killed;
     try {
-        const Report report = commandLine.Chosen()(log);
+        Report report = Work(commandLine, log);
         setBesides();
+        for (const std::string& sentence : killed.Sentences()) {
+            report.AddWarning(sentence);
+        }
         answer.Show(report);
+        if (commandLine.Changes()) {
+            killed.Forget();
+        }
         return report.IsComplete() ? ExitDone : ExitIncomplete;
     } catch (const FailureWithReport& halfway) {
         setBesides();
+        answer.Warn(killed.Sentences());
         answer.Show(halfway, &halfway.Shown());
         return halfway.Kind().exitCode;
     } catch (const WrongUsage&) {
         throw; // told with how the command is used
     } catch (const Failure& failure) {
         setBesides();
+        answer.Warn(killed.Sentences());
         answer.Show(failure, nullptr);
         return failure.Kind().exitCode;
     }

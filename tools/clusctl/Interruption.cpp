@@ -1,0 +1,79 @@
+#include "Interruption.h"
+
+#include "Stream.h"
+
+#include <atomic>
+
+namespace {
+
+const DWORD LongestLag = 1000; // milliseconds
+
+// Written by the system's thread that reports the event.
+std::atomic<bool> Pending(false);
+// Both of the command's own thread.
+bool IsTold = false;
+int Shields = 0;
+
+// Signalled for good by the first event. Lives as long as the process, as the system's thread may use it at any time.
+HANDLE Event() {
+    static const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    return event;
+}
+
+BOOL WINAPI Note(DWORD kind) {
+    const bool isKey = kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT;
+    if (Pending.exchange(true) && isKey) {
+        TerminateProcess(GetCurrentProcess(), ExitInterrupted);
+    }
+    Stream(STD_ERROR_HANDLE)
+        .Write(isKey ? "clusctl: interrupted: the step in progress is finished first; a second Ctrl+C ends at once\n"
+                     : "clusctl: interrupted: the step in progress is finished first\n");
+    SetEvent(Event());
+    if (!isKey) {
+        Sleep(INFINITE); // on return the system would end the process; it does not wait for ever either
+    }
+    return TRUE;
+}
+
+} // namespace
+
+Interruption::Interruption() {
+    Event();
+    SetConsoleCtrlHandler(&Note, TRUE);
+}
+
+Interruption::~Interruption() {
+    SetConsoleCtrlHandler(&Note, FALSE);
+}
+
+bool Interruption::IsPending() {
+    return Pending;
+}
+
+void Interruption::AwaitPending() {
+    WaitForSingleObject(Event(), LongestLag);
+}
+
+void Interruption::Check() {
+    if (Pending && !IsTold && Shields == 0) {
+        IsTold = true;
+        throw Interrupted();
+    }
+}
+
+void Interruption::Wait(std::chrono::milliseconds time) {
+    if (IsTold) {
+        Sleep(static_cast<DWORD>(time.count()));
+        return;
+    }
+    WaitForSingleObject(Event(), static_cast<DWORD>(time.count()));
+    Check();
+}
+
+Interruption::Shield::Shield() {
+    ++Shields;
+}
+
+Interruption::Shield::~Shield() {
+    --Shields;
+}
