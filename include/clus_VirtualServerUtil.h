@@ -171,6 +171,10 @@ public:
     // Whether "IsCluster" is 1. Read once per process; a key that cannot be opened means false.
     static bool CheckIsClusterByRegKey();
 
+    // The key below HKEY_LOCAL_MACHINE that holds the product's settings: the one that the settings file names, or the
+    // compiled-in one. Read once per process.
+    static std::wstring GetProductRegistryKey();
+
     // "ClusterQuorumMode" as stored, 0 when absent.
     static int GetClusterQuorumModeByRegKey();
 

@@ -29,6 +29,9 @@ CLUSSIM_API int ClusSimLoadModel(const char* json, char* error, size_t cbError);
 // The model as JSON, pending transitions brought up to the clock first.
 CLUSSIM_API size_t ClusSimReadModel(char* buffer, size_t cb);
 
+// The model's "settings" as JSON; an empty text when it has none, and 0 when there is no model that can be read.
+CLUSSIM_API size_t ClusSimReadSettings(char* buffer, size_t cb);
+
 // Forgets the model, faults, journal, counters and the manual clock; the next cluster call reads CLUSSIM_FILE again.
 // Handles still open stay valid for closing only.
 CLUSSIM_API void ClusSimReset(void);

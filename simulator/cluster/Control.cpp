@@ -44,6 +44,13 @@ size_t ClusSimReadModel(char* buffer, size_t cb) {
     return CopyOut(service.ReadModel(), buffer, cb);
 }
 
+size_t ClusSimReadSettings(char* buffer, size_t cb) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    const std::string* settings = service.ReadSettings();
+    return settings ? CopyOut(*settings, buffer, cb) : 0;
+}
+
 void ClusSimReset(void) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);

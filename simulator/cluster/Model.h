@@ -109,6 +109,7 @@ public:
     bool running = true;
     Behaviour behaviour;
     std::vector<std::string> faults; // as the file gives them
+    std::string settings;            // the product's, a JSON object for whoever plays it; empty when there are none
 
     std::list<Node> nodes;
     std::list<ResourceType> types;

@@ -112,6 +112,9 @@ public:
         } else {
             Fail("cluster", "missing");
         }
+        if (const Json* settings = reader.Member("settings")) {
+            ReadSettings(*settings);
+        }
         reader.Each("resourceTypes", [this](const Json& item, const std::string& place) { ReadType(item, place); });
         m_model.typesGiven = !m_model.types.empty();
         m_model.AddBuiltInTypes();
@@ -143,6 +146,18 @@ public:
     }
 
 private:
+    void ReadSettings(const Json& json) {
+        if (!json.is_object()) {
+            Fail("settings", "an object is expected");
+        }
+        for (const auto& member : json.items()) {
+            if (!member.value().is_string() && !member.value().is_number_unsigned()) {
+                Fail("settings." + member.key(), "a text or a number is expected");
+            }
+        }
+        m_model.settings = json.dump();
+    }
+
     std::wstring NodeName(const std::wstring& name) const {
         return name == L"." ? m_thisComputer : name;
     }

@@ -136,6 +136,9 @@ Json ClusterJson(const Model& model) {
 std::string WriteModel(const Model& model) {
     Json json;
     json["cluster"] = ClusterJson(model);
+    if (!model.settings.empty()) {
+        json["settings"] = common::ParseJson(model.settings);
+    }
     if (model.typesGiven) {
         json["resourceTypes"] = Json::array();
         for (const ResourceType& type : model.types) {

@@ -122,6 +122,11 @@ bool Service::LoadModel(const char* json, std::string& error) {
     return true;
 }
 
+const std::string* Service::ReadSettings() {
+    const Model* model = Current();
+    return model ? &model->settings : nullptr;
+}
+
 std::string Service::ReadModel() {
     const Model* model = Current();
     return model ? WriteModel(*model) : std::string();

@@ -54,6 +54,7 @@ public:
     // Control.
     bool LoadModel(const char* json, std::string& error);
     std::string ReadModel();
+    const std::string* ReadSettings(); // null without a model
     void Reset();
     void AddFault(const std::string& text); // throws common::FaultError
     void ClearFaults();

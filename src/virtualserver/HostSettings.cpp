@@ -28,6 +28,10 @@ bool CVirtualServerUtil::CheckIsClusterByRegKey() {
     return clus::IsClusterDeployment();
 }
 
+std::wstring CVirtualServerUtil::GetProductRegistryKey() {
+    return ProductRegistryKey();
+}
+
 int CVirtualServerUtil::GetClusterQuorumModeByRegKey() {
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::GetClusterQuorumModeByRegKey()");
     DWORD mode = 0;

@@ -1,6 +1,7 @@
 #include "ClusterModel.h"
 
 #include "ClusterObjects.h"
+#include "ModelSettings.h"
 #include "Progress.h"
 #include "PropertyJson.h"
 #include "StateNames.h"
@@ -57,6 +58,10 @@ public:
     Json Read(const LogCapture& log) {
         Json model;
         model["cluster"] = {{"name", ReadClusterName(m_cluster)}};
+        const Json settings = ReadProductSettings();
+        if (!settings.empty()) {
+            model["settings"] = settings;
+        }
         Json resources = Json::array();
         const Names names = ListNames(m_cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
         CountedProgress progress(log, "resources", names.size());

@@ -1,11 +1,14 @@
 #include "HostCommands.h"
 
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "LogCapture.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
 #include <clus_VirtualServerUtil.h>
+
+#include <memory>
 
 namespace {
 
@@ -40,7 +43,7 @@ const char* QuorumMeaning(int mode) {
     }
 }
 
-Report Host(const LogCapture&) {
+Report Host(bool isExplained) {
     Json record;
     record["computerName"] = ComputerName();
     const bool isClustered = CVirtualServerUtil::CheckIsClusterByRegKey();
@@ -55,11 +58,15 @@ Report Host(const LogCapture&) {
     record["iisSite"] = site < 0 ? Json() : Json(site);
     Report report;
     report.AddRecord("host", record, HostTitles);
+    AddDeployment(ReadDeployment(), isExplained, report);
     return report;
 }
 
 } // namespace
 
 void AddHostCommands(CommandLine& commandLine) {
-    commandLine.Add(Heading, "host", "Show the product's settings on this computer", Host);
+    const auto isExplained = std::make_shared<bool>(false);
+    CLI::App& host = commandLine.Add(Heading, "host", "Show the product's settings on this computer",
+                                     [isExplained](const LogCapture&) { return Host(*isExplained); });
+    AddExplain(host, *isExplained);
 }

@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "CreationChecks.h"
+#include "Deployment.h"
 #include "Progress.h"
 #include "ServerChecks.h"
 #include "Text.h"
@@ -28,6 +29,7 @@ struct CreateOptions {
     std::wstring dataPath;
     std::wstring disk;
     std::wstring dataRoot;
+    bool isExplained = false;
 };
 
 struct SwitchOptions {
@@ -113,6 +115,8 @@ Report Create(const CreateOptions& options) {
     const Json record = ReadResource(cluster, options.name, ResourceParts::Detail, report);
     WarnOfMissingParts(cluster, request, record, report);
     report.AddRecords("resources", Json::array({record}), ResourceTitles(), std::string());
+    AddDeployment({KindOfCluster(mode), options.mode.empty() ? ReadDeployment().reason : "--mode says so"},
+                  options.isExplained, report);
     return report;
 }
 
@@ -317,6 +321,8 @@ void AddProductResourceCommands(CommandLine& commandLine) {
     CommandLine::AddText(command, "--data-root", create->dataRoot, "PATH",
                          "For ccr, the folder above `CCRVSDB` and the virtual server's name, which make up the data "
                          "path; the data root of the product's settings without it");
+
+    AddExplain(command, create->isExplained);
 
     AddSwitch(commandLine, family, true);
     AddSwitch(commandLine, family, false);

@@ -149,6 +149,10 @@ void Report::AddSentence(const char* key, Json value, const std::string& sentenc
     Add(Form::Sentence, key, std::move(value), Columns(), sentence);
 }
 
+void Report::AddMember(const char* key, Json value) {
+    m_document[key] = std::move(value);
+}
+
 Report Report::Verbatim(Json document, const Report& warned) {
     Report report;
     report.m_warnings = warned.m_warnings;

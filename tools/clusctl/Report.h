@@ -30,6 +30,9 @@ public:
     // A value that reads best as a sentence.
     void AddSentence(const char* key, Json value, const std::string& sentence);
 
+    // A value that only the JSON form shows.
+    void AddMember(const char* key, Json value);
+
     // A document that is printed as it is, in both forms, with the warnings of another report.
     static Report Verbatim(Json document, const Report& warned);
 

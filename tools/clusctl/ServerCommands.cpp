@@ -2,6 +2,7 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "Progress.h"
 #include "PropertyJson.h"
 #include "ResourcesHere.h"
@@ -68,7 +69,7 @@ std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
     return servers;
 }
 
-Report Servers(const LogCapture& log) {
+Report Servers(const LogCapture& log, bool isExplained) {
     const Progress progress(log,
                             []() { return std::string("reading servers"); }); // the library does not tell of how many
     Report report;
@@ -79,10 +80,11 @@ Report Servers(const LogCapture& log) {
     report.AddTable("servers", std::move(records), ServerColumns,
                     report.IsComplete() ? "This node serves no server at present."
                                         : "No server of this node can be described.");
+    AddDeployment(ReadDeployment(), isExplained, report);
     return report;
 }
 
-Report Query(const std::wstring& nameOrAddress) {
+Report Query(const std::wstring& nameOrAddress, bool isExplained) {
     CClusterVirtualServerLookupRequest request;
     request.m_wsNameOrIP = nameOrAddress;
     CVirtualServerUtil util;
@@ -99,6 +101,7 @@ Report Query(const std::wstring& nameOrAddress) {
     }
     Report report;
     report.AddRecord("server", ServerRecord(*info), ServerTitles);
+    AddDeployment(ReadDeployment(), isExplained, report);
     return report;
 }
 
@@ -173,14 +176,21 @@ Report StoreOnline() {
 } // namespace
 
 void AddServerCommands(CommandLine& commandLine) {
-    commandLine.Add(Heading, "servers", "List the servers that this node serves", Servers);
+    const auto isListExplained = std::make_shared<bool>(false);
+    CLI::App& servers =
+        commandLine.Add(Heading, "servers", "List the servers that this node serves",
+                        [isListExplained](const LogCapture& log) { return Servers(log, *isListExplained); });
+    AddExplain(servers, *isListExplained);
 
     const auto wanted = std::make_shared<std::wstring>();
-    CLI::App& query = commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
-                                      [wanted](const LogCapture&) { return Query(*wanted); });
+    const auto isQueryExplained = std::make_shared<bool>(false);
+    CLI::App& query =
+        commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
+                        [wanted, isQueryExplained](const LogCapture&) { return Query(*wanted, *isQueryExplained); });
     CommandLine::AddText(query, "NAME", *wanted, "NAME|ADDRESS",
                          "Network name, computer name, host name with domain, or IP address")
         .required();
+    AddExplain(query, *isQueryExplained);
 
     const auto networkName = std::make_shared<std::wstring>();
     CLI::App& instances =

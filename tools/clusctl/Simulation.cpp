@@ -1,6 +1,7 @@
 #include "Simulation.h"
 
 #include "Failure.h"
+#include "ModelSettings.h"
 #include "Text.h"
 
 #include "common/Environment.h"
@@ -21,7 +22,7 @@ bool IsClusterSimulated() {
     return api != nullptr && GetProcAddress(api, "ClusSimVersion") != nullptr;
 }
 
-// Whether the simulator has answered any cluster call of this process.
+// Whether the simulator has answered any cluster call of this process, or given the product's settings.
 bool HasClusterSimulatorAnswered() {
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
     typedef size_t (*CountFunction)(const char* call);
@@ -29,7 +30,7 @@ bool HasClusterSimulatorAnswered() {
         api == nullptr
             ? nullptr
             : reinterpret_cast<CountFunction>(reinterpret_cast<void*>(GetProcAddress(api, "ClusSimCallCount")));
-    return count != nullptr && count(nullptr) != 0;
+    return ModelSettings::AreInForce() || (count != nullptr && count(nullptr) != 0);
 }
 
 // By the description in its version resource: starting it might change a real cluster.

@@ -6,6 +6,7 @@
 #include "HostCommands.h"
 #include "Interruption.h"
 #include "LogCapture.h"
+#include "ModelSettings.h"
 #include "Password.h"
 #include "ProductResourceCommands.h"
 #include "RunMarker.h"
@@ -181,7 +182,11 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
                           log.IsShown() ? std::vector<std::string>() : log.Problems());
     };
     const KilledRuns killed;
+    std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
     try {
+        if (commandLine.Asked() == Answering::FailoverCluster) {
+            settings = std::make_unique<ModelSettings>();
+        }
         Report report = Work(commandLine, log);
         setBesides();
         for (const std::string& sentence : killed.Sentences()) {

@@ -1,0 +1,68 @@
+#include "Deployment.h"
+
+#include "CommandLine.h"
+#include "Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+namespace {
+
+const Columns DeploymentTitles = {{"kind", "Deployment"}, {"reason", "Because"}};
+
+// False when the value is missing or no number.
+bool ReadNumber(HKEY key, const wchar_t* name, DWORD& number) {
+    DWORD type = 0;
+    DWORD size = sizeof(number);
+    return RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&number), &size) == ERROR_SUCCESS &&
+           type == REG_DWORD;
+}
+
+std::string NumberSentence(HKEY key, const wchar_t* name) {
+    DWORD number = 0;
+    return ReadNumber(key, name, number) ? Quoted(std::wstring(name)) + " is " + std::to_string(number)
+                                         : Quoted(std::wstring(name)) + " is not set";
+}
+
+} // namespace
+
+void AddExplain(CLI::App& command, bool& isExplained) {
+    command.add_flag("--explain", isExplained,
+                     "Say which deployment of the product the answer is for, and which registry values make it so");
+}
+
+const char* KindOfCluster(int quorumMode) {
+    switch (quorumMode) {
+    case CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY:
+        return "single-copy-cluster";
+    case CVirtualServerUtil::CLUSTER_QUORUM_CCR:
+        return "continuous-replication";
+    default:
+        return "cluster";
+    }
+}
+
+Deployment ReadDeployment() {
+    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
+    const bool isCluster = CVirtualServerUtil::CheckIsClusterByRegKey();
+    const char* kind = isCluster ? KindOfCluster(CVirtualServerUtil::GetClusterQuorumModeByRegKey()) : "plain-server";
+    HKEY key = nullptr;
+    // With the access that the library asks for: a key that refuses it is none.
+    const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key);
+    const std::string name = "HKEY_LOCAL_MACHINE\\" + Printable(path);
+    if (code != ERROR_SUCCESS) {
+        return {kind, "the product's registry key " + name +
+                          " cannot be opened: " + ErrorText(static_cast<unsigned long>(code))};
+    }
+    const std::string values = NumberSentence(key, L"IsCluster") + " and " + NumberSentence(key, L"ClusterQuorumMode");
+    RegCloseKey(key);
+    return {kind, values + " in " + name};
+}
+
+void AddDeployment(const Deployment& deployment, bool isExplained, Report& report) {
+    const Json record = {{"kind", deployment.kind}, {"reason", deployment.reason}};
+    if (isExplained) {
+        report.AddRecord("deployment", record, DeploymentTitles);
+    } else {
+        report.AddMember("deployment", record);
+    }
+}

@@ -1,0 +1,191 @@
+#include "ModelSettings.h"
+
+#include "Failure.h"
+#include "Text.h"
+#include "ThisComputer.h"
+
+#include "common/Environment.h"
+#include "common/Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <vector>
+
+namespace {
+
+// Where the library looks for these two, whatever the settings file names.
+const wchar_t CompiledInKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
+const wchar_t DataRootName[] = L"DataRootPath";
+const wchar_t ThirdPartyName[] = L"ThirdPartyClusterType";
+
+// Where some systems look for the computer's name in the middle of a process.
+const wchar_t ComputerNameKey[] = L"System\\CurrentControlSet\\Control\\ComputerName\\ActiveComputerName";
+
+const wchar_t* const NumberNames[] = {L"IsCluster", L"ClusterQuorumMode"};
+const wchar_t* const TextNames[] = {L"HomeDir", L"ServerIP", L"SERVERGUID"};
+
+bool IsInForce = false;
+
+// Null when the value is missing or of another type.
+Json ReadValue(const std::wstring& path, const wchar_t* name, DWORD wantedType) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return Json();
+    }
+    DWORD type = 0;
+    DWORD size = 0;
+    std::vector<wchar_t> value;
+    LSTATUS code = RegQueryValueExW(key, name, nullptr, &type, nullptr, &size);
+    if (code == ERROR_SUCCESS) {
+        value.resize(size / sizeof(wchar_t) + 2); // terminated, whatever is stored
+        code = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(value.data()), &size);
+    }
+    RegCloseKey(key);
+    if (code != ERROR_SUCCESS || type != wantedType) {
+        return Json();
+    }
+    return type == REG_SZ ? Json(std::wstring(value.data())) : Json(*reinterpret_cast<const DWORD*>(value.data()));
+}
+
+void AddValue(Json& settings, const std::wstring& path, const wchar_t* name, DWORD type) {
+    const Json value = ReadValue(path, name, type);
+    if (!value.is_null()) {
+        settings[common::ToUtf8(name)] = value;
+    }
+}
+
+// The model's settings; null when there is no simulator, no model file or no settings.
+Json ReadFromSimulator() {
+    typedef size_t (*ReadFunction)(char* buffer, size_t cb);
+    const HMODULE api = GetModuleHandleW(L"clusapi.dll");
+    const auto read =
+        api == nullptr
+            ? nullptr
+            : reinterpret_cast<ReadFunction>(reinterpret_cast<void*>(GetProcAddress(api, "ClusSimReadSettings")));
+    const std::wstring file = common::EnvironmentVariable(L"CLUSSIM_FILE");
+    if (read == nullptr || file.empty() || GetFileAttributesW(file.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        return Json();
+    }
+    std::vector<char> text(read(nullptr, 0));
+    if (text.empty() || read(text.data(), text.size()) > text.size()) {
+        throw Failure(Errors::NoCluster, "the simulator cannot read the model " + Quoted(file))
+            .Hint("Its own message says what is wrong with it.");
+    }
+    return text[0] == '\0' ? Json() : common::ParseJson(text.data());
+}
+
+void Require(LSTATUS code) {
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode("cannot put the settings of the model in force", static_cast<unsigned long>(code));
+    }
+}
+
+HKEY CreateVolatile(HKEY parent, const std::wstring& path) {
+    HKEY key = nullptr;
+    Require(
+        RegCreateKeyExW(parent, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+    return key;
+}
+
+LSTATUS Write(HKEY key, const std::wstring& name, const Json& value) {
+    if (value.is_number()) {
+        const auto number = value.get<DWORD>();
+        return RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+    }
+    const std::wstring text = common::ToUtf16(value.get<std::string>());
+    return RegSetValueExW(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                          static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+void DeleteTree(HKEY parent, const std::wstring& name) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS) {
+        return;
+    }
+    wchar_t child[256];
+    for (DWORD length = 256; RegEnumKeyExW(key, 0, child, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         length = 256) {
+        const std::wstring childName = child;
+        DeleteTree(key, childName);
+    }
+    RegCloseKey(key);
+    RegDeleteKeyW(parent, name.c_str());
+}
+
+} // namespace
+
+Json ReadProductSettings() {
+    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
+    Json settings = Json::object();
+    for (const wchar_t* name : NumberNames) {
+        AddValue(settings, path, name, REG_DWORD);
+    }
+    for (const wchar_t* name : TextNames) {
+        AddValue(settings, path, name, REG_SZ);
+    }
+    AddValue(settings, CompiledInKey, DataRootName, REG_SZ);
+    AddValue(settings, CompiledInKey, ThirdPartyName, REG_DWORD);
+    return settings;
+}
+
+ModelSettings::ModelSettings() {
+    const DWORD lastError = GetLastError(); // which the library logs where no call has set another
+    const Json settings = ReadFromSimulator();
+    SetLastError(lastError);
+    if (settings.is_null()) {
+        return;
+    }
+    m_name = L"Software\\clusctl-" + std::to_wstring(GetCurrentProcessId());
+    // Windows Sockets reads the true HKEY_LOCAL_MACHINE when it starts; the library's own start only counts then.
+    WSADATA data;
+    WSAStartup(MAKEWORD(2, 2), &data);
+    try {
+        Apply(settings);
+    } catch (...) {
+        Undo();
+        throw;
+    }
+    IsInForce = true;
+    SetLastError(lastError);
+}
+
+ModelSettings::~ModelSettings() {
+    if (IsInForce) {
+        Undo();
+        IsInForce = false;
+    }
+}
+
+bool ModelSettings::AreInForce() {
+    return IsInForce;
+}
+
+void ModelSettings::Apply(const Json& settings) {
+    m_machine = CreateVolatile(HKEY_CURRENT_USER, m_name);
+    const HKEY product = CreateVolatile(m_machine, CVirtualServerUtil::GetProductRegistryKey());
+    const HKEY compiledIn = CreateVolatile(m_machine, CompiledInKey);
+    LSTATUS code = ERROR_SUCCESS;
+    for (const auto& member : settings.items()) {
+        const std::wstring name = common::ToUtf16(member.key());
+        const LSTATUS written =
+            Write(name == DataRootName || name == ThirdPartyName ? compiledIn : product, name, member.value());
+        code = code == ERROR_SUCCESS ? written : code;
+    }
+    const HKEY computer = CreateVolatile(m_machine, ComputerNameKey);
+    const LSTATUS named = Write(computer, L"ComputerName", Json(ComputerName()));
+    code = code == ERROR_SUCCESS ? named : code;
+    RegCloseKey(computer);
+    RegCloseKey(compiledIn);
+    RegCloseKey(product);
+    Require(code);
+    Require(RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_machine));
+}
+
+void ModelSettings::Undo() {
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    if (m_machine != nullptr) {
+        RegCloseKey(m_machine);
+        DeleteTree(HKEY_CURRENT_USER, m_name);
+    }
+    WSACleanup();
+}

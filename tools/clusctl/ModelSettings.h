@@ -1,0 +1,37 @@
+// The product's settings in a model of the cluster simulator: written by a snapshot, and in force while such a model
+// answers, whatever the registry of this computer holds.
+#ifndef CLUSCTL_MODELSETTINGS_H
+#define CLUSCTL_MODELSETTINGS_H
+
+#include "Json.h"
+
+#include <winsock2.h>
+#include <windows.h>
+
+#include <string>
+
+// The registry values of the product that the library reads, those that are there.
+Json ReadProductSettings();
+
+// While it lives, the library finds the settings of the simulator's model where it looks for the product's registry
+// key: HKEY_LOCAL_MACHINE of this process is a volatile key of its own then, which nobody else sees. Nothing happens
+// without a simulator, or when the model has no settings.
+class ModelSettings {
+public:
+    // Throws Failure when they cannot be put in force.
+    ModelSettings();
+    ~ModelSettings();
+    ModelSettings(const ModelSettings&) = delete;
+    ModelSettings& operator=(const ModelSettings&) = delete;
+
+    static bool AreInForce();
+
+private:
+    void Apply(const Json& settings);
+    void Undo();
+
+    std::wstring m_name; // of the key, under HKEY_CURRENT_USER
+    HKEY m_machine = nullptr;
+};
+
+#endif
