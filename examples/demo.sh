@@ -158,7 +158,7 @@ try 0 "Depends on:            Disk F: (EXVS-NEW1)" \
 saidToo 'KOVA_DATA_PATH: F:\Zyntra Gate'
 saidToo "State:                 offline"
 say "A group holds one such resource at most:" ""
-try 1 "already other KOVA resources" resource create EXVS-NEW1 --name "Zyntra Gate (again)" --data-path 'F:\Zyntra Gate'
+try 4 "has the product's resource already" resource create EXVS-NEW1 --name "Zyntra Gate (again)" --data-path 'F:\Zyntra Gate'
 
 heading "8. Switch it"
 say "Online: the Information Store that it depends on was offline and takes its time, so the command waits." \
@@ -196,7 +196,7 @@ cluster without-product.json
 cp without-product.json before.json
 say "  \$ cp without-product.json before.json" "  \$ export CLUSSIM_FAULTS=ClusterResourceControl@0x01400086=5" ""
 export CLUSSIM_FAULTS=ClusterResourceControl@0x01400086=5 CLUSSIM_JOURNAL=$work/journal.txt
-try 1 "Cannot set private property KOVA_DATA_PATH" \
+try 9 "does not take its data path" \
     resource create EXVS-NEW1 --name "Zyntra Gate (EXVS-NEW1)" --data-path 'F:\Zyntra Gate'
 unset CLUSSIM_FAULTS CLUSSIM_JOURNAL
 grep -q '"call": *"CreateClusterResource"' journal.txt || broken "nothing was created that could be taken back"
@@ -208,7 +208,7 @@ heading "11. When the cluster does not answer"
 say "The settings say cluster node, but the cluster cannot be opened. An empty list would be a lie:" ""
 settings cluster.reg
 cluster no-such-cluster.json
-try 1 "cannot list the servers" servers
+try 7 "cannot open this computer's cluster" servers
 
 heading "12. Veritas Cluster Server"
 say "The other kind of cluster. The library drives it through its command-line tools; here they are the VCS simulator's," \
