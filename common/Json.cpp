@@ -12,6 +12,11 @@ namespace {
 // Builds the document while the parser reads it.
 class DocumentBuilder : public nlohmann::json_sax<Json> {
 public:
+    DocumentBuilder() noexcept(false) {
+    } // as its values, whose constructors may throw
+    DocumentBuilder(const DocumentBuilder&) = delete;
+    DocumentBuilder& operator=(const DocumentBuilder&) = delete;
+
     bool null() override {
         Add(nullptr);
         return true;

@@ -16,7 +16,7 @@ using common::ToUtf8;
 namespace {
 
 // In units of a FILETIME. No file system's clock that is finer than seconds takes longer from one time to the next.
-const std::int64_t ClockTick = 50 * 10000;
+const std::int64_t ClockTick = std::int64_t{50} * 10000;
 
 // What becomes of invalid text.
 const char ReplacementCharacter[] = "\xEF\xBF\xBD";
