@@ -170,16 +170,6 @@ Report Groups(const LogCapture& log, const GroupOptions& options) {
     return report;
 }
 
-Names ListMembers(const CCluster& cluster, const std::wstring& groupName) {
-    const GroupHandle group = RequireGroup(cluster, groupName);
-    Names names;
-    const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, names);
-    if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
-    }
-    return names;
-}
-
 Names SelectResources(const CCluster& cluster, const ResourceOptions& options) {
     if (!options.name.empty()) {
         RequireResource(cluster, options.name);

@@ -235,6 +235,16 @@ DWORD ListInGroup(HGROUP group, DWORD kind, Names& names) {
     return code;
 }
 
+Names ListMembers(const CCluster& cluster, const std::wstring& groupName) {
+    const GroupHandle group = RequireGroup(cluster, groupName);
+    Names names;
+    const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, names);
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
+    }
+    return names;
+}
+
 bool ListPreferredOwners(HGROUP group, Names& names) {
     return ListInGroup(group, CLUSTER_GROUP_ENUM_NODES, names) == ERROR_SUCCESS;
 }

@@ -73,6 +73,9 @@ CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner);
 DWORD ListInGroup(HGROUP group, DWORD kind, Names& names);
 DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names);
 
+// The resources of a group. Throws Failure when there is no such group, or it cannot be read whole.
+Names ListMembers(const CCluster& cluster, const std::wstring& groupName);
+
 // Appends the nodes that a group prefers. False when they cannot be listed.
 bool ListPreferredOwners(HGROUP group, Names& names);
 

@@ -55,15 +55,9 @@ ServerPlace FindServer(CCluster& cluster, const std::wstring& server) {
 }
 
 NamesByType ReadMembers(const CCluster& cluster, const std::wstring& groupName) {
-    const GroupHandle group = RequireGroup(cluster, groupName);
-    Names names;
-    const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, names);
-    if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
-    }
     Report report;
     NamesByType members;
-    for (const std::wstring& name : names) {
+    for (const std::wstring& name : ListMembers(cluster, groupName)) {
         members[TextOf(ReadResourceType(cluster, name, report))].push_back(name);
     }
     RequireComplete(report, "cannot tell what the group " + Quoted(groupName) + " holds");
