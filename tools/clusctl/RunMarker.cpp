@@ -26,7 +26,7 @@ std::vector<std::wstring> NamesIn(const std::wstring& folder, const std::wstring
     const HANDLE search = FindFirstFileW((folder + pattern).c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
-            names.push_back(found.cFileName);
+            names.emplace_back(found.cFileName);
         } while (FindNextFileW(search, &found));
         FindClose(search);
     }
