@@ -8,6 +8,7 @@
   and friends need none.
 - Exit codes and error codes of clusctl: the table in docs/clusctl.md and the list in docs/schemas are what
   tools/clusctl/Failure.h says.
+- CHANGELOG.md: below "Unreleased" the first release is the version of CMakeLists.txt, with its date.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
 import json
@@ -83,6 +84,18 @@ def check_exit_codes():
         problem(schema, 0, f"error code {code}: only here or only in Failure.h")
 
 
+def check_version():
+    version = re.search(r"^project\(\w+ VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), re.M)
+    if not version:
+        sys.exit("check_docs.py: found no version in CMakeLists.txt")
+    changelog = ROOT / "CHANGELOG.md"
+    headings = re.findall(r"^## (.*)", changelog.read_text(encoding="utf-8"), re.M)
+    if headings[:1] != ["[Unreleased]"]:
+        problem(changelog, 0, "the first heading is not [Unreleased]")
+    if len(headings) < 2 or not re.fullmatch(rf"\[{re.escape(version[1])}\] - \d{{4}}-\d\d-\d\d", headings[1]):
+        problem(changelog, 0, f"the first release is not '[{version[1]}] - YEAR-MONTH-DAY', the version of CMakeLists.txt")
+
+
 def split_comment(line):
     code, mark, comment = line.partition("//")
     return code.strip(), comment.strip() if mark else None
@@ -153,6 +166,7 @@ def main():
     for path in headers:
         check_header(path)
     check_exit_codes()
+    check_version()
     problems.extend(check_layers.check_map())
     for text in problems:
         print(text, file=sys.stderr)
