@@ -29,8 +29,7 @@ function(clusutil_target target)
       -fstack-protector-strong -fvisibility=hidden)
     target_link_options(${target} PRIVATE
       -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp)
-    # The stack protector's run-time part, linked in so that no further DLL has to be shipped.
-    target_link_libraries(${target} PRIVATE -l:libssp.a)
+    target_link_libraries(${target} PRIVATE clusutil_stack_guard)
     if(arg_STATIC_RUNTIME)
       target_link_options(${target} PRIVATE -static)
     endif()
