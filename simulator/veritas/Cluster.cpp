@@ -1,6 +1,7 @@
 #include "Cluster.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace vcssim {

@@ -162,13 +162,13 @@ std::wstring Format(const wchar_t* format, va_list arguments) {
     if (format == nullptr) {
         return L"(null)";
     }
-    wchar_t small[1024];
+    wchar_t onStack[1024];
     va_list again;
     va_copy(again, arguments);
-    const int length = _vsnwprintf(small, 1024, format, arguments);
+    const int length = _vsnwprintf(onStack, 1024, format, arguments);
     std::wstring text;
     if (length >= 0 && length < 1024) {
-        text.assign(small, static_cast<size_t>(length));
+        text.assign(onStack, static_cast<size_t>(length));
     } else {
         va_list measure;
         va_copy(measure, again);
@@ -180,8 +180,8 @@ std::wstring Format(const wchar_t* format, va_list arguments) {
             text.assign(large.data(), static_cast<size_t>(needed));
         } else {
             // An argument that the runtime cannot convert: the text up to there is better than none.
-            small[1023] = L'\0';
-            text = small;
+            onStack[1023] = L'\0';
+            text = onStack;
         }
     }
     va_end(again);

@@ -58,8 +58,10 @@ public:
 
 private:
     static const std::size_t GuardSize = 64;
+    static const std::size_t Alignment = 16;
+    static const std::size_t Size = (GuardSize + sizeof(T) * count + GuardSize + Alignment - 1) / Alignment * Alignment;
 
-    alignas(16) unsigned char m_memory[GuardSize + sizeof(T) * count + GuardSize];
+    alignas(Alignment) unsigned char m_memory[Size];
 };
 
 } // namespace harness

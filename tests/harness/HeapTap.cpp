@@ -76,6 +76,9 @@ State& TheState() {
 thread_local int harnessDepth = 0;
 
 PointerTable live; // C++ blocks of the operation
+// The runtime's own: this program's import of free may be patched as well.
+void* (*realMalloc)(std::size_t) = &std::malloc;
+void (*realFree)(void*) = &std::free;
 HeapTap* theTap = nullptr;
 
 bool Fire(const char* where) {
@@ -109,7 +112,7 @@ void* TappedMalloc(std::size_t size) {
         return nullptr;
     }
     State& state = TheState();
-    void* block = std::malloc(size);
+    void* block = realMalloc(size);
     if (block && harnessDepth == 0 && state.operationThread == GetCurrentThreadId()) {
         live.Add(block);
     }
@@ -120,7 +123,7 @@ void TappedFree(void* block) {
     if (block && live.Count() != 0) {
         live.Remove(block);
     }
-    std::free(block);
+    realFree(block);
 }
 
 HLOCAL TappedLocalAlloc(UINT flags, SIZE_T size) {
@@ -188,6 +191,7 @@ struct HeapTap::Patches {
     std::unique_ptr<ImportEntryPatch> localFree;
     std::unique_ptr<ImportEntryPatch> allocate;
     std::unique_ptr<ImportEntryPatch> release;
+    std::unique_ptr<ImportEntryPatch> releaseByTests;
 };
 
 HeapTap::HeapTap() : m_patches(std::make_unique<Patches>()) {
@@ -203,11 +207,20 @@ HeapTap::HeapTap() : m_patches(std::make_unique<Patches>()) {
         PatchIfImported(library, "kernel32.dll", "LocalReAlloc", reinterpret_cast<void*>(&TappedLocalReAlloc));
     m_patches->localFree =
         PatchIfImported(library, "kernel32.dll", "LocalFree", reinterpret_cast<void*>(&TappedLocalFree));
-    // The runtime's operator new and delete call these; only mingw-w64's runtime is a DLL whose table can be patched
-    // so.
-    if (const HMODULE runtime = GetModuleHandleW(L"libstdc++-6.dll")) {
-        m_patches->allocate = PatchIfImported(runtime, "msvcrt.dll", "malloc", reinterpret_cast<void*>(&TappedMalloc));
-        m_patches->release = PatchIfImported(runtime, "msvcrt.dll", "free", reinterpret_cast<void*>(&TappedFree));
+    // What operator new and delete call. With mingw-w64 they are in the runtime's DLL, and all modules share them;
+    // Visual C++ links them into each module, and a test releases what the library gave it.
+    const HMODULE runtime = GetModuleHandleW(L"libstdc++-6.dll");
+    const HMODULE allocating = runtime ? runtime : library;
+    m_patches->allocate = PatchIfImported(allocating, AnyCRuntime, "malloc", reinterpret_cast<void*>(&TappedMalloc));
+    m_patches->release = PatchIfImported(allocating, AnyCRuntime, "free", reinterpret_cast<void*>(&TappedFree));
+    if (!m_patches->allocate || !m_patches->release) {
+        throw std::runtime_error("the C++ runtime's allocations cannot be watched");
+    }
+    realMalloc = reinterpret_cast<void* (*)(std::size_t)>(m_patches->allocate->Original());
+    realFree = reinterpret_cast<void (*)(void*)>(m_patches->release->Original());
+    if (!runtime) {
+        m_patches->releaseByTests =
+            PatchIfImported(GetModuleHandleW(nullptr), AnyCRuntime, "free", reinterpret_cast<void*>(&TappedFree));
     }
     theTap = this;
 }

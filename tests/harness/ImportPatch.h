@@ -33,7 +33,8 @@ constexpr const char* Decorated(const char* itanium, const char* microsoft) {
 }
 
 // The entries of a module's import table that hold one function. `dll` may be AnyCRuntime. All import descriptors are
-// searched; the DLL name compares without case, the export name exactly.
+// searched; the DLL name compares without case, the export name exactly. An import by ordinal is found by the name that
+// the loaded DLL exports it under; _wsopen of AnyCRuntime also where the runtime has it inline (OpenDispatch.h).
 std::vector<void**> FindImports(HMODULE module, const char* dll, const char* name);
 
 // The entries that hold this address now, whatever DLL and name they stand under.
@@ -41,6 +42,9 @@ std::vector<void**> FindImportsByAddress(HMODULE module, const void* address);
 
 // clusutil.dll as loaded; throws when it is not.
 HMODULE LibraryModule();
+
+// Writes into an entry of an import table, which is read-only.
+void WriteImport(void** entry, void* value);
 
 // Writes one function address into import table entries and puts the old one back.
 class ImportEntryPatch {

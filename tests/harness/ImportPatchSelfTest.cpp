@@ -54,10 +54,11 @@ TEST(ImportPatch, ExportNamesCompareExactlyAndDllNamesWithoutCase) {
     EXPECT_TRUE(FindImports(LibraryModule(), "kernel32.dll", "GetComputerName").empty());
 }
 
-// What a loader sees of a module that imports _read from each of these DLLs.
+// What a loader sees of a module that imports _read, or this ordinal, from each of these DLLs.
 class ModuleImage {
 public:
-    explicit ModuleImage(const std::vector<std::string>& dlls) : m_bytes(sizeof(IMAGE_NT_HEADERS) + 4096) {
+    explicit ModuleImage(const std::vector<std::string>& dlls, WORD ordinal = 0)
+        : m_bytes(sizeof(IMAGE_NT_HEADERS) + 4096) {
         Take(sizeof(IMAGE_DOS_HEADER));
         const std::size_t start = Take(sizeof(IMAGE_NT_HEADERS));
         At<IMAGE_DOS_HEADER>(0).e_lfanew = static_cast<LONG>(start);
@@ -68,7 +69,7 @@ public:
             static_cast<DWORD>(descriptors);
         for (std::size_t i = 0; i < dlls.size(); ++i) {
             const std::size_t thunks = Take(sizeof(IMAGE_THUNK_DATA) * 4); // names, entries, each with its end
-            At<IMAGE_THUNK_DATA>(thunks).u1.AddressOfData = function;
+            At<IMAGE_THUNK_DATA>(thunks).u1.AddressOfData = ordinal ? IMAGE_ORDINAL_FLAG64 | ordinal : function;
             At<IMAGE_THUNK_DATA>(thunks + sizeof(IMAGE_THUNK_DATA) * 2).u1.Function = i + 1;
             auto& descriptor = At<IMAGE_IMPORT_DESCRIPTOR>(descriptors + sizeof(IMAGE_IMPORT_DESCRIPTOR) * i);
             descriptor.OriginalFirstThunk = static_cast<DWORD>(thunks);
@@ -113,6 +114,15 @@ TEST(ImportPatch, AnyCRuntimeIsWhicheverDllHoldsIt) {
     }
     ModuleImage both({"kernel32.dll", "api-ms-win-crt-stdio-l1-1-0.dll", "ucrtbase.dll"});
     EXPECT_EQ(FindImports(both.Handle(), AnyCRuntime, "_read").size(), 2u);
+}
+
+TEST(ImportPatch, AnImportByOrdinalIsFoundByTheNameThatItsDllExports) {
+    const WORD startupOrdinal = 115; // WSAStartup, on every Windows
+    ModuleImage module({"ws2_32.dll", "clusutil-none.dll"}, startupOrdinal);
+    EXPECT_EQ(FindImports(module.Handle(), "WS2_32.dll", "WSAStartup").size(), 1u);
+    EXPECT_TRUE(FindImports(module.Handle(), "ws2_32.dll", "WSACleanup").empty());
+    EXPECT_TRUE(FindImports(module.Handle(), "ws2_32.dll", "NoSuchFunction").empty());
+    EXPECT_TRUE(FindImports(module.Handle(), "clusutil-none.dll", "WSAStartup").empty());
 }
 
 TEST(ImportPatch, AnyCRuntimeHoldsTheLibrarysFileFunctions) {
