@@ -71,14 +71,16 @@ TEST_F(GroupWalk, PassesTheBufferSizeInBytesAsTheCount) {
 }
 
 TEST_F(GroupWalk, StopsAfterTheResourceForWhichTheCallbackAnswersNonZero) {
-    CClusterGroup group;
-    cluster.Open(group, L"EVS1");
-    Visitor visitor;
-    visitor.answer = 1;
-    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
-    EXPECT_EQ(Visited(visitor), std::vector<std::wstring>{L"EVS1 Disk"});
-    EXPECT_THAT(TakeJournal(), EndsWith(Lines({"CloseClusterResource(EVS1 Disk)", "ClusterGroupCloseEnum()"})));
-    EXPECT_THAT(TakeLog(), EndsWith("< EnumResourceInGroup\n"));
+    for (const DWORD answer : {1ul, 2ul, 0x80000000ul}) {
+        CClusterGroup group;
+        cluster.Open(group, L"EVS1");
+        Visitor visitor;
+        visitor.answer = answer;
+        EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+        EXPECT_EQ(Visited(visitor), std::vector<std::wstring>{L"EVS1 Disk"}) << answer;
+        EXPECT_THAT(TakeJournal(), EndsWith(Lines({"CloseClusterResource(EVS1 Disk)", "ClusterGroupCloseEnum()"})));
+        EXPECT_THAT(TakeLog(), EndsWith("< EnumResourceInGroup\n"));
+    }
 }
 
 TEST_F(GroupWalk, WithoutACallbackIsLoggedForEachResource) {

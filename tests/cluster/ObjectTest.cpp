@@ -1,6 +1,9 @@
 // Opening resources, groups and nodes of an open cluster, and creating resources.
 #include "ClusterFixture.h"
 
+#include "clus_VeritasCluster.h"
+#include "clus_VirtualServerUtil.h"
+
 #include <type_traits>
 
 using namespace harness;
@@ -131,6 +134,34 @@ TEST_F(ClusterObjects, ThroughAClosedClusterDoNotOpen) {
     EXPECT_FALSE(cluster.OpenNodeByName(node, L"NODE-A"));
     EXPECT_EQ(TakeLog(), Lines({"E Open resource failed:EVS1 IP, err=6", "E Open group failed, code:6"}));
     Cluster().ClearJournal(); // the null handle is no open one
+}
+
+TEST_F(ClusterObjects, ThroughAClosedClusterPassTheNullHandleOn) {
+    cluster.Close();
+    Names asked;
+    const auto openGroup = PatchImport(clusapi, OpenClusterGroup, [&](HCLUSTER handle, LPCWSTR name) -> HGROUP {
+        asked.push_back(handle ? L"a handle" : name);
+        return nullptr;
+    });
+    const auto openNode = PatchImport(clusapi, OpenClusterNode, [&](HCLUSTER handle, LPCWSTR name) -> HNODE {
+        asked.push_back(handle ? L"a handle" : name);
+        return nullptr;
+    });
+    CClusterGroup group;
+    CClusterNode node;
+    EXPECT_FALSE(cluster.OpenGroupByName(group, L"EVS1"));
+    EXPECT_FALSE(cluster.OpenNodeByName(node, L"NODE-A"));
+    EXPECT_EQ(asked, (Names{L"EVS1", L"NODE-A"}));
+}
+
+// Callers lay these classes out by the headers alone.
+TEST(PublicClasses, HaveNoVirtualMembers) {
+    EXPECT_FALSE(std::is_polymorphic_v<CCluster>);
+    EXPECT_FALSE(std::is_polymorphic_v<CClusterGroup>);
+    EXPECT_FALSE(std::is_polymorphic_v<CClusterNode>);
+    EXPECT_FALSE(std::is_polymorphic_v<CClusterResource>);
+    EXPECT_FALSE(std::is_polymorphic_v<CVeritasCluster>);
+    EXPECT_FALSE(std::is_polymorphic_v<CVirtualServerUtil>);
 }
 
 // Creating

@@ -172,6 +172,26 @@ TEST_F(ServerLookUp, DoesNotFindAnAddressThatIsNoServersOwn) {
     EXPECT_STREQ(info.m_wsServerName, L"EVS2") << "the last one compared";
 }
 
+TEST_F(ServerLookUp, ComparesInTheClustersOrder) {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A");
+    for (const char* name : {"MIKE", "ZULU", "ALPHA"}) {
+        AddServer(model, name, "NODE-A", "192.0.2.1");
+    }
+    ClusterOf(model);
+    Util util;
+    Info info;
+    EXPECT_FALSE(Find(*this, util, L"EVS1", info));
+    Names opened;
+    for (const std::string& call : TakeClusterCalls()) {
+        for (const wchar_t* name : {L"MIKE", L"ZULU", L"ALPHA"}) {
+            if (call.find("OpenClusterResource(" + Utf8(name) + " Product)") == 0) {
+                opened.push_back(name);
+            }
+        }
+    }
+    EXPECT_EQ(opened, (Names{L"MIKE", L"ZULU", L"ALPHA"}));
+}
+
 TEST_F(ServerLookUp, OfAPlainServerCopiesItsWholeRecord) {
     Load(ThreeServers());
     PlainServer();

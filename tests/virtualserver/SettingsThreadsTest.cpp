@@ -1,53 +1,21 @@
 // Several first callers at once: file and registry are read by one of them.
+#include "AtOnce.h"
 #include "HostFixture.h"
-
-#include <atomic>
-#include <functional>
-#include <thread>
 
 using namespace harness;
 
 namespace {
 
-std::atomic<int> logLines(0);
-void CountLogLine(HMODULE, unsigned int, const char*, int, const wchar_t*, ...) {
-    ++logLines;
-}
-
 // A machine without settings file and product key whose answers take their time; it counts the questions.
 class SettingsThreads : public ::testing::Test {
 protected:
-    SettingsThreads() {
-        logLines = 0;
-    }
-
-    // Runs each of them on a thread of its own, all at once.
-    void RunAtOnce(const std::vector<std::function<void()>>& callers) {
-        std::atomic<std::size_t> waiting(0);
-        std::vector<std::thread> threads;
-        for (const std::function<void()>& caller : callers) {
-            threads.emplace_back([&] {
-                ++waiting;
-                while (waiting < callers.size()) {
-                    ::Sleep(0);
-                }
-                caller();
-            });
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-    }
-
+    LogCounter log;
     std::atomic<int> paths{0};
     std::atomic<int> files{0};
     std::atomic<int> fullAccessKeys{0};
     std::atomic<int> readAccessKeys{0};
 
 private:
-    // The log recorder is made for one thread.
-    ImportEntryPatch m_log{FindImportsByAddress(LibraryModule(), reinterpret_cast<const void*>(&DBG::DebugLogEx)),
-                           reinterpret_cast<void*>(&CountLogLine)};
     ImportPatch<DWORD(HMODULE, LPWSTR, DWORD), struct ThreadPathTag> m_path{
         FindImports(LibraryModule(), "kernel32.dll", "GetModuleFileNameW"), [this](HMODULE, LPWSTR, DWORD) -> DWORD {
             ++paths;
@@ -77,7 +45,7 @@ TEST_F(SettingsThreads, FirstCallersReadFileAndRegistryOnce) {
     EXPECT_EQ(fullAccessKeys, 1);
     EXPECT_EQ(readAccessKeys, 0);
     EXPECT_EQ(clustered, 0);
-    EXPECT_EQ(logLines, 16);
+    EXPECT_EQ(log.Count(), 16);
 }
 
 TEST_F(SettingsThreads, FirstCallersOfDifferentMembersReadTheFileOnce) {
