@@ -43,7 +43,7 @@ void DisplayGroups(Context& context, Arguments& arguments) {
     const DisplayRequest request = TakeDisplayRequest(arguments);
     std::vector<Displayed> displayed;
     for (const std::string& name : request.names) {
-        const CfGroup* const group = context.cluster.configuration.FindGroup(name);
+        const CfGroup* const group = context.cluster.configuration.GroupNamed(name);
         if (!group) {
             context.output.Warning("10133", "Group does not exist");
             return;
@@ -104,7 +104,7 @@ void ShowState(Context& context, Arguments& arguments) {
     if (displayed.empty()) {
         context.output.Warning("40131", "Group " + name + " does not exist in the local cluster");
     } else if (ofSystem) {
-        const CfGroup& group = *context.cluster.configuration.FindGroup(name);
+        const CfGroup& group = *context.cluster.configuration.GroupNamed(name);
         if (CheckSystem(context, group, system)) {
             context.output.Print(context.cluster.GroupState(group, system) + "\n");
         }
@@ -116,7 +116,7 @@ void ShowState(Context& context, Arguments& arguments) {
 void ShowDependencies(Context& context, Arguments& arguments) {
     const std::string name = arguments.IsEmpty() ? "" : arguments.Next();
     arguments.NeedEnd();
-    if (!name.empty() && !context.cluster.configuration.FindGroup(name)) {
+    if (!name.empty() && !context.cluster.configuration.GroupNamed(name)) {
         context.output.Warning("10133", "Group does not exist");
         return;
     }
@@ -146,7 +146,7 @@ void Switch(Context& context, const std::string& command, Arguments& arguments) 
         throw UsageError();
     }
     arguments.NeedEnd();
-    const CfGroup* const group = context.cluster.configuration.FindGroup(name);
+    const CfGroup* const group = context.cluster.configuration.GroupNamed(name);
     if (!group) {
         context.output.Simulated("12130", "Group " + name + " does not exist in the local cluster");
         return;

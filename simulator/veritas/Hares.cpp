@@ -39,7 +39,7 @@ void DisplayResources(Context& context, Arguments& arguments) {
     const CfDocument& configuration = context.cluster.configuration;
     std::vector<Displayed> displayed;
     for (const std::string& name : request.names) {
-        const CfBlock* const resource = configuration.FindResource(name);
+        const CfBlock* const resource = configuration.ResourceNamed(name);
         if (!resource) {
             context.output.Simulated("40130", "Resource " + name + " does not exist in the local cluster");
             return;
@@ -65,7 +65,7 @@ void ShowValue(Context& context, Arguments& arguments) {
     const std::string attribute = arguments.Next();
     const std::string system = arguments.IsEmpty() ? "" : arguments.Next();
     arguments.NeedEnd();
-    const CfBlock* const resource = context.cluster.configuration.FindResource(name);
+    const CfBlock* const resource = context.cluster.configuration.ResourceNamed(name);
     if (!resource) {
         NoSuchResource(context.output, name);
         return;
@@ -84,7 +84,7 @@ void ShowDependencies(Context& context, Arguments& arguments) {
     const std::vector<std::string>& names = arguments.All();
     const CfDocument& configuration = context.cluster.configuration;
     for (const std::string& name : names) {
-        if (!configuration.FindResource(name)) {
+        if (!configuration.ResourceNamed(name)) {
             NoSuchResource(context.output, name);
             return;
         }
@@ -134,7 +134,7 @@ void ShowState(Context& context, Arguments& arguments) {
     const std::string name = arguments.IsEmpty() ? "" : arguments.Next();
     arguments.NeedEnd();
     const Cluster& cluster = context.cluster;
-    if (!name.empty() && !cluster.configuration.FindResource(name)) {
+    if (!name.empty() && !cluster.configuration.ResourceNamed(name)) {
         NoSuchResource(context.output, name);
         return;
     }
@@ -144,7 +144,7 @@ void ShowState(Context& context, Arguments& arguments) {
     }
     if (ofSystem && !name.empty()) {
         if (CheckSystem(context, *cluster.configuration.GroupOf(name), system)) {
-            context.output.Print(cluster.ResourceState(*cluster.configuration.FindResource(name), system) + "\n");
+            context.output.Print(cluster.ResourceState(*cluster.configuration.ResourceNamed(name), system) + "\n");
         }
         return;
     }

@@ -26,11 +26,11 @@ void Add(Context& context, Arguments& arguments) {
     CfDocument& configuration = context.cluster.configuration;
     if (!IsCfName(name)) {
         context.output.Simulated("99020", "'" + name + "' is no name for a resource");
-    } else if (configuration.FindResource(name)) {
+    } else if (configuration.ResourceNamed(name)) {
         context.output.Simulated("99021", "Resource " + name + " exists already");
     } else if (!IsCfName(type) || !context.cluster.types.Find(type)) {
         context.output.Simulated("99022", "Type " + type + " does not exist");
-    } else if (!configuration.FindGroup(group)) {
+    } else if (!configuration.GroupNamed(group)) {
         context.output.Warning("10133", "Group does not exist");
     } else {
         configuration.AddResource(group, type, name);
@@ -46,7 +46,7 @@ void Delete(Context& context, Arguments& arguments) {
     if (!CheckWritable(context)) {
         return;
     }
-    if (!context.cluster.configuration.FindResource(name)) {
+    if (!context.cluster.configuration.ResourceNamed(name)) {
         NoSuchResource(context.output, name);
         return;
     }
@@ -90,7 +90,7 @@ void Link(Context& context, const std::string& parent, const std::string& child)
         context.output.Simulated("99031", "Dependency between '" + parent + "' and '" + child + "' already exists");
     } else if (Requires(group, child, parent, seen)) {
         context.output.Simulated("99032", "Dependency between '" + parent + "' and '" + child + "' would make a loop");
-    } else if (context.cluster.IsPersistent(*configuration.FindResource(parent))) {
+    } else if (context.cluster.IsPersistent(*configuration.ResourceNamed(parent))) {
         context.output.Simulated("99033", "Resource " + parent + " is persistent and cannot require others");
     } else {
         configuration.AddLink(parent, child);
@@ -106,7 +106,7 @@ void LinkOrUnlink(Context& context, const std::string& command, Arguments& argum
     }
     CfDocument& configuration = context.cluster.configuration;
     for (const std::string& name : {parent, child}) {
-        if (!configuration.FindResource(name)) {
+        if (!configuration.ResourceNamed(name)) {
             NoSuchResource(context.output, name);
             return;
         }

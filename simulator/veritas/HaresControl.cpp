@@ -34,7 +34,7 @@ void Offline(Context& context, const Target& target, const std::string& system, 
     }
     for (const CfLink& link : target.group.links) {
         if (!ignoresParents && link.child == target.resource.name &&
-            IsOnline(cluster, *cluster.configuration.FindResource(link.parent), system)) {
+            IsOnline(cluster, *cluster.configuration.ResourceNamed(link.parent), system)) {
             context.output.Simulated("99052", "Resource " + target.resource.name + " is required by " + link.parent +
                                                   ", which is online on system " + system);
             return;
@@ -70,7 +70,7 @@ void RunHaresControl(Context& context, const std::string& command, Arguments& ar
         throw UsageError();
     }
     const CfDocument& configuration = context.cluster.configuration;
-    const CfBlock* const resource = configuration.FindResource(name);
+    const CfBlock* const resource = configuration.ResourceNamed(name);
     if (!resource) {
         NoSuchResource(context.output, name);
         return;

@@ -39,7 +39,7 @@ public:
     Modification(Context& context, const ModifyRequest& request)
         : m_context(context), m_request(request), m_configuration(context.cluster.configuration),
           m_group(*m_configuration.GroupOf(request.resource)),
-          m_resource(*m_configuration.FindResource(request.resource)) {
+          m_resource(*m_configuration.ResourceNamed(request.resource)) {
     }
 
     void Run() {
@@ -248,7 +248,7 @@ ModifyRequest TakeModifyRequest(Arguments& arguments) {
 
 void Modify(Context& context, const ModifyRequest& request) {
     const CfDocument& configuration = context.cluster.configuration;
-    if (!configuration.FindResource(request.resource)) {
+    if (!configuration.ResourceNamed(request.resource)) {
         NoSuchResource(context.output, request.resource);
         return;
     }

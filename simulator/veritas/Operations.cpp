@@ -59,7 +59,7 @@ bool BringOnline(Context& context, const CfGroup& group, const CfBlock& resource
     bool ready = true;
     for (const CfLink& link : group.links) {
         if (link.parent == resource.name) {
-            const CfBlock& child = *cluster.configuration.FindResource(link.child);
+            const CfBlock& child = *cluster.configuration.ResourceNamed(link.child);
             // What is not enabled does not count.
             const bool up = BringOnline(context, group, child, system, seen);
             ready = (up || !cluster.IsFlagSet(group, child, "Enabled", system)) && ready;

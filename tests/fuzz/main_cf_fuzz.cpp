@@ -67,26 +67,26 @@ void ChangeAttributes(const CfDocument& document, const CfBlock& resource, const
     const std::string system = resource.attributes.empty() ? "" : resource.attributes.front().system;
     const std::string resourceName = resource.name;
     changed.SetAttribute(resourceName, name, system, vcssim::QuotedCf(value));
-    FUZZ_CHECK(changed.FindResource(resourceName)->Find(name, system)->value.text == value);
+    FUZZ_CHECK(changed.ResourceNamed(resourceName)->Find(name, system)->value.text == value);
     FUZZ_CHECK(Told(changed, resourceName) == Told(document, resourceName));
 
     changed.SetAttribute(resourceName, name, "FuzzedSystem", "{ a, " + vcssim::QuotedCf(value) + " = 1 }");
-    const CfAttribute* const local = changed.FindResource(resourceName)->Find(name, "FuzzedSystem");
+    const CfAttribute* const local = changed.ResourceNamed(resourceName)->Find(name, "FuzzedSystem");
     FUZZ_CHECK(local && local->value.elements.size() == 2 && local->value.elements[1].key == value);
 
     changed.RemoveAttribute(resourceName, name);
-    FUZZ_CHECK(!changed.FindResource(resourceName)->Has(name));
+    FUZZ_CHECK(!changed.ResourceNamed(resourceName)->Has(name));
     FUZZ_CHECK(Told(changed, resourceName) == Told(document, resourceName));
 }
 
 void ChangeGroup(const CfDocument& document, const CfGroup& group, const std::string& value) {
     const std::string added = "FuzzedResource";
-    if (document.FindResource(added)) {
+    if (document.ResourceNamed(added)) {
         return;
     }
     CfDocument changed = document;
     changed.AddResource(group.block.name, "FuzzedType", added);
-    FUZZ_CHECK(changed.FindResource(added) && changed.GroupOf(added)->block.name == group.block.name);
+    FUZZ_CHECK(changed.ResourceNamed(added) && changed.GroupOf(added)->block.name == group.block.name);
     FUZZ_CHECK(Told(changed, added) == Told(document, added));
     const std::string withResource = Told(changed, "");
     changed.SetAttribute(added, "Enabled", "", "0");
@@ -116,7 +116,7 @@ void Change(const CfDocument& document, const std::string& value) {
             ChangeAttributes(document, resource, value);
             CfDocument changed = document;
             changed.RemoveResource(resource.name);
-            FUZZ_CHECK(!changed.FindResource(resource.name));
+            FUZZ_CHECK(!changed.ResourceNamed(resource.name));
             FUZZ_CHECK(Told(changed, "") == Told(document, resource.name));
             if (++count >= MaxObjects) {
                 return;
@@ -125,7 +125,7 @@ void Change(const CfDocument& document, const std::string& value) {
         for (const CfLink& link : group.links) {
             CfDocument changed = document;
             changed.RemoveLink(link.parent, link.child);
-            FUZZ_CHECK(changed.FindGroup(group.block.name)->links.size() == group.links.size() - 1);
+            FUZZ_CHECK(changed.GroupNamed(group.block.name)->links.size() == group.links.size() - 1);
         }
     }
 }

@@ -1,7 +1,10 @@
 #include "LoggedPlace.h"
 
-#include <filesystem>
+#include <winsock2.h>
+#include <windows.h>
+
 #include <fstream>
+#include <functional>
 #include <stdexcept>
 
 namespace harness {
@@ -9,6 +12,29 @@ namespace harness {
 namespace {
 
 const int MostLinesOfAStatement = 6;
+
+// Visits the folder's C++ files, those of its folders too, as (name of the folder, name of the file, path).
+void ForEachSource(const std::string& folder,
+                   const std::function<void(const std::string&, const std::string&, const std::string&)>& visit) {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA((folder + "/*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        throw std::runtime_error("cannot list " + folder);
+    }
+    do {
+        const std::string name = found.cFileName;
+        const std::string path = folder + "/" + name;
+        const std::size_t dot = name.rfind('.');
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            if (dot != std::string::npos && name.substr(dot) == ".cpp") {
+                visit(folder.substr(folder.rfind('/') + 1), name, path);
+            }
+        } else if (name != "." && name != "..") {
+            ForEachSource(path, visit);
+        }
+    } while (FindNextFileA(search, &found));
+    FindClose(search);
+}
 
 // The text between the quotes of the first wide literal; empty when there is none.
 std::string FirstLiteral(const std::string& code) {
@@ -70,16 +96,12 @@ bool CanMake(const std::string& format, const std::string& text) {
 
 LoggedPlaces::LoggedPlaces(const std::string& folder) {
     const std::string head = "CLUS_LOG_PLACE(";
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.path().extension() != ".cpp") {
-            continue;
-        }
+    ForEachSource(folder, [&](const std::string& room, const std::string& name, const std::string& path) {
         Source source;
-        source.name = entry.path().filename().string();
-        source.name = entry.path().parent_path().filename().string() + "/" + source.name;
+        source.name = room + "/" + name;
         std::string tag;
         int thousand = 0;
-        std::ifstream file(entry.path());
+        std::ifstream file(path);
         for (std::string line; std::getline(file, line);) {
             const std::size_t comma = line.find(", ");
             if (line.compare(0, head.size(), head) == 0 && comma != std::string::npos) {
@@ -91,7 +113,7 @@ LoggedPlaces::LoggedPlaces(const std::string& folder) {
         if (!tag.empty() && !m_sources.emplace(std::make_pair(tag, thousand), source).second) {
             throw std::runtime_error(source.name + " shares its numbers with another file");
         }
-    }
+    });
 }
 
 std::string LoggedPlaces::Misled(const LogLine& line) {

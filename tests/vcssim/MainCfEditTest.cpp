@@ -91,22 +91,22 @@ TEST(MainCfEdit, RemovesAResourceWithItsLinksAndNothingElse) {
     document.RemoveResource("r3");
     EXPECT_EQ(document.Text(), Dumped);
     document.RemoveResource("r1");
-    EXPECT_EQ(document.FindResource("r1"), nullptr);
-    EXPECT_TRUE(document.FindGroup("G")->links.empty());
+    EXPECT_EQ(document.ResourceNamed("r1"), nullptr);
+    EXPECT_TRUE(document.GroupNamed("G")->links.empty());
 }
 
 TEST(MainCfEdit, EditsStatementsThatShareALine) {
     CfDocument document("group G(A=1)T r1(X=\"1\"Y=2)T r2()r1 requires r2 r2 requires\"r3\"T r3()");
     document.SetAttribute("r1", "X", "", "5");
-    EXPECT_EQ(document.FindResource("r1")->Find("X", "")->value.text, "5");
-    EXPECT_EQ(document.FindResource("r1")->Find("Y", "")->value.text, "2");
+    EXPECT_EQ(document.ResourceNamed("r1")->Find("X", "")->value.text, "5");
+    EXPECT_EQ(document.ResourceNamed("r1")->Find("Y", "")->value.text, "2");
     document.RemoveLink("r1", "r2");
-    EXPECT_EQ(document.FindGroup("G")->links.size(), 1u);
+    EXPECT_EQ(document.GroupNamed("G")->links.size(), 1u);
     document.SetAttribute("r2", "Z", "", "7");
-    EXPECT_EQ(document.FindResource("r2")->Find("Z", "")->value.text, "7");
+    EXPECT_EQ(document.ResourceNamed("r2")->Find("Z", "")->value.text, "7");
     document.AddResource("G", "T", "r4");
     document.AddLink("r4", "r1");
-    EXPECT_EQ(document.FindGroup("G")->links.size(), 2u);
+    EXPECT_EQ(document.GroupNamed("G")->links.size(), 2u);
 }
 
 TEST(MainCfEdit, UsesTheLineEndsOfTheFile) {
@@ -126,5 +126,5 @@ TEST(MainCfEdit, KeepsTheDocumentWhenAChangeCannotBeRead) {
     CfDocument document(Dumped);
     EXPECT_THROW(document.SetAttribute("r1", "Address", "", "{ open"), vcssim::CfError);
     EXPECT_EQ(document.Text(), Dumped);
-    EXPECT_NE(document.FindResource("r1"), nullptr);
+    EXPECT_NE(document.ResourceNamed("r1"), nullptr);
 }

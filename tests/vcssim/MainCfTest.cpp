@@ -51,27 +51,27 @@ TEST(MainCf, ReadsSectionsInAnySpacing) {
 
 TEST(MainCf, ReadsValuesOfEveryKind) {
     const CfDocument document(Mixed);
-    const vcssim::CfBlock& resource = *document.FindResource("r1");
+    const vcssim::CfBlock& resource = *document.ResourceNamed("r1");
     EXPECT_EQ(resource.Find("X", "A")->value.text, "a\"b\\c");
     EXPECT_EQ(resource.Find("X", "B")->value.text, "plain");
     EXPECT_EQ(resource.Find("X", ""), nullptr);
     EXPECT_THAT(resource.Find("Nested", "")->value.Flat(), ElementsAre("k", "x", "y", "z", "l"));
-    const vcssim::CfBlock& group = document.FindGroup("G")->block;
+    const vcssim::CfBlock& group = document.GroupNamed("G")->block;
     EXPECT_THAT(group.Find("SystemList", "")->value.Flat(), ElementsAre("A", "0", "B", "1"));
     EXPECT_THAT(group.Find("AutoStartList", "")->value.Flat(), ElementsAre("A"));
 }
 
 TEST(MainCf, ReadsDependenciesOfResourcesAndGroups) {
     const CfDocument document(Mixed);
-    const vcssim::CfGroup& group = *document.FindGroup("G");
+    const vcssim::CfGroup& group = *document.GroupNamed("G");
     ASSERT_EQ(group.links.size(), 1u);
     EXPECT_EQ(group.links[0].parent, "r1");
     EXPECT_EQ(group.links[0].child, "r2");
     ASSERT_EQ(group.requires_.size(), 1u);
     EXPECT_EQ(group.requires_[0].child, "H");
     EXPECT_EQ(group.relationships[0], "online local firm");
-    ASSERT_EQ(document.FindGroup("H")->requires_.size(), 1u);
-    EXPECT_EQ(document.FindGroup("H")->relationships[0], "offline global");
+    ASSERT_EQ(document.GroupNamed("H")->requires_.size(), 1u);
+    EXPECT_EQ(document.GroupNamed("H")->relationships[0], "offline global");
 }
 
 TEST(MainCf, KeepsEveryByte) {
@@ -84,8 +84,8 @@ TEST(MainCf, KeepsEveryByte) {
 
 TEST(MainCf, ReadsEightBitTexts) {
     const CfDocument document("group G ()\nT r ( A = \"\xC3\xA4\xFF\" B = \xE4\xF6 )");
-    EXPECT_EQ(document.FindResource("r")->Find("A", "")->value.text, "\xC3\xA4\xFF");
-    EXPECT_EQ(document.FindResource("r")->Find("B", "")->value.text, "\xE4\xF6");
+    EXPECT_EQ(document.ResourceNamed("r")->Find("A", "")->value.text, "\xC3\xA4\xFF");
+    EXPECT_EQ(document.ResourceNamed("r")->Find("B", "")->value.text, "\xE4\xF6");
 }
 
 TEST(MainCf, SaysWhatWasExpectedAndWhere) {

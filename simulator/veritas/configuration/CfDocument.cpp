@@ -62,12 +62,12 @@ bool CfBlock::Has(const std::string& attribute) const {
                        [&](const CfAttribute& candidate) { return candidate.name == attribute; });
 }
 
-const CfGroup* CfDocument::FindGroup(const std::string& name) const {
+const CfGroup* CfDocument::GroupNamed(const std::string& name) const {
     const auto found = m_groupIndex.find(name);
     return found == m_groupIndex.end() ? nullptr : &m_groups[found->second];
 }
 
-const CfBlock* CfDocument::FindResource(const std::string& name) const {
+const CfBlock* CfDocument::ResourceNamed(const std::string& name) const {
     const auto found = m_resourceIndex.find(name);
     return found == m_resourceIndex.end() ? nullptr : &m_groups[found->second.first].resources[found->second.second];
 }
@@ -162,7 +162,7 @@ void CfDocument::Erase(CfSpan span, std::string& text) const {
 }
 
 void CfDocument::AddResource(const std::string& group, const std::string& type, const std::string& name) {
-    const CfGroup& owner = *FindGroup(group);
+    const CfGroup& owner = *GroupNamed(group);
     const CfBlock& last = owner.resources.empty() ? owner.block : owner.resources.back();
     const std::string indent = IndentAt(owner.block.span.begin) + "\t";
     const std::string lineEnd = LineEnd();
@@ -171,7 +171,7 @@ void CfDocument::AddResource(const std::string& group, const std::string& type, 
 
 void CfDocument::RemoveResource(const std::string& name) {
     const CfGroup& group = *GroupOf(name);
-    std::vector<CfSpan> spans = {FindResource(name)->span};
+    std::vector<CfSpan> spans = {ResourceNamed(name)->span};
     for (const CfLink& link : group.links) {
         if (link.parent == name || link.child == name) {
             spans.push_back(link.span);
@@ -209,7 +209,7 @@ void CfDocument::RemoveLink(const std::string& parent, const std::string& child)
 
 void CfDocument::SetAttribute(const std::string& resource, const std::string& attribute, const std::string& system,
                               const std::string& written) {
-    const CfBlock& block = *FindResource(resource);
+    const CfBlock& block = *ResourceNamed(resource);
     if (const CfAttribute* existing = block.Find(attribute, system)) {
         Replace(existing->value.span, written);
         return;
@@ -235,7 +235,7 @@ void CfDocument::SetAttribute(const std::string& resource, const std::string& at
 }
 
 void CfDocument::RemoveAttribute(const std::string& resource, const std::string& attribute) {
-    const CfBlock& block = *FindResource(resource);
+    const CfBlock& block = *ResourceNamed(resource);
     std::string text = m_text;
     for (std::size_t i = block.attributes.size(); i > 0; --i) {
         if (block.attributes[i - 1].name == attribute) {

@@ -85,8 +85,9 @@ public:
     const std::vector<CfGroup>& Groups() const {
         return m_groups;
     }
-    const CfGroup* FindGroup(const std::string& name) const;
-    const CfBlock* FindResource(const std::string& name) const;
+    // Null when there is none. (FindResource would be a macro of the platform's headers.)
+    const CfGroup* GroupNamed(const std::string& name) const;
+    const CfBlock* ResourceNamed(const std::string& name) const;
     const CfGroup* GroupOf(const std::string& resource) const;
 
     // Changes. Each edits the lines it concerns and reads the result; CfError leaves the document as it was.
