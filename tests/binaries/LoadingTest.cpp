@@ -41,8 +41,11 @@ DWORD Threads() {
 }
 
 DWORD Handles() {
+    typedef BOOL WINAPI CountHandles(HANDLE, PDWORD); // not in every platform header
+    const auto countHandles = reinterpret_cast<CountHandles*>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetProcessHandleCount")));
     DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
+    EXPECT_TRUE(countHandles(GetCurrentProcess(), &count));
     return count;
 }
 
