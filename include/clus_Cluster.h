@@ -3,7 +3,7 @@
 // Every class holds at most one cluster handle and closes it when it dies (a resource only with auto-close on). An
 // object belongs to one thread at a time; separate objects may be used on separate threads. No member throws on its
 // own: failures are results and log lines. A failing allocation of the standard library passes through as its
-// exception, with every handle and buffer released.
+// exception, with every handle and buffer released, but out of the two functions with C linkage.
 //
 // Handles stay usable after the CCluster they were opened from is closed.
 #ifndef CLUS_CLUSTER_H
@@ -274,7 +274,7 @@ private:
 };
 
 // Disk paths. Both are exported under their plain names, for callers that look them up at run time. Callable from any
-// thread.
+// thread. They never throw: without memory they are false, and `paths` and `path` are as before.
 extern "C" {
 
 // Appends the path of every partition of a Physical Disk resource that can be translated: a drive root ("F:\\") or a

@@ -9,6 +9,7 @@
 - Exit codes and error codes of clusctl: the table in docs/clusctl.md and the list in docs/schemas are what
   tools/clusctl/Failure.h says.
 - CHANGELOG.md: below "Unreleased" the first release is the version of CMakeLists.txt, with its date.
+- README.md holds examples/first-program.cpp as it is.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
 import json
@@ -96,6 +97,12 @@ def check_version():
         problem(changelog, 0, f"the first release is not '[{version[1]}] - YEAR-MONTH-DAY', the version of CMakeLists.txt")
 
 
+def check_first_program():
+    program = (ROOT / "examples/first-program.cpp").read_text(encoding="utf-8")
+    if f"\n```cpp\n{program}```\n" not in (ROOT / "README.md").read_text(encoding="utf-8"):
+        problem(ROOT / "README.md", 0, "does not hold examples/first-program.cpp as it is")
+
+
 def split_comment(line):
     code, mark, comment = line.partition("//")
     return code.strip(), comment.strip() if mark else None
@@ -167,6 +174,7 @@ def main():
         check_header(path)
     check_exit_codes()
     check_version()
+    check_first_program()
     problems.extend(check_layers.check_map())
     for text in problems:
         print(text, file=sys.stderr)

@@ -10,7 +10,9 @@
 #include "CommonUtil.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cwchar>
+#include <new>
 
 CLUS_LOG_PLACE(GetClusterDiskPaths, 1);
 
@@ -111,14 +113,20 @@ void ParseDeviceNamefromPartitionInfo_(const std::vector<unsigned char>& info, s
 
 bool GetDiskLettersFromResource(HRESOURCE resource, std::vector<std::wstring>& paths) {
     LOG_ENTER_AND_LEAVE(L"GetDiskLettersFromResource");
-    std::vector<unsigned char> info;
-    const DWORD code = ReadDiskInfo(resource, info);
-    if (code != ERROR_SUCCESS) {
-        LOG_WARNING(L"ClusterResourceControlEx_ error, code: %d", code);
-        return false;
+    const std::size_t before = paths.size();
+    try {
+        std::vector<unsigned char> info;
+        const DWORD code = ReadDiskInfo(resource, info);
+        if (code != ERROR_SUCCESS) {
+            LOG_WARNING(L"ClusterResourceControlEx_ error, code: %d", code);
+            return false;
+        }
+        ParseDeviceNamefromPartitionInfo_(info, paths);
+        return true;
+    } catch (const std::bad_alloc&) {
+        paths.erase(paths.begin() + static_cast<std::ptrdiff_t>(before), paths.end());
+        return false; // callers of a function with C linkage know no exceptions
     }
-    ParseDeviceNamefromPartitionInfo_(info, paths);
-    return true;
 }
 
 bool GetDiskLetterFromResource(HRESOURCE resource, wchar_t* path, DWORD cchPath) {
