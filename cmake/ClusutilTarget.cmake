@@ -19,14 +19,16 @@ function(clusutil_target target)
   target_compile_definitions(${target} PRIVATE UNICODE _UNICODE NOMINMAX WINVER=0x0502 _WIN32_WINNT=0x0502)
 
   if(MSVC)
-    # An exception may pass through the plainly named exports: /EHs without c.
+    # Functions with C linkage are not taken to be free of exceptions: /EHs without c.
     target_compile_options(${target} PRIVATE /W4 /WX /permissive- /utf-8 /guard:cf /EHs /EHc-)
     target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS _WINSOCK_DEPRECATED_NO_WARNINGS)
     target_link_options(${target} PRIVATE /DYNAMICBASE /NXCOMPAT /HIGHENTROPYVA /guard:cf)
   else()
     target_compile_options(${target} PRIVATE
       -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wundef -Wformat=2 -Werror
-      -fstack-protector-strong -fvisibility=hidden)
+      -fstack-protector-strong -fvisibility=hidden
+      # A release has line numbers for its symbols, and no trace of the folder it was built in.
+      "$<$<CONFIG:Release>:-g1;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
     target_link_options(${target} PRIVATE
       -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp)
     target_link_libraries(${target} PRIVATE clusutil_stack_guard)
