@@ -27,6 +27,21 @@ Call::Call(const char* name, std::initializer_list<JournalValue> arguments)
     m_arguments += "}";
 }
 
+const Fault* Call::HitAnyOf(const std::vector<std::wstring>& objects) {
+    const Fault* fault = m_service.Hit(m_name, objects);
+    if (!fault || fault->written.delayMs == 0) {
+        return fault;
+    }
+    const std::uint32_t delay = fault->written.delayMs;
+    if (m_service.journal.WantsLines()) {
+        m_service.journal.AddDelay(m_name, delay);
+    }
+    m_lock.unlock();
+    Sleep(delay);
+    m_lock.lock();
+    return nullptr;
+}
+
 const Fault* Call::HitHandle(const void* handle, const wchar_t* other) {
     if (!m_service.HasFaults()) {
         return nullptr;
@@ -38,7 +53,7 @@ const Fault* Call::HitHandle(const void* handle, const wchar_t* other) {
         const Resource* resource = model ? model->ResourceWithId(object) : nullptr;
         object = resource ? resource->name : std::wstring();
     }
-    return m_service.Hit(m_name, {object, other ? other : L""});
+    return HitAnyOf({object, other ? other : L""});
 }
 
 Code Call::Close(const void* handle, HandleKind kind) {

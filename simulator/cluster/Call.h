@@ -18,9 +18,11 @@ public:
         return m_service;
     }
 
-    // The fault that hits this call; null when there is none. `object` is the name that the call goes by.
+    // The fault that hits this call; null when there is none, or one that has only delayed it. Other threads' calls go
+    // on meanwhile, so what was found of model and handles before has to be found anew. `object` is the name that the
+    // call goes by.
     const Fault* Hit(const wchar_t* object = nullptr) {
-        return m_service.HasFaults() ? m_service.Hit(m_name, {object ? object : L""}) : nullptr;
+        return m_service.HasFaults() ? HitAnyOf({object ? object : L""}) : nullptr;
     }
 
     // The same for a call on a handle, which goes by the name of the handle's object, or by `other`.
@@ -47,6 +49,7 @@ public:
     void* ReturnHandle(void* handle, Code code);
 
 private:
+    const Fault* HitAnyOf(const std::vector<std::wstring>& objects);
     void Finish(const std::string& result, Code lastError, bool isSet);
     std::string Failure(const char* result, Code code) const;
 

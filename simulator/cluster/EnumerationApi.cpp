@@ -26,15 +26,16 @@ DWORD Item(const char* callName, const void* handle, HandleKind kind, DWORD inde
            LPDWORD cch) {
     Call call(callName,
               {Arg("handle", handle), Arg("index", index), Arg("cch", cch ? static_cast<long long>(*cch) : 0)});
-    const HandleEntry* entry = call.service().handles.Find(handle, kind);
-    const bool exists = entry && index < entry->items.size();
-    if (const Fault* fault = call.HitHandle(handle, exists ? entry->items[index].second.c_str() : nullptr)) {
+    const HandleEntry* entry = call.service().handles.Peek(handle);
+    const bool isNamed = entry && entry->kind == kind && index < entry->items.size();
+    if (const Fault* fault = call.HitHandle(handle, isNamed ? entry->items[index].second.c_str() : nullptr)) {
         return call.Return(fault->code);
     }
+    entry = call.service().handles.Find(handle, kind);
     if (!entry) {
         return call.Return(ERROR_INVALID_HANDLE);
     }
-    if (!exists) {
+    if (index >= entry->items.size()) {
         return call.Return(ERROR_NO_MORE_ITEMS);
     }
     if (type) {

@@ -59,9 +59,10 @@ Fault ParseFault(const std::string& text) {
     if (std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
         throw common::FaultError("there is no call '" + written.call + "'");
     }
-    if (written.output || written.random || written.repeat || written.kill || written.delayMs != 0 || written.hangs ||
-        written.toErrors || written.code.has_value() == written.state.has_value()) {
-        throw common::FaultError("a call takes a code, or GetClusterResourceState state:n");
+    const int effects = (written.code ? 1 : 0) + (written.state ? 1 : 0) + (written.delayMs != 0 ? 1 : 0);
+    if (written.output || written.random || written.repeat || written.kill || written.hangs || written.toErrors ||
+        effects != 1) {
+        throw common::FaultError("a call takes a code or delay_ms:n, or GetClusterResourceState state:n");
     }
     if (written.code.value_or(0) < 0) {
         throw common::FaultError("a code is not negative");

@@ -57,8 +57,16 @@ void Journal::Count(const char* call) {
 }
 
 void Journal::Add(const char* call, const std::string& argumentsJson, const std::string& resultJson) {
-    const std::string line = "{\"seq\": " + std::to_string(++m_sequence) + ", \"call\": \"" + call +
-                             "\", \"args\": " + argumentsJson + ", \"result\": " + resultJson + "}\n";
+    AddLine(call, "\"args\": " + argumentsJson + ", \"result\": " + resultJson);
+}
+
+void Journal::AddDelay(const char* call, unsigned long milliseconds) {
+    AddLine(call, "\"delayMs\": " + std::to_string(milliseconds));
+}
+
+void Journal::AddLine(const char* call, const std::string& members) {
+    const std::string line =
+        "{\"seq\": " + std::to_string(++m_sequence) + ", \"call\": \"" + call + "\", " + members + "}\n";
     if (recording) {
         m_lines += line;
     }

@@ -44,6 +44,8 @@ public:
 
     void Count(const char* call);
     void Add(const char* call, const std::string& argumentsJson, const std::string& resultJson);
+    // Of a call that begins to wait.
+    void AddDelay(const char* call, unsigned long milliseconds);
     void Clear();
 
     const std::string& Lines() const {
@@ -54,6 +56,8 @@ public:
     static std::string ToJson(const JournalValue& value); // the value alone
 
 private:
+    void AddLine(const char* call, const std::string& members);
+
     std::map<const char*, std::size_t> m_counts; // by the address of the literal: cheap, summed up by text when asked
     std::size_t m_sequence = 0;
     std::string m_lines;

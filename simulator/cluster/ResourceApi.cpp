@@ -62,9 +62,9 @@ DWORD WINAPI OfflineClusterResource(HRESOURCE handle) {
 CLUSTER_RESOURCE_STATE WINAPI GetClusterResourceState(HRESOURCE handle, LPWSTR node, LPDWORD cchNode, LPWSTR group,
                                                       LPDWORD cchGroup) {
     Call call("GetClusterResourceState", {Arg("resource", handle)});
+    const Fault* fault = call.HitHandle(handle);
     Resource* resource = nullptr;
     const Code code = call.ResourceOf(call.service().Running(), handle, resource);
-    const Fault* fault = call.HitHandle(handle);
     if (code != ERROR_SUCCESS || (fault && !fault->forcesState)) {
         const Code reason = fault && !fault->forcesState ? fault->code : code;
         return static_cast<CLUSTER_RESOURCE_STATE>(call.ReturnState(StateUnknown, reason));

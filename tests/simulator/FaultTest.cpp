@@ -3,11 +3,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include <chrono>
+#include <future>
 #include <sstream>
 
 using testing::ElementsAre;
 
 namespace {
+
+const DWORD TickOfClock = 16; // milliseconds
 
 std::vector<nlohmann::json> JournalLines() {
     std::vector<nlohmann::json> lines;
@@ -118,6 +122,43 @@ TEST_F(Fault, ResourceUtilitiesAreHitToo) {
     EXPECT_EQ(ResUtilFindDwordProperty(list.data(), 4, L"B", &number), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
+TEST_F(Fault, ADelayedCallDoesItsWorkLater) {
+    Load();
+    ASSERT_TRUE(Accepts("OfflineClusterResource@EVS1 Disk#1=delay_ms:200"));
+    const ResourceOwner disk = Resource(L"EVS1 Disk");
+    const DWORD begin = GetTickCount();
+    EXPECT_EQ(OfflineClusterResource(disk), 0u);
+    EXPECT_GE(GetTickCount() - begin, 200u - TickOfClock);
+    EXPECT_EQ(StateOf(L"EVS1 Disk"), ClusterResourceOffline);
+}
+
+TEST_F(Fault, CallsOfOtherThreadsDoNotWaitForADelayedOne) {
+    Load();
+    ASSERT_TRUE(Accepts("GetClusterResourceState@EVS1 Disk=delay_ms:2000"));
+    const ResourceOwner disk = Resource(L"EVS1 Disk");
+    auto delayed = std::async(std::launch::async,
+                              [&disk]() { return GetClusterResourceState(disk, nullptr, nullptr, nullptr, nullptr); });
+    while (ClusSimCallCount("GetClusterResourceState") == 0) {
+        Sleep(1);
+    }
+    EXPECT_EQ(OfflineClusterResource(disk), 0u);
+    EXPECT_EQ(delayed.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+    EXPECT_EQ(delayed.get(), ClusterResourceOffline) << "it tells the state at the time of its work";
+}
+
+TEST_F(Fault, AnEntryOfAnEnumerationIsDelayedByItsName) {
+    Load();
+    ASSERT_TRUE(Accepts("ClusterEnum@NODE-B=delay_ms:200"));
+    const HCLUSENUM list = ClusterOpenEnum(m_cluster, CLUSTER_ENUM_NODE);
+    wchar_t name[16];
+    DWORD cch = 16;
+    const DWORD begin = GetTickCount();
+    EXPECT_EQ(ClusterEnum(list, 1, nullptr, name, &cch), 0u);
+    EXPECT_GE(GetTickCount() - begin, 200u - TickOfClock);
+    EXPECT_STREQ(name, L"NODE-B");
+    EXPECT_EQ(ClusterCloseEnum(list), 0u);
+}
+
 TEST_F(Fault, ThoseOfAModelGoWithIt) {
     ASSERT_TRUE(Accepts("CloseClusterNode=5"));
     const std::string faulty =
@@ -140,9 +181,9 @@ TEST_F(Fault, MalformedTextsAreRefused) {
 }
 
 TEST_F(Fault, EffectsThatNoCallHasAreRefused) {
-    for (const char* text :
-         {"OpenCluster=-5", "OpenCluster=hang", "OpenCluster=5,kill:1", "OpenCluster=5,delay_ms:1",
-          "OpenCluster=output:\"x\"", "GetClusterResourceState=5,state:2", "*=5", "OpenCluster=5x"}) {
+    for (const char* text : {"OpenCluster=-5", "OpenCluster=hang", "OpenCluster=5,kill:1", "OpenCluster=5,delay_ms:1",
+                             "OpenCluster=output:\"x\"", "GetClusterResourceState=5,state:2", "OpenCluster=delay_ms:0",
+                             "*=5", "OpenCluster=5x"}) {
         EXPECT_FALSE(Accepts(text)) << text;
     }
 }
@@ -198,6 +239,17 @@ TEST_F(Journal, CallsOfResourceUtilitiesFollowTheCallsTheyMake) {
     }
     EXPECT_THAT(calls, ElementsAre("ClusterResourceControl", "ResUtilResourceTypesEqual"));
     EXPECT_EQ(JournalLines()[1]["result"], true);
+}
+
+TEST_F(Journal, ADelayedCallHasALineWhenItBeginsToWait) {
+    Load();
+    ASSERT_TRUE(Accepts("OpenClusterResource=delay_ms:1"));
+    ClusSimClearJournal();
+    OpenError(L"EVS1 IP");
+    ASSERT_GE(JournalLines().size(), 2u);
+    EXPECT_EQ(JournalLines()[0], (nlohmann::json{{"seq", 1}, {"call", "OpenClusterResource"}, {"delayMs", 1}}));
+    EXPECT_EQ(JournalLines()[1]["seq"], 2);
+    EXPECT_EQ(JournalLines()[1]["args"]["name"], "EVS1 IP");
 }
 
 TEST_F(Journal, CallsAreCountedWhetherRecordedOrNot) {
