@@ -1,9 +1,9 @@
-"""Runs of clusctl that are interrupted in the midst of a run of a VCS tool."""
+"""Runs of clusctl that are interrupted in the midst of a run of a VCS tool, or of a call of the cluster."""
 import json
 import re
 import time
 
-HELD_UP = 800 # milliseconds: how long that run is held up, so that it is met
+HELD_UP = 800 # milliseconds: how long that run, or call, is held up, so that it is met
 
 
 def once(case, how, number, arguments, variables):
@@ -44,6 +44,63 @@ def at_each(case, numbers, arguments, variables):
         lines.append(f"{number}: {command}\n   {document['error']['message']}\n   {', '.join(told.values()) or 'no resources told'} {ends}"
                      + (f" WRONG: {', '.join(wrong)}" if wrong else "") + "\n")
     return "".join(lines)
+
+
+def in_call(case, how, call, arguments, variables):
+    """The same in a call of the cluster, "AddClusterResourceDependency#2". What clusctl says, and its exit code."""
+    journal, reached = case.folder / "held.journal", case.folder / "held.reached"
+    faults = [*variables.get("CLUSSIM_FAULTS", "").split(";"), f"{call if '#' in call else call + '#1'}=delay_ms:{HELD_UP}"]
+    program, case.program = case.program, case.runner.bin / "e2e" / "interrupt-tool.exe"
+    try:
+        process = case.start([how, reached.name, "1", "100", str(program), *arguments],
+                             {**variables, "CLUSSIM_FAULTS": ";".join(filter(None, faults)), "CLUSSIM_JOURNAL": journal.name})
+        while process.poll() is None and not (journal.is_file() and "delayMs" in journal.read_text(encoding="utf-8")):
+            time.sleep(0.01)
+        reached.write_text("1", encoding="ascii")
+        result = case.finish(process, arguments)
+    finally:
+        case.program = program
+    journal.unlink()
+    reached.unlink()
+    left = [*case.folder.glob("*.new"), *temporary_folder(case).glob("clusctl-*"), *case.marks()]
+    return f"{result}[left {len(left)} files]\n"
+
+
+def in_each_call(case, calls, arguments, variables):
+    """Some lines for each interruption; what clusctl tells of resources is compared with the model."""
+    lines = []
+    for call in calls:
+        case.copy_model()
+        before = resources_of(case)
+        said = in_call(case, "ctrl-c", call, [*arguments, "--json"], variables)
+        text, _, rest = said.partition("[stderr]\n")
+        document, after = json.loads(text), resources_of(case)
+        error = document.get("error", {"code": None, "message": "no error", "hint": None})
+        changes = [*(f"{name} is {after[name]}" for name in after if after[name] != before.get(name)),
+                   *(f"{name} is gone" for name in before if name not in after)]
+        records = [*document.get("resources", []), *filter(None, [document.get("restarted")])]
+        told = {record["name"]: record for record in records}
+        wrong = [*(name for name, record in told.items() if not is_as_told(record, after.get(name, ""))),
+                 *(name for name in after if name not in before and told and name not in told),
+                 *(name for name in document.get("deleted", []) if name in after)]
+        ends = " ".join(re.findall(r"^\[.*\]$", rest, re.MULTILINE))
+        lines.append(f"{call}: {error['message']}\n" + (f"   {error['hint']}\n" if error["hint"] else "")
+                     + f"   {'; '.join(changes) or 'nothing is changed'} {ends}"
+                     + (f" WRONG: {', '.join(wrong)}" if wrong else "")
+                     + ("" if error["code"] == "interrupted" else " NOT INTERRUPTED") + "\n")
+    return "".join(lines)
+
+
+def resources_of(case):
+    """The states of the model's resources, and how many others each depends on."""
+    model = json.loads((case.folder / "model.json").read_text(encoding="utf-8"))
+    return {resource["name"]: f"{resource.get('state', 'Offline').lower()}, depends on {len(resource.get('dependsOn', []))}"
+            for resource in model["resources"]}
+
+
+def is_as_told(record, found):
+    state, _, number = found.partition(", depends on ")
+    return state == record["state"].replace(" ", "") and int(number) == len(record.get("dependsOn", [None] * int(number)))
 
 
 def is_there(name, configuration):

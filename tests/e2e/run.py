@@ -35,7 +35,9 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
   interrupt HOW N ... runs "clusctl ..." on a console of its own and interrupts it in its N-th run of a VCS tool (interrupted.py)
   interrupt-at N,N .. the same at each of these runs, each time afresh; prints one line each
-  afresh              the configuration of VCS is that of the beginning again
+  interrupt-call HOW CALL ..  the same in a call of the cluster, written as in a fault: "AddClusterResourceDependency#2"
+  interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each
+  afresh              the configuration of VCS, and the model, are those of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
@@ -131,19 +133,22 @@ class Case:
     def __init__(self, runner, name, silent=False):
         self.runner = runner
         self.file = HERE / "cases" / f"{name}.txt"
-        self.folder = runner.work / (f"{name}-silent" if silent else name)
+        self.folder = (runner.work / "silent" if silent else runner.work) / name
         self.silent = silent
         self.program = runner.bin / "clusctl.exe"
+        self.configuration = self.model = None
         self.problems = []  # of JSON documents
 
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
         self.folder.mkdir(parents=True)
         self.set_web_server(None)
-        shutil.rmtree(self.runner.prefix / "drive_c/ProgramData/clusctl", ignore_errors=True) # of runs that were ended
+        for mark in self.marks(): # of runs that were ended
+            mark.unlink()
         for word, value in settings:
             if word == "model":
-                self.copy_model(value)
+                self.model = value
+                self.copy_model()
             elif word == "more-resources":
                 self.add_resources(int(value))
             elif word == "settings":
@@ -161,8 +166,7 @@ class Case:
                 self.copy_configuration()
             elif word == "vcs-tools":
                 for tool in value.split():
-                    if tool != "none":
-                        self.own_program_folder()
+                    if tool != "none" and not (self.own_program_folder() / f"{tool}.exe").exists():
                         os.link(self.runner.bin / f"{tool}.exe", self.own_program_folder() / f"{tool}.exe")
                 self.own_program_folder()
             elif word == "environment-tool":
@@ -179,6 +183,10 @@ class Case:
         registry = find_input(values["registry"]).read_text(encoding="ascii") if "registry" in values else None
         self.runner.set_registry(self.folder, values.get("computer", COMPUTER), registry)
 
+    def marks(self):
+        """The files that runs leave while they last."""
+        return list((self.runner.prefix / "drive_c/ProgramData/clusctl").glob("*"))
+
     def copy_configuration(self):
         for file in self.folder.glob("main.cf*"):
             file.unlink()
@@ -187,8 +195,8 @@ class Case:
         if state.is_file():
             shutil.copy(state, self.folder / "main.cf.state.json")
 
-    def copy_model(self, name):
-        text = expanded(find_input(name).read_text(encoding="utf-8"))
+    def copy_model(self):
+        text = expanded(find_input(self.model).read_text(encoding="utf-8"))
         (self.folder / "model.json").write_text(text, encoding="utf-8")
 
     def add_resources(self, count):
@@ -324,8 +332,15 @@ class Case:
             return interrupted.once(self, arguments[0], int(arguments[1]), arguments[3:], variables)
         if verb == "interrupt-at":
             return interrupted.at_each(self, [int(number) for number in arguments[0].split(",")], arguments[2:], variables)
+        if verb == "interrupt-call":
+            return interrupted.in_call(self, arguments[0], arguments[1], arguments[3:], variables)
+        if verb == "interrupt-calls":
+            program = arguments.index("clusctl")
+            return interrupted.in_each_call(self, arguments[:program], arguments[program + 1:], variables)
         if verb == "afresh":
-            self.copy_configuration()
+            for name, copy in ((self.configuration, self.copy_configuration), (self.model, self.copy_model)):
+                if name is not None:
+                    copy()
             return ""
         if verb == "same":
             first, second = (self.clusctl(arguments[2:], {**variables, "CLUSSIM_FILE": file}).replace(f'"{file}"', '"FILE"')
@@ -392,6 +407,8 @@ class Case:
 def without_log(text):
     """A transcript without the library's own lines, and without the answers of commands that are about them."""
     text = re.sub(r"(?m)^clusctl: log: .*\n", "", text)
+    text = re.sub(r"(?m)^\[stderr\]\n(?=\[exit )", "", text) # where nothing else was told
+    text = re.sub(r"(?m)^[\w-]+\.log\n", "", text)
     text = re.sub(r'(?m)^  "log": \[\n(?:    .*\n)+  \]', '  "log": []', text)
     answers = text.split("\n\n$ ")
     return "\n\n$ ".join(answer.splitlines()[0] if is_about_log(answer.splitlines()[0]) else answer for answer in answers)

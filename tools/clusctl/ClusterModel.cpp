@@ -102,7 +102,7 @@ private:
     Json ReadNodeModel(const std::wstring& name) {
         CClusterNode node;
         if (!m_cluster.OpenNodeByName(node, name.c_str())) {
-            throw Failure("cannot open the node " + Quoted(name));
+            throw Failure::OfCode("cannot open the node " + Quoted(name), GetLastError());
         }
         Json model = {{"name", NodeName(name)}};
         const CLUSTER_NODE_STATE state = GetClusterNodeState(node.GetNodeHandle());
@@ -118,7 +118,7 @@ private:
     Json ReadGroupModel(const std::wstring& name) {
         CClusterGroup group;
         if (!m_cluster.OpenGroupByName(group, name.c_str())) {
-            throw Failure("cannot open the group " + Quoted(name));
+            throw Failure::OfCode("cannot open the group " + Quoted(name), GetLastError());
         }
         std::wstring owner;
         if (ReadGroupState(group.GetGroupHandle(), owner) == ClusterGroupStateUnknown) {
@@ -139,7 +139,7 @@ private:
     Json ReadResourceModel(const std::wstring& name) {
         CClusterResource resource;
         if (!m_cluster.OpenResourceByName(resource, name.c_str())) {
-            throw Failure("cannot open the resource " + Quoted(name));
+            throw Failure::OfCode("cannot open the resource " + Quoted(name), GetLastError());
         }
         const HRESOURCE handle = resource.GetResourceHandle();
         const Placement placement = ReadPlacement(handle, name);
@@ -196,7 +196,7 @@ private:
     static Names Related(const CClusterResource& resource, DWORD enumType, const std::wstring& name) {
         Names names;
         if (!resource.EnumNames(enumType, names)) {
-            throw Failure("cannot list the related objects of " + Quoted(name));
+            throw Failure::OfCode("cannot list the related objects of " + Quoted(name), GetLastError());
         }
         return names;
     }

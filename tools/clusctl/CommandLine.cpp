@@ -226,10 +226,8 @@ bool CommandLine::Changes() const {
     return std::find(std::begin(changing), std::end(changing), ChosenName()) != std::end(changing);
 }
 
-// What an interrupted wait for a resource leaves to be done goes on by itself.
 bool CommandLine::FinishesStep() const {
-    const std::string name = ChosenName();
-    return Asked() == Answering::Vcs || (Changes() && name != "resource online" && name != "resource offline");
+    return Asked() == Answering::Vcs || Changes();
 }
 
 Answering CommandLine::Asked() const {

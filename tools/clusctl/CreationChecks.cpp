@@ -1,5 +1,6 @@
 #include "CreationChecks.h"
 
+#include "Interruption.h"
 #include "PropertyJson.h"
 #include "StateNames.h"
 #include "Text.h"
@@ -219,6 +220,22 @@ std::string FirstRefusedStep(const CCluster& cluster, const CreationRequest& req
     return code == ERROR_SUCCESS ? std::string() : "the cluster does not take its data path";
 }
 
+// Without taking the steps again: the user wants the command to end.
+[[noreturn]] void FailWithoutReason(const CCluster& cluster, const CreationRequest& request) {
+    const std::string what = "the cluster refused to create " + Quoted(request.name) + " or a part of it";
+    if (OpenResource(cluster, request.name)) {
+        throw Failure(Errors::Interrupted, "interrupted: " + what + ", and it is left half created")
+            .Hint("'clusctl resource delete " + Printable(request.server) + "' deletes it.");
+    }
+    const DWORD code = GetLastError();
+    if (code != ERROR_RESOURCE_NOT_FOUND) {
+        throw Failure::OfCode("interrupted: " + what + "; whether it is there cannot be told", code)
+            .As(Errors::Interrupted);
+    }
+    throw Failure(Errors::Interrupted, "interrupted: " + what + ", and nothing of it is left")
+        .Hint("Try again to learn the reason.");
+}
+
 } // namespace
 
 void RequireCreatable(CCluster& cluster, const CreationRequest& request) {
@@ -226,6 +243,9 @@ void RequireCreatable(CCluster& cluster, const CreationRequest& request) {
 }
 
 void FailToCreate(CCluster& cluster, const CreationRequest& request) {
+    if (Interruption::IsPending()) {
+        FailWithoutReason(cluster, request);
+    }
     const std::string what =
         "cannot create the resource " + Quoted(request.name) + " for " + Quoted(request.server) + ": ";
     const Parts parts = FindParts(cluster, request); // which tells what stands in the way now

@@ -16,6 +16,7 @@ struct CreationRequest {
 void RequireCreatable(CCluster& cluster, const CreationRequest& request);
 
 // After the library could not create it: takes the same steps once more to learn the cluster's code, and undoes them.
+// When the user has interrupted the command it only tells what is left.
 [[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request);
 
 // Adds a warning for each possible owner that the new resource lacks, and when it would not be restarted as the product

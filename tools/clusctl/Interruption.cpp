@@ -6,7 +6,7 @@
 
 namespace {
 
-const DWORD LongestLag = 1000; // milliseconds
+const DWORD LongestAwaited = 1000; // milliseconds
 
 // Written by the system's thread that reports the event.
 std::atomic<bool> Pending(false);
@@ -50,8 +50,14 @@ bool Interruption::IsPending() {
     return Pending;
 }
 
+void Interruption::RequireNone() {
+    if (Pending) {
+        throw Failure(Errors::Interrupted, "interrupted before anything was changed");
+    }
+}
+
 void Interruption::AwaitPending() {
-    WaitForSingleObject(Event(), LongestLag);
+    WaitForSingleObject(Event(), LongestAwaited);
 }
 
 void Interruption::Check() {

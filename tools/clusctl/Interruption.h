@@ -25,10 +25,13 @@ public:
 
     static bool IsPending();
 
+    // Before the first change: throws Failure (Interrupted) when the user has interrupted the command.
+    static void RequireNone();
+
     // Between two steps: throws Interrupted when the user has interrupted the command, unless that was thrown before.
     static void Check();
 
-    // Waits a moment until it is known, after a tool of the same console has ended by it.
+    // Waits a second at most, no longer than until the user interrupts the command.
     static void AwaitPending();
 
     // Waits as long, or throws Interrupted.

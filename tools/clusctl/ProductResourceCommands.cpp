@@ -2,7 +2,9 @@
 
 #include "CommandLine.h"
 #include "CreationChecks.h"
+#include "Deadline.h"
 #include "Deployment.h"
+#include "Interruption.h"
 #include "Progress.h"
 #include "ServerChecks.h"
 #include "Text.h"
@@ -11,7 +13,9 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -106,6 +110,7 @@ Report Create(const CreateOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     RequireCreatable(cluster, request);
+    Interruption::RequireNone();
     if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), options.name.c_str(), options.dataPath.c_str(),
                                                 options.server.c_str(), options.disk.c_str(), mode)) {
         FailToCreate(cluster, request);
@@ -138,6 +143,10 @@ bool IsPending(const Json& record) {
     return record["state"] == "online pending" || record["state"] == "offline pending" || record["state"] == "pending";
 }
 
+bool IsOneOnItsWay(const Json& records) {
+    return std::any_of(records.begin(), records.end(), &IsPending);
+}
+
 // What switches, and with what it is waited for.
 class ServerSwitch {
 public:
@@ -151,9 +160,10 @@ public:
         if (m_isOnline && !FindOther(Read(), "online").is_null()) {
             RequireNodeStarts(m_cluster, m_place.owner);
         }
+        Interruption::RequireNone();
         bool isDone = Turn();
         Json records = Read();
-        if (!isDone && WasRefused(records)) {
+        if (!isDone && WasRefused(records) && !Interruption::IsPending()) {
             const DWORD code = AskAgain(m_cluster, NameOf(FindOther(records, Wanted())),
                                         m_isOnline ? &OnlineClusterResource : &OfflineClusterResource);
             if (code != ERROR_SUCCESS) {
@@ -162,27 +172,48 @@ public:
             isDone = Turn();
             records = Read();
         }
+        if (m_options.wait) {
+            records = Await(std::move(records));
+        }
         Report report;
-        RequireSwitched(isDone, records, report);
         report.AddTable("resources", records, ResourceColumns,
                         "The group of " + Quoted(m_options.server) + " has no product resource: nothing was done.");
+        if (IsOneOnItsWay(records) && Interruption::IsPending()) {
+            throw FailureWithReport(
+                Failure(Errors::Interrupted, "interrupted: " + StateSentence(records) + ", and goes on by itself"),
+                report);
+        }
+        RequireSwitched(isDone, records);
         return report;
     }
 
 private:
     bool Turn() {
-        const Progress progress(m_log, m_options.wait && Progress::IsWanted(m_log)
-                                           ? FindProductResources(m_cluster, m_options.server, m_place)
-                                           : Names());
         const auto turn = m_isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
                                      : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
-        // Whole seconds only: the library never gives up on any other time-out.
-        return turn(m_options.server.c_str(), m_options.wait, m_options.timeout * 1000);
+        return turn(m_options.server.c_str(), false, 0);
+    }
+
+    // Not left to the library, whose wait cannot be interrupted.
+    Json Await(Json records) {
+        Names names;
+        std::transform(records.begin(), records.end(), std::back_inserter(names), &NameOf);
+        const Progress progress(m_log, names);
+        for (const Deadline deadline(m_options.timeout);
+             IsOneOnItsWay(records) && !deadline.IsOver() && !Interruption::IsPending();) {
+            Interruption::AwaitPending();
+            records = Read(names);
+        }
+        return records;
     }
 
     Json Read() {
+        return Read(FindProductResources(m_cluster, m_options.server, m_place));
+    }
+
+    Json Read(const Names& names) {
         Report unread;
-        Json records = ReadResources(m_cluster, FindProductResources(m_cluster, m_options.server, m_place), unread);
+        Json records = ReadResources(m_cluster, names, unread);
         if (!unread.IsComplete()) {
             throw Failure(Errors::Incomplete, "cannot tell the state of the product's resource of " +
                                                   Quoted(m_options.server) + ": " + unread.Warnings().front());
@@ -201,17 +232,11 @@ private:
     }
 
     // The library's word is not enough: the states are.
-    void RequireSwitched(bool isDone, const Json& records, Report& report) const {
+    void RequireSwitched(bool isDone, const Json& records) const {
         const Json other = FindOther(records, Wanted());
-        if (other.is_null()) {
-            return;
-        }
-        const bool isOnItsWay = IsPending(other);
-        if (!isDone || !isOnItsWay) {
+        const bool isOnItsWay = !other.is_null() && IsPending(other);
+        if (!other.is_null() && (!isDone || !isOnItsWay || m_options.wait)) {
             throw Failure(isOnItsWay ? Errors::TimedOut : Errors::Failed, Sentence(records));
-        }
-        if (m_options.wait) {
-            report.AddWarning(StateSentence(records) + " again");
         }
     }
 
@@ -238,6 +263,9 @@ void RequireDeleted(const CCluster& cluster, const std::wstring& server, const N
         if (IsPending(record)) {
             throw Failure(Errors::TimedOut, sentence + ", and did not go offline within three minutes");
         }
+        if (Interruption::IsPending()) {
+            throw Failure(Errors::Refused, sentence);
+        }
         const DWORD code = AskAgain(cluster, name, &DeleteClusterResource);
         if (code != ERROR_SUCCESS) {
             throw Failure::OfCode(sentence, code, Errors::Refused);
@@ -254,6 +282,7 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     if (!before.empty()) {
         RequireOwnedHere(place, server);
     }
+    Interruption::RequireNone();
     {
         const Progress progress(log, before);
         CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server.c_str());
@@ -291,10 +320,9 @@ void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
                  : "Wait until it is offline; a time-out is a failure, and the resource goes on by itself");
     command
         .add_option("--timeout", options->timeout,
-                    "How long to wait, in whole seconds from 1 to 4294967; 120 without it. Fractions are refused: the "
-                    "library never ends its wait for such a time-out")
+                    "How long to wait, in whole seconds from 1 to 4294967; 120 without it")
         ->type_name("SECONDS")
-        ->check(CLI::Range(1U, 4294967U).description("")) // its milliseconds have to fit into 32 bits
+        ->check(CLI::Range(1U, 4294967U).description(""))
         ->needs(wait);
 }
 

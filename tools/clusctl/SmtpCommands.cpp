@@ -1,6 +1,7 @@
 #include "SmtpCommands.h"
 
 #include "CommandLine.h"
+#include "Interruption.h"
 #include "Progress.h"
 #include "ResourcesHere.h"
 #include "ServerChecks.h"
@@ -38,6 +39,9 @@ Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool is
             .Hint("Once it is offline, bring its group online.");
     }
     if (!isRestarted && record["state"] == "online") {
+        if (Interruption::IsPending()) {
+            throw Failure(Errors::Refused, "the cluster did not take " + Quoted(name) + " offline");
+        }
         const DWORD code = AskAgain(cluster, name, &OfflineClusterResource);
         if (code != ERROR_SUCCESS) {
             throw Failure::OfCode("cannot restart " + Quoted(name) + ": the cluster does not take it offline", code,
@@ -71,6 +75,7 @@ Report Restart(const LogCapture& log) {
         FailToFind(cluster);
     }
     RequireNodeStarts(cluster, ComputerName()); // or the instance would go offline and stay it
+    Interruption::RequireNone();
     bool isRestarted = false;
     {
         const Progress progress(log, Names(1, name));

@@ -49,7 +49,7 @@ ToolRuns::~ToolRuns() {
 void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
     // All programs of the console get the Ctrl+C; the tool may be faster with it.
     if (told.exitCodeKnown && told.exitCode == static_cast<DWORD>(STATUS_CONTROL_C_EXIT)) {
-        Interruption::AwaitPending();
+        Interruption::AwaitPending(); // it becomes known in a moment
     }
     static_cast<ToolRuns*>(context)->Take(told);
     Interruption::Check(); // the library closes what the run has open, and goes no further

@@ -153,13 +153,16 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
         if (isVcs) { // whatever a tool that was ended by the key has led to
             throw InterruptedFailure(log, Report());
         }
+        if (failure.Kind().exitCode == ExitInterrupted) { // it says so itself
+            throw;
+        }
         throw Failure(Errors::Interrupted, std::string("interrupted: ") + failure.what()).Hint(failure.Hint());
     }
     if (Interruption::IsPending()) {
         if (isVcs) {
             throw InterruptedFailure(log, Report());
         }
-        throw Failure(Errors::Interrupted, "interrupted, but the work was done by then");
+        throw FailureWithReport(Failure(Errors::Interrupted, "interrupted, but the work was done by then"), report);
     }
     return report;
 }
