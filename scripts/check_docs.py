@@ -36,13 +36,16 @@ def without_code_blocks(lines):
             yield number, line
 
 
+def anchor_of(heading):
+    return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
+
+
 def anchors(path):
     found = set()
     for _, line in without_code_blocks(path.read_text(encoding="utf-8").splitlines()):
         heading = re.match(r"#+\s+(.*)", line)
         if heading:
-            text = re.sub(r"[^\w\- ]", "", heading.group(1).strip().lower())
-            found.add(text.replace(" ", "-"))
+            found.add(anchor_of(heading.group(1)))
     return found
 
 

@@ -96,7 +96,10 @@ builtExports() {
 }
 
 checkExamples() {
-    python3 tests/scripts/checks_test.py >"$tree/checks_test.log" 2>&1 || cat "$tree/checks_test.log"
+    local file
+    for file in tests/scripts/*_test.py; do
+        python3 "$file" >"$tree/checks_test.log" 2>&1 || cat "$tree/checks_test.log"
+    done
 }
 
 layers() {
