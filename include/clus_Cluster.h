@@ -244,7 +244,8 @@ public:
     static bool GetClusterNameResourceGUID(std::wstring& clusterName, std::wstring& resourceId);
 
     // Appends the names of all objects of one kind, in the cluster's order (ClusterOpenEnum, ClusterEnum). False also
-    // when single entries could not be read; the others are in the list then.
+    // when single entries could not be read; the others are in the list then, unless too many in a row failed
+    // (docs/behaviour.md).
     bool EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names) const;
 
     // The same for resources, then keeps only the names whose resource opens and whose type is exactly `resourceType`.

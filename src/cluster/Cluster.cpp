@@ -83,7 +83,7 @@ bool CCluster::GetClusterName(std::wstring& name) {
         LOG_ERROR(L"CCluster::GetClusterName() returns error, code:%d", GetLastError());
         return false;
     }
-    name = buffer.Text();
+    name = buffer.TerminatedText();
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "core/DiskDeviceName.h"
 #include "core/ValueList.h"
 #include "platform/FormatText.h"
+#include "platform/LocalBuffer.h"
 #include "platform/Log.h"
 #include "platform/Owner.h"
 
@@ -16,19 +17,24 @@
 
 CLUS_LOG_PLACE(GetClusterDiskPaths, 1);
 
+using clus::LongestAnswer;
 using clus::ModuleOwner;
 
 namespace {
 
 typedef BOOL(WINAPI* GetVolumePathNamesFunction)(LPCWSTR volumeName, LPWCH pathNames, DWORD cch, PDWORD cchReturned);
 
-// The disk information of a Physical Disk resource. The first request, without a buffer, only asks for its size.
+// The disk information of a Physical Disk resource. The first request, without a buffer, only asks for its size;
+// one beyond the longest answer is not asked for.
 DWORD ReadDiskInfo(HRESOURCE resource, std::vector<unsigned char>& info) {
     DWORD cb = 0;
     DWORD code =
         ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, nullptr, 0, nullptr, 0, &cb);
     if (code != ERROR_MORE_DATA) {
         LOG_WARNING(L"ClusterResourceControl, ERROR_MORE_DATA, but got %d", code);
+        return code;
+    }
+    if (cb > LongestAnswer) {
         return code;
     }
     info.resize(cb);
@@ -58,6 +64,7 @@ bool FirstPathOfVolume(wchar_t* buffer, DWORD cchBuffer, std::wstring& path) {
         LOG_WARNING(L"GetVolumePathNamesForVolumeName Error, code:%d", GetLastError());
         return false;
     }
+    buffer[cchBuffer - 1] = L'\0';
     if (!CheckPathFormat(buffer, std::wcslen(buffer))) {
         LOG_WARNING(L"CheckPathFormat for path %s fail, return false.", buffer);
         return false;
@@ -87,6 +94,7 @@ bool TranslateDeviceNameToDiskPaths_(const std::wstring& deviceName, std::wstrin
     if (!GetVolumeNameForVolumeMountPointW(buffer, buffer, cchBuffer)) {
         return false;
     }
+    buffer[cchBuffer - 1] = L'\0';
     LOG_INFO(L"VolumeName: %s", buffer);
     return FirstPathOfVolume(buffer, cchBuffer, path);
 }

@@ -12,6 +12,7 @@
 
 CLUS_LOG_PLACE(Cluster, 4);
 
+using clus::EnumerationWatch;
 using clus::Equal;
 using clus::GroupEnumOwner;
 using clus::LastErrorKeeper;
@@ -136,17 +137,23 @@ bool CClusterGroup::EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback c
     // that many characters, so that no name can pass its end.
     DWORD cbBuffer = 2048;
     buffer.EnsureCharacters(cbBuffer);
+    EnumerationWatch watch;
     for (DWORD index = 0;;) {
         DWORD type = 0;
-        DWORD cch = buffer.pData ? cbBuffer : 0;
+        const DWORD cchGiven = buffer.pData ? cbBuffer : 0;
+        DWORD cch = cchGiven;
         const DWORD code = ClusterGroupEnum(hEnum.get(), index, &type, buffer.Text(), &cch);
         if (code == ERROR_NO_MORE_ITEMS) {
+            break;
+        }
+        if (code == ERROR_MORE_DATA && !watch.MayGrow(cch, cchGiven)) {
             break;
         }
         if (code == ERROR_MORE_DATA && cch < MAXLONG / 8) {
             const DWORD cbGrown = ((cch + 1) / 512 + 1) * 512 * CharacterSize;
             if (buffer.EnsureCharacters(cbGrown)) {
-                cbBuffer = std::max(cbBuffer, cbGrown);
+                cbBuffer =
+                    std::max(cbBuffer, cbGrown); // at least twice the room, so that it ends at the longest answer
                 continue;
             }
         }
@@ -154,13 +161,14 @@ bool CClusterGroup::EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback c
             LOG_ERROR(L"[FIXREF-77888] EnumGroup Fail (error=%d)", GetLastError());
             break;
         }
-        LOG_INFO(L"[FIXREF-77888] Enumerated object = %s", buffer.Text());
-        const ResourceOwner resource(OpenClusterResource(cluster, buffer.Text()));
+        const wchar_t* const name = buffer.TerminatedText();
+        LOG_INFO(L"[FIXREF-77888] Enumerated object = %s", name);
+        const ResourceOwner resource(OpenClusterResource(cluster, name));
         if (!resource) {
             LOG_ERROR(L"[FIXREF-77888] OpenClusterResource Fail (error=%d)", GetLastError());
         } else if (!callback) {
             LOG_ERROR(L"[FIXREF-77888] No Callback function ");
-        } else if (callback(cluster, m_hGroup, resource.get(), buffer.Text(), context) != 0) {
+        } else if (callback(cluster, m_hGroup, resource.get(), name, context) != 0) {
             break;
         }
         ++index;

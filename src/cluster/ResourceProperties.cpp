@@ -16,6 +16,7 @@ CLUS_LOG_PLACE(Cluster, 3);
 
 using clus::LocalBuffer;
 using clus::LocalMemoryOwner;
+using clus::LongestAnswer;
 
 namespace {
 
@@ -42,7 +43,7 @@ DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
     DWORD cb = 0;
     out.Ensure(cbStart);
     DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cb);
-    if (result == ERROR_MORE_DATA && cb <= MAXLONG && out.Ensure(cb)) {
+    if (result == ERROR_MORE_DATA && cb <= LongestAnswer && out.Ensure(cb)) {
         DWORD cbCheck = 0;
         result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cbCheck);
         if (cbCheck != cb) {
@@ -111,7 +112,10 @@ bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstrin
         return false;
     }
     const LocalMemoryOwner textOwner(text);
-    value = text;
+    if (!text) {
+        return false;
+    }
+    value.assign(text, wcsnlen(text, LocalSize(text) / sizeof(wchar_t)));
     return true;
 }
 

@@ -6,6 +6,10 @@
 
 namespace clus {
 
+// Bytes of the longest answer that is asked for, which is more than a cluster keeps of anything. A longer one is a
+// count gone wrong, and is treated like one that memory could not be found for.
+const DWORD LongestAnswer = 16 * 1024 * 1024;
+
 struct LocalBuffer {
     void* pData = nullptr;
     DWORD cbSize = 0; // bytes
@@ -41,9 +45,10 @@ struct LocalBuffer {
         return true;
     }
 
-    // The same in characters, for counts that a service reports: true only when the block is there and holds them.
+    // The same in characters, for counts that a service reports: true only when the block is there and holds them, and
+    // false for more than the longest answer.
     bool EnsureCharacters(DWORD cch) {
-        return cch <= MAXLONG / sizeof(wchar_t) && Ensure(cch * static_cast<DWORD>(sizeof(wchar_t))) && pData;
+        return cch <= LongestAnswer / sizeof(wchar_t) && Ensure(cch * static_cast<DWORD>(sizeof(wchar_t))) && pData;
     }
 
     void Release() {
@@ -54,6 +59,13 @@ struct LocalBuffer {
 
     wchar_t* Text() const {
         return static_cast<wchar_t*>(pData);
+    }
+    // The text that a service wrote, which ends within the block even when it was left unterminated.
+    const wchar_t* TerminatedText() {
+        if (Characters() > 0) {
+            Text()[Characters() - 1] = L'\0';
+        }
+        return Text();
     }
     // Characters and bytes that may be written.
     DWORD Characters() const {

@@ -141,6 +141,18 @@ TEST_F(DiskInfo, ASizeBeyondTheBufferIsNotBelieved) {
     EXPECT_EQ(TakeLog(), Lines(LogOf({"F:"})));
 }
 
+TEST_F(DiskInfo, ASizeBeyondTheLongestAnswerIsNotAskedFor) {
+    for (const DWORD size : {0x01000001u, 0x7fffffffu, 0xffffffffu}) {
+        DiskAnswer answer;
+        answer.probeSize = size;
+        Paths paths{L"before"};
+        EXPECT_FALSE(LettersOf(answer, paths));
+        EXPECT_EQ(paths, Paths{L"before"});
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(TakeLog(), Lines({EnterLetters, "W ClusterResourceControlEx_ error, code: 234", LeaveLetters}));
+    }
+}
+
 TEST_F(DiskInfo, TheRequestsGoToTheClusterTwice) {
     disk.Load({"F:"});
     Paths paths;

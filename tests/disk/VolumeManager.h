@@ -50,8 +50,7 @@ private:
     // A failure asked for in the tap: the call is written down and fails.
     bool Fails(const char* function, const std::string& call) {
         DWORD code = 0;
-        FaultMode mode = FaultMode::Once;
-        if (!m_tap.ShouldFail(function, call, &code, &mode)) {
+        if (!m_tap.ShouldFail(function, call, &code)) {
             return false;
         }
         return Fail(call, code);

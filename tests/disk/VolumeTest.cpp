@@ -148,4 +148,29 @@ TEST_F(DiskVolume, APathNeedsNoLibrary) {
     EXPECT_EQ(disk.volumes.Loads(), 0);
 }
 
+// Texts without terminator
+// ---------------------------------------------------------------------------------------------------------------------
+
+TEST_F(DiskTest, AVolumeNameWithoutTerminatorEndsWithItsRoom) {
+    const auto patch = PatchImport(kernel32, GetVolumeNameForVolumeMountPointW, [](LPCWSTR, LPWSTR volume, DWORD cch) {
+        std::fill_n(volume, cch, L'x');
+        return TRUE;
+    });
+    EXPECT_EQ(disk.PathsOf({"Disk1Partition2"}), Paths{});
+    EXPECT_THAT(TakeLog(), ::testing::HasSubstr("I VolumeName: " + std::string(255, 'x') + "\n"));
+}
+
+TEST_F(DiskTest, AMountPathWithoutTerminatorEndsWithItsRoom) {
+    const auto patch = PatchImport(kernel32, GetProcAddress, [](HMODULE, LPCSTR) {
+        BOOL(WINAPI* const fill)
+        (LPCWSTR, LPWCH, DWORD, PDWORD) = [](LPCWSTR, LPWCH paths, DWORD cch, PDWORD) {
+            std::fill_n(paths, cch, L'x');
+            return TRUE;
+        };
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(fill));
+    });
+    EXPECT_EQ(disk.PathsOf({"Disk1Partition2"}), Paths{});
+    EXPECT_THAT(TakeLog(), ::testing::HasSubstr("W CheckPathFormat for path " + std::string(255, 'x') + " fail"));
+}
+
 } // namespace

@@ -50,7 +50,7 @@ void PlatformTap::Install(std::unique_ptr<TappedCallBase> call) {
     m_calls.push_back(std::move(call));
 }
 
-bool PlatformTap::ShouldFail(const char* function, const std::string& text, DWORD* code, FaultMode* mode) {
+bool PlatformTap::ShouldFail(const char* function, const std::string& text, DWORD* code) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (Fault& fault : m_faults) {
         if (fault.call != function && fault.call != text) {
@@ -59,7 +59,6 @@ bool PlatformTap::ShouldFail(const char* function, const std::string& text, DWOR
         ++fault.seen;
         if (fault.mode == FaultMode::Once ? fault.seen == fault.occurrence : fault.seen >= fault.occurrence) {
             *code = fault.code;
-            *mode = fault.mode;
             return true;
         }
     }
@@ -72,7 +71,6 @@ bool PlatformTap::ShouldFail(const char* function, const std::string& text, DWOR
             OnFirstFault();
         }
         *code = m_sweepCode;
-        *mode = m_sweepMode;
     }
     return fails;
 }

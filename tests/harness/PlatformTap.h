@@ -32,7 +32,6 @@ enum class FailureForm {
     CloseCode,    // closes, then gives the code
     Invalid,      // -1: an invalid handle, a failed wait, no descriptor; the code in the last-error value
     CloseInvalid, // closes, then gives -1 and the code in the last-error value
-    Enumeration,  // the code; but from then on only as long as there are entries: a loop over them has to end
     Never
 };
 
@@ -114,7 +113,7 @@ public:
 
     // For the table of calls.
     void Install(std::unique_ptr<class TappedCallBase> call);
-    bool ShouldFail(const char* function, const std::string& text, DWORD* code, FaultMode* mode);
+    bool ShouldFail(const char* function, const std::string& text, DWORD* code);
     void Record(const std::string& line);
     void Label(const void* handle, const std::string& name);
     std::string LabelOf(const void* handle) const;

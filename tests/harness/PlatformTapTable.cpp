@@ -66,7 +66,7 @@ void TapClusterCalls(PlatformTap& tap) {
     TAP(
         "clusapi", ClusterOpenEnum, Null, [](HCLUSTER, DWORD mask) { return Number(mask); }, nullptr);
     TAP(
-        "clusapi", ClusterEnum, Enumeration,
+        "clusapi", ClusterEnum, Code,
         [](HCLUSENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
             return Joined({Number(index), Count(cch)});
         },
@@ -114,7 +114,7 @@ void TapClusterCalls(PlatformTap& tap) {
         }),
         nullptr);
     TAP(
-        "clusapi", ClusterResourceEnum, Enumeration,
+        "clusapi", ClusterResourceEnum, Code,
         [](HRESENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
             return Joined({Number(index), Count(cch)});
         },
@@ -125,7 +125,7 @@ void TapClusterCalls(PlatformTap& tap) {
         }),
         nullptr);
     TAP(
-        "clusapi", ClusterGroupEnum, Enumeration,
+        "clusapi", ClusterGroupEnum, Code,
         [](HGROUPENUM, DWORD index, LPDWORD, LPWSTR, LPDWORD cch) {
             return Joined({Number(index), Count(cch)});
         },

@@ -16,7 +16,6 @@ template <typename R> R FailedResult(FailureForm form, DWORD code) {
         switch (form) {
         case FailureForm::Code:
         case FailureForm::CloseCode:
-        case FailureForm::Enumeration:
             return static_cast<R>(code);
         case FailureForm::MinusOne:
         case FailureForm::Invalid:
@@ -41,7 +40,6 @@ template <typename R> std::string ResultSuffix(FailureForm form, R result, DWORD
             return result ? "" : "=" + std::to_string(lastError);
         case FailureForm::Code:
         case FailureForm::CloseCode:
-        case FailureForm::Enumeration:
             return result ? "=" + std::to_string(static_cast<long long>(result)) : "";
         case FailureForm::MinusOne:
         case FailureForm::Answer:
@@ -82,12 +80,11 @@ private:
         const FailureForm form = m_description.form;
         const std::string text = std::string(m_description.name) + "(" + m_description.arguments(args...) + ")";
         DWORD code = 0;
-        FaultMode mode = FaultMode::Once;
-        const bool fails = form != FailureForm::Never && m_tap.ShouldFail(m_description.name, text, &code, &mode);
+        const bool fails = form != FailureForm::Never && m_tap.ShouldFail(m_description.name, text, &code);
         const bool closes =
             form == FailureForm::CloseFalse || form == FailureForm::CloseCode || form == FailureForm::CloseInvalid;
         R result = R();
-        if (!fails || closes || (form == FailureForm::Enumeration && mode == FaultMode::FromThenOn)) {
+        if (!fails || closes) {
             SetLastError(lastError);
             result = PassOn(args...);
             lastError = GetLastError();
@@ -95,14 +92,9 @@ private:
                 m_description.done(result, args...);
             }
         }
-        bool ended = false;
-        if constexpr (std::is_arithmetic_v<R>) {
-            ended = form == FailureForm::Enumeration && result == R(ERROR_NO_MORE_ITEMS);
-        }
-        if (fails && !ended) {
+        if (fails) {
             result = FailedResult<R>(form, code);
-            const bool isResult =
-                form == FailureForm::Code || form == FailureForm::CloseCode || form == FailureForm::Enumeration;
+            const bool isResult = form == FailureForm::Code || form == FailureForm::CloseCode;
             lastError = isResult ? lastError : code;
         }
         m_tap.Record(text + ResultSuffix(form, result, lastError));
