@@ -57,9 +57,28 @@ bool StartsWithNoCase(const wchar_t* text, const wchar_t* upperPrefix) {
     return true;
 }
 
+bool IsDelimiter(wchar_t c) {
+    return std::wcschr(Delimiters, c) != nullptr; // of a null character too, which ends a line
+}
+
+// Tokens in the part of each line that is split, and no fewer than are found there.
+std::size_t CountTokens(const std::wstring& text) {
+    std::size_t count = 0;
+    std::size_t column = 0;
+    bool inToken = false;
+    for (const wchar_t c : text) {
+        const bool wasInToken = inToken;
+        inToken = column++ < LineCharactersSplit && !IsDelimiter(c);
+        count += inToken && !wasInToken ? 1 : 0;
+        column = c == L'\n' ? 0 : column;
+    }
+    return count;
+}
+
 } // namespace
 
 void SplitOutput(const std::wstring& text, std::vector<std::wstring>& tokens) {
+    tokens.reserve(tokens.size() + CountTokens(text)); // a list that grows holds large outputs several times
     std::size_t start = 0;
     while (start < text.size()) {
         const std::size_t end = std::min(text.find(L'\n', start), text.size());

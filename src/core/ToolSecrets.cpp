@@ -22,10 +22,11 @@ struct Word {
     std::size_t end;
 };
 
-std::vector<Word> WordsOf(std::wstring_view line) {
+// The first words, or all of them.
+std::vector<Word> WordsOf(std::wstring_view line, std::size_t most = std::wstring_view::npos) {
     std::vector<Word> words;
     std::size_t begin = line.find_first_not_of(Blanks);
-    while (begin != std::wstring_view::npos) {
+    while (begin != std::wstring_view::npos && words.size() < most) {
         const std::size_t end = std::min(line.find_first_of(Blanks, begin), line.size());
         words.push_back({begin, end});
         begin = line.find_first_not_of(Blanks, end);
@@ -59,7 +60,7 @@ std::size_t FindAssignedSecret(std::wstring_view commandLine) {
 
 // What of a message of VCS names it, and holds no secret whatever the tool was given.
 std::size_t LengthOfMessageName(std::wstring_view line) {
-    const std::vector<Word> words = WordsOf(line);
+    const std::vector<Word> words = WordsOf(line, NumberColumn + 1);
     const std::wstring_view number = words.size() > NumberColumn ? TextOf(line, words[NumberColumn]) : L"";
     const bool isNumber =
         number.substr(0, 2) == L"V-" && number.find_first_not_of(L"-0123456789", 1) == std::wstring_view::npos;
@@ -81,6 +82,7 @@ void AppendWithout(const ToolSecret& secret, std::wstring_view text, std::wstrin
 // Calls show(line, masked) for each line, and keeps the line ends.
 template <typename Show> std::wstring LineByLine(const std::wstring& output, const Show& show) {
     std::wstring masked;
+    masked.reserve(output.size());
     for (std::size_t start = 0; start < output.size();) {
         const std::size_t end = std::min(output.find(L'\n', start), output.size());
         show(std::wstring_view(output).substr(start, end - start), masked);
@@ -110,7 +112,7 @@ std::size_t FindSecret(std::wstring_view commandLine) {
 }
 
 std::size_t FindShownSecret(std::wstring_view line) {
-    const std::vector<Word> words = WordsOf(line);
+    const std::vector<Word> words = WordsOf(line, ValueColumn + 1);
     const bool isShown = words.size() > ValueColumn && IsSecretAttribute(TextOf(line, words[AttributeColumn]));
     return isShown ? words[ValueColumn].begin : std::wstring_view::npos;
 }

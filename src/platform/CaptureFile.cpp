@@ -18,6 +18,11 @@ TextFileReader::~TextFileReader() {
     }
 }
 
+std::size_t TextFileReader::Size() const {
+    const __int64 size = _filelengthi64(m_file);
+    return size > 0 ? static_cast<std::size_t>(size) : 0;
+}
+
 bool TextFileReader::Fill() {
     const int count = _read(m_file, m_bytes, sizeof(m_bytes));
     m_position = 0;

@@ -38,6 +38,9 @@ public:
         return m_file >= 0;
     }
 
+    // The file's size in bytes; 0 when it cannot be told.
+    std::size_t Size() const;
+
     // The next line without its end. False behind the last one; a read error ends the text.
     bool ReadLine(std::wstring& line);
 

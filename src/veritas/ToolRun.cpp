@@ -53,6 +53,7 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
         }
         return false; // without a leaving line
     }
+    fileName[MAX_PATH - 1] = L'\0';
     LOG_LEAVE_AT_END(L"CVeritasCluster::ExecuteVeritasCommand_");
     const FileDeleter deleter(fileName);
     CommandLine commandLine(command, arguments);
@@ -97,6 +98,7 @@ bool CVeritasCluster::Read_(const wchar_t* fileName, std::wstring& text) const {
     if (!file) {
         return false;
     }
+    text.reserve(text.size() + file.Size() + 1); // a large output is not kept twice while the text grows
     std::wstring line;
     while (file.ReadLine(line)) {
         text += line;

@@ -2,8 +2,10 @@
 
 #include "ImportPatch.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <set>
 
 namespace harness {
@@ -17,16 +19,18 @@ public:
         std::memset(m_entries, 0, sizeof(m_entries));
         m_count = 0;
     }
-    void Add(void* pointer) {
-        if (m_count < Capacity / 2) {
-            m_entries[Find(pointer)] = pointer;
-            ++m_count;
+    bool Add(void* pointer) {
+        if (m_count >= Capacity / 2) {
+            return false;
         }
+        m_entries[Find(pointer)] = pointer;
+        ++m_count;
+        return true;
     }
-    void Remove(void* pointer) {
+    bool Remove(void* pointer) {
         std::size_t hole = Find(pointer);
         if (!m_entries[hole]) {
-            return;
+            return false;
         }
         m_entries[hole] = nullptr;
         --m_count;
@@ -35,6 +39,7 @@ public:
             m_entries[next] = nullptr;
             m_entries[Find(moved)] = moved;
         }
+        return true;
     }
     std::size_t Count() const {
         return m_count;
@@ -59,6 +64,8 @@ struct State {
     DWORD operationThread = 0; // 0: outside an operation
     std::set<void*> blocks;
     std::size_t badFrees = 0;
+    std::size_t bytes = 0;
+    std::size_t peakBytes = 0;
 
     unsigned count = 0;
     unsigned failAt = 0;
@@ -114,14 +121,17 @@ void* TappedMalloc(std::size_t size) {
     State& state = TheState();
     void* block = realMalloc(size);
     if (block && harnessDepth == 0 && state.operationThread == GetCurrentThreadId()) {
-        live.Add(block);
+        if (live.Add(block)) {
+            state.bytes += _msize(block);
+            state.peakBytes = std::max(state.peakBytes, state.bytes);
+        }
     }
     return block;
 }
 
 void TappedFree(void* block) {
-    if (block && live.Count() != 0) {
-        live.Remove(block);
+    if (block && live.Count() != 0 && live.Remove(block)) {
+        TheState().bytes -= _msize(block);
     }
     realFree(block);
 }
@@ -250,6 +260,7 @@ void HeapTap::StartOperation() {
     State& state = TheState();
     live.Clear();
     state.count = 0;
+    state.bytes = state.peakBytes = 0;
     harnessDepth = 0;
     state.operationThread = GetCurrentThreadId();
 }
@@ -260,6 +271,10 @@ void HeapTap::EndOperation() {
 
 std::size_t HeapTap::LiveAllocations() const {
     return live.Count();
+}
+
+std::size_t HeapTap::PeakBytes() const {
+    return TheState().peakBytes;
 }
 
 void HeapTap::FailAllocation(unsigned n, FaultMode mode) {

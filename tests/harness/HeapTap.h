@@ -41,6 +41,8 @@ public:
     void StartOperation();
     void EndOperation();
     std::size_t LiveAllocations() const;
+    // The most bytes of C++ memory that the operation held at a time, of no more than some 30,000 blocks.
+    std::size_t PeakBytes() const;
 
     // Makes the n-th allocation (1, 2, ...) of an operation fail: a local block, or one of the C++ runtime. 0: none.
     void FailAllocation(unsigned n, FaultMode mode);

@@ -150,4 +150,45 @@ TEST_F(VeritasRunnerText, CharactersOutsideAsciiReachTheCommandLine) {
     EXPECT_EQ(tools.TakeCommandLines(), CommandList{L"hasys -list  Name=Gr\u00fc\u00dfe-\u65e5\u672c "});
 }
 
+// Memory -------------------------------------------------------------------------------------------------------------
+
+std::string Times(std::size_t count, const std::string& text) {
+    std::string repeated;
+    while (count-- > 0) {
+        repeated += text;
+    }
+    return repeated;
+}
+
+// Whatever the output looks like, and whether or not somebody is told of it.
+TEST_F(VeritasRunnerText, ARunTakesNoMoreThanTwentyTimesTheBytesOfItsOutput) {
+    const std::string outputs[] = {Times(100000, "a\n"),
+                                   Times(12500, "a a a a a a a a\n"),
+                                   Times(20000, "NODE-0001\r\n"),
+                                   Times(4000, "EVS1-InformationStore\t\tNODE-0001 \r\n"),
+                                   Times(100000, "a "),
+                                   std::string(200000, 'x'),
+                                   Times(100000, "\n")};
+    for (const bool isTold : {false, true}) {
+        if (isTold) {
+            SetVeritasToolRunCallback([](const CVeritasToolRun&, void*) {}, nullptr);
+        }
+        for (const std::string& output : outputs) {
+            tools.AnswerNext(output);
+            std::size_t peak = 0;
+            {
+                Names systems;
+                Heap().StartOperation();
+                EXPECT_TRUE(cluster.EnumSystemNames(systems));
+                Heap().EndOperation();
+                peak = Heap().PeakBytes();
+            }
+            EXPECT_GE(peak, 2 * output.size()) << "of a text of " << output.substr(0, 20);
+            EXPECT_LE(peak, 20 * output.size()) << output.substr(0, 20);
+            Forget();
+        }
+    }
+    SetVeritasToolRunCallback(nullptr, nullptr);
+}
+
 } // namespace
