@@ -253,7 +253,7 @@ struct CVeritasToolRun {
     DWORD startError;
     DWORD exitCode; // what the tool ended with
     // Win32 code: why the capture file could not be opened, so that the output went astray if the tool was started;
-    // else 0.
+    // else 0. ERROR_SHARING_VIOLATION: another program had it open for a second.
     DWORD captureError;
     // Both streams as captured, one character per byte, each line ended by a line feed; null when they could not be
     // read back.

@@ -14,6 +14,25 @@ namespace {
 // would inherit the file and keep it from being read and deleted.
 CriticalSection ToolStartLock;
 
+// A scanner looks into each new file for a moment, and the capture file is shared with nobody.
+const DWORD SharingPause = 50;      // milliseconds
+const DWORD SharingPatience = 1000; // in all
+
+// The capture file, inheritable. The lock is held, and given up between two tries.
+HANDLE OpenCaptureFile(const wchar_t* fileName) {
+    SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
+    for (DWORD waited = 0;; waited += SharingPause) {
+        const HANDLE file =
+            CreateFileW(fileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr);
+        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_SHARING_VIOLATION || waited >= SharingPatience) {
+            return file;
+        }
+        ToolStartLock.Leave();
+        Sleep(SharingPause);
+        ToolStartLock.Enter();
+    }
+}
+
 } // namespace
 
 bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName, ToolProcess& process) {
@@ -21,9 +40,7 @@ bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName, ToolProcess& 
     PROCESS_INFORMATION information = {};
     {
         const CriticalSectionGuard guard(ToolStartLock);
-        SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
-        capture.reset(
-            CreateFileW(captureFileName, GENERIC_READ | GENERIC_WRITE, 0, &inheritable, CREATE_ALWAYS, 0, nullptr));
+        capture.reset(OpenCaptureFile(captureFileName));
         if (!capture) {
             return true; // never seen: a failed open gives the invalid handle, and the tool is run without redirection
         }

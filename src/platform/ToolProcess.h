@@ -17,8 +17,9 @@ struct ToolProcess {
 };
 
 // Starts a tool, hidden and with both its outputs in the capture file, waits for it without a time-out and logs its
-// exit code. False when it could not be started, unless the platform gives no reason. Without a handle for the file
-// nothing is run, and that is no failure. CreateProcessW may write to `commandLine`.
+// exit code. A capture file that another program has open is tried for a second; what cannot be opened then is not
+// captured: the tool runs without redirection. False when it could not be started, unless the platform gives no reason.
+// Without a handle for the file nothing is run, and that is no failure. CreateProcessW may write to `commandLine`.
 bool RunTool(wchar_t* commandLine, const wchar_t* captureFileName, ToolProcess& process);
 
 } // namespace clus

@@ -133,7 +133,7 @@ TEST_F(VeritasRunnerFailure, ACurrentDirectoryThatIsGoneFailsTheRun) {
 
 TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRecord) {
     for (const DWORD code : {ERROR_DISK_FULL, ERROR_SHARING_VIOLATION}) {
-        Platform().FailCall("CreateFileW", code);
+        Platform().FailCall("CreateFileW", code, 1, FaultMode::FromThenOn);
         EXPECT_EQ(ListSystems(cluster), "true");
         ASSERT_EQ(tools.Runs().size(), 1u);
         STARTUPINFOW zero;
@@ -146,6 +146,88 @@ TEST_F(VeritasRunnerFailure, WithoutACaptureFileTheToolRunsWithAnEmptyStartUpRec
         EXPECT_THAT(journal, ::testing::Not(::testing::HasSubstr("SetHandleInformation")));
         EXPECT_THAT(journal, ::testing::HasSubstr("DeleteFileW(.\\ha-XXXX.tmp)\n"));
     }
+}
+
+// A capture file that another program has open
+// ---------------------------------------------------------------------------------------------------------------------
+
+const char OpenCapture[] = "CreateFileW(.\\ha-XXXX.tmp,c0000000,0,inherited,2,0)";
+
+TEST_F(VeritasRunnerFailure, ACaptureFileThatIsInUseIsTriedAgain) {
+    Platform().FailCall("CreateFileW", ERROR_SHARING_VIOLATION, 1);
+    Platform().FailCall("CreateFileW", ERROR_SHARING_VIOLATION, 1);
+    EXPECT_EQ(ListSystems(cluster), "true NODE1");
+    EXPECT_EQ(TakeLog(), Success);
+    const std::string open = OpenCapture;
+    EXPECT_THAT(TakeJournal(),
+                ::testing::StartsWith(Lines({"GetTempFileNameW(.,ha-,0)", open + "=32", "Sleep(50)", open + "=32",
+                                             "Sleep(50)", open, "CreateProcessW(hasys -list )"})));
+}
+
+TEST_F(VeritasRunnerFailure, ACaptureFileThatStaysInUseIsTriedForASecond) {
+    Platform().FailCall("CreateFileW", ERROR_SHARING_VIOLATION, 1, FaultMode::FromThenOn);
+    EXPECT_EQ(ListSystems(cluster), "true");
+    EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(20, 50));
+    EXPECT_EQ(Platform().CountCalls("CreateFileW("), 21u);
+    EXPECT_EQ(TakeLog(), WithoutOutput);
+}
+
+TEST_F(VeritasRunnerFailure, OnlyASharingViolationIsTriedAgain) {
+    for (const DWORD code : {ERROR_ACCESS_DENIED, ERROR_LOCK_VIOLATION, ERROR_DISK_FULL, ERROR_PATH_NOT_FOUND}) {
+        Platform().FailCall("CreateFileW", code);
+        EXPECT_EQ(ListSystems(cluster), "true");
+        EXPECT_EQ(Platform().CountCalls("CreateFileW("), 1u) << code;
+        Forget();
+    }
+    EXPECT_TRUE(Platform().sleeps.empty());
+}
+
+// Another program, a scanner say, that opens each temporary file as soon as it is there, sharing it with all.
+class SecondHandle {
+public:
+    ~SecondHandle() {
+        Close();
+    }
+    void Close() {
+        if (m_file != INVALID_HANDLE_VALUE) {
+            CloseHandle(m_file);
+            m_file = INVALID_HANDLE_VALUE;
+        }
+    }
+
+private:
+    HANDLE m_file = INVALID_HANDLE_VALUE;
+    ImportPatch<UINT(LPCWSTR, LPCWSTR, UINT, LPWSTR), SecondHandle> m_patch{
+        FindImports(LibraryModule(), "kernel32.dll", "GetTempFileNameW"),
+        [this](LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR name) {
+            const UINT result = m_patch.Next(folder, prefix, unique, name);
+            m_file = CreateFileW(name, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                 OPEN_EXISTING, 0, nullptr);
+            EXPECT_NE(m_file, INVALID_HANDLE_VALUE);
+            return result;
+        }};
+};
+
+TEST_F(VeritasRunnerFailure, TheOutputIsThereWhenAScannerLetsGoOfTheFile) {
+    SecondHandle scanner;
+    Platform().onSleep = [&](DWORD) {
+        if (Platform().sleeps.size() == 3) {
+            scanner.Close();
+        }
+    };
+    EXPECT_EQ(ListSystems(cluster), "true NODE1");
+    EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(3, 50));
+    EXPECT_EQ(TakeLog(), Success);
+    EXPECT_EQ(Folder().Entries(), Names());
+}
+
+TEST_F(VeritasRunnerFailure, TheToolRunsWithoutRedirectionWhenAScannerKeepsTheFile) {
+    SecondHandle scanner;
+    EXPECT_EQ(ListSystems(cluster), "true");
+    EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(20, 50));
+    EXPECT_EQ(TakeLog(), WithoutOutput);
+    ASSERT_EQ(tools.Runs().size(), 1u);
+    EXPECT_EQ(tools.Runs()[0].startup.dwFlags, 0u);
 }
 
 TEST_F(VeritasRunnerFailure, WithoutCaptureFileAndToolTheResultIsThatOfTheStart) {
