@@ -27,6 +27,12 @@ struct Log {
         InitializeCriticalSection(&lock);
     }
 
+    ~Log() {
+        DeleteCriticalSection(&lock);
+    }
+    Log(const Log&) = delete;
+    Log& operator=(const Log&) = delete;
+
     CRITICAL_SECTION lock;
     bool isConfigured = false;
     std::atomic<unsigned int> configuredMask{MaskDefault};
@@ -38,7 +44,8 @@ struct Log {
 };
 
 Log& TheLog() {
-    // Never destroyed: it must work until the very end of the process.
+    // Not destroyed by itself: it must work until the very end of the process. DllMain does it when the DLL is
+    // unloaded.
     alignas(Log) static unsigned char s_storage[sizeof(Log)];
     static Log* const log = new (s_storage) Log;
     return *log;
@@ -228,4 +235,12 @@ void DebugLogSetSink(DebugLogSink sink, void* context) {
     log.sink = sink;
     log.sinkContext = context;
     PublishMask(log);
+}
+
+// A DLL that is unloaded gives back its file and its turns; at the process's end the log works to the last line.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
+        TheLog().~Log();
+    }
+    return TRUE;
 }

@@ -1,5 +1,6 @@
 #include "LogWriterProcess.h"
 #include "DebugLog.h"
+#include "ImportPatch.h"
 
 #include <algorithm>
 #include <set>
@@ -302,4 +303,62 @@ TEST(DebugLogSink, IsCalledByOneThreadAtATime) {
     }
     DebugLogSetSink(nullptr, nullptr);
     EXPECT_THAT(record.texts, SizeIs(2000));
+}
+
+namespace {
+
+const char* const LogFunction = harness::Decorated("_ZN3DBG10DebugLogExEP11HINSTANCE__jPKciPKwz",
+                                                   "?DebugLogEx@DBG@@YAXPEAUHINSTANCE__@@IPEBDHPEB_WZZ");
+
+// DebugLog.dll once more, under another name: this program's own stays loaded.
+class LogCopy {
+public:
+    LogCopy() {
+        wchar_t path[MAX_PATH] = {};
+        GetModuleFileNameW(GetModuleHandleW(L"DebugLog.dll"), path, MAX_PATH);
+        EXPECT_TRUE(CopyFileW(path, m_path.c_str(), FALSE)) << GetLastError();
+    }
+
+    // Loads it, logs a line and unloads it.
+    void LogOnce(const wchar_t* text) const {
+        const HMODULE module = LoadLibraryW(m_path.c_str());
+        ASSERT_NE(module, nullptr) << GetLastError();
+        const auto log =
+            reinterpret_cast<decltype(&DBG::DebugLogEx)>(reinterpret_cast<void*>(GetProcAddress(module, LogFunction)));
+        ASSERT_NE(log, nullptr);
+        log(module, DBG::LEVEL_ERROR, "Copy.cpp", 1, L"%s", text);
+        ASSERT_TRUE(FreeLibrary(module));
+        ASSERT_EQ(GetModuleHandleW(m_path.c_str()), nullptr);
+    }
+
+private:
+    const common::TemporaryFolder m_folder{L"clusutil-log-copy"};
+    const std::wstring m_path = m_folder.File(L"DebugLogCopy.dll");
+};
+
+// The open handles of this process, each looked at: Wine does not count them.
+int Handles() {
+    int count = 0;
+    for (ULONG_PTR value = 4; value < 0x4000; value += 4) {
+        DWORD flags = 0;
+        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
+    }
+    return count;
+}
+
+} // namespace
+
+TEST(DebugLog, GivesBackWhatIsOpenWhenItIsUnloaded) {
+    const TemporaryFile file;
+    const LogCopy copy;
+    SetEnvironmentVariableW(File, file.Path().c_str());
+    copy.LogOnce(L"first");
+    const int handles = Handles();
+    ASSERT_GT(handles, 0);
+    for (int i = 0; i < 100; ++i) {
+        copy.LogOnce(L"again");
+    }
+    EXPECT_EQ(Handles(), handles);
+    SetEnvironmentVariableW(File, nullptr);
+    EXPECT_THAT(file.Lines(), SizeIs(101));
 }
