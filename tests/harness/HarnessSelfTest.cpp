@@ -5,6 +5,9 @@
 #include "clus_Cluster.h"
 #include "platform/ClusterApi.h"
 
+#include <list>
+#include <string>
+
 using namespace harness;
 
 namespace {
@@ -180,14 +183,17 @@ TEST_F(HarnessFixture, ASweepMeetsEveryCallAndEveryAllocation) {
 
 TEST_F(HarnessFixture, ASweepReportsWhatIsLeftBehind) {
     std::vector<HCLUSTER> handles;
-    std::vector<int*> blocks;
+    std::list<std::list<std::wstring>> kept; // blocks that the library allocated
     Sweep leaking;
     leaking.prepare = [&] { Load(SmallCluster()); };
     leaking.body = [&] {
         CCluster cluster;
         if (!cluster.OpenByLPC()) {
             handles.push_back(OpenCluster(nullptr));
-            blocks.push_back(new int(1));
+            CCluster again;
+            kept.emplace_back();
+            again.OpenByLPC();
+            again.EnumResourceNamesByType(L"Network Name", kept.back());
         }
         return std::string();
     };
@@ -207,9 +213,6 @@ TEST_F(HarnessFixture, ASweepReportsWhatIsLeftBehind) {
     EXPECT_THAT(messages, ::testing::HasSubstr("failing call 1: OpenCluster()"));
     for (const HCLUSTER handle : handles) {
         CloseCluster(handle);
-    }
-    for (int* const block : blocks) {
-        delete block;
     }
 }
 
