@@ -56,12 +56,18 @@ callFromVisualStudio() {
         rm -rf "$work"
 }
 
+# The newer version has the same programs.
+tryInstaller() {
+    local newerVersion="${version%.*}.$((${version##*.} + 1))" newer="$out/newer.msi"
+    python3 scripts/package/msi.py "$out/$name" "$newer" "$newerVersion" &&
+        timeout 500 scripts/package/test_msi.sh "$out/$installer" "$version" "$newer" "$newerVersion" "$root/$out/wineprefix" &&
+        rm -rf "$newer" "$out"/wineprefix*
+}
+
 command -v wixl >/dev/null || fail "wixl, which makes the installer, is missing: it is in Debian's package wixl."
 logged "Making the package and the installer" "$out.log" make "$out"
 logged "Making them again, which gives the same bytes" "$out/again.log" makeAgain
 logged "Checking the unpacked package" "$out/check.log" unpackAndRun
 logged "Calling it with Visual Studio's ABI" "$out/msvc.log" callFromVisualStudio
-logged "Installing and removing the installer" "$out/installer.log" \
-    timeout 500 scripts/package/test_msi.sh "$out/$installer" "$version" "$root/$out/wineprefix"
-rm -rf "$out"/wineprefix*
+logged "Installing, replacing and removing the installer" "$out/installer.log" tryInstaller
 (cd "$out" && ls -l "$installer" "$name-symbols.zip" "$name.zip" SHA256SUMS)

@@ -28,11 +28,11 @@ LAYOUT = (
     ("Clusctl", "bin", "bin", "*"),
     ("Clusctl", "docs", "share/clusutil/docs", "*.md"),
     ("Clusctl", "docs\\schemas", "share/clusutil/docs/schemas", "*"),
+    ("Clusctl", "examples", "share/clusutil/examples", "*"),
     ("Clusctl", "licenses", "licenses", "*"),
     ("Simulators", "simulator", "bin", "*"),
     ("Simulators", "simulator", "simulator", "*.dll"),
     ("Simulators", "simulator", "simulator", "*.exe"),
-    ("Simulators", "simulator\\examples", "share/clusutil/examples", "*"),
 )
 FEATURES = {
     "Clusctl": ("clusctl", "The administrator's tool, its manual and its schemas", "1"),

@@ -69,6 +69,7 @@ def arrange_documents(tree, version):
         (share / "docs" / name).unlink()
     readme = (HERE / "README.md.in").read_text(encoding="utf-8").replace("@VERSION@", version)
     (tree / "README.md").write_text(readme, encoding="utf-8")
+    shutil.rmtree(share / "docs/reference")
     for path in sorted(share.rglob("*.md")):
         text = path.read_text(encoding="utf-8")
         path.write_text(without_dead_links(text, path.parent), encoding="utf-8")
