@@ -38,8 +38,9 @@ CLUSSIM_API void ClusSimReset(void);
 
 // Adds a fault, for example "OpenClusterResource@EVS1 Disk#2=5007": call, optional object name, optional occurrence
 // ("#2" the second matching call only, "#2+" from the second on, none: every one), code. GetClusterResourceState can be
-// made to give a state instead: "GetClusterResourceState=state:130". 1 on success, 0 when the text is malformed. Faults
-// of a model go with the model; added ones stay until ClusSimClearFaults or ClusSimReset, which clear both.
+// made to give a state instead: "GetClusterResourceState=state:130"; "OpenCluster=delay_ms:500" does its work later. 1
+// on success, 0 when the text is malformed. Faults of a model go with the model; added ones stay until
+// ClusSimClearFaults or ClusSimReset, which clear both.
 CLUSSIM_API int ClusSimAddFault(const char* fault);
 CLUSSIM_API void ClusSimClearFaults(void);
 

@@ -45,6 +45,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
   unchanged A B       fails when A differs from B of models/ or examples/
   files               lists the case's folder
+  left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
 import difflib
@@ -369,6 +370,9 @@ class Case:
             return "unchanged\n" if same else "changed\n"
         if verb == "files":
             return "".join(f"{name}\n" for name in sorted(file.name for file in self.folder.iterdir() if file.is_file()))
+        if verb == "left-keys":
+            keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
+            return f"{keys.count(b'clusctl-')}\n"
         sys.exit(f"{self.file.name}: unknown command '{verb}'")
 
     def transcript(self):

@@ -9,6 +9,33 @@ TEST_F(ControlInterface, TellsItsVersion) {
     EXPECT_EQ(ClusSimVersion(), 1u);
 }
 
+TEST_F(ControlInterface, SettingsAreHandedOutAndKept) {
+    const std::string settings = R"({"IsCluster":1,"HomeDir":"C:\\Gate\\","ClusterQuorumMode":4294967295})";
+    Load(Replaced(MailCluster, "\"nodes\":", "\"settings\": " + settings + ", \"nodes\":"));
+    EXPECT_EQ(ClusSimReadSettings(nullptr, 0), settings.size() + 1);
+    std::string text(settings.size() + 1, 'x');
+    EXPECT_EQ(ClusSimReadSettings(&text[0], text.size() - 1), text.size());
+    EXPECT_EQ(text, std::string(text.size(), 'x')) << "what has no room is not written in part";
+    EXPECT_EQ(ClusSimReadSettings(&text[0], text.size()), text.size());
+    EXPECT_STREQ(text.c_str(), settings.c_str());
+    ASSERT_EQ(LoadError(ReadModel()), "");
+    EXPECT_EQ(ClusSimReadSettings(&text[0], text.size()), text.size());
+    EXPECT_STREQ(text.c_str(), settings.c_str());
+}
+
+TEST_F(ControlInterface, AModelWithoutSettingsHasAnEmptyText) {
+    Load();
+    char text[2] = "x";
+    EXPECT_EQ(ClusSimReadSettings(text, sizeof(text)), 1u);
+    EXPECT_STREQ(text, "");
+    Load(Replaced(MailCluster, "\"nodes\":", "\"settings\": {}, \"nodes\":"));
+    EXPECT_EQ(ClusSimReadSettings(nullptr, 0), 3u) << "none of them are settings, too";
+}
+
+TEST_F(ControlInterface, WithoutAModelThereAreNoSettings) {
+    EXPECT_EQ(ClusSimReadSettings(nullptr, 0), 0u);
+}
+
 TEST_F(ControlInterface, AModelReadBackIsTheSameModel) {
     Load();
     const std::string model = ReadModel();

@@ -28,6 +28,19 @@ TEST_F(ModelText, UnknownMembersAreNamed) {
     EXPECT_EQ(ErrorOf("\"NODE-A\"}", "\"NODE-A\", \"State\": \"up\"}"), "nodes[0].State: unknown member");
 }
 
+TEST_F(ModelText, SettingsAreTextsAndNumbers) {
+    const auto errorOf = [](const std::string& settings) {
+        return ErrorOf("\"cluster\":", "\"settings\": " + settings + ", \"cluster\":");
+    };
+    EXPECT_EQ(errorOf("1"), "settings: an object is expected");
+    EXPECT_EQ(errorOf("[]"), "settings: an object is expected");
+    for (const char* value : {"null", "true", "-1", "1.5", "[1]", "{}"}) {
+        EXPECT_EQ(errorOf(std::string("{\"IsCluster\": ") + value + "}"),
+                  "settings.IsCluster: a text or a number is expected");
+    }
+    EXPECT_EQ(errorOf("{\"Any\": 1, \"any\": \"text\"}"), "");
+}
+
 TEST_F(ModelText, AMemberThatStandsTwiceIsNamed) {
     EXPECT_EQ(ErrorOf("\"state\": \"down\"", "\"state\": \"down\", \"state\": \"up\""),
               "nodes[1].state: the member stands twice");

@@ -9,6 +9,7 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <cwchar>
 #include <vector>
 
 namespace {
@@ -23,6 +24,14 @@ const wchar_t ComputerNameKey[] = L"System\\CurrentControlSet\\Control\\Computer
 
 const wchar_t* const NumberNames[] = {L"IsCluster", L"ClusterQuorumMode"};
 const wchar_t* const TextNames[] = {L"HomeDir", L"ServerIP", L"SERVERGUID"};
+
+// Of the keys that take HKEY_LOCAL_MACHINE's place, one for each process.
+const wchar_t ParentKey[] = L"Software";
+const wchar_t KeyPrefix[] = L"clusctl-"; // then the process's number
+
+std::wstring KeyOf(const std::wstring& name) {
+    return std::wstring(ParentKey) + L"\\" + name;
+}
 
 bool IsInForce = false;
 
@@ -97,19 +106,56 @@ LSTATUS Write(HKEY key, const std::wstring& name, const Json& value) {
                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
 }
 
+std::vector<std::wstring> ChildrenOf(HKEY key) {
+    std::vector<std::wstring> names;
+    wchar_t name[256];
+    for (DWORD length = 256, index = 0;
+         RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         length = 256, ++index) {
+        names.emplace_back(name);
+    }
+    return names;
+}
+
 void DeleteTree(HKEY parent, const std::wstring& name) {
     HKEY key = nullptr;
     if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS) {
         return;
     }
-    wchar_t child[256];
-    for (DWORD length = 256; RegEnumKeyExW(key, 0, child, &length, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-         length = 256) {
-        const std::wstring childName = child;
-        DeleteTree(key, childName);
+    for (const std::wstring& child : ChildrenOf(key)) {
+        DeleteTree(key, child);
     }
     RegCloseKey(key);
     RegDeleteKeyW(parent, name.c_str());
+}
+
+// Whether a process of this number runs; also when that cannot be told.
+bool IsRunning(DWORD process) {
+    const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, process);
+    if (handle == nullptr) {
+        return GetLastError() != ERROR_INVALID_PARAMETER; // which says that there is none
+    }
+    const bool isRunning = WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
+    CloseHandle(handle);
+    return isRunning;
+}
+
+// Those of this tool's processes that were ended by force.
+void DeleteLeftKeys() {
+    HKEY parent = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, ParentKey, 0, KEY_READ, &parent) != ERROR_SUCCESS) {
+        return;
+    }
+    const std::size_t prefix = std::wcslen(KeyPrefix);
+    for (const std::wstring& name : ChildrenOf(parent)) {
+        const DWORD process = name.size() > prefix ? std::wcstoul(name.c_str() + prefix, nullptr, 10) : 0;
+        const bool isOfProcess = name == KeyPrefix + std::to_wstring(process);
+        // What bears this process's number is of another that had it before.
+        if (isOfProcess && (process == GetCurrentProcessId() || !IsRunning(process))) {
+            DeleteTree(HKEY_CURRENT_USER, KeyOf(name));
+        }
+    }
+    RegCloseKey(parent);
 }
 
 } // namespace
@@ -130,12 +176,13 @@ Json ReadProductSettings() {
 
 ModelSettings::ModelSettings() {
     const DWORD lastError = GetLastError(); // which the library logs where no call has set another
+    DeleteLeftKeys();
     const Json settings = ReadFromSimulator();
     SetLastError(lastError);
     if (settings.is_null()) {
         return;
     }
-    m_name = L"Software\\clusctl-" + std::to_wstring(GetCurrentProcessId());
+    m_name = KeyOf(KeyPrefix + std::to_wstring(GetCurrentProcessId()));
     // Windows Sockets reads the true HKEY_LOCAL_MACHINE when it starts; the library's own start only counts then.
     WSADATA data;
     WSAStartup(MAKEWORD(2, 2), &data);

@@ -97,6 +97,13 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
                                                 : plan.info.sGroupName + L"-RegRep";
     // Setting up another program's resource again would turn it into the product's.
     if (name != existing && Contains(plan.before, name)) {
+        if (Contains(ListHalfMadeReplications(log, plan.info.sGroupName), name)) {
+            throw Failure(Errors::AlreadyExists, "the registry replication " + Quoted(name) +
+                                                     " is half made: it has no keys, as a creation that was "
+                                                     "interrupted leaves it")
+                .Hint("'clusctl vcs product delete " + Printable(plan.info.sGroupName) +
+                      "' deletes it; then give this command again.");
+        }
         throw Failure(Errors::AlreadyExists,
                       "the resource " + Quoted(name) +
                           " exists already and does not replicate the product's key; --regrep gives another name");

@@ -43,8 +43,10 @@ Members FindMembers(const LogCapture& log, const std::wstring& group) {
             members.push_back({name, service, {}, {}});
         }
     }
-    for (const std::wstring& name : ListRegistryReplications(log, group)) {
-        members.push_back({name, std::wstring(), {}, {}});
+    for (const auto list : {&ListRegistryReplications, &ListHalfMadeReplications}) {
+        for (const std::wstring& name : list(log, group)) {
+            members.push_back({name, std::wstring(), {}, {}});
+        }
     }
     const ToolWatch watch(log);
     for (Member& member : members) {

@@ -66,6 +66,28 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
     return found;
 }
 
+namespace {
+
+VcsNames ListAllReplications(const LogCapture& log, const std::wstring& group) {
+    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                        {{GroupAttribute, group}, {TypeAttribute, RegRepType}});
+}
+
+} // namespace
+
+VcsNames ListHalfMadeReplications(const LogCapture& log, const std::wstring& group) {
+    VcsNames found;
+    for (const std::wstring& name : ListAllReplications(log, group)) {
+        const ToolWatch watch(log);
+        const Json keys = ReadVcsAttribute(name, KeysAttribute);
+        watch.Require(true, "cannot read the keys of " + Quoted(name));
+        if (keys.is_null() || keys.get<std::string>().empty()) {
+            found.push_back(name);
+        }
+    }
+    return found;
+}
+
 VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& group) {
     const std::wstring first = FindRegistryReplication(log, group).resource;
     if (first.empty()) {
@@ -73,8 +95,7 @@ VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& gro
     }
     const Json key = ReadVcsAttribute(first, KeysAttribute);
     VcsNames found;
-    for (const std::wstring& name : ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
-                                                 {{GroupAttribute, group}, {TypeAttribute, RegRepType}})) {
+    for (const std::wstring& name : ListAllReplications(log, group)) {
         if (name == first || ReadVcsAttribute(name, KeysAttribute) == key) {
             found.push_back(name);
         }

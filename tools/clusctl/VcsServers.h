@@ -33,6 +33,9 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
 // All RegRep resources of the group that replicate it, that one first or not.
 VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& group);
 
+// Its RegRep resources that replicate no key at all: a creation that was interrupted leaves one.
+VcsNames ListHalfMadeReplications(const LogCapture& log, const std::wstring& group);
+
 // A member of CVeritasCluster that lists names.
 typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePairList* filter) const;
 
