@@ -6,13 +6,14 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <cwctype>
 #include <set>
 #include <string>
 
 namespace {
 
 std::wstring Lower(std::wstring text) {
-    CharLowerBuffW(text.data(), static_cast<DWORD>(text.size()));
+    std::transform(text.begin(), text.end(), text.begin(), [](wchar_t c) { return std::towlower(c); });
     return text;
 }
 
@@ -94,13 +95,14 @@ TEST(Loading, LeavesNothingBehindInAThousandTurns) {
     EXPECT_LT(bytesAfterwards, bytes + turns) << "not even a byte for each turn";
 }
 
-// The loader holds its lock meanwhile.
-TEST(Loading, BringsInNoCryptography) {
+// The loader holds its lock meanwhile. This program needs no user32.dll either.
+TEST(Loading, BringsInNeitherCryptographyNorWindows) {
     const HMODULE library = LoadLibraryW(L"clusutil.dll");
     ASSERT_NE(library, nullptr) << GetLastError();
     const std::set<std::wstring> modules = LoadedModules();
     EXPECT_EQ(modules.count(L"clusutil.dll"), 1u);
-    for (const wchar_t* name : {L"crypt32.dll", L"rsaenh.dll", L"bcrypt.dll", L"cryptsp.dll", L"cryptbase.dll"}) {
+    for (const wchar_t* name :
+         {L"crypt32.dll", L"rsaenh.dll", L"bcrypt.dll", L"cryptsp.dll", L"cryptbase.dll", L"user32.dll"}) {
         EXPECT_EQ(modules.count(name), 0u) << name;
     }
     FreeLibrary(library);

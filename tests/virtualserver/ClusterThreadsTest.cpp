@@ -28,15 +28,21 @@ protected:
         EXPECT_EQ(m_simulator.BadHandleCalls(), 0u);
     }
 
-    // That each of the threads gets what this one got before, time after time.
-    void ExpectTheSameOnAll(const std::string& expected, std::string (*operation)()) {
-        ASSERT_EQ(operation(), expected);
+    // That each of the threads gets what this one got before, time after time. Each has a Util of its own; they are
+    // created and destroyed here, by the rule of that class.
+    void ExpectTheSameOnAll(const std::string& expected, std::string (*operation)(Util&)) {
+        std::vector<Util> utils(Threads);
+        ASSERT_EQ(operation(utils.front()), expected);
         std::atomic<int> different(0);
-        RunAtOnce(std::vector<std::function<void()>>(Threads, [&] {
-            for (int i = 0; i < Rounds; ++i) {
-                different += operation() == expected ? 0 : 1;
-            }
-        }));
+        std::vector<std::function<void()>> callers;
+        for (Util& util : utils) {
+            callers.emplace_back([&different, &expected, &util, operation] {
+                for (int i = 0; i < Rounds; ++i) {
+                    different += operation(util) == expected ? 0 : 1;
+                }
+            });
+        }
+        RunAtOnce(callers);
         EXPECT_EQ(different, 0);
     }
 
@@ -58,8 +64,7 @@ private:
 };
 
 TEST_F(ClusterThreads, ListTheServers) {
-    ExpectTheSameOnAll("EVS1 online, EVS2 offline, ", [] {
-        Util util;
+    ExpectTheSameOnAll("EVS1 online, EVS2 offline, ", [](Util& util) {
         Info servers[4];
         int count = 4;
         std::string text;
@@ -73,8 +78,7 @@ TEST_F(ClusterThreads, ListTheServers) {
 }
 
 TEST_F(ClusterThreads, LookAServerUp) {
-    ExpectTheSameOnAll("EVS2 192.0.2.2", [] {
-        Util util;
+    ExpectTheSameOnAll("EVS2 192.0.2.2", [](Util& util) {
         CClusterVirtualServerLookupRequest request;
         request.m_wsNameOrIP = L"evs2";
         Info info;
@@ -84,7 +88,7 @@ TEST_F(ClusterThreads, LookAServerUp) {
 }
 
 TEST_F(ClusterThreads, OpenSessionsAndEnumerate) {
-    ExpectTheSameOnAll("EXCLUS: EVS1 Product, EVS2 Product, EVS3 Product, ", [] {
+    ExpectTheSameOnAll("EXCLUS: EVS1 Product, EVS2 Product, EVS3 Product, ", [](Util&) {
         CCluster cluster;
         std::wstring name;
         std::list<std::wstring> products;
@@ -101,7 +105,7 @@ TEST_F(ClusterThreads, OpenSessionsAndEnumerate) {
 }
 
 TEST_F(ClusterThreads, TellTheLettersOfADisk) {
-    ExpectTheSameOnAll("F:\\ G:\\ ", [] {
+    ExpectTheSameOnAll("F:\\ G:\\ ", [](Util&) {
         CCluster cluster;
         CClusterResource disk;
         std::vector<std::wstring> paths;

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <memory>
 
 using namespace clus::veritas;
