@@ -8,7 +8,8 @@
   and friends need none.
 - Exit codes and error codes of clusctl: the table in docs/clusctl.md and the list in docs/schemas are what
   tools/clusctl/Failure.h says.
-- CHANGELOG.md: below "Unreleased" the first release is the version of CMakeLists.txt, with its date.
+- CHANGELOG.md: the first release is the version of CMakeLists.txt, with its date, and nothing stands under "Unreleased": what is
+  built is called by the version.
 - README.md holds examples/first-program.cpp as it is.
 - Public headers: every plain `name` in a comment's backticks occurs in the header's code or is a parameter there.
 """
@@ -88,16 +89,22 @@ def check_exit_codes():
         problem(schema, 0, f"error code {code}: only here or only in Failure.h")
 
 
+def changelog_problems(text, version):
+    sections = [section.partition("\n") for section in re.split(r"^## ", text, flags=re.M)[1:]]
+    if any("unreleased" in heading.lower() and body.strip() for heading, _, body in sections):
+        yield f"what stands under [Unreleased] belongs to {version}, which is what is built, or to a new version"
+    releases = [heading for heading, _, _ in sections if "unreleased" not in heading.lower()]
+    if not releases or not re.fullmatch(rf"\[{re.escape(version)}\] - \d{{4}}-\d\d-\d\d", releases[0]):
+        yield f"the first release is not '[{version}] - YEAR-MONTH-DAY', the version of CMakeLists.txt"
+
+
 def check_version():
     version = re.search(r"^project\(\w+ VERSION (\S+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), re.M)
     if not version:
         sys.exit("check_docs.py: found no version in CMakeLists.txt")
     changelog = ROOT / "CHANGELOG.md"
-    headings = re.findall(r"^## (.*)", changelog.read_text(encoding="utf-8"), re.M)
-    if headings[:1] != ["[Unreleased]"]:
-        problem(changelog, 0, "the first heading is not [Unreleased]")
-    if len(headings) < 2 or not re.fullmatch(rf"\[{re.escape(version[1])}\] - \d{{4}}-\d\d-\d\d", headings[1]):
-        problem(changelog, 0, f"the first release is not '[{version[1]}] - YEAR-MONTH-DAY', the version of CMakeLists.txt")
+    for text in changelog_problems(changelog.read_text(encoding="utf-8"), version[1]):
+        problem(changelog, 0, text)
 
 
 def check_first_program():

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Examples for the checks of ./dev lint and for the choice of tests: what they find and what they let pass."""
+"""Examples for the checks of ./dev lint and ./dev docs and for the choice of tests: what they find and what they let pass."""
 import os
 import sys
 import tempfile
@@ -9,6 +9,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent.parent / "scripts"))
+import check_docs  # noqa: E402
 import check_duplicates  # noqa: E402
 import check_layers  # noqa: E402
 import check_log_places  # noqa: E402
@@ -208,6 +209,25 @@ class Duplicates(unittest.TestCase):
         self.assertEqual(check_duplicates.check({"x": self.SIX, "z": self.SIX.replace("d1", "d2")}), [])
         five = "#include <a>\n" + self.SIX.replace("f1;\n", "")
         self.assertEqual(check_duplicates.check({"x": five, "z": five}), [])
+
+
+class Changelog(unittest.TestCase):
+    RELEASE = "# Changelog\n\n## [1.2.0] - 2026-11-22\n\n### Added\n\n- A thing.\n"
+
+    def problems(self, text):
+        return list(check_docs.changelog_problems(text, "1.2.0"))
+
+    def test_the_release_that_is_built_comes_first(self):
+        self.assertEqual(self.problems(self.RELEASE), [])
+        self.assertEqual(self.problems(self.RELEASE + "\n## [1.1.0] - 2026-01-01\n\n- Another.\n"), [])
+        for text in ("", self.RELEASE.replace("1.2.0", "1.1.0"), self.RELEASE.replace("1.2.0", "1.2.0.1"),
+                     self.RELEASE.replace(" - 2026-11-22", "")):
+            self.assertEqual(len(self.problems(text)), 1, text)
+
+    def test_nothing_is_unreleased(self):
+        self.assertEqual(self.problems(self.RELEASE.replace("## [1", "## [Unreleased]\n\n## [1")), [])
+        for unreleased in ("## [Unreleased]\n\n- Another.\n\n", "## Unreleased\n\n### Fixed\n\n- Another.\n\n"):
+            self.assertEqual(len(self.problems(self.RELEASE.replace("## [1", unreleased + "## [1"))), 1, unreleased)
 
 
 class ChosenTests(unittest.TestCase):
