@@ -1,6 +1,7 @@
 #!/bin/bash
-# package.sh: makes and checks the package, its symbols and the installer of clusctl out of what build/mingw-release holds. All
-# of it is made twice, at different times of day and with other settings around it, and has to be the same.
+# package.sh: makes and checks the package, its symbols and the installer of clusctl out of what build/mingw-release holds.
+# Installing, packing and the installer are done twice, at different times of day and with other settings around them, and have to
+# give the same; the binaries are built once.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
