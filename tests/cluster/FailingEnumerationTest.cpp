@@ -71,6 +71,64 @@ TEST_F(FailingEnumeration, CountsOnlyFailuresInARow) {
     EXPECT_EQ(TakeLog(), LinesOf("E Unexpected result for cluster enum", 1200, {}));
 }
 
+// What an enumerator says of an entry's length counts for that entry only
+// ---------------------------------------------------------------------------------------------------------------------
+
+class EnumerationRoom : public OpenClusterTest, public ::testing::WithParamInterface<DWORD> {
+protected:
+    // Three entries, each said to be longer than any block, whose middle one fails.
+    DWORD Answer(DWORD index, LPWSTR text, LPDWORD cch) {
+        if (index == 3) {
+            return ERROR_NO_MORE_ITEMS;
+        }
+        room.push_back(*cch);
+        *cch = 0x7FFFFFFF;
+        text[0] = L'\0';
+        return index == 1 ? GetParam() : ERROR_SUCCESS;
+    }
+
+    std::vector<DWORD> room; // given for each
+};
+
+TEST_P(EnumerationRoom, OfTheClusterStaysThatOfTheBlock) {
+    const auto patch =
+        PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM, DWORD index, LPDWORD, LPWSTR text, LPDWORD cch) -> DWORD {
+            return Answer(index, text, cch);
+        });
+    NameList names;
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_EQ(names.size(), 2u);
+    EXPECT_EQ(room, std::vector<DWORD>(3, 256));
+}
+
+TEST_P(EnumerationRoom, OfAResourceStaysThatOfTheBlock) {
+    CClusterResource resource;
+    cluster.Open(resource, L"EVS1 Name");
+    const auto patch = PatchImport(
+        clusapi, ClusterResourceEnum,
+        [&](HRESENUM, DWORD index, LPDWORD, LPWSTR text, LPDWORD cch) -> DWORD { return Answer(index, text, cch); });
+    NameList names;
+    EXPECT_FALSE(resource.EnumNames(CLUSTER_RESOURCE_ENUM_DEPENDS, names));
+    EXPECT_EQ(names.size(), 2u);
+    EXPECT_EQ(room, std::vector<DWORD>(3, 256));
+}
+
+TEST_P(EnumerationRoom, OfAGroupStaysThatOfTheBlockUpToTheFailure) {
+    CClusterGroup group;
+    cluster.Open(group, L"EVS1");
+    const auto patch = PatchImport(
+        clusapi, ClusterGroupEnum,
+        [&](HGROUPENUM, DWORD index, LPDWORD, LPWSTR text, LPDWORD cch) -> DWORD { return Answer(index, text, cch); });
+    NameList names;
+    EXPECT_FALSE(group.EnumResourceNamesInGroup(names));
+    EXPECT_EQ(names.size(), 1u);
+    EXPECT_EQ(room, std::vector<DWORD>(2, 8));
+}
+
+INSTANTIATE_TEST_SUITE_P(Codes, EnumerationRoom,
+                         ::testing::Values(DWORD(RPC_S_SERVER_UNAVAILABLE), DWORD(ERROR_MORE_DATA)),
+                         ::testing::PrintToStringParamName());
+
 // An entry that never fits
 // ---------------------------------------------------------------------------------------------------------------------
 

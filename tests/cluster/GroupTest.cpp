@@ -332,6 +332,16 @@ TEST_F(GroupDisk, DisksThatCannotBeReadAreSkipped) {
     EXPECT_FALSE(group.FindPhysicalDiskResourceNameByDriveLetter(cluster, L'F', name));
 }
 
+TEST_F(GroupDisk, ADiskThatCannotBeOpenedIsNotAskedForItsLetter) {
+    Platform().FailCall("OpenClusterResource(EVS1 Disk)", 5, 2); // the walk opens it first
+    std::wstring name;
+    EXPECT_TRUE(group.FindPhysicalDiskResourceNameByDriveLetter(cluster, L'G', name));
+    EXPECT_EQ(name, L"EVS1 Disk 2");
+    EXPECT_THAT(TakeLog(),
+                EndsWith(Lines({"< EnumStorageResourceNamesInGroup", "E Open resource failed:EVS1 Disk, err=5",
+                                "< FindPhysicalDiskResourceNameByDriveLetter"})));
+}
+
 TEST_F(GroupDisk, WithoutAGroupHandleIsAFailure) {
     const CClusterGroup none;
     std::wstring name = L"before";

@@ -33,6 +33,7 @@ TEST_F(NameEnumeration, ListsNodes) {
     NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_NODE, names));
     EXPECT_EQ(names, (NameList{L"NODE-A", L"NODE-B"}));
+    EXPECT_EQ(TakeLog(), "");
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(1)\n"));
 }
 
@@ -40,6 +41,7 @@ TEST_F(NameEnumeration, ListsGroups) {
     NameList names;
     EXPECT_TRUE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_GROUP, names));
     EXPECT_EQ(names, (NameList{L"Cluster Group", L"EVS1"}));
+    EXPECT_EQ(TakeLog(), "");
     EXPECT_THAT(TakeJournal(), HasSubstr("ClusterOpenEnum(8)\n"));
 }
 
@@ -271,6 +273,21 @@ TEST_F(NameEnumeration, OnlyAsciiLettersAreUpperCased) {
     std::wstring name;
     EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"m\u00fcnchen"));
     EXPECT_EQ(name, L"Lower");
+}
+
+TEST_F(NameEnumeration, EveryAsciiLetterIsUpperCasedAndNothingBesideThem) {
+    cluster.Load(GivenCluster()
+                     .Node("NODE-A")
+                     .Group("G", "NODE-A")
+                     .NetworkName("Letters", "ABCDEFGHIJKLMNOPQRSTUVWXYZ")
+                     .NetworkName("Neighbours", "@[`{"));
+    std::wstring name;
+    EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"abcdefghijklmnopqrstuvwxyz"));
+    EXPECT_EQ(name, L"Letters");
+    EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"ABCDEFGHIJKLMNOPQRSTUVWXYZ"));
+    EXPECT_EQ(name, L"Letters");
+    EXPECT_TRUE(cluster.FindFirstResourceNameByNetworkName(name, L"@[`{"));
+    EXPECT_EQ(name, L"Neighbours");
 }
 
 TEST_F(NameEnumeration, TheFirstOfSeveralMatchesWins) {

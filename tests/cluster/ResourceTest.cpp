@@ -82,6 +82,25 @@ TEST_F(ResourceHandle, AFailingCloseIsLoggedAndTheHandleForgotten) {
     EXPECT_EQ(TakeLog(), Lines({"E Warning, calling CloseClusterResource returns FALSE"}));
 }
 
+TEST_F(ResourceHandle, ClosingKeepsTheLastError) {
+    const auto patch = PatchImport(clusapi, CloseClusterResource, [](HRESOURCE h) -> BOOL {
+        const BOOL result = ::CloseClusterResource(h);
+        SetLastError(5);
+        return result;
+    });
+    {
+        CClusterResource closed;
+        CClusterResource destroyed;
+        cluster.Open(closed, L"EVS1 IP");
+        cluster.Open(destroyed, L"EVS1 Name");
+        SetLastError(ImpossibleCode);
+        closed.Close();
+        EXPECT_EQ(GetLastError(), ImpossibleCode);
+    }
+    EXPECT_EQ(GetLastError(), ImpossibleCode);
+    EXPECT_EQ(TakeLog(), "");
+}
+
 TEST_F(ResourceHandle, CloseForgetsTheCachedProperties) {
     CClusterResource resource;
     cluster.Open(resource, L"EVS1 IP");

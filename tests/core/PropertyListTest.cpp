@@ -110,6 +110,21 @@ TEST(PropertyList, TextListHasNameValueAndEndMark) {
     }
 }
 
+TEST(PropertyList, TheEndMarkIsWrittenWhateverStoodInItsPlace) {
+    const Bytes endMark(4, 0);
+    for (const std::size_t nameLength : {0u, 1u, 2u}) {
+        const std::wstring name(nameLength, L'N');
+        Bytes dwordList(clus::DwordPropertyListSize(nameLength), 0);
+        std::fill(dwordList.end() - 4, dwordList.end(), Guard);
+        clus::WriteDwordPropertyList(dwordList.data(), name.c_str(), nameLength, 1);
+        EXPECT_EQ(Bytes(dwordList.end() - 4, dwordList.end()), endMark);
+        Bytes textList(clus::TextPropertyListSize(nameLength, 1), 0);
+        std::fill(textList.end() - 4, textList.end(), Guard);
+        clus::WriteTextPropertyList(textList.data(), name.c_str(), nameLength, L"x", 1);
+        EXPECT_EQ(Bytes(textList.end() - 4, textList.end()), endMark);
+    }
+}
+
 TEST(PropertyList, EvenNameLengthIsPadded) {
     EXPECT_EQ(TextList(L"AB", L"x"), Bytes({
                                          1, 0, 0, 0,                                         //

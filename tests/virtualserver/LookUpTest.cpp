@@ -67,6 +67,16 @@ TEST_F(ServerLookUp, SkipsSilentlyWhatCannotBeRead) {
     EXPECT_THAT(TakeMessages(), ::testing::Not(Contains(::testing::StartsWith("W Warning, open resource"))));
 }
 
+TEST_F(ServerLookUp, DoesNotUseAResourceThatCannotBeOpened) {
+    ClusterOf(ThreeServers());
+    Util util;
+    Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007);
+    Info info;
+    EXPECT_TRUE(Find(*this, util, L"EVS2", info));
+    EXPECT_EQ(TakeMessages(), (Texts{"E Open resource failed:EVS1 Product, err=5007",
+                                     "I Quorum Mode: CLUSTER_QUORUM_SINGLE_COPY", "I Finding EVS2"}));
+}
+
 TEST_F(ServerLookUp, FailsSilentlyWhenTheClusterCannotBeRead) {
     const struct {
         const char* name;

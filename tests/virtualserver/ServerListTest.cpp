@@ -187,6 +187,20 @@ TEST_F(ServerList, LeavesOutAResourceThatCannotBeOpened) {
     EXPECT_THAT(TakeMessages(), Contains("W Warning, open resource EVS1 Product fail, code: 5007").Times(2));
 }
 
+TEST_F(ServerList, DoesNotUseAResourceThatCannotBeOpened) {
+    ClusterOf(ThreeServers());
+    Util util;
+    Platform().FailCall("OpenClusterResource(EVS1 Product)", 5007);
+    int count = 0;
+    Forget();
+    EXPECT_EQ(util.EnumServersOnCurrentNode(nullptr, &count), Util::ENUM_VS_RESULT_MORE_DATA);
+    EXPECT_EQ(count, 1);
+    EXPECT_THAT(TakeLog(),
+                ::testing::HasSubstr(Lines(
+                    {"I Opening resource:", "I EVS1 Product", "E Open resource failed:EVS1 Product, err=5007",
+                     "W Warning, open resource EVS1 Product fail, code: 5007", "I Opening resource:", "I EVS2 IP"})));
+}
+
 // The names that the list is told to lack, joined by commas.
 std::string LeftOut() {
     Util util;

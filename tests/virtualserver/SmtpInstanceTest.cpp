@@ -165,6 +165,14 @@ TEST_F(SmtpInstances, WholeTranscriptOfAnUnknownServerAndOfTooMany) {
     EXPECT_EQ(TakeLog(), Lines(Listed({}, {}) + Texts{Left}));
 }
 
+TEST_F(SmtpInstances, AreAskedForTheirNumberByItsExactName) {
+    ClusterOf(TwoInstances());
+    Info info;
+    ASSERT_TRUE(Util::GetSMTPInstanceInfo(L"EVS1", info));
+    EXPECT_EQ(Platform().CountCalls("ResUtilFindDwordProperty("), 2u);
+    EXPECT_EQ(Platform().CountCalls("ResUtilFindDwordProperty(ProtocolInstanceId)"), 2u);
+}
+
 TEST_F(SmtpInstances, FailWhenAnInstanceCannotBeOpened) {
     ModelBuilder model = OneServer();
     model.Resource("SMTP 1", SmtpType).Private("ProtocolInstanceId", 1u);

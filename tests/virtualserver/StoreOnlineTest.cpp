@@ -40,7 +40,9 @@ TEST_F(StoreOnline, SkipsAStoreThatCannotBeOpened) {
     ClusterOf(model);
     Platform().FailCall("OpenClusterResource(Store)", 5007, 2); // the first opening is the search by type
     EXPECT_TRUE(Util::AtLeastOneExchangeResourceDLLOnlineOnCurrentNode());
-    EXPECT_THAT(TakeMessages(), Contains("W cannot open store: Store, skip this one"));
+    EXPECT_THAT(TakeMessages(), ElementsAre("I Got computer name:: NODE-A", "I Found store: Store",
+                                            "E Open resource failed:Store, err=5007",
+                                            "W cannot open store: Store, skip this one", "I Found store: Store 2"));
 }
 
 TEST_F(StoreOnline, IsFalseWhenTheClusterCannotBeRead) {
