@@ -61,8 +61,8 @@ def check(texts, tags):
 def table(places, tags):
     lines = ["# Log places", "",
              "A log line of the library ends its prefix with a tag and a number, as in `.\\clus_Cluster.cpp(2041)`. The tag names the",
-             "subsystem; the thousands of the number tell the file, the rest the line in it. `scripts/check_log_places.py --write`",
-             "writes this table, and `./dev lint` checks it.", "",
+             "subsystem; the thousands of the number tell the file of the source tree, the rest the line in it.", "",
+             "In the source tree `scripts/check_log_places.py --write` writes this table, and `./dev lint` checks it.", "",
              "| tag | numbers | file | subject |", "|---|---|---|---|"]
     for tag, number, name in places:
         numbers = f"{1000 * number + 1} to {1000 * number + MOST_LINES}"

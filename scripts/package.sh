@@ -35,7 +35,7 @@ unpackAndRun() {
     local said
     rm -rf "$out/unpacked" && mkdir "$out/unpacked" &&
         cmake -E chdir "$out/unpacked" cmake -E tar xf "../$name.zip" &&
-        python3 scripts/package/check_package.py "$out/unpacked/$name" "$version" &&
+        python3 scripts/package/check_package.py "$out/unpacked/$name" "$version" "$out/$name-symbols.zip" &&
         said=$(cmake/wine-run "$tree/wineprefix" "$out/unpacked/$name/bin/clusctl.exe" --version | tr -d '\r') &&
         echo "$said" && [ "$said" = "clusctl $version" ] &&
         rm -rf "$out/unpacked"

@@ -1,11 +1,15 @@
 #!/usr/bin/env python3
-"""Checks an unpacked package: checksums, list of contents, stripped binaries, import libraries, links, licences.
+"""Checks an unpacked package: checksums, list of contents, stripped binaries and their symbols, import libraries, documents,
+licences.
 
-usage: check_package.py PACKAGE VERSION
+usage: check_package.py PACKAGE VERSION SYMBOLS
+
+SYMBOLS is the archive of the symbols.
 """
 import re
 import subprocess
 import sys
+import zipfile
 from hashlib import sha256
 from pathlib import Path
 
@@ -13,6 +17,12 @@ sys.dont_write_bytecode = True
 import components  # noqa: E402
 import package  # noqa: E402
 import sbom  # noqa: E402
+
+
+# What the reader of a package does not have.
+OF_THE_SOURCES = re.compile(r"\./dev\b|(?<![\w./-])(build|cmake|scripts|simulator/(cluster|veritas)|src|support|tests|tools)/")
+# Tells what changed in the sources, too.
+ABOUT_THE_SOURCES = ("share/clusutil/CHANGELOG.md",)
 
 
 def output_of(*command):
@@ -39,6 +49,14 @@ def binaries(tree):
             yield f"{path.relative_to(tree)}: not stripped, or without a link to its symbols"
 
 
+def symbols(tree, archive):
+    with zipfile.ZipFile(archive) as zipped:
+        found = set(zipped.namelist())
+    wanted = {f"{tree.name}/{path.relative_to(tree)}.debug" for path in tree.rglob("*") if path.suffix in (".dll", ".exe")}
+    for name in sorted(found ^ wanted):
+        yield f"{name}: " + ("symbols of no binary" if name in found else "not among the symbols")
+
+
 def import_libraries(tree):
     binary = {"clusutil": "bin/clusutil.dll", "DebugLog": "bin/DebugLog.dll", "clussim": "simulator/clusapi.dll"}
     for name in package.IMPORT_LIBRARIES:
@@ -52,14 +70,24 @@ def import_libraries(tree):
             yield f"lib/msvc/{name}.lib: {binary[name]} does not export {function}"
 
 
+def sections_for_others(text):
+    """The headings of sections that lead to the sources without saying so."""
+    for section in re.split(r"^(?=#+ )", text, flags=re.M):
+        if OF_THE_SOURCES.search(section) and "source tree" not in section:
+            yield section.partition("\n")[0]
+
+
 def documents(tree, version):
     for path in sorted(tree.rglob("*.md")):
         text = path.read_text(encoding="utf-8")
         for target in re.findall(r"\]\(([^)\s#]+)[^)\s]*\)", text):
             if not re.match(r"[a-z]+:", target) and not (path.parent / target).exists():
                 yield f"{path.relative_to(tree)}: link to {target}, which is not there"
+        if str(path.relative_to(tree)) not in ABOUT_THE_SOURCES:
+            for heading in sections_for_others(text):
+                yield f"{path.relative_to(tree)}: '{heading}' names what only the source tree has, and does not say so"
     readme = (tree / "README.md").read_text(encoding="utf-8")
-    if "./dev" in readme or f"# clusutil {version} " not in readme or "@" in readme:
+    if "source tree" in readme or f"# clusutil {version} " not in readme or "@" in readme:
         yield "README.md: not for the reader of this package"
     for component in components.ALL:
         if component.licence_text() != (tree / "licenses" / component.licence_file).read_text(encoding="utf-8"):
@@ -67,8 +95,11 @@ def documents(tree, version):
 
 
 def main():
-    tree, version = Path(sys.argv[1]), sys.argv[2]
-    problems = [*checksums(tree), *sbom.check(tree), *binaries(tree), *import_libraries(tree), *documents(tree, version)]
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    tree, version, archive = Path(sys.argv[1]), sys.argv[2], Path(sys.argv[3])
+    problems = [*checksums(tree), *sbom.check(tree), *binaries(tree), *symbols(tree, archive), *import_libraries(tree),
+                *documents(tree, version)]
     print("\n".join(problems) or f"{tree.name}: checked")
     sys.exit(1 if problems else 0)
 

@@ -62,6 +62,11 @@ def without_dead_links(text, folder):
     return re.sub(r"\[([^\]]+)\]\(([^)\s]+)\)", link, text)
 
 
+def without_comments(text):
+    """The text without comments, which are for who changes it."""
+    return re.sub(r"<!--.*?-->\n*", "", text, flags=re.S)
+
+
 def arrange_documents(tree, version):
     share = tree / "share/clusutil"
     (share / "README.md").unlink()  # is about the sources
@@ -72,7 +77,7 @@ def arrange_documents(tree, version):
     shutil.rmtree(share / "docs/reference")
     for path in sorted(share.rglob("*.md")):
         text = path.read_text(encoding="utf-8")
-        path.write_text(without_dead_links(text, path.parent), encoding="utf-8")
+        path.write_text(without_dead_links(without_comments(text), path.parent), encoding="utf-8")
 
 
 def write_checksums(tree):
@@ -81,11 +86,12 @@ def write_checksums(tree):
     (tree / "SHA256SUMS").write_text("".join(lines), encoding="utf-8")
 
 
-def write_zip(folder, archive, epoch):
+def write_zip(folder, archive, top, epoch):
+    """All files of a folder, below the folder `top` in the archive."""
     time = datetime.fromtimestamp(epoch, timezone.utc).timetuple()[:6]
     with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED, compresslevel=9) as zipped:
         for path in sorted(path for path in folder.rglob("*") if path.is_file()):
-            entry = zipfile.ZipInfo(str(Path(archive.stem) / path.relative_to(folder)), time)
+            entry = zipfile.ZipInfo(f"{top}/{path.relative_to(folder)}", time)
             entry.compress_type = zipfile.ZIP_DEFLATED
             entry.create_system = 3
             entry.external_attr = (0o755 if path.suffix in (".exe", ".dll", ".sh") else 0o644) << 16
@@ -108,8 +114,8 @@ def main():
     components.write_licences(tree / "licenses")
     sbom.write(tree, name, version, epoch)
     write_checksums(tree)
-    write_zip(tree, output / f"{name}.zip", epoch)
-    write_zip(symbols, output / f"{name}-symbols.zip", epoch)
+    write_zip(tree, output / f"{name}.zip", name, epoch)
+    write_zip(symbols, output / f"{name}-symbols.zip", name, epoch)  # unpacked there, beside the binaries
 
 
 if __name__ == "__main__":

@@ -4,11 +4,13 @@ import json
 import sys
 import tempfile
 import unittest
+import zipfile
 from pathlib import Path
 
 sys.dont_write_bytecode = True
 SCRIPTS = Path(__file__).resolve().parent.parent.parent / "scripts"
 sys.path[:0] = [str(SCRIPTS), str(SCRIPTS / "package")]
+import check_package  # noqa: E402
 import package  # noqa: E402
 import reference  # noqa: E402
 import sbom  # noqa: E402
@@ -80,6 +82,42 @@ class PackageDocuments(Folder):
         self.write("docs/b.md", "")
         text = package.without_dead_links("[a](b.md#x), [c](../src/c.h), [d](https://example.com/), [e](#f)", self.folder / "docs")
         self.assertEqual(text, "[a](b.md#x), c, [d](https://example.com/), [e](#f)")
+
+    def test_comments_are_left_out(self):
+        self.assertEqual(package.without_comments("# A\n\n<!-- Made by\n`./dev`. -->\n\nText\n"), "# A\n\nText\n")
+
+    def test_what_only_the_sources_have_is_said_to_be_theirs(self):
+        for words in ("`./dev build`", "`src/core/Text.h`", "(tests/cluster)", "simulator/veritas/", "cd build/rehearsal"):
+            self.assertEqual(list(check_package.sections_for_others(f"# A\n\nText\n\n## B\n\n{words}\n")), ["## B"], words)
+            self.assertEqual(list(check_package.sections_for_others(f"# A\n\nIn the source tree: {words}\n")), [], words)
+
+    def test_what_the_package_has_needs_no_word(self):
+        text = "# A\n\n`simulator/ClusSimControl.h`, `lib/cmake/clusutil`, `include/`, ../src.txt, /dev/null, development\n"
+        self.assertEqual(list(check_package.sections_for_others(text)), [])
+
+
+class Symbols(Folder):
+    def setUp(self):
+        super().setUp()
+        for name in ("bin/a.exe", "simulator/b.dll"):
+            self.write(f"example/{name}", "binary")
+            self.write(f"symbols/{name}.debug", "symbols")
+
+    def problems(self):
+        # No entry of an archive can be older than 1980.
+        package.write_zip(self.folder / "symbols", self.folder / "symbols.zip", "example", 400_000_000)
+        return list(check_package.symbols(self.folder / "example", self.folder / "symbols.zip"))
+
+    def test_they_lie_beside_the_binaries_once_unpacked(self):
+        self.assertEqual(self.problems(), [])
+        with zipfile.ZipFile(self.folder / "symbols.zip") as zipped:
+            zipped.extractall(self.folder)
+        self.assertTrue((self.folder / "example/bin/a.exe.debug").exists())
+
+    def test_missing_and_needless_ones_are_found(self):
+        (self.folder / "symbols/simulator/b.dll.debug").rename(self.folder / "symbols/b.dll.debug")
+        self.assertEqual(self.problems(), ["example/b.dll.debug: symbols of no binary",
+                                           "example/simulator/b.dll.debug: not among the symbols"])
 
 
 class ListOfContents(Folder):
