@@ -7,7 +7,6 @@
 #include "platform/NameEnumeration.h"
 #include "platform/Owner.h"
 
-#include <algorithm>
 #include <iterator>
 
 CLUS_LOG_PLACE(Cluster, 4);
@@ -152,8 +151,7 @@ bool CClusterGroup::EnumResourceInGroup(HCLUSTER cluster, EnumResourceCallback c
         if (code == ERROR_MORE_DATA && cch < MAXLONG / 8) {
             const DWORD cbGrown = ((cch + 1) / 512 + 1) * 512 * CharacterSize;
             if (buffer.EnsureCharacters(cbGrown)) {
-                cbBuffer =
-                    std::max(cbBuffer, cbGrown); // at least twice the room, so that it ends at the longest answer
+                cbBuffer = cbGrown; // more than twice what was given, so that it ends at the longest answer
                 continue;
             }
         }

@@ -206,6 +206,31 @@ TEST_F(GroupWalk, WithoutAFirstBufferNothingIsVisited) {
     EXPECT_THAT(TakeLog(), HasSubstr("E [FIXREF-77888] EnumGroup Fail (error="));
 }
 
+TEST_F(GroupWalk, ABufferThatOnlyTheSecondAttemptGetsIsGivenWithItsOwnRoom) {
+    const std::string longName(1500, 'x');
+    cluster.Load(
+        GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress("a", "10.0.0.1").IpAddress(longName, "10.0.0.2"));
+    CClusterGroup group;
+    cluster.Open(group, L"G");
+    Heap().FailLocalAlloc(1);
+    std::vector<DWORD> room;
+    const auto patch = PatchImport(clusapi, ClusterGroupEnum,
+                                   [&](HGROUPENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
+                                       room.push_back(*cch);
+                                       if (!text) {
+                                           *cch = 1;
+                                           return ERROR_MORE_DATA;
+                                       }
+                                       return ::ClusterGroupEnum(h, i, type, text, cch);
+                                   });
+    Visitor visitor;
+    EXPECT_TRUE(group.EnumResourceInGroup(cluster.GetHandle(), &Visitor::Callback, &visitor));
+    EXPECT_TRUE(Heap().Fired());
+    EXPECT_EQ(Visited(visitor), (Names{L"a", Utf16(longName)}));
+    // 512 characters in 1,024 bytes, then 1,536 in 3,072; each block holds as many characters as that.
+    EXPECT_EQ(room, (std::vector<DWORD>{0, 1024, 1024, 3072, 3072}));
+}
+
 TEST_F(GroupWalk, AnExceptionOfTheCallbackLeavesNothingOpen) {
     {
         CClusterGroup group;
