@@ -239,4 +239,23 @@ TEST_F(UnterminatedText, APropertyBeyondTheLongestAnswerIsNotAskedForAgain) {
     }
 }
 
+TEST_F(UnterminatedText, APropertyAsLongAsTheLongestAnswerIsAskedForAgain) {
+    CClusterResource resource;
+    cluster.Open(resource, L"EVS1 Disk");
+    std::vector<DWORD> room;
+    const auto patch =
+        PatchImport(clusapi, ClusterResourceControl,
+                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD cbOut, LPDWORD cb) -> DWORD {
+                        room.push_back(cbOut);
+                        *cb = 0x01000000;
+                        if (cbOut < *cb) {
+                            return ERROR_MORE_DATA;
+                        }
+                        std::memcpy(out, L"x", 4);
+                        return ERROR_SUCCESS;
+                    });
+    EXPECT_STREQ(resource.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, true), L"x");
+    EXPECT_EQ(room, (std::vector<DWORD>{128, 0x01000000}));
+}
+
 } // namespace

@@ -141,6 +141,16 @@ TEST_F(DiskInfo, ASizeBeyondTheBufferIsNotBelieved) {
     EXPECT_EQ(TakeLog(), Lines(LogOf({"F:"})));
 }
 
+TEST_F(DiskInfo, ASizeOfTheLongestAnswerIsAskedFor) {
+    DiskAnswer answer;
+    answer.bytes = Concat({PartitionEntry(L"F:"), EndMark()});
+    answer.probeSize = answer.size = 0x01000000;
+    Paths paths;
+    EXPECT_TRUE(LettersOf(answer, paths));
+    EXPECT_EQ(paths, Paths{L"F:\\"});
+    EXPECT_EQ(calls, 2);
+}
+
 TEST_F(DiskInfo, ASizeBeyondTheLongestAnswerIsNotAskedFor) {
     for (const DWORD size : {0x01000001u, 0x7fffffffu, 0xffffffffu}) {
         DiskAnswer answer;

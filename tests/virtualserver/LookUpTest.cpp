@@ -43,6 +43,18 @@ TEST_F(ServerLookUp, SaysWhetherTheServerIsOnline) {
     EXPECT_TRUE(info.m_bIsOnline);
 }
 
+TEST_F(ServerLookUp, GivesTheWholeRecord) {
+    ClusterOf(ThreeServers());
+    Util util;
+    Info info;
+    ASSERT_TRUE(Find(*this, util, L"EVS2", info));
+    EXPECT_STREQ(info.m_wsServerName, L"EVS2");
+    EXPECT_STREQ(info.m_wsServerIP, L"192.0.2.2");
+    EXPECT_STREQ(info.m_wsDataPath, L"F:\\EVS2");
+    EXPECT_EQ(std::wcslen(info.m_wsServerGUID), 36u);
+    EXPECT_EQ(info.m_nSmtpInstanceCount, -1);
+}
+
 TEST_F(ServerLookUp, DoesNotFindTheServersOfOtherNodes) {
     ClusterOf(ThreeServers());
     Util util;
