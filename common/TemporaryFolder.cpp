@@ -6,31 +6,13 @@
 
 namespace common {
 
-TemporaryFolder::TemporaryFolder(const std::wstring& name) {
-    wchar_t temporary[MAX_PATH + 1] = L"";
-    if (GetTempPathW(MAX_PATH + 1, temporary) == 0) {
-        throw FileError(L"%TEMP%", "found", GetLastError());
-    }
-    const std::wstring path = temporary + name + L"-" + std::to_wstring(GetCurrentProcessId()) + L"-";
-    for (int number = 1;; ++number) {
-        m_path = path + std::to_wstring(number);
-        if (CreateDirectoryW(m_path.c_str(), nullptr)) {
-            return;
-        }
-        if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            throw FileError(m_path, "created", GetLastError());
-        }
-    }
-}
+namespace {
 
-TemporaryFolder::~TemporaryFolder() {
-    Remove();
-}
-
-std::vector<std::wstring> TemporaryFolder::Entries() const {
+// Sorted.
+std::vector<std::wstring> EntriesOf(const std::wstring& folder) {
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(File(L"*").c_str(), &found);
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &found);
     if (search != INVALID_HANDLE_VALUE) {
         do {
             const std::wstring name = found.cFileName;
@@ -44,15 +26,48 @@ std::vector<std::wstring> TemporaryFolder::Entries() const {
     return names;
 }
 
-bool TemporaryFolder::Remove() const {
-    for (const std::wstring& name : Entries()) {
-        const std::wstring path = File(name);
-        SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (!DeleteFileW(path.c_str())) {
-            RemoveDirectoryW(path.c_str());
+} // namespace
+
+TemporaryFolder::TemporaryFolder(const std::wstring& name, PSECURITY_DESCRIPTOR security) {
+    SECURITY_ATTRIBUTES attributes = {sizeof(attributes), security, FALSE};
+    wchar_t temporary[MAX_PATH + 1] = L"";
+    if (GetTempPathW(MAX_PATH + 1, temporary) == 0) {
+        throw FileError(L"%TEMP%", "found", GetLastError());
+    }
+    const std::wstring path = temporary + name + L"-" + std::to_wstring(GetCurrentProcessId()) + L"-";
+    for (int number = 1;; ++number) {
+        m_path = path + std::to_wstring(number);
+        if (CreateDirectoryW(m_path.c_str(), &attributes)) {
+            return;
+        }
+        if (GetLastError() != ERROR_ALREADY_EXISTS) {
+            throw FileError(m_path, "created", GetLastError());
         }
     }
-    return RemoveDirectoryW(m_path.c_str()) != FALSE;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    Remove();
+}
+
+std::vector<std::wstring> TemporaryFolder::Entries() const {
+    return EntriesOf(m_path);
+}
+
+bool TemporaryFolder::Remove() const {
+    return RemoveFolder(m_path);
+}
+
+bool RemoveFolder(const std::wstring& path) {
+    for (const std::wstring& name : EntriesOf(path)) {
+        std::wstring entry = path;
+        entry.append(L"\\").append(name);
+        SetFileAttributesW(entry.c_str(), FILE_ATTRIBUTE_NORMAL);
+        if (!DeleteFileW(entry.c_str())) {
+            RemoveDirectoryW(entry.c_str());
+        }
+    }
+    return RemoveDirectoryW(path.c_str()) != FALSE;
 }
 
 } // namespace common

@@ -2,6 +2,9 @@
 #ifndef COMMON_TEMPORARYFOLDER_H
 #define COMMON_TEMPORARYFOLDER_H
 
+#include <winsock2.h>
+#include <windows.h>
+
 #include <string>
 #include <vector>
 
@@ -10,9 +13,9 @@ namespace common {
 // The folder goes with the object, and with it the files and empty folders in it.
 class TemporaryFolder {
 public:
-    // Its name begins with `name` and ends with numbers that no other folder has, of a stopped process included. Throws
-    // FileError.
-    explicit TemporaryFolder(const std::wstring& name);
+    // Its name begins with `name` and ends with numbers that no other folder has, of a stopped process included. Who
+    // may use it the folder above tells, or the security descriptor. Throws FileError.
+    explicit TemporaryFolder(const std::wstring& name, PSECURITY_DESCRIPTOR security = nullptr);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -33,6 +36,10 @@ public:
 private:
     std::wstring m_path;
 };
+
+// Removes a folder, and the files and empty folders in it; false when something in it cannot be removed, with the
+// last-error value.
+bool RemoveFolder(const std::wstring& path);
 
 } // namespace common
 

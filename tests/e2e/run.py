@@ -24,6 +24,9 @@ the case's purpose ("# ...") and its setting:
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, where VCSSIM_MAIN_CF points, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
+  disk KILOBYTES      the temporary folder lies on a disk of this size; without the right to mount one the case is not run (exit code 77)
+  tools writable      everybody may write to the folder of clusctl and of the VCS tools
+  planted-tool TOOL   the same stand-in as of environment-tool lies, as this tool, in the folder in which clusctl is called
   environment-tool TOOL  in place of this VCS tool one that lists the CLUSCTL_ variables that it was started with
   faults FILE         faults of the VCS tools from models/, copied to faults.json, for VCSSIM_FAULTS
 
@@ -71,6 +74,7 @@ HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
 EXAMPLES = ROOT / "examples"
 TIME_LIMIT = 60
+SKIPPED = 77
 COMPUTER = "NODE1"
 VCS_TOOLS = ("haconf", "hasys", "hagrp", "hares", "vcsencrypt")
 
@@ -83,7 +87,11 @@ VOLATILE = [
     (r"(?m)(^ID: +|\"id\": \")[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[0-9a-f]{4}-[0-9a-f]{12}", r"\1NEW-ID"),
     (r"ha-[0-9a-f]+\.tmp", "ha-NAME.tmp"),
     (r"process \d+, begun \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC", "process NUMBER, begun TIME"),
-    (r"Z:\\+[^ ]*?(?=ha-NAME)", "FOLDER/"),
+    (r"Z:(\\+)[^ \"]*\\+(?=(?:ha\w+|vcsencrypt)\.exe)", r"BIN\1"),
+    (r"Z:\\[^ \"]*\\bin(?=\\?\")", "BIN"),
+    (r"Z:\\[^ \"]*\\e2e\\+work\\+[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
+    (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+", r"WORK\1"),
+    (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
 ]
@@ -139,6 +147,7 @@ class Case:
         self.program = runner.bin / "clusctl.exe"
         self.configuration = self.model = None
         self.problems = []  # of JSON documents
+        self.disk = None
 
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -174,6 +183,12 @@ class Case:
                 stand_in = self.own_program_folder() / f"{value}.exe"
                 stand_in.unlink(missing_ok=True)
                 os.link(self.runner.bin / "e2e" / "environment-tool.exe", stand_in)
+            elif word == "planted-tool":
+                os.link(self.runner.bin / "e2e" / "environment-tool.exe", self.folder / f"{value}.exe")
+            elif word == "tools":
+                self.own_program_folder().chmod(0o777)
+            elif word == "disk":
+                self.mount_disk(int(value))
             elif word == "faults":
                 shutil.copy(find_input(value), self.folder / "faults.json")
             elif word == "iis":
@@ -187,6 +202,18 @@ class Case:
     def marks(self):
         """The files that runs leave while they last."""
         return list((self.runner.prefix / "drive_c/ProgramData/clusctl").glob("*"))
+
+    def mount_disk(self, kilobytes):
+        folder = interrupted.temporary_folder(self)
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={kilobytes}k,mode=0755", "none", str(folder)],
+                          stderr=subprocess.DEVNULL).returncode != 0:
+            print("not run: no disk can be mounted here")
+            sys.exit(SKIPPED)
+        self.disk = folder
+
+    def unmount_disk(self):
+        if self.disk:
+            subprocess.run(["umount", str(self.disk)], check=True)
 
     def copy_configuration(self):
         for file in self.folder.glob("main.cf*"):
@@ -385,7 +412,13 @@ class Case:
                 settings.append(("vcs-tools", " ".join(VCS_TOOLS)))
         if first == len(lines):
             sys.exit(f"{self.file.name} runs nothing")
-        self.prepare(settings)
+        try:
+            self.prepare(settings)
+            return self.run_lines(lines, first)
+        finally:
+            self.unmount_disk()
+
+    def run_lines(self, lines, first):
         result = "\n".join(lines[:first]).rstrip("\n") + "\n"
         for line in lines[first:]:
             if line.startswith("$ "):

@@ -116,6 +116,14 @@ CommandLine::CommandLine() : m_app(Description, "clusctl") {
     AddText(m_app, "--log", m_shared.logFile, "FILE",
             "Append the debug log to a file, with time, process and place; see [logs](#logs)")
         .group("Diagnostics");
+    m_app
+        .add_flag("--show-tools", m_shared.showsTools,
+                  "Name the files of the VCS tools that the `vcs` commands run; see [VCS tools](#vcs-tools)")
+        ->group("VCS tools");
+    m_app
+        .add_flag("--allow-writable-tools", m_shared.allowsWritableTools,
+                  "Run VCS tools also from folders that ordinary users may write")
+        ->group("VCS tools");
     m_app.footer(Footer());
 }
 

@@ -16,6 +16,8 @@ struct SharedOptions {
     bool json = false;
     bool verbose = false;
     std::wstring logFile;
+    bool showsTools = false;
+    bool allowsWritableTools = false;
 };
 
 class LogCapture;

@@ -39,6 +39,7 @@ constexpr ErrorKind NotPossible = {"not-possible", ExitNotPossible};
 constexpr ErrorKind AlreadyExists = {"already-exists", ExitNotPossible};
 constexpr ErrorKind NodePaused = {"node-paused", ExitNotPossible};
 constexpr ErrorKind ReadOnly = {"read-only", ExitNotPossible};
+constexpr ErrorKind UnsafeTool = {"unsafe-tool", ExitNotPossible};
 constexpr ErrorKind NoSimulator = {"no-simulator", ExitNotPossible};
 constexpr ErrorKind Refused = {"refused", ExitRefused};
 constexpr ErrorKind TimedOut = {"timed-out", ExitTimedOut};

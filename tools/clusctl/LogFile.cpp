@@ -3,6 +3,7 @@
 #include "Stream.h"
 #include "Text.h"
 
+#include "common/Files.h"
 #include "common/Text.h"
 
 #include <LogConfig.h>
@@ -25,7 +26,7 @@ LogFile::LogFile(const std::wstring& option) {
         }
         return;
     }
-    m_file = common::AppendFile(config.file);
+    m_file = common::AppendFile(common::FullPath(config.file)); // whatever the current folder is when it is written
     m_mask = m_file.Open() == ERROR_SUCCESS ? config.mask : 0;
     // The log library is left a file that keeps nothing.
     SetEnvironmentVariableW(FileVariable, L"NUL");

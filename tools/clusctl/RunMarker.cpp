@@ -42,12 +42,6 @@ std::string Now() {
     return text;
 }
 
-std::wstring CurrentFolder() {
-    wchar_t folder[MAX_PATH] = {};
-    const DWORD length = GetCurrentDirectoryW(MAX_PATH, folder);
-    return length > 0 && length < MAX_PATH ? std::wstring(folder) + L"\\" : std::wstring();
-}
-
 std::wstring TemporaryFolder() {
     wchar_t folder[MAX_PATH + 1] = {};
     return GetTempPathW(MAX_PATH + 1, folder) == 0 ? std::wstring() : folder;
@@ -63,17 +57,6 @@ bool IsLeft(const std::wstring& path) {
     return true;
 }
 
-// Files of a kind that nobody has open: capture files of VCS tools, which bear no process in their names.
-std::string LeftIn(const std::wstring& folder, const std::wstring& pattern) {
-    std::string text;
-    for (const std::wstring& name : NamesIn(folder, pattern)) {
-        if (IsLeft(folder + name)) {
-            text += (text.empty() ? "" : ", ") + Quoted(folder + name);
-        }
-    }
-    return text;
-}
-
 std::string SentenceOf(const Json& mark) {
     const std::string command = mark.at("command").get<std::string>();
     const std::string process = std::to_string(mark.at("process").get<unsigned long>());
@@ -81,10 +64,6 @@ std::string SentenceOf(const Json& mark) {
                        ", begun " + mark.at("begun").get<std::string>() + "; it may be half done";
     if (command.find("--rw") != std::string::npos) {
         text += "; the configuration may be open for writing still: 'clusctl vcs mode ro' closes it";
-    }
-    const std::string captures = LeftIn(common::ToUtf16(mark.at("folder").get<std::string>()), L"ha-*.tmp");
-    if (!captures.empty()) {
-        text += "; files of VCS tools are left: " + captures;
     }
     for (const std::wstring& name : NamesIn(TemporaryFolder(), L"clusctl-" + common::ToUtf16(process) + L"-*")) {
         text += "; the copy of a rehearsal is left: " + Quoted(TemporaryFolder() + name);
@@ -103,8 +82,8 @@ RunMarker::RunMarker(const std::string& command) : m_file(INVALID_HANDLE_VALUE) 
     m_path = folder + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetTickCount()) + Extension;
     m_file = CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (m_file != INVALID_HANDLE_VALUE) {
-        const std::string text = common::DumpJson(
-            {{"command", command}, {"process", GetCurrentProcessId()}, {"begun", Now()}, {"folder", CurrentFolder()}});
+        const std::string text =
+            common::DumpJson({{"command", command}, {"process", GetCurrentProcessId()}, {"begun", Now()}});
         DWORD written = 0;
         WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     }

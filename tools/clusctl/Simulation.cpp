@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "ModelSettings.h"
 #include "Text.h"
+#include "VcsToolFiles.h"
 
 #include "common/Environment.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 const wchar_t ClusterVariable[] = L"CLUSSIM_FILE";
 const wchar_t VcsVariable[] = L"VCSSIM_MAIN_CF";
-const wchar_t AnyVcsTool[] = L"hares.exe"; // they are all of one make
+const wchar_t AnyVcsTool[] = L"hares"; // they are all of one make
 
 bool IsClusterSimulated() {
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
@@ -46,14 +47,8 @@ bool IsToolSimulated(const std::wstring& path) {
 }
 
 bool IsVcsSimulated() {
-    wchar_t path[MAX_PATH] = {};
-    const DWORD length = SearchPathW(nullptr, AnyVcsTool, nullptr, MAX_PATH, path, nullptr);
-    return length > 0 && length < MAX_PATH && IsToolSimulated(path);
-}
-
-bool IsOnSearchPath() {
-    wchar_t path[MAX_PATH] = {};
-    return SearchPathW(nullptr, AnyVcsTool, nullptr, MAX_PATH, path, nullptr) != 0;
+    const std::wstring path = FindVcsTool(AnyVcsTool);
+    return !path.empty() && IsToolSimulated(path);
 }
 
 [[noreturn]] void Refuse(const wchar_t* variable, const std::string& who, const std::string& hint) {
@@ -68,7 +63,7 @@ void RequireNamedSimulators() {
                "Put the simulator's clusapi.dll and resutils.dll beside clusctl.exe, or remove the variable.");
     }
     // Without any tools nothing real answers either, and what is missing is said by whoever needs it.
-    if (!common::EnvironmentVariable(VcsVariable).empty() && IsOnSearchPath() && !IsVcsSimulated()) {
+    if (!common::EnvironmentVariable(VcsVariable).empty() && !FindVcsTool(AnyVcsTool).empty() && !IsVcsSimulated()) {
         Refuse(VcsVariable, "the VCS tools on the search path are not the simulator's: the real cluster would answer",
                "Put the folder of the simulator's tools first on PATH, or remove the variable.");
     }

@@ -2,6 +2,7 @@
 
 #include "Interruption.h"
 #include "Text.h"
+#include "VcsFolder.h"
 
 namespace {
 
@@ -63,6 +64,7 @@ void ToolRuns::Take(const CVeritasToolRun& told) {
         run.isStarted = told.started;
         run.startError = told.startError;
         run.captureError = told.captureError;
+        run.roomError = ProbeCurrentFolder();
         run.isExitCodeKnown = told.exitCodeKnown;
         run.exitCode = told.exitCode;
         run.isInterrupted = Interruption::IsPending() && !m_wasInterrupted;

@@ -14,6 +14,7 @@ struct ToolRun {
     bool isStarted = false;
     unsigned long startError = 0;   // Win32 code: why it was not
     unsigned long captureError = 0; // Win32 code: why its output went astray
+    unsigned long roomError = 0;    // Win32 code: why no more of its output could have been captured
     bool isExitCodeKnown = false;
     unsigned long exitCode = 0;
     bool isRead = false;

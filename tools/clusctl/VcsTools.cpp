@@ -2,6 +2,7 @@
 
 #include "Report.h"
 #include "Text.h"
+#include "VcsToolFiles.h"
 
 #include "common/Text.h"
 
@@ -47,26 +48,24 @@ bool IsHarmless(const std::string& number) {
                        [&number](const char* candidate) { return number == candidate; });
 }
 
-bool IsOnSearchPath(const std::string& tool) {
-    wchar_t path[MAX_PATH];
-    // A longer path is there, too.
-    return SearchPathW(nullptr, common::ToUtf16(tool).c_str(), L".exe", MAX_PATH, path, nullptr) != 0;
-}
-
 bool FindProblem(const ToolRun& run, ToolProblem& problem) {
     problem.command = run.command;
     if (!run.isStarted) {
-        const bool isThere = IsOnSearchPath(ToolOf(run));
+        const bool isThere = !FindVcsTool(common::ToUtf16(ToolOf(run))).empty();
         problem.kind = isThere ? ToolProblem::Kind::NotStarted : ToolProblem::Kind::Missing;
-        problem.message = isThere ? "the tool cannot be started: " + ErrorText(run.startError) +
-                                        "; the current folder must be writable"
-                                  : "the tool is not on the search path";
+        problem.message =
+            isThere ? "the tool cannot be started: " + ErrorText(run.startError) : "the tool is not on the search path";
         return true;
     }
     if (run.captureError != 0 || !run.isRead) {
-        problem.kind = ToolProblem::Kind::NotStarted;
+        problem.kind = ToolProblem::Kind::Lost;
         problem.message = "the tool ran, but what it said is lost" +
                           (run.captureError == 0 ? std::string() : ": " + ErrorText(run.captureError));
+        return true;
+    }
+    if (run.roomError != 0) {
+        problem.kind = ToolProblem::Kind::Lost;
+        problem.message = "what the tool said may have been cut: " + ErrorText(run.roomError);
         return true;
     }
     const std::string number = NumberOf(run.firstLine);
@@ -106,6 +105,8 @@ Failure FailureOf(const ToolProblem& cause, const std::string& what, const std::
                        what + ": the VCS tool " + tool + " is missing from the search path (PATH)" + lines);
     case ToolProblem::Kind::NotStarted:
         return Failure(what + ": the VCS tool " + tool + " cannot be started" + lines);
+    case ToolProblem::Kind::Lost:
+        return Failure(what + ": what the VCS tool " + tool + " said is lost, or a part of it" + lines);
     case ToolProblem::Kind::EngineDown:
         return Failure(Errors::EngineDown, what + ": the VCS engine is not running" + lines);
     case ToolProblem::Kind::ReadOnly:

@@ -14,6 +14,7 @@ struct ToolProblem {
     enum class Kind {
         Missing,    // the tool is not on the search path
         NotStarted, // it is, and cannot be started
+        Lost,       // what it said was not captured, or not all of it
         EngineDown,
         ReadOnly, // the configuration is not open for writing
         Message,  // any other message of VCS

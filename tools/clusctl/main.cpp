@@ -16,6 +16,8 @@
 #include "Stream.h"
 #include "Text.h"
 #include "VcsCommands.h"
+#include "VcsFolder.h"
+#include "VcsToolFiles.h"
 #include "VcsTools.h"
 
 #include "common/AppendFile.h"
@@ -76,6 +78,18 @@ public:
         }
         m_log = log;
         m_besides = {{"log", log}, {"simulated", TextOrNull(simulatedBy)}};
+        m_besides.update(m_tools);
+    }
+
+    // The files of the VCS tools that the command runs.
+    void SetTools(const std::vector<VcsToolFile>& tools) {
+        Json records = Json::array();
+        for (const VcsToolFile& tool : tools) {
+            records.push_back({{"name", tool.tool}, {"file", TextOrNull(tool.path)}});
+            m_errors.Write("clusctl: " + Printable(tool.tool) + " is " +
+                           (tool.path.empty() ? "not on the search path" : Quoted(tool.path)) + "\n");
+        }
+        m_tools = {{"tools", records}};
     }
 
     void Show(const Report& report) const {
@@ -122,6 +136,7 @@ private:
     bool m_isJson;
     std::vector<std::string> m_log;
     Json m_besides = {{"log", Json::array()}, {"simulated", nullptr}};
+    Json m_tools = Json::object();
 };
 
 // Does the command's work, and tells what an interruption leaves.
@@ -136,6 +151,10 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
                                                    (commandLine.OpensConfiguration() ? " --rw" : ""));
     }
     const bool isVcs = commandLine.Asked() == Answering::Vcs;
+    std::unique_ptr<const VcsFolder> folder;
+    if (isVcs) {
+        folder = std::make_unique<const VcsFolder>();
+    }
     Report report;
     try {
         report = commandLine.Chosen()(log);
@@ -189,6 +208,15 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
     try {
         if (commandLine.Asked() == Answering::FailoverCluster) {
             settings = std::make_unique<ModelSettings>();
+        }
+        if (commandLine.Asked() == Answering::Vcs) {
+            const std::vector<VcsToolFile> tools = FindVcsTools();
+            if (shared.showsTools) {
+                answer.SetTools(tools);
+            }
+            if (!shared.allowsWritableTools) {
+                RequireTrustedTools(tools);
+            }
         }
         Report report = Work(commandLine, log);
         setBesides();

@@ -1,0 +1,42 @@
+// The folder in which the VCS tools of a command run, and their output is captured: fresh, and this account's own.
+#ifndef CLUSCTL_VCSFOLDER_H
+#define CLUSCTL_VCSFOLDER_H
+
+#include "common/Handle.h"
+#include "common/TemporaryFolder.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+// While it lives it is the current folder, and files that the environment names for the VCS simulator are named
+// absolutely. So no tool is found where the caller happens to be, and nobody else can put anything in its way. Folders
+// that ended runs have left are removed.
+class VcsFolder {
+public:
+    // Throws Failure when it cannot be made or written.
+    VcsFolder();
+    ~VcsFolder();
+    VcsFolder(const VcsFolder&) = delete;
+    VcsFolder& operator=(const VcsFolder&) = delete;
+
+private:
+    struct Variable {
+        const wchar_t* name;
+        std::wstring given;
+        std::wstring absolute;
+    };
+
+    void NameAbsolutely(const wchar_t* variable);
+
+    std::wstring m_former;
+    std::unique_ptr<common::TemporaryFolder> m_folder;
+    common::Handle m_use; // held while the folder is in use
+    std::vector<Variable> m_variables;
+};
+
+// Whether some more can be written to the current folder, as a Win32 code: after a tool's run, whether its output may
+// have been cut for want of room.
+unsigned long ProbeCurrentFolder();
+
+#endif
