@@ -47,9 +47,10 @@ std::wstring TemporaryFolder() {
     return GetTempPathW(MAX_PATH + 1, folder) == 0 ? std::wstring() : folder;
 }
 
-// Whether no process has it open.
+// Whether no process has it open for writing, as its owner has. Shares everything: several runs may ask at once.
 bool IsLeft(const std::wstring& path) {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
@@ -108,6 +109,8 @@ KilledRuns::KilledRuns() {
         try {
             m_sentences.push_back(SentenceOf(Json::parse(common::ReadWholeFile(folder + name))));
             m_paths.push_back(folder + name);
+        } catch (const common::FileError&) {
+            // another run is forgetting it
         } catch (const std::exception&) {
             DeleteFileW((folder + name).c_str()); // nothing can be told of it
         }
