@@ -116,6 +116,10 @@ std::string Quoted(const std::wstring& text) {
     return Quoted(common::ToUtf8(text));
 }
 
+std::string QuotedPath(const std::wstring& path) {
+    return "\"" + Printable(path) + "\"";
+}
+
 std::string Shortened(const std::string& text, size_t longest) {
     const std::string printable = Printable(text);
     return CharacterCount(printable) <= longest ? printable : Head(printable, longest - 3) + "...";

@@ -22,6 +22,9 @@ size_t CharacterCount(const std::string& text);
 std::string Quoted(const std::string& text);
 std::string Quoted(const std::wstring& text);
 
+// The path in double quotes, whole however long it is: somebody is to find the file.
+std::string QuotedPath(const std::wstring& path);
+
 // The printable text, its end left out when it is longer.
 std::string Shortened(const std::string& text, size_t longest);
 

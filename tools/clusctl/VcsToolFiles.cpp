@@ -127,7 +127,7 @@ std::string WhoMayChange(const std::wstring& path, ACCESS_MASK change) {
         GetNamedSecurityInfoW(&name[0], SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION, &owner,
                               nullptr, &list, nullptr, &descriptor);
     if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot tell who may change " + Quoted(path), code);
+        throw Failure::OfCode("cannot tell who may change " + QuotedPath(path), code);
     }
     const LocalMemory memory(descriptor);
     if (owner != nullptr && !IsTrusted(owner)) {
@@ -156,7 +156,7 @@ void RequireTrusted(const VcsToolFile& tool, const std::wstring& path, ACCESS_MA
     const std::string who = WhoMayChange(path, change);
     if (!who.empty()) {
         throw Failure(Errors::UnsafeTool,
-                      "the VCS tool " + Quoted(tool.tool) + " is not run: " + who + " may change " + Quoted(path))
+                      "the VCS tool " + Quoted(tool.tool) + " is not run: " + who + " may change " + QuotedPath(path))
             .Hint("Leave that right to administrators, or give --allow-writable-tools.");
     }
 }

@@ -87,7 +87,7 @@ public:
         for (const VcsToolFile& tool : tools) {
             records.push_back({{"name", tool.tool}, {"file", TextOrNull(tool.path)}});
             m_errors.Write("clusctl: " + Printable(tool.tool) + " is " +
-                           (tool.path.empty() ? "not on the search path" : Quoted(tool.path)) + "\n");
+                           (tool.path.empty() ? "not on the search path" : QuotedPath(tool.path)) + "\n");
         }
         m_tools = {{"tools", records}};
     }
