@@ -14,7 +14,7 @@
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
 the case's purpose ("# ...") and its setting:
 
-  model FILE          a model from models/ or examples/, copied to model.json, where CLUSSIM_FILE points
+  model FILE          a model from models/ or examples/, copied to model.json, which CLUSSIM_FILE names
   more-resources N    so many resources are added to the model's first group
   registry FILE       a registry file from examples/ or models/; without it the product is not installed
   computer NAME       the computer's name, NODE1 without it
@@ -22,7 +22,7 @@ the case's purpose ("# ...") and its setting:
   debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
   simulator none      the simulator's DLLs do not lie beside clusctl
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
-  vcs FILE            a main.cf from models/ or examples/, copied to main.cf, where VCSSIM_MAIN_CF points, with its state if there is one
+  vcs FILE            a main.cf from models/ or examples/, copied to main.cf, which VCSSIM_MAIN_CF names, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
   disk KILOBYTES      the temporary folder lies on a disk of this size; without the right to mount one the case is not run (exit code 77)
   tools writable      everybody may write to the folder of clusctl and of the VCS tools
@@ -254,13 +254,13 @@ class Case:
             file.parent.mkdir(parents=True, exist_ok=True)
             file.write_text(text, encoding="utf-8")
 
-    @staticmethod
-    def environment(variables):
+    def environment(self, variables):
         # Only what a case sets reaches the program; the machine's own settings must not.
         own = ("CLUSSIM_", "VCSSIM_", "CLUSUTIL_", "CLUSCTL_")
         kept = {name: value for name, value in os.environ.items() if not name.startswith(own)}
-        return {**kept, "CLUSSIM_FILE": "model.json", "VCSSIM_MAIN_CF": "main.cf", "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT),
-                **variables}
+        files = {"CLUSSIM_FILE": "model.json", "VCSSIM_MAIN_CF": "main.cf"}
+        named = {name: file for name, file in files.items() if (self.folder / file).exists()}
+        return {**kept, **named, "CLUSUTIL_RUN_SECONDS": str(TIME_LIMIT), **variables}
 
     def start(self, arguments, variables):
         variables = dict(variables)

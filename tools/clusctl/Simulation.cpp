@@ -6,17 +6,18 @@
 #include "VcsToolFiles.h"
 
 #include "common/Environment.h"
+#include "common/Files.h"
 
 #include <winsock2.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
 
 const wchar_t ClusterVariable[] = L"CLUSSIM_FILE";
 const wchar_t VcsVariable[] = L"VCSSIM_MAIN_CF";
-const wchar_t AnyVcsTool[] = L"hares"; // they are all of one make
 
 bool IsClusterSimulated() {
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
@@ -46,9 +47,21 @@ bool IsToolSimulated(const std::wstring& path) {
            std::wstring(static_cast<const wchar_t*>(description), length).rfind(L"VCS simulator", 0) == 0;
 }
 
+// One real tool among them would reach the real cluster.
 bool IsVcsSimulated() {
-    const std::wstring path = FindVcsTool(AnyVcsTool);
-    return !path.empty() && IsToolSimulated(path);
+    bool isAnyThere = false;
+    for (const VcsToolFile& tool : FindVcsTools()) {
+        if (!tool.path.empty() && !IsToolSimulated(tool.path)) {
+            return false;
+        }
+        isAnyThere = isAnyThere || !tool.path.empty();
+    }
+    return isAnyThere;
+}
+
+bool AreVcsToolsThere() {
+    const std::vector<VcsToolFile> tools = FindVcsTools();
+    return std::any_of(tools.begin(), tools.end(), [](const VcsToolFile& tool) { return !tool.path.empty(); });
 }
 
 [[noreturn]] void Refuse(const wchar_t* variable, const std::string& who, const std::string& hint) {
@@ -57,15 +70,27 @@ bool IsVcsSimulated() {
 
 } // namespace
 
-void RequireNamedSimulators() {
-    if (!common::EnvironmentVariable(ClusterVariable).empty() && !IsClusterSimulated()) {
-        Refuse(ClusterVariable, "the clusapi.dll in use is not the simulator's: the real cluster would answer",
+void RequireNamedSimulators(Answering asked) {
+    const bool namesCluster = !common::EnvironmentVariable(ClusterVariable).empty();
+    const bool namesVcs = !common::EnvironmentVariable(VcsVariable).empty();
+    const bool asksVcs = asked == Answering::Vcs;
+    if ((namesCluster || (namesVcs && !asksVcs)) && !IsClusterSimulated()) {
+        Refuse(namesCluster ? ClusterVariable : VcsVariable,
+               "the clusapi.dll in use is not the simulator's: the real cluster would answer",
                "Put the simulator's clusapi.dll and resutils.dll beside clusctl.exe, or remove the variable.");
     }
-    // Without any tools nothing real answers either, and what is missing is said by whoever needs it.
-    if (!common::EnvironmentVariable(VcsVariable).empty() && !FindVcsTool(AnyVcsTool).empty() && !IsVcsSimulated()) {
-        Refuse(VcsVariable, "the VCS tools on the search path are not the simulator's: the real cluster would answer",
+    if ((namesVcs || (namesCluster && asksVcs)) && !IsVcsSimulated()) {
+        Refuse(namesVcs ? VcsVariable : ClusterVariable,
+               AreVcsToolsThere()
+                   ? "the VCS tools on the search path are not the simulator's: the real cluster would answer"
+                   : "there are no VCS tools on the search path",
                "Put the folder of the simulator's tools first on PATH, or remove the variable.");
+    }
+    const wchar_t* const variable = asksVcs ? VcsVariable : ClusterVariable;
+    const std::wstring file = common::EnvironmentVariable(variable);
+    if (!file.empty() && !common::FileExists(file)) {
+        throw Failure(Errors::FileNotFound,
+                      "there is no file " + Quoted(file) + ", which " + Printable(variable) + " names");
     }
 }
 

@@ -53,9 +53,6 @@ VcsDryRun::VcsDryRun() : m_copy(std::wstring()) {
     if (mainCf.empty()) {
         throw Failure(Errors::NoSimulator, "a dry run needs the VCS simulator: VCSSIM_MAIN_CF does not name a main.cf");
     }
-    if (!common::FileExists(mainCf)) {
-        throw Failure(Errors::FileNotFound, "there is no file " + Quoted(mainCf) + ", which VCSSIM_MAIN_CF names");
-    }
     m_folder = CreateFolder();
     try {
         Copy(vcssim::ClusterFiles(mainCf));

@@ -188,7 +188,7 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
 
 ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
-    RequireNamedSimulators();
+    RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
     }
