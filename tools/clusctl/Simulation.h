@@ -10,8 +10,8 @@ enum class Answering {
 };
 
 // Throws Failure when a simulated cluster of either kind is named (CLUSSIM_FILE, VCSSIM_MAIN_CF) and its simulator, or
-// that of the cluster which the command asks, is not there: a rehearsal must not touch a real cluster. And when the file
-// that is named for the cluster which the command asks is not there.
+// that of the cluster which the command asks, is not there: a rehearsal must not touch a real cluster. And when the
+// file that is named for the cluster which the command asks is not there.
 void RequireNamedSimulators(Answering asked);
 
 // The file that a simulator's answers so far come from; empty when no simulator has answered.
