@@ -27,8 +27,7 @@ void WriteModel(const std::wstring& file, const Json& model) {
         common::WriteWholeFile(file, common::DumpJson(model), suffix);
     } catch (const common::FileError& error) {
         const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
-        throw Failure((isComplete ? "cannot write " : "cannot create ") + Quoted(file) + ": " +
-                      ErrorText(error.Code()));
+        throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + Quoted(file), error.Code());
     }
 }
 
