@@ -157,9 +157,7 @@ public:
 
     Report Do() {
         m_place = FindServer(m_cluster, m_options.server);
-        if (m_isOnline && !FindOther(Read(), "online").is_null()) {
-            RequireNodeStarts(m_cluster, m_place.owner);
-        }
+        RequirePossible();
         Interruption::RequireNone();
         bool isDone = Turn();
         Json records = Read();
@@ -188,6 +186,15 @@ public:
     }
 
 private:
+    void RequirePossible() {
+        const Json records = Read();
+        if (m_isOnline && !FindOther(records, Wanted()).is_null()) {
+            RequireNodeStarts(m_cluster, m_place.owner);
+        } else if (!records.empty()) {
+            RequireNodeRuns(m_cluster, m_place.owner);
+        }
+    }
+
     bool Turn() {
         const auto turn = m_isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
                                      : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
@@ -281,6 +288,7 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     const Names before = FindProductResources(cluster, server, place);
     if (!before.empty()) {
         RequireOwnedHere(place, server);
+        RequireNodeRuns(cluster, place.owner);
     }
     Interruption::RequireNone();
     {

@@ -82,15 +82,22 @@ void RequireOwnedHere(const ServerPlace& place, const std::wstring& server) {
     }
 }
 
-void RequireNodeStarts(const CCluster& cluster, const std::wstring& name) {
+CLUSTER_NODE_STATE RequireNodeRuns(const CCluster& cluster, const std::wstring& name) {
     const NodeHandle node = OpenNode(cluster, name);
     const CLUSTER_NODE_STATE state = node ? GetClusterNodeState(node.get()) : ClusterNodeStateUnknown;
-    if (state == ClusterNodePaused) {
-        throw Failure::OfCode("the node " + Quoted(name) + " is paused and starts nothing", ERROR_SHARING_PAUSED)
-            .Hint("Resume the node, then try again.");
+    if (state == ClusterNodeStateUnknown) {
+        throw Failure::OfCode("cannot read the state of the node " + Quoted(name), GetLastError(), Errors::Incomplete);
     }
     if (state == ClusterNodeDown) {
         throw Failure(Errors::NotPossible, "the node " + Quoted(name) + " is down");
+    }
+    return state;
+}
+
+void RequireNodeStarts(const CCluster& cluster, const std::wstring& name) {
+    if (RequireNodeRuns(cluster, name) == ClusterNodePaused) {
+        throw Failure::OfCode("the node " + Quoted(name) + " is paused and starts nothing", ERROR_SHARING_PAUSED)
+            .Hint("Resume the node, then try again.");
     }
 }
 

@@ -31,7 +31,11 @@ Names FindProductResources(const CCluster& cluster, const std::wstring& server, 
 // Throws Failure (NotPossible, with the node to go to) unless the virtual server is this node's.
 void RequireOwnedHere(const ServerPlace& place, const std::wstring& server);
 
-// Throws Failure (NodePaused, NotPossible) when a node can start nothing. A state that cannot be read is no obstacle.
+// The state of a node. Throws Failure (NotPossible) when it is down: what it is said to own and do is then only what
+// the cluster remembers. Throws Failure with the cluster's code when the state cannot be read.
+CLUSTER_NODE_STATE RequireNodeRuns(const CCluster& cluster, const std::wstring& node);
+
+// The same, and throws Failure (NodePaused) when the node is paused, which keeps what it owns and starts nothing.
 void RequireNodeStarts(const CCluster& cluster, const std::wstring& node);
 
 // After the library could not change a resource, which tells no code: asks the cluster for the same once more. The
