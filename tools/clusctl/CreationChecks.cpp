@@ -173,27 +173,35 @@ void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::w
     RequirePathOnDisk(disk.get(), name, dataPath);
 }
 
-Parts FindParts(CCluster& cluster, const CreationRequest& request) {
+Parts FindParts(CCluster& cluster, const CreationRequest& request, const ServerPlace& place,
+                const NamesByType& members) {
     Parts parts;
-    parts.place = FindServer(cluster, request.server);
-    RequireOwnedHere(parts.place, request.server);
-    if (parts.place.state != ClusterResourceOnline) {
-        throw Failure(Errors::NotPossible, "the virtual server " + Quoted(request.server) +
-                                               " is not online: " + Quoted(parts.place.networkNameResource) + " is " +
-                                               StateWord(parts.place.state))
-            .Hint("Bring the group " + Quoted(parts.place.group) + " online first.");
+    parts.place = place;
+    parts.attendant = RequireFirst(members, clus::SystemAttendantType, place.group);
+    parts.store = RequireFirst(members, clus::InformationStoreType, place.group);
+    if (request.isSingleCopy) {
+        parts.disk = request.disk.empty() ? DiskOf(cluster, parts.attendant) : request.disk;
     }
-    RequireNodeStarts(cluster, parts.place.owner);
-    const NamesByType members = ReadMembers(cluster, parts.place.group);
+    return parts;
+}
+
+Parts RequireParts(CCluster& cluster, const CreationRequest& request) {
+    const ServerPlace place = FindServer(cluster, request.server);
+    RequireOwnedHere(place, request.server);
+    if (place.state != ClusterResourceOnline) {
+        throw Failure(Errors::NotPossible, "the virtual server " + Quoted(request.server) + " is not online: " +
+                                               Quoted(place.networkNameResource) + " is " + StateWord(place.state))
+            .Hint("Bring the group " + Quoted(place.group) + " online first.");
+    }
+    RequireNodeStarts(cluster, place.owner);
+    const NamesByType members = ReadMembers(cluster, place.group);
     RequireNoProductResource(members, request.server);
     RequireNameFree(cluster, request.name);
     RequireType(cluster, TypeOf(request));
-    parts.attendant = RequireFirst(members, clus::SystemAttendantType, parts.place.group);
-    parts.store = RequireFirst(members, clus::InformationStoreType, parts.place.group);
+    Parts parts = FindParts(cluster, request, place, members);
     RequirePossibleOwners(cluster, parts.attendant);
     if (request.isSingleCopy) {
-        parts.disk = request.disk.empty() ? DiskOf(cluster, parts.attendant) : request.disk;
-        RequireDisk(cluster, parts.disk, parts.place.group, request.dataPath);
+        RequireDisk(cluster, parts.disk, place.group, request.dataPath);
     }
     return parts;
 }
@@ -220,26 +228,63 @@ std::string FirstRefusedStep(const CCluster& cluster, const CreationRequest& req
     return code == ERROR_SUCCESS ? std::string() : "the cluster does not take its data path";
 }
 
+bool Lacks(const Json& list, const std::wstring& name) {
+    return list.is_array() && std::find(list.begin(), list.end(), Json(name)) == list.end();
+}
+
+// Of a resource whose creation ended half-way: the first part that it lacks, in the order in which the library adds
+// them, or why that cannot be told. Empty when it has all.
+std::string FirstMissingPart(CCluster& cluster, const CreationRequest& request) {
+    try {
+        const ServerPlace place = FindServer(cluster, request.server);
+        const Parts parts = FindParts(cluster, request, place, ReadMembers(cluster, place.group));
+        Report unread;
+        const Json record = ReadResource(cluster, request.name, ResourceParts::Detail, unread);
+        for (const std::wstring& name : {parts.disk, parts.store, place.networkNameResource}) {
+            if (!name.empty() && Lacks(record["dependsOn"], name)) {
+                return "it does not depend on " + Quoted(name);
+            }
+        }
+        for (const std::wstring& node : ListPossibleOwners(cluster, parts.attendant)) {
+            if (Lacks(record["possibleOwners"], node)) {
+                return "the node " + Quoted(node) + " is no possible owner of it";
+            }
+        }
+        const Json& properties = record["privateProperties"];
+        if (properties.is_object() && !properties.contains(common::ToUtf8(clus::DataPathProperty))) {
+            return "it has no data path";
+        }
+        return unread.IsComplete() ? std::string() : unread.Warnings().front();
+    } catch (const Failure& unread) {
+        return unread.what();
+    }
+}
+
+// What the library created and could not delete again. It is left to the user: somebody else may have made it just now.
+[[noreturn]] void FailHalfway(CCluster& cluster, const CreationRequest& request, const ErrorKind& kind,
+                              const std::string& what) {
+    const std::string missing = FirstMissingPart(cluster, request);
+    throw Failure(kind, what + ", and it is left half created" + (missing.empty() ? "" : ": " + missing))
+        .Hint("'clusctl resource delete " + Printable(request.server) + "' deletes it.");
+}
+
 // Without taking the steps again: the user wants the command to end.
-[[noreturn]] void FailWithoutReason(const CCluster& cluster, const CreationRequest& request) {
-    const std::string what = "the cluster refused to create " + Quoted(request.name) + " or a part of it";
+[[noreturn]] void FailWithoutReason(CCluster& cluster, const CreationRequest& request) {
+    const std::string what = "interrupted: the cluster refused to create " + Quoted(request.name) + " or a part of it";
     if (OpenResource(cluster, request.name)) {
-        throw Failure(Errors::Interrupted, "interrupted: " + what + ", and it is left half created")
-            .Hint("'clusctl resource delete " + Printable(request.server) + "' deletes it.");
+        FailHalfway(cluster, request, Errors::Interrupted, what);
     }
     const DWORD code = GetLastError();
     if (code != ERROR_RESOURCE_NOT_FOUND) {
-        throw Failure::OfCode("interrupted: " + what + "; whether it is there cannot be told", code)
-            .As(Errors::Interrupted);
+        throw Failure::OfCode(what + "; whether it is there cannot be told", code).As(Errors::Interrupted);
     }
-    throw Failure(Errors::Interrupted, "interrupted: " + what + ", and nothing of it is left")
-        .Hint("Try again to learn the reason.");
+    throw Failure(Errors::Interrupted, what + ", and nothing of it is left").Hint("Try again to learn the reason.");
 }
 
 } // namespace
 
 void RequireCreatable(CCluster& cluster, const CreationRequest& request) {
-    FindParts(cluster, request);
+    RequireParts(cluster, request);
 }
 
 void FailToCreate(CCluster& cluster, const CreationRequest& request) {
@@ -248,7 +293,10 @@ void FailToCreate(CCluster& cluster, const CreationRequest& request) {
     }
     const std::string what =
         "cannot create the resource " + Quoted(request.name) + " for " + Quoted(request.server) + ": ";
-    const Parts parts = FindParts(cluster, request); // which tells what stands in the way now
+    if (OpenResource(cluster, request.name)) {
+        FailHalfway(cluster, request, Errors::Refused, what + "the cluster refused a step");
+    }
+    const Parts parts = RequireParts(cluster, request); // which tells what stands in the way now
     const GroupHandle group = RequireGroup(cluster, parts.place.group);
     const ResourceHandle created(CreateClusterResource(group.get(), request.name.c_str(), TypeOf(request), 0));
     if (!created) {
@@ -269,7 +317,9 @@ void FailToCreate(CCluster& cluster, const CreationRequest& request) {
     if (!step.empty()) {
         throw Failure::OfCode(what + step, code, Errors::Refused);
     }
-    throw Failure(Errors::Refused, what + "the cluster refused a step that it allows now").Hint("Try again.");
+    throw Failure(Errors::Refused, what + "the cluster refused a step, and nothing that was created is left to tell "
+                                          "which; it allows each of them now")
+        .Hint("Try again.");
 }
 
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report) {
