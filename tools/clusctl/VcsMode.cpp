@@ -1,14 +1,14 @@
 #include "VcsMode.h"
 
 #include "Interruption.h"
-#include "VcsTools.h"
-
 #include <clus_VeritasCluster.h>
 
 namespace {
 
 const char WritableAlready[] = "10364"; // numbers of VCS messages
 const char ReadOnlyAlready[] = "10369";
+const char StillOpen[] = "the configuration is still open for writing and not saved";
+const char HowToClose[] = "'clusctl vcs mode ro' writes it to disk and closes it.";
 
 } // namespace
 
@@ -55,11 +55,30 @@ bool OpenConfiguration::IsReadOnly(const LogCapture& log) {
     return watch.HasMessage(ReadOnlyAlready);
 }
 
-void OpenConfiguration::RequireClosed(const LogCapture& log, bool isWanted, const std::string& what) {
-    if (isWanted && !IsReadOnly(log)) {
-        throw Failure(Errors::Refused, what + ": the change is made, but the configuration was not read-only again")
-            .Hint("'clusctl vcs mode ro' writes it to disk and closes it.");
+Report OpenConfiguration::Tell(const LogCapture& log, const ToolWatch& watch, bool isWanted, const std::string& done,
+                               const std::function<Report()>& tell) {
+    Report report;
+    try {
+        report = tell();
+    } catch (Failure& failure) {
+        if (!watch.ClosingProblems().empty()) {
+            const std::string hint = failure.Hint().empty() ? std::string() : failure.Hint() + " ";
+            failure.Hint(hint + "Besides, " + StillOpen + ": " + HowToClose);
+        }
+        throw;
     }
+    if (!isWanted) {
+        return report;
+    }
+    const ToolWatch again(log);
+    if (IsReadOnly(log) || IsReadOnly(log)) { // the first may have closed it, when the command itself had failed to
+        return report;
+    }
+    const std::string what = done + ", but " + StillOpen;
+    const std::vector<ToolProblem> problems = again.ClosingProblems();
+    Failure failure = problems.empty() ? Failure(Errors::Refused, what + ": VCS does not show it read-only")
+                                       : ToolFailure(what, problems);
+    throw FailureWithReport(failure.Hint(HowToClose), report);
 }
 
 void OpenConfiguration::AddOption(CLI::App& command, bool& isWanted) {

@@ -229,7 +229,7 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
         }
     }
     if (!problems.empty()) {
-        ThrowToolFailure(what, problems);
+        throw ToolFailure(what, problems);
     }
     const VcsNames after = ListVcsResources(log, plan.info.sGroupName);
     Json records = Json::array();
@@ -319,8 +319,12 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
         Forget(plan.password);
         SwitchSetOn(log, options, plan.info);
         report = begun();
-        report.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
-        OpenConfiguration::RequireClosed(log, options.opens, NotComplete(options));
+        report = OpenConfiguration::Tell(
+            log, watch, options.opens, "the product's resources of " + Quoted(options.group) + " are set up", [&]() {
+                Report told = report;
+                told.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
+                return told;
+            });
         WarnOfWhatIsNotOn(log, options, plan.info, report);
     } catch (const Failure& failure) {
         if (Interruption::IsPending()) {

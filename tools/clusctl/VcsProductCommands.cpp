@@ -71,20 +71,24 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
         const OpenConfiguration open(log, wait.opens);
         isAdded = add();
     }
-    watch.Require(isAdded, what);
-    const VcsNames names = ListResourcesOfService(log, group, service);
-    if (names.empty()) {
-        throw Failure(Errors::Refused, what + ": VCS shows none");
-    }
-    if (!existed) {
-        RequireDependency(names.front(), child, what);
-    }
-    OpenConfiguration::RequireClosed(log, wait.opens, what);
+    VcsNames names;
+    const std::string done = "the resource of the service " + Quoted(service) + " is in " + Quoted(group);
+    Report report = OpenConfiguration::Tell(log, watch, wait.opens, done, [&]() {
+        watch.Require(isAdded, what);
+        names = ListResourcesOfService(log, group, service);
+        if (names.empty()) {
+            throw Failure(Errors::Refused, what + ": VCS shows none");
+        }
+        if (!existed) {
+            RequireDependency(names.front(), child, what);
+        }
+        Report told;
+        told.AddTable("resources", Json::array({ProductRecord(names.front(), service, existed)}), ProductColumns,
+                      std::string());
+        return told;
+    });
     const std::uint32_t timeout = TimeoutOf(wait, info.sOnlineNode);
     RequireStarted(log, service, timeout);
-    Report report;
-    report.AddTable("resources", Json::array({ProductRecord(names.front(), service, existed)}), ProductColumns,
-                    std::string());
     if (!info.sOnlineNode.empty()) { // else it was not switched on
         WarnUnlessOnline(log, names.front(), info.sOnlineNode, Deadline(timeout > 0 ? SettleTime : 0), report);
     }

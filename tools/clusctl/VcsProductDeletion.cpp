@@ -85,7 +85,7 @@ void RequireWritable(const LogCapture& log, const Members& members, const std::s
     CVeritasCluster().LinkResource(linked->name.c_str(), linked->children.front().c_str());
     for (const ToolProblem& problem : watch.Problems()) {
         if (problem.kind != ToolProblem::Kind::Message) {
-            ThrowToolFailure(what, {problem});
+            throw ToolFailure(what, {problem});
         }
     }
 }
@@ -112,7 +112,7 @@ void DeleteOne(const LogCapture& log, const std::wstring& group, const std::wstr
     const std::vector<ToolProblem> problems = watch.Problems();
     if (Contains(ListVcsResources(log, group), name)) {
         if (!problems.empty()) {
-            ThrowToolFailure(what, problems);
+            throw ToolFailure(what, problems);
         }
         throw Failure(Errors::Refused, what + ": VCS shows " + Quoted(name) + " still");
     }
@@ -195,7 +195,6 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     } catch (const Failure& failure) {
         throw FailureWithReport(failure, report());
     }
-    Report done = report();
-    OpenConfiguration::RequireClosed(log, options.opens, what);
-    return done;
+    return OpenConfiguration::Tell(log, watch, options.opens,
+                                   "the product's resources of " + Quoted(group) + " are deleted", report);
 }

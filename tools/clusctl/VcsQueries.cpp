@@ -56,6 +56,9 @@ Report Dependencies(const LogCapture& log, const std::wstring& resource) {
     const ToolWatch watch(log);
     const bool isListed = CVeritasCluster().EnumResDependencies(resource.c_str(), parents, children);
     const std::string what = "cannot list the dependencies of " + Quoted(resource);
+    if (watch.IsRefused()) {
+        RequireVcsResource(log, resource, what);
+    }
     watch.Require(isListed, what);
     watch.RequireNames(parents, what);
     watch.RequireNames(children, what);
@@ -70,6 +73,9 @@ Report Attribute(const LogCapture& log, const AttributeName& attribute) {
     const Json value = ReadVcsAttribute(attribute.resource, attribute.name);
     const std::string what =
         "cannot read the attribute " + Quoted(attribute.name) + " of " + Quoted(attribute.resource);
+    if (watch.IsRefused()) {
+        RequireVcsResource(log, attribute.resource, what);
+    }
     watch.Require(!value.is_null(), what + (watch.Problems().empty() ? ": it has no value" : ""));
     Report report;
     report.AddSentence("attribute", {{"resource", attribute.resource}, {"name", attribute.name}, {"value", value}},
@@ -115,7 +121,11 @@ Report ResourceOfService(const LogCapture& log, const GroupService& wanted) {
         CVeritasCluster().GetGenericServiceResNameByServiceName(wanted.group.c_str(), wanted.service.c_str(), resource);
     const std::string what =
         "cannot find the resource of the service " + Quoted(wanted.service) + " in the group " + Quoted(wanted.group);
-    watch.Require(isFound, what + (watch.Problems().empty() ? ": there is none" : ""));
+    watch.Require(true, what);
+    if (!isFound) {
+        RequireVcsGroup(log, wanted.group, what);
+        throw Failure(Errors::ResourceNotFound, what + ": there is none");
+    }
     watch.RequireNames({resource}, what);
     Report report;
     report.AddSentence("resource", {{"group", wanted.group}, {"service", wanted.service}, {"name", resource}},

@@ -1,5 +1,6 @@
 // "vcs resource ...", "vcs encrypt", "vcs mode": changing VCS resource by resource.
 #include "CommandLine.h"
+#include "Interruption.h"
 #include "Password.h"
 #include "Text.h"
 #include "VcsCommands.h"
@@ -65,6 +66,10 @@ bool IsSet(const Json& shown, const std::wstring& value) {
            (!isOneWord || shown == common::ToUtf8(clus::SecretMask) || shown == common::ToUtf8(wanted));
 }
 
+VcsNames ListOfType(const LogCapture& log, const std::wstring& type) {
+    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", {{TypeAttribute, type}});
+}
+
 void RequireAsAsked(const AddOptions& options, const VcsNames& children, const Json& record, const std::string& what) {
     if (record.at("type") != common::ToUtf8(options.type) || record.at("group") != common::ToUtf8(options.group)) {
         throw Failure(Errors::Refused, what + ": VCS shows no such resource");
@@ -84,53 +89,127 @@ void RequireAsAsked(const AddOptions& options, const VcsNames& children, const J
     }
 }
 
-Report Add(const LogCapture& log, const AddOptions& options) {
-    const CVeritasCluster cluster;
-    const wchar_t* const name = options.name.c_str();
-    const std::string what = "cannot add the resource " + Quoted(options.name);
-    const ToolWatch watch(log);
-    {
-        const OpenConfiguration open(log, options.opens);
-        cluster.CreateResource(name, options.type.c_str(), options.group.c_str(),
-                               options.child.empty() ? nullptr : options.child.c_str(), options.attributes);
+// Adding takes several steps, and none is undone: what can be asked beforehand is.
+void RequireAddable(const LogCapture& log, const AddOptions& options, const std::string& what) {
+    if (Contains(ListVcsResources(log), options.name)) {
+        throw Failure(Errors::AlreadyExists, what + ": there is one of that name already");
     }
+    RequireVcsGroup(log, options.group, what);
+    if (!options.child.empty()) {
+        RequireVcsResource(log, options.child, what);
+    }
+    // No tool shows a type, but each resource of the type shows its attributes.
+    const VcsNames examples = ListOfType(log, options.type);
+    if (examples.empty()) {
+        return;
+    }
+    for (const auto& pair : options.attributes) {
+        const ToolWatch watch(log);
+        ReadVcsAttribute(examples.front(), pair.first);
+        if (watch.IsRefused()) {
+            throw Failure(Errors::NotFound, what + ": the type " + Quoted(options.type) + " has no attribute " +
+                                                Quoted(pair.first) + ", as " + Quoted(examples.front()) + " shows");
+        }
+    }
+}
+
+// As VCS then holds it.
+Json ReadAdded(const ToolWatch& watch, const AddOptions& options, const std::string& what) {
     watch.Require(true, what);
-    // As VCS then holds it.
     Json attributes = Json::object();
     for (const auto& pair : options.attributes) {
         attributes[common::ToUtf8(pair.first)] = ReadVcsAttribute(options.name, pair.first);
     }
     VcsNames parents;
     VcsNames children;
-    cluster.EnumResDependencies(name, parents, children);
-    const Json record = {{"name", options.name},
-                         {"type", ReadVcsAttribute(options.name, TypeAttribute)},
-                         {"group", ReadVcsAttribute(options.name, GroupAttribute)},
-                         {"dependsOn", children},
-                         {"attributes", attributes}};
+    CVeritasCluster().EnumResDependencies(options.name.c_str(), parents, children);
+    Json record = {{"name", options.name},
+                   {"type", ReadVcsAttribute(options.name, TypeAttribute)},
+                   {"group", ReadVcsAttribute(options.name, GroupAttribute)},
+                   {"dependsOn", children},
+                   {"attributes", attributes}};
     watch.Require(true, what);
     RequireAsAsked(options, children, record, what);
-    OpenConfiguration::RequireClosed(log, options.opens, what);
+    return record;
+}
+
+// Whether it is there, as far as VCS tells.
+bool IsThere(const LogCapture& log, const std::wstring& name) {
+    try {
+        return Contains(ListVcsResources(log), name);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// What was added, or why not, and what is there all the same.
+Report TellAdded(const LogCapture& log, const ToolWatch& watch, const AddOptions& options, const std::string& what) {
+    const bool isThere = IsThere(log, options.name);
     Report report;
-    report.AddRecord("resource", record, ResourceTitles);
+    try {
+        const std::string halfway = "the resource " + Quoted(options.name) + " is added, but not all of it is as asked";
+        report.AddRecord("resource", ReadAdded(watch, options, isThere ? halfway : what), ResourceTitles);
+    } catch (Failure& failure) {
+        if (isThere) {
+            failure.Hint("It stays: 'clusctl vcs resource delete " + Printable(options.name) +
+                         (options.opens ? " --rw" : "") + "' removes it.");
+        } else if (watch.IsRefused() && ListOfType(log, options.type).empty()) {
+            failure.As(Errors::NotFound)
+                .Hint("No resource has the type " + Quoted(options.type) + ": VCS may not know it.");
+        }
+        throw;
+    }
     return report;
 }
 
+Report Add(const LogCapture& log, const AddOptions& options) {
+    const std::string what = "cannot add the resource " + Quoted(options.name);
+    RequireAddable(log, options, what);
+    const ToolWatch watch(log);
+    {
+        const OpenConfiguration open(log, options.opens);
+        CVeritasCluster().CreateResource(options.name.c_str(), options.type.c_str(), options.group.c_str(),
+                                         options.child.empty() ? nullptr : options.child.c_str(), options.attributes);
+    }
+    return OpenConfiguration::Tell(log, watch, options.opens, "the resource " + Quoted(options.name) + " is added",
+                                   [&]() { return TellAdded(log, watch, options, what); });
+}
+
+void RequireLinkable(const LogCapture& log, const LinkOptions& options, const std::string& what) {
+    const VcsNames all = ListVcsResources(log);
+    for (const std::wstring& name : {options.parent, options.child}) {
+        if (!Contains(all, name)) {
+            throw Failure(Errors::ResourceNotFound, what + ": there is no resource " + Quoted(name));
+        }
+    }
+    const ToolWatch watch(log);
+    VcsNames parents;
+    VcsNames children;
+    watch.Require(CVeritasCluster().EnumResDependencies(options.parent.c_str(), parents, children), what);
+    if (Contains(children, options.child)) {
+        throw Failure(Errors::AlreadyExists, what + ": it does already");
+    }
+}
+
 Report Link(const LogCapture& log, const LinkOptions& options) {
+    const std::string what = "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child);
+    const std::string done = Quoted(options.parent) + " depends on " + Quoted(options.child);
+    RequireLinkable(log, options, what);
     const ToolWatch watch(log);
     bool isDone = false;
     {
         const OpenConfiguration open(log, options.opens);
         isDone = CVeritasCluster().LinkResource(options.parent.c_str(), options.child.c_str());
     }
-    const std::string what = "cannot let " + Quoted(options.parent) + " depend on " + Quoted(options.child);
-    watch.Require(isDone, what);
-    RequireDependency(options.parent, options.child, what);
-    OpenConfiguration::RequireClosed(log, options.opens, what);
-    Report report;
-    report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}},
-                       Quoted(options.parent) + " depends on " + Quoted(options.child) + ".");
-    return report;
+    return OpenConfiguration::Tell(log, watch, options.opens, done, [&]() {
+        watch.Require(isDone, what);
+        RequireDependency(options.parent, options.child, what);
+        Report report;
+        report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}}, done + ".");
+        return report;
+    });
 }
 
 Report Delete(const LogCapture& log, const DeleteOptions& options) {
@@ -150,21 +229,28 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
         const OpenConfiguration open(log, options.opens);
         CVeritasCluster().DeleteResource(options.name.c_str());
     }
-    watch.Require(true, what);
-    if (Contains(ListVcsResources(log), options.name)) {
-        throw Failure(Errors::Refused, what + ": VCS shows it still");
-    }
-    OpenConfiguration::RequireClosed(log, options.opens, what);
-    Report report;
-    report.AddSentence("deleted", Json::array({options.name}), "Deleted " + Quoted(options.name) + ".");
-    return report;
+    return OpenConfiguration::Tell(log, watch, options.opens, Quoted(options.name) + " is deleted", [&]() {
+        watch.Require(true, what);
+        if (Contains(ListVcsResources(log), options.name)) {
+            throw Failure(Errors::Refused, what + ": VCS shows it still");
+        }
+        Report report;
+        report.AddSentence("deleted", Json::array({options.name}), "Deleted " + Quoted(options.name) + ".");
+        return report;
+    });
 }
 
 Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline) {
     const ToolWatch watch(log);
     const bool isDone = CVeritasCluster().TurnOnOrOffResource(options.name.c_str(), options.system.c_str(), isOnline);
     const std::string direction = isOnline ? "online" : "offline";
-    watch.Require(isDone, "cannot switch " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system));
+    const std::string what =
+        "cannot switch " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system);
+    if (watch.IsRefused()) {
+        RequireVcsResource(log, options.name, what);
+        RequireVcsSystem(log, options.system, what);
+    }
+    watch.Require(isDone, what);
     const std::wstring state = StateOn(ReadResourceStates(log, options.name), options.system);
     Report report;
     report.AddSentence(
@@ -191,7 +277,10 @@ Report Mode(const LogCapture& log, const std::wstring& mode) {
     const ToolWatch watch(log);
     const bool wasThere = opens ? OpenConfiguration::IsWritable(log) : OpenConfiguration::IsReadOnly(log);
     const std::string what = opens ? "cannot open the configuration" : "cannot write and close the configuration";
-    watch.Require(true, what);
+    const std::vector<ToolProblem> problems = opens ? watch.Problems() : watch.ClosingProblems();
+    if (!problems.empty()) {
+        throw ToolFailure(what, problems);
+    }
     if (!wasThere && !(opens ? OpenConfiguration::IsWritable(log) : OpenConfiguration::IsReadOnly(log))) {
         throw Failure(Errors::Refused, what + ": VCS does not show the new mode");
     }

@@ -42,11 +42,26 @@ struct Wanted {
     std::wstring networkName;
 };
 
-Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
+// Null when it cannot be read, which makes the report incomplete.
+Json NetworkName(const LogCapture& log, const CVeritasVirtualServerInfo& info, Report& report) {
+    if (info.sLanmanResName.empty()) {
+        return Json();
+    }
+    const std::string what = "cannot read the network name of " + Quoted(info.sGroupName);
+    const ToolWatch watch(log);
+    const Json name = ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
+    try {
+        watch.Require(!name.is_null(), what + (watch.Problems().empty() ? ": VCS shows none" : ""));
+    } catch (const Failure& failure) {
+        report.MarkIncomplete(failure.what());
+    }
+    return name;
+}
+
+Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info, Report& report) {
     const GroupState state = LastGroupState(log, info.sGroupName);
     Json record;
-    record["networkName"] =
-        info.sLanmanResName.empty() ? Json() : ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
+    record["networkName"] = NetworkName(log, info, report);
     record["group"] = info.sGroupName;
     record["online"] = state.IsOnline() || state.IsPartlyOnline();
     record["onlineNode"] = TextOrNull(state.system);
@@ -58,7 +73,8 @@ Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info) 
 
 // With the product's resources: those that are there, and the names that the others would have.
 Report OneServer(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
-    Json record = ServerRecord(log, info);
+    Report report;
+    Json record = ServerRecord(log, info, report);
     const VcsNames all = ListVcsResources(log, info.sGroupName);
     record["productResources"] = Json::array();
     record["missingProductResources"] = Json::array();
@@ -66,7 +82,6 @@ Report OneServer(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
          {info.sHostServiceResName, info.sSAServiceResName, info.sRemoteConfigResName, info.sQAVMonitorResName}) {
         record[Contains(all, name) ? "productResources" : "missingProductResources"].push_back(name);
     }
-    Report report;
     report.AddRecords("virtualServers", Json::array({record}), ServerTitles, std::string());
     return report;
 }
@@ -83,10 +98,10 @@ Report AllServers(const LogCapture& log) {
         names.insert(names.end(), {info.sGroupName, info.sExchangeResName, info.sLanmanResName});
     }
     watch.RequireNames(names, what);
-    for (const CVeritasVirtualServerInfo& info : infos) {
-        records.push_back(ServerRecord(log, info));
-    }
     Report report;
+    for (const CVeritasVirtualServerInfo& info : infos) {
+        records.push_back(ServerRecord(log, info, report));
+    }
     report.AddTable("virtualServers", records, ServerColumns, "The cluster holds no Exchange virtual server.");
     return report;
 }

@@ -133,3 +133,21 @@ VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group
 VcsNames ListVcsGroups(const LogCapture& log) {
     return ListVcsNames(log, &CVeritasCluster::EnumGroupNames, "groups");
 }
+
+void RequireVcsResource(const LogCapture& log, const std::wstring& name, const std::string& what) {
+    if (!Contains(ListVcsResources(log), name)) {
+        throw Failure(Errors::ResourceNotFound, what + ": there is no resource " + Quoted(name));
+    }
+}
+
+void RequireVcsGroup(const LogCapture& log, const std::wstring& name, const std::string& what) {
+    if (!Contains(ListVcsGroups(log), name)) {
+        throw Failure(Errors::GroupNotFound, what + ": there is no group " + Quoted(name));
+    }
+}
+
+void RequireVcsSystem(const LogCapture& log, const std::wstring& name, const std::string& what) {
+    if (!Contains(ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems"), name)) {
+        throw Failure(Errors::NodeNotFound, what + ": there is no system " + Quoted(name));
+    }
+}

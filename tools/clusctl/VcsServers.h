@@ -53,4 +53,9 @@ VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group
 // The service groups.
 VcsNames ListVcsGroups(const LogCapture& log);
 
+// Throw Failure, not found, with `what` and the name, when VCS does not list it.
+void RequireVcsResource(const LogCapture& log, const std::wstring& name, const std::string& what);
+void RequireVcsGroup(const LogCapture& log, const std::wstring& name, const std::string& what);
+void RequireVcsSystem(const LogCapture& log, const std::wstring& name, const std::string& what);
+
 #endif

@@ -1,6 +1,7 @@
 #include "VcsStates.h"
 
 #include "Text.h"
+#include "VcsServers.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
@@ -86,6 +87,9 @@ GroupState ReadGroupState(const LogCapture& log, const std::wstring& group) {
     std::wstring system;
     const ToolWatch watch(log);
     const bool isRead = CVeritasCluster().GetGroupOnlineNode(group.c_str(), isOnline, system, true);
+    if (watch.IsRefused()) {
+        RequireVcsGroup(log, group, CannotRead(group));
+    }
     watch.Require(isRead, CannotRead(group));
     return LastGroupState(log, group);
 }

@@ -22,6 +22,11 @@ std::string ToolOf(const ToolRun& run) {
     return run.command.substr(0, run.command.find(' '));
 }
 
+// Whether it writes the configuration to disk and makes it read-only.
+bool IsClosing(const ToolRun& run) {
+    return ToolOf(run) == "haconf" && run.command.find(" -makero") != std::string::npos;
+}
+
 // "10600" of "VCS ERROR V-16-1-10600 Cannot connect to VCS engine"; empty when the line is no message of VCS.
 std::string NumberOf(const std::string& line) {
     const std::string lower = Lower(line);
@@ -149,14 +154,29 @@ std::vector<ToolRun> ToolWatch::Runs() const {
 }
 
 std::vector<ToolProblem> ToolWatch::Problems() const {
+    return ProblemsOf(false);
+}
+
+std::vector<ToolProblem> ToolWatch::ClosingProblems() const {
+    return ProblemsOf(true);
+}
+
+std::vector<ToolProblem> ToolWatch::ProblemsOf(bool areClosings) const {
     std::vector<ToolProblem> problems;
     for (const ToolRun& run : Runs()) {
         ToolProblem problem;
-        if (FindProblem(run, problem)) {
+        if (IsClosing(run) == areClosings && FindProblem(run, problem)) {
             problems.push_back(problem);
         }
     }
     return problems;
+}
+
+bool ToolWatch::IsRefused() const {
+    const std::vector<ToolProblem> problems = Problems();
+    return !problems.empty() && std::all_of(problems.begin(), problems.end(), [](const ToolProblem& problem) {
+        return problem.kind == ToolProblem::Kind::Message;
+    });
 }
 
 bool ToolWatch::HasMessage(const std::string& number) const {
@@ -168,7 +188,7 @@ bool ToolWatch::HasMessage(const std::string& number) const {
 void ToolWatch::Require(bool succeeded, const std::string& what) const {
     const std::vector<ToolProblem> problems = Problems();
     if (!problems.empty()) {
-        ThrowToolFailure(what, problems);
+        throw ToolFailure(what, problems);
     }
     if (succeeded) {
         return;
@@ -176,8 +196,8 @@ void ToolWatch::Require(bool succeeded, const std::string& what) const {
     throw Failure(what);
 }
 
-void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems) {
-    throw FailureOf(CauseOf(problems), what, Lines(problems));
+Failure ToolFailure(const std::string& what, const std::vector<ToolProblem>& problems) {
+    return FailureOf(CauseOf(problems), what, Lines(problems));
 }
 
 void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) const {
@@ -219,7 +239,7 @@ FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown)
     if (lastMode == nullptr) {
         return FailureWithReport(Failure(Errors::Interrupted, what), report);
     }
-    if (lastMode->command.find("-makero") != std::string::npos && !FindProblem(*lastMode, problem)) {
+    if (IsClosing(*lastMode) && !FindProblem(*lastMode, problem)) {
         return FailureWithReport(
             Failure(Errors::Interrupted, what + "; the configuration is written to disk and read-only"), report);
     }

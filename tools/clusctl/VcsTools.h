@@ -32,8 +32,13 @@ public:
     explicit ToolWatch(const LogCapture& log);
 
     // The runs that went wrong. Messages that tell nothing new are none: a resource that is not faulted, no
-    // dependencies, a mode that was there before.
+    // dependencies, a mode that was there before. How the configuration was written and closed is told by
+    // ClosingProblems, since the change before it may be made all the same.
     std::vector<ToolProblem> Problems() const;
+    std::vector<ToolProblem> ClosingProblems() const;
+
+    // Whether VCS answers, and does not do what it was told.
+    bool IsRefused() const;
 
     // Throws Failure, with what the tools said, when one of them went wrong or the library reported a failure.
     // `what`: "cannot list the systems".
@@ -48,12 +53,14 @@ public:
     std::vector<ToolRun> Runs() const;
 
 private:
+    std::vector<ToolProblem> ProblemsOf(bool areClosings) const;
+
     const LogCapture& m_log;
     const size_t m_first;
 };
 
-// Throws Failure that says what went wrong, and what the tools printed.
-[[noreturn]] void ThrowToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
+// Says what went wrong, and what the tools printed. There has to be a problem.
+Failure ToolFailure(const std::string& what, const std::vector<ToolProblem>& problems);
 
 // For a command that was interrupted: with the changes that the tools had been told by then, and how the configuration
 // is left. `shown` is what there is to show besides.
