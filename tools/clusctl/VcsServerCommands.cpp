@@ -49,7 +49,7 @@ Json NetworkName(const LogCapture& log, const CVeritasVirtualServerInfo& info, R
     }
     const std::string what = "cannot read the network name of " + Quoted(info.sGroupName);
     const ToolWatch watch(log);
-    const Json name = ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
+    Json name = ReadVcsAttribute(info.sLanmanResName, VirtualNameAttribute);
     try {
         watch.Require(!name.is_null(), what + (watch.Problems().empty() ? ": VCS shows none" : ""));
     } catch (const Failure& failure) {
