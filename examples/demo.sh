@@ -140,7 +140,8 @@ heading "6. A plain server"
 say "No cluster deployment: the one server is this computer, and its data is where set-up put it." \
     "No cluster is asked:" ""
 settings plain-server.reg
-cluster no-such-cluster.json
+say '  $ unset CLUSSIM_FILE' ""
+unset CLUSSIM_FILE
 try 0 "192.0.2.10" servers
 try 0 "192.0.2.10" query localhost
 
@@ -207,8 +208,11 @@ say "  same" ""
 heading "11. When the cluster does not answer"
 say "The settings say cluster node, but the cluster cannot be opened. An empty list would be a lie:" ""
 settings cluster.reg
-cluster no-such-cluster.json
+cluster two-node-single-copy.json
+say '  $ export CLUSSIM_FAULTS=OpenCluster=1753' ""
+export CLUSSIM_FAULTS=OpenCluster=1753
 try 7 "cannot open this computer's cluster" servers
+unset CLUSSIM_FAULTS
 
 heading "12. Veritas Cluster Server"
 say "The other kind of cluster. The library drives it through its command-line tools; here they are the VCS simulator's," \

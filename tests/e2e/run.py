@@ -89,8 +89,8 @@ VOLATILE = [
     (r"process \d+, begun \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC", "process NUMBER, begun TIME"),
     (r"Z:(\\+)[^ \"]*\\+(?=(?:ha\w+|vcsencrypt)\.exe)", r"BIN\1"),
     (r"Z:\\[^ \"]*\\bin(?=\\?\")", "BIN"),
-    (r"Z:\\[^ \"]*\\e2e\\+work\\+[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
-    (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+", r"WORK\1"),
+    (r"Z:\\[^ \"]*\\e2e\\+work\\+(?:silent\\+)?(?!silent\\)[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
+    (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+(?:silent\\+)?", r"WORK\1"),
     (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),

@@ -47,21 +47,18 @@ bool IsToolSimulated(const std::wstring& path) {
            std::wstring(static_cast<const wchar_t*>(description), length).rfind(L"VCS simulator", 0) == 0;
 }
 
-// One real tool among them would reach the real cluster.
-bool IsVcsSimulated() {
-    bool isAnyThere = false;
-    for (const VcsToolFile& tool : FindVcsTools()) {
-        if (!tool.path.empty() && !IsToolSimulated(tool.path)) {
-            return false;
-        }
-        isAnyThere = isAnyThere || !tool.path.empty();
-    }
-    return isAnyThere;
+std::vector<VcsToolFile> VcsToolsThere() {
+    std::vector<VcsToolFile> tools = FindVcsTools();
+    tools.erase(std::remove_if(tools.begin(), tools.end(), [](const VcsToolFile& tool) { return tool.path.empty(); }),
+                tools.end());
+    return tools;
 }
 
-bool AreVcsToolsThere() {
-    const std::vector<VcsToolFile> tools = FindVcsTools();
-    return std::any_of(tools.begin(), tools.end(), [](const VcsToolFile& tool) { return !tool.path.empty(); });
+// One real tool among them would reach the real cluster.
+bool IsVcsSimulated() {
+    const std::vector<VcsToolFile> tools = VcsToolsThere();
+    return !tools.empty() &&
+           std::all_of(tools.begin(), tools.end(), [](const VcsToolFile& tool) { return IsToolSimulated(tool.path); });
 }
 
 [[noreturn]] void Refuse(const wchar_t* variable, const std::string& who, const std::string& hint) {
@@ -81,9 +78,9 @@ void RequireNamedSimulators(Answering asked) {
     }
     if ((namesVcs || (namesCluster && asksVcs)) && !IsVcsSimulated()) {
         Refuse(namesVcs ? VcsVariable : ClusterVariable,
-               AreVcsToolsThere()
-                   ? "the VCS tools on the search path are not the simulator's: the real cluster would answer"
-                   : "there are no VCS tools on the search path",
+               VcsToolsThere().empty()
+                   ? "there are no VCS tools on the search path"
+                   : "the VCS tools on the search path are not the simulator's: the real cluster would answer",
                "Put the folder of the simulator's tools first on PATH, or remove the variable.");
     }
     const wchar_t* const variable = asksVcs ? VcsVariable : ClusterVariable;
