@@ -29,8 +29,9 @@ function(clusutil_target target)
       -fstack-protector-strong -fvisibility=hidden
       # A release has line numbers for its symbols, and no trace of the folder it was built in.
       "$<$<CONFIG:Release>:-g1;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
+    # Sections lie in the file as in memory: Wine maps them then, where it would copy all, symbols too, at every start.
     target_link_options(${target} PRIVATE
-      -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp)
+      -Wl,--dynamicbase -Wl,--nxcompat -Wl,--high-entropy-va -Wl,--no-insert-timestamp -Wl,--file-alignment=4096)
     target_link_libraries(${target} PRIVATE clusutil_stack_guard)
     if(arg_STATIC_RUNTIME)
       target_link_options(${target} PRIVATE -static)
