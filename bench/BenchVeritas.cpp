@@ -3,16 +3,16 @@
 #include "BareSupport.h"
 #include "Measurement.h"
 #include "PrivateFolder.h"
+#include "ThreadClock.h"
 #include "ToolRuns.h"
 
-#include "core/ToolOutput.h"
-#include "core/UniqueNames.h"
 #include "clus_VeritasCluster.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cwchar>
 #include <string>
-#include <utility>
+#include <thread>
 #include <vector>
 
 namespace bench {
@@ -22,6 +22,9 @@ namespace {
 const std::size_t ListColumns = 2;
 const std::size_t SystemsPerResource = 2;
 const std::size_t ResourcesPerServiceGroup = 10;
+const std::size_t GoalRows = 100000; // goals are set for so many rows
+const double Nano = 1e9;
+const double Milli = 1e3;
 
 // The list of resources as the tool prints it: each one once per system, names padded to one width.
 std::string ResourceList(std::size_t rows) {
@@ -62,107 +65,108 @@ template <class Use> void BareSplit(const std::wstring& text, std::vector<wchar_
     }
 }
 
-struct ListResult {
-    std::size_t rows;
-    Result whole; // the public member
-    Result pure;  // splitting and de-duplication of a text in memory
-    Result kept;  // wcstok and a list of its tokens, which is what the library's interface asks for
-};
-
-ListResult MeasureList(std::size_t rows) {
+// Rows as the tool prints them, and what splitting them takes.
+void MeasureList(Report& report, std::size_t rows, double& last, double& lastOfList) {
     const std::string output = ResourceList(rows);
     const std::wstring text = WithoutCarriageReturns(output);
-    const std::size_t repetitions = rows < 10000 ? 10 : 1;
     std::vector<wchar_t> scratch;
-    const auto bare = [&]() {
-        std::size_t count = 0;
-        BareSplit(text, scratch, [&count](const wchar_t*) { ++count; });
-        Require(count == rows * ListColumns, "wcstok finds another number of tokens");
-    };
+    std::vector<std::wstring> expected;
     const ToolReplacement tool = ToolReplacement::Write(output);
-    ListResult result;
-    result.rows = rows;
-    result.whole = Measure(
-        [&]() {
-            std::vector<std::wstring> names;
-            Require(CVeritasCluster().EnumResourceNamesW(names) && names.size() == rows / SystemsPerResource,
-                    "EnumResourceNamesW failed");
-        },
-        bare, repetitions);
-    result.pure = Measure(
-        [&]() {
-            std::vector<std::wstring> tokens, names;
-            clus::SplitOutput(text, tokens);
-            clus::UniqueNames unique(names);
-            for (std::size_t i = 0; i < tokens.size(); i += ListColumns) {
-                unique.Append(std::move(tokens[i]));
-            }
-            Require(names.size() == rows / SystemsPerResource, "another number of names");
-        },
-        bare, repetitions);
-    result.kept = Measure(
-        [&]() {
-            std::vector<std::wstring> tokens;
-            BareSplit(text, scratch, [&tokens](const wchar_t* token) { tokens.emplace_back(token); });
-            Require(tokens.size() == rows * ListColumns, "wcstok finds another number of tokens");
-        },
-        bare, repetitions);
-    return result;
-}
-
-void PrintRun(const Result& result) {
-    std::printf("\nA tool run: CVeritasCluster::EnumSystemNames, bare CreateProcessW + wait + read\n");
-    std::printf("%17s: library %9.4f ms, bare %9.4f ms, ratio %.3f (target 1.05 at most); %u rounds\n", "one run",
-                result.library * 1e3, result.bare * 1e3, result.library / result.bare,
-                static_cast<unsigned>(result.rounds));
-}
-
-void PrintList(const char* measured, std::size_t rows, const Result& result, const Result* smaller) {
-    std::printf("%6u rows: %s %9.4f ms, wcstok %9.4f ms, ratio %.3f", static_cast<unsigned>(rows), measured,
-                result.library * 1e3, result.bare * 1e3, result.library / result.bare);
-    if (smaller) {
-        std::printf(", growth x%.2f, wcstok x%.2f", result.library / smaller->library, result.bare / smaller->bare);
+    Require(CVeritasCluster().EnumResourceNamesW(expected) && expected.size() == rows / SystemsPerResource,
+            "EnumResourceNamesW failed");
+    const Comparison times =
+        Compare({{"library",
+                  [&]() {
+                      std::vector<std::wstring> names;
+                      Require(CVeritasCluster().EnumResourceNamesW(names) && names.size() == expected.size(),
+                              "EnumResourceNamesW failed");
+                  }},
+                 {"wcstok",
+                  [&]() {
+                      std::size_t count = 0;
+                      BareSplit(text, scratch, [&count](const wchar_t*) { ++count; });
+                      Require(count == rows * ListColumns, "wcstok finds another number of tokens");
+                  }},
+                 {"list", [&]() {
+                      const std::vector<std::wstring> names(expected);
+                      Require(names.size() == expected.size(), "a list of another length");
+                  }}});
+    const auto goal = [rows](double value) { return rows >= GoalRows ? value : 0; };
+    const double tokens = static_cast<double>(rows * ListColumns);
+    report.Add({rows, "library / wcstok", times.Ratio("library", "wcstok"), "", goal(3.0)});
+    report.Add({rows, "library", times.Seconds("library") * Nano / static_cast<double>(rows), "ns per row", goal(330)});
+    report.Add({rows, "wcstok", times.Seconds("wcstok") * Nano / static_cast<double>(rows), "ns per row"});
+    if (times.Allocations("library") != 0) {
+        report.Add({rows, "peak memory", static_cast<double>(times.PeakBytes("library")) / tokens, "bytes per token",
+                    goal(45)});
+        report.Add(
+            {rows, "allocations", static_cast<double>(times.Allocations("library")) / tokens, "per token", goal(0.25)});
     }
-    std::printf("; %u rounds\n", static_cast<unsigned>(result.rounds));
-    if (result.allocations != 0) {
-        std::printf("%17s  peak memory: %.1f bytes per token, %.2f allocations per token\n", "",
-                    static_cast<double>(result.peakBytes) / static_cast<double>(rows * ListColumns),
-                    static_cast<double>(result.allocations) / static_cast<double>(rows * ListColumns));
+    if (last != 0) {
+        report.Add({rows, "growth", times.Seconds("library") / last, "times a tenth"});
+        report.Add({rows, "growth of the result list alone", times.Seconds("list") / lastOfList, "times a tenth"});
     }
+    last = times.Seconds("library");
+    lastOfList = times.Seconds("list");
 }
 
-Result MeasureRun() {
+void RequireTwoSystems() {
+    std::vector<std::wstring> systems;
+    Require(CVeritasCluster().EnumSystemNames(systems) && systems.size() == 2, "EnumSystemNames failed");
+}
+
+void MeasureRun(Report& report) {
+    report.Begin(
+        "A run of a VCS tool",
+        "EnumSystemNames, against starting, waiting for and reading the same small program with the platform's "
+        "calls alone. Most of it happens in other processes, so it is the time on the wall.",
+        "runs");
     const std::wstring tool = BenchToolPath();
     const ToolReplacement replacement = ToolReplacement::Start(tool);
-    return Measure(
-        []() {
-            std::vector<std::wstring> systems;
-            Require(CVeritasCluster().EnumSystemNames(systems) && systems.size() == 2, "EnumSystemNames failed");
-        },
-        [&]() { Require(BareToolRun(tool) == BenchToolBytes, "the bare run reads another text"); });
+    const Comparison times = Compare(
+        {{"library", &RequireTwoSystems},
+         {"bare",
+          [&]() { Require(OutputOfProcess(tool, L"").size() == BenchToolBytes, "the bare run reads another text"); }}},
+        4);
+    report.Add(
+        {1, "library, own processor time beyond the bare calls'", times.Difference("library", "bare") * Milli, "ms"});
+    report.Add({1, "library", times.WallSeconds("library") * Milli, "ms"});
+    report.Add({1, "bare calls", times.WallSeconds("bare") * Milli, "ms"});
+
+    const std::size_t threads = 64;
+    std::atomic<std::size_t> failures{0};
+    const double started = WallSeconds();
+    std::vector<std::thread> runs;
+    for (std::size_t i = 0; i < threads; ++i) {
+        runs.emplace_back([&failures]() {
+            try {
+                RequireTwoSystems();
+            } catch (const std::exception&) {
+                ++failures;
+            }
+        });
+    }
+    for (std::thread& run : runs) {
+        run.join();
+    }
+    Require(failures == 0, "a run among many at once failed");
+    report.Add({threads, "library, at once, each", (WallSeconds() - started) * Milli / threads, "ms"});
 }
 
 } // namespace
 
-void MeasureVeritas() {
+void MeasureVeritas(Report& report, Scale scale) {
     const harness::PrivateFolder folder; // the library writes its capture files into the current directory
-    PrintRun(MeasureRun());
-    std::vector<ListResult> lists;
-    for (const std::size_t rows : {1000u, 10000u, 100000u}) {
-        lists.push_back(MeasureList(rows));
-    }
-    std::printf("\nCVeritasCluster::EnumResourceNamesW, output written by no process, wcstok alone on the same text\n"
-                "(targets: ratio 2.0 at most, growth 11 at most)\n");
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-        PrintList("library", lists[i].rows, lists[i].whole, i ? &lists[i - 1].whole : nullptr);
-    }
-    std::printf("\nIts splitting and de-duplication, the text in memory\n");
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-        PrintList("library", lists[i].rows, lists[i].pure, i ? &lists[i - 1].pure : nullptr);
-    }
-    std::printf("\nFor comparison: wcstok and a list of its tokens, without the library\n");
-    for (std::size_t i = 0; i < lists.size(); ++i) {
-        PrintList("list", lists[i].rows, lists[i].kept, i ? &lists[i - 1].kept : nullptr);
+    MeasureRun(report);
+    report.Begin(
+        "EnumResourceNamesW",
+        "Each resource in two rows; the output is written by no process. wcstok splits the same text in memory "
+        "and keeps nothing. Bytes and allocations are those of one call, by the tokens printed.",
+        "rows");
+    double last = 0;
+    double lastOfList = 0;
+    for (const std::size_t rows : RowCounts(scale)) {
+        MeasureList(report, rows, last, lastOfList);
     }
 }
 

@@ -1,11 +1,15 @@
-// VCS: a tool run against the bare calls, and lists of resources against the splitting of their text alone.
+// VCS: a tool run against the bare calls, many runs at once, and lists of resources against the splitting of their text
+// alone.
 #ifndef BENCHVERITAS_H
 #define BENCHVERITAS_H
 
+#include "Report.h"
+#include "Scale.h"
+
 namespace bench {
 
-// Measures and prints. Throws std::runtime_error when a result is not the expected one.
-void MeasureVeritas();
+// Throws std::runtime_error when a result is not the expected one.
+void MeasureVeritas(Report& report, Scale scale);
 
 } // namespace bench
 

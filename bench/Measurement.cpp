@@ -1,108 +1,125 @@
 #include "Measurement.h"
 
 #include "MemoryMeter.h"
+#include "ThreadClock.h"
 
 #include "ClusSimControl.h"
 
-#include <winsock2.h>
-#include <windows.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <vector>
+#include <cmath>
+#include <stdexcept>
 
 namespace bench {
 
 namespace {
 
-const std::size_t MinimumRounds = 15;
+const std::size_t MinimumRounds = 9;
 const std::size_t MaximumRounds = 201;
-const double SecondsPerCase = 6; // more than that only for the minimum of rounds
+const double SecondsPerTurn = 0.002; // at least
 
-double Seconds() {
-    LARGE_INTEGER count, frequency;
-    QueryPerformanceCounter(&count);
-    QueryPerformanceFrequency(&frequency);
-    return static_cast<double>(count.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double TimeOf(const std::function<void()>& call, std::size_t repetitions) {
-    const double started = Seconds();
-    for (std::size_t i = 0; i < repetitions; ++i) {
-        call();
-    }
-    return (Seconds() - started) / static_cast<double>(repetitions);
-}
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-std::size_t CallsOf(const std::function<void()>& call) {
+std::size_t CallsOf(const std::function<void()>& run) {
     ClusSimClearJournal();
-    call();
+    run();
     return ClusSimCallCount(nullptr);
+}
+
+std::size_t RepetitionsOf(const std::function<void()>& run) {
+    const double started = ThreadSeconds();
+    run();
+    const double once = std::max(ThreadSeconds() - started, 1e-7);
+    return static_cast<std::size_t>(std::ceil(SecondsPerTurn / once));
 }
 
 } // namespace
 
-Result Measure(const std::function<void()>& library, const std::function<void()>& bare, std::size_t repetitions) {
-    Result result;
-    result.libraryCalls = CallsOf(library);
-    result.bareCalls = CallsOf(bare);
+double Median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    const std::size_t middle = values.size() / 2;
+    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
 
+Comparison Compare(const std::vector<Contestant>& contestants, double seconds) {
+    Comparison result;
     MemoryMeter meter;
-    if (meter.Works()) {
-        meter.Start();
-        library();
-        meter.Stop();
-        result.peakBytes = meter.PeakBytes();
-        result.allocations = meter.Allocations();
+    std::vector<std::size_t> repetitions;
+    for (const Contestant& contestant : contestants) {
+        Comparison::Side side;
+        side.name = contestant.name;
+        side.calls = CallsOf(contestant.run);
+        if (meter.Works()) {
+            meter.Start();
+            contestant.run();
+            meter.Stop();
+            side.peakBytes = meter.PeakBytes();
+            side.allocations = meter.Allocations();
+        }
+        repetitions.push_back(RepetitionsOf(contestant.run));
+        result.m_sides.push_back(side);
     }
 
-    std::vector<double> libraryTimes, bareTimes;
-    const double started = Seconds();
-    while (libraryTimes.size() < MinimumRounds ||
-           (libraryTimes.size() < MaximumRounds && Seconds() - started < SecondsPerCase)) {
-        // Whoever goes first finds colder caches: take turns in that too.
-        if (libraryTimes.size() % 2 == 0) {
-            libraryTimes.push_back(TimeOf(library, repetitions));
-            bareTimes.push_back(TimeOf(bare, repetitions));
-        } else {
-            bareTimes.push_back(TimeOf(bare, repetitions));
-            libraryTimes.push_back(TimeOf(library, repetitions));
+    const double started = WallSeconds();
+    for (std::size_t round = 0; round < MinimumRounds || (round < MaximumRounds && WallSeconds() - started < seconds);
+         ++round) {
+        for (std::size_t turn = 0; turn < contestants.size(); ++turn) {
+            const std::size_t i = (round + turn) % contestants.size();
+            const double wallStarted = WallSeconds();
+            const double threadStarted = ThreadSeconds();
+            for (std::size_t n = 0; n < repetitions[i]; ++n) {
+                contestants[i].run();
+            }
+            const double count = static_cast<double>(repetitions[i]);
+            result.m_sides[i].seconds.push_back((ThreadSeconds() - threadStarted) / count);
+            result.m_sides[i].wallSeconds.push_back((WallSeconds() - wallStarted) / count);
         }
     }
-    result.rounds = libraryTimes.size();
-    result.library = Median(libraryTimes);
-    result.bare = Median(bareTimes);
     return result;
 }
 
-void Print(std::size_t resources, const Result& result, const Result* smaller, std::size_t parts, const char* partName,
-           std::size_t memoryTarget) {
-    std::printf("%6u resources: library %9.4f ms, bare %9.4f ms, ratio %.3f (target 1.10 at most), %.3f us more per %s",
-                static_cast<unsigned>(resources), result.library * 1e3, result.bare * 1e3, result.library / result.bare,
-                (result.library - result.bare) * 1e6 / static_cast<double>(parts), partName);
-    if (smaller) {
-        std::printf(", growth x%.2f, bare x%.2f (target 11 at most)", result.library / smaller->library,
-                    result.bare / smaller->bare);
+const Comparison::Side& Comparison::Of(const std::string& contestant) const {
+    const auto found = std::find_if(m_sides.begin(), m_sides.end(),
+                                    [&contestant](const Side& side) { return side.name == contestant; });
+    if (found == m_sides.end()) {
+        throw std::logic_error("there is no contestant " + contestant);
     }
-    std::printf("; %u rounds\n", static_cast<unsigned>(result.rounds));
-    std::printf("%17s  cluster calls: library %u, needed %u\n", "", static_cast<unsigned>(result.libraryCalls),
-                static_cast<unsigned>(result.bareCalls));
-    if (result.allocations == 0) {
-        std::printf("%17s  memory: not measured, the C++ runtime is no DLL of its own\n", "");
-        return;
-    }
-    std::printf("%17s  peak memory: %u bytes in %u allocations", "", static_cast<unsigned>(result.peakBytes),
-                static_cast<unsigned>(result.allocations));
-    if (memoryTarget != 0) {
-        std::printf(" (target %u: 4 KiB per server found, 200 bytes per resource)",
-                    static_cast<unsigned>(memoryTarget));
-    }
-    std::printf("\n");
+    return *found;
+}
+
+std::size_t Comparison::Rounds() const {
+    return m_sides.front().seconds.size();
+}
+
+double Comparison::Seconds(const std::string& contestant) const {
+    return Median(Of(contestant).seconds);
+}
+
+double Comparison::WallSeconds(const std::string& contestant) const {
+    return Median(Of(contestant).wallSeconds);
+}
+
+double Comparison::Ratio(const std::string& contestant, const std::string& base) const {
+    std::vector<double> ratios = Of(contestant).seconds;
+    std::transform(ratios.begin(), ratios.end(), Of(base).seconds.begin(), ratios.begin(),
+                   [](double time, double baseTime) { return time / baseTime; });
+    return Median(ratios);
+}
+
+double Comparison::Difference(const std::string& contestant, const std::string& base) const {
+    std::vector<double> differences = Of(contestant).seconds;
+    std::transform(differences.begin(), differences.end(), Of(base).seconds.begin(), differences.begin(),
+                   [](double time, double baseTime) { return time - baseTime; });
+    return Median(differences);
+}
+
+std::size_t Comparison::Calls(const std::string& contestant) const {
+    return Of(contestant).calls;
+}
+
+std::size_t Comparison::PeakBytes(const std::string& contestant) const {
+    return Of(contestant).peakBytes;
+}
+
+std::size_t Comparison::Allocations(const std::string& contestant) const {
+    return Of(contestant).allocations;
 }
 
 } // namespace bench

@@ -1,30 +1,56 @@
-// One comparison: the library and the bare calls in turns, on the same simulated cluster.
+// Ways to do the same, measured against one another in paired rounds.
 #ifndef MEASUREMENT_H
 #define MEASUREMENT_H
 
 #include <cstddef>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace bench {
 
-struct Result {
-    std::size_t rounds = 0;
-    double library = 0; // seconds, median
-    double bare = 0;
-    std::size_t libraryCalls = 0; // cluster calls
-    std::size_t bareCalls = 0;
-    std::size_t peakBytes = 0; // of the library
-    std::size_t allocations = 0;
+struct Contestant {
+    std::string name;
+    std::function<void()> run;
 };
 
-// Measures two ways to do the same. Each does it `repetitions` times per round when once is too short to be timed; the
-// result is for once.
-Result Measure(const std::function<void()>& library, const std::function<void()>& bare, std::size_t repetitions = 1);
+// The rounds of one comparison. In each round every contestant has its turn, and the first turn goes round: whoever
+// begins finds colder caches. Times are processor times of the thread unless a name says otherwise.
+class Comparison {
+public:
+    std::size_t Rounds() const;
+    // Medians of one run.
+    double Seconds(const std::string& contestant) const;
+    double WallSeconds(const std::string& contestant) const;
+    // Medians of what the rounds give for two contestants each: what disturbs a round disturbs both of them.
+    double Ratio(const std::string& contestant, const std::string& base) const;
+    double Difference(const std::string& contestant, const std::string& base) const;
+    // Of one run: cluster calls of the simulator, and what is allocated (zero where that cannot be watched).
+    std::size_t Calls(const std::string& contestant) const;
+    std::size_t PeakBytes(const std::string& contestant) const;
+    std::size_t Allocations(const std::string& contestant) const;
 
-// Times, ratio, calls and memory. `parts` divides the surplus of time: what one of `partName` costs more. `smaller` is
-// the result for a tenth of the resources, or null. `memoryTarget` 0: none.
-void Print(std::size_t resources, const Result& result, const Result* smaller, std::size_t parts, const char* partName,
-           std::size_t memoryTarget);
+private:
+    friend Comparison Compare(const std::vector<Contestant>& contestants, double seconds);
+
+    struct Side {
+        std::string name;
+        std::vector<double> seconds; // by round
+        std::vector<double> wallSeconds;
+        std::size_t calls = 0;
+        std::size_t peakBytes = 0;
+        std::size_t allocations = 0;
+    };
+    const Side& Of(const std::string& contestant) const;
+
+    std::vector<Side> m_sides;
+};
+
+// Takes about so many seconds, and longer when the least number of rounds needs it. What takes less than a millisecond
+// is repeated within its turn.
+Comparison Compare(const std::vector<Contestant>& contestants, double seconds = 1.5);
+
+double Median(std::vector<double> values);
 
 } // namespace bench
 

@@ -20,7 +20,7 @@ std::wstring BenchToolPath() {
     return BenchFolder() + L"clusutil_bench_tool.exe";
 }
 
-std::size_t BareToolRun(const std::wstring& tool) {
+std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments) {
     wchar_t fileName[MAX_PATH] = L"";
     Require(GetTempFileNameW(L".", L"ha-", 0, fileName) != 0, "GetTempFileNameW");
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
@@ -33,8 +33,9 @@ std::size_t BareToolRun(const std::wstring& tool) {
     startup.hStdOutput = file;
     startup.hStdError = file;
     PROCESS_INFORMATION process = {};
-    wchar_t commandLine[] = L"hasys -list";
-    Require(CreateProcessW(tool.c_str(), commandLine, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process),
+    std::wstring commandLine = L"tool " + arguments;
+    Require(CreateProcessW(program.c_str(), &commandLine[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                           &process),
             "CreateProcessW");
     WaitForSingleObject(process.hProcess, INFINITE);
     CloseHandle(process.hThread);
@@ -45,7 +46,7 @@ std::size_t BareToolRun(const std::wstring& tool) {
     Require(ReadFile(file, text, sizeof(text), &cb, nullptr), "ReadFile");
     CloseHandle(file);
     DeleteFileW(fileName);
-    return cb;
+    return std::string(text, cb);
 }
 
 namespace {

@@ -14,13 +14,14 @@ namespace bench {
 // The folder that the benchmark lies in, with a backslash at the end.
 std::wstring BenchFolder();
 
-// The path of the small tool that lies beside the benchmark and prints BenchToolBytes bytes.
+// The path of the small tool that lies beside the benchmark. Without arguments it prints BenchToolBytes bytes; see
+// BenchTool.cpp.
 std::wstring BenchToolPath();
 const std::size_t BenchToolBytes = 14;
 
-// Starts the tool with its output in a file, waits for it and reads the file: its size. Throws std::runtime_error when
-// a call fails.
-std::size_t BareToolRun(const std::wstring& tool);
+// Starts a program with its output in a file, waits for it and reads the file: at most 4,096 bytes of it. These are the
+// calls that a run of a VCS tool needs. Throws std::runtime_error when one fails.
+std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments);
 
 // Replaces the library's CreateProcessW while one lives.
 class ToolReplacement {

@@ -1,0 +1,40 @@
+// A cluster API whose calls do next to nothing: they hand out prepared names and types. What a loop over it costs is
+// the loop's own.
+#ifndef STUBCLUSTER_H
+#define STUBCLUSTER_H
+
+#include "platform/ClusterApi.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// Takes the place of clusapi.dll for the library and for this program while it lives; one at a time. No resource is on
+// this node, one in StubTypes is the product's.
+class StubCluster {
+public:
+    explicit StubCluster(std::size_t resources);
+    ~StubCluster();
+    StubCluster(const StubCluster&) = delete;
+    StubCluster& operator=(const StubCluster&) = delete;
+
+    const std::vector<std::wstring>& Names() const;
+    // The number of calls that `run` makes.
+    std::size_t CallsOf(const std::function<void()>& run) const;
+
+private:
+    struct Patches;
+    std::unique_ptr<Patches> m_patches;
+};
+
+// Resources of this type are one in ten.
+const wchar_t StubStoreType[] = L"Microsoft Exchange Information Store";
+const std::size_t StubTypes = 10;
+
+} // namespace bench
+
+#endif
