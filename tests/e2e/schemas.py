@@ -1,13 +1,14 @@
 """The JSON documents of clusctl against the schemas in docs/schemas."""
 import json
+import re
+import shlex
 from pathlib import Path
 
+CASES = Path(__file__).resolve().parent / "cases"
 FOLDER = Path(__file__).resolve().parent.parent.parent / "docs" / "schemas"
 SUFFIX = ".schema.json"
 COMMON = "common" + SUFFIX
 TELLING = ("help", "completion", "manual")  # commands whose answer is a text
-
-
 
 
 def validator(schema):
@@ -61,16 +62,51 @@ def is_expected(arguments, output):
     return (wants and not tells) or output.startswith("{")
 
 
+def documents():
+    """The command and the document of each run in the cases that prints one."""
+    for case in sorted(CASES.glob("*.txt")):
+        for line, output in re.findall(r"(?m)^\$ (?:\w+=\S+ )*clusctl (.* --json.*|--json .*)\n(\{\n(?:[ \]}].*\n)*?\}\n)",
+                                       case.read_text(encoding="utf-8")):
+            command = command_of(shlex.split(line))
+            if command:
+                yield command, json.loads(output)
+
+
+def problems_of_answer(command, document):
+    """That a schema refuses an answer that has a member more or less, or says that another command's work was done."""
+    taken = validator(load(command + SUFFIX))
+    common = json.loads((FOLDER / COMMON).read_text(encoding="utf-8"))["$defs"]["answer"]
+    always = set(document) - (set(common["properties"]) - set(common["required"]))
+    wrong = [{name: value for name, value in document.items() if name != left} for left in sorted(always)] + [{**document, "more": 1}]
+    for key, records in document.items():
+        if isinstance(records, list) and records and isinstance(records[0], dict):
+            wrong.append({**document, key: [{**records[0], "more": 1}]})
+            wrong += [{**document, key: [{**records[0], name: "no such"}]} for name in ("result", "online") if name in records[0]]
+            other = {"created": "deleted", "existed already": "deleted", "deleted": "created"}.get(records[0].get("result"))
+            wrong += [{**document, key: [{**records[0], "result": other}]}] if other else []
+    return [f"docs/schemas/{command}{SUFFIX} takes {document}" for document in wrong if taken.is_valid(document)]
+
+
 def problems_of_strictness():
-    """That every schema takes the document of a failure, and refuses it changed."""
+    """That every schema takes the document of a failure, and refuses it changed; that the cases show both kinds of documents of every
+    command, and the schemas refuse the answers changed."""
     error = {"code": "failed", "message": "it failed", "reason": None, "win32": None, "hint": None}
-    failure = {"error": error, "log": [], "simulated": None}
+    failure = {"complete": False, "warnings": [], "error": error, "log": [], "simulated": None}
     wrong = [{**failure, "more": 1}, {**failure, "error": {**error, "more": 1}}, {**failure, "error": {**error, "code": "no-such"}},
-             {"error": error, "simulated": None}, {"complete": True, "warnings": [], "log": [], "simulated": None, "more": 1}]
+             *({name: value for name, value in failure.items() if name != left} for left in failure)]
     problems = []
     for command in sorted(commands_with_schema()):
         taken = validator(load(command + SUFFIX))
         if not taken.is_valid(failure):
             problems.append(f"docs/schemas/{command}{SUFFIX} refuses a failure")
         problems += [f"docs/schemas/{command}{SUFFIX} takes {document}" for document in wrong if taken.is_valid(document)]
-    return problems
+    answered = set()
+    failed = set()
+    for command, document in documents():
+        if "error" in document:
+            failed.add(command)
+        elif "complete" in document: # no model file
+            answered.add(command)
+            problems += problems_of_answer(command, document)
+    problems += [f"no case shows an answer of {command} --json" for command in sorted(commands_with_schema() - answered)]
+    return problems + [f"no case shows a failure of {command} --json" for command in sorted(commands_with_schema() - failed)]

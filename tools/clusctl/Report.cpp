@@ -202,7 +202,7 @@ std::string Report::ToJson(const Json& besides) const {
         return common::DumpJson(m_document);
     }
     Json document = m_document;
-    document["complete"] = m_isComplete;
+    document["complete"] = m_isComplete && !m_document.empty();
     document["warnings"] = m_warnings;
     document.update(besides);
     return common::DumpJson(document);

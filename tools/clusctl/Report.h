@@ -56,6 +56,7 @@ public:
     std::string ToText() const;
 
     // The document as it is, or with "complete", "warnings" and the members of `besides` unless it is a verbatim one.
+    // Nothing at all is no complete answer.
     std::string ToJson(const Json& besides) const;
 
 private:

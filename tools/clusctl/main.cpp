@@ -98,33 +98,27 @@ public:
         Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
     }
 
-    // With what there is to show of the work done until then, if anything.
-    void Show(const Failure& failure, const Report* halfway) const {
-        std::string text = halfway == nullptr ? std::string() : halfway->ToText();
-        if (m_isJson) {
-            Json document = ErrorJson(failure);
-            document.update(m_besides);
-            text = halfway == nullptr ? common::DumpJson(document) : halfway->ToJson(document);
-        }
+    // `shown`: what there is to show of the work done until then, if anything.
+    void Show(const Failure& failure, const Report& shown) const {
+        Json besides = ErrorJson(failure);
+        besides.update(m_besides);
         try {
-            Print(m_output, text);
+            Print(m_output, m_isJson ? shown.ToJson(besides) : shown.ToText());
         } catch (const Failure& unwritten) {
             m_errors.Write(ErrorText(unwritten)); // the failure itself is told all the same
         }
-        if (halfway != nullptr) {
-            Warn(halfway->Warnings());
-        }
+        Warn(shown.Warnings());
         m_errors.Write(ErrorText(failure));
         ShowLog();
     }
 
+private:
     void Warn(const std::vector<std::string>& warnings) const {
         for (const std::string& warning : warnings) {
             m_errors.Write("clusctl: warning: " + warning + "\n");
         }
     }
 
-private:
     void ShowLog() const {
         for (const std::string& line : m_log) {
             m_errors.Write("clusctl: log: " + line + "\n");
@@ -204,6 +198,12 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
                           log.IsShown() ? std::vector<std::string>() : log.Problems());
     };
     const KilledRuns killed;
+    const auto withKilled = [&killed](Report report) {
+        for (const std::string& sentence : killed.Sentences()) {
+            report.AddWarning(sentence);
+        }
+        return report;
+    };
     std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
     try {
         if (commandLine.Asked() == Answering::FailoverCluster) {
@@ -218,27 +218,22 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
                 RequireTrustedTools(tools);
             }
         }
-        Report report = Work(commandLine, log);
+        const Report report = Work(commandLine, log);
         setBesides();
-        for (const std::string& sentence : killed.Sentences()) {
-            report.AddWarning(sentence);
-        }
-        answer.Show(report);
+        answer.Show(withKilled(report));
         if (commandLine.Changes()) {
             killed.Forget();
         }
         return report.IsComplete() ? ExitDone : ExitIncomplete;
     } catch (const FailureWithReport& halfway) {
         setBesides();
-        answer.Warn(killed.Sentences());
-        answer.Show(halfway, &halfway.Shown());
+        answer.Show(halfway, withKilled(halfway.Shown()));
         return halfway.Kind().exitCode;
     } catch (const WrongUsage&) {
         throw; // told with how the command is used
     } catch (const Failure& failure) {
         setBesides();
-        answer.Warn(killed.Sentences());
-        answer.Show(failure, nullptr);
+        answer.Show(failure, withKilled(Report()));
         return failure.Kind().exitCode;
     }
 }
@@ -277,9 +272,9 @@ int wmain(int argumentCount, wchar_t** arguments) {
     CommandLine commandLine;
     const auto fail = [&](const Failure& failure) {
         if (commandLine.Shared().json) {
-            Json document = ErrorJson(failure);
-            document.update({{"log", Json::array()}, {"simulated", nullptr}}); // nobody has been asked
-            output.Write(common::DumpJson(document));
+            Json besides = ErrorJson(failure);
+            besides.update({{"log", Json::array()}, {"simulated", nullptr}}); // nobody has been asked
+            output.Write(Report().ToJson(besides));
         }
         return failure.Kind().exitCode;
     };
