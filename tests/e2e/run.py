@@ -21,6 +21,8 @@ the case's purpose ("# ...") and its setting:
   iis FILE            the web server's configuration on this computer
   debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
   simulator none      the simulator's DLLs do not lie beside clusctl
+  missing DLL         this DLL does not lie beside clusctl
+  replaced DLL OTHER  another one lies there under this name
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, which VCSSIM_MAIN_CF names, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
@@ -171,6 +173,12 @@ class Case:
             elif word == "simulator":
                 for library in ("clusapi.dll", "resutils.dll"):
                     (self.own_program_folder() / library).unlink()
+            elif word == "missing":
+                (self.own_program_folder() / value).unlink()
+            elif word == "replaced":
+                name, other = value.split()
+                (self.own_program_folder() / name).unlink()
+                os.link(self.runner.bin / other, self.own_program_folder() / name)
             elif word == "vcs":
                 self.configuration = value
                 self.copy_configuration()

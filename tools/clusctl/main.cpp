@@ -1,6 +1,7 @@
 // clusctl: the library's own caller for administrators; see docs/clusctl.md.
 #include "ClusterCommands.h"
 #include "CommandLine.h"
+#include "DelayedLibraries.h"
 #include "DiskCommand.h"
 #include "HelpCommands.h"
 #include "HostCommands.h"
@@ -182,6 +183,7 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
 
 ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
+    LoadLibraries();
     RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
