@@ -91,7 +91,7 @@ withFixedLayout() {
 
 # configureNative: the project of the core's native tests and fuzz targets, in build/native.
 configureNative() {
-    need cmake ninja-build clang libclang-rt-dev googletest
+    need cmake ninja-build clang libclang-rt-dev googletest nlohmann-json3-dev libcli11-dev
     lockTree native
     logged "Configuring the native core" build/native/configure.log cmake -S tests/native -B build/native -G Ninja \
         -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug

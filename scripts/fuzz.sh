@@ -1,11 +1,22 @@
 #!/bin/bash
 # fuzz.sh [SECONDS] [TARGET]: builds the fuzz targets and runs each of them, or the one named, for SECONDS.
+# fuzz.sh --report: writes the table of their runs and coverage in docs/testing.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/common.sh
 usage() {
-    echo "usage: ./dev fuzz [SECONDS] [TARGET]   targets: $(cd tests/fuzz && ls -- *_fuzz.cpp | sed 's/_fuzz.cpp//' | xargs)"
+    echo "usage: ./dev fuzz [SECONDS] [TARGET] | --report   targets: $(cd tests/fuzz && ls -- *_fuzz.cpp | sed 's/_fuzz.cpp//' | xargs)"
 }
+
+if [ "$*" = --report ]; then
+    need cmake ninja-build clang libclang-rt-dev llvm googletest nlohmann-json3-dev libcli11-dev python3
+    lockTree native-coverage
+    logged "Configuring for coverage" build/native-coverage/configure.log cmake -S tests/native -B build/native-coverage \
+        -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug -DCLUSUTIL_COVERAGE=ON
+    logged "Building for coverage" build/native-coverage/build.log cmake --build build/native-coverage -j "$(jobs_)"
+    logged "Measuring" build/native-coverage/report.log python3 scripts/fuzz_report.py build/native-coverage
+    exit 0
+fi
 
 [ $# -le 2 ] || usageError "fuzz takes at most two arguments"
 seconds=${1:-60}
@@ -23,6 +34,15 @@ configureNative
 logged "Building the fuzz targets" build/native/fuzz.log \
     cmake --build build/native --target "${targets[@]/#/fuzz_}" -j "$(jobs_)"
 
+# The longest input, in bytes: what is not about length finds more in short ones.
+longestInput() {
+    case "$1" in
+        cluster_lists | disk_info | log_settings | property_list | server_name | value_list) echo 1024 ;;
+        command_line | faults | main_cf_edits | secrets | state | types | vcs_tools | web_site) echo 4096 ;;
+        *) echo 24576 ;; # of a settings file 10,240 characters count
+    esac
+}
+
 result=0
 for target in "${targets[@]}"; do
     # New inputs go to the first folder; the committed seeds are read only.
@@ -33,9 +53,10 @@ for target in "${targets[@]}"; do
     log="build/fuzz/$target.log"
     printf 'Fuzzing %s for %s s ... ' "$target" "$seconds"
     if withFixedLayout timeout "$((seconds + 120))" "$program" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
-        -max_len=24576 -print_final_stats=1 -artifact_prefix="$crashes/" "$found" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
+        -max_len="$(longestInput "$target")" -print_final_stats=1 -artifact_prefix="$crashes/" "$found" "tests/fuzz/corpus/$target" >"$log" 2>&1; then
         runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
         echo "no finding in ${runs:-0} runs"
+        echo "$target ${runs:-0}" >>build/fuzz/runs.txt # scripts/fuzz_report.py adds them up
         [ "${runs:-0}" -gt 0 ] || { echo "fuzz_$target ran nothing; see $log" >&2; result=1; }
     else
         result=1

@@ -1,0 +1,2 @@
+// clusctl's masks: their header has the name of the VCS simulator's.
+#include "../../../tools/clusctl/Secrets.h"
