@@ -3,22 +3,34 @@
 
 #include "core/ResourceTypes.h"
 #include "core/Text.h"
+#include "platform/ControlReply.h"
 #include "platform/LocalBuffer.h"
 #include "platform/Log.h"
 #include "platform/NameEnumeration.h"
 #include "platform/Owner.h"
 
 #include <algorithm>
-#include <iterator>
 
 CLUS_LOG_PLACE(Cluster, 1);
 
-using clus::ClusterEnumOwner;
+using clus::AppendClusterNames;
+using clus::ControlReply;
 using clus::Equal;
 using clus::LastErrorKeeper;
 using clus::LocalBuffer;
+using clus::NameStore;
 using clus::NetworkNameType;
-using clus::OnFailedEntry;
+
+namespace {
+
+// False also for a resource that does not open.
+bool IsOfType(const CCluster& cluster, const wchar_t* name, const wchar_t* type, ControlReply& reply) {
+    CClusterResource resource;
+    return cluster.OpenResourceByName(resource, name) &&
+           Equal(reply.AskForText(resource.GetResourceHandle(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE), type);
+}
+
+} // namespace
 
 CCluster::CCluster() : m_hCluster(nullptr) {
 }
@@ -133,29 +145,24 @@ bool CCluster::EnumNames(CCLUSTER_OBJ_ENUM kind, std::list<std::wstring>& names)
         LOG_ERROR(L"Warning, unexpected type_enum value:%d", static_cast<int>(kind));
         break;
     }
-    LocalBuffer buffer;
-    const ClusterEnumOwner hEnum(ClusterOpenEnum(m_hCluster, mask));
-    if (!hEnum) {
-        LOG_ERROR(L"calling ClusterOpenEnum failed");
-        return false;
-    }
-    DWORD type = 0;
-    return clus::AppendNames(
-        256, OnFailedEntry::GoOn,
-        [&](DWORD index, wchar_t* text, DWORD* cch) { return ClusterEnum(hEnum.get(), index, &type, text, cch); },
-        [](DWORD) { LOG_ERROR(L"Unexpected result for cluster enum"); }, buffer, names);
+    return AppendClusterNames(m_hCluster, mask, names);
 }
 
 bool CCluster::EnumResourceNamesByType(const wchar_t* resourceType, std::list<std::wstring>& names) {
-    if (!EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
+    if (!m_hCluster) {
         return false;
     }
-    for (auto name = names.begin(); name != names.end();) {
-        CClusterResource resource;
-        const bool stays =
-            OpenResourceByName(resource, name->c_str()) &&
-            Equal(resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false), resourceType);
-        name = stays ? std::next(name) : names.erase(name);
+    NameStore all;
+    if (!AppendClusterNames(m_hCluster, CLUSTER_ENUM_RESOURCE, all)) {
+        names.insert(names.end(), all.begin(), all.end());
+        return false;
+    }
+    ControlReply reply;
+    names.remove_if([&](const std::wstring& name) { return !IsOfType(*this, name.c_str(), resourceType, reply); });
+    for (const wchar_t* name : all) {
+        if (IsOfType(*this, name, resourceType, reply)) {
+            names.emplace_back(name);
+        }
     }
     LOG_LEAVE(L"CCluster::EnumResourceNamesByType()");
     return true;
@@ -207,33 +214,34 @@ bool CCluster::FindFirstResourceNameByNetworkName(std::wstring& resourceName, co
         LOG_ERROR(L"Cluster handle is NULL");
         return false;
     }
-    std::list<std::wstring> names;
-    if (!EnumNames(CCLUSTER_OBJ_RESOURCE, names)) {
+    NameStore names;
+    if (!AppendClusterNames(m_hCluster, CLUSTER_ENUM_RESOURCE, names)) {
         LOG_ERROR(L"EnumNames failed");
         return false;
     }
-    for (const std::wstring& name : names) {
+    ControlReply reply;
+    for (const wchar_t* name : names) {
         CClusterResource resource;
-        if (!OpenResourceByName(resource, name.c_str())) {
-            LOG_ERROR(L"Unable to open resource: %s", name.c_str());
+        if (!OpenResourceByName(resource, name)) {
+            LOG_ERROR(L"Unable to open resource: %s", name);
             continue;
         }
-        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        const wchar_t* type = reply.AskForText(resource.m_hResource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
         if (!type) {
-            LOG_ERROR(L"Unable to get resource type for res: %s", name.c_str());
+            LOG_ERROR(L"Unable to get resource type for res: %s", name);
             continue;
         }
         if (!Equal(type, NetworkNameType)) {
             continue;
         }
-        const wchar_t* found = resource.GetSystemStringProperty(CClusterResource::RES_PROP_NETWORK_NAME, false);
+        const wchar_t* found = reply.AskForText(resource.m_hResource, CLUSCTL_RESOURCE_GET_NETWORK_NAME);
         if (!found) {
-            LOG_ERROR(L"Unable to get resource property NETWORK NAME for res: %s", name.c_str());
+            LOG_ERROR(L"Unable to get resource property NETWORK NAME for res: %s", name);
             continue;
         }
         if (networkName && Equal(found, wanted.c_str())) {
             resourceName = name;
-            LOG_INFO(L"Network name found: %s for res:", name.c_str());
+            LOG_INFO(L"Network name found: %s for res:", name);
             return true;
         }
     }

@@ -2,6 +2,7 @@
 #include "clus_Cluster.h"
 
 #include "core/Text.h"
+#include "platform/ControlReply.h"
 #include "platform/LocalBuffer.h"
 #include "platform/Log.h"
 #include "platform/NameEnumeration.h"
@@ -99,12 +100,13 @@ bool CClusterGroup::EnumResourceNamesInGroupByType(CCluster& cluster, std::list<
     if (!type || !EnumResourceNamesInGroup(names)) {
         return false;
     }
+    clus::ControlReply reply;
     for (auto name = names.begin(); name != names.end();) {
         CClusterResource resource;
         if (!cluster.OpenResourceByName(resource, name->c_str())) {
             return false;
         }
-        const wchar_t* found = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        const wchar_t* found = reply.AskForText(resource.GetResourceHandle(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
         if (!found) {
             LOG_ERROR(L"Get cluster resource type failed, skip this resource.");
         }

@@ -3,20 +3,17 @@
 
 #include "core/PropertyList.h"
 #include "core/ValueList.h"
-#include "platform/LocalBuffer.h"
+#include "platform/ControlReply.h"
 #include "platform/Log.h"
 #include "platform/Owner.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <cwchar>
 
 CLUS_LOG_PLACE(Cluster, 3);
 
-using clus::LocalBuffer;
+using clus::ControlReply;
 using clus::LocalMemoryOwner;
-using clus::LongestAnswer;
 
 namespace {
 
@@ -37,42 +34,18 @@ const SystemProperty SystemProperties[] = {
     {CLUSCTL_RESOURCE_GET_ID, false, 0, 0},
 };
 
-// ClusterResourceControl on the owner node, without input: the bytes of data in `out`, 0 on failure.
-DWORD QueryResourceControl(HRESOURCE resource, DWORD code, LocalBuffer& out) {
-    const DWORD cbStart = 128;
-    DWORD cb = 0;
-    out.Ensure(cbStart);
-    DWORD result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cb);
-    if (result == ERROR_MORE_DATA && cb <= LongestAnswer && out.Ensure(cb)) {
-        DWORD cbCheck = 0;
-        result = ClusterResourceControl(resource, nullptr, code, nullptr, 0, out.pData, out.Bytes(), &cbCheck);
-        if (cbCheck != cb) {
-            LOG_ERROR(L"dwSizeCheck != dwSize");
-            if (cbCheck < cb && out.pData) {
-                std::memset(static_cast<unsigned char*>(out.pData) + cbCheck, 0,
-                            cb - cbCheck); // not written by the service
-            }
-        }
-    }
-    if (result != ERROR_SUCCESS) {
-        LOG_ERROR(L"Calling ClusterResourceControl returns error, code:%d", result);
-        return 0;
-    }
-    return std::min(cb, out.cbSize);
-}
-
-// The text of a system property in the bytes that answered its control code. A value list without the entry searched
-// gives the text at its start: callers get a text for a disk without partitions, not a failure.
-std::wstring SystemPropertyText(const SystemProperty& property, const void* data, DWORD cb) {
+// The text of a system property, whose answer begins with `text`. A value list without the entry searched gives the
+// text at its start: callers get a text for a disk without partitions, not a failure.
+std::wstring SystemPropertyText(const SystemProperty& property, const ControlReply& reply, const wchar_t* text) {
     if (property.searchesValueList) {
-        clus::ValueListReader reader(data, cb);
+        clus::ValueListReader reader(reply.Data(), reply.Size());
         while (reader.Next()) {
             if (reader.Syntax() == property.syntax) {
                 return reader.TextAt(property.textOffset);
             }
         }
     }
-    return clus::TextInBuffer(data, cb, 0);
+    return text;
 }
 
 } // namespace
@@ -88,27 +61,22 @@ const wchar_t* CClusterResource::GetSystemStringProperty(RES_PROPERTY_ID id, boo
         return cached.c_str();
     }
     const SystemProperty& property = SystemProperties[id];
-    LocalBuffer buffer;
-    const DWORD cb = QueryResourceControl(m_hResource, property.controlCode, buffer);
-    if (cb == 0) {
-        LOG_ERROR(L"0 == dwSize");
+    ControlReply reply;
+    const wchar_t* const text = reply.AskForText(m_hResource, property.controlCode);
+    if (!text) {
         return nullptr;
     }
-    if (!buffer.pData) {
-        LOG_ERROR(L"NULL == lpStringStart");
-        return nullptr;
-    }
-    cached = SystemPropertyText(property, buffer.pData, cb);
+    cached = SystemPropertyText(property, reply, text);
     return cached.c_str();
 }
 
 bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstring& value) {
-    LocalBuffer buffer;
-    if (QueryResourceControl(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, buffer) == 0) {
+    ControlReply reply;
+    if (reply.Ask(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES) == 0) {
         return false;
     }
     wchar_t* text = nullptr;
-    if (ResUtilFindSzProperty(buffer.pData, buffer.Bytes(), name, &text) != ERROR_SUCCESS) {
+    if (ResUtilFindSzProperty(reply.Data(), reply.Offered(), name, &text) != ERROR_SUCCESS) {
         return false;
     }
     const LocalMemoryOwner textOwner(text);
@@ -120,9 +88,9 @@ bool CClusterResource::GetPrivateStringProperty(const wchar_t* name, std::wstrin
 }
 
 bool CClusterResource::GetPrivateDWORDProperty(const wchar_t* name, DWORD& value) {
-    LocalBuffer buffer;
-    return QueryResourceControl(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, buffer) != 0 &&
-           ResUtilFindDwordProperty(buffer.pData, buffer.Bytes(), name, &value) == ERROR_SUCCESS;
+    ControlReply reply;
+    return reply.Ask(m_hResource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES) != 0 &&
+           ResUtilFindDwordProperty(reply.Data(), reply.Offered(), name, &value) == ERROR_SUCCESS;
 }
 
 bool CClusterResource::SetDWORDProperty(DWORD controlCode, const wchar_t* name, DWORD value) {

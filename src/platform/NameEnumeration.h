@@ -1,7 +1,9 @@
-// The loop that all enumerations of names share.
+// The loop that all enumerations of names share, and the names of a cluster's objects.
 #ifndef CLUS_PLATFORM_NAMEENUMERATION_H
 #define CLUS_PLATFORM_NAMEENUMERATION_H
 
+#include "core/NameStore.h"
+#include "platform/ClusterApi.h"
 #include "platform/LocalBuffer.h"
 
 #include <list>
@@ -36,9 +38,9 @@ private:
 // ERROR_MORE_DATA reports, which excludes the terminator. Any other code, and a name that memory could not be found
 // for, is passed to `logFailure`, makes the result false, and goes on with the next index or stops. So does the end of
 // an enumeration that gets nowhere.
-template <typename EnumEntry, typename LogFailure>
+template <typename EnumEntry, typename LogFailure, typename Names>
 bool AppendNames(DWORD cchStart, OnFailedEntry onFailedEntry, EnumEntry enumEntry, LogFailure logFailure,
-                 LocalBuffer& buffer, std::list<std::wstring>& names) {
+                 LocalBuffer& buffer, Names& names) {
     bool result = true;
     EnumerationWatch watch;
     DWORD index = 0;
@@ -79,6 +81,11 @@ bool AppendNames(DWORD cchStart, OnFailedEntry onFailedEntry, EnumEntry enumEntr
         }
     }
 }
+
+// Appends the names of all objects of the kinds in a CLUSTER_ENUM mask, in the cluster's order. False, and logged, when
+// the cluster cannot be enumerated, or single entries cannot be read; the others are in the list then.
+bool AppendClusterNames(HCLUSTER cluster, DWORD mask, std::list<std::wstring>& names);
+bool AppendClusterNames(HCLUSTER cluster, DWORD mask, NameStore& names);
 
 } // namespace clus
 

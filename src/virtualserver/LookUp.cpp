@@ -5,12 +5,13 @@
 #include "core/ResourceTypes.h"
 #include "core/ServerName.h"
 #include "platform/ComputerName.h"
+#include "platform/ControlReply.h"
 #include "platform/Log.h"
+#include "platform/NameEnumeration.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <list>
 #include <vector>
 
 CLUS_LOG_PLACE(VirtualServerUtil, 5);
@@ -90,17 +91,19 @@ bool CVirtualServerUtil::QueryServerInfoFromCluster_(const CClusterVirtualServer
     LOG_ENTER_AND_LEAVE(L"CVirtualServerUtil::QueryServerInfoFromCluster_()");
     info.m_bIsOnline = false;
     CCluster cluster;
-    std::list<std::wstring> names;
+    clus::NameStore names;
     ComputerName computer;
-    if (!cluster.OpenByLPC() || !cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names) || !computer.Read()) {
+    if (!cluster.OpenByLPC() || !clus::AppendClusterNames(cluster.GetHandle(), CLUSTER_ENUM_RESOURCE, names) ||
+        !computer.Read()) {
         return false;
     }
-    for (const std::wstring& name : names) {
+    clus::ControlReply reply;
+    for (const wchar_t* name : names) {
         CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
+        if (!cluster.OpenResourceByName(resource, name)) {
             continue;
         }
-        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        const wchar_t* type = reply.AskForText(resource.GetResourceHandle(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
         if (!type || !IsProductType(type)) {
             continue;
         }

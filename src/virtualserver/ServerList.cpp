@@ -4,7 +4,9 @@
 #include "clus_Cluster.h"
 #include "core/ResourceTypes.h"
 #include "platform/ComputerName.h"
+#include "platform/ControlReply.h"
 #include "platform/Log.h"
+#include "platform/NameEnumeration.h"
 
 #include <algorithm>
 #include <list>
@@ -12,6 +14,7 @@
 CLUS_LOG_PLACE(VirtualServerUtil, 6);
 
 using clus::ComputerName;
+using clus::ControlReply;
 using clus::IsProductType;
 
 namespace {
@@ -26,9 +29,9 @@ enum class Served {
 };
 
 // Whether a resource is the product's and owned by this node. `state` is valid when it is.
-Served WhereServed(CClusterResource& resource, const wchar_t* name, const ComputerName& computer,
+Served WhereServed(CClusterResource& resource, const wchar_t* name, const ComputerName& computer, ControlReply& reply,
                    CClusterResource::RES_STATE& state) {
-    const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+    const wchar_t* type = reply.AskForText(resource.GetResourceHandle(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
     if (!type) {
         LOG_WARNING(L"cannot get resource type for res:%s, skip this resource.", name);
         return Served::Unknown;
@@ -48,27 +51,28 @@ Served WhereServed(CClusterResource& resource, const wchar_t* name, const Comput
 }
 
 // Appends the record of a resource that makes a server of this node. False when it may make one and cannot be read.
-bool AppendServer(const CCluster& cluster, const std::wstring& name, const ComputerName& computer, Records& servers) {
+bool AppendServer(const CCluster& cluster, const wchar_t* name, const ComputerName& computer, ControlReply& reply,
+                  Records& servers) {
     LOG_INFO(L"Opening resource:");
-    LOG_INFO(L"%s", name.c_str());
+    LOG_INFO(L"%s", name);
     CClusterResource resource;
-    if (!cluster.OpenResourceByName(resource, name.c_str())) {
-        LOG_WARNING(L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
+    if (!cluster.OpenResourceByName(resource, name)) {
+        LOG_WARNING(L"Warning, open resource %s fail, code: %d", name, GetLastError());
         return false;
     }
     CClusterResource::RES_STATE state = CClusterResource::RES_STATE_UNKNOWN;
-    const Served served = WhereServed(resource, name.c_str(), computer, state);
+    const Served served = WhereServed(resource, name, computer, reply, state);
     if (served != Served::Here) {
         return served == Served::NotHere;
     }
     servers.emplace_back();
     servers.back().m_bIsOnline = state == CClusterResource::RES_STATE_ONLINE;
     if (!CVirtualServerUtil::GetVirtualServerInfo(resource.GetResourceHandle(), servers.back(), true, false)) {
-        LOG_WARNING(L"Warning, GetVirtualServerInfo for server %s fail, code: %d", name.c_str(), GetLastError());
+        LOG_WARNING(L"Warning, GetVirtualServerInfo for server %s fail, code: %d", name, GetLastError());
         servers.pop_back();
         return false;
     }
-    LOG_INFO(L"adding resource %s to the return server list.", name.c_str());
+    LOG_INFO(L"adding resource %s to the return server list.", name);
     return true;
 }
 
@@ -78,8 +82,8 @@ bool ReadServers(CCluster& cluster, Records& servers, Names* leftOut) {
         LOG_ERROR(L"Cannot open cluster by LPC.");
         return false;
     }
-    Names names;
-    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
+    clus::NameStore names;
+    if (!clus::AppendClusterNames(cluster.GetHandle(), CLUSTER_ENUM_RESOURCE, names)) {
         LOG_ERROR(L"Cannot enum names on the cluster");
         return false;
     }
@@ -90,9 +94,10 @@ bool ReadServers(CCluster& cluster, Records& servers, Names* leftOut) {
         return false;
     }
     LOG_INFO(L"Current node is: %s", computer.c_str());
-    for (const std::wstring& name : names) {
-        if (!AppendServer(cluster, name, computer, servers) && leftOut) {
-            leftOut->push_back(name);
+    ControlReply reply;
+    for (const wchar_t* name : names) {
+        if (!AppendServer(cluster, name, computer, reply, servers) && leftOut) {
+            leftOut->emplace_back(name);
         }
     }
     return true;

@@ -5,9 +5,9 @@
 #include "core/ResourceTypes.h"
 #include "core/Text.h"
 #include "platform/ComputerName.h"
+#include "platform/ControlReply.h"
 #include "platform/Log.h"
-
-#include <list>
+#include "platform/NameEnumeration.h"
 
 CLUS_LOG_PLACE(VirtualServerUtil, 13);
 
@@ -71,20 +71,21 @@ template <typename Use> bool UseFirstSmtpInstanceOfThisNode(Purpose purpose, boo
     ComputerName computer;
     computer.Read();
     LOG_UNLESS_ASKING(LOG_INFO, L"Current node is: %s", computer.c_str());
-    std::list<std::wstring> names;
-    if (!cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names)) {
+    clus::NameStore names;
+    if (!clus::AppendClusterNames(cluster.GetHandle(), CLUSTER_ENUM_RESOURCE, names)) {
         LOG_UNLESS_ASKING(LOG_WARNING,
                           L"CVirtualServerUtil::EnumVirtualServerOnCurrentNode_(), fail to enum names on the cluster");
         return false;
     }
     LOG_UNLESS_ASKING(LOG_INFO, L"EnumNames, returns %d resources.", static_cast<int>(names.size()));
-    for (const std::wstring& name : names) {
+    clus::ControlReply reply;
+    for (const wchar_t* name : names) {
         CClusterResource resource;
-        if (!cluster.OpenResourceByName(resource, name.c_str())) {
-            LOG_UNLESS_ASKING(LOG_WARNING, L"Warning, open resource %s fail, code: %d", name.c_str(), GetLastError());
+        if (!cluster.OpenResourceByName(resource, name)) {
+            LOG_UNLESS_ASKING(LOG_WARNING, L"Warning, open resource %s fail, code: %d", name, GetLastError());
             continue;
         }
-        const wchar_t* type = resource.GetSystemStringProperty(CClusterResource::RES_PROP_TYPE, false);
+        const wchar_t* type = reply.AskForText(resource.GetResourceHandle(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
         if (!type || !EqualNoCase(type, SmtpInstanceType)) {
             continue;
         }

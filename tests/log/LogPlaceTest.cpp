@@ -108,19 +108,22 @@ TEST_F(LogPlacesOnAFailoverCluster, LeadToTheStatementInWhicheverFileItIs) {
     std::vector<std::wstring> paths;
     EXPECT_TRUE(GetDiskLettersFromResource(disk.GetResourceHandle(), paths));
     EXPECT_FALSE(disk.SetDWORDProperty(CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, nullptr, 1));
+    Platform().FailCall("ClusterResourceControl", ERROR_RESOURCE_NOT_AVAILABLE);
+    EXPECT_EQ(disk.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, true), nullptr);
     Platform().FailCall("ClusterEnum", RPC_S_SERVER_UNAVAILABLE, 1, FaultMode::FromThenOn);
     EXPECT_FALSE(cluster.EnumResourceNamesByType(L"clusRDLL", names));
     EXPECT_TRUE(EveryLineLeadsToItsStatement());
 
     EXPECT_THAT(
         places.Reached(),
-        IsSupersetOf(
-            Files{"cluster/Cluster.cpp", "cluster/DiskPaths.cpp", "cluster/Group.cpp", "cluster/Resource.cpp",
-                  "cluster/ResourceProperties.cpp", "platform/NameEnumeration.cpp", "settings/ProductSettings.cpp",
-                  "virtualserver/Creation.cpp", "virtualserver/Deletion.cpp", "virtualserver/HostSettings.cpp",
-                  "virtualserver/Instance.cpp", "virtualserver/LookUp.cpp", "virtualserver/PlainServer.cpp",
-                  "virtualserver/ProductResource.cpp", "virtualserver/ServerList.cpp", "virtualserver/ServerRecord.cpp",
-                  "virtualserver/SmtpRestart.cpp", "virtualserver/StoreOnline.cpp", "virtualserver/Switching.cpp"}));
+        IsSupersetOf(Files{
+            "cluster/Cluster.cpp",           "cluster/DiskPaths.cpp",          "cluster/Group.cpp",
+            "cluster/Resource.cpp",          "cluster/ResourceProperties.cpp", "platform/ControlReply.cpp",
+            "platform/NameEnumeration.cpp",  "settings/ProductSettings.cpp",   "virtualserver/Creation.cpp",
+            "virtualserver/Deletion.cpp",    "virtualserver/HostSettings.cpp", "virtualserver/Instance.cpp",
+            "virtualserver/LookUp.cpp",      "virtualserver/PlainServer.cpp",  "virtualserver/ProductResource.cpp",
+            "virtualserver/ServerList.cpp",  "virtualserver/ServerRecord.cpp", "virtualserver/SmtpRestart.cpp",
+            "virtualserver/StoreOnline.cpp", "virtualserver/Switching.cpp"}));
 }
 
 TEST_F(LogPlacesOnVcs, LeadToTheStatementInWhicheverFileItIs) {
@@ -151,6 +154,7 @@ TEST(LogPlaces, EveryFileThatLogsIsSampledAbove) {
                                                                    "cluster/Group.cpp",
                                                                    "cluster/Resource.cpp",
                                                                    "cluster/ResourceProperties.cpp",
+                                                                   "platform/ControlReply.cpp",
                                                                    "platform/NameEnumeration.cpp",
                                                                    "platform/ToolProcess.cpp",
                                                                    "settings/ProductSettings.cpp",
