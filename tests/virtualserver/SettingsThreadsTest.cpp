@@ -6,6 +6,8 @@ using namespace harness;
 
 namespace {
 
+const int FirstCallers = 30;
+
 // A machine without settings file and product key whose answers take their time; it counts the questions.
 class SettingsThreads : public ::testing::Test {
 protected:
@@ -39,13 +41,13 @@ private:
 TEST_F(SettingsThreads, FirstCallersReadFileAndRegistryOnce) {
     std::atomic<int> clustered(0);
     RunAtOnce(std::vector<std::function<void()>>(
-        8, [&] { clustered += CVirtualServerUtil::CheckIsClusterByRegKey() ? 1 : 0; }));
+        FirstCallers, [&] { clustered += CVirtualServerUtil::CheckIsClusterByRegKey() ? 1 : 0; }));
     EXPECT_EQ(paths, 1);
     EXPECT_EQ(files, 2);
     EXPECT_EQ(fullAccessKeys, 1);
     EXPECT_EQ(readAccessKeys, 0);
     EXPECT_EQ(clustered, 0);
-    EXPECT_EQ(log.Count(), 16);
+    EXPECT_EQ(log.Count(), 2 * FirstCallers);
 }
 
 TEST_F(SettingsThreads, FirstCallersOfDifferentMembersReadTheFileOnce) {
@@ -64,6 +66,18 @@ TEST_F(SettingsThreads, FirstCallersOfDifferentMembersReadTheFileOnce) {
     EXPECT_EQ(files, 2);
     EXPECT_EQ(fullAccessKeys, 1);
     EXPECT_EQ(readAccessKeys, 6) << "these values are read afresh by each";
+}
+
+TEST_F(SettingsThreads, FirstCallersGetTheSameKey) {
+    std::vector<std::wstring> keys(FirstCallers);
+    std::vector<std::function<void()>> callers;
+    for (std::wstring& key : keys) {
+        callers.emplace_back([&key] { key = CVirtualServerUtil::GetProductRegistryKey(); });
+    }
+    RunAtOnce(callers);
+    EXPECT_EQ(keys, std::vector<std::wstring>(FirstCallers, ProductKey));
+    EXPECT_EQ(paths, 1);
+    EXPECT_EQ(files, 2);
 }
 
 } // namespace

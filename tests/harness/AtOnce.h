@@ -1,6 +1,6 @@
 // Callers on threads of their own that begin together, and a log that any thread may write.
-#ifndef ATONCE_H
-#define ATONCE_H
+#ifndef HARNESS_ATONCE_H
+#define HARNESS_ATONCE_H
 
 #include "ImportPatch.h"
 
