@@ -44,9 +44,23 @@ CLUSSIM_API void ClusSimReset(void);
 CLUSSIM_API int ClusSimAddFault(const char* fault);
 CLUSSIM_API void ClusSimClearFaults(void);
 
-// Stops the real clock and lets the test advance time, in milliseconds.
+// Stops the real clock and lets the test advance time, in milliseconds. A model that has a clock of its own ("clock")
+// goes by that; advancing it changes the model, in its file, too.
 CLUSSIM_API void ClusSimUseManualClock(void);
 CLUSSIM_API void ClusSimAdvanceClock(unsigned milliseconds);
+
+// Lets something befall the cluster or be done to it, whether it runs or not: "node-down", "node-up", "node-pause",
+// "node-resume" NODE; "move" GROUP NODE; "fail" RESOURCE; "online", "offline" RESOURCE or GROUP; "quorum-loss";
+// "service-stop" and "service-start", of this computer's node; "wait" SECONDS. Arguments that an event does not have
+// are null. 0, the code of the cluster API (997: it still goes on), or 87 with the reason in `error` for an event that
+// there is not, or on an object that there is not.
+CLUSSIM_API unsigned long ClusSimHappen(const char* event, const char* name, const char* node, char* error,
+                                        size_t cbError);
+
+// What happens in the cluster from now on, as far as this process sees it: one JSON object per line with "at"
+// (milliseconds since 1601, UTC), "kind" ("cluster", "node", "group" or "resource"), "name", "what" and "why".
+CLUSSIM_API void ClusSimRecordEvents(int on);
+CLUSSIM_API size_t ClusSimReadEvents(char* buffer, size_t cb);
 
 // The journal: one JSON object per line and call. Recording is on by default for a model loaded with ClusSimLoadModel.
 CLUSSIM_API void ClusSimRecordJournal(int on);

@@ -1,5 +1,4 @@
-// The exports of clusapi.dll that open and close the cluster and its objects, and tell about the cluster, its groups
-// and its nodes.
+// The exports of clusapi.dll that open and close the cluster and its objects, and tell about the cluster.
 #include "Call.h"
 #include "ExportedApi.h"
 
@@ -34,35 +33,6 @@ Handle OpenObject(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKi
 BOOL CloseObject(const char* callName, const void* handle, HandleKind kind) {
     Call call(callName, {Arg("handle", handle)});
     return call.ReturnBool(call.Close(handle, kind));
-}
-
-CLUSTER_GROUP_STATE StateOf(const Group& group) {
-    const auto count = [&group](State state) -> std::size_t {
-        const auto found = group.resourcesIn.find(state);
-        return found == group.resourcesIn.end() ? 0 : found->second;
-    };
-    const auto online = count(StateOnline);
-    if (count(StateFailed) > 0) {
-        return ClusterGroupFailed;
-    }
-    if (count(StateOnlinePending) + count(StateOfflinePending) + count(StatePending) > 0) {
-        return ClusterGroupPending;
-    }
-    if (online == 0) {
-        return ClusterGroupOffline;
-    }
-    return online == group.resources.size() ? ClusterGroupOnline : ClusterGroupPartialOnline;
-}
-
-CLUSTER_NODE_STATE StateOf(const Node& node) {
-    switch (node.status) {
-    case Node::Status::Down:
-        return ClusterNodeDown;
-    case Node::Status::Paused:
-        return ClusterNodePaused;
-    default:
-        return ClusterNodeUp;
-    }
 }
 
 } // namespace
@@ -163,49 +133,4 @@ BOOL WINAPI CloseClusterGroup(HGROUP group) {
 
 BOOL WINAPI CloseClusterNode(HNODE node) {
     return CloseObject("CloseClusterNode", node, HandleKind::Node);
-}
-
-CLUSTER_NODE_STATE WINAPI GetClusterNodeState(HNODE handle) {
-    Call call("GetClusterNodeState", {Arg("node", handle)});
-    const auto failed = [&call](Code code) {
-        return static_cast<CLUSTER_NODE_STATE>(call.ReturnState(ClusterNodeStateUnknown, code));
-    };
-    if (const Fault* fault = call.HitHandle(handle)) {
-        return failed(fault->code);
-    }
-    const HandleEntry* entry = call.service().handles.Find(handle, HandleKind::Node);
-    if (!entry) {
-        return failed(ERROR_INVALID_HANDLE);
-    }
-    const Model* model = call.service().Running();
-    if (!model) {
-        return failed(RPC_S_SERVER_UNAVAILABLE);
-    }
-    const Node* node = model->FindNode(entry->object);
-    return node ? static_cast<CLUSTER_NODE_STATE>(call.ReturnState(StateOf(*node)))
-                : failed(ERROR_CLUSTER_NODE_NOT_FOUND);
-}
-
-CLUSTER_GROUP_STATE WINAPI GetClusterGroupState(HGROUP handle, LPWSTR nodeName, LPDWORD cch) {
-    Call call("GetClusterGroupState", {Arg("group", handle)});
-    const auto failed = [&call](Code code) {
-        return static_cast<CLUSTER_GROUP_STATE>(call.ReturnState(ClusterGroupStateUnknown, code));
-    };
-    if (const Fault* fault = call.HitHandle(handle)) {
-        return failed(fault->code);
-    }
-    const HandleEntry* entry = call.service().handles.Find(handle, HandleKind::Group);
-    if (!entry) {
-        return failed(ERROR_INVALID_HANDLE);
-    }
-    const Model* model = call.service().Running();
-    if (!model) {
-        return failed(RPC_S_SERVER_UNAVAILABLE);
-    }
-    const Group* group = model->FindGroup(entry->object);
-    if (!group) {
-        return failed(ERROR_GROUP_NOT_FOUND);
-    }
-    const Code code = nodeName ? CopyName(group->owner->name, nodeName, cch) : ERROR_SUCCESS;
-    return code != ERROR_SUCCESS ? failed(code) : static_cast<CLUSTER_GROUP_STATE>(call.ReturnState(StateOf(*group)));
 }

@@ -1,6 +1,7 @@
 // The control interface of ClusSimControl.h.
 #include "ClusSimControl.h"
 
+#include "Events.h"
 #include "Service.h"
 
 #include <cstring>
@@ -18,6 +19,14 @@ std::size_t CopyOut(const std::string& text, char* buffer, std::size_t cb) {
     return text.size() + 1;
 }
 
+// As much of it as there is room for.
+void Explain(const std::string& reason, char* error, std::size_t cbError) {
+    if (error && cbError > 0) {
+        std::strncpy(error, reason.c_str(), cbError - 1);
+        error[cbError - 1] = '\0';
+    }
+}
+
 } // namespace
 
 unsigned ClusSimVersion(void) {
@@ -31,10 +40,7 @@ int ClusSimLoadModel(const char* json, char* error, size_t cbError) {
     if (service.LoadModel(json, reason)) {
         return 1;
     }
-    if (error && cbError > 0) {
-        std::strncpy(error, reason.c_str(), cbError - 1);
-        error[cbError - 1] = '\0';
-    }
+    Explain(reason, error, cbError);
     return 0;
 }
 
@@ -84,6 +90,29 @@ void ClusSimAdvanceClock(unsigned milliseconds) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);
     service.AdvanceClock(milliseconds);
+}
+
+unsigned long ClusSimHappen(const char* event, const char* name, const char* node, char* error, size_t cbError) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    try {
+        return Happen(service, event ? event : "", name ? name : "", node ? node : "");
+    } catch (const EventError& wrong) {
+        Explain(wrong.what(), error, cbError);
+        return ERROR_INVALID_PARAMETER;
+    }
+}
+
+void ClusSimRecordEvents(int on) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    service.RecordEvents(on != 0);
+}
+
+size_t ClusSimReadEvents(char* buffer, size_t cb) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    return CopyOut(EventLines(service.Events()), buffer, cb);
 }
 
 void ClusSimRecordJournal(int on) {

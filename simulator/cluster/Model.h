@@ -29,6 +29,11 @@ enum State : int {
     StateOfflinePending = 130
 };
 
+// What a resource in this state was asked to be, as long as nothing else is known.
+inline bool IsWantedByState(State state) {
+    return state == StateOnline || state == StateOnlinePending || state == StateFailed;
+}
+
 struct Partition {
     std::wstring device;
     std::wstring label;
@@ -65,6 +70,10 @@ struct Group {
     std::wstring name;
     Node* owner = nullptr;
     std::vector<Node*> preferredOwners;
+    PropertySet common;
+    std::vector<std::int64_t> failovers;      // when it failed over, in clock milliseconds
+    Node* movingTo = nullptr;                 // while its resources go offline for it
+    std::int64_t failbackAt = 0;              // in clock milliseconds; 0: it does not wait for a failback
     std::vector<Resource*> resources;         // in creation order
     std::map<State, std::size_t> resourcesIn; // how many of them are in a state; kept by Model
 };
@@ -88,15 +97,49 @@ struct Resource {
     std::uint32_t offlineMs = 0;
     bool failsOnline = false;
     bool staysPending = false;
+    bool isWanted = false;              // online is what was asked for last: the persistent state
+    bool persistentGiven = false;       // in the model file
+    std::vector<std::int64_t> restarts; // when the cluster restarted it after a failure, in clock milliseconds
+    std::int64_t actAt = 0;             // when the cluster acts on its failure, in clock milliseconds; 0: never
 };
 
-// How the service behaves where its generations differ.
+// For what something falls due, and when at the earliest.
+struct Agenda {
+    std::vector<Resource*> resources; // in a pending state, or failed and to be acted on
+    std::vector<Group*> groups;       // to fail back
+    std::int64_t nextDue = INT64_MAX; // in clock milliseconds; nothing falls due before
+};
+
+// Something that happened in the cluster.
+struct Event {
+    std::int64_t at = 0;   // clock milliseconds
+    const char* kind = ""; // "cluster", "node", "group" or "resource"
+    std::wstring name;
+    std::string what; // "moves from NODE-A to NODE-B"
+    std::string why;  // empty when there is no more to say
+};
+
+struct EventLog {
+    bool isOn = false;
+    std::vector<Event> entries;
+};
+
+// How the service behaves where its generations differ, or nobody knows.
 struct Behaviour {
     bool emptyMaskIsEmptyList = false; // else an empty enumeration mask is an error
     Code deleteOnline = 5019;
     Code offlineFailed = 5038; // 0: succeeds, and the resource is offline
     int protocol = 2003;
     bool downNodesOwnGroups = false; // as a service says that has not noticed yet; else no such model is read
+    bool actsOnFailures = false;     // restarts what fails and moves its group; else what fails stays failed
+    bool needsRequired = false;      // what a type requires to depend on has to be there to come online
+    bool leavesGroupOffline = true;  // when a group may not fail over again; else only what failed stays down
+};
+
+// Who goes on when nodes are lost.
+enum class Quorum {
+    Shared,  // whoever owns the quorum resource, be it a single node
+    Majority // more than half of the nodes
 };
 
 class Model {
@@ -107,7 +150,9 @@ public:
 
     std::wstring name;
     bool running = true;
+    Quorum quorum = Quorum::Shared;
     Behaviour behaviour;
+    std::int64_t clock = 0; // where the model's own clock stands, in milliseconds; 0: it goes by the computer's
     std::vector<std::string> faults; // as the file gives them
     std::string settings;            // the product's, a JSON object for whoever plays it; empty when there are none
 
@@ -116,6 +161,8 @@ public:
     std::list<Group> groups;
     std::list<Resource> resources;
     bool typesGiven = false;
+    Agenda agenda;
+    EventLog events;
     bool isChanged = false; // set by every operation that changes something; whoever saves the model clears it
 
     // Look-up without case; null when there is none. A resource is found by name or ID.
@@ -139,32 +186,21 @@ public:
     static void Link(Resource& resource, Resource& dependsOn);
     static void Unlink(Resource& resource, Resource& dependsOn);
 
-    // Operations, with the codes of the cluster API. `now` is the clock in milliseconds.
+    // Operations, with the codes of the cluster API. What takes time, and what the cluster does by itself, is Engine's.
     Code Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id);
     Code Delete(Resource& resource);
-    Code Online(Resource& resource, std::int64_t now);
-    Code Offline(Resource& resource, std::int64_t now);
     Code AddDependency(Resource& resource, Resource& dependsOn);
     Code RemoveDependency(Resource& resource, Resource& dependsOn);
     Code AddOwner(Resource& resource, Node& node);
 
-    // Completes the transitions that are due.
-    void Settle(std::int64_t now);
-
-    // Puts a resource with a pending state on the list that Settle looks through; for models read from a file.
-    void TrackPending(Resource& resource);
-
     static bool DependsOn(const Resource& resource, const Resource& other); // directly or not
 
 private:
-    void Complete(Resource& resource, std::int64_t now);
-
     std::unordered_map<std::wstring, Node*> m_nodesByName;
     std::unordered_map<std::wstring, Group*> m_groupsByName;
     std::unordered_map<std::wstring, ResourceType*> m_typesByName;
     std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesByName;
     std::unordered_map<std::wstring, std::list<Resource>::iterator> m_resourcesById;
-    std::vector<Resource*> m_pending;
     std::uint64_t m_resourcesMade = 0;
 };
 

@@ -22,6 +22,11 @@ public:
     // is no file or it is malformed: the reason is then told once on standard error and to the debugger.
     Model* Current();
 
+    // What Current has given last.
+    const Model* Loaded() const {
+        return m_model.get();
+    }
+
     // Writes the current model: a new file takes the old one's place. To be called in a turn. The Win32 code; the model
     // is forgotten when it cannot be written.
     Code Write();

@@ -1,5 +1,4 @@
-// What the cluster does on request, with the codes of its API: creating, deleting, linking; and the state of a resource
-// after online and offline.
+// What the cluster does on request and at once, with the codes of its API: creating, deleting, linking.
 #include "Model.h"
 
 #include "common/Text.h"
@@ -26,9 +25,28 @@ template <typename Item> void Erase(std::vector<Item*>& items, const Item& item)
     items.erase(std::remove(items.begin(), items.end(), &item), items.end());
 }
 
-std::wstring NewId() {
+// By chance; of a model with a clock of its own by what there is, so that the same steps give the same model.
+void FillId(const Model& model, const std::wstring& name, unsigned char (&bytes)[16]) {
+    if (model.clock == 0) {
+        RtlGenRandom(bytes, sizeof(bytes));
+        return;
+    }
+    std::uint64_t hash = 14695981039346656037U; // FNV-1a
+    const auto mix = [&hash](std::uint64_t value) { hash = (hash ^ value) * 1099511628211U; };
+    mix(static_cast<std::uint64_t>(model.clock));
+    mix(model.resources.size());
+    for (const wchar_t c : name) {
+        mix(c);
+    }
+    for (unsigned char& byte : bytes) {
+        mix(1);
+        byte = static_cast<unsigned char>(hash >> 56);
+    }
+}
+
+std::wstring NewId(const Model& model, const std::wstring& name) {
     unsigned char bytes[16];
-    RtlGenRandom(bytes, sizeof(bytes));
+    FillId(model, name, bytes);
     bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
     std::wstring id;
@@ -56,7 +74,7 @@ Code Model::Create(Group& group, const std::wstring& resourceName, const std::ws
     if (ResourceNamed(resourceName)) {
         return ERROR_OBJECT_ALREADY_EXISTS;
     }
-    id = NewId();
+    id = NewId(*this, resourceName);
     Resource* resource = AddResource(resourceName, id, type, &group);
     for (Node& node : nodes) {
         resource->possibleOwners.push_back(&node);
@@ -77,124 +95,13 @@ Code Model::Delete(Resource& resource) {
     }
     Erase(resource.group->resources, resource);
     --resource.group->resourcesIn[resource.state];
-    Erase(m_pending, resource);
+    Erase(agenda.resources, resource);
     const auto position = m_resourcesById.at(Folded(resource.id));
     m_resourcesByName.erase(Folded(position->name));
     m_resourcesById.erase(Folded(position->id));
     resources.erase(position);
     isChanged = true;
     return ERROR_SUCCESS;
-}
-
-void Model::TrackPending(Resource& resource) {
-    m_pending.push_back(&resource);
-}
-
-Code Model::Online(Resource& resource, std::int64_t now) {
-    if (resource.state == StateOnline) {
-        return ERROR_SUCCESS;
-    }
-    if (resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing) {
-        return ERROR_INVALID_STATE;
-    }
-    if (resource.group->owner->status == Node::Status::Paused) {
-        return ERROR_SHARING_PAUSED;
-    }
-    if (!Contains(resource.possibleOwners, *resource.group->owner)) {
-        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
-    }
-    // What it depends on comes first.
-    std::int64_t start = now;
-    bool waits = false;
-    bool waitsForever = false;
-    for (Resource* provider : resource.dependsOn) {
-        const Code code = provider->state == StateOnlinePending ? ERROR_IO_PENDING : Online(*provider, now);
-        if (code == ERROR_IO_PENDING) {
-            waits = true;
-            waitsForever = waitsForever || provider->dueAt == 0;
-            start = std::max(start, provider->dueAt);
-        } else if (code != ERROR_SUCCESS) {
-            return 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
-        }
-    }
-    if (waits || resource.onlineMs > 0 || resource.staysPending) {
-        SetState(resource, StateOnlinePending);
-        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.onlineMs;
-        TrackPending(resource);
-        return ERROR_IO_PENDING;
-    }
-    SetState(resource, resource.failsOnline ? StateFailed : StateOnline);
-    return resource.failsOnline ? static_cast<Code>(ERROR_RESMON_ONLINE_FAILED) : static_cast<Code>(ERROR_SUCCESS);
-}
-
-Code Model::Offline(Resource& resource, std::int64_t now) {
-    if (resource.state == StateOffline) {
-        return ERROR_SUCCESS;
-    }
-    if (resource.state == StateFailed) {
-        if (behaviour.offlineFailed == ERROR_SUCCESS) {
-            SetState(resource, StateOffline);
-        }
-        return behaviour.offlineFailed;
-    }
-    if (resource.state != StateOnline) {
-        return ERROR_INVALID_STATE;
-    }
-    // What depends on it goes first.
-    std::int64_t start = now;
-    bool waits = false;
-    bool waitsForever = false;
-    for (Resource* dependant : resource.dependants) {
-        const Code code = dependant->state == StateOfflinePending ? ERROR_IO_PENDING : Offline(*dependant, now);
-        if (code == ERROR_IO_PENDING) {
-            waits = true;
-            waitsForever = waitsForever || dependant->dueAt == 0;
-            start = std::max(start, dependant->dueAt);
-        } else if (code != ERROR_SUCCESS && dependant->state != StateFailed) {
-            return code;
-        }
-    }
-    if (waits || resource.offlineMs > 0 || resource.staysPending) {
-        SetState(resource, StateOfflinePending);
-        resource.dueAt = waitsForever || resource.staysPending ? 0 : start + resource.offlineMs;
-        TrackPending(resource);
-        return ERROR_IO_PENDING;
-    }
-    SetState(resource, StateOffline);
-    return ERROR_SUCCESS;
-}
-
-void Model::Complete(Resource& resource, std::int64_t now) {
-    if (resource.state == StateOnlinePending) {
-        bool providersOnline = true;
-        for (Resource* provider : resource.dependsOn) {
-            if (provider->state == StateOnlinePending && provider->dueAt != 0 && provider->dueAt <= now) {
-                Complete(*provider, now);
-            }
-            providersOnline = providersOnline && provider->state == StateOnline;
-        }
-        SetState(resource, resource.failsOnline || !providersOnline ? StateFailed : StateOnline);
-    } else if (resource.state == StateOfflinePending) {
-        SetState(resource, StateOffline);
-    }
-    resource.dueAt = 0;
-}
-
-void Model::Settle(std::int64_t now) {
-    if (m_pending.empty()) {
-        return;
-    }
-    for (Resource* resource : m_pending) {
-        if (resource->dueAt != 0 && resource->dueAt <= now) {
-            Complete(*resource, now);
-        }
-    }
-    m_pending.erase(std::remove_if(m_pending.begin(), m_pending.end(),
-                                   [](const Resource* resource) {
-                                       return resource->state != StateOnlinePending &&
-                                              resource->state != StateOfflinePending;
-                                   }),
-                    m_pending.end());
 }
 
 bool Model::DependsOn(const Resource& resource, const Resource& other) {

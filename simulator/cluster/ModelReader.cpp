@@ -1,4 +1,5 @@
 // Reading a model from its JSON text, and refusing one that cannot be.
+#include "Engine.h"
 #include "Faults.h"
 #include "ModelJson.h"
 
@@ -174,6 +175,12 @@ private:
         ObjectReader reader(json, "cluster");
         m_model.name = Name(reader);
         m_model.running = reader.FlagOr("running", true);
+        const std::string quorum = reader.TextOr("quorum", "shared");
+        if (quorum != "shared" && quorum != "majority") {
+            Fail("cluster.quorum", "\"shared\" or \"majority\" is expected");
+        }
+        m_model.quorum = quorum == "majority" ? Quorum::Majority : Quorum::Shared;
+        m_model.clock = Time(reader, "clock");
         if (const Json* behaviour = reader.Member("behaviour")) {
             ObjectReader switches(*behaviour, "cluster.behaviour");
             const std::string mask = switches.TextOr("enumMaskZero", "error");
@@ -192,6 +199,21 @@ private:
                 Fail("cluster.behaviour.downOwners", "\"refused\" or \"accepted\" is expected");
             }
             m_model.behaviour.downNodesOwnGroups = downOwners == "accepted";
+            const std::string failures = switches.TextOr("failures", "left");
+            if (failures != "left" && failures != "acted-on") {
+                Fail("cluster.behaviour.failures", "\"left\" or \"acted-on\" is expected");
+            }
+            m_model.behaviour.actsOnFailures = failures == "acted-on";
+            const std::string required = switches.TextOr("requiredDependencies", "ignored");
+            if (required != "ignored" && required != "enforced") {
+                Fail("cluster.behaviour.requiredDependencies", "\"ignored\" or \"enforced\" is expected");
+            }
+            m_model.behaviour.needsRequired = required == "enforced";
+            const std::string exhausted = switches.TextOr("failoversUsedUp", "group-offline");
+            if (exhausted != "group-offline" && exhausted != "resource-failed") {
+                Fail("cluster.behaviour.failoversUsedUp", "\"group-offline\" or \"resource-failed\" is expected");
+            }
+            m_model.behaviour.leavesGroupOffline = exhausted == "group-offline";
             switches.Done();
         }
         reader.Done();
@@ -229,16 +251,46 @@ private:
         Group group;
         group.name = Name(reader);
         group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
-        if (group.owner->status == Node::Status::Down && !m_model.behaviour.downNodesOwnGroups) {
+        if (group.owner->status == Node::Status::Down && !m_model.behaviour.downNodesOwnGroups && IsAnyNodeUp()) {
             Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is down and owns no group");
         }
         reader.Each("preferredOwners", [&](const Json& item, const std::string& itemPlace) {
             group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
         });
+        ReadProperties(reader.Member("common"), place + ".common", group.common);
+        group.failovers = Times(reader, "failoversAt");
+        const std::string movingTo = reader.TextOr("movingTo", "");
+        if (!movingTo.empty()) {
+            group.movingTo = NodeItem(ToUtf16(movingTo), place + ".movingTo");
+        }
+        group.failbackAt = Time(reader, "failbackAt");
         reader.Done();
         if (!m_model.AddGroup(group)) {
             Fail(place + ".name", "the group stands twice");
         }
+        if (group.failbackAt != 0) {
+            Engine(m_model, 0).Expect(m_model.groups.back());
+        }
+    }
+
+    bool IsAnyNodeUp() const {
+        return std::any_of(m_model.nodes.begin(), m_model.nodes.end(),
+                           [](const Node& node) { return node.status != Node::Status::Down; });
+    }
+
+    static std::int64_t Time(ObjectReader& reader, const char* member) {
+        return static_cast<std::int64_t>(reader.NumberOr(member, 0, INT64_MAX));
+    }
+
+    static std::vector<std::int64_t> Times(ObjectReader& reader, const char* member) {
+        std::vector<std::int64_t> times;
+        reader.Each(member, [&](const Json& item, const std::string& place) {
+            if (!item.is_number_unsigned() || item.get<std::uint64_t>() > INT64_MAX) {
+                Fail(place, "a time is expected");
+            }
+            times.push_back(item.get<std::int64_t>());
+        });
+        return times;
     }
 
     Resource* ReadResource(const Json& json, const std::string& place,
@@ -279,12 +331,28 @@ private:
             Fail(place + ".possibleOwners", "at least one node is expected");
         }
         ReadProperties(reader.Member("common"), place + ".common", resource->common);
+        ReadPersistentState(*resource, place);
         ReadProperties(reader.Member("private"), place + ".private", resource->privateProperties);
         if (const Json* disk = reader.Member("disk")) {
             ReadDisk(*disk, place + ".disk", *resource);
         }
         reader.Done();
         return resource;
+    }
+
+    // What a resource is without it is what it was asked to be.
+    static void ReadPersistentState(Resource& resource, const std::string& place) {
+        resource.isWanted = IsWantedByState(resource.state);
+        const PropertyValue* const given = resource.common.Find(L"PersistentState");
+        if (!given) {
+            return;
+        }
+        if (given->kind != PropertyValue::Dword || given->number > 1) {
+            Fail(place + ".common.PersistentState", "0 or 1 is expected");
+        }
+        resource.isWanted = given->number == 1;
+        resource.persistentGiven = true;
+        resource.common.Remove(L"PersistentState"); // kept as a flag from here on
     }
 
     void ReadState(ObjectReader& reader, const std::string& place, Resource& resource) {
@@ -294,13 +362,15 @@ private:
             Fail(place + ".state", "there is no state " + state);
         }
         m_model.SetState(resource, known);
-        resource.dueAt = static_cast<std::int64_t>(reader.NumberOr("dueAt", 0, INT64_MAX));
+        resource.dueAt = Time(reader, "dueAt");
+        resource.actAt = Time(reader, "actAt");
+        resource.restarts = Times(reader, "restartsAt");
         resource.onlineMs = DwordOr(reader, "onlineMs", 0);
         resource.offlineMs = DwordOr(reader, "offlineMs", 0);
         resource.failsOnline = reader.FlagOr("failsOnline", false);
         resource.staysPending = reader.FlagOr("staysPending", false);
-        if (resource.state == StateOnlinePending || resource.state == StateOfflinePending) {
-            m_model.TrackPending(resource);
+        if (resource.state == StateOnlinePending || resource.state == StateOfflinePending || resource.actAt != 0) {
+            Engine(m_model, 0).Expect(resource);
         }
     }
 

@@ -15,6 +15,14 @@ std::string NodeText(const Node& node) {
     return node.isThisComputer ? "." : ToUtf8(node.name);
 }
 
+Json TimesJson(const std::vector<std::int64_t>& times) {
+    Json json = Json::array();
+    for (const std::int64_t time : times) {
+        json.push_back(time);
+    }
+    return json;
+}
+
 Json PropertiesJson(const PropertySet& properties) {
     Json json = Json::object();
     for (const PropertySet::Item& item : properties.Items()) {
@@ -54,6 +62,12 @@ Json ResourceJson(const Resource& resource) {
     if (resource.dueAt != 0) {
         json["dueAt"] = resource.dueAt;
     }
+    if (resource.actAt != 0) {
+        json["actAt"] = resource.actAt;
+    }
+    if (!resource.restarts.empty()) {
+        json["restartsAt"] = TimesJson(resource.restarts);
+    }
     json["dependsOn"] = Json::array();
     for (const Resource* provider : resource.dependsOn) {
         json["dependsOn"].push_back(ToUtf8(provider->name));
@@ -64,8 +78,12 @@ Json ResourceJson(const Resource& resource) {
             json["possibleOwners"].push_back(NodeText(*node));
         }
     }
-    if (!resource.common.Items().empty()) {
-        json["common"] = PropertiesJson(resource.common);
+    Json common = PropertiesJson(resource.common);
+    if (resource.persistentGiven || resource.isWanted != IsWantedByState(resource.state)) {
+        common["PersistentState"] = resource.isWanted ? 1 : 0;
+    }
+    if (!common.empty()) {
+        json["common"] = common;
     }
     if (!resource.privateProperties.Items().empty()) {
         json["private"] = PropertiesJson(resource.privateProperties);
@@ -108,6 +126,12 @@ Json ClusterJson(const Model& model) {
     if (!model.running) {
         json["running"] = false;
     }
+    if (model.quorum == Quorum::Majority) {
+        json["quorum"] = "majority";
+    }
+    if (model.clock != 0) {
+        json["clock"] = model.clock;
+    }
     const Behaviour standard;
     Json behaviour = Json::object();
     if (model.behaviour.emptyMaskIsEmptyList) {
@@ -124,6 +148,15 @@ Json ClusterJson(const Model& model) {
     }
     if (model.behaviour.downNodesOwnGroups) {
         behaviour["downOwners"] = "accepted";
+    }
+    if (model.behaviour.actsOnFailures) {
+        behaviour["failures"] = "acted-on";
+    }
+    if (model.behaviour.needsRequired) {
+        behaviour["requiredDependencies"] = "enforced";
+    }
+    if (!model.behaviour.leavesGroupOffline) {
+        behaviour["failoversUsedUp"] = "resource-failed";
     }
     if (!behaviour.empty()) {
         json["behaviour"] = behaviour;
@@ -162,6 +195,18 @@ std::string WriteModel(const Model& model) {
             for (const Node* node : group.preferredOwners) {
                 item["preferredOwners"].push_back(NodeText(*node));
             }
+        }
+        if (!group.common.Items().empty()) {
+            item["common"] = PropertiesJson(group.common);
+        }
+        if (!group.failovers.empty()) {
+            item["failoversAt"] = TimesJson(group.failovers);
+        }
+        if (group.movingTo) {
+            item["movingTo"] = NodeText(*group.movingTo);
+        }
+        if (group.failbackAt != 0) {
+            item["failbackAt"] = group.failbackAt;
         }
         json["groups"].push_back(item);
     }

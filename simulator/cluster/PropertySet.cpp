@@ -35,4 +35,10 @@ bool PropertySet::Set(const std::wstring& name, const PropertyValue& value) {
     return true;
 }
 
+void PropertySet::Remove(const std::wstring& name) {
+    const std::wstring key = common::Folded(name);
+    m_items.erase(std::remove_if(m_items.begin(), m_items.end(), [&key](const Item& item) { return item.key == key; }),
+                  m_items.end());
+}
+
 } // namespace clussim

@@ -40,6 +40,8 @@ public:
     // Whether that changed anything.
     bool Set(const std::wstring& name, const PropertyValue& value);
 
+    void Remove(const std::wstring& name);
+
     const std::vector<Item>& Items() const {
         return m_items;
     }

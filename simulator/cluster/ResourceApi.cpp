@@ -1,5 +1,6 @@
 // The exports of clusapi.dll that make, change and remove resources and tell their states.
 #include "Call.h"
+#include "Engine.h"
 #include "ExportedApi.h"
 
 using namespace clussim;
@@ -49,14 +50,23 @@ DWORD WINAPI DeleteClusterResource(HRESOURCE handle) {
 
 DWORD WINAPI OnlineClusterResource(HRESOURCE handle) {
     Call call("OnlineClusterResource", {Arg("resource", handle)});
-    return ChangeResource(
-        call, handle, [&](Model& model, Resource& resource) { return model.Online(resource, call.service().Now()); });
+    return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
+        return Engine(model, call.service().Now()).Online(resource);
+    });
 }
 
 DWORD WINAPI OfflineClusterResource(HRESOURCE handle) {
     Call call("OfflineClusterResource", {Arg("resource", handle)});
-    return ChangeResource(
-        call, handle, [&](Model& model, Resource& resource) { return model.Offline(resource, call.service().Now()); });
+    return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
+        return Engine(model, call.service().Now()).Offline(resource);
+    });
+}
+
+DWORD WINAPI FailClusterResource(HRESOURCE handle) {
+    Call call("FailClusterResource", {Arg("resource", handle)});
+    return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
+        return Engine(model, call.service().Now()).Fail(resource);
+    });
 }
 
 CLUSTER_RESOURCE_STATE WINAPI GetClusterResourceState(HRESOURCE handle, LPWSTR node, LPDWORD cchNode, LPWSTR group,

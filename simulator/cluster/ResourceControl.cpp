@@ -68,6 +68,7 @@ PropertySet CommonOf(const Resource& resource) {
     for (const PropertySet::Item& item : resource.common.Items()) {
         properties.Set(item.name, item.value);
     }
+    properties.Set(L"PersistentState", DwordValue(resource.isWanted ? 1 : 0));
     return properties;
 }
 
@@ -76,7 +77,8 @@ bool IsAllowedCommon(const PropertySet::Item& item) {
     if (!known || known->kind != item.value.kind) {
         return false;
     }
-    return item.key != L"RESTARTACTION" || item.value.number <= 2;
+    return (item.key != L"RESTARTACTION" || item.value.number <= 2) &&
+           (item.key != L"PERSISTENTSTATE" || item.value.number <= 1);
 }
 
 bool IsNetworkName(const Resource& resource) {
@@ -141,7 +143,13 @@ Code Set(Model& model, Resource& resource, DWORD code, const PropertySet& proper
     }
     PropertySet& target = code == ControlSetCommon ? resource.common : resource.privateProperties;
     for (const PropertySet::Item& item : properties.Items()) {
-        model.isChanged = target.Set(item.name, item.value) || model.isChanged;
+        if (code == ControlSetCommon && item.key == L"PERSISTENTSTATE") {
+            const bool isWanted = item.value.number == 1;
+            model.isChanged = model.isChanged || isWanted != resource.isWanted;
+            resource.isWanted = isWanted;
+        } else {
+            model.isChanged = target.Set(item.name, item.value) || model.isChanged;
+        }
     }
     return resource.state == StateOnline ? 5024 : ERROR_SUCCESS; // ERROR_RESOURCE_PROPERTIES_STORED
 }

@@ -1,5 +1,6 @@
 #include "Service.h"
 
+#include "Engine.h"
 #include "ModelJson.h"
 
 #include "common/Environment.h"
@@ -55,8 +56,10 @@ Model* Service::Current() {
             AddModelFaults(*model);
         }
     }
-    if (model) {
-        model->Settle(Now());
+    if (model && model->agenda.nextDue <= Now()) {
+        model->events.isOn = m_recordsEvents;
+        Engine(*model, Now()).Settle();
+        CollectEvents(*model);
     }
     return model;
 }
@@ -67,20 +70,29 @@ Model* Service::Running() {
 }
 
 Code Service::Change(const std::function<Code(Model&)>& change) {
+    return ChangeModel(&Service::Running, change);
+}
+
+Code Service::Intervene(const std::function<Code(Model&)>& change) {
+    return ChangeModel(&Service::Current, change);
+}
+
+Code Service::ChangeModel(Model* (Service::*get)(), const std::function<Code(Model&)>& change) {
     if (m_memory) {
-        return Running() ? change(*m_memory) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+        Model* const model = (this->*get)();
+        return model ? Apply(*model, change) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
     }
     LoadConfiguration();
     const common::FileLock::Turn turn(m_file.Lock());
-    if (!turn) {
-        return Running() ? static_cast<Code>(ERROR_SHARING_VIOLATION) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
-    }
-    Model* model = Running();
+    Model* const model = (this->*get)();
     if (!model) {
         return RPC_S_SERVER_UNAVAILABLE;
     }
+    if (!turn) {
+        return ERROR_SHARING_VIOLATION;
+    }
     model->isChanged = false; // a completed transition alone is not worth a write: everybody completes it
-    const Code code = change(*model);
+    const Code code = Apply(*model, change);
     if (!model->isChanged) {
         return code;
     }
@@ -88,7 +100,29 @@ Code Service::Change(const std::function<Code(Model&)>& change) {
     return written != ERROR_SUCCESS ? written : code;
 }
 
+Code Service::Apply(Model& model, const std::function<Code(Model&)>& change) {
+    model.events.isOn = m_recordsEvents;
+    const Code code = change(model);
+    CollectEvents(model);
+    return code;
+}
+
+void Service::CollectEvents(Model& model) {
+    m_events.insert(m_events.end(), std::make_move_iterator(model.events.entries.begin()),
+                    std::make_move_iterator(model.events.entries.end()));
+    model.events.entries.clear();
+}
+
+void Service::RecordEvents(bool on) {
+    m_recordsEvents = on;
+    m_events.clear();
+}
+
 std::int64_t Service::Now() const {
+    const Model* const model = m_memory ? m_memory.get() : m_file.Loaded();
+    if (model && model->clock != 0) {
+        return model->clock;
+    }
     if (m_manualClock) {
         return m_manualNow;
     }
@@ -139,6 +173,7 @@ void Service::Reset() {
     m_fileFaultsAdded = false;
     m_faults.Clear();
     m_manualClock = false;
+    RecordEvents(false);
     journal.Clear();
     journal.recording = false;
     journal.SetFile(L"");
@@ -166,8 +201,17 @@ void Service::UseManualClock() {
     m_manualClock = true;
 }
 
-void Service::AdvanceClock(unsigned milliseconds) {
-    m_manualNow += milliseconds;
+Code Service::AdvanceClock(std::uint64_t milliseconds) {
+    const Model* const model = Current();
+    if (!model || model->clock == 0) {
+        m_manualNow += static_cast<std::int64_t>(milliseconds);
+        return ERROR_SUCCESS;
+    }
+    return Intervene([milliseconds](Model& changed) {
+        changed.clock += static_cast<std::int64_t>(milliseconds);
+        changed.isChanged = true;
+        return static_cast<Code>(ERROR_SUCCESS);
+    });
 }
 
 } // namespace clussim

@@ -37,6 +37,10 @@ public:
     // with the Win32 code.
     Code Change(const std::function<Code(Model&)>& change);
 
+    // The same for what befalls the cluster from outside, whether it runs or not.
+    Code Intervene(const std::function<Code(Model&)>& change);
+
+    // The model's own clock where it has one, else the manual one, else the computer's.
     std::int64_t Now() const;
 
     // A test drives the model: calls leave misleading last-error values behind then, where the API promises none.
@@ -59,11 +63,18 @@ public:
     void AddFault(const std::string& text); // throws common::FaultError
     void ClearFaults();
     void UseManualClock();
-    void AdvanceClock(unsigned milliseconds);
+    Code AdvanceClock(std::uint64_t milliseconds);
+    void RecordEvents(bool on);
+    const std::vector<Event>& Events() const {
+        return m_events;
+    }
 
 private:
     Service();
     void AddModelFaults(const Model& model);
+    Code ChangeModel(Model* (Service::*get)(), const std::function<Code(Model&)>& change);
+    Code Apply(Model& model, const std::function<Code(Model&)>& change);
+    void CollectEvents(Model& model);
 
     std::unique_ptr<Model> m_memory; // loaded by a test
     ModelFile m_file;
@@ -72,6 +83,8 @@ private:
     bool m_fileFaultsAdded = false;
     bool m_manualClock = false;
     std::int64_t m_manualNow = 0;
+    bool m_recordsEvents = false;
+    std::vector<Event> m_events;
 };
 
 } // namespace clussim

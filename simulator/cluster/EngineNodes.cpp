@@ -1,0 +1,172 @@
+// Nodes that are paused, lost and come back; failback, and the end of a cluster without its quorum.
+#include "Engine.h"
+#include "FailoverRules.h"
+
+#include "common/Text.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace clussim {
+
+using common::ToUtf8;
+
+namespace {
+
+std::size_t Members(const Model& model) {
+    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(),
+                                                  [](const Node& node) { return node.status != Node::Status::Down; }));
+}
+
+// Whether those that are up may run the cluster.
+bool HasQuorum(const Model& model) {
+    const std::size_t members = Members(model);
+    return model.quorum == Quorum::Majority ? members * 2 > model.nodes.size() : members > 0;
+}
+
+std::string NoMajority(const Model& model) {
+    return std::to_string(Members(model)) + " of " + std::to_string(model.nodes.size()) + " nodes are no majority";
+}
+
+} // namespace
+
+Code Engine::Pause(Node& node) {
+    if (node.status == Node::Status::Up) {
+        node.status = Node::Status::Paused;
+        m_model.isChanged = true;
+        Tell("node", node.name, "is paused");
+        return ERROR_SUCCESS;
+    }
+    return node.status == Node::Status::Paused ? static_cast<Code>(ERROR_SUCCESS)
+                                               : static_cast<Code>(ERROR_CLUSTER_NODE_DOWN);
+}
+
+Code Engine::Resume(Node& node) {
+    if (node.status != Node::Status::Paused) {
+        return node.status == Node::Status::Up ? static_cast<Code>(ERROR_CLUSTER_NODE_NOT_PAUSED)
+                                               : static_cast<Code>(ERROR_CLUSTER_NODE_DOWN);
+    }
+    node.status = Node::Status::Up;
+    m_model.isChanged = true;
+    Tell("node", node.name, "is resumed");
+    for (Group& group : m_model.groups) {
+        if (group.owner == &node && !group.movingTo) {
+            BringBack(group);
+        }
+        PlanFailback(group);
+    }
+    return ERROR_SUCCESS;
+}
+
+void Engine::NodeGoesDown(Node& node) {
+    if (node.status == Node::Status::Down) {
+        return;
+    }
+    node.status = Node::Status::Down;
+    m_model.isChanged = true;
+    Tell("node", node.name, "goes down");
+    if (node.isThisComputer) {
+        m_model.running = false;
+    }
+    if (!HasQuorum(m_model)) {
+        StopCluster(Members(m_model) == 0 ? "no node is left" : NoMajority(m_model));
+        return;
+    }
+    const std::string why = ToUtf8(node.name) + " is down";
+    for (Group& group : m_model.groups) {
+        if (group.owner == &node) {
+            TerminateAll(group, why);
+            Node* const refuge = group.movingTo && IsUp(*group.movingTo) ? group.movingTo : Refuge(m_model, group);
+            Tell("group", group.name, "fails over from " + ToUtf8(node.name) + " to " + ToUtf8(refuge->name), why);
+            Arrive(group, *refuge);
+        } else if (group.movingTo == &node) {
+            group.movingTo = group.owner; // what has gone offline for the move comes back
+            Tell("group", group.name, "stays on " + ToUtf8(group.owner->name), why);
+        }
+    }
+}
+
+void Engine::NodeComesUp(Node& node) {
+    if (node.status != Node::Status::Down) {
+        return;
+    }
+    const bool wasRunning = HasQuorum(m_model);
+    node.status = Node::Status::Up;
+    m_model.isChanged = true;
+    Tell("node", node.name, "comes up");
+    if (!HasQuorum(m_model)) {
+        Tell("cluster", m_model.name, "does not start", NoMajority(m_model));
+        return;
+    }
+    m_model.running = m_model.running || !wasRunning || node.isThisComputer;
+    for (const Node& other : m_model.nodes) {
+        m_model.running = m_model.running && !(other.isThisComputer && other.status == Node::Status::Down);
+    }
+    for (Group& group : m_model.groups) {
+        if (wasRunning) {
+            PlanFailback(group);
+        } else {
+            Arrive(group, *Refuge(m_model, group));
+        }
+    }
+}
+
+void Engine::LoseQuorum() {
+    StopCluster("the quorum is lost");
+}
+
+// The service ends on every node: nobody owns anything until it runs again.
+void Engine::StopCluster(const std::string& why) {
+    m_model.running = false;
+    m_model.isChanged = true;
+    Tell("cluster", m_model.name, "stops", why);
+    for (Group& group : m_model.groups) {
+        group.movingTo = nullptr;
+        group.failbackAt = 0;
+        TerminateAll(group, "the cluster stops");
+    }
+    for (Node& node : m_model.nodes) {
+        node.status = Node::Status::Down;
+    }
+}
+
+// The best of its preferred owners that is up takes the group back, at once or in the hours that are set for it.
+void Engine::PlanFailback(Group& group) {
+    if (NumberOf(group.common, L"AutoFailbackType", 0) == 0 || group.preferredOwners.empty() || group.movingTo) {
+        return;
+    }
+    const auto best = std::find_if(group.preferredOwners.begin(), group.preferredOwners.end(),
+                                   [&group](const Node* node) { return IsUp(*node) && MayHost(group, *node); });
+    if (best == group.preferredOwners.end() || *best == group.owner) {
+        return;
+    }
+    group.failbackAt = m_now;
+    const std::uint32_t start = NumberOf(group.common, L"FailbackWindowStart", Never);
+    const std::uint32_t end = NumberOf(group.common, L"FailbackWindowEnd", Never);
+    if (start < 24 && end < 24) {
+        const std::int64_t hour = m_now / MsPerHour % 24;
+        const std::int64_t sinceStart = (hour - start + 24) % 24;
+        if (sinceStart >= (end - start + 24) % 24) {
+            group.failbackAt = m_now - m_now % MsPerHour + (24 - sinceStart) % 24 * MsPerHour;
+        }
+    }
+    m_model.isChanged = true;
+    Expect(group);
+}
+
+void Engine::FailBack(Group& group) {
+    group.failbackAt = 0;
+    m_model.isChanged = true;
+    for (Node* node : group.preferredOwners) {
+        if (node == group.owner || group.movingTo) {
+            return;
+        }
+        if (IsUp(*node) && MayHost(group, *node)) {
+            BeginMove(group, *node, "it fails back to a preferred owner");
+            return;
+        }
+    }
+}
+
+} // namespace clussim

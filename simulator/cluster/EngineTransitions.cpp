@@ -1,0 +1,269 @@
+// Online and offline: what goes first, what takes time, and what falls due.
+#include "Engine.h"
+
+#include "ModelJson.h"
+
+#include "common/Text.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace clussim {
+
+namespace {
+
+// No cluster does more between two calls; a model whose times never move on must not hang its reader.
+const int MostStepsAtOnce = 100000;
+
+template <typename Item> bool Contains(const std::vector<Item*>& items, const Item& item) {
+    return std::find(items.begin(), items.end(), &item) != items.end();
+}
+
+template <typename Item> void AddOnce(std::vector<Item*>& items, Item& item) {
+    if (!Contains(items, item)) {
+        items.push_back(&item);
+    }
+}
+
+std::int64_t DueAt(const Resource& resource) {
+    return resource.dueAt != 0 ? resource.dueAt : resource.actAt;
+}
+
+std::int64_t DueAt(const Group& group) {
+    return group.failbackAt;
+}
+
+bool Waits(const Resource& resource) {
+    return resource.state == StateOnlinePending || resource.state == StateOfflinePending || resource.actAt != 0;
+}
+
+bool Waits(const Group& group) {
+    return group.failbackAt != 0;
+}
+
+template <typename Item> void DropIdle(std::vector<Item*>& items) {
+    items.erase(std::remove_if(items.begin(), items.end(), [](const Item* item) { return !Waits(*item); }),
+                items.end());
+}
+
+// The one that is due first, of those that are: the earliest to be put on the agenda. Null when there is none.
+template <typename Item> Item* FirstDue(const std::vector<Item*>& items) {
+    Item* first = nullptr;
+    for (Item* item : items) {
+        if (DueAt(*item) != 0 && (!first || DueAt(*item) < DueAt(*first))) {
+            first = item;
+        }
+    }
+    return first;
+}
+
+// What a built-in type requires its resources to depend on. Since 2008 a mailbox server may do without a shared disk.
+struct Requirement {
+    const wchar_t* type;
+    const wchar_t* required;
+    int until; // the last generation of the service for which it holds
+};
+
+const Requirement Requirements[] = {
+    {L"Network Name", L"IP Address", 2008},
+    {L"Microsoft Exchange System Attendant", L"Network Name", 2008},
+    {L"Microsoft Exchange System Attendant", L"Physical Disk", 2003},
+    {L"Microsoft Exchange Information Store", L"Microsoft Exchange System Attendant", 2008},
+    {L"Microsoft Exchange SMTP Server Instance", L"Microsoft Exchange System Attendant", 2008},
+};
+
+bool IsOfType(const Resource& resource, const wchar_t* type) {
+    return common::Folded(resource.type->name) == common::Folded(type);
+}
+
+bool LacksRequired(const Model& model, const Resource& resource) {
+    return std::any_of(std::begin(Requirements), std::end(Requirements), [&](const Requirement& requirement) {
+        return model.behaviour.protocol <= requirement.until && IsOfType(resource, requirement.type) &&
+               std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
+                            [&](const Resource* provider) { return IsOfType(*provider, requirement.required); });
+    });
+}
+
+} // namespace
+
+void Engine::Expect(Resource& resource) {
+    AddOnce(m_model.agenda.resources, resource);
+    if (DueAt(resource) != 0) {
+        m_model.agenda.nextDue = std::min(m_model.agenda.nextDue, DueAt(resource));
+    }
+}
+
+void Engine::Expect(Group& group) {
+    AddOnce(m_model.agenda.groups, group);
+    if (DueAt(group) != 0) {
+        m_model.agenda.nextDue = std::min(m_model.agenda.nextDue, DueAt(group));
+    }
+}
+
+void Engine::SetState(Resource& resource, State state, const std::string& why) {
+    if (state != resource.state) {
+        m_model.SetState(resource, state);
+        Tell("resource", resource.name, std::string("is ") + StateName(state), why);
+    }
+}
+
+void Engine::SetPending(Resource& resource, State state, bool neverEnds, std::int64_t dueAt) {
+    SetState(resource, state);
+    resource.dueAt = neverEnds || resource.staysPending ? 0 : dueAt;
+    Expect(resource);
+}
+
+Code Engine::Online(Resource& resource) {
+    const Code code = BringOnline(resource);
+    if (code != ERROR_INVALID_STATE && code != ERROR_SHARING_PAUSED) {
+        resource.isWanted = true; // even when the attempt fails
+    }
+    return code;
+}
+
+Code Engine::BringOnline(Resource& resource) {
+    if (resource.state == StateOnline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing) {
+        return ERROR_INVALID_STATE;
+    }
+    if (resource.group->owner->status == Node::Status::Paused) {
+        return ERROR_SHARING_PAUSED;
+    }
+    if (!Contains(resource.possibleOwners, *resource.group->owner)) {
+        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
+    }
+    if (m_model.behaviour.needsRequired && LacksRequired(m_model, resource)) {
+        return ERROR_DEPENDENCY_NOT_FOUND;
+    }
+    // What it depends on comes first.
+    std::int64_t start = m_now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* provider : resource.dependsOn) {
+        const Code code = provider->state == StateOnlinePending ? ERROR_IO_PENDING : BringOnline(*provider);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || provider->dueAt == 0;
+            start = std::max(start, provider->dueAt);
+        } else if (code != ERROR_SUCCESS) {
+            return 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
+        }
+    }
+    resource.actAt = 0;
+    if (waits || resource.onlineMs > 0 || resource.staysPending) {
+        SetPending(resource, StateOnlinePending, waitsForever, start + resource.onlineMs);
+        return ERROR_IO_PENDING;
+    }
+    if (resource.failsOnline) {
+        HasFailed(resource);
+        return ERROR_RESMON_ONLINE_FAILED;
+    }
+    SetState(resource, StateOnline);
+    return ERROR_SUCCESS;
+}
+
+Code Engine::Offline(Resource& resource) {
+    const Code code = TakeOffline(resource);
+    if (code != ERROR_INVALID_STATE) {
+        resource.isWanted = false;
+        resource.actAt = 0;
+    }
+    return code;
+}
+
+Code Engine::TakeOffline(Resource& resource) {
+    if (resource.state == StateOffline) {
+        return ERROR_SUCCESS;
+    }
+    if (resource.state == StateFailed) {
+        if (m_model.behaviour.offlineFailed == ERROR_SUCCESS) {
+            SetState(resource, StateOffline);
+        }
+        return m_model.behaviour.offlineFailed;
+    }
+    if (resource.state != StateOnline) {
+        return ERROR_INVALID_STATE;
+    }
+    // What depends on it goes first.
+    std::int64_t start = m_now;
+    bool waits = false;
+    bool waitsForever = false;
+    for (Resource* dependant : resource.dependants) {
+        const Code code = dependant->state == StateOfflinePending ? ERROR_IO_PENDING : TakeOffline(*dependant);
+        if (code == ERROR_IO_PENDING) {
+            waits = true;
+            waitsForever = waitsForever || dependant->dueAt == 0;
+            start = std::max(start, dependant->dueAt);
+        } else if (code != ERROR_SUCCESS && dependant->state != StateFailed) {
+            return code;
+        }
+    }
+    if (waits || resource.offlineMs > 0 || resource.staysPending) {
+        SetPending(resource, StateOfflinePending, waitsForever, start + resource.offlineMs);
+        return ERROR_IO_PENDING;
+    }
+    SetState(resource, StateOffline);
+    return ERROR_SUCCESS;
+}
+
+// Ends the transition of a resource whose time has come.
+void Engine::Complete(Resource& resource) {
+    const State state = resource.state;
+    resource.dueAt = 0;
+    if (state == StateOfflinePending) {
+        SetState(resource, StateOffline);
+        ContinueMove(*resource.group);
+        return;
+    }
+    bool areProvidersOnline = true;
+    for (Resource* provider : resource.dependsOn) {
+        if (provider->state == StateOnlinePending && provider->dueAt != 0 && provider->dueAt <= m_now) {
+            Complete(*provider);
+        }
+        areProvidersOnline = areProvidersOnline && provider->state == StateOnline;
+    }
+    if (resource.state != state) { // what it depends on has failed, and took it down
+        return;
+    }
+    if (areProvidersOnline && !resource.failsOnline) {
+        SetState(resource, StateOnline);
+    } else {
+        HasFailed(resource);
+    }
+}
+
+void Engine::DoNext() {
+    Agenda& agenda = m_model.agenda;
+    Resource* const resource = FirstDue(agenda.resources);
+    Group* const group = FirstDue(agenda.groups);
+    if (group && (!resource || DueAt(*group) < DueAt(*resource))) {
+        m_now = DueAt(*group);
+        FailBack(*group);
+    } else if (resource) {
+        m_now = DueAt(*resource);
+        if (resource->dueAt != 0) {
+            Complete(*resource);
+        } else {
+            ActOn(*resource);
+        }
+    }
+    DropIdle(agenda.resources);
+    DropIdle(agenda.groups);
+    const Resource* const nextResource = FirstDue(agenda.resources);
+    const Group* const nextGroup = FirstDue(agenda.groups);
+    agenda.nextDue =
+        std::min(nextResource ? DueAt(*nextResource) : INT64_MAX, nextGroup ? DueAt(*nextGroup) : INT64_MAX);
+}
+
+void Engine::Settle() {
+    const std::int64_t now = m_now;
+    for (int step = 0; step < MostStepsAtOnce && m_model.agenda.nextDue <= now; ++step) {
+        DoNext();
+    }
+    m_now = now;
+}
+
+} // namespace clussim

@@ -1,0 +1,31 @@
+// Which node a group may go to, and what its properties say of it.
+#ifndef CLUSSIM_FAILOVERRULES_H
+#define CLUSSIM_FAILOVERRULES_H
+
+#include "Model.h"
+
+namespace clussim {
+
+const std::uint32_t Never = 0xFFFFFFFF; // of periods and hours
+const std::int64_t MsPerHour = 3600000;
+
+std::uint32_t NumberOf(const PropertySet& properties, const wchar_t* name, std::uint32_t otherwise);
+
+bool IsUp(const Node& node);
+
+// Whether all that shall be online in the group can be so on the node.
+bool MayHost(const Group& group, const Node& node);
+
+// The group's preferred owners, then the other nodes.
+std::vector<Node*> NodesInOrder(Model& model, const Group& group);
+
+// The next in that order behind the owner, from the end to the beginning, that is up and may host the group; or null.
+Node* NextNode(Model& model, const Group& group);
+
+// Where a group goes whose node is lost: the first that may host it, else any that is up, else one that is paused; null
+// when all are down.
+Node* Refuge(Model& model, const Group& group);
+
+} // namespace clussim
+
+#endif
