@@ -31,6 +31,8 @@ CLUSTER_NODE_STATE StateOf(const Node& node) {
         return ClusterNodeDown;
     case Node::Status::Paused:
         return ClusterNodePaused;
+    case Node::Status::Joining:
+        return ClusterNodeJoining;
     default:
         return ClusterNodeUp;
     }

@@ -50,7 +50,8 @@ struct Node {
     enum class Status { // as the cluster API numbers them
         Up,
         Down,
-        Paused
+        Paused,
+        Joining
     };
 
     std::wstring name;

@@ -238,7 +238,7 @@ private:
         node.name = NodeName(name);
         node.isThisComputer = name == L".";
         if (!StatusByName(reader.TextOr("state", "up"), node.status)) {
-            Fail(place + ".state", "up, down or paused is expected");
+            Fail(place + ".state", "up, down, paused or joining is expected");
         }
         reader.Done();
         if (!m_model.AddNode(node)) {
@@ -251,8 +251,9 @@ private:
         Group group;
         group.name = Name(reader);
         group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
-        if (group.owner->status == Node::Status::Down && !m_model.behaviour.downNodesOwnGroups && IsAnyNodeUp()) {
-            Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is down and owns no group");
+        if (IsAway(*group.owner) && !m_model.behaviour.downNodesOwnGroups && IsAnyNodeUp()) {
+            Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is " + StatusName(group.owner->status) +
+                                       " and owns no group");
         }
         reader.Each("preferredOwners", [&](const Json& item, const std::string& itemPlace) {
             group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
@@ -274,8 +275,11 @@ private:
     }
 
     bool IsAnyNodeUp() const {
-        return std::any_of(m_model.nodes.begin(), m_model.nodes.end(),
-                           [](const Node& node) { return node.status != Node::Status::Down; });
+        return std::any_of(m_model.nodes.begin(), m_model.nodes.end(), [](const Node& node) { return !IsAway(node); });
+    }
+
+    static bool IsAway(const Node& node) {
+        return node.status == Node::Status::Down || node.status == Node::Status::Joining;
     }
 
     static std::int64_t Time(ObjectReader& reader, const char* member) {

@@ -20,6 +20,7 @@ const ModelState NodeStates[] = {
     {0, "up"},
     {1, "down"},
     {2, "paused"},
+    {3, "joining"},
 };
 
 template <std::size_t count> const char* NameOf(const ModelState (&states)[count], int number, const char* otherwise) {

@@ -97,7 +97,8 @@ TEST_F(ModelText, DependenciesStayInTheGroupAndHaveNoCycle) {
 }
 
 TEST_F(ModelText, ValuesOutOfRangeAreNamed) {
-    EXPECT_EQ(ErrorOf("\"state\": \"down\"", "\"state\": \"off\""), "nodes[1].state: up, down or paused is expected");
+    EXPECT_EQ(ErrorOf("\"state\": \"down\"", "\"state\": \"off\""),
+              "nodes[1].state: up, down, paused or joining is expected");
     EXPECT_EQ(ErrorOf("\"group\": \"EVS2\"", "\"group\": \"EVS2\", \"state\": \"Sleeping\""),
               "resources[5].state: there is no state Sleeping");
     EXPECT_THAT(ErrorOf("\"number\": 2", "\"number\": -2"), StartsWith("resources[2].disk.number: a whole number"));
@@ -120,6 +121,8 @@ TEST_F(ModelText, AGroupOfANodeThatIsDownIsRefusedUnlessTheClusterHasNotNoticed)
     const std::string name = "\"MAILCLUSTER\"";
     const std::string down = Replaced(MailCluster, "\"owner\": \"NODE-C\"", "\"owner\": \"NODE-B\"");
     EXPECT_EQ(LoadError(down), "groups[1].owner: the node NODE-B is down and owns no group");
+    EXPECT_EQ(LoadError(Replaced(down, "\"state\": \"down\"", "\"state\": \"joining\"")),
+              "groups[1].owner: the node NODE-B is joining and owns no group");
     EXPECT_EQ(LoadError(Replaced(down, name, name + ", \"behaviour\": {\"downOwners\": \"accepted\"}")), "");
 }
 

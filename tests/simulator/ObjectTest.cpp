@@ -166,6 +166,13 @@ TEST_F(ClusterObject, SuccessAndCodesLeaveMisleadingLastErrors) {
     EXPECT_EQ(GetLastError(), AfterSuccess);
 }
 
+TEST_F(ClusterObject, ANodeThatJoinsIsNeitherUpNorDown) {
+    Load(
+        R"({"cluster": {"name": "MAILCLUSTER"}, "nodes": [{"name": "NODE-A"}, {"name": "NODE-B", "state": "joining"}]})");
+    EXPECT_EQ(GetClusterNodeState(Node(L"NODE-A")), ClusterNodeUp);
+    EXPECT_EQ(GetClusterNodeState(Node(L"NODE-B")), ClusterNodeJoining);
+}
+
 TEST_F(ClusterObject, NodesAndGroupsTellTheirStates) {
     Load();
     EXPECT_EQ(GetClusterNodeState(Node(L"NODE-A")), ClusterNodeUp);

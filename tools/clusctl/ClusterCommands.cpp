@@ -93,8 +93,8 @@ Report Nodes() {
     return report;
 }
 
-// Marks objects that belong to a node which is down: that is what the cluster remembers, not what is. A paused node
-// owns its groups.
+// Marks objects that belong to a node which is down, or joins only: that is what the cluster remembers, not what is. A
+// paused node owns its groups.
 class OwnerStates {
 public:
     OwnerStates(const CCluster& cluster, Report& report) : m_nodes(ReadNodes(cluster, report)), m_report(report) {
@@ -105,12 +105,13 @@ public:
         const Json state = StateOf(record["owner"]);
         record["ownerState"] = state; // moves the other members: no reference to one from before is good after this
         const Json& group = record[groupMember];
-        if (state != "down" || std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
+        const bool isMember = state != "down" && state != "joining";
+        if (isMember || std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
             return;
         }
         m_told.push_back(group);
         m_report.AddWarning("the group " + Quoted(group.get<std::string>()) + " is said to be on the node " +
-                            Quoted(record["owner"].get<std::string>()) + ", which is down");
+                            Quoted(record["owner"].get<std::string>()) + ", which is " + state.get<std::string>());
     }
 
 private:

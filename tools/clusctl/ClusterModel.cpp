@@ -109,7 +109,7 @@ private:
         if (state != ClusterNodeUp) {
             model["state"] = ModelState(state);
         }
-        if (state == ClusterNodeDown) {
+        if (state == ClusterNodeDown || state == ClusterNodeJoining) {
             m_downNodes.insert(common::Folded(name));
         }
         return model;

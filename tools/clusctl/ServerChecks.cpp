@@ -91,6 +91,10 @@ CLUSTER_NODE_STATE RequireNodeRuns(const CCluster& cluster, const std::wstring& 
     if (state == ClusterNodeDown) {
         throw Failure(Errors::NotPossible, "the node " + Quoted(name) + " is down");
     }
+    if (state == ClusterNodeJoining) {
+        throw Failure(Errors::NotPossible, "the node " + Quoted(name) + " is joining the cluster still")
+            .Hint("Wait until it is up, then try again.");
+    }
     return state;
 }
 

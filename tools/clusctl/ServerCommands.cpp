@@ -134,7 +134,7 @@ Report Query(const std::wstring& nameOrAddress, bool isExplained) {
     throw Failure(Errors::Incomplete, what + "an instance could not be read, and can be now").Hint("Ask again.");
 }
 
-Report SmtpInstances(const std::wstring& networkName) {
+Report CollectedInstances(const std::wstring& networkName) {
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     if (!CVirtualServerUtil::GetSMTPInstanceInfo(networkName.c_str(), *info)) {
         FailToCollect(networkName);
@@ -151,6 +151,12 @@ Report SmtpInstances(const std::wstring& networkName) {
     }
     report.AddTable("smtpInstances", instances, {{"id", "SMTP INSTANCE"}},
                     "The group of " + Quoted(networkName) + " has no SMTP instance.");
+    return report;
+}
+
+Report SmtpInstances(const std::wstring& networkName, bool isExplained) {
+    Report report = CollectedInstances(networkName);
+    AddDeployment(ReadDeployment(), isExplained, report);
     return report;
 }
 
@@ -193,11 +199,13 @@ void AddServerCommands(CommandLine& commandLine) {
     AddExplain(query, *isQueryExplained);
 
     const auto networkName = std::make_shared<std::wstring>();
-    CLI::App& instances =
-        commandLine.Add(Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
-                        [networkName](const LogCapture&) { return SmtpInstances(*networkName); });
+    const auto areExplained = std::make_shared<bool>(false);
+    CLI::App& instances = commandLine.Add(
+        Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
+        [networkName, areExplained](const LogCapture&) { return SmtpInstances(*networkName, *areExplained); });
     CommandLine::AddText(instances, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
         .required();
+    AddExplain(instances, *areExplained);
 
     commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node",
                     [](const LogCapture&) { return StoreOnline(); });

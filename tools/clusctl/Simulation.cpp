@@ -83,19 +83,20 @@ void RequireNamedSimulators(Answering asked) {
                    : "the VCS tools on the search path are not the simulator's: the real cluster would answer",
                "Put the folder of the simulator's tools first on PATH, or remove the variable.");
     }
-    const wchar_t* const variable = asksVcs ? VcsVariable : ClusterVariable;
-    const std::wstring file = common::EnvironmentVariable(variable);
-    if (!file.empty() && !common::FileExists(file)) {
+    const Simulation named(asked);
+    if (!named.File().empty() && !common::FileExists(named.File())) {
         throw Failure(Errors::FileNotFound,
-                      "there is no file " + Quoted(file) + ", which " + Printable(variable) + " names");
+                      "there is no file " + Quoted(named.File()) + ", which " + Printable(named.Variable()) + " names");
     }
 }
 
-std::wstring SimulatedBy(Answering answering) {
-    const bool isVcs = answering == Answering::Vcs;
-    if (isVcs ? !IsVcsSimulated() : !HasClusterSimulatorAnswered()) {
-        return std::wstring();
-    }
-    const std::wstring file = common::EnvironmentVariable(isVcs ? VcsVariable : ClusterVariable);
-    return file.empty() ? L"no file" : file;
+Simulation::Simulation(Answering asked) : m_asked(asked), m_file(common::EnvironmentVariable(Variable())) {
+}
+
+bool Simulation::HasAnswered(bool hasRunTools) const {
+    return m_asked == Answering::Vcs ? hasRunTools && IsVcsSimulated() : HasClusterSimulatorAnswered();
+}
+
+const wchar_t* Simulation::Variable() const {
+    return m_asked == Answering::Vcs ? VcsVariable : ClusterVariable;
 }

@@ -14,7 +14,23 @@ enum class Answering {
 // file that is named for the cluster which the command asks is not there.
 void RequireNamedSimulators(Answering asked);
 
-// The file that a simulator's answers so far come from; empty when no simulator has answered.
-std::wstring SimulatedBy(Answering answering);
+// Whether a simulator has answered, and from which file. Made before the work begins: a rehearsal names another file.
+class Simulation {
+public:
+    explicit Simulation(Answering asked);
+
+    // `hasRunTools`: whether any VCS tool has run.
+    bool HasAnswered(bool hasRunTools) const;
+
+    // The file that the environment names, as it names it; empty for none.
+    const std::wstring& File() const {
+        return m_file;
+    }
+    const wchar_t* Variable() const;
+
+private:
+    Answering m_asked;
+    std::wstring m_file;
+};
 
 #endif

@@ -73,12 +73,18 @@ public:
     }
 
     // Said whatever comes of the command: who answered, and the library's own lines, which are detail only.
-    void SetBesides(const std::wstring& simulatedBy, const std::vector<std::string>& log) {
-        if (!simulatedBy.empty()) {
-            m_errors.Write("clusctl: simulated: the answers come from " + Quoted(simulatedBy) + "\n");
+    void SetBesides(const Simulation& simulation, bool isSimulated, const std::vector<std::string>& log) {
+        const std::wstring& file = simulation.File();
+        if (isSimulated) {
+            m_errors.Write(
+                "clusctl: simulated: the answers come from " +
+                (file.empty() ? "a simulator without a file: " + Printable(simulation.Variable()) + " does not name one"
+                              : Quoted(file)) +
+                "\n");
         }
         m_log = log;
-        m_besides = {{"log", log}, {"simulated", TextOrNull(simulatedBy)}};
+        m_besides = {{"log", log},
+                     {"simulated", !isSimulated ? Json() : Json(file.empty() ? std::wstring(L"no file") : file)}};
         m_besides.update(m_tools);
     }
 
@@ -194,9 +200,10 @@ ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Str
             "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
     }
     Answer answer(output, errors, shared.json);
+    const Simulation simulation(commandLine.Asked());
     const auto setBesides = [&]() {
         // Lines that have been shown as they came are not told again.
-        answer.SetBesides(SimulatedBy(commandLine.Asked()),
+        answer.SetBesides(simulation, simulation.HasAnswered(log.Tools().Count() != 0),
                           log.IsShown() ? std::vector<std::string>() : log.Problems());
     };
     const KilledRuns killed;
