@@ -5,7 +5,18 @@
 
 namespace harness {
 
-bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode) {
+namespace {
+
+// What failing calls give: access is denied, memory or disk is full, the cluster does not answer.
+const DWORD Codes[] = {ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY, ERROR_DISK_FULL, RPC_S_SERVER_UNAVAILABLE};
+
+bool IsEverySweep() {
+    return GetEnvironmentVariableW(L"CLUSUTIL_SWEEP", nullptr, 0) != 0;
+}
+
+} // namespace
+
+bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code) {
     LogRecorder& log = m_test.Log();
     PlatformTap& platform = m_test.Platform();
     HeapTap& heap = m_test.Heap();
@@ -13,7 +24,7 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
     sweep.prepare();
     log.TakeLog();
     platform.TakeJournal();
-    platform.FailNthCall(what == What::Call ? n : 0, mode, sweep.code);
+    platform.FailNthCall(what == What::Call ? n : 0, mode, code);
     heap.FailAllocation(what == What::Allocation ? n : 0, mode);
 
     SweepRun run;
@@ -36,6 +47,7 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
     }
     run.faulted = what == What::Call ? platform.Fired() : heap.Fired();
     run.fault = !run.faulted ? "nothing" : what == What::Call ? platform.FiredCall() : std::string(heap.FiredIn());
+    run.code = what == What::Call ? code : ERROR_SUCCESS;
     run.log = log.TakeLog();
     run.journal = platform.TakeJournal();
     platform.FailNthCall(0, FaultMode::Once, 0);
@@ -44,7 +56,9 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
     const ::testing::ScopedTrace trace(__FILE__, __LINE__,
                                        "failing " + std::string(what == What::Call ? "call " : "allocation ") +
                                            std::to_string(n) + (mode == FaultMode::Once ? "" : " and all after it") +
-                                           ": " + run.fault + "\nlog:\n" + run.log + "journal:\n" + run.journal);
+                                           ": " + run.fault +
+                                           (what == What::Call ? ", code " + std::to_string(code) : "") + "\nlog:\n" +
+                                           run.log + "journal:\n" + run.journal);
     EXPECT_EQ(foreignException, "");
     EXPECT_TRUE(!run.threw || what == What::Allocation) << "an exception without a failing allocation";
     if (n != 0) {
@@ -55,9 +69,10 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
     return run.faulted;
 }
 
-void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode) {
-    for (unsigned n = 1; n <= sweep.limit; n += sweep.step) {
-        if (!RunOnce(sweep, what, n, mode)) {
+void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code) {
+    const unsigned step = IsEverySweep() ? 1 : sweep.step;
+    for (unsigned n = 1; n <= sweep.limit; n += step) {
+        if (!RunOnce(sweep, what, n, mode, code)) {
             // An operation may do without memory, but not without the platform.
             EXPECT_TRUE(n > 1 || what == What::Allocation) << "the operation made no call that could fail";
             return;
@@ -70,14 +85,18 @@ void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mo
 }
 
 void SweepRuns::Run(const Sweep& sweep) {
-    RunOnce(sweep, What::Call, 0, FaultMode::Once); // what is made once per process is made here
+    RunOnce(sweep, What::Call, 0, FaultMode::Once, 0); // what is made once per process is made here
     if (::testing::Test::HasFailure()) {
         return;
     }
-    for (const What what : {What::Call, What::Allocation}) {
-        for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
-            RunUntilNothingFails(sweep, what, mode);
+    for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
+        for (const DWORD code : Codes) {
+            RunUntilNothingFails(sweep, What::Call, mode, code);
+            if (!IsEverySweep()) {
+                break;
+            }
         }
+        RunUntilNothingFails(sweep, What::Allocation, mode, 0);
     }
 }
 

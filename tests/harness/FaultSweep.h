@@ -3,6 +3,9 @@
 // no exception but std::bad_alloc from a failed allocation, nothing left behind (the fixture's audit), no C++ block
 // kept, and `check` holds.
 //
+// With the environment variable CLUSUTIL_SWEEP, as ./dev sweep sets it, every call and allocation fails whatever the
+// step is, and each call with every one of several codes.
+//
 //     FaultSweep(*this, {
 //         [&] { Load(model); },
 //         [&] { CCluster cluster; return std::string(cluster.OpenByLPC() ? "true" : "false"); },
@@ -21,6 +24,7 @@ namespace harness {
 struct SweepRun {
     std::string result; // what the operation gave; empty when it threw
     std::string fault;  // what failed
+    DWORD code;         // that a failing call gives
     bool faulted;       // false: nothing failed, only the good result is right
     bool threw;         // std::bad_alloc
     std::string log;
@@ -34,7 +38,6 @@ struct Sweep {
     std::function<void(const SweepRun&)> check;
     unsigned limit = 1000;
     unsigned step = 1; // of long operations only the 1st, (1 + step)th, (1 + 2 * step)th ... call and allocation fails
-    DWORD code = ERROR_ACCESS_DENIED; // of failing platform calls
 };
 
 // What FaultSweep does with a fixture.
@@ -51,8 +54,8 @@ private:
     };
 
     // One run with the n-th call or allocation failing; n 0: none. False when nothing failed.
-    bool RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode);
-    void RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode);
+    bool RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code);
+    void RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code);
 
     LibraryTest& m_test;
 };

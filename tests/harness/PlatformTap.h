@@ -29,7 +29,7 @@ enum class FailureForm {
     MinusOne,     // -1, the code in the last-error value
     Answer,       // no failure in itself: any result is journalled; made to fail it gives 0
     CloseFalse,   // closes, then gives FALSE and the code in the last-error value
-    CloseCode,    // closes, then gives the code
+    CloseCode,    // closes, or does what else it does, then gives the code
     Invalid,      // -1: an invalid handle, a failed wait, no descriptor; the code in the last-error value
     CloseInvalid, // closes, then gives -1 and the code in the last-error value
     Never
@@ -106,7 +106,7 @@ public:
     // Sleep returns at once; its durations are collected and passed to `onSleep`.
     std::vector<DWORD> sleeps;
     std::function<void(DWORD)> onSleep;
-    // When set, keys below HKEY_LOCAL_MACHINE are opened below this one instead.
+    // Keys below HKEY_LOCAL_MACHINE are opened below this one instead; without it there are none.
     HKEY localMachine = nullptr;
     // When set, no process is started: this one answers.
     ProcessStandIn* processes = nullptr;

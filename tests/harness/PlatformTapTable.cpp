@@ -163,9 +163,12 @@ void TapResourceUtilities(PlatformTap& tap) {
         nullptr);
 }
 
+// The registry of this computer is nobody's business: a test without one of its own finds no key.
 LSTATUS OpenRedirected(PlatformTap& tap, HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY result) {
-    return RegOpenKeyExW(key == HKEY_LOCAL_MACHINE && tap.localMachine ? tap.localMachine : key, path, options, access,
-                         result);
+    if (key == HKEY_LOCAL_MACHINE && tap.localMachine == nullptr) {
+        return ERROR_FILE_NOT_FOUND;
+    }
+    return RegOpenKeyExW(key == HKEY_LOCAL_MACHINE ? tap.localMachine : key, path, options, access, result);
 }
 
 void TapOperatingSystem(PlatformTap& tap) {
@@ -189,11 +192,11 @@ void TapOperatingSystem(PlatformTap& tap) {
     TAP("kernel32", GetModuleFileNameW, Null, ([](HMODULE, LPWSTR, DWORD) { return std::string(); }), nullptr);
     TAP("kernel32", GetVolumeNameForVolumeMountPointW, Null, ([](LPCWSTR path, LPWSTR, DWORD) { return Utf8(path); }),
         nullptr);
-    // The library does not look at its result, and stops what did not start: nothing a sweep could hold against it.
-    TAP("ws2_32", WSAStartup, Never, ([](WORD, LPWSADATA) { return std::string(); }),
+    // Both do their work also when they fail: the library does not look at their results, and stops what it started.
+    TAP("ws2_32", WSAStartup, CloseCode, ([](WORD, LPWSADATA) { return std::string(); }),
         ([&tap](int result, WORD, LPWSADATA) { tap.CountWinsock(result == 0 ? 1 : 0); }));
     TAP(
-        "ws2_32", WSACleanup, Never, []() { return std::string(); }, ([&tap](int) { tap.CountWinsock(-1); }));
+        "ws2_32", WSACleanup, CloseInvalid, []() { return std::string(); }, ([&tap](int) { tap.CountWinsock(-1); }));
     TAP("ws2_32", gethostbyaddr, Null, ([](const char*, int, int) { return std::string(); }), nullptr);
     if (!FindImports(LibraryModule(), "kernel32.dll", "Sleep").empty()) {
         tap.Install(std::make_unique<TappedSleep>(tap));

@@ -1,6 +1,14 @@
 #include "Watchdog.h"
 
+#include <cwchar>
+
 namespace harness {
+
+DWORD LongestTest() {
+    wchar_t seconds[16] = {};
+    const DWORD length = GetEnvironmentVariableW(L"CLUSUTIL_TEST_SECONDS", seconds, 16);
+    return length > 0 && length < 16 ? static_cast<DWORD>(std::wcstoul(seconds, nullptr, 10)) * 1000 : 90000;
+}
 
 Watchdog::Watchdog(const std::string& testName, DWORD milliseconds)
     : m_message("watchdog: " + testName + " hangs\n"), m_milliseconds(milliseconds),

@@ -11,9 +11,12 @@ namespace harness {
 
 const UINT WatchdogExitCode = 99;
 
+// 90,000 milliseconds, or what the environment variable CLUSUTIL_TEST_SECONDS says.
+DWORD LongestTest();
+
 class Watchdog {
 public:
-    explicit Watchdog(const std::string& testName, DWORD milliseconds = 90000);
+    explicit Watchdog(const std::string& testName, DWORD milliseconds = LongestTest());
     ~Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;

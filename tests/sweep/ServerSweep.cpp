@@ -124,6 +124,7 @@ TEST_F(ServerSweep, ConstructorAndDestructorOnAPlainServer) {
 }
 
 TEST_F(ServerSweep, CheckIsClusterByRegKeyOnceItIsSettled) {
+    Registry();
     ASSERT_EQ(Util::CheckIsClusterByRegKey(), false);
     const unsigned no = 0;
     for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
