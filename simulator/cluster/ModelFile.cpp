@@ -5,6 +5,8 @@
 #include "common/Files.h"
 #include "common/Text.h"
 
+#include <winternl.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -25,6 +27,39 @@ std::int64_t ToNumber(const FILETIME& time) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
 }
 
+// FILE_NETWORK_OPEN_INFORMATION, which is in the headers of drivers only.
+struct FileInformation {
+    LARGE_INTEGER created;
+    LARGE_INTEGER read;
+    LARGE_INTEGER written;
+    LARGE_INTEGER changed;
+    LARGE_INTEGER allocated;
+    LARGE_INTEGER size;
+    ULONG attributes;
+};
+
+// What GetFileAttributesExW calls, which works on the path each time: that takes a third as long as the call itself.
+bool Query(const std::wstring& systemPath, FileInformation& information) {
+    typedef NTSTATUS(NTAPI * QueryFunction)(const OBJECT_ATTRIBUTES*, FileInformation*);
+    static const auto query = reinterpret_cast<QueryFunction>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQueryFullAttributesFile")));
+    UNICODE_STRING name = {};
+    name.Buffer = const_cast<wchar_t*>(systemPath.c_str());
+    name.Length = name.MaximumLength = static_cast<USHORT>(systemPath.size() * sizeof(wchar_t));
+    OBJECT_ATTRIBUTES object;
+    InitializeObjectAttributes(&object, &name, OBJ_CASE_INSENSITIVE, nullptr, nullptr);
+    return query(&object, &information) >= 0;
+}
+
+// Of a full path: \??\C:\model.json, or \??\UNC\server\share\model.json.
+std::wstring SystemPath(const std::wstring& path) {
+    const std::wstring root = L"\\??\\";
+    if (path.rfind(L"\\\\?\\", 0) == 0) {
+        return root + path.substr(root.size());
+    }
+    return path.rfind(L"\\\\", 0) == 0 ? root + L"UNC" + path.substr(1) : root + path;
+}
+
 std::int64_t Now() {
     FILETIME time;
     GetSystemTimeAsFileTime(&time);
@@ -41,8 +76,10 @@ std::wstring ThisComputer() {
 }
 
 void ModelFile::SetPath(const std::wstring& path) {
-    m_path = path;
-    m_lock = common::FileLock(path);
+    m_path = path.empty() ? path : common::FullPath(path);
+    m_givenPath = path;
+    m_systemPath = SystemPath(m_path);
+    m_lock = common::FileLock(m_path);
     m_told.clear();
     Forget();
 }
@@ -58,7 +95,7 @@ void ModelFile::Tell(const std::string& message) {
         return;
     }
     m_told = message;
-    const std::string line = "clussim: " + ToUtf8(m_path) + ": " + message + "\n";
+    const std::string line = "clussim: " + ToUtf8(m_givenPath) + ": " + message + "\n";
     std::fputs(line.c_str(), stderr);
     std::fflush(stderr);
     OutputDebugStringW(ToUtf16(line).c_str());
@@ -75,13 +112,13 @@ Model* ModelFile::Current() {
 }
 
 std::optional<ModelFile::Stamp> ModelFile::StampOfFile() const {
-    WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!GetFileAttributesExW(m_path.c_str(), GetFileExInfoStandard, &data)) {
+    FileInformation information;
+    if (!Query(m_systemPath, information)) {
         return std::nullopt;
     }
     Stamp stamp;
-    stamp.written = ToNumber(data.ftLastWriteTime);
-    stamp.size = static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+    stamp.written = information.written.QuadPart;
+    stamp.size = static_cast<std::uint64_t>(information.size.QuadPart);
     return stamp;
 }
 

@@ -12,7 +12,7 @@ namespace clussim {
 
 class ModelFile {
 public:
-    // The file to work on; empty for none.
+    // The file to work on; empty for none. A relative path is that of now, wherever the process goes.
     void SetPath(const std::wstring& path);
     bool HasPath() const {
         return !m_path.empty();
@@ -53,6 +53,8 @@ private:
     void Tell(const std::string& message);
 
     std::wstring m_path;
+    std::wstring m_givenPath;
+    std::wstring m_systemPath; // as the system's own calls take it
     common::FileLock m_lock;
     std::optional<std::string> m_text; // what was read or written last
     std::unique_ptr<Model> m_model;    // that text's; null when it is malformed

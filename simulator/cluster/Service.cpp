@@ -56,7 +56,8 @@ Model* Service::Current() {
             AddModelFaults(*model);
         }
     }
-    if (model && model->agenda.nextDue <= Now()) {
+    const std::int64_t never = INT64_MAX; // most often: the clock is not looked at then
+    if (model && model->agenda.nextDue != never && model->agenda.nextDue <= Now()) {
         model->events.isOn = m_recordsEvents;
         Engine(*model, Now()).Settle();
         CollectEvents(*model);

@@ -85,6 +85,37 @@ TEST_F(ModelFileVersions, AnUnchangedFileIsNeitherOpenedNorWaitedFor) {
     EXPECT_EQ(waited, 1u);
 }
 
+TEST_F(ModelFileVersions, ARelativePathIsThatOfTheFirstCall) {
+    wchar_t before[MAX_PATH];
+    ASSERT_NE(GetCurrentDirectoryW(MAX_PATH, before), 0u);
+    const std::size_t slash = m_path.find_last_of(L'\\');
+    Write(MailCluster);
+    SetTime(m_longAgo);
+    ASSERT_TRUE(SetCurrentDirectoryW(m_path.substr(0, slash).c_str()));
+    SetEnvironmentVariableW(L"CLUSSIM_FILE", m_path.substr(slash + 1).c_str());
+    m_cluster = ClusterOwner(OpenCluster(nullptr));
+    ASSERT_TRUE(SetCurrentDirectoryW(before));
+    ASSERT_NE(static_cast<HCLUSTER>(m_cluster), nullptr);
+    std::size_t opened = 0;
+    const auto counting = CountOpening(opened);
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    EXPECT_EQ(opened, 0u);
+    Write(Replaced(MailCluster, "\"Online\", \"private\": {\"Address\"", "\"Failed\", \"private\": {\"Address\""));
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceFailed);
+}
+
+TEST_F(ModelFileVersions, APathInTheSystemsOwnFormIsLookedAtToo) {
+    Write(MailCluster);
+    SetTime(m_longAgo);
+    SetEnvironmentVariableW(L"CLUSSIM_FILE", (L"\\\\?\\" + m_path).c_str());
+    m_cluster = ClusterOwner(OpenCluster(nullptr));
+    ASSERT_NE(static_cast<HCLUSTER>(m_cluster), nullptr);
+    std::size_t opened = 0;
+    const auto counting = CountOpening(opened);
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    EXPECT_EQ(opened, 0u);
+}
+
 TEST_F(ModelFileVersions, AMalformedFileThatStaysIsNotReadAgain) {
     UseOldFile();
     Write("{");
