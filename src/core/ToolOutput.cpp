@@ -4,49 +4,22 @@
 #include "core/Text.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <cwctype>
 
 namespace clus {
 
 namespace {
 
-const wchar_t Delimiters[] = L" \t\n";
 const std::size_t AttributeValueColumn = 3;
 
-// Splits one line in place, up to its limit, with the runtime's wcstok.
-class LineSplitter {
-public:
-    LineSplitter(const wchar_t* line, std::size_t length) {
-        const std::size_t count = std::min(length, LineCharactersSplit);
-        std::wmemcpy(m_line, line, count);
-        m_line[count] = L'\0';
-    }
-    LineSplitter(const LineSplitter&) = delete;
-    LineSplitter& operator=(const LineSplitter&) = delete;
+bool IsDelimiter(wchar_t c) {
+    return c == L' ' || c == L'\t' || c == L'\n';
+}
 
-    // The next token, or null behind the last one.
-    const wchar_t* Next() {
-        wchar_t* const start = m_started ? nullptr : m_line;
-        m_started = true;
-#if defined(__MINGW32__) && !defined(_UCRT)
-        return std::wcstok(start, Delimiters); // keeps its position per thread
-#else
-        return std::wcstok(start, Delimiters, &m_position);
-#endif
-    }
-    // Where in the line a token begins.
-    std::size_t PositionOf(const wchar_t* token) const {
-        return static_cast<std::size_t>(token - m_line);
-    }
-
-private:
-    wchar_t m_line[LineCharactersSplit + 1];
-    bool m_started = false;
-#if !defined(__MINGW32__) || defined(_UCRT)
-    wchar_t* m_position = nullptr;
-#endif
-};
+// Most characters of a token are beyond the blank, and decided by one comparison.
+bool IsInToken(wchar_t c) {
+    return c > L' ' || (c != L'\0' && !IsDelimiter(c));
+}
 
 bool StartsWithNoCase(const wchar_t* text, const wchar_t* upperPrefix) {
     for (; *upperPrefix; ++text, ++upperPrefix) {
@@ -57,10 +30,6 @@ bool StartsWithNoCase(const wchar_t* text, const wchar_t* upperPrefix) {
     return true;
 }
 
-bool IsDelimiter(wchar_t c) {
-    return std::wcschr(Delimiters, c) != nullptr; // of a null character too, which ends a line
-}
-
 // Tokens in the part of each line that is split, and no fewer than are found there.
 std::size_t CountTokens(const std::wstring& text) {
     std::size_t count = 0;
@@ -68,7 +37,7 @@ std::size_t CountTokens(const std::wstring& text) {
     bool inToken = false;
     for (const wchar_t c : text) {
         const bool wasInToken = inToken;
-        inToken = column++ < LineCharactersSplit && !IsDelimiter(c);
+        inToken = column++ < LineCharactersSplit && IsInToken(c);
         count += inToken && !wasInToken ? 1 : 0;
         column = c == L'\n' ? 0 : column;
     }
@@ -77,14 +46,28 @@ std::size_t CountTokens(const std::wstring& text) {
 
 } // namespace
 
+bool LineTokens::Next() {
+    std::size_t begin = m_position;
+    while (begin < m_line.size() && IsDelimiter(m_line[begin])) {
+        ++begin;
+    }
+    std::size_t end = begin;
+    while (end < m_line.size() && IsInToken(m_line[end])) {
+        ++end;
+    }
+    m_begin = begin;
+    m_position = end;
+    return end > begin;
+}
+
 void SplitOutput(const std::wstring& text, std::vector<std::wstring>& tokens) {
     tokens.reserve(tokens.size() + CountTokens(text)); // a list that grows holds large outputs several times
     std::size_t start = 0;
     while (start < text.size()) {
         const std::size_t end = std::min(text.find(L'\n', start), text.size());
-        LineSplitter line(text.data() + start, end - start);
-        while (const wchar_t* token = line.Next()) {
-            tokens.emplace_back(token);
+        LineTokens line(std::wstring_view(text).substr(start, end - start));
+        while (line.Next()) {
+            tokens.emplace_back(line.Token());
         }
         start = end + 1;
     }
@@ -116,15 +99,13 @@ bool ShownAttributeValue(const std::wstring& text, std::wstring& value) {
     }
     const std::size_t start = headerEnd + 1;
     const std::size_t end = std::min(text.find(L'\n', start), text.size());
-    LineSplitter line(text.data() + start, end - start);
-    const wchar_t* token = line.Next();
-    for (std::size_t column = 0; token && column < AttributeValueColumn; ++column) {
-        token = line.Next();
+    LineTokens line(std::wstring_view(text).substr(start, end - start));
+    for (std::size_t column = 0; column <= AttributeValueColumn; ++column) {
+        if (!line.Next()) {
+            return false;
+        }
     }
-    if (!token) {
-        return false;
-    }
-    const std::size_t valueStart = start + line.PositionOf(token);
+    const std::size_t valueStart = start + line.Position();
     std::size_t valueEnd = end;
     while (valueEnd > valueStart && std::iswspace(static_cast<std::wint_t>(text[valueEnd - 1]))) {
         --valueEnd;

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,29 @@ namespace clus {
 
 // Of a longer line only this many characters are split, so that no line costs more than that.
 const std::size_t LineCharactersSplit = 511;
+
+// The tokens of one line: what lies between blanks and tabs, up to the limit. A null character ends the line.
+class LineTokens {
+public:
+    explicit LineTokens(std::wstring_view line) : m_line(line.substr(0, LineCharactersSplit)) {
+    }
+
+    // Goes to the next token; false behind the last one.
+    bool Next();
+
+    // The token that Next went to, and where in the line it begins.
+    std::wstring_view Token() const {
+        return m_line.substr(m_begin, m_position - m_begin);
+    }
+    std::size_t Position() const {
+        return m_begin;
+    }
+
+private:
+    std::wstring_view m_line;
+    std::size_t m_begin = 0;
+    std::size_t m_position = 0; // behind the token
+};
 
 // Appends the tokens of all lines: what lies between blanks, tabs and line ends. A null character ends its line.
 void SplitOutput(const std::wstring& text, std::vector<std::wstring>& tokens);

@@ -1,7 +1,5 @@
 #include "platform/CaptureFile.h"
 
-#include <algorithm>
-#include <cstring>
 #include <fcntl.h>
 #include <io.h>
 #include <share.h>
@@ -30,23 +28,26 @@ bool TextFileReader::Fill() {
     return m_size > 0;
 }
 
-bool TextFileReader::ReadLine(std::wstring& line) {
-    line.clear();
+bool TextFileReader::ReadLine() {
+    m_length = 0;
     bool any = false;
-    while (m_position < m_size || Fill()) {
+    bool ended = false;
+    while (!ended && (m_position < m_size || Fill())) {
         any = true;
-        const unsigned char* const begin = m_bytes + m_position;
-        const unsigned char* const end = m_bytes + m_size;
-        const void* const found = std::memchr(begin, '\n', static_cast<std::size_t>(end - begin));
-        const unsigned char* const lineEnd = found ? static_cast<const unsigned char*>(found) : end;
-        const std::size_t length = line.size();
-        line.resize(length + static_cast<std::size_t>(lineEnd - begin));
-        std::copy(begin, lineEnd, line.begin() + static_cast<std::ptrdiff_t>(length));
-        m_position = static_cast<std::size_t>(lineEnd - m_bytes);
-        if (found) {
-            ++m_position;
-            break;
+        const std::size_t most = m_length + m_size - m_position;
+        if (m_line.size() <= most) {
+            m_line.resize(most + 1); // with the terminator
         }
+        const unsigned char* byte = m_bytes + m_position;
+        const unsigned char* const end = m_bytes + m_size;
+        wchar_t* character = &m_line[m_length];
+        while (byte != end && *byte != '\n') {
+            *character++ = *byte++;
+        }
+        *character = L'\0';
+        m_length = static_cast<std::size_t>(character - m_line.data());
+        ended = byte != end;
+        m_position = static_cast<std::size_t>(byte - m_bytes) + (ended ? 1 : 0);
     }
     return any;
 }

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace clus {
 
@@ -41,8 +42,13 @@ public:
     // The file's size in bytes; 0 when it cannot be told.
     std::size_t Size() const;
 
-    // The next line without its end. False behind the last one; a read error ends the text.
-    bool ReadLine(std::wstring& line);
+    // Goes to the next line. False behind the last one; a read error ends the text.
+    bool ReadLine();
+
+    // The line without its end, and with a terminator behind it. It stays until the next one is read.
+    std::wstring_view Line() const {
+        return std::wstring_view(m_line.data(), m_length);
+    }
 
 private:
     bool Fill();
@@ -50,6 +56,8 @@ private:
     int m_file;
     std::size_t m_position = 0;
     std::size_t m_size = 0;
+    std::wstring m_line; // never shrinks
+    std::size_t m_length = 0;
     unsigned char m_bytes[4096];
 };
 

@@ -8,30 +8,32 @@
 #include "platform/Log.h"
 #include "platform/RegistryKey.h"
 #include "settings/ProductSettings.h"
+#include "veritas/ToolRun.h"
 
 CLUS_LOG_PLACE(VeritasCluster, 3);
 
 using clus::AppendNew;
 using clus::DefaultProductRegistryKey;
 using clus::EqualNoCase;
+using clus::NameColumn;
 using clus::RegistryKey;
 using clus::TextOf;
-using clus::UniqueNames;
 using namespace clus::veritas;
 
 namespace {
 
 // Columns of the tools' tables.
-const size_t ListColumns = 2; // name, system
 const size_t DependencyColumns = 3;
 const size_t StateColumns = 4;
 
-// The names of a list, each once.
-void AppendFirstColumn(std::vector<std::wstring>& tokens, std::vector<std::wstring>& names) {
-    UniqueNames unique(names);
-    for (size_t row = 0; row < tokens.size(); row += ListColumns) {
-        unique.Append(std::move(tokens[row]));
+// Appends the names of a list that are not there yet.
+bool AppendNames(const wchar_t* command, const std::wstring& conditions, std::vector<std::wstring>& names) {
+    NameColumn found;
+    if (!RunForNames(command, conditions.c_str(), found) || found.IsError()) {
+        return false;
     }
+    found.MoveTo(names);
+    return true;
 }
 
 } // namespace
@@ -47,23 +49,11 @@ bool CVeritasCluster::EnumSystemNames(std::vector<std::wstring>& systems, const 
 }
 
 bool CVeritasCluster::EnumGroupNames(std::vector<std::wstring>& groups, const NameValuePairList* filter) const {
-    const std::wstring conditions = filter ? ConcatNameValuePair_(*filter) : L"";
-    std::vector<std::wstring> tokens;
-    if (!ExecuteVeritasCommand_(L"hagrp -list", conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
-        return false;
-    }
-    AppendFirstColumn(tokens, groups);
-    return true;
+    return AppendNames(L"hagrp -list", filter ? ConcatNameValuePair_(*filter) : L"", groups);
 }
 
 bool CVeritasCluster::EnumResourceNamesW(std::vector<std::wstring>& resources, const NameValuePairList* filter) const {
-    const std::wstring conditions = filter ? ConcatNameValuePair_(*filter) : L"";
-    std::vector<std::wstring> tokens;
-    if (!ExecuteVeritasCommand_(L"hares -list", conditions.c_str(), &tokens, true) || IsResultError(tokens)) {
-        return false;
-    }
-    AppendFirstColumn(tokens, resources);
-    return true;
+    return AppendNames(L"hares -list", filter ? ConcatNameValuePair_(*filter) : L"", resources);
 }
 
 bool CVeritasCluster::EnumResDependencies(const wchar_t* resource, std::vector<std::wstring>& parents,

@@ -1,4 +1,6 @@
 // Running a VCS tool: its command line, its output captured, read, logged and split.
+#include "veritas/ToolRun.h"
+
 #include "clus_VeritasCluster.h"
 
 #include "core/TextEraser.h"
@@ -16,6 +18,7 @@ CLUS_LOG_PLACE(VeritasCluster, 2);
 
 using clus::FileDeleter;
 using clus::LastErrorKeeper;
+using clus::NameColumn;
 using clus::RunTool;
 using clus::TextEraser;
 using clus::TextFileReader;
@@ -35,14 +38,45 @@ struct CommandLine {
     const TextEraser eraser;
 };
 
-} // namespace
+// What is wanted of a tool's output; either may be null.
+struct Output {
+    std::wstring* text; // gets each line, ended by a line feed
+    NameColumn* names;  // gets the lines
+};
 
-CVeritasCluster& CVeritasCluster::operator=(const CVeritasCluster&) {
-    return *this;
+bool ReadOutput(const wchar_t* fileName, const Output& output) {
+    TextFileReader file(fileName);
+    if (!file) {
+        return false;
+    }
+    if (output.text) {
+        // A large output is not kept twice while the text grows.
+        output.text->reserve(output.text->size() + file.Size() + 1);
+    }
+    while (file.ReadLine()) {
+        if (output.names) {
+            output.names->AddLine(file.Line());
+        }
+        if (output.text) {
+            *output.text += file.Line();
+            *output.text += L'\n';
+        }
+    }
+    return true;
 }
 
-bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
-                                             bool logDetails) const {
+void LogOutput(const wchar_t* fileName) {
+    TextFileReader file(fileName);
+    if (!file) {
+        return;
+    }
+    while (file.ReadLine()) {
+        LOG_INFO(L"Result: %s", file.Line().data());
+    }
+}
+
+// Runs a tool and reads what it printed.
+bool Run(const wchar_t* command, const wchar_t* arguments, Output output, bool logDetails) {
     LOG_ENTER(L"CVeritasCluster::ExecuteVeritasCommand_");
     wchar_t fileName[MAX_PATH] = {};
     if (GetTempFileNameW(L".", L"ha-", 0, fileName) == 0) {
@@ -67,17 +101,34 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar
     ToolProcess process;
     const bool started = RunTool(commandLine.text, fileName, process);
     const LastErrorKeeper keeper; // the only word on why it could not be started
-    const bool succeeded = started && Read_(fileName, text);
+    const bool isReported = IsToolRunReported();
+    std::wstring reportedText;
+    if (isReported && !output.text) {
+        output.text = &reportedText;
+    }
+    const bool succeeded = started && ReadOutput(fileName, output);
     if (logDetails) {
-        DumpResult_(fileName);
+        LogOutput(fileName);
     } else {
         LOG_INFO(L"Result: ***");
     }
-    if (IsToolRunReported()) {
+    if (isReported) {
         // Composed again: starting the tool may have changed the text.
-        ReportToolRun(command, CommandLine(command, arguments).text, !logDetails, process, succeeded ? &text : nullptr);
+        ReportToolRun(command, CommandLine(command, arguments).text, !logDetails, process,
+                      succeeded ? output.text : nullptr);
     }
     return succeeded;
+}
+
+} // namespace
+
+CVeritasCluster& CVeritasCluster::operator=(const CVeritasCluster&) {
+    return *this;
+}
+
+bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments, std::wstring& text,
+                                             bool logDetails) const {
+    return Run(command, arguments, {&text, nullptr}, logDetails);
 }
 
 bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, const wchar_t* arguments,
@@ -94,17 +145,7 @@ bool CVeritasCluster::ExecuteVeritasCommand_(const wchar_t* command, bool logDet
 }
 
 bool CVeritasCluster::Read_(const wchar_t* fileName, std::wstring& text) const {
-    TextFileReader file(fileName);
-    if (!file) {
-        return false;
-    }
-    text.reserve(text.size() + file.Size() + 1); // a large output is not kept twice while the text grows
-    std::wstring line;
-    while (file.ReadLine(line)) {
-        text += line;
-        text += L'\n';
-    }
-    return true;
+    return ReadOutput(fileName, {&text, nullptr});
 }
 
 bool CVeritasCluster::Parse_(const std::wstring& text, std::vector<std::wstring>& tokens) const {
@@ -113,14 +154,7 @@ bool CVeritasCluster::Parse_(const std::wstring& text, std::vector<std::wstring>
 }
 
 void CVeritasCluster::DumpResult_(const wchar_t* fileName) const {
-    TextFileReader file(fileName);
-    if (!file) {
-        return;
-    }
-    std::wstring line;
-    while (file.ReadLine(line)) {
-        LOG_INFO(L"Result: %s", line.c_str());
-    }
+    LogOutput(fileName);
 }
 
 bool CVeritasCluster::IsResultError(const wchar_t* text) const {
@@ -142,3 +176,11 @@ bool CVeritasCluster::SwitchToReadWriteMode() const {
 bool CVeritasCluster::SwitchToReadOnlyMode() const {
     return ExecuteVeritasCommand_(L"haconf -dump -makero", true);
 }
+
+namespace clus::veritas {
+
+bool RunForNames(const wchar_t* command, const wchar_t* arguments, NameColumn& names) {
+    return Run(command, arguments, {nullptr, &names}, true);
+}
+
+} // namespace clus::veritas

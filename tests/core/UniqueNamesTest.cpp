@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -38,6 +39,18 @@ TEST(UniqueNames, LetterCaseCounts) {
 
 TEST(UniqueNames, TheEmptyNameIsAName) {
     EXPECT_EQ(Appended({}, {L"", L"", L"a"}), (Names{L"", L"a"}));
+}
+
+TEST(UniqueNames, APartOfALongerTextIsANameLikeAnother) {
+    Names names = {L"a"};
+    UniqueNames unique(names);
+    const std::wstring row = L"b a b ab";
+    for (const std::size_t at : {0u, 2u, 4u}) {
+        unique.Append(std::wstring_view(row).substr(at, 1));
+    }
+    unique.Append(std::wstring_view(row).substr(6, 2));
+    unique.Append(std::wstring(L"b"));
+    EXPECT_EQ(names, (Names{L"a", L"b", L"ab"}));
 }
 
 TEST(UniqueNames, GrowthOfTheListLosesNothing) {

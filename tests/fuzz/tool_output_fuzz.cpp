@@ -2,8 +2,10 @@
 // value with their definitions acted out literally: line by line, through a buffer of 512 characters.
 #include "FuzzInput.h"
 
+#include "core/NameColumn.h"
 #include "core/ToolOutput.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cwchar>
 #include <cwctype>
@@ -127,6 +129,27 @@ void CheckErrorRules(const std::wstring& text) {
     FUZZ_CHECK(clus::IsErrorList(tokens) == ListIsError(tokens));
 }
 
+// A list of names, taken line by line: the first of every two tokens, each once, behind those that were there.
+void CheckNameColumn(const Tokens& lines, const Tokens& tokens) {
+    clus::NameColumn column;
+    for (const std::wstring& line : lines) {
+        column.AddLine(line);
+    }
+    FUZZ_CHECK(column.IsError() == ListIsError(tokens));
+    if (column.IsError()) {
+        return;
+    }
+    Tokens expected = {L"a", L"a"};
+    for (std::size_t i = 0; i < tokens.size(); i += 2) {
+        if (std::find(expected.begin(), expected.end(), tokens[i]) == expected.end()) {
+            expected.push_back(tokens[i]);
+        }
+    }
+    Tokens names = {L"a", L"a"};
+    column.MoveTo(names);
+    FUZZ_CHECK(names == expected);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -142,6 +165,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     FUZZ_CHECK(tokens == expected);
 
     CheckErrorRules(text);
+    CheckNameColumn(lines, Split(text));
     for (const std::wstring& line : lines) {
         CheckErrorRules(line);
     }

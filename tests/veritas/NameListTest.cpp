@@ -150,4 +150,55 @@ TEST_P(VeritasNameList, LongListsAreCompleteAndInOrder) {
     EXPECT_EQ(Found(output), expected);
 }
 
+TEST_P(VeritasNameList, KeepsItsNamesAndNotTheOutput) {
+    std::string output;
+    for (int i = 0; i < 20000; ++i) {
+        output += i % 2 ? "EVS1\t\tNODE1\r\n" : "EVS2\t\tNODE1\r\n";
+    }
+    tools.AnswerNext(output);
+    Names names;
+    Heap().StartOperation();
+    EXPECT_TRUE(Enumerate(names));
+    Heap().EndOperation();
+    EXPECT_EQ(names, (Names{L"EVS2", L"EVS1"}));
+    EXPECT_LT(Heap().PeakBytes(), output.size() / 4);
+    Forget();
+}
+
+TEST_P(VeritasNameList, AFunctionThatIsToldGetsTheWholeOutputBesides) {
+    std::wstring told;
+    SetVeritasToolRunCallback(
+        [](const CVeritasToolRun& run, void* context) {
+            static_cast<std::wstring*>(context)->assign(run.output, run.cchOutput);
+        },
+        &told);
+    EXPECT_EQ(Found("A NODE1\r\n\r\nA NODE2\r\nB  NODE1"), (Names{L"A", L"B"}));
+    EXPECT_EQ(told, L"A NODE1\n\nA NODE2\nB  NODE1\n");
+    SetVeritasToolRunCallback(nullptr, nullptr);
+}
+
+TEST_P(VeritasNameList, AFunctionThatThrowsLeavesTheListAlone) {
+    struct Enough {};
+    SetVeritasToolRunCallback([](const CVeritasToolRun&, void*) { throw Enough(); }, nullptr);
+    for (const Names& before : {Names(), Names{L"OLD"}}) {
+        Names names = before;
+        tools.AnswerNext("A NODE1\nB NODE1\n");
+        EXPECT_THROW(Enumerate(names), Enough);
+        EXPECT_EQ(names, before);
+    }
+    SetVeritasToolRunCallback(nullptr, nullptr);
+}
+
+TEST_P(VeritasNameList, LinesOfAnyLengthFollowOneAnother) {
+    // Lengths around that of what is read at once, 4,096 bytes, and a line across several of them.
+    std::string output;
+    Names expected;
+    for (const std::size_t length : {4090u, 3u, 4095u, 1u, 4096u, 9000u, 2u}) {
+        const std::string name = "n" + std::to_string(expected.size());
+        output += name + " " + std::string(length, 'x') + "\r\n";
+        expected.push_back(Utf16(name));
+    }
+    EXPECT_EQ(Found(output), expected);
+}
+
 } // namespace
