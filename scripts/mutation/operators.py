@@ -8,6 +8,8 @@ KEYWORDS = {"if", "for", "while", "switch", "return", "sizeof", "catch", "declty
 COMPARISONS = {"==": "!=", "!=": "==", "<": "<=", "<=": "<", ">": ">=", ">=": ">"}
 LEVELS = {"LOG_INFO": "LOG_WARNING", "LOG_WARNING": "LOG_ERROR", "LOG_ERROR": "LOG_WARNING", "LOG_ENTER": "LOG_INFO",
           "LOG_LEAVE": "LOG_INFO"}
+# Objects that only their end is for.
+SCOPED = re.compile(r"const [\w:]*(?:Keeper|Guard|Deleter|Eraser) \w+[;(]")
 # An expression that is a statement, as opposed to a declaration: no blank before what is called or assigned to.
 STATEMENT = re.compile(r"(?:\+\+|--)[\w.>-]+;|\*?[A-Za-z_][\w:]*(?:(?:\.|->)\w+|\[[^\]]*\]|\(\))*(?:\(| = | [-+|&]= |\+\+;|--;)")
 DECLARED = re.compile(r"(?:const )?[\w:]+(?:<.*>)?[*&]* [*&]?\w+(?: = .*)?$", re.DOTALL)
@@ -164,7 +166,7 @@ def statements(source):
         if not before or before[-1] not in ";{}:" or before.endswith("::") or source.indent(start) == 0:
             continue
         returns = re.match(r"return\b", source.code[start:])
-        if not returns and not STATEMENT.match(source.code, start):
+        if not returns and not STATEMENT.match(source.code, start) and not SCOPED.match(source.code, start):
             continue
         end = statement_end(source.code, start)
         if end < 0 or re.search(r"= (?:delete|default);$|^CLUS_", source.code[start:end]):

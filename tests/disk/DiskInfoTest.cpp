@@ -254,6 +254,29 @@ TEST_F(DiskInfo, ANameMayUseItsWholeEntry) {
               (Paths{folder + L"\\", L"G:\\"}));
 }
 
+TEST_F(DiskInfo, WantOfMemoryTakesBackThePathsAppendedBefore) {
+    disk.Load({"F:", "G:"});
+    bool isSecondReached = false;
+    for (unsigned n = 1;; ++n) {
+        Paths paths{L"before"};
+        Heap().FailAllocation(n, FaultMode::Once);
+        Heap().StartOperation();
+        const bool succeeded = disk.letters(disk.GetResourceHandle(), paths);
+        Heap().EndOperation();
+        const bool fired = Heap().Fired();
+        Heap().FailAllocation(0, FaultMode::Once);
+        const std::string log = TakeLog();
+        if (!fired) {
+            EXPECT_EQ(paths, (Paths{L"before", L"F:\\", L"G:\\"}));
+            break;
+        }
+        EXPECT_FALSE(succeeded) << n;
+        EXPECT_EQ(paths, Paths{L"before"}) << n;
+        isSecondReached |= log.find("got device name: G:") != std::string::npos;
+    }
+    EXPECT_TRUE(isSecondReached);
+}
+
 TEST_F(DiskInfo, LinesCarryTheirLevelsAndTheSourceTagOfTheDiskPaths) {
     disk.Load({"F:", "x"});
     Guarded<wchar_t, 8> buffer;

@@ -56,6 +56,10 @@ class Operators(unittest.TestCase):
     def test_declarations_stay(self):
         self.assertEqual(after("int x = f(1);\nconst Owner owner(1);\nLocalBuffer buffer;\nusing a::b;", "statement"), [])
 
+    def test_an_object_that_only_its_end_is_for_is_left_out(self):
+        self.assertEqual(after("const LastErrorKeeper keeper;\nconst clus::CriticalSectionGuard guard(Lock);", "statement"),
+                         [";", ";"])
+
     def test_lines_stay_where_they_are(self):
         text = "void F() {\n    g(1,\n      2);\n    h();\n}\n"
         for mutant in operators.mutants_of("src/File.cpp", text):

@@ -180,6 +180,9 @@ TEST_F(VeritasToolRunReport, ChangesNeitherLogNorCallsNorLastError) {
     tools.FailStart(1, ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(cluster.SwitchToReadWriteMode());
     EXPECT_EQ(GetLastError(), DWORD(ERROR_FILE_NOT_FOUND));
+    Platform().FailCall("GetTempFileNameW", ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(cluster.SwitchToReadWriteMode());
+    EXPECT_EQ(GetLastError(), DWORD(ERROR_ACCESS_DENIED));
 }
 
 TEST_F(VeritasToolRunReport, AFunctionMayTakeItselfAway) {
