@@ -21,6 +21,8 @@ the case's purpose ("# ...") and its setting:
   iis FILE            the web server's configuration on this computer
   debug-log silent    the DebugLog.dll beside clusctl does not hand out its lines
   simulator none      the simulator's DLLs do not lie beside clusctl
+  simulator apart     the simulators lie as an installation has them: in the folder simulator, beside that of clusctl
+  model-file FILE ... these lie in the case's folder, from models/ or examples/; no variable names them
   missing DLL         this DLL does not lie beside clusctl
   replaced DLL OTHER  another one lies there under this name
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
@@ -173,6 +175,11 @@ class Case:
             elif word == "simulator":
                 for library in ("clusapi.dll", "resutils.dll"):
                     (self.own_program_folder() / library).unlink()
+                if value == "apart":
+                    self.set_simulators_apart()
+            elif word == "model-file":
+                for name in value.split():
+                    shutil.copy(find_input(name), self.folder / Path(name).name)
             elif word == "missing":
                 (self.own_program_folder() / value).unlink()
             elif word == "replaced":
@@ -253,6 +260,12 @@ class Case:
                 os.link(file, folder / file.name)
             self.program = folder / "clusctl.exe"
         return folder
+
+    def set_simulators_apart(self):
+        folder = self.folder / "simulator"
+        folder.mkdir()
+        for name in ("clusapi.dll", "resutils.dll", *(f"{tool}.exe" for tool in VCS_TOOLS)):
+            os.link(self.runner.bin / name, folder / name)
 
     def set_web_server(self, text):
         file = self.runner.prefix / "drive_c/windows/system32/inetsrv/config/applicationHost.config"

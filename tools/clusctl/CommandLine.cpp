@@ -116,6 +116,9 @@ CommandLine::CommandLine() : m_app(Description, "clusctl") {
     AddText(m_app, "--log", m_shared.logFile, "FILE",
             "Append the debug log to a file, with time, process and place; see [logs](#logs)")
         .group("Diagnostics");
+    AddText(m_app, "--model", m_shared.model, "PATH",
+            "Ask the simulated cluster of a model instead of the one of this computer; see [models](#models)")
+        .group("Simulation");
     m_app
         .add_flag("--show-tools", m_shared.showsTools,
                   "Name the files of the VCS tools that the `vcs` commands run; see [VCS tools](#vcs-tools)")

@@ -16,6 +16,7 @@ struct SharedOptions {
     bool json = false;
     bool verbose = false;
     std::wstring logFile;
+    std::wstring model;
     bool showsTools = false;
     bool allowsWritableTools = false;
 };

@@ -1,6 +1,7 @@
 #include "Simulation.h"
 
 #include "Failure.h"
+#include "ModelInUse.h"
 #include "ModelSettings.h"
 #include "Text.h"
 #include "VcsToolFiles.h"
@@ -90,7 +91,8 @@ void RequireNamedSimulators(Answering asked) {
     }
 }
 
-Simulation::Simulation(Answering asked) : m_asked(asked), m_file(common::EnvironmentVariable(Variable())) {
+Simulation::Simulation(Answering asked)
+    : m_asked(asked), m_file(NamedModel().empty() ? common::EnvironmentVariable(Variable()) : NamedModel()) {
 }
 
 bool Simulation::HasAnswered(bool hasRunTools) const {

@@ -22,7 +22,7 @@ public:
     // `hasRunTools`: whether any VCS tool has run.
     bool HasAnswered(bool hasRunTools) const;
 
-    // The file that the environment names, as it names it; empty for none.
+    // The file that --model names, or the environment, as it stands there; empty for none.
     const std::wstring& File() const {
         return m_file;
     }

@@ -7,6 +7,7 @@
 #include "HostCommands.h"
 #include "Interruption.h"
 #include "LogCapture.h"
+#include "ModelInUse.h"
 #include "ModelSettings.h"
 #include "Password.h"
 #include "ProductResourceCommands.h"
@@ -189,6 +190,9 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
 
 ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
     const SharedOptions& shared = commandLine.Shared();
+    if (!shared.model.empty()) {
+        UseModel(shared.model, commandLine.Asked());
+    }
     LoadLibraries();
     RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
