@@ -15,8 +15,9 @@ using common::ToUtf8;
 namespace {
 
 std::size_t Members(const Model& model) {
-    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(),
-                                                  [](const Node& node) { return node.status != Node::Status::Down; }));
+    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(), [](const Node& node) {
+        return node.status == Node::Status::Up || node.status == Node::Status::Paused;
+    }));
 }
 
 // Whether those that are up may run the cluster.
@@ -88,7 +89,7 @@ void Engine::NodeGoesDown(Node& node) {
 }
 
 void Engine::NodeComesUp(Node& node) {
-    if (node.status != Node::Status::Down) {
+    if (node.status != Node::Status::Down && node.status != Node::Status::Joining) {
         return;
     }
     const bool wasRunning = HasQuorum(m_model);
