@@ -44,6 +44,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   interrupt-at N,N .. the same at each of these runs, each time afresh; prints one line each
   interrupt-call HOW CALL ..  the same in a call of the cluster, written as in a fault: "AddClusterResourceDependency#2"
   interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each
+  search TEXT FAULT . runs "clusctl ..." and holds it up in the run of a VCS tool that FAULT names ("haconf@-dump*#1"); prints where the
+                      text is found: on command lines, in environments, files, and in the memory of clusctl
   afresh              the configuration of VCS, and the model, are those of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
@@ -72,6 +74,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 import interrupted  # noqa: E402
 import schemas  # noqa: E402
+import secret  # noqa: E402
 import telling  # noqa: E402
 
 HERE = Path(__file__).resolve().parent
@@ -386,6 +389,8 @@ class Case:
         if verb == "interrupt-calls":
             program = arguments.index("clusctl")
             return interrupted.in_each_call(self, arguments[:program], arguments[program + 1:], variables)
+        if verb == "search":
+            return secret.search(self, arguments[0], arguments[1], arguments[3:], variables)
         if verb == "afresh":
             for name, copy in ((self.configuration, self.copy_configuration), (self.model, self.copy_model)):
                 if name is not None:

@@ -1,18 +1,26 @@
 #include "Password.h"
 
+#include "Failure.h"
 #include "Interruption.h"
-#include "Report.h"
 #include "Stream.h"
 #include "Text.h"
 
-#include "common/Environment.h"
-#include "common/Text.h"
+#include <cstring>
+#include <cwchar>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+
+#include <winsock2.h>
+#include <windows.h>
 
 namespace {
 
 const wchar_t Variable[] = L"CLUSCTL_PASSWORD";
+const char NarrowVariable[] = "CLUSCTL_PASSWORD";
 const char ByteOrderMark[] = "\xEF\xBB\xBF";
-const size_t Longest = 1024;
+const std::size_t Longest = 1024;
+const std::size_t Room = Longest + 2; // a line end that is not its own
 
 [[noreturn]] void ThrowTooLong() {
     throw Failure("the password is longer than " + std::to_string(Longest) + " characters");
@@ -37,93 +45,178 @@ private:
 };
 
 // What the environment held.
-std::wstring& Taken() {
-    static std::wstring password;
+Password& Taken() {
+    static Password password;
     return password;
 }
 
-std::wstring FromConsole(HANDLE console) {
+// In a C run-time's own copy of the environment. The variable stays, without its value.
+template <typename Char> void EraseValue(Char** environment, const Char* variable, std::size_t length) {
+    for (; environment != nullptr && *environment != nullptr; ++environment) {
+        Char* const entry = *environment;
+        if (std::char_traits<Char>::compare(entry, variable, length) == 0 && entry[length] == Char('=')) {
+            Char* const value = entry + length + 1;
+            SecureZeroMemory(value, std::char_traits<Char>::length(value) * sizeof(Char));
+        }
+    }
+}
+
+// Of the environments that the C run-times of this process hold: the one in force, and that of the program's start.
+// There may be another run-time than this program's own, for libraries of the system.
+template <typename Char>
+void EraseValues(std::initializer_list<const char*> variables, const char* function, const Char* variable,
+                 std::size_t length) {
+    const HMODULE older = GetModuleHandleW(L"msvcrt.dll");
+    for (const char* name : variables) {
+        const auto environment = older == nullptr
+                                     ? nullptr
+                                     : reinterpret_cast<Char***>(reinterpret_cast<void*>(GetProcAddress(older, name)));
+        if (environment != nullptr) {
+            EraseValue(*environment, variable, length);
+        }
+    }
+    const HMODULE newer = GetModuleHandleW(L"ucrtbase.dll");
+    const auto find = newer == nullptr
+                          ? nullptr
+                          : reinterpret_cast<Char*** (*)()>(reinterpret_cast<void*>(GetProcAddress(newer, function)));
+    if (find != nullptr) {
+        EraseValue(*find(), variable, length);
+    }
+}
+
+Password FromConsole(HANDLE console) {
     const Stream errors(STD_ERROR_HANDLE);
     errors.Write("Password: ");
-    std::wstring text;
+    Password password(Room);
     {
         const EchoOff echoOff(console);
         wchar_t c = L'\0';
         DWORD count = 0;
-        while (text.size() <= Longest && ReadConsoleW(console, &c, 1, &count, nullptr) && count == 1 && c != L'\n') {
-            text += c;
+        while (password.Size() < Room && ReadConsoleW(console, &c, 1, &count, nullptr) && count == 1 && c != L'\n') {
+            password.Append(c);
         }
     }
     errors.Write("\n");
-    return text;
+    return password;
 }
 
-std::wstring FromPipe(HANDLE input) {
-    std::string bytes;
+// The bytes of a line, and nothing of them left at its end.
+struct Line {
+    ~Line() {
+        SecureZeroMemory(bytes, sizeof(bytes));
+    }
+
+    char bytes[4 * Longest + 1] = {};
+    std::size_t size = 0;
+};
+
+Password FromPipe(HANDLE input) {
+    Line line;
     char c = '\0';
     DWORD count = 0;
-    while (bytes.size() <= 4 * Longest && ReadFile(input, &c, 1, &count, nullptr) && count == 1 && c != '\n') {
-        bytes += c;
+    while (line.size < sizeof(line.bytes) && ReadFile(input, &c, 1, &count, nullptr) && count == 1 && c != '\n') {
+        line.bytes[line.size++] = c;
     }
-    if (bytes.size() > 4 * Longest) {
+    if (line.size == sizeof(line.bytes)) {
         ThrowTooLong(); // the last character may be cut off
     }
-    if (StartsWith(bytes, ByteOrderMark)) {
-        bytes.erase(0, sizeof(ByteOrderMark) - 1);
+    const std::size_t markSize = sizeof(ByteOrderMark) - 1;
+    const std::size_t skipped = std::memcmp(line.bytes, ByteOrderMark, markSize) == 0 ? markSize : 0;
+    const int bytes = static_cast<int>(line.size - skipped);
+    Password password(line.size);
+    if (bytes == 0) {
+        return password;
     }
-    if (!common::IsUtf8(bytes)) {
+    const int characters = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.bytes + skipped, bytes,
+                                               password.Buffer(), static_cast<int>(password.Room()));
+    if (characters == 0) {
         throw Failure("the password on standard input is no UTF-8 text");
     }
-    return common::ToUtf16(bytes);
+    password.SetSize(static_cast<std::size_t>(characters));
+    return password;
 }
 
 } // namespace
 
+void Password::SetSize(std::size_t size) {
+    m_size = size;
+    m_text[size] = L'\0';
+}
+
+void Password::Append(wchar_t c) {
+    m_text[m_size] = c;
+    SetSize(m_size + 1);
+}
+
+void Password::Forget() {
+    if (!m_text.empty()) {
+        SecureZeroMemory(m_text.data(), m_text.size() * sizeof(wchar_t));
+    }
+    m_size = 0;
+}
+
 void TakePasswordFromEnvironment() {
-    Taken() = common::EnvironmentVariable(Variable);
+    const DWORD room = GetEnvironmentVariableW(Variable, nullptr, 0); // with its terminator
+    if (room == 0) {
+        return;
+    }
+    Taken() = Password(room);
+    Taken().SetSize(GetEnvironmentVariableW(Variable, Taken().Buffer(), room));
+    // A value of the same length takes the other one's place; the one that is removed would stay in the block's memory.
+    SetEnvironmentVariableW(Variable, std::wstring(Taken().Size(), L'*').c_str());
     if (!SetEnvironmentVariableW(Variable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
         throw Failure("cannot take CLUSCTL_PASSWORD out of the environment: " + ErrorText(GetLastError()));
     }
+    EraseValues<wchar_t>({"_wenviron", "__winitenv"}, "__p__wenviron", Variable, std::size(Variable) - 1);
+    EraseValues<char>({"_environ", "__initenv"}, "__p__environ", NarrowVariable, std::size(NarrowVariable) - 1);
 }
 
-std::wstring ReadPassword() {
-    std::wstring text;
-    text.swap(Taken());
-    if (text.empty()) {
+Password ReadPassword() {
+    Password password = std::move(Taken());
+    if (password.Size() == 0) {
         const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
         DWORD mode = 0;
-        text = GetConsoleMode(input, &mode) ? FromConsole(input) : FromPipe(input);
+        password = GetConsoleMode(input, &mode) ? FromConsole(input) : FromPipe(input);
         Interruption::Check(); // what was typed until then is no password
     }
-    while (!text.empty() && (text.back() == L'\r' || text.back() == L'\n')) {
-        text.pop_back();
+    std::size_t size = password.Size();
+    while (size > 0 && (password.Text()[size - 1] == L'\r' || password.Text()[size - 1] == L'\n')) {
+        --size;
     }
-    if (text.empty()) {
+    if (size == 0) {
         throw Failure("no password: it is read from standard input or from the variable CLUSCTL_PASSWORD");
     }
-    if (text.size() > Longest) {
+    if (size > Longest) {
         ThrowTooLong();
     }
-    return text;
+    password.SetSize(size);
+    return password;
 }
 
-std::wstring AsArgument(const std::wstring& text) {
-    if (text.find_first_of(L" \t\"") == std::wstring::npos) {
-        return text;
+Password AsArgument(const Password& password) {
+    const wchar_t* const text = password.Text();
+    const bool isQuoted = std::wcspbrk(text, L" \t\"") != nullptr;
+    Password argument(2 * password.Size() + 2); // each a backslash more, and the quotes
+    if (isQuoted) {
+        argument.Append(L'"');
     }
-    std::wstring result = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t c : text) {
-        if (c == L'"') {
-            result.append(backslashes + 1, L'\\'); // those before a quote count double
+    std::size_t backslashes = 0;
+    const auto doubleBackslashes = [&]() {
+        for (; backslashes > 0; --backslashes) {
+            argument.Append(L'\\');
         }
-        backslashes = c == L'\\' ? backslashes + 1 : 0;
-        result += c;
+    };
+    for (const wchar_t* c = text; *c != L'\0'; ++c) {
+        if (*c == L'"') {
+            doubleBackslashes(); // those before a quote count double
+            argument.Append(L'\\');
+        }
+        backslashes = *c == L'\\' ? backslashes + 1 : 0;
+        argument.Append(*c);
     }
-    return result.append(backslashes, L'\\') + L"\"";
-}
-
-void Forget(std::wstring& text) {
-    SecureZeroMemory(&text[0], text.size() * sizeof(wchar_t));
-    text.clear();
+    if (isQuoted) {
+        doubleBackslashes();
+        argument.Append(L'"');
+    }
+    return argument;
 }

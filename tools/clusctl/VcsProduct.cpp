@@ -35,8 +35,8 @@ const size_t LongestPart = 255; // of a path
 // Everything that is known before the first change.
 struct Plan {
     CVeritasVirtualServerInfo info;
-    VcsNames before; // all resources of the cluster
-    std::wstring password;
+    VcsNames before;   // all resources of the cluster
+    Password password; // as an argument
     bool isAccountGiven = false;
 };
 
@@ -139,7 +139,7 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const 
 }
 
 // Without switching it on: there the library waits for the host service, with the configuration open.
-void CreateSet(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+void CreateSet(const LogCapture& log, const ProductCreateOptions& options, Plan& plan) {
     const Progress progress(log, DescribeProgress(log));
     CVeritasVirtualServerInfo info = plan.info;
     info.bGroupOnline = false;
@@ -147,7 +147,8 @@ void CreateSet(const LogCapture& log, const ProductCreateOptions& options, const
     CVeritasCluster().CreateKOVAResources(info, options.quarantine, options.remoteConfig,
                                           plan.isAccountGiven ? options.accountGroup.c_str() : nullptr,
                                           plan.isAccountGiven ? options.accountUser.c_str() : nullptr,
-                                          plan.isAccountGiven ? plan.password.c_str() : nullptr);
+                                          plan.isAccountGiven ? plan.password.Text() : nullptr);
+    plan.password.Forget();
 }
 
 // As the library does it in a group that is online. A rehearsal has no service to wait for.
@@ -316,7 +317,6 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     Report report;
     try {
         CreateSet(log, options, plan);
-        Forget(plan.password);
         SwitchSetOn(log, options, plan.info);
         report = begun();
         report = OpenConfiguration::Tell(

@@ -117,13 +117,13 @@ Report AddRemoteConfig(const LogCapture& log, const AddOptions& options) {
                                                " has no resource of the host service to depend on: " +
                                                "'clusctl vcs product create' makes it");
     }
-    std::wstring password = AsArgument(ReadPassword());
+    Password password = AsArgument(ReadPassword());
     EncryptForVcs(log, password); // else the library would go on with an empty password
     return AddService(log, info, RemoteConfigService, hosts.front(), options.wait, [&options, &password]() {
         const bool isAdded = CVeritasCluster().CreateRemoteConfigResourceAndTurnItOn(
-            options.networkName.c_str(), options.accountGroup.c_str(), options.accountUser.c_str(), password.c_str(),
+            options.networkName.c_str(), options.accountGroup.c_str(), options.accountUser.c_str(), password.Text(),
             NoWait);
-        Forget(password);
+        password.Forget();
         return isAdded;
     });
 }

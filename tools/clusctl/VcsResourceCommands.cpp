@@ -262,11 +262,7 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
 }
 
 Report Encrypt(const LogCapture& log) {
-    std::wstring password = ReadPassword();
-    std::wstring argument = AsArgument(password);
-    const std::wstring encrypted = EncryptForVcs(log, argument);
-    Forget(password);
-    Forget(argument);
+    const std::wstring encrypted = EncryptForVcs(log, AsArgument(ReadPassword()));
     Report report;
     report.AddSentence("encrypted", encrypted, Printable(encrypted));
     return report;

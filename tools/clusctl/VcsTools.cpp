@@ -248,11 +248,11 @@ FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown)
     return FailureWithReport(failure, report);
 }
 
-std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password) {
+std::wstring EncryptForVcs(const LogCapture& log, const Password& password) {
     const std::string what = "cannot encrypt the password";
     std::wstring encrypted;
     const ToolWatch watch(log);
-    const bool isDone = CVeritasCluster().EncryptVeritasPassword(password.c_str(), encrypted);
+    const bool isDone = CVeritasCluster().EncryptVeritasPassword(password.Text(), encrypted);
     watch.Require(isDone, what);
     // What the tool printed is no part of the log, so its words are all there is to go by.
     if (encrypted.empty() || _wcsicmp(encrypted.c_str(), L"VCS") == 0) {

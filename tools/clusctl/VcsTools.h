@@ -3,6 +3,7 @@
 #define CLUSCTL_VCSTOOLS_H
 
 #include "LogCapture.h"
+#include "Password.h"
 #include "Report.h"
 #include "VcsValues.h"
 
@@ -68,7 +69,7 @@ FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown)
 
 // The form in which VCS keeps a password, which is given as an argument (AsArgument). Throws Failure when there is
 // none.
-std::wstring EncryptForVcs(const LogCapture& log, const std::wstring& password);
+std::wstring EncryptForVcs(const LogCapture& log, const Password& password);
 
 // For a progress line: the tool that runs.
 std::function<std::string()> DescribeProgress(const LogCapture& log);
