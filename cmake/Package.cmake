@@ -15,7 +15,8 @@ install(FILES "${PROJECT_BINARY_DIR}/clusutilConfig.cmake" "${PROJECT_BINARY_DIR
 if(TARGET clusctl)
   install(TARGETS clusctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-foreach(part clussim_clusapi clussim_resutils vcssim_haconf vcssim_hasys vcssim_hagrp vcssim_hares vcssim_vcsencrypt)
+foreach(part clussim_clusapi clussim_resutils vcssim_hacf vcssim_haclus vcssim_haconf vcssim_hagrp vcssim_hares
+    vcssim_hastatus vcssim_hasys vcssim_vcsencrypt vcssim_vcssim)
   if(TARGET ${part})
     install(TARGETS ${part} RUNTIME DESTINATION simulator ARCHIVE DESTINATION simulator)
   endif()

@@ -39,6 +39,8 @@ LAYERS = [
     ("simulator/cluster/ModelStates.h", [], "what a model file calls states"),
     ("simulator/cluster", ["common"], "the cluster API's drop-in simulator"),
     ("simulator/veritas/configuration", [], "the text of a `main.cf`; no platform header, fuzzed natively"),
+    ("simulator/veritas/engine", [],
+     "what a simulated VCS cluster does by itself; no platform header, tested and fuzzed natively"),
     ("simulator/veritas/files", ["common", "simulator/veritas/configuration"], "the files of a simulated VCS cluster"),
     ("simulator/veritas", ["common", "src/core/ToolSecrets.h"],
      "the VCS tools' simulator, whose journal hides what the library takes for a secret"),
@@ -49,7 +51,7 @@ LAYERS = [
      "the administrator's tool, which writes the log's file and model files, and copies the VCS simulator's"),
 ]
 # Of the headers in <> only those of the C++ standard library, which have no extension.
-STANDARD_ONLY = {"src/core", "simulator/veritas/configuration"}
+STANDARD_ONLY = {"src/core", "simulator/veritas/configuration", "simulator/veritas/engine"}
 SUBJECT_PER_FILE = ("src", "common", "simulator", "support", "tools")  # of the public headers the layer is enough
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)

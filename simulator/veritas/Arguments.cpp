@@ -50,16 +50,27 @@ void NoSuchSystem(Output& output, const char* number, const std::string& system)
     output.Simulated(number, "System " + system + " does not exist in the local cluster");
 }
 
+bool CheckWritable(Context& context) {
+    if (!context.cluster.state.writable) {
+        context.output.Warning("11309", "Configuration must be ReadWrite : Use haconf -makerw");
+        return false;
+    }
+    return true;
+}
+
 const char* UsageOf(const std::string& tool) {
     if (tool == "haconf") {
         return "haconf -makerw | -dump [-makero]";
     }
     if (tool == "hasys") {
-        return "hasys -list [CONDITION...] | -state [SYSTEM] | -display [SYSTEM...] [-attribute ATTRIBUTE...]";
+        return "hasys -list [CONDITION...] | -state [SYSTEM] | -display [SYSTEM...] [-attribute ATTRIBUTE...] "
+               "| -freeze [-persistent] [-evacuate] SYSTEM | -unfreeze [-persistent] SYSTEM";
     }
     if (tool == "hagrp") {
         return "hagrp -list [CONDITION...] | -state [GROUP] [-sys SYSTEM] | -display [GROUP...] [-attribute "
-               "ATTRIBUTE...] | -dep [GROUP] | -online GROUP -sys SYSTEM | -offline GROUP -sys SYSTEM";
+               "ATTRIBUTE...] | -dep [GROUP] | -online GROUP -sys SYSTEM | -offline GROUP -sys SYSTEM | -switch GROUP "
+               "-to SYSTEM | -switch GROUP -any | -clear GROUP [-sys SYSTEM] | -freeze GROUP [-persistent] | -unfreeze "
+               "GROUP [-persistent]";
     }
     if (tool == "hares") {
         return "hares -list [CONDITION...] | -display [RESOURCE...] [-attribute ATTRIBUTE...] | -value RESOURCE "
@@ -68,6 +79,20 @@ const char* UsageOf(const std::string& tool) {
                "ATTRIBUTE -delete -keys [-sys SYSTEM] | -link PARENT CHILD | -unlink PARENT CHILD | -delete RESOURCE "
                "| -online RESOURCE -sys SYSTEM | -offline [-ignoreparent] RESOURCE -sys SYSTEM | -clear RESOURCE "
                "[-sys SYSTEM] | -probe RESOURCE -sys SYSTEM";
+    }
+    if (tool == "haclus") {
+        return "haclus -display | -state [CLUSTER] | -value ATTRIBUTE";
+    }
+    if (tool == "hastatus") {
+        return "hastatus -sum | -summary";
+    }
+    if (tool == "hacf") {
+        return "hacf -verify FOLDER";
+    }
+    if (tool == "vcssim") {
+        return "vcssim system-down SYSTEM | system-exit [-evacuate] SYSTEM | system-up SYSTEM | fault RESOURCE SYSTEM "
+               "| "
+               "recover RESOURCE SYSTEM | clock [SECONDS] | wait SECONDS | state | timeline";
     }
     return "vcsencrypt -agent TEXT | -vcs TEXT";
 }

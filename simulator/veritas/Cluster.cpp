@@ -1,5 +1,7 @@
 #include "Cluster.h"
 
+#include "VcsEngine.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -84,6 +86,16 @@ bool Cluster::IsParallel(const CfGroup& group) const {
     return parallel && parallel->value.text != "0";
 }
 
+bool Cluster::IsFrozen(const CfGroup& group) const {
+    const CfAttribute* const frozen = group.block.Find("Frozen", "");
+    return (frozen && frozen->value.text == "1") || state.progress.frozenGroups.count(group.block.name) != 0;
+}
+
+bool Cluster::IsFrozen(const CfBlock& system) const {
+    const CfAttribute* const frozen = system.Find("Frozen", "");
+    return (frozen && frozen->value.text == "1") || state.progress.frozenSystems.count(system.name) != 0;
+}
+
 std::vector<std::string> Cluster::Value(const CfBlock& block, const std::string& attribute, const std::string& system,
                                         const std::vector<std::string>& standard) const {
     const CfAttribute* found = system.empty() ? nullptr : block.Find(attribute, system);
@@ -121,6 +133,9 @@ std::vector<AttributeRow> Cluster::SystemAttribute(const CfBlock& system, const 
         const auto place = std::find(names.begin(), names.end(), system.name) - names.begin();
         return {{system.name, {std::to_string(place)}}};
     }
+    if (attribute == "TFrozen") {
+        return {{system.name, {state.progress.frozenSystems.count(system.name) != 0 ? "1" : "0"}}};
+    }
     const char* const standard = StandardOf(SystemStandards, attribute);
     if (!standard && !system.Has(attribute)) {
         return {};
@@ -135,6 +150,9 @@ std::vector<AttributeRow> Cluster::GroupAttribute(const CfGroup& group, const st
             rows.push_back({system, {"|" + GroupState(group, system) + "|"}});
         }
         return rows;
+    }
+    if (attribute == "TFrozen") {
+        return {{"global", {state.progress.frozenGroups.count(group.block.name) != 0 ? "1" : "0"}}};
     }
     const char* const standard = StandardOf(GroupStandards, attribute);
     if (!standard && !group.block.Has(attribute)) {
@@ -258,16 +276,20 @@ std::string Cluster::GroupState(const CfGroup& group, const std::string& system)
     std::size_t counted = 0;
     std::size_t online = 0;
     bool faulted = false;
+    bool starts = false;
+    bool stops = false;
     for (const CfBlock& resource : group.resources) {
         const std::string resourceState = ResourceState(resource, system);
+        const ResourceStatus::Transition transition = state.progress.TransitionOf(resource.name, system);
+        starts = starts || GoesUp(transition);
+        stops = stops || GoesDown(transition);
         faulted = faulted || resourceState.compare(0, 7, "FAULTED") == 0;
         if (!IsPersistent(resource) && IsFlagSet(group, resource, "Enabled", system)) {
             ++counted;
             online += resourceState.compare(0, 6, "ONLINE") == 0 ? 1 : 0;
         }
     }
-    const char* const text = online == 0 ? "OFFLINE" : online < counted ? "PARTIAL" : "ONLINE";
-    return std::string(text) + (faulted ? "|FAULTED" : "");
+    return GroupStateText(online, counted, starts, stops, faulted);
 }
 
 } // namespace vcssim

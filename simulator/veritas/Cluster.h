@@ -27,6 +27,8 @@ public:
     std::vector<std::string> SystemsOf(const CfGroup& group) const; // of its SystemList
     bool HasSystem(const std::string& system) const;
     bool IsParallel(const CfGroup& group) const;
+    bool IsFrozen(const CfGroup& group) const; // persistently or not
+    bool IsFrozen(const CfBlock& system) const;
 
     // No row: there is no such attribute.
     std::vector<AttributeRow> SystemAttribute(const CfBlock& system, const std::string& attribute) const;

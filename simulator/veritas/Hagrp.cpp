@@ -1,4 +1,4 @@
-// hagrp: the queries, -online, -offline.
+// hagrp: the queries.
 #include "Operations.h"
 #include "Queries.h"
 
@@ -139,42 +139,6 @@ void ShowDependencies(Context& context, Arguments& arguments) {
     context.output.Print(row("#Parent", "Child", "Relationship") + rows);
 }
 
-void Switch(Context& context, const std::string& command, Arguments& arguments) {
-    const std::string name = arguments.Next();
-    std::string system;
-    if (!arguments.TakeValue("-sys", system)) {
-        throw UsageError();
-    }
-    arguments.NeedEnd();
-    const CfGroup* const group = context.cluster.configuration.GroupNamed(name);
-    if (!group) {
-        context.output.Simulated("12130", "Group " + name + " does not exist in the local cluster");
-        return;
-    }
-    if (!CheckSystem(context, *group, system)) {
-        return;
-    }
-    State& state = context.cluster.state;
-    if (command == "-online" && !CheckNotOnlineElsewhere(context, *group, system, false)) {
-        return;
-    }
-    std::set<std::string> seen;
-    for (const CfBlock& resource : group->resources) {
-        if (command == "-online") {
-            if (context.cluster.IsFlagSet(*group, resource, "AutoStart", system)) {
-                BringOnline(context, *group, resource, system, seen);
-            }
-        } else if (!context.cluster.IsPersistent(resource) && !IsFaulted(context.cluster, resource, system)) {
-            state.resources[resource.name][system] = "OFFLINE";
-        }
-    }
-    // From now on the state follows from the resources.
-    const auto given = state.groups.find(name);
-    if (given != state.groups.end()) {
-        given->second.erase(system);
-    }
-}
-
 } // namespace
 
 void RunHagrp(Context& context, Arguments arguments) {
@@ -187,10 +151,8 @@ void RunHagrp(Context& context, Arguments arguments) {
         ShowState(context, arguments);
     } else if (command == "-dep") {
         ShowDependencies(context, arguments);
-    } else if (command == "-online" || command == "-offline") {
-        Switch(context, command, arguments);
     } else {
-        throw UsageError();
+        RunHagrpControl(context, command, arguments);
     }
 }
 

@@ -7,14 +7,6 @@ namespace vcssim {
 
 namespace {
 
-bool CheckWritable(Context& context) {
-    if (!context.cluster.state.writable) {
-        context.output.Warning("11309", "Configuration must be ReadWrite : Use haconf -makerw");
-        return false;
-    }
-    return true;
-}
-
 void Add(Context& context, Arguments& arguments) {
     const std::string name = arguments.Next();
     const std::string type = arguments.Next();

@@ -1,4 +1,5 @@
 // hares: -online, -offline, -clear, -probe.
+#include "ClusterEngine.h"
 #include "Operations.h"
 
 namespace vcssim {
@@ -22,8 +23,22 @@ void Online(Context& context, const Target& target, const std::string& system) {
         context.output.Simulated("99051", "Resource " + target.resource.name + " is not enabled");
         return;
     }
+    ClusterEngine engine(context.cluster, context.output.Switches());
+    const std::size_t group = engine.Group(target.group.block.name);
+    const std::size_t place = engine.System(system);
+    if (!CheckAllowed(context, engine.Control().WhyNotOnline(group, place))) {
+        return;
+    }
     std::set<std::string> seen;
-    BringOnline(context, target.group, target.resource, system, seen);
+    std::vector<std::string> wanted;
+    CollectOnline(context, target.group, target.resource, system, seen, wanted);
+    std::vector<std::size_t> resources;
+    resources.reserve(wanted.size());
+    for (const std::string& name : wanted) {
+        resources.push_back(engine.Resource(group, name));
+    }
+    engine.Control().BringOnline(group, resources, place);
+    engine.Store();
 }
 
 void Offline(Context& context, const Target& target, const std::string& system, bool ignoresParents) {
@@ -40,19 +55,31 @@ void Offline(Context& context, const Target& target, const std::string& system, 
             return;
         }
     }
-    if (!IsFaulted(cluster, target.resource, system)) {
+    ClusterEngine engine(cluster, context.output.Switches());
+    const std::size_t group = engine.Group(target.group.block.name);
+    if (!CheckAllowed(context,
+                      cluster.IsFrozen(target.group) ? "group " + target.group.block.name + " is frozen" : "")) {
+        return;
+    }
+    engine.Control().TakeOffline(group, engine.Resource(group, target.resource.name), engine.System(system));
+    engine.Store();
+    if (!IsFaulted(cluster, target.resource, system) &&
+        cluster.state.progress.TransitionOf(target.resource.name, system) == ResourceStatus::Still) {
         cluster.state.resources[target.resource.name][system] = "OFFLINE";
     }
 }
 
 void Clear(Context& context, const Target& target, const std::vector<std::string>& systems) {
+    ClusterEngine engine(context.cluster, context.output.Switches());
+    const std::size_t group = engine.Group(target.group.block.name);
     bool cleared = false;
     for (const std::string& system : systems) {
         if (IsFaulted(context.cluster, target.resource, system)) {
-            context.cluster.state.resources[target.resource.name][system] = "OFFLINE";
+            engine.Control().Clear(group, engine.Resource(group, target.resource.name), engine.System(system));
             cleared = true;
         }
     }
+    engine.Store();
     if (!cleared) {
         context.output.Warning("10267", "Resource not faulted or group in the process of failing over");
     }

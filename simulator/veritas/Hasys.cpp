@@ -1,4 +1,5 @@
-// hasys: the queries.
+// hasys: the queries, -freeze, -unfreeze.
+#include "ClusterEngine.h"
 #include "Queries.h"
 
 #include <algorithm>
@@ -43,6 +44,50 @@ void List(Context& context, Arguments& arguments) {
     }
 }
 
+const CfBlock& SystemNamed(const Cluster& cluster, const std::string& name) {
+    const std::vector<CfBlock>& systems = cluster.configuration.Systems();
+    return *std::find_if(systems.begin(), systems.end(), [&](const CfBlock& system) { return system.name == name; });
+}
+
+void FreezePersistently(Context& context, const CfBlock& system, bool freezes) {
+    const CfAttribute* const frozen = system.Find("Frozen", "");
+    const bool isFrozen = frozen && frozen->value.text == "1";
+    if (!CheckWritable(context)) {
+        return;
+    }
+    if (freezes != isFrozen) {
+        context.cluster.configuration.SetSystemAttribute(std::string(system.name), "Frozen", freezes ? "1" : "0");
+    } else if (freezes) {
+        context.output.Simulated("99064", "System is already persistently frozen");
+    } else {
+        context.output.Warning("40205", "System is not persistently frozen");
+    }
+}
+
+void Freeze(Context& context, bool freezes, Arguments& arguments) {
+    const bool isPersistent = arguments.TakeFlag("-persistent");
+    const bool evacuates = freezes && arguments.TakeFlag("-evacuate");
+    const std::string name = arguments.Next();
+    arguments.NeedEnd();
+    if (!CheckSystems(context, {name})) {
+        return;
+    }
+    Cluster& cluster = context.cluster;
+    const bool wasFrozen = cluster.IsFrozen(SystemNamed(cluster, name));
+    if (isPersistent) {
+        FreezePersistently(context, SystemNamed(cluster, name), freezes);
+    } else if (freezes) {
+        cluster.state.progress.frozenSystems.insert(name);
+    } else if (cluster.state.progress.frozenSystems.erase(name) == 0) {
+        context.output.Simulated("99065", "System " + name + " is not frozen");
+    }
+    if (context.output.ExitCode() == 0 && (cluster.IsFrozen(SystemNamed(cluster, name)) != wasFrozen || evacuates)) {
+        ClusterEngine engine(cluster, context.output.Switches());
+        engine.Control().FreezeSystem(engine.System(name), freezes, evacuates);
+        engine.Store();
+    }
+}
+
 } // namespace
 
 void RunHasys(Context& context, Arguments arguments) {
@@ -67,6 +112,8 @@ void RunHasys(Context& context, Arguments arguments) {
         } else {
             context.output.Print(systems.front().lookUp("SysState").front().parts.front() + "\n");
         }
+    } else if (command == "-freeze" || command == "-unfreeze") {
+        Freeze(context, command == "-freeze", arguments);
     } else {
         throw UsageError();
     }

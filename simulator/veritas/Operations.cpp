@@ -1,5 +1,6 @@
-// The state of a resource after it is brought online, and whether it may be brought online at all.
 #include "Operations.h"
+
+#include "EngineInput.h"
 
 #include <algorithm>
 
@@ -37,7 +38,10 @@ bool CheckNotOnlineElsewhere(Context& context, const CfGroup& group, const std::
         return true;
     }
     for (const std::string& other : context.cluster.SystemsOf(group)) {
-        if (other == system || context.cluster.GroupState(group, other).compare(0, 7, "OFFLINE") == 0) {
+        const std::string state = context.cluster.GroupState(group, other);
+        const bool isOnItsWay =
+            state.find("|STARTING") != std::string::npos || state.find("|STOPPING") != std::string::npos;
+        if (other == system || (state.compare(0, 7, "OFFLINE") == 0 && !isOnItsWay)) {
             continue;
         }
         if (ofResource) {
@@ -50,18 +54,19 @@ bool CheckNotOnlineElsewhere(Context& context, const CfGroup& group, const std::
     return true;
 }
 
-bool BringOnline(Context& context, const CfGroup& group, const CfBlock& resource, const std::string& system,
-                 std::set<std::string>& seen) {
-    Cluster& cluster = context.cluster;
+bool CollectOnline(Context& context, const CfGroup& group, const CfBlock& resource, const std::string& system,
+                   std::set<std::string>& seen, std::vector<std::string>& wanted) {
+    const Cluster& cluster = context.cluster;
     if (!seen.insert(resource.name).second) {
-        return IsOnline(cluster, resource, system);
+        return IsOnline(cluster, resource, system) ||
+               std::find(wanted.begin(), wanted.end(), resource.name) != wanted.end();
     }
     bool ready = true;
     for (const CfLink& link : group.links) {
         if (link.parent == resource.name) {
             const CfBlock& child = *cluster.configuration.ResourceNamed(link.child);
             // What is not enabled does not count.
-            const bool up = BringOnline(context, group, child, system, seen);
+            const bool up = CollectOnline(context, group, child, system, seen, wanted);
             ready = (up || !cluster.IsFlagSet(group, child, "Enabled", system)) && ready;
         }
     }
@@ -80,11 +85,27 @@ bool BringOnline(Context& context, const CfGroup& group, const CfBlock& resource
         return false;
     }
     if (!IsOnline(cluster, resource, system)) {
-        const auto failing = cluster.state.failing.find(resource.name);
-        const bool fails = failing != cluster.state.failing.end() && failing->second.count(system) != 0;
-        cluster.state.resources[resource.name][system] = fails ? "FAULTED" : "ONLINE";
+        wanted.push_back(resource.name);
     }
-    return IsOnline(cluster, resource, system);
+    return true;
+}
+
+bool CheckAllowed(Context& context, const std::string& why) {
+    if (why.empty()) {
+        return true;
+    }
+    std::string sentence = why;
+    sentence[0] = static_cast<char>(sentence[0] >= 'a' && sentence[0] <= 'z' ? sentence[0] - 'a' + 'A' : sentence[0]);
+    context.output.Simulated("99060", sentence);
+    return false;
+}
+
+bool CheckSimulated(Context& context, const CfGroup& group) {
+    const std::string what = WhyNotSimulated(context.cluster, group);
+    if (!what.empty()) {
+        context.output.Simulated("99061", "Not simulated: " + what);
+    }
+    return what.empty();
 }
 
 } // namespace vcssim

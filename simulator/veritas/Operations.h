@@ -1,4 +1,4 @@
-// Bringing resources online.
+// Requests to the engine, and what the tools check before them.
 #ifndef VCSSIM_OPERATIONS_H
 #define VCSSIM_OPERATIONS_H
 
@@ -6,6 +6,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 namespace vcssim {
 
@@ -14,10 +15,17 @@ namespace vcssim {
 bool CheckSystem(Context& context, const CfGroup& group, const std::string& system);
 bool CheckNotOnlineElsewhere(Context& context, const CfGroup& group, const std::string& system, bool ofResource);
 
-// What the resource requires goes first. What is faulted gives a notice, and what requires it is left alone. `seen`
+// Which resources the resource needs to go online, in their order, itself included: appended to `wanted`. What is
+// faulted gives a notice, and what requires it is left out; the answer is whether the resource will be online. `seen`
 // holds the resources that have been looked at.
-bool BringOnline(Context& context, const CfGroup& group, const CfBlock& resource, const std::string& system,
-                 std::set<std::string>& seen);
+bool CollectOnline(Context& context, const CfGroup& group, const CfBlock& resource, const std::string& system,
+                   std::set<std::string>& seen, std::vector<std::string>& wanted);
+
+// True: `why` is empty. Else prints it; it is a sentence of the engine.
+bool CheckAllowed(Context& context, const std::string& why);
+
+// Whether the engine can say what the group does.
+bool CheckSimulated(Context& context, const CfGroup& group);
 
 bool IsOnline(const Cluster& cluster, const CfBlock& resource, const std::string& system);
 bool IsFaulted(const Cluster& cluster, const CfBlock& resource, const std::string& system);

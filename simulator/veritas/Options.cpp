@@ -27,6 +27,14 @@ Options ParseOptions(const std::string& list) {
             options.lineEnd = entry == "lineend=crlf" ? "\r\n" : entry == "lineend=lf" ? "\n" : "\r";
         } else if (entry == "engine=down" || entry == "engine=up") {
             options.engineIsUp = entry == "engine=up";
+        } else if (entry == "summary=full" || entry == "summary=known") {
+            options.shortSummary = entry == "summary=known";
+        } else if (entry == "cluster-state=table" || entry == "cluster-state=bare") {
+            options.bareClusterState = entry == "cluster-state=bare";
+        } else if (entry == "unfreeze=acts" || entry == "unfreeze=waits") {
+            options.actsOnUnfreeze = entry == "unfreeze=acts";
+        } else if (entry == "slow-offline=fault" || entry == "slow-offline=stuck") {
+            options.faultsSlowOffline = entry == "slow-offline=fault";
         } else {
             throw std::invalid_argument("VCSSIM_OPTIONS: there is no switch '" + entry + "'");
         }

@@ -7,12 +7,16 @@
 namespace vcssim {
 
 struct Options {
-    bool warnsOfNoMatch = false;  // no-match=warning|nothing
-    bool blanksInLists = false;   // separator=blanks|tabs
-    bool bareEmptyValues = false; // empty=bare|padded
-    bool encryptPrompts = false;  // encrypt=prompt|bare
-    std::string lineEnd = "\r\n"; // lineend=crlf|lf|cr
-    bool engineIsUp = true;       // engine=up|down
+    bool warnsOfNoMatch = false;   // no-match=warning|nothing
+    bool blanksInLists = false;    // separator=blanks|tabs
+    bool bareEmptyValues = false;  // empty=bare|padded
+    bool encryptPrompts = false;   // encrypt=prompt|bare
+    std::string lineEnd = "\r\n";  // lineend=crlf|lf|cr
+    bool engineIsUp = true;        // engine=up|down
+    bool shortSummary = false;     // summary=known|full
+    bool bareClusterState = false; // cluster-state=bare|table
+    bool actsOnUnfreeze = true;    // unfreeze=acts|waits
+    bool faultsSlowOffline = true; // slow-offline=fault|stuck
 };
 
 struct Environment {

@@ -29,6 +29,11 @@ void Output::Simulated(const char* number, const std::string& text) {
     Warning(number, "(simulated) " + text);
 }
 
+void Output::Error(const char* number, const std::string& text) {
+    Add(true, std::string("VCS ERROR V-16-1-") + number + " (simulated) " + text + "\n");
+    m_exitCode = 1;
+}
+
 void Output::EngineDown() {
     Add(false, "VCS ERROR V-16-1-10600 Cannot connect to VCS engine\n");
     m_exitCode = 1;

@@ -25,6 +25,7 @@ public:
     // The messages of the tools. A warning or an error makes the exit code 1.
     void Notice(const char* number, const std::string& text);
     void Warning(const char* number, const std::string& text);
+    void Error(const char* number, const std::string& text);
     void EngineDown();
     // Where the real text is not known: marked as made up.
     void Simulated(const char* number, const std::string& text);

@@ -1,5 +1,6 @@
 #include "Run.h"
 
+#include "ClusterEngine.h"
 #include "Secrets.h"
 #include "ToolFaults.h"
 #include "ToolTurn.h"
@@ -23,6 +24,7 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
     const ToolTurn turn(files);
     Store store(files);
     Cluster cluster = store.Load();
+    LetTimePass(cluster, output.Switches());
     Context context = {cluster, store, output};
     if (tool == "haconf") {
         RunHaconf(context, arguments);
@@ -32,6 +34,12 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
         RunHagrp(context, arguments);
     } else if (tool == "hares") {
         RunHares(context, arguments);
+    } else if (tool == "haclus") {
+        RunHaclus(context, arguments);
+    } else if (tool == "hastatus") {
+        RunHastatus(context, arguments);
+    } else if (tool == "vcssim") {
+        RunVcssim(context, arguments);
     } else {
         throw StoreError("there is no tool '" + tool + "'");
     }
@@ -122,7 +130,9 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
     try {
         if (!arguments.empty() && arguments.front() == "-help") {
             output.Print(std::string("usage: ") + UsageOf(tool) + "\n");
-        } else if (!environment.options.engineIsUp) {
+        } else if (tool == "hacf") {
+            RunHacf(output, Arguments(arguments));
+        } else if (!environment.options.engineIsUp && tool != "vcssim") {
             output.EngineDown();
         } else if (tool == "vcsencrypt") {
             RunVcsencrypt(output, Arguments(arguments));

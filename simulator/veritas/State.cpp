@@ -1,5 +1,7 @@
 #include "State.h"
 
+#include "ProgressJson.h"
+
 #include "common/Json.h"
 
 namespace vcssim {
@@ -68,7 +70,7 @@ void ReadMember(const std::string& name, const Json& value, State& state) {
             }
             state.systems[system.key()] = system.value().get<std::string>();
         }
-    } else {
+    } else if (!ReadProgressMember(name, value, state.progress)) {
         throw StateError("there is no member '" + name + "'");
     }
 }
@@ -79,6 +81,8 @@ void State::Forget(const std::string& resource) {
     resources.erase(resource);
     probed.erase(resource);
     failing.erase(resource);
+    progress.transitions.erase(resource);
+    progress.restarts.erase(resource);
 }
 
 State ReadState(const std::string& json) {
@@ -105,6 +109,7 @@ std::string WriteState(const State& state) {
     root["resources"] = state.resources;
     root["probed"] = state.probed;
     root["failing"] = state.failing;
+    WriteProgress(state.progress, root);
     return common::DumpJson(root);
 }
 

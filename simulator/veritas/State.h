@@ -2,6 +2,8 @@
 #ifndef VCSSIM_STATE_H
 #define VCSSIM_STATE_H
 
+#include "Progress.h"
+
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -24,6 +26,7 @@ struct State {
     std::map<std::string, std::string> systems; // other than RUNNING
     Marks probed;
     Marks failing; // going online ends in FAULTED
+    Progress progress;
 
     void Forget(const std::string& resource);
 };

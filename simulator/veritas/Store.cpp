@@ -37,9 +37,7 @@ void Store::ReadTypes(Cluster& cluster) const {
     }
 }
 
-Cluster Store::Load() {
-    Cluster cluster;
-    const std::wstring path = m_files.Running();
+void Store::ReadConfiguration(Cluster& cluster, const std::wstring& path) {
     m_loadedText = ReadWholeFile(path);
     try {
         cluster.configuration = CfDocument(m_loadedText);
@@ -47,6 +45,17 @@ Cluster Store::Load() {
         Malformed(path, error);
     }
     ReadTypes(cluster);
+}
+
+Cluster Store::LoadWritten() {
+    Cluster cluster;
+    ReadConfiguration(cluster, m_files.MainCf());
+    return cluster;
+}
+
+Cluster Store::Load() {
+    Cluster cluster;
+    ReadConfiguration(cluster, m_files.Running());
     const std::wstring statePath = m_files.State();
     if (FileExists(statePath)) {
         try {

@@ -25,6 +25,8 @@ public:
 
     // Throws StoreError too.
     Cluster Load();
+    // The main.cf itself, without what was not dumped and without states. Nothing is to be saved then.
+    Cluster LoadWritten();
 
     // Never touches the main.cf. The running configuration is replaced first, then the state, each of them whole or not
     // at all, but not both at once: when the second fails, on a full disk for one, the new configuration stays with the
@@ -36,6 +38,7 @@ public:
     void Dump(const Cluster& cluster);
 
 private:
+    void ReadConfiguration(Cluster& cluster, const std::wstring& path);
     void ReadTypes(Cluster& cluster) const;
 
     ClusterFiles m_files;

@@ -53,7 +53,14 @@ void RunHaconf(Context& context, Arguments arguments);
 void RunHasys(Context& context, Arguments arguments);
 void RunHagrp(Context& context, Arguments arguments);
 void RunHares(Context& context, Arguments arguments);
+void RunHaclus(Context& context, Arguments arguments);
+void RunHastatus(Context& context, Arguments arguments);
+void RunHacf(Output& output, Arguments arguments);
+void RunVcssim(Context& context, Arguments arguments); // no VCS tool: what happens to the cluster
 void RunVcsencrypt(Output& output, Arguments arguments);
+
+// The part of hagrp that changes something.
+void RunHagrpControl(Context& context, const std::string& command, Arguments& arguments);
 
 // The parts of hares. The queries answer false to a command that they do not know.
 bool RunHaresQuery(Context& context, const std::string& command, Arguments& arguments);
@@ -63,6 +70,7 @@ void RunHaresControl(Context& context, const std::string& command, Arguments& ar
 // Messages that more than one command gives.
 void NoSuchResource(Output& output, const std::string& resource);
 void NoSuchSystem(Output& output, const char* number, const std::string& system);
+bool CheckWritable(Context& context); // false after a message
 
 const char* UsageOf(const std::string& tool);
 

@@ -164,8 +164,9 @@ private:
         }
         if (!isStatic) {
             type.attributes[name] = attribute;
-        } else if (name == "Operations") {
-            type.persistent = !attribute.standard.empty() && attribute.standard.front() == "None";
+        } else if (attribute.standard.size() == 1) {
+            type.statics[name] = attribute.standard.front();
+            type.persistent = type.persistent || (name == "Operations" && attribute.standard.front() == "None");
         }
     }
 

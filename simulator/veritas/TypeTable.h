@@ -22,8 +22,9 @@ struct AttributeType {
 
 struct ResourceType {
     std::map<std::string, AttributeType> attributes;
-    bool persistent = false; // never brought online or offline: always there, like a network card
-    bool complete = false;   // has no other attributes than these
+    std::map<std::string, std::string> statics; // attributes of the type itself that hold one value
+    bool persistent = false;                    // never brought online or offline: always there, like a network card
+    bool complete = false;                      // has no other attributes than these
 };
 
 class TypeTable {

@@ -2,6 +2,7 @@
 // files stay readable, and the journal does not show what vcsencrypt was given.
 #include "FuzzInput.h"
 
+#include "ClusterEngine.h"
 #include "Process.h"
 #include "Secrets.h"
 #include "Tools.h"
@@ -45,7 +46,8 @@ group H (
 requires group G online local firm
 )";
 
-const char States[] = R"({"mode": "rw", "systems": {"N2": "EXITED"}, "resources": {"I": {"N1": "ONLINE"}}})";
+const char States[] = R"({"mode": "rw", "systems": {"N2": "EXITED"}, "resources": {"I": {"N1": "ONLINE"}}, "clock": 5,
+    "times": {"*": {"online": 10, "offline": 5}}})";
 
 void Run(Context& context, const std::string& tool, const Arguments& arguments) {
     if (tool == "haconf") {
@@ -54,6 +56,12 @@ void Run(Context& context, const std::string& tool, const Arguments& arguments) 
         RunHasys(context, arguments);
     } else if (tool == "hagrp") {
         RunHagrp(context, arguments);
+    } else if (tool == "haclus") {
+        RunHaclus(context, arguments);
+    } else if (tool == "hastatus") {
+        RunHastatus(context, arguments);
+    } else if (tool == "vcssim") {
+        RunVcssim(context, arguments);
     } else if (tool == "vcsencrypt") {
         RunVcsencrypt(context.output, arguments);
     } else {
@@ -97,6 +105,7 @@ void RunLine(const std::string& line) {
     try {
         Store store{ClusterFiles(MainCf)};
         Cluster cluster = store.Load();
+        LetTimePass(cluster, output.Switches());
         Context context = {cluster, store, output};
         Run(context, tool, Arguments(arguments));
         store.Save(cluster);

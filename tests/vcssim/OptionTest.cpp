@@ -22,6 +22,12 @@ TEST_F(ToolOptions, AreReadFromAList) {
     EXPECT_EQ(options.lineEnd, "\r");
     EXPECT_FALSE(options.engineIsUp);
     EXPECT_EQ(vcssim::ParseOptions("lineend=cr,lineend=lf,engine=down,engine=up").lineEnd, "\n");
+    EXPECT_FALSE(standard.shortSummary || standard.bareClusterState);
+    EXPECT_TRUE(standard.actsOnUnfreeze && standard.faultsSlowOffline);
+    const vcssim::Options others =
+        vcssim::ParseOptions("summary=known,cluster-state=bare,unfreeze=waits,slow-offline=stuck");
+    EXPECT_TRUE(others.shortSummary && others.bareClusterState);
+    EXPECT_FALSE(others.actsOnUnfreeze || others.faultsSlowOffline);
     EXPECT_THROW(vcssim::ParseOptions("colour=red"), std::invalid_argument);
 }
 
@@ -35,7 +41,8 @@ TEST_F(ToolOptions, EndLinesAsAsked) {
 TEST_F(ToolOptions, TakeTheEngineDownForEveryTool) {
     m_environment.options.engineIsUp = false;
     const std::vector<std::pair<const char*, const char*>> runs = {
-        {"haconf", "-makerw"}, {"hasys", "-list"}, {"hagrp", "-list"}, {"hares", "-list"}, {"vcsencrypt", "-agent x"}};
+        {"haconf", "-makerw"}, {"hasys", "-list"},   {"hagrp", "-list"},        {"hares", "-list"},
+        {"haclus", "-state"},  {"hastatus", "-sum"}, {"vcsencrypt", "-agent x"}};
     for (const auto& run : runs) {
         EXPECT_EQ(Run(run.first, run.second), "VCS ERROR V-16-1-10600 Cannot connect to VCS engine\n");
         EXPECT_EQ(m_exitCode, 1);

@@ -209,7 +209,22 @@ void CfDocument::RemoveLink(const std::string& parent, const std::string& child)
 
 void CfDocument::SetAttribute(const std::string& resource, const std::string& attribute, const std::string& system,
                               const std::string& written) {
-    const CfBlock& block = *ResourceNamed(resource);
+    SetIn(*ResourceNamed(resource), attribute, system, written);
+}
+
+void CfDocument::SetGroupAttribute(const std::string& group, const std::string& attribute, const std::string& written) {
+    SetIn(GroupNamed(group)->block, attribute, "", written);
+}
+
+void CfDocument::SetSystemAttribute(const std::string& system, const std::string& attribute,
+                                    const std::string& written) {
+    const auto found = std::find_if(m_systems.begin(), m_systems.end(),
+                                    [&](const CfBlock& candidate) { return candidate.name == system; });
+    SetIn(*found, attribute, "", written);
+}
+
+void CfDocument::SetIn(const CfBlock& block, const std::string& attribute, const std::string& system,
+                       const std::string& written) {
     if (const CfAttribute* existing = block.Find(attribute, system)) {
         Replace(existing->value.span, written);
         return;
@@ -224,6 +239,11 @@ void CfDocument::SetAttribute(const std::string& resource, const std::string& at
         }
     }
     const std::string lineEnd = LineEnd();
+    if (block.close == 0) { // a system without a body
+        const std::size_t end = block.span.end;
+        Take(m_text.substr(0, end) + " (" + lineEnd + indent + line + lineEnd + indent + ")" + m_text.substr(end));
+        return;
+    }
     if (!BeginsItsLine(block.close)) {
         Take(m_text.substr(0, block.close) + lineEnd + indent + line + lineEnd + indent + m_text.substr(block.close));
         return;

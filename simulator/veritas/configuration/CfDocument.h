@@ -100,10 +100,14 @@ public:
     void SetAttribute(const std::string& resource, const std::string& attribute, const std::string& system,
                       const std::string& written);
     void RemoveAttribute(const std::string& resource, const std::string& attribute); // of all systems
+    void SetGroupAttribute(const std::string& group, const std::string& attribute, const std::string& written);
+    void SetSystemAttribute(const std::string& system, const std::string& attribute, const std::string& written);
 
 private:
     friend class CfReader;
 
+    void SetIn(const CfBlock& block, const std::string& attribute, const std::string& system,
+               const std::string& written);
     std::string LineEnd() const;
     std::string IndentAt(std::size_t position) const;
     bool BeginsItsLine(std::size_t position) const;
