@@ -110,7 +110,8 @@ void MeasureNamesOnStubs(Report& report, Scale scale) {
         };
         const auto calls = [&cluster]() { CallsOfNamesByType(cluster.Names()); };
         const auto list = [&expected]() {
-            const std::list<std::wstring> names(expected);
+            std::list<std::wstring> names;
+            names.insert(names.end(), expected.begin(), expected.end());
             Require(names.size() == expected.size(), "a list of another length");
         };
         Require(NamesByType() == expected, "the library and the best loop find other names");

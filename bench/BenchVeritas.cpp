@@ -88,7 +88,8 @@ void MeasureList(Report& report, std::size_t rows, double& last, double& lastOfL
                       Require(count == rows * ListColumns, "wcstok finds another number of tokens");
                   }},
                  {"list", [&]() {
-                      const std::vector<std::wstring> names(expected);
+                      std::vector<std::wstring> names;
+                      names.insert(names.end(), expected.begin(), expected.end());
                       Require(names.size() == expected.size(), "a list of another length");
                   }}});
     const auto goal = [rows](double value) { return rows >= GoalRows ? value : 0; };
