@@ -1,10 +1,10 @@
 #include "ModelSettings.h"
 
 #include "Failure.h"
+#include "Simulation.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
-#include "common/Environment.h"
 #include "common/Text.h"
 
 #include <clus_VirtualServerUtil.h>
@@ -71,7 +71,7 @@ Json ReadFromSimulator() {
         api == nullptr
             ? nullptr
             : reinterpret_cast<ReadFunction>(reinterpret_cast<void*>(GetProcAddress(api, "ClusSimReadSettings")));
-    const std::wstring file = common::EnvironmentVariable(L"CLUSSIM_FILE");
+    const std::wstring file = Simulation(Answering::FailoverCluster).File();
     if (read == nullptr || file.empty() || GetFileAttributesW(file.c_str()) == INVALID_FILE_ATTRIBUTES) {
         return Json();
     }
