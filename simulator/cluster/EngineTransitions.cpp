@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace clussim {
 
