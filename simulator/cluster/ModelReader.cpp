@@ -19,6 +19,9 @@ using common::ToUtf8;
 
 namespace {
 
+// What follows from it later still is a time.
+const std::uint64_t LatestTime = INT64_MAX / 2; // clock milliseconds
+
 [[noreturn]] void Fail(const std::string& place, const std::string& what) {
     throw JsonError(place, what);
 }
@@ -251,7 +254,7 @@ private:
         Group group;
         group.name = Name(reader);
         group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
-        if (IsAway(*group.owner) && !m_model.behaviour.downNodesOwnGroups && IsAnyNodeUp()) {
+        if (IsAway(*group.owner) && !m_model.behaviour.downNodesOwnGroups && m_model.running && IsAnyNodeUp()) {
             Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is " + StatusName(group.owner->status) +
                                        " and owns no group");
         }
@@ -283,13 +286,13 @@ private:
     }
 
     static std::int64_t Time(ObjectReader& reader, const char* member) {
-        return static_cast<std::int64_t>(reader.NumberOr(member, 0, INT64_MAX));
+        return static_cast<std::int64_t>(reader.NumberOr(member, 0, LatestTime));
     }
 
     static std::vector<std::int64_t> Times(ObjectReader& reader, const char* member) {
         std::vector<std::int64_t> times;
         reader.Each(member, [&](const Json& item, const std::string& place) {
-            if (!item.is_number_unsigned() || item.get<std::uint64_t>() > INT64_MAX) {
+            if (!item.is_number_unsigned() || item.get<std::uint64_t>() > LatestTime) {
                 Fail(place, "a time is expected");
             }
             times.push_back(item.get<std::int64_t>());
