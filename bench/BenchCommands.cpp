@@ -2,20 +2,23 @@
 
 #include "BareSupport.h"
 #include "BenchCluster.h"
+#include "Measurement.h"
 #include "PrivateFolder.h"
+#include "ThreadClock.h"
 #include "ToolRuns.h"
 
 #include "ClusSimControl.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
+#include <numeric>
+#include <vector>
 
 namespace bench {
 
 namespace {
 
 const int Rounds = 15;
+const int StartRounds = 41;                // a start is short, and the neighbours' work falls on few of them
 const wchar_t ModelFile[] = L"model.json"; // in the current directory
 
 double Milliseconds(const FILETIME& kernel, const FILETIME& user) {
@@ -33,8 +36,13 @@ double ProcessorTime(HANDLE thread) {
     return Milliseconds(kernel, user);
 }
 
-// Runs a program without its output; the processor time it took, in milliseconds.
-double TimeOfRun(const std::wstring& commandLine) {
+struct RunTime { // milliseconds
+    double processor;
+    double wall;
+};
+
+// Runs a program without its output.
+RunTime TimeOfRun(const std::wstring& commandLine) {
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
     HANDLE nothing =
         CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, OPEN_EXISTING, 0, nullptr);
@@ -46,12 +54,14 @@ double TimeOfRun(const std::wstring& commandLine) {
     startup.hStdError = nothing;
     PROCESS_INFORMATION process = {};
     std::wstring line = commandLine;
+    const double begin = WallSeconds();
     Require(CreateProcessW(nullptr, &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process),
             "CreateProcessW");
     WaitForSingleObject(process.hProcess, INFINITE);
+    const double wall = (WallSeconds() - begin) * 1e3;
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
-    const double time = ProcessorTime(process.hThread);
+    const RunTime time = {ProcessorTime(process.hThread), wall};
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     CloseHandle(nothing);
@@ -59,40 +69,57 @@ double TimeOfRun(const std::wstring& commandLine) {
     return time;
 }
 
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+std::wstring Clusctl(const std::wstring& arguments) {
+    return L"\"" + BenchFolder() + L"clusctl.exe\" " + arguments;
 }
 
-void MeasureCommand(const std::wstring& command, std::size_t resources) {
-    const std::wstring clusctl = L"\"" + BenchFolder() + L"clusctl.exe\" " + command;
-    const std::wstring bare = L"\"" + BenchFolder() + L"clusutil_bench.exe\" bare " + command;
-    std::vector<double> clusctlTimes, bareTimes;
-    for (int round = 0; round < Rounds; ++round) {
-        clusctlTimes.push_back(TimeOfRun(clusctl));
-        bareTimes.push_back(TimeOfRun(bare));
+void MeasureStart(Report& report) {
+    report.Begin(
+        "Start of clusctl",
+        "\"clusctl --version\" as a process, in turns with a program that prints two lines. Times on the wall.",
+        "starts");
+    std::vector<double> clusctl, program, ratios;
+    for (int round = 0; round < StartRounds; ++round) {
+        clusctl.push_back(TimeOfRun(Clusctl(L"--version")).wall);
+        program.push_back(TimeOfRun(L"\"" + BenchToolPath() + L"\"").wall);
+        ratios.push_back(clusctl.back() / program.back());
     }
-    const double clusctlTime = Median(clusctlTimes);
-    const double bareTime = Median(bareTimes);
-    std::printf("%6u resources: %-9ls clusctl %7.1f ms, bare %7.1f ms, ratio %.2f%s\n",
-                static_cast<unsigned>(resources), command.c_str(), clusctlTime, bareTime, clusctlTime / bareTime,
-                resources == 10000 ? " (target 1.50 at most)" : "");
+    report.Add({0, "clusctl --version, median", Median(clusctl), "ms"});
+    report.Add({0, "small program, median", Median(program), "ms"});
+    report.Add({0, "clusctl / small program, median of pairs", Median(ratios), "x", 1.3});
+}
+
+// The clock of another process ticks every 10 ms: of short runs only the mean says something.
+double Mean(const std::vector<double>& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
+}
+
+void MeasureCommand(Report& report, const std::string& command, double goal, std::size_t resources) {
+    const std::wstring name(command.begin(), command.end());
+    std::vector<double> clusctl, bare;
+    for (int round = 0; round < Rounds; ++round) {
+        clusctl.push_back(TimeOfRun(Clusctl(name)).processor);
+        bare.push_back(TimeOfRun(L"\"" + BenchFolder() + L"clusutil_bench.exe\" bare " + name).processor);
+    }
+    const bool hasGoal = resources == 10000; // where the start of a process does not matter
+    report.Add({resources, "clusctl " + command, Mean(clusctl), "ms", hasGoal ? goal : 0});
+    report.Add({resources, command + " / bare calls", Mean(clusctl) / Mean(bare), "x", hasGoal ? 1.5 : 0});
 }
 
 // A call on a model file that does not change.
-void MeasureCall(std::size_t resources) {
+void MeasureCall(Report& report, std::size_t resources) {
     const int calls = 100000;
     ClusSimReset(); // reads the file with the next call
     HCLUSTER cluster = OpenCluster(nullptr);
     Require(cluster != nullptr, "OpenCluster");
     HRESOURCE resource = OpenResource(cluster, L"Disk 0");
-    const double before = ProcessorTime(GetCurrentThread());
+    const double before = ThreadSeconds();
     for (int i = 0; i < calls; ++i) {
         Require(GetClusterResourceState(resource, nullptr, nullptr, nullptr, nullptr) == ClusterResourceOnline,
                 "GetClusterResourceState");
     }
-    const double after = ProcessorTime(GetCurrentThread());
-    std::printf("%6u resources: %.2f us per call\n", static_cast<unsigned>(resources), (after - before) * 1e3 / calls);
+    const double after = ThreadSeconds();
+    report.Add({resources, "GetClusterResourceState", (after - before) * 1e6 / calls, "us", 2});
     CloseClusterResource(resource);
     CloseCluster(cluster);
     ClusSimReset();
@@ -109,25 +136,30 @@ void WriteModelFile(std::size_t resources) {
 
 } // namespace
 
-void MeasureCommands() {
+void MeasureCommands(Report& report, Scale scale) {
     const ClusteredRegistry registry;
     const harness::PrivateFolder folder;
+    MeasureStart(report);
     SetEnvironmentVariableW(L"CLUSSIM_FILE", ModelFile);
-    std::printf("\nclusctl on a model file: processor time of a process's first thread, medians of %d rounds in turns "
-                "with one that "
-                "makes the needed cluster calls alone\n",
-                Rounds);
-    const std::size_t sizes[] = {100, 1000, 10000};
-    for (const wchar_t* command : {L"servers", L"groups", L"resources", L"snapshot"}) {
-        for (const std::size_t size : sizes) {
-            WriteModelFile(size);
-            MeasureCommand(command, size);
+    const struct {
+        const char* name;
+        double goal; // milliseconds for 10,000 resources; 0: none
+    } commands[] = {{"servers", 500}, {"groups", 0}, {"resources", 0}, {"snapshot", 2000}};
+    report.Begin("Commands of clusctl",
+                 "On a model file, in turns with a process that makes the needed cluster calls alone. Processor times "
+                 "of the processes' first threads, means of the rounds.",
+                 "resources");
+    for (const std::size_t size : ResourceCounts(scale)) {
+        WriteModelFile(size);
+        for (const auto& command : commands) {
+            MeasureCommand(report, command.name, command.goal, size);
         }
     }
-    std::printf("\nGetClusterResourceState on a model file that does not change, processor time\n");
-    for (const std::size_t size : sizes) {
+    report.Begin("A call on a model file that does not change", "GetClusterResourceState, again and again.",
+                 "resources");
+    for (const std::size_t size : ResourceCounts(scale)) {
         WriteModelFile(size);
-        MeasureCall(size);
+        MeasureCall(report, size);
     }
     SetEnvironmentVariableW(L"CLUSSIM_FILE", nullptr);
     DeleteFileW(ModelFile);

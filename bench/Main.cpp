@@ -86,7 +86,7 @@ void Run(const Options& options) {
         bench::MeasureLoading(report);
     }
     if (options.Has("clusctl")) {
-        bench::MeasureCommands();
+        bench::MeasureCommands(report, options.scale);
     }
     if (!options.jsonFile.empty()) {
         Write(options.jsonFile, common::DumpJson(report.Document()));
