@@ -27,6 +27,8 @@ bool IsUp(const Node& node) {
     return node.status == Node::Status::Up;
 }
 
+namespace {
+
 std::vector<Node*> NodesInOrder(Model& model, const Group& group) {
     std::vector<Node*> nodes = group.preferredOwners;
     for (Node& node : model.nodes) {
@@ -36,6 +38,8 @@ std::vector<Node*> NodesInOrder(Model& model, const Group& group) {
     }
     return nodes;
 }
+
+} // namespace
 
 Node* NextNode(Model& model, const Group& group) {
     std::vector<Node*> nodes = NodesInOrder(model, group);

@@ -16,14 +16,12 @@ bool IsUp(const Node& node);
 // Whether all that shall be online in the group can be so on the node.
 bool MayHost(const Group& group, const Node& node);
 
-// The group's preferred owners, then the other nodes.
-std::vector<Node*> NodesInOrder(Model& model, const Group& group);
-
-// The next in that order behind the owner, from the end to the beginning, that is up and may host the group; or null.
+// In the order of the group's preferred owners, then that of the other nodes: the next behind the owner, from the end
+// to the beginning, that is up and may host the group; or null.
 Node* NextNode(Model& model, const Group& group);
 
-// Where a group goes whose node is lost: the first that may host it, else any that is up, else one that is paused; null
-// when all are down.
+// Where a group goes whose node is lost: the first in that order that may host it, else any that is up, else one that
+// is paused; null when all are down.
 Node* Refuge(Model& model, const Group& group);
 
 } // namespace clussim

@@ -26,23 +26,7 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
     Cluster cluster = store.Load();
     LetTimePass(cluster, output.Switches());
     Context context = {cluster, store, output};
-    if (tool == "haconf") {
-        RunHaconf(context, arguments);
-    } else if (tool == "hasys") {
-        RunHasys(context, arguments);
-    } else if (tool == "hagrp") {
-        RunHagrp(context, arguments);
-    } else if (tool == "hares") {
-        RunHares(context, arguments);
-    } else if (tool == "haclus") {
-        RunHaclus(context, arguments);
-    } else if (tool == "hastatus") {
-        RunHastatus(context, arguments);
-    } else if (tool == "vcssim") {
-        RunVcssim(context, arguments);
-    } else {
-        throw StoreError("there is no tool '" + tool + "'");
-    }
+    RunTool(context, tool, arguments);
     store.Save(cluster);
 }
 

@@ -48,6 +48,9 @@ struct Context {
     Output& output;
 };
 
+// One of the tools below that work on a cluster. Throws StoreError for another name.
+void RunTool(Context& context, const std::string& tool, const Arguments& arguments);
+
 // The first argument is the command: "-list".
 void RunHaconf(Context& context, Arguments arguments);
 void RunHasys(Context& context, Arguments arguments);
