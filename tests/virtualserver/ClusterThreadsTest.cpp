@@ -1,6 +1,6 @@
 // Sessions, enumerations, look-ups and disk paths on many threads at once give what they give on one.
 #include "AtOnce.h"
-#include "ServerFixture.h"
+#include "ThreadedCluster.h"
 
 #include "clus_Cluster.h"
 
@@ -10,22 +10,18 @@ using namespace harness;
 
 namespace {
 
-class ClusterThreads : public ::testing::Test {
+ModelBuilder ServersAndDisk() {
+    ModelBuilder model = ThreeServers();
+    model.Group("Disks", "NODE-A").Disk("Disk", std::vector<std::string>{"F:", "G:"});
+    return model;
+}
+
+class ClusterThreads : public ThreadedCluster {
 protected:
     static const int Threads = 16;
     static const int Rounds = 5;
 
-    ClusterThreads() {
-        ModelBuilder model = ThreeServers();
-        model.Group("Disks", "NODE-A").Disk("Disk", std::vector<std::string>{"F:", "G:"});
-        m_simulator.LoadModel(model.Json());
-        m_registry.SetNumber(ProductKey, L"IsCluster", 1);
-    }
-    ~ClusterThreads() override {
-        for (const char* kind : {"cluster", "resource", "group", "node", "enum"}) {
-            EXPECT_EQ(m_simulator.OpenHandles(kind), 0u) << kind;
-        }
-        EXPECT_EQ(m_simulator.BadHandleCalls(), 0u);
+    ClusterThreads() : ThreadedCluster(ServersAndDisk()) {
     }
 
     // That each of the threads gets what this one got before, time after time. Each has a Util of its own; they are
@@ -45,22 +41,6 @@ protected:
         RunAtOnce(callers);
         EXPECT_EQ(different, 0);
     }
-
-private:
-    Simulator m_simulator;
-    IsolatedRegistry m_registry;
-    LogCounter m_log;
-    ImportPatch<LSTATUS(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY), struct ClusterThreadsKeyTag> m_key{
-        FindImports(LibraryModule(), "advapi32.dll", "RegOpenKeyExW"),
-        [this](HKEY, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) -> LSTATUS {
-            return ::RegOpenKeyExW(m_registry.Root(), path, options, access, key);
-        }};
-    ImportPatch<BOOL(LPWSTR, LPDWORD), struct ClusterThreadsNameTag> m_name{
-        FindImports(LibraryModule(), "kernel32.dll", "GetComputerNameW"), [](LPWSTR text, LPDWORD cch) -> BOOL {
-            lstrcpyW(text, L"NODE-A");
-            *cch = 6;
-            return TRUE;
-        }};
 };
 
 TEST_F(ClusterThreads, ListTheServers) {

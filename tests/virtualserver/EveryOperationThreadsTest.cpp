@@ -1,7 +1,7 @@
 // Every public operation on the cluster on 16 threads at once, each thread with a virtual server of its own: each gets
 // what it gets alone.
 #include "AtOnce.h"
-#include "ServerFixture.h"
+#include "ThreadedCluster.h"
 
 #include "clus_Cluster.h"
 
@@ -236,52 +236,35 @@ std::string EveryOperation(Util& util, int number) {
     return results.Text();
 }
 
-class EveryOperationAtOnce : public ::testing::Test {
+ModelBuilder OneServerForEach() {
+    ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
+    model.Group("Cluster Group", "NODE-B").NetworkName("Cluster Name", "EXCLUS");
+    for (int number = 0; number < Threads; ++number) {
+        const std::string server = "EVS-" + std::to_string(100 + number);
+        model.Group(server, "NODE-A")
+            .IpAddress(server + " IP", "192.0.2." + std::to_string(number + 1))
+            .NetworkName(server + " Name", server)
+            .DependsOn(server + " IP")
+            .Disk(server + " Disk", "F:")
+            .Resource(server + " SA", AttendantType)
+            .DependsOn(server + " Name")
+            .DependsOn(server + " Disk")
+            .PossibleOwner("NODE-A")
+            .Resource(server + " Store", StoreType)
+            .DependsOn(server + " SA")
+            .Resource(server + " SMTP", SmtpType)
+            .Private("ProtocolInstanceId", 1);
+    }
+    return model;
+}
+
+class EveryOperationAtOnce : public ThreadedCluster {
 protected:
-    EveryOperationAtOnce() {
-        ModelBuilder model = GivenCluster("EXCLUS").Node("NODE-A").Node("NODE-B");
-        model.Group("Cluster Group", "NODE-B").NetworkName("Cluster Name", "EXCLUS");
-        for (int number = 0; number < Threads; ++number) {
-            const std::string server = "EVS-" + std::to_string(100 + number);
-            model.Group(server, "NODE-A")
-                .IpAddress(server + " IP", "192.0.2." + std::to_string(number + 1))
-                .NetworkName(server + " Name", server)
-                .DependsOn(server + " IP")
-                .Disk(server + " Disk", "F:")
-                .Resource(server + " SA", AttendantType)
-                .DependsOn(server + " Name")
-                .DependsOn(server + " Disk")
-                .PossibleOwner("NODE-A")
-                .Resource(server + " Store", StoreType)
-                .DependsOn(server + " SA")
-                .Resource(server + " SMTP", SmtpType)
-                .Private("ProtocolInstanceId", 1);
-        }
-        m_simulator.LoadModel(model.Json());
-        m_registry.SetNumber(ProductKey, L"IsCluster", 1);
+    EveryOperationAtOnce() : ThreadedCluster(OneServerForEach()) {
         m_registry.SetText(ProductKey, L"HomeDir", L"C:\\Product");
     }
-    ~EveryOperationAtOnce() override {
-        for (const char* kind : {"cluster", "resource", "group", "node", "enum"}) {
-            EXPECT_EQ(m_simulator.OpenHandles(kind), 0u) << kind;
-        }
-        EXPECT_EQ(m_simulator.BadHandleCalls(), 0u);
-    }
 
-    Simulator m_simulator;
-    IsolatedRegistry m_registry;
-    LogCounter m_log;
-    ImportPatch<LSTATUS(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY), struct EveryOperationKeyTag> m_key{
-        FindImports(LibraryModule(), "advapi32.dll", "RegOpenKeyExW"),
-        [this](HKEY, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) -> LSTATUS {
-            return ::RegOpenKeyExW(m_registry.Root(), path, options, access, key);
-        }};
-    ImportPatch<BOOL(LPWSTR, LPDWORD), struct EveryOperationNameTag> m_name{
-        FindImports(LibraryModule(), "kernel32.dll", "GetComputerNameW"), [](LPWSTR text, LPDWORD cch) -> BOOL {
-            lstrcpyW(text, L"NODE-A");
-            *cch = 6;
-            return TRUE;
-        }};
+private:
     ImportPatch<void(DWORD), struct EveryOperationSleepTag> m_sleep{
         FindImports(LibraryModule(), "kernel32.dll", "Sleep"), [](DWORD) { ::Sleep(0); }};
 };
