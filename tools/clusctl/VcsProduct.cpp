@@ -254,7 +254,7 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     return records;
 }
 
-// Of a set whose creation was interrupted. A resource is linked last of all.
+// Of a set whose creation was interrupted or failed. A resource is linked last of all.
 Json WhatThereIs(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
     Json records = Json::array();
     for (const Member& member : MembersOf(options, plan.info)) {
@@ -327,14 +327,9 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
             });
         WarnOfWhatIsNotOn(log, options, plan.info, report);
     } catch (const Failure& failure) {
-        if (Interruption::IsPending()) {
-            report = begun();
-            report.AddTable("resources", WhatThereIs(log, options, plan), ProductColumns, std::string());
-            throw FailureWithReport(failure, report);
-        }
-        if (dryRun == nullptr) {
-            throw;
-        }
+        // Only now: what the tools did last belongs to it.
+        report = begun();
+        report.AddTable("resources", WhatThereIs(log, options, plan), ProductColumns, std::string());
         throw FailureWithReport(failure, report);
     }
     return report;
