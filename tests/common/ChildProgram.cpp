@@ -48,6 +48,22 @@ int Count(const wchar_t* path, int count) {
     return 0;
 }
 
+int Write(const wchar_t* wholePath, const wchar_t* linesPath, const wchar_t* tag) {
+    std::string whole;
+    while (whole.size() < WholeFileLength) {
+        whole += common::ToUtf8(tag) + ":";
+    }
+    const std::string line = whole.substr(0, AppendedLineLength) + "\n";
+    const std::wstring suffix = L"." + std::wstring(tag) + L".new";
+    common::AppendFile lines(linesPath);
+    for (;;) {
+        common::WriteWholeFile(wholePath, whole, suffix);
+        if (lines.Append(line) != ERROR_SUCCESS) {
+            return 1;
+        }
+    }
+}
+
 int RunChild(int argc, wchar_t** argv) {
     const std::wstring command(argv[0]);
     if (command == L"append" && argc == 4) {
@@ -55,6 +71,9 @@ int RunChild(int argc, wchar_t** argv) {
     }
     if (command == L"hold" && argc == 3) {
         return Hold(argv[1], argv[2]);
+    }
+    if (command == L"write" && argc == 4) {
+        return Write(argv[1], argv[2], argv[3]);
     }
     if (command == L"count" && argc == 3) {
         return Count(argv[1], _wtoi(argv[2]));
