@@ -44,14 +44,16 @@ LAYERS = [
     ("simulator/veritas/files", ["common", "simulator/veritas/configuration"], "the files of a simulated VCS cluster"),
     ("simulator/veritas", ["common", "src/core/ToolSecrets.h"],
      "the VCS tools' simulator, whose journal hides what the library takes for a secret"),
+    ("tools/clusctl/picture", [],
+     "what a cluster looks like, and how it is drawn; no platform header, tested natively"),
     # The core's rules and formats hold for the administrator's tool too, and need nothing of the platform.
     ("tools/clusctl", ["common", "include", "src/core", "support/DebugLog/DebugLog.h", "support/DebugLog/LogConfig.h",
                        "support/DebugLog/LogLine.h", "simulator/cluster/ModelStates.h", "simulator/veritas/configuration",
-                       "simulator/veritas/files"],
+                       "simulator/veritas/files", "tools/clusctl/picture"],
      "the administrator's tool, which writes the log's file and model files, and copies the VCS simulator's"),
 ]
 # Of the headers in <> only those of the C++ standard library, which have no extension.
-STANDARD_ONLY = {"src/core", "simulator/veritas/configuration", "simulator/veritas/engine"}
+STANDARD_ONLY = {"src/core", "simulator/veritas/configuration", "simulator/veritas/engine", "tools/clusctl/picture"}
 SUBJECT_PER_FILE = ("src", "common", "simulator", "support", "tools")  # of the public headers the layer is enough
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(["<])([^">]+)[">]', re.MULTILINE)

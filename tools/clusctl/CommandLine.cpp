@@ -242,7 +242,17 @@ bool CommandLine::FinishesStep() const {
 }
 
 Answering CommandLine::Asked() const {
+    static const char* const askingEither[] = {
+        "tree",
+    };
+    if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {
+        return m_either;
+    }
     return m_app.got_subcommand(VcsFamily) ? Answering::Vcs : Answering::FailoverCluster;
+}
+
+void CommandLine::Ask(Answering chosen) {
+    m_either = chosen;
 }
 
 CLI::Option& CommandLine::AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,

@@ -89,8 +89,9 @@ public:
     bool Changes() const;
     // Whether the step in progress is finished when the user interrupts it. The others end at once.
     bool FinishesStep() const;
-    // Whom the chosen command asks.
+    // Whom the chosen command asks; one that asks either kind of cluster, whom it was told to.
     Answering Asked() const;
+    void Ask(Answering chosen);
 
 private:
     const CLI::App& Deepest() const;
@@ -99,6 +100,7 @@ private:
     CLI::App m_app;
     SharedOptions m_shared;
     Action m_chosen;
+    Answering m_either = Answering::Either;
     std::function<std::string()> m_told;
 };
 

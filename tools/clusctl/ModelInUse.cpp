@@ -46,6 +46,17 @@ bool IsJson(const std::wstring& file) {
     }
 }
 
+// The file that a model is read from. Throws Failure when there is none.
+std::wstring ModelFile(const std::wstring& named) {
+    const std::wstring path = common::FullPath(named);
+    const std::wstring model = IsFolder(path) ? path + MainCf : path;
+    if (!common::FileExists(model)) {
+        throw Failure(Errors::FileNotFound, "there is no model " + Quoted(named))
+            .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");
+    }
+    return model;
+}
+
 // Where the installation has the simulators, or the build.
 std::wstring SimulatorFolder(const wchar_t* file) {
     const std::wstring program = ProgramFolder();
@@ -70,13 +81,12 @@ void LoadClusterSimulator() {
 
 } // namespace
 
+bool IsModelOfVcs(const std::wstring& file) {
+    return !IsJson(ModelFile(file));
+}
+
 void UseModel(const std::wstring& file, Answering asked) {
-    const std::wstring path = common::FullPath(file);
-    const std::wstring model = IsFolder(path) ? path + MainCf : path;
-    if (!common::FileExists(model)) {
-        throw Failure(Errors::FileNotFound, "there is no model " + Quoted(file))
-            .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");
-    }
+    const std::wstring model = ModelFile(file);
     const bool isVcs = !IsJson(model);
     if (isVcs != (asked == Answering::Vcs)) {
         throw WrongUsage(Quoted(file) + (isVcs ? " is a model of VCS, and this command asks a failover cluster"

@@ -12,6 +12,10 @@
 // installation lacks the simulator.
 void UseModel(const std::wstring& file, Answering asked);
 
+// Whether a model is one of VCS, not of a failover cluster. Throws Failure when there is no such file, or it cannot be
+// read.
+bool IsModelOfVcs(const std::wstring& file);
+
 // As the user has named it; empty without one.
 const std::wstring& NamedModel();
 

@@ -17,9 +17,6 @@
 
 namespace {
 
-const wchar_t ClusterVariable[] = L"CLUSSIM_FILE";
-const wchar_t VcsVariable[] = L"VCSSIM_MAIN_CF";
-
 bool IsClusterSimulated() {
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
     return api != nullptr && GetProcAddress(api, "ClusSimVersion") != nullptr;

@@ -6,8 +6,13 @@
 
 enum class Answering {
     FailoverCluster, // the platform's cluster API, or the simulator in its place
-    Vcs              // the VCS tools on the search path, or the simulator's
+    Vcs,             // the VCS tools on the search path, or the simulator's
+    Either           // whichever of the two there is: ChooseCluster (ClusterInUse.h) decides
 };
+
+// The variables of the environment that name a simulated cluster.
+const wchar_t ClusterVariable[] = L"CLUSSIM_FILE";
+const wchar_t VcsVariable[] = L"VCSSIM_MAIN_CF";
 
 // Throws Failure when a simulated cluster of either kind is named (CLUSSIM_FILE, VCSSIM_MAIN_CF) and its simulator, or
 // that of the cluster which the command asks, is not there: a rehearsal must not touch a real cluster. And when the

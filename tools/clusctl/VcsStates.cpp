@@ -2,6 +2,7 @@
 
 #include "Text.h"
 #include "VcsServers.h"
+#include "VcsTable.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
@@ -17,36 +18,12 @@ const char OnlineWord[] = "online";
 const char PartlyOnlineWord[] = "partly online";
 const char OfflineWord[] = "offline";
 
-bool HasFlag(const std::wstring& state, const wchar_t* flag) {
-    std::wistringstream flags(state);
-    for (std::wstring each; std::getline(flags, each, L'|');) {
-        if (each == flag) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// Without the bars and blanks around it.
-std::wstring Bare(const std::wstring& text) {
-    const size_t begin = text.find_first_not_of(L" \t\r|");
-    return begin == std::wstring::npos ? std::wstring()
-                                       : text.substr(begin, text.find_last_not_of(L" \t\r|") - begin + 1);
-}
-
 // The rows "name State system value" of a table that is about one object.
 SystemStates StatesIn(const std::wstring& table, const std::wstring& name) {
     SystemStates states;
-    std::wistringstream lines(table);
-    for (std::wstring line; std::getline(lines, line);) {
-        std::wistringstream words(line);
-        std::wstring object;
-        std::wstring attribute;
-        SystemState row;
-        if (words >> object >> attribute >> row.system && object == name && attribute == StateAttribute) {
-            std::getline(words, row.state);
-            row.state = Bare(row.state);
-            states.push_back(row);
+    for (const VcsRow& row : ReadVcsTable(table)) {
+        if (row.object == name && row.attribute == StateAttribute) {
+            states.push_back({row.system, row.value});
         }
     }
     return states;
@@ -58,6 +35,22 @@ const SystemState* FindFlag(const SystemStates& states, const wchar_t* flag) {
     return found == states.end() ? nullptr : &*found;
 }
 
+std::string CannotRead(const std::wstring& group) {
+    return "cannot read the state of the group " + Quoted(group);
+}
+
+} // namespace
+
+bool HasFlag(const std::wstring& state, const wchar_t* flag) {
+    std::wistringstream flags(state);
+    for (std::wstring each; std::getline(flags, each, L'|');) {
+        if (each == flag) {
+            return true;
+        }
+    }
+    return false;
+}
+
 GroupState GroupStateOf(const SystemStates& states) {
     if (const SystemState* const online = FindFlag(states, L"ONLINE")) {
         return {OnlineWord, online->system, states};
@@ -67,12 +60,6 @@ GroupState GroupStateOf(const SystemStates& states) {
     }
     return {OfflineWord, std::wstring(), states};
 }
-
-std::string CannotRead(const std::wstring& group) {
-    return "cannot read the state of the group " + Quoted(group);
-}
-
-} // namespace
 
 bool GroupState::IsOnline() const {
     return word == OnlineWord;

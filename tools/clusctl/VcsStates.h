@@ -27,6 +27,12 @@ struct GroupState {
     bool IsPartlyOnline() const;
 };
 
+// Whether one of the parts between the bars of a state is `flag`.
+bool HasFlag(const std::wstring& state, const wchar_t* flag);
+
+// What the states of a group on all systems make together.
+GroupState GroupStateOf(const SystemStates& states);
+
 // All throw Failure when VCS does not tell.
 GroupState ReadGroupState(const LogCapture& log, const std::wstring& group);
 SystemStates ReadResourceStates(const LogCapture& log, const std::wstring& resource);

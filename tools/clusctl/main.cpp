@@ -1,5 +1,6 @@
 // clusctl: the library's own caller for administrators; see docs/clusctl.md.
 #include "ClusterCommands.h"
+#include "ClusterInUse.h"
 #include "CommandLine.h"
 #include "DelayedLibraries.h"
 #include "DiskCommand.h"
@@ -10,6 +11,7 @@
 #include "ModelInUse.h"
 #include "ModelSettings.h"
 #include "Password.h"
+#include "PictureCommands.h"
 #include "ProductResourceCommands.h"
 #include "RunMarker.h"
 #include "ServerCommands.h"
@@ -188,12 +190,22 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
     return report;
 }
 
-ExitCode Execute(const CommandLine& commandLine, const Stream& output, const Stream& errors) {
-    const SharedOptions& shared = commandLine.Shared();
-    if (!shared.model.empty()) {
-        UseModel(shared.model, commandLine.Asked());
+// Decides whom the command asks, and loads what that takes.
+void Prepare(CommandLine& commandLine) {
+    const std::wstring& model = commandLine.Shared().model;
+    if (!model.empty()) {
+        commandLine.Ask(ChooseCluster(commandLine.Asked(), model));
+        UseModel(model, commandLine.Asked());
     }
     LoadLibraries();
+    if (model.empty()) {
+        commandLine.Ask(ChooseCluster(commandLine.Asked(), model));
+    }
+}
+
+ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& errors) {
+    const SharedOptions& shared = commandLine.Shared();
+    Prepare(commandLine);
     RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
@@ -261,6 +273,7 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddProductResourceCommands(commandLine);
     AddSmtpCommands(commandLine);
     AddSnapshotCommand(commandLine);
+    AddPictureCommands(commandLine);
     AddVcsCommands(commandLine);
     AddHelpCommands(commandLine);
 

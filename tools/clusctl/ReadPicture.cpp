@@ -1,0 +1,191 @@
+#include "ReadPicture.h"
+
+#include "ClusterInUse.h"
+#include "ClusterObjects.h"
+#include "Progress.h"
+#include "StateNames.h"
+#include "Text.h"
+
+#include "core/ResourceTypes.h"
+#include "core/ValueList.h"
+
+#include <utility>
+
+using namespace picture;
+
+namespace {
+
+Condition ConditionOf(CLUSTER_GROUP_STATE state) {
+    switch (state) {
+    case ClusterGroupOnline:
+        return Condition::Online;
+    case ClusterGroupPartialOnline:
+        return Condition::Partly;
+    case ClusterGroupPending:
+        return Condition::Pending;
+    case ClusterGroupOffline:
+        return Condition::Offline;
+    case ClusterGroupFailed:
+        return Condition::Failed;
+    default:
+        return Condition::Unknown;
+    }
+}
+
+Condition ConditionOf(CLUSTER_RESOURCE_STATE state) {
+    switch (state) {
+    case ClusterResourceOnline:
+        return Condition::Online;
+    case ClusterResourceInitializing:
+    case ClusterResourcePending:
+    case ClusterResourceOnlinePending:
+    case ClusterResourceOfflinePending:
+        return Condition::Pending;
+    case ClusterResourceOffline:
+        return Condition::Offline;
+    case ClusterResourceFailed:
+        return Condition::Failed;
+    default:
+        return Condition::Unknown;
+    }
+}
+
+Role RoleOf(const std::wstring& type) {
+    return clus::IsProductType(type.c_str())    ? Role::Product
+           : type == clus::InformationStoreType ? Role::Store
+           : type == clus::SystemAttendantType  ? Role::Attendant
+           : type == clus::NetworkNameType      ? Role::NetworkName
+                                                : Role::Other;
+}
+
+// Empty, and said, when the resource does not tell it.
+std::wstring ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
+    std::vector<unsigned char> answer;
+    DWORD code = 0;
+    if (!QueryResource(resource, controlCode, answer, code)) {
+        MarkUnread(report, what, code);
+        return std::wstring();
+    }
+    return clus::TextInBuffer(answer.data(), answer.size(), 0);
+}
+
+Group ReadOneGroup(const CCluster& cluster, const std::wstring& name, Report& report) {
+    Group result;
+    result.name = common::ToUtf8(name);
+    result.state = StateWord(ClusterGroupStateUnknown);
+    const GroupHandle group = OpenGroup(cluster, name);
+    if (!group) {
+        MarkUnread(report, "cannot open the group " + Quoted(name), GetLastError());
+        return result;
+    }
+    std::wstring owner;
+    const CLUSTER_GROUP_STATE state = ReadGroupState(group.get(), owner);
+    if (state == ClusterGroupStateUnknown) {
+        MarkUnread(report, "cannot read the state of the group " + Quoted(name), GetLastError());
+        return result;
+    }
+    result.state = StateWord(state);
+    result.condition = ConditionOf(state);
+    result.node = common::ToUtf8(owner);
+    return result;
+}
+
+void ReadDependencies(HRESOURCE handle, Resource& resource, Report& report) {
+    Names names;
+    const DWORD code = ListRelated(handle, CLUSTER_RESOURCE_ENUM_DEPENDS, names);
+    if (code != ERROR_SUCCESS) {
+        MarkUnread(report, "cannot list the dependencies of " + Quoted(resource.name), code);
+        resource.hasDependenciesRead = false;
+        return;
+    }
+    for (const std::wstring& name : names) {
+        resource.dependsOn.push_back(common::ToUtf8(name));
+    }
+}
+
+Resource ReadOneResource(const CCluster& cluster, const std::wstring& name, Report& report) {
+    Resource result;
+    result.name = common::ToUtf8(name);
+    result.state = StateWord(ClusterResourceStateUnknown);
+    const ResourceHandle handle = OpenResource(cluster, name);
+    if (!handle) {
+        MarkUnread(report, "cannot open the resource " + Quoted(name), GetLastError());
+        result.hasDependenciesRead = false;
+        return result;
+    }
+    const std::wstring type =
+        ReadText(handle.get(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name), report);
+    result.type = common::ToUtf8(type);
+    result.role = RoleOf(type);
+    std::wstring owner;
+    std::wstring group;
+    const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle.get(), owner, group);
+    if (state == ClusterResourceStateUnknown) {
+        MarkUnread(report, "cannot read the state of " + Quoted(name), GetLastError());
+    } else {
+        result.state = StateWord(state);
+        result.condition = ConditionOf(state);
+        result.node = common::ToUtf8(owner);
+        result.group = common::ToUtf8(group);
+    }
+    if (result.role == Role::NetworkName) {
+        result.networkName = common::ToUtf8(ReadText(handle.get(), CLUSCTL_RESOURCE_GET_NETWORK_NAME,
+                                                     "cannot read the network name of " + Quoted(name), report));
+    }
+    ReadDependencies(handle.get(), result, report);
+    return result;
+}
+
+template <typename Object> std::string Stored(const std::vector<Object>& objects, const std::wstring& name) {
+    const std::string exact = common::ToUtf8(name);
+    const std::wstring folded = common::Folded(name);
+    std::string found;
+    for (const Object& object : objects) {
+        if (object.name == exact) {
+            return exact;
+        }
+        if (found.empty() && common::Folded(common::ToUtf16(object.name)) == folded) {
+            found = object.name;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+ClusterPicture ReadFailoverPicture(const LogCapture& log, Report& report) {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    ClusterPicture result;
+    result.kind = Kind::Failover;
+    result.name = common::ToUtf8(ReadClusterName(cluster));
+    for (const Json& record : ReadNodes(cluster, report)) {
+        Node node;
+        node.name = record["name"].get<std::string>();
+        node.state = record["state"].get<std::string>();
+        node.isUp = node.state == StateWord(ClusterNodeUp);
+        result.nodes.push_back(node);
+    }
+    for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
+        result.groups.push_back(ReadOneGroup(cluster, name, report));
+    }
+    const Names names = ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
+    CountedProgress progress(log, "resources", names.size());
+    for (const std::wstring& name : names) {
+        progress.Next();
+        result.resources.push_back(ReadOneResource(cluster, name, report));
+    }
+    return result;
+}
+
+ClusterPicture ReadPicture(const LogCapture& log, Report& report) {
+    return ClusterInUse() == Answering::Vcs ? ReadVcsPicture(log) : ReadFailoverPicture(log, report);
+}
+
+std::string StoredGroup(const ClusterPicture& cluster, const std::wstring& name) {
+    return Stored(cluster.groups, name);
+}
+
+std::string StoredResource(const ClusterPicture& cluster, const std::wstring& name) {
+    return Stored(cluster.resources, name);
+}

@@ -1,0 +1,18 @@
+// The tables that the VCS tools print: an object, an attribute, a system and a value in each line.
+#ifndef CLUSCTL_VCSTABLE_H
+#define CLUSCTL_VCSTABLE_H
+
+#include <string>
+#include <vector>
+
+struct VcsRow {
+    std::wstring object;
+    std::wstring attribute;
+    std::wstring system; // "global" of what holds on all
+    std::wstring value;  // without the blanks and bars around it, inner blanks kept
+};
+
+// All rows but the header, which begins with '#'. Lines of fewer than three words are none.
+std::vector<VcsRow> ReadVcsTable(const std::wstring& output);
+
+#endif

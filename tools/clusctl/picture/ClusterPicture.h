@@ -1,0 +1,96 @@
+// What a cluster of either kind looks like at one moment: nodes, groups and resources with their states, and which of
+// them are the product's. Texts are UTF-8, names as the cluster writes them.
+#ifndef CLUSCTL_PICTURE_CLUSTERPICTURE_H
+#define CLUSCTL_PICTURE_CLUSTERPICTURE_H
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace picture {
+
+enum class Kind {
+    None, // this computer is in no cluster
+    Failover,
+    Vcs
+};
+
+// What a state means, whatever the cluster calls it.
+enum class Condition {
+    Online,
+    Partly, // of a group: some of its resources are online
+    Pending,
+    Offline,
+    Failed,
+    Unknown // it cannot be read, or the cluster itself does not know
+};
+
+// What a resource is to an Exchange virtual server.
+enum class Role {
+    Other,
+    NetworkName, // carries the server's name
+    Attendant,   // Exchange System Attendant
+    Store,       // Exchange Information Store
+    Product      // the product's own: one resource of a failover cluster, several services of VCS
+};
+
+// On VCS: the state of a group or a resource on one system, as VCS shows it: "PARTIAL|FAULTED".
+struct StateOnNode {
+    std::string node;
+    std::string state;
+};
+
+struct Node {
+    std::string name;
+    std::string state; // "up", "paused", ...; of VCS "running", "exited", ...
+    bool isUp = false; // takes part with all its rights: neither paused nor joining
+};
+
+struct Group {
+    std::string name;
+    std::string state;
+    Condition condition = Condition::Unknown;
+    std::string node; // where it is, or of VCS where it is at least partly online; empty: nowhere, or not known
+    std::vector<StateOnNode> states; // of VCS
+};
+
+struct Resource {
+    std::string name;
+    std::string type;  // empty: not known
+    std::string group; // empty: not known
+    std::string state;
+    Condition condition = Condition::Unknown;
+    std::string node;                // as of a group
+    std::vector<StateOnNode> states; // of VCS
+    Role role = Role::Other;
+    std::string networkName; // of a network name: the name that it carries; empty when it is not known
+    std::string service;     // of the product's services on VCS: the Windows service
+    bool hasDependenciesRead = true;
+    std::vector<std::string> dependsOn;
+};
+
+struct ClusterPicture {
+    Kind kind = Kind::None;
+    std::string name; // empty: not known, as of VCS, whose tools do not tell it
+    std::vector<Node> nodes;
+    std::vector<Group> groups;
+    std::vector<Resource> resources; // in the cluster's order
+};
+
+// Null when there is none. Letter case counts.
+const Group* GroupNamed(const ClusterPicture& cluster, const std::string& name);
+const Resource* ResourceNamed(const ClusterPicture& cluster, const std::string& name);
+
+// The resources of a group.
+std::vector<const Resource*> MembersOf(const ClusterPicture& cluster, const std::string& group);
+
+// The names of all that a resource depends on, directly or not, its own left out.
+std::set<std::string> BaseOf(const ClusterPicture& cluster, const Resource& resource);
+
+// The same of all product resources together, the product's own left out: what the product rests on.
+std::set<std::string> BaseOfProduct(const ClusterPicture& cluster);
+
+} // namespace picture
+
+#endif
