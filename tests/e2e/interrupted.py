@@ -7,8 +7,9 @@ HELD_UP = 800 # milliseconds: how long that run, or call, is held up, so that it
 
 
 def once(case, how, number, arguments, variables):
-    """Presses Ctrl+C ("ctrl-c"), twice ("twice"), when the run is over ("later"), or ends clusctl ("kill"). What clusctl says, its exit
-    code, the mode of the configuration and how many temporary files are left."""
+    """Presses Ctrl+C ("ctrl-c"), twice ("twice"), when the run is over ("later"), closes the console ("close"), ends the session
+    ("logoff"), or ends clusctl ("kill"). What clusctl says, its exit code, the mode of the configuration and how many temporary
+    files are left."""
     held = case.folder / "held.json"
     counts = case.folder / "held.json.counts"
     counts.unlink(missing_ok=True)

@@ -10,6 +10,8 @@ const DWORD LongestAwaited = 1000; // milliseconds
 
 // Written by the system's thread that reports the event.
 std::atomic<bool> Pending(false);
+// Whether the events are the command's to take.
+std::atomic<bool> Watching(false);
 // Both of the command's own thread.
 bool IsTold = false;
 int Shields = 0;
@@ -21,6 +23,9 @@ HANDLE Event() {
 }
 
 BOOL WINAPI Note(DWORD kind) {
+    if (!Watching) {
+        return FALSE;
+    }
     const bool isKey = kind == CTRL_C_EVENT || kind == CTRL_BREAK_EVENT;
     if (Pending.exchange(true) && isKey) {
         TerminateProcess(GetCurrentProcess(), ExitInterrupted);
@@ -39,11 +44,13 @@ BOOL WINAPI Note(DWORD kind) {
 
 Interruption::Interruption() {
     Event();
+    Watching = true;
     SetConsoleCtrlHandler(&Note, TRUE);
 }
 
+// The handler stays: to take it away waits for one that is at work, and that of a closed console does not return.
 Interruption::~Interruption() {
-    SetConsoleCtrlHandler(&Note, FALSE);
+    Watching = false;
 }
 
 bool Interruption::IsPending() {
