@@ -52,7 +52,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
-  unchanged A B       fails when A differs from B of models/ or examples/
+  unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   files               lists the case's folder
   left-keys           counts the registry keys of runs on models with settings
 """
@@ -419,7 +419,9 @@ class Case:
             found = [name for name in arguments[1:] if wanted in (self.folder / name).read_bytes().lower()]
             return f"found in {', '.join(found)}\n" if found else "absent\n"
         if verb == "unchanged":
-            same = (self.folder / arguments[0]).read_bytes() == find_input(arguments[1]).read_bytes()
+            other = self.folder / arguments[1]
+            other = other if other.is_file() else find_input(arguments[1])
+            same = (self.folder / arguments[0]).read_bytes() == other.read_bytes()
             return "unchanged\n" if same else "changed\n"
         if verb == "files":
             return "".join(f"{name}\n" for name in sorted(file.name for file in self.folder.iterdir() if file.is_file()))

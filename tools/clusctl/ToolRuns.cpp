@@ -9,6 +9,8 @@ namespace {
 const char CommandMark[] = "Command line: ";
 const char SecretCommand[] = "Command line is ***";
 
+ToolRuns* g_receiver = nullptr;
+
 // One blank between words, none at the ends.
 std::string Tidy(const std::string& text) {
     std::string result;
@@ -36,15 +38,23 @@ std::string FirstLine(const std::wstring& text) {
 
 bool ToolRun::IsQuestion() const {
     const auto has = [this](const char* word) { return command.find(word) != std::string::npos; };
-    return has(" -list") || has(" -display ") || has(" -dep ") || has(" -state ") || StartsWith(command, "vcsencrypt ");
+    return has(" -list") || has(" -display") || has(" -dep") || has(" -state") || StartsWith(command, "vcsencrypt ");
 }
 
 ToolRuns::ToolRuns() {
+    g_receiver = this;
     SetVeritasToolRunCallback(&ToolRuns::Receive, this);
 }
 
 ToolRuns::~ToolRuns() {
     SetVeritasToolRunCallback(nullptr, nullptr);
+    g_receiver = nullptr;
+}
+
+void ToolRuns::Tell(const CVeritasToolRun& run) {
+    if (g_receiver != nullptr) {
+        Receive(run, g_receiver);
+    }
 }
 
 void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {

@@ -35,6 +35,9 @@ public:
     ToolRuns(const ToolRuns&) = delete;
     ToolRuns& operator=(const ToolRuns&) = delete;
 
+    // Takes a run of this program's own like those of the library. Throws Interrupted in the same way.
+    static void Tell(const CVeritasToolRun& run);
+
     size_t Count() const;
     std::vector<ToolRun> Since(size_t first) const;
 

@@ -9,4 +9,5 @@ void AddVcsCommands(CommandLine& commandLine) {
     AddVcsServerCommands(commandLine, family);
     AddVcsResourceCommands(commandLine, family);
     AddVcsProductCommands(commandLine, family);
+    AddVcsSnapshot(commandLine, family);
 }

@@ -13,5 +13,6 @@ void AddVcsQueries(CommandLine& commandLine, CLI::App& family);
 void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family);
 void AddVcsResourceCommands(CommandLine& commandLine, CLI::App& family);
 void AddVcsProductCommands(CommandLine& commandLine, CLI::App& family);
+void AddVcsSnapshot(CommandLine& commandLine, CLI::App& family);
 
 #endif

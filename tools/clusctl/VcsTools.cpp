@@ -47,7 +47,8 @@ bool IsHarmless(const std::string& number) {
         "10364", // writable already
         "10369", // not writable already
         "50031", // no groups
-        "50034", // no dependencies
+        "50034", // no dependencies of resources
+        "50035", // nor of groups
     };
     return std::any_of(std::begin(harmless), std::end(harmless),
                        [&number](const char* candidate) { return number == candidate; });
