@@ -26,6 +26,7 @@ FIRST = (
     ("src/veritas/", ("veritas_test",)),
     ("src/virtualserver/", ("virtualserver_test", "product_test")),
 )
+CORE_TESTS = "tests/core/"
 LINKED = ("bin/clusutil.dll", "bin/core_test.exe")
 COMPILE_SECONDS = 600  # for a machine with much else to do
 # Read once for all of the library's sources, which takes more time than the rest of most.
@@ -50,10 +51,11 @@ class Tree:
     def __init__(self, build, work):
         self.build = build
         self.work = work
-        self.compilations = {}  # source -> arguments, to be run beside a copy of src/
+        # source -> arguments, to be run beside a copy of src/; those of core_test, too, which compile the core's headers
+        self.compilations = {}
         for entry in json.loads((build / "compile_commands.json").read_text()):
             source = os.path.relpath(entry["file"], ROOT)
-            if source.startswith("src/"):
+            if source.startswith(("src/", CORE_TESTS)):
                 self.compilations[source] = self.compilation(source, shlex.split(entry["command"]))
         self.links = [(self.link_command(target), target) for target in LINKED]
         self.archiver = re.search(r'CMAKE_AR:FILEPATH=(.*)', (build / "CMakeCache.txt").read_text()).group(1)
@@ -68,7 +70,8 @@ class Tree:
         # Optimised, so that changes that mean nothing give equal code; -w, since what is unused is no matter.
         kept = [*(part for part in kept if not part.startswith(("-g", "-O"))), "-O2", "-w"]
         headers = [] if "/core/" in source else ["-include", HEADERS]
-        return [*kept, *headers, "-MMD", "-c", source, "-o", Tree.object_of(source)]
+        copied = source if source.startswith("src/") else str(ROOT / source)
+        return [*kept, *headers, "-MMD", "-c", copied, "-o", Tree.object_of(source)]
 
     @staticmethod
     def object_of(source):
@@ -109,7 +112,7 @@ class Tree:
     def link(self, folder, file):
         """Links the folder's objects to clusutil.dll, and core_test when `file` is of the core, which it holds itself. None, or
         what the linker says."""
-        core = [source for source in self.compilations if "/core/" in source]
+        core = [source for source in self.compilations if source.startswith("src/core/")]
         archive = folder / "core.a"
         archive.unlink(missing_ok=True)
         result = run([self.archiver, "qcs", archive, *(folder / self.object_of(source) for source in core)])
@@ -128,7 +131,8 @@ class Tree:
         yield "lib/clusutil_core.a", archive
         yield "--out-implib,lib/libclusutil.dll.a", f"--out-implib,{folder}/libclusutil.dll.a"
         for source in self.compilations:
-            yield f"src/CMakeFiles/clusutil.dir/{source[len('src/'):]}.obj", folder / self.object_of(source)
+            place, target = ("src/", "clusutil") if source.startswith("src/") else (CORE_TESTS, "core_test")
+            yield f"{place}CMakeFiles/{target}.dir/{source[len(place):]}.obj", folder / self.object_of(source)
         for target in LINKED:
             yield f" -o {target} ", f" -o {folder / target} "
 

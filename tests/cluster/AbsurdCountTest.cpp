@@ -109,6 +109,22 @@ TEST_P(AbsurdCount, OfTheClusterNameIsNotAskedForAgain) {
     EXPECT_TRUE(grown.empty());
 }
 
+// 16 MB are the longest answer, the terminator included.
+class LongestName : public AbsurdCount {};
+
+TEST_P(LongestName, IsAskedForAgain) {
+    const auto patch =
+        PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
+            return Answers(cch) ? ERROR_MORE_DATA : ::ClusterEnum(h, i, type, text, cch);
+        });
+    NameList names;
+    EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_EQ(grown, std::vector<SIZE_T>(1, 16 * 1024 * 1024)); // for which there is no memory
+}
+
+INSTANTIATE_TEST_SUITE_P(Counts, LongestName, ::testing::Values(8u * 1024 * 1024 - 1),
+                         ::testing::PrintToStringParamName());
+
 INSTANTIATE_TEST_SUITE_P(Counts, AbsurdCount,
                          ::testing::Values(0x40000000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu, 0xFFFFFFFFu),
                          ::testing::PrintToStringParamName());

@@ -107,6 +107,25 @@ TEST_F(ControlReplies, WhatAResourceTellsOfAndDoesNotWriteIsZero) {
     EXPECT_EQ(TakeLog(), Lines({"E dwSizeCheck != dwSize", "< CCluster::EnumResourceNamesByType()"}));
 }
 
+TEST_F(ControlReplies, WhatTheSecondAnswerDoesNotCountIsZero) {
+    cluster.Load(GivenCluster().Node("NODE-A").Group("G", "NODE-A").IpAddress("1", "10.0.0.1"));
+    DWORD calls = 0;
+    const auto control =
+        PatchImport(clusapi, ClusterResourceControl,
+                    [&](HRESOURCE, HNODE, DWORD, LPVOID, DWORD, LPVOID out, DWORD, LPDWORD cb) -> DWORD {
+                        if (++calls == 1) {
+                            *cb = 202;
+                            return ERROR_MORE_DATA;
+                        }
+                        std::memcpy(out, L"A", 2 * sizeof(wchar_t)); // and leaves the count as it is
+                        return ERROR_SUCCESS;
+                    });
+    NameList names;
+    EXPECT_TRUE(cluster.EnumResourceNamesByType(L"A", names));
+    EXPECT_EQ(names, NameList());
+    EXPECT_EQ(calls, 2u);
+}
+
 TEST_F(ControlReplies, AFailureLeavesTheNextAnswerAlone) {
     Platform().FailCall("ClusterResourceControl(EVS1 Disk,GET_RESOURCE_TYPE,128)", 1726);
     NameList names;

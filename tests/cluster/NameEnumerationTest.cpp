@@ -386,6 +386,7 @@ TEST_F(NameEnumeration, TheGroupOfAnUnknownNetworkNameDoesNotOpen) {
     CClusterGroup group;
     EXPECT_FALSE(cluster.OpenGroupByNetworkName(group, L"EVS9"));
     EXPECT_EQ(group.GetGroupHandle(), nullptr);
+    EXPECT_THAT(TakeLog(), ::testing::EndsWith("< CCluster::OpenNetworkNameResourceByNetworkName\n"));
     EXPECT_THAT(TakeJournal(), Not(HasSubstr("GetClusterResourceState")));
 }
 

@@ -133,6 +133,8 @@ TEST(ToolSecretInAMessage, HidesAllElse) {
 TEST(ToolSecretInAMessage, HidesTheWholeTextWhenTheSecretIsNotAscii) {
     EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10 cannot use p\u00c3\u00a4ss\nsee p\u00c3\u00a4ss\n", L"p\u00e4ss"),
               L"VCS ERROR V-16-1-10 ***\n***\n");
+    EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10 bad\n", L"\u0080"), L"VCS ERROR V-16-1-10 ***\n"); // the first such
+    EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10 bad\n", L"\x7f"), L"VCS ERROR V-16-1-10 bad\n");   // the last one before
     EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10", L"p\u00e4ss"), L"VCS ERROR V-16-1-10");
 }
 
