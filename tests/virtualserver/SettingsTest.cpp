@@ -101,12 +101,32 @@ TEST_F(ProductKeyFile, LinesMayTotal10240Characters) {
     EXPECT_EQ(files.KeyInUse(), "SOFTWARE\\Other");
 }
 
+TEST_F(ProductKeyFile, EachLineCountsOneCharacterMore) {
+    std::string comments;
+    for (int i = 0; i < 3000; ++i) {
+        comments += "#\n";
+    }
+    files.WriteConfig(comments + SettingsEntry);
+    EXPECT_EQ(files.KeyInUse(), "SOFTWARE\\Other");
+}
+
 TEST_F(ProductKeyFile, EntryPassingTheTotalIsIgnored) {
     const std::string first = "#" + std::string(5000, 'x') + "\n";
     const std::string entry = SettingsEntry;
     const std::size_t left = 10240 - (first.size() + 1) - (entry.size() + 1) - 1;
     files.WriteConfig(first + "#" + std::string(left - 1, 'x') + "\n" + entry);
     EXPECT_EQ(files.KeyInUse(), ProductKeyText);
+}
+
+TEST_F(ProductKeyFile, FileIsClosedBeforeTheStreamsAreFlushed) {
+    files.WriteConfig(SettingsEntry);
+    bool wasClosed = false;
+    const ImportPatch<int(), struct FlushTag> flush(FindImports(LibraryModule(), AnyCRuntime, "_flushall"), [&] {
+        wasClosed = SettingsFiles::IsClosed(files.ConfigFolder() + SettingsFileName);
+        return 0;
+    });
+    EXPECT_EQ(files.KeyInUse(), "SOFTWARE\\Other");
+    EXPECT_TRUE(wasClosed);
 }
 
 TEST_F(ProductKeyFile, FileIsReadOncePerProcess) {
