@@ -29,6 +29,8 @@ the case's purpose ("# ...") and its setting:
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, which VCSSIM_MAIN_CF names, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
   disk KILOBYTES      the temporary folder lies on a disk of this size; without the right to mount one the case is not run (exit code 77)
+  small-disk FOLDER KILOBYTES  a folder of the case's folder that lies on a disk of this size
+  read-only-disk FOLDER  the same on a disk that cannot be written to
   tools writable      everybody may write to the folder of clusctl and of the VCS tools
   planted-tool TOOL   the same stand-in as of environment-tool lies, as this tool, in the folder in which clusctl is called
   environment-tool TOOL  in place of this VCS tool one that lists the CLUSCTL_ variables that it was started with
@@ -154,7 +156,7 @@ class Case:
         self.program = runner.bin / "clusctl.exe"
         self.configuration = self.model = None
         self.problems = []  # of JSON documents
-        self.disk = None
+        self.disks = []
 
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -206,7 +208,12 @@ class Case:
             elif word == "tools":
                 self.own_program_folder().chmod(0o777)
             elif word == "disk":
-                self.mount_disk(int(value))
+                self.mount_disk(interrupted.temporary_folder(self), f"size={value}k")
+            elif word == "small-disk":
+                name, kilobytes = value.split()
+                self.mount_disk(self.folder / name, f"size={kilobytes}k")
+            elif word == "read-only-disk":
+                self.mount_disk(self.folder / value, "ro")
             elif word == "faults":
                 shutil.copy(find_input(value), self.folder / "faults.json")
             elif word == "iis":
@@ -221,17 +228,18 @@ class Case:
         """The files that runs leave while they last."""
         return list((self.runner.prefix / "drive_c/ProgramData/clusctl").glob("*"))
 
-    def mount_disk(self, kilobytes):
-        folder = interrupted.temporary_folder(self)
-        if subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={kilobytes}k,mode=0755", "none", str(folder)],
+    def mount_disk(self, folder, options):
+        folder.mkdir(exist_ok=True)
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", f"{options},mode=0755", "none", str(folder)],
                           stderr=subprocess.DEVNULL).returncode != 0:
             print("not run: no disk can be mounted here")
+            self.unmount_disks()
             sys.exit(SKIPPED)
-        self.disk = folder
+        self.disks.append(folder)
 
-    def unmount_disk(self):
-        if self.disk:
-            subprocess.run(["umount", str(self.disk)], check=True)
+    def unmount_disks(self):
+        while self.disks:
+            subprocess.run(["umount", str(self.disks.pop())], check=True)
 
     def copy_configuration(self):
         for file in self.folder.glob("main.cf*"):
@@ -444,7 +452,7 @@ class Case:
             self.prepare(settings)
             return self.run_lines(lines, first)
         finally:
-            self.unmount_disk()
+            self.unmount_disks()
 
     def run_lines(self, lines, first):
         result = "\n".join(lines[:first]).rstrip("\n") + "\n"
