@@ -243,6 +243,7 @@ bool CommandLine::FinishesStep() const {
 
 Answering CommandLine::Asked() const {
     static const char* const askingEither[] = {
+        "graph",
         "tree",
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {

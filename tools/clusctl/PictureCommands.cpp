@@ -5,6 +5,8 @@
 #include "ReadPicture.h"
 #include "Text.h"
 
+#include "picture/GraphText.h"
+#include "picture/Svg.h"
 #include "picture/TextWidth.h"
 #include "picture/Tree.h"
 
@@ -181,6 +183,29 @@ Report Tree(const LogCapture& log, const std::wstring& wanted) {
     return report;
 }
 
+struct GraphOptions {
+    std::wstring group;
+    std::wstring format = L"svg";
+};
+
+Report Graph(const LogCapture& log, const GraphOptions& options) {
+    Report report;
+    const ClusterPicture cluster = ReadPicture(log, report);
+    const std::string group = StoredGroup(cluster, options.group);
+    if (group.empty() && !options.group.empty()) {
+        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(options.group));
+    }
+    const std::vector<GroupDrawing> drawings =
+        group.empty() ? DrawCluster(cluster) : DrawGroups(cluster, {GroupNamed(cluster, group)});
+    std::string text = options.format == L"dot"       ? DotText(drawings)
+                       : options.format == L"mermaid" ? MermaidText(drawings)
+                                                      : SvgPicture(drawings, SvgForm::File);
+    text.pop_back(); // the line end, which follows
+    report.AddMember("cluster", ClusterJson(cluster));
+    report.AddSentence("graph", {{"format", options.format}, {"text", text}}, text);
+    return report;
+}
+
 } // namespace
 
 void AddPictureCommands(CommandLine& commandLine) {
@@ -189,4 +214,11 @@ void AddPictureCommands(CommandLine& commandLine) {
                                      [wanted](const LogCapture& log) { return Tree(log, *wanted); });
     CommandLine::AddText(tree, "GROUP|RESOURCE", *wanted, "GROUP|RESOURCE",
                          "Only the resources of this group, or this resource: what it depends on, and what needs it");
+
+    const auto options = std::make_shared<GraphOptions>();
+    CLI::App& graph = commandLine.Add(Heading, "graph", "Draw what depends on what",
+                                      [options](const LogCapture& log) { return Graph(log, *options); });
+    CommandLine::AddText(graph, "GROUP", options->group, "GROUP", "Only this group");
+    CommandLine::AddChoice(graph, "--format", options->format, {"svg", "dot", "mermaid"},
+                           "A picture, which is what it is without this option, or text for Graphviz or Mermaid");
 }

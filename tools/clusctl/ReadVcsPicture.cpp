@@ -245,6 +245,7 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
 ClusterPicture ReadVcsPicture(const LogCapture& log) {
     ClusterPicture result;
     result.kind = Kind::Vcs;
+    result.productServices = {common::ToUtf8(HostService), common::ToUtf8(SAService)};
     result.nodes = ReadSystems(log);
     result.groups = ReadGroups(log);
     result.resources = ReadResources(log, result);

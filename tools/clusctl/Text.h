@@ -4,10 +4,11 @@
 #ifndef CLUSCTL_TEXT_H
 #define CLUSCTL_TEXT_H
 
+#include "picture/Printable.h"
+
 #include <string>
 
-// The text with control characters replaced by a visible form, so that a name cannot break a line or steer a terminal.
-std::string Printable(const std::string& text);
+// As of picture/Printable.h.
 std::string Printable(const std::wstring& text);
 
 // Letters of ASCII in lower case.

@@ -76,6 +76,8 @@ struct ClusterPicture {
     std::vector<Node> nodes;
     std::vector<Group> groups;
     std::vector<Resource> resources; // in the cluster's order
+    std::vector<std::string>
+        productServices; // on VCS: the Windows services that the product has in each virtual server
 };
 
 // Null when there is none. Letter case counts.

@@ -1,0 +1,82 @@
+#include "PictureBuilder.h"
+
+#include "picture/Svg.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace picture;
+
+namespace {
+
+std::size_t CountOf(const std::string& text, const std::string& piece) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+std::string FileOf(const ClusterPicture& cluster) {
+    return SvgPicture(DrawCluster(cluster), SvgForm::File);
+}
+
+} // namespace
+
+TEST(Svg, TheProductAndItsBaseStandOut) {
+    PictureBuilder built;
+    built.Add("Gate", {"Disk"}, Role::Product).Add("Disk").Add("Other", {"Disk"});
+    const std::string svg = FileOf(built.Cluster());
+    EXPECT_EQ(CountOf(svg, "<g class=\"cp-product cp-online\">"), 1U);
+    EXPECT_EQ(CountOf(svg, "<g class=\"cp-base cp-online\">"), 1U);
+    EXPECT_EQ(CountOf(svg, "<g class=\"cp-plain cp-online\">"), 1U);
+    EXPECT_EQ(CountOf(svg, "class=\"cp-line cp-line-product\""), 1U);
+    EXPECT_EQ(CountOf(svg, "class=\"cp-line\""), 1U);
+}
+
+TEST(Svg, NamesOfAnyCharactersAreShown) {
+    PictureBuilder built;
+    built.Add("<script>alert(1)</script>\x01").Add("]]>&amp;\"'").Add("\xFF");
+    const std::string svg = FileOf(built.Cluster());
+    EXPECT_EQ(CountOf(svg, "<script"), 0U);
+    EXPECT_EQ(CountOf(svg, "&lt;script&gt;alert(1)&lt;/script&gt;\\x01</text>"), 1U);
+    EXPECT_EQ(CountOf(svg, "]]&gt;&amp;amp;&quot;&#39;</text>"), 1U);
+    EXPECT_TRUE(
+        std::none_of(svg.begin(), svg.end(), [](char c) { return (c >= 0 && c < 0x20 && c != '\n') || c == '\xFF'; }));
+}
+
+TEST(Svg, ALongNameIsShortenedAndToldWhole) {
+    PictureBuilder built;
+    const std::string name(200, 'M');
+    built.Add(name);
+    const std::string svg = FileOf(built.Cluster());
+    EXPECT_EQ(CountOf(svg, "<title>" + name + "\n"), 1U);
+    EXPECT_EQ(CountOf(svg, ">" + name + "</text>"), 0U);
+    EXPECT_EQ(CountOf(svg, "M...M"), 1U);
+}
+
+TEST(Svg, AGroupWithoutResourcesSaysSo) {
+    EXPECT_EQ(CountOf(FileOf(PictureBuilder().Cluster()), ">no resources</text>"), 1U);
+}
+
+TEST(Svg, InAPageItBringsNoRules) {
+    PictureBuilder built;
+    built.Add("One");
+    const std::string svg = SvgPicture(DrawCluster(built.Cluster()), SvgForm::Inline);
+    EXPECT_EQ(CountOf(svg, "<style>"), 0U);
+    EXPECT_EQ(svg.find("<svg "), 0U);
+    EXPECT_EQ(FileOf(built.Cluster()).find("<?xml "), 0U);
+}
+
+TEST(Svg, ThreeHundredResourcesHaveABoxEach) {
+    PictureBuilder built;
+    for (int i = 0; i < 300; ++i) {
+        std::vector<std::string> base;
+        if (i % 6 != 0) {
+            base.push_back("Resource " + std::to_string(i - 1));
+        }
+        built.Add("Resource " + std::to_string(i), base);
+    }
+    EXPECT_EQ(CountOf(FileOf(built.Cluster()), "<rect class=\"cp-box\""), 300U);
+}
