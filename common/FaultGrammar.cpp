@@ -87,6 +87,9 @@ private:
         } else if (name == "output") {
             Begin(name);
             fault.output = Quoted(name);
+        } else if (name == "event") {
+            Begin(name);
+            fault.event = Quoted(name);
         } else if (name == "stream") {
             Begin(name);
             fault.toErrors = ToErrors(Word());

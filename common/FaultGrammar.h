@@ -29,6 +29,7 @@ struct Fault {
     std::optional<std::uint64_t> random;
     std::optional<std::uint64_t> repeat;
     std::optional<std::uint64_t> kill; // ended after so many bytes
+    std::optional<std::string> event;  // happens to the cluster just before the call
     std::uint32_t delayMs = 0;
     bool hangs = false;
     bool toErrors = false;

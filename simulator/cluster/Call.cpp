@@ -1,5 +1,7 @@
 #include "Call.h"
 
+#include "Events.h"
+
 #include <cstring>
 
 namespace clussim {
@@ -29,6 +31,14 @@ Call::Call(const char* name, std::initializer_list<JournalValue> arguments)
 
 const Fault* Call::HitAnyOf(const std::vector<std::wstring>& objects) {
     const Fault* fault = m_service.Hit(m_name, objects);
+    if (fault && fault->written.event) {
+        const std::string event = *fault->written.event;
+        if (m_service.journal.WantsLines()) {
+            m_service.journal.AddEvent(m_name, event);
+        }
+        HappenAsWritten(m_service, event);
+        return nullptr;
+    }
     if (!fault || fault->written.delayMs == 0) {
         return fault;
     }

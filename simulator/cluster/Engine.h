@@ -27,6 +27,8 @@ public:
     void NodeGoesDown(Node& node);
     void NodeComesUp(Node& node);
     void LoseQuorum();
+    void Vanish(Resource& resource); // deleted by somebody else, whatever its state is and whoever depends on it
+    Code Appear(Group& group, const std::wstring& resourceName); // created by somebody else: an offline Generic Service
 
     // Does what has fallen due until now, each at its own time.
     void Settle();

@@ -113,6 +113,25 @@ void Engine::NodeComesUp(Node& node) {
     }
 }
 
+void Engine::Vanish(Resource& resource) {
+    Tell("resource", resource.name, "is deleted");
+    while (!resource.dependants.empty()) {
+        Model::Unlink(*resource.dependants.back(), resource);
+    }
+    m_model.SetState(resource, StateOffline);
+    resource.isCore = resource.isQuorum = false; // no rule holds back what befalls the cluster
+    m_model.Delete(resource);
+}
+
+Code Engine::Appear(Group& group, const std::wstring& resourceName) {
+    std::wstring id;
+    const Code code = m_model.Create(group, resourceName, L"Generic Service", id);
+    if (code == ERROR_SUCCESS) {
+        Tell("resource", resourceName, "is created");
+    }
+    return code;
+}
+
 void Engine::LoseQuorum() {
     StopCluster("the quorum is lost");
 }

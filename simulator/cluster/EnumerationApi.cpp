@@ -107,6 +107,10 @@ HGROUPENUM WINAPI ClusterGroupOpenEnum(HGROUP handle, DWORD mask) {
     if (!group) {
         return call.NotOpened<HGROUPENUM>(ERROR_GROUP_NOT_FOUND);
     }
+    const auto unread = group->unread.find("preferredOwners");
+    if ((mask & CLUSTER_GROUP_ENUM_NODES) && unread != group->unread.end()) {
+        return call.NotOpened<HGROUPENUM>(unread->second);
+    }
     HandleEntry entry(HandleKind::GroupEnum, opened->object);
     if (mask & CLUSTER_GROUP_ENUM_CONTAINS) {
         List(entry, CLUSTER_GROUP_ENUM_CONTAINS, group->resources);
@@ -137,6 +141,13 @@ HRESENUM WINAPI ClusterResourceOpenEnum(HRESOURCE handle, DWORD mask) {
     }
     if (mask == 0 || (mask & ~ResourceEnumKnown) != 0) {
         return call.NotOpened<HRESENUM>(ERROR_INVALID_PARAMETER);
+    }
+    for (const auto& [kind, part] : {std::pair(CLUSTER_RESOURCE_ENUM_DEPENDS, "dependsOn"),
+                                     std::pair(CLUSTER_RESOURCE_ENUM_NODES, "possibleOwners")}) {
+        const auto unread = (mask & kind) != 0 ? resource->unread.find(part) : resource->unread.end();
+        if (unread != resource->unread.end()) {
+            return call.NotOpened<HRESENUM>(unread->second);
+        }
     }
     HandleEntry entry(HandleKind::ResourceEnum, resource->id);
     if (mask & CLUSTER_RESOURCE_ENUM_DEPENDS) {

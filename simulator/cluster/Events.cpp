@@ -5,6 +5,9 @@
 #include "common/Json.h"
 #include "common/Text.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
 #include <limits>
 
 namespace clussim {
@@ -115,6 +118,15 @@ const KnownEvent KnownEvents[] = {
          Resource* const resource = objects.ResourceOrGroup(name);
          return resource ? engine.Offline(*resource) : engine.Offline(objects.GroupNamed(name));
      }},
+    {"vanish", 1,
+     [](Engine& engine, const Objects& objects, const std::string& name, const std::string&) {
+         engine.Vanish(objects.ResourceNamed(name));
+         return Done;
+     }},
+    {"appear", 2,
+     [](Engine& engine, const Objects& objects, const std::string& group, const std::string& name) {
+         return engine.Appear(objects.GroupNamed(group), ToUtf16(name));
+     }},
     {"quorum-loss", 0,
      [](Engine& engine, const Objects&, const std::string&, const std::string&) {
          engine.LoseQuorum();
@@ -174,6 +186,25 @@ Code Happen(Service& service, const std::string& event, const std::string& name,
         return code;
     }
     throw EventError("there is no event " + event);
+}
+
+void HappenAsWritten(Service& service, const std::string& event) {
+    const std::size_t verbEnd = std::min(event.find(' '), event.size());
+    const std::string verb = event.substr(0, verbEnd);
+    std::string name = event.substr(std::min(verbEnd + 1, event.size()));
+    std::string second;
+    const auto known = std::find_if(std::begin(KnownEvents), std::end(KnownEvents),
+                                    [&verb](const KnownEvent& candidate) { return verb == candidate.name; });
+    const std::size_t lastBlank = name.rfind(' ');
+    if (known != std::end(KnownEvents) && known->arguments == 2 && lastBlank != std::string::npos) {
+        second = name.substr(lastBlank + 1);
+        name.erase(lastBlank);
+    }
+    try {
+        Happen(service, verb, name, second);
+    } catch (const EventError& error) {
+        std::fprintf(stderr, "clussim: event \"%s\": %s\n", event.c_str(), error.what());
+    }
 }
 
 std::string EventLines(const std::vector<Event>& events) {

@@ -17,6 +17,10 @@ public:
 // See ClusSimHappen. The code of the cluster API; throws EventError.
 Code Happen(Service& service, const std::string& event, const std::string& name, const std::string& node);
 
+// The same of an event in one line, as faults have it: the last word is the second name of what takes two
+// ("move EVS1 NODE-B"). What is wrong goes to standard error.
+void HappenAsWritten(Service& service, const std::string& event);
+
 std::string EventLines(const std::vector<Event>& events);
 
 } // namespace clussim

@@ -22,6 +22,7 @@ const char* const Calls[] = {
     "ClusterCloseEnum",
     "ClusterEnum",
     "ClusterGroupCloseEnum",
+    "ClusterGroupControl",
     "ClusterGroupEnum",
     "ClusterGroupOpenEnum",
     "ClusterOpenEnum",
@@ -31,23 +32,29 @@ const char* const Calls[] = {
     "ClusterResourceOpenEnum",
     "CreateClusterResource",
     "DeleteClusterResource",
+    "FailClusterResource",
     "GetClusterFromResource",
     "GetClusterGroupState",
     "GetClusterInformation",
     "GetClusterNodeState",
     "GetClusterResourceState",
+    "MoveClusterGroup",
+    "OfflineClusterGroup",
     "OfflineClusterResource",
+    "OnlineClusterGroup",
     "OnlineClusterResource",
     "OpenCluster",
     "OpenClusterGroup",
     "OpenClusterNode",
     "OpenClusterResource",
+    "PauseClusterNode",
     "RemoveClusterResourceDependency",
     "ResUtilFindDwordProperty",
     "ResUtilFindSzProperty",
     "ResUtilGetResourceDependency",
     "ResUtilGetResourceDependencyByClass",
     "ResUtilResourceTypesEqual",
+    "ResumeClusterNode",
 };
 
 } // namespace
@@ -56,13 +63,16 @@ Fault ParseFault(const std::string& text) {
     Fault fault;
     fault.written = common::ParseFault(text);
     const common::Fault& written = fault.written;
-    if (std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
+    const bool isOfAnyCall = written.call.empty() && written.event;
+    if (!isOfAnyCall && std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
         throw common::FaultError("there is no call '" + written.call + "'");
     }
-    const int effects = (written.code ? 1 : 0) + (written.state ? 1 : 0) + (written.delayMs != 0 ? 1 : 0);
+    const int effects =
+        (written.code ? 1 : 0) + (written.state ? 1 : 0) + (written.delayMs != 0 ? 1 : 0) + (written.event ? 1 : 0);
     if (written.output || written.random || written.repeat || written.kill || written.hangs || written.toErrors ||
         effects != 1) {
-        throw common::FaultError("a call takes a code or delay_ms:n, or GetClusterResourceState state:n");
+        throw common::FaultError(
+            "a call takes a code, delay_ms:n or event:\"text\", or GetClusterResourceState state:n");
     }
     if (written.code.value_or(0) < 0) {
         throw common::FaultError("a code is not negative");
@@ -93,7 +103,7 @@ void Faults::ClearModelFaults() {
 const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& objects) {
     const Fault* hit = nullptr;
     for (Fault& fault : m_faults) {
-        if (fault.written.call != call) {
+        if (!fault.written.call.empty() && fault.written.call != call) {
             continue;
         }
         if (!fault.object.empty() && std::none_of(objects.begin(), objects.end(), [&](const std::wstring& object) {

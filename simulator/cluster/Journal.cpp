@@ -64,6 +64,10 @@ void Journal::AddDelay(const char* call, unsigned long milliseconds) {
     AddLine(call, "\"delayMs\": " + std::to_string(milliseconds));
 }
 
+void Journal::AddEvent(const char* call, const std::string& event) {
+    AddLine(call, "\"event\": " + common::DumpJsonLine(event));
+}
+
 void Journal::AddLine(const char* call, const std::string& members) {
     const std::string line =
         "{\"seq\": " + std::to_string(++m_sequence) + ", \"call\": \"" + call + "\", " + members + "}\n";

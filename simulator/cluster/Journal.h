@@ -46,6 +46,8 @@ public:
     void Add(const char* call, const std::string& argumentsJson, const std::string& resultJson);
     // Of a call that begins to wait.
     void AddDelay(const char* call, unsigned long milliseconds);
+    // Of something that happens to the cluster just before a call.
+    void AddEvent(const char* call, const std::string& event);
     void Clear();
 
     const std::string& Lines() const {

@@ -98,16 +98,16 @@ Resource* Model::AddResource(const std::wstring& resourceName, const std::wstrin
 void Model::AddBuiltInTypes() {
     const bool hasNetworkClass = behaviour.protocol >= 2008;
     const ResourceType builtIn[] = {
-        {L"Physical Disk", 1, 0x80000000},
-        {L"IP Address", hasNetworkClass ? 2U : 0U, hasNetworkClass ? 0x80000000 : 0U},
-        {L"Network Name", 0, 0},
-        {L"Generic Service", 0, 0},
-        {L"Generic Application", 0, 0},
-        {L"Microsoft Exchange System Attendant", 0, 0},
-        {L"Microsoft Exchange Information Store", 0, 0},
-        {L"Microsoft Exchange SMTP Server Instance", 0, 0},
-        {L"clusRDLL", 0, 0},
-        {L"clusRDLLCCR", 0, 0},
+        {L"Physical Disk", 1, 0x80000000, {}},
+        {L"IP Address", hasNetworkClass ? 2U : 0U, hasNetworkClass ? 0x80000000 : 0U, {}},
+        {L"Network Name", 0, 0, {}},
+        {L"Generic Service", 0, 0, {}},
+        {L"Generic Application", 0, 0, {}},
+        {L"Microsoft Exchange System Attendant", 0, 0, {}},
+        {L"Microsoft Exchange Information Store", 0, 0, {}},
+        {L"Microsoft Exchange SMTP Server Instance", 0, 0, {}},
+        {L"clusRDLL", 0, 0, {}},
+        {L"clusRDLLCCR", 0, 0, {}},
     };
     for (const ResourceType& type : builtIn) {
         AddType(type);

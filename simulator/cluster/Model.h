@@ -63,15 +63,20 @@ struct ResourceType {
     std::wstring name;
     std::uint32_t classCode = 0;
     std::uint32_t subclass = 0;
+    std::vector<Node*> hosts; // the nodes that have it installed; empty: all
 };
 
 struct Resource;
+
+// Parts that a snapshot could not read, such as "disk", and the code with which the cluster refused them.
+typedef std::map<std::string, Code> Unread;
 
 struct Group {
     std::wstring name;
     Node* owner = nullptr;
     std::vector<Node*> preferredOwners;
     PropertySet common;
+    Unread unread;
     std::vector<std::int64_t> failovers;      // when it failed over, in clock milliseconds
     Node* movingTo = nullptr;                 // while its resources go offline for it
     std::int64_t failbackAt = 0;              // in clock milliseconds; 0: it does not wait for a failback
@@ -94,10 +99,13 @@ struct Resource {
     PropertySet common;
     PropertySet privateProperties;
     std::unique_ptr<Disk> disk;
+    Unread unread;
     std::uint32_t onlineMs = 0;
     std::uint32_t offlineMs = 0;
     bool failsOnline = false;
     bool staysPending = false;
+    bool isCore = false; // of the cluster itself: its name, its address, or the quorum
+    bool isQuorum = false;
     bool isWanted = false;              // online is what was asked for last: the persistent state
     bool persistentGiven = false;       // in the model file
     std::vector<std::int64_t> restarts; // when the cluster restarted it after a failure, in clock milliseconds

@@ -9,6 +9,7 @@
 #include <ntsecapi.h>
 
 #include <algorithm>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace clussim {
@@ -61,6 +62,32 @@ std::wstring NewId(const Model& model, const std::wstring& name) {
     return id;
 }
 
+const std::size_t MostLevels = 100; // of a tree of dependencies, since 2008
+
+// The resources of the longest chain from this one on; there are no cycles. Each is looked at once.
+std::size_t LongestChain(const Resource& resource, std::vector<Resource*> Resource::*next,
+                         std::unordered_map<const Resource*, std::size_t>& known) {
+    const auto found = known.find(&resource);
+    if (found != known.end()) {
+        return found->second;
+    }
+    std::size_t longest = 0;
+    for (const Resource* other : resource.*next) {
+        longest = std::max(longest, LongestChain(*other, next, known));
+    }
+    return known[&resource] = longest + 1;
+}
+
+std::size_t DepthBelow(const Resource& resource) {
+    std::unordered_map<const Resource*, std::size_t> known;
+    return LongestChain(resource, &Resource::dependsOn, known);
+}
+
+std::size_t HeightAbove(const Resource& resource) {
+    std::unordered_map<const Resource*, std::size_t> known;
+    return LongestChain(resource, &Resource::dependants, known);
+}
+
 } // namespace
 
 Code Model::Create(Group& group, const std::wstring& resourceName, const std::wstring& typeName, std::wstring& id) {
@@ -89,6 +116,9 @@ Code Model::Delete(Resource& resource) {
     }
     if (!resource.dependants.empty()) {
         return ERROR_DEPENDENT_RESOURCE_EXISTS;
+    }
+    if (resource.isCore || resource.isQuorum) {
+        return ERROR_CORE_RESOURCE;
     }
     while (!resource.dependsOn.empty()) {
         Unlink(resource, *resource.dependsOn.back());
@@ -128,6 +158,9 @@ Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
     if (&resource == &dependsOn || resource.group != dependsOn.group) {
         return ERROR_INVALID_PARAMETER;
     }
+    if (resource.isQuorum) {
+        return 5069; // ERROR_DEPENDENCY_NOT_ALLOWED
+    }
     if (Contains(resource.dependsOn, dependsOn)) {
         return ERROR_DEPENDENCY_ALREADY_EXISTS;
     }
@@ -140,6 +173,9 @@ Code Model::AddDependency(Resource& resource, Resource& dependsOn) {
             : resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing;
     if (refused) {
         return ERROR_RESOURCE_ONLINE;
+    }
+    if (behaviour.protocol >= 2008 && HeightAbove(resource) + DepthBelow(dependsOn) > MostLevels) {
+        return 5929; // ERROR_CLUSTER_RESOURCE_DEPENDENCY_TOO_DEEP
     }
     Link(resource, dependsOn);
     isChanged = true;
@@ -158,6 +194,9 @@ Code Model::RemoveDependency(Resource& resource, Resource& dependsOn) {
 Code Model::AddOwner(Resource& resource, Node& node) {
     if (Contains(resource.possibleOwners, node)) {
         return ERROR_OBJECT_ALREADY_EXISTS;
+    }
+    if (!resource.type->hosts.empty() && !Contains(resource.type->hosts, node)) {
+        return 5079; // ERROR_CLUSTER_RESTYPE_NOT_SUPPORTED
     }
     resource.possibleOwners.push_back(&node);
     resource.ownersGiven = true;

@@ -2,6 +2,7 @@
 #include "Engine.h"
 #include "Faults.h"
 #include "ModelJson.h"
+#include "ModelValues.h"
 
 #include "common/Json.h"
 #include "common/Text.h"
@@ -21,88 +22,6 @@ namespace {
 
 // What follows from it later still is a time.
 const std::uint64_t LatestTime = INT64_MAX / 2; // clock milliseconds
-
-[[noreturn]] void Fail(const std::string& place, const std::string& what) {
-    throw JsonError(place, what);
-}
-
-std::wstring WideItem(const Json& item, const std::string& place) {
-    return ToUtf16(TextItem(item, place));
-}
-
-std::wstring WideText(ObjectReader& reader, const char* member) {
-    return ToUtf16(reader.Text(member));
-}
-
-// Of what is looked up by it: never empty.
-std::wstring Name(ObjectReader& reader, const char* member = "name") {
-    const std::string name = reader.Text(member);
-    if (name.find_first_not_of(' ') == std::string::npos) {
-        Fail(reader.Place(member), "a name is expected");
-    }
-    return ToUtf16(name);
-}
-
-std::uint32_t DwordOr(ObjectReader& reader, const char* member, std::uint32_t fallback) {
-    return static_cast<std::uint32_t>(reader.NumberOr(member, fallback, 0xFFFFFFFF));
-}
-
-int HexDigit(char c) {
-    return c >= '0' && c <= '9'   ? c - '0'
-           : c >= 'a' && c <= 'f' ? c - 'a' + 10
-           : c >= 'A' && c <= 'F' ? c - 'A' + 10
-                                  : -1;
-}
-
-PropertyValue ReadProperty(const Json& json, const std::string& place) {
-    PropertyValue value;
-    if (json.is_string()) {
-        value.text = ToUtf16(json.get<std::string>());
-    } else if (json.is_number_unsigned() && json.get<std::uint64_t>() <= 0xFFFFFFFF) {
-        value.kind = PropertyValue::Dword;
-        value.number = json.get<std::uint32_t>();
-    } else if (json.is_array()) {
-        value.kind = PropertyValue::MultiSz;
-        for (const Json& item : json) {
-            value.texts.push_back(WideItem(item, place));
-        }
-    } else if (json.is_object() && json.size() == 1 && json.count("expandSz")) {
-        value.kind = PropertyValue::ExpandSz;
-        value.text = WideItem(json["expandSz"], place + ".expandSz");
-    } else if (json.is_object() && json.size() == 1 && json.count("binary")) {
-        value.kind = PropertyValue::Binary;
-        const std::string hex = TextItem(json["binary"], place + ".binary");
-        for (std::size_t i = 0; i < hex.size(); i += 2) {
-            const int high = HexDigit(hex[i]);
-            const int low = i + 1 < hex.size() ? HexDigit(hex[i + 1]) : -1;
-            if (high < 0 || low < 0) {
-                Fail(place + ".binary", "pairs of hexadecimal digits are expected");
-            }
-            value.bytes.push_back(static_cast<unsigned char>(high * 16 + low));
-        }
-    } else {
-        Fail(place,
-             "a text, a number of 32 bits, a list of texts, {\"expandSz\": text} or {\"binary\": hex} is expected");
-    }
-    return value;
-}
-
-void ReadProperties(const Json* json, const std::string& place, PropertySet& properties) {
-    if (!json) {
-        return;
-    }
-    if (!json->is_object()) {
-        Fail(place, "an object is expected");
-    }
-    for (const auto& member : json->items()) {
-        const std::string itemPlace = place + "." + member.key();
-        const std::wstring name = ToUtf16(member.key());
-        if (properties.Find(name)) {
-            Fail(itemPlace, "the property stands twice");
-        }
-        properties.Set(name, ReadProperty(member.value(), itemPlace));
-    }
-}
 
 class ModelReader {
 public:
@@ -125,6 +44,9 @@ public:
         reader.Each("nodes", [this](const Json& item, const std::string& place) { ReadNode(item, place); });
         if (m_model.nodes.empty()) {
             Fail("nodes", "at least one node is expected");
+        }
+        for (const Host& host : m_hosts) { // nodes stand behind the types
+            host.type->hosts.push_back(NodeItem(host.node, host.place));
         }
         reader.Each("groups", [this](const Json& item, const std::string& place) { ReadGroup(item, place); });
         std::vector<std::pair<Resource*, std::vector<std::pair<std::wstring, std::string>>>> dependencies;
@@ -150,6 +72,13 @@ public:
     }
 
 private:
+    // A node that has a type installed.
+    struct Host {
+        ResourceType* type;
+        std::wstring node;
+        std::string place;
+    };
+
     void ReadSettings(const Json& json) {
         if (!json.is_object()) {
             Fail("settings", "an object is expected");
@@ -228,9 +157,17 @@ private:
         type.name = Name(reader);
         type.classCode = DwordOr(reader, "class", 0);
         type.subclass = DwordOr(reader, "subclass", 0);
+        std::vector<Host> hosts;
+        reader.Each("nodes", [&](const Json& item, const std::string& itemPlace) {
+            hosts.push_back({nullptr, WideItem(item, itemPlace), itemPlace});
+        });
         reader.Done();
         if (!m_model.AddType(type)) {
             Fail(place + ".name", "the type stands twice");
+        }
+        for (Host& host : hosts) {
+            host.type = &m_model.types.back();
+            m_hosts.push_back(host);
         }
     }
 
@@ -262,6 +199,7 @@ private:
             group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
         });
         ReadProperties(reader.Member("common"), place + ".common", group.common);
+        ReadUnread(reader, {"common", "preferredOwners"}, group.unread);
         group.failovers = Times(reader, "failoversAt");
         const std::string movingTo = reader.TextOr("movingTo", "");
         if (!movingTo.empty()) {
@@ -343,6 +281,8 @@ private:
         if (const Json* disk = reader.Member("disk")) {
             ReadDisk(*disk, place + ".disk", *resource);
         }
+        ReadUnread(reader, {"class", "common", "dependsOn", "disk", "id", "possibleOwners", "private", "type"},
+                   resource->unread);
         reader.Done();
         return resource;
     }
@@ -376,6 +316,8 @@ private:
         resource.offlineMs = DwordOr(reader, "offlineMs", 0);
         resource.failsOnline = reader.FlagOr("failsOnline", false);
         resource.staysPending = reader.FlagOr("staysPending", false);
+        resource.isCore = reader.FlagOr("core", false);
+        resource.isQuorum = reader.FlagOr("quorum", false);
         if (resource.state == StateOnlinePending || resource.state == StateOfflinePending || resource.actAt != 0) {
             Engine(m_model, 0).Expect(resource);
         }
@@ -421,6 +363,7 @@ private:
 
     Model& m_model;
     std::wstring m_thisComputer;
+    std::vector<Host> m_hosts;
 };
 
 } // namespace

@@ -106,6 +106,9 @@ Json ResourceJson(const Resource& resource) {
         }
         json["disk"] = disk;
     }
+    if (!resource.unread.empty()) {
+        json["unread"] = resource.unread;
+    }
     if (resource.onlineMs != 0) {
         json["onlineMs"] = resource.onlineMs;
     }
@@ -117,6 +120,12 @@ Json ResourceJson(const Resource& resource) {
     }
     if (resource.staysPending) {
         json["staysPending"] = true;
+    }
+    if (resource.isCore) {
+        json["core"] = true;
+    }
+    if (resource.isQuorum) {
+        json["quorum"] = true;
     }
     return json;
 }
@@ -175,8 +184,11 @@ std::string WriteModel(const Model& model) {
     if (model.typesGiven) {
         json["resourceTypes"] = Json::array();
         for (const ResourceType& type : model.types) {
-            json["resourceTypes"].push_back(
-                {{"name", ToUtf8(type.name)}, {"class", type.classCode}, {"subclass", type.subclass}});
+            Json item = {{"name", ToUtf8(type.name)}, {"class", type.classCode}, {"subclass", type.subclass}};
+            for (const Node* node : type.hosts) {
+                item["nodes"].push_back(NodeText(*node));
+            }
+            json["resourceTypes"].push_back(item);
         }
     }
     json["nodes"] = Json::array();
@@ -198,6 +210,9 @@ std::string WriteModel(const Model& model) {
         }
         if (!group.common.Items().empty()) {
             item["common"] = PropertiesJson(group.common);
+        }
+        if (!group.unread.empty()) {
+            item["unread"] = group.unread;
         }
         if (!group.failovers.empty()) {
             item["failoversAt"] = TimesJson(group.failovers);

@@ -23,6 +23,18 @@ struct PropertyValue {
     std::vector<std::wstring> texts;  // MultiSz
     std::vector<unsigned char> bytes; // Binary
 
+    static PropertyValue OfText(const std::wstring& text) {
+        PropertyValue value;
+        value.text = text;
+        return value;
+    }
+    static PropertyValue OfNumber(std::uint32_t number) {
+        PropertyValue value;
+        value.kind = Dword;
+        value.number = number;
+        return value;
+    }
+
     bool operator==(const PropertyValue& other) const;
 };
 

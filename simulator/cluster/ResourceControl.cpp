@@ -1,11 +1,10 @@
 // ClusterResourceControl: names, class, properties and disk information of a resource.
 #include "Call.h"
+#include "ControlAnswer.h"
 #include "ExportedApi.h"
-#include "PropertyLists.h"
 
 #include "common/Text.h"
 
-#include <cstdio>
 #include <cstring>
 
 using namespace clussim;
@@ -28,52 +27,40 @@ enum ControlCode : DWORD {
     ControlGetDiskInfo = 0x01000191
 };
 
-PropertyValue DwordValue(std::uint32_t number) {
-    PropertyValue value;
-    value.kind = PropertyValue::Dword;
-    value.number = number;
-    return value;
-}
-
-PropertyValue TextValue(const std::wstring& text) {
-    PropertyValue value;
-    value.text = text;
-    return value;
-}
-
-PropertySet MakeCommonDefaults() {
+PropertySet MakeCommonDefaults(int protocol) {
     PropertySet properties;
-    properties.Set(L"Description", TextValue(L""));
-    properties.Set(L"DebugPrefix", TextValue(L""));
-    properties.Set(L"SeparateMonitor", DwordValue(0));
-    properties.Set(L"PersistentState", DwordValue(0));
-    properties.Set(L"LooksAlivePollInterval", DwordValue(0xFFFFFFFF));
-    properties.Set(L"IsAlivePollInterval", DwordValue(0xFFFFFFFF));
-    properties.Set(L"RestartAction", DwordValue(2));
-    properties.Set(L"RestartThreshold", DwordValue(3));
-    properties.Set(L"RestartPeriod", DwordValue(900000));
-    properties.Set(L"RetryPeriodOnFailure", DwordValue(0xFFFFFFFF));
-    properties.Set(L"PendingTimeout", DwordValue(180000));
+    properties.Set(L"Description", PropertyValue::OfText(L""));
+    properties.Set(L"DebugPrefix", PropertyValue::OfText(L""));
+    properties.Set(L"SeparateMonitor", PropertyValue::OfNumber(0));
+    properties.Set(L"PersistentState", PropertyValue::OfNumber(0));
+    properties.Set(L"LooksAlivePollInterval", PropertyValue::OfNumber(0xFFFFFFFF));
+    properties.Set(L"IsAlivePollInterval", PropertyValue::OfNumber(0xFFFFFFFF));
+    properties.Set(L"RestartAction", PropertyValue::OfNumber(2));
+    properties.Set(L"RestartThreshold", PropertyValue::OfNumber(3));
+    properties.Set(L"RestartPeriod", PropertyValue::OfNumber(900000));
+    properties.Set(L"RetryPeriodOnFailure", PropertyValue::OfNumber(protocol >= 2008 ? 3600000 : 0xFFFFFFFF));
+    properties.Set(L"PendingTimeout", PropertyValue::OfNumber(180000));
     return properties;
 }
 
 // The common properties and what they are before anybody sets them.
-const PropertySet& CommonDefaults() {
-    static const PropertySet defaults = MakeCommonDefaults();
-    return defaults;
+const PropertySet& CommonDefaults(int protocol) {
+    static const PropertySet of2003 = MakeCommonDefaults(2003);
+    static const PropertySet of2008 = MakeCommonDefaults(2008);
+    return protocol >= 2008 ? of2008 : of2003;
 }
 
-PropertySet CommonOf(const Resource& resource) {
-    PropertySet properties = CommonDefaults();
+PropertySet CommonOf(const Resource& resource, int protocol) {
+    PropertySet properties = CommonDefaults(protocol);
     for (const PropertySet::Item& item : resource.common.Items()) {
         properties.Set(item.name, item.value);
     }
-    properties.Set(L"PersistentState", DwordValue(resource.isWanted ? 1 : 0));
+    properties.Set(L"PersistentState", PropertyValue::OfNumber(resource.isWanted ? 1 : 0));
     return properties;
 }
 
-bool IsAllowedCommon(const PropertySet::Item& item) {
-    const PropertyValue* known = CommonDefaults().Find(item.name);
+bool IsAllowedCommon(const PropertySet::Item& item, int protocol) {
+    const PropertyValue* known = CommonDefaults(protocol).Find(item.name);
     if (!known || known->kind != item.value.kind) {
         return false;
     }
@@ -85,8 +72,29 @@ bool IsNetworkName(const Resource& resource) {
     return Folded(resource.type->name) == L"NETWORK NAME";
 }
 
+// What a snapshot could not read here, the simulator does not give either.
+Code CodeOfUnread(const Resource& resource, DWORD code) {
+    static const struct {
+        DWORD code;
+        const char* part;
+    } parts[] = {{ControlGetClassInfo, "class"}, {ControlGetType, "type"},       {ControlGetId, "id"},
+                 {ControlGetCommon, "common"},   {ControlGetPrivate, "private"}, {ControlGetNetworkName, "private"},
+                 {ControlGetDiskInfo, "disk"}};
+    for (const auto& known : parts) {
+        const auto unread = known.code == code ? resource.unread.find(known.part) : resource.unread.end();
+        if (unread != resource.unread.end()) {
+            return unread->second;
+        }
+    }
+    return ERROR_SUCCESS;
+}
+
 // The bytes a reading control gives.
-Code Read(const Resource& resource, DWORD code, Bytes& bytes) {
+Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
+    const Code unread = resource.unread.empty() ? static_cast<Code>(ERROR_SUCCESS) : CodeOfUnread(resource, code);
+    if (unread != ERROR_SUCCESS) {
+        return unread;
+    }
     switch (code) {
     case ControlGetName:
         bytes = TextBytes(resource.name);
@@ -121,12 +129,12 @@ Code Read(const Resource& resource, DWORD code, Bytes& bytes) {
         bytes = PropertyList(resource.privateProperties);
         return ERROR_SUCCESS;
     case ControlGetCommon:
-        bytes = PropertyList(CommonOf(resource));
+        bytes = PropertyList(CommonOf(resource, protocol));
         return ERROR_SUCCESS;
     case ControlGetReadOnlyCommon: {
         PropertySet properties;
-        properties.Set(L"Name", TextValue(resource.name));
-        properties.Set(L"Type", TextValue(resource.type->name));
+        properties.Set(L"Name", PropertyValue::OfText(resource.name));
+        properties.Set(L"Type", PropertyValue::OfText(resource.type->name));
         bytes = PropertyList(properties);
         return ERROR_SUCCESS;
     }
@@ -137,7 +145,7 @@ Code Read(const Resource& resource, DWORD code, Bytes& bytes) {
 
 Code Set(Model& model, Resource& resource, DWORD code, const PropertySet& properties) {
     for (const PropertySet::Item& item : properties.Items()) {
-        if (code == ControlSetCommon && !IsAllowedCommon(item)) {
+        if (code == ControlSetCommon && !IsAllowedCommon(item, model.behaviour.protocol)) {
             return ERROR_INVALID_PARAMETER;
         }
     }
@@ -160,54 +168,39 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
                                     DWORD cbOut, LPDWORD cbReturned) {
     Call call("ClusterResourceControl", {Arg("resource", handle), Arg("node", node), Arg("code", code),
                                          JournalValue::Of("in", in, cbIn), Arg("cbOut", cbOut)});
-    const auto finish = [&](Code result, DWORD cb = 0) {
-        if (cbReturned) {
-            *cbReturned = cb;
-        }
-        return call.Return(result);
-    };
+    const ControlAnswer answer(call, out, cbOut, cbReturned);
     if (call.service().HasFaults()) {
-        wchar_t codeText[16];
-        _snwprintf(codeText, 16, L"0x%08lx", code);
-        if (const Fault* fault = call.HitHandle(handle, codeText)) {
-            return finish(fault->code);
+        if (const Fault* fault = call.HitHandle(handle, ControlText(code).c_str())) {
+            return answer.Fail(fault->code);
         }
     }
     Model* model = call.service().Running();
     Resource* resource = nullptr;
     const Code found = call.ResourceOf(model, handle, resource);
     if (found != ERROR_SUCCESS) {
-        return finish(found);
+        return answer.Fail(found);
     }
     if (node && !call.service().handles.Find(node, HandleKind::Node)) {
-        return finish(ERROR_INVALID_HANDLE);
+        return answer.Fail(ERROR_INVALID_HANDLE);
     }
     if (code == ControlSetPrivate || code == ControlSetCommon || code == ControlValidatePrivate) {
         if (!in) {
-            return finish(RPC_X_BAD_STUB_DATA);
+            return answer.Fail(RPC_X_BAD_STUB_DATA);
         }
         PropertySet properties;
         const Code parsed = ParsePropertyList(in, cbIn, properties);
         if (parsed != ERROR_SUCCESS || code == ControlValidatePrivate) {
-            return finish(parsed);
+            return answer.Fail(parsed);
         }
-        return finish(call.service().Change([&](Model& changed) {
+        return answer.Fail(call.service().Change([&](Model& changed) {
             const Code stillThere = call.ResourceOf(&changed, handle, resource);
             return stillThere != ERROR_SUCCESS ? stillThere : Set(changed, *resource, code, properties);
         }));
     }
     Bytes bytes;
-    const Code read = Read(*resource, code, bytes);
-    if (read != ERROR_SUCCESS) {
-        return finish(read);
-    }
-    const DWORD cb = static_cast<DWORD>(bytes.size());
-    if (!out || cbOut < cb) {
-        // Since 2008 a probe without a buffer for the class succeeds.
-        const bool probeSucceeds =
-            !out && cbOut == 0 && code == ControlGetClassInfo && model->behaviour.protocol >= 2008;
-        return finish(probeSucceeds ? static_cast<Code>(ERROR_SUCCESS) : static_cast<Code>(ERROR_MORE_DATA), cb);
-    }
-    std::memcpy(out, bytes.data(), cb);
-    return finish(ERROR_SUCCESS, cb);
+    const int protocol = model->behaviour.protocol;
+    const Code read = Read(*resource, protocol, code, bytes);
+    // Since 2008 a probe without a buffer for the class succeeds.
+    return read != ERROR_SUCCESS ? answer.Fail(read)
+                                 : answer.Give(bytes, code == ControlGetClassInfo && protocol >= 2008);
 }

@@ -74,6 +74,9 @@ ToolFaults::ToolFaults(const std::string& text) : m_faults(common::ParseFaults(t
         if (fault.state) {
             throw common::FaultError("state: a tool has none");
         }
+        if (fault.event) {
+            throw common::FaultError("event: vcssim tells the cluster what happens");
+        }
     }
 }
 

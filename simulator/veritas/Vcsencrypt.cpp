@@ -64,7 +64,7 @@ void RunVcsencrypt(Output& output, Arguments arguments) {
         word = Word(salt + password);
     } while (!password.empty() && Shows(word, password));
     if (output.Switches().encryptPrompts) {
-        output.Print("Enter New Password:\nEnter Again:\n");
+        output.Print("Enter Password:\nEnter Again:\n");
     }
     output.Print(word + "\n");
 }

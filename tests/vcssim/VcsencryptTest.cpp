@@ -53,7 +53,7 @@ TEST_F(Vcsencrypt, FailsAtOnceWithoutAPassword) {
 TEST_F(Vcsencrypt, PromptsWhenAsked) {
     const std::string bare = RunWith("vcsencrypt", {"-agent", "secret"});
     m_environment.options.encryptPrompts = true;
-    EXPECT_EQ(RunWith("vcsencrypt", {"-agent", "secret"}), "Enter New Password:\nEnter Again:\n" + bare);
+    EXPECT_EQ(RunWith("vcsencrypt", {"-agent", "secret"}), "Enter Password:\nEnter Again:\n" + bare);
 }
 
 TEST_F(Vcsencrypt, TakesAnEmptyPassword) {

@@ -9,6 +9,7 @@
 #include "ThisComputer.h"
 
 #include "common/Text.h"
+#include "core/ValueList.h"
 
 #include <cstring>
 #include <set>
@@ -17,6 +18,10 @@
 #include <utility>
 
 namespace {
+
+typedef std::vector<unsigned char> Bytes;
+
+const char UnknownType[] = "Unknown"; // of a resource whose type is not told
 
 Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
     return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
@@ -49,10 +54,14 @@ Placement ReadPlacement(HRESOURCE resource, const std::wstring& name) {
     }
 }
 
+// Since Windows Server 2008 clusters follow other rules; `behaviour.protocol` of the model.
+const DWORD MajorVersionOf2008 = 6;
+
 // Reads the open cluster, object by object, in the cluster's order.
 class ModelReader {
 public:
-    explicit ModelReader(const CCluster& cluster) : m_cluster(cluster), m_thisComputer(ComputerName()) {
+    ModelReader(const CCluster& cluster, Report& report)
+        : m_cluster(cluster), m_report(report), m_thisComputer(ComputerName()) {
     }
 
     Json Read(const LogCapture& log) {
@@ -69,6 +78,7 @@ public:
             progress.Next();
             resources.push_back(ReadResourceModel(name));
         }
+        AddTypesWithoutClass();
         model["resourceTypes"] = m_types;
         model["nodes"] = Json::array();
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_NODE)) {
@@ -78,6 +88,7 @@ public:
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
             model["groups"].push_back(ReadGroupModel(name));
         }
+        ReadVersion(model);
         if (m_downNodeOwns) {
             model["cluster"]["behaviour"]["downOwners"] = "accepted";
         }
@@ -97,6 +108,41 @@ private:
             list.push_back(NodeName(name));
         }
         return list;
+    }
+
+    // Types of which no resource told its class. A disk stays one.
+    void AddTypesWithoutClass() {
+        for (const std::string& type : m_classless) {
+            if (m_classes.count(type) == 0) {
+                const bool isDisk = type == "Physical Disk";
+                const DWORD typeClass = isDisk ? CLUS_RESCLASS_STORAGE : CLUS_RESCLASS_UNKNOWN;
+                const DWORD subclass = isDisk ? static_cast<DWORD>(CLUS_RESSUBCLASS_SHARED) : 0;
+                m_types.push_back({{"name", type}, {"class", typeClass}, {"subclass", subclass}});
+            }
+        }
+    }
+
+    void ReadVersion(Json& model) {
+        CLUSTERVERSIONINFO version = {};
+        version.dwVersionInfoSize = sizeof(version);
+        wchar_t name[256] = {};
+        DWORD length = 256;
+        const DWORD code = GetClusterInformation(m_cluster.GetHandle(), name, &length, &version);
+        if (code != ERROR_SUCCESS && code != ERROR_MORE_DATA) {
+            MarkUnread(m_report, "cannot read the cluster's version: it counts as one of Windows Server 2003", code);
+        } else if (version.MajorVersion >= MajorVersionOf2008) {
+            model["cluster"]["behaviour"]["protocol"] = 2008;
+        }
+    }
+
+    // A part that the cluster refuses is left out of the object, and marked. A lost cluster is no refusal.
+    void Refused(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
+        const Failure failure = CannotRead(what, name, code);
+        if (failure.Kind().exitCode == ExitNoAnswer) {
+            throw failure;
+        }
+        model["unread"][part] = code;
+        m_report.MarkIncomplete(failure.what());
     }
 
     Json ReadNodeModel(const std::wstring& name) {
@@ -127,12 +173,15 @@ private:
         m_downNodeOwns = m_downNodeOwns || m_downNodes.count(common::Folded(owner)) != 0;
         Json model = {{"name", name}, {"owner", NodeName(owner)}};
         Names preferred;
-        if (!ListPreferredOwners(group.GetGroupHandle(), preferred)) {
-            throw Failure("cannot list the preferred owners of " + Quoted(name));
-        }
-        if (!preferred.empty()) {
+        const DWORD code = ListInGroup(group.GetGroupHandle(), CLUSTER_GROUP_ENUM_NODES, preferred);
+        if (code != ERROR_SUCCESS) {
+            Refused(model, "preferredOwners", "the preferred owners", name, code);
+        } else if (!preferred.empty()) {
             model["preferredOwners"] = NodeNames(preferred);
         }
+        AddProperties(model, "common", "the common properties", name, [&group](Bytes& answer, DWORD& reason) {
+            return QueryGroup(group.GetGroupHandle(), CLUSCTL_GROUP_GET_COMMON_PROPERTIES, answer, reason);
+        });
         return model;
     }
 
@@ -143,85 +192,131 @@ private:
         }
         const HRESOURCE handle = resource.GetResourceHandle();
         const Placement placement = ReadPlacement(handle, name);
-        const Json type = SystemText(resource, CClusterResource::RES_PROP_TYPE, name);
         Json model;
         model["name"] = name;
-        model["type"] = type;
-        model["id"] = SystemText(resource, CClusterResource::RES_PROP_GUID, name);
+        model["type"] = UnknownType;
+        model["id"] = ""; // in its place; made up below if need be
         model["group"] = placement.group;
         model["state"] = ModelState(placement.state);
-        model["dependsOn"] = Related(resource, CLUSTER_RESOURCE_ENUM_DEPENDS, name);
-        model["possibleOwners"] = NodeNames(Related(resource, CLUSTER_RESOURCE_ENUM_NODES, name));
-        AddProperties(model, "common", handle, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, name);
-        AddProperties(model, "private", handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, name);
-        if (ClassOf(type, handle, name) == CLUS_RESCLASS_STORAGE) {
-            model["disk"] =
-                DiskJson(Query(handle, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, "the disk information", name));
+        AddText(model, "type", "the type", CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, handle, name);
+        AddText(model, "id", "the ID", CLUSCTL_RESOURCE_GET_ID, handle, name);
+        if (model["id"] == "") {
+            model["id"] = "unread-" + std::to_string(++m_idsMadeUp);
         }
+        AddRelated(model, "dependsOn", CLUSTER_RESOURCE_ENUM_DEPENDS, handle, name);
+        AddRelated(model, "possibleOwners", CLUSTER_RESOURCE_ENUM_NODES, handle, name);
+        AddProperties(model, "common", "the common properties", name, [handle](Bytes& answer, DWORD& reason) {
+            return QueryResource(handle, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, answer, reason);
+        });
+        AddProperties(model, "private", "the private properties", name, [handle](Bytes& answer, DWORD& reason) {
+            return QueryResource(handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, answer, reason);
+        });
+        AddDisk(model, handle, name);
         return model;
     }
 
-    // Asks the first resource of each type, and adds the type to the model.
-    DWORD ClassOf(const Json& type, HRESOURCE resource, const std::wstring& name) {
-        const auto known = m_classes.find(type.get<std::string>());
-        if (known != m_classes.end()) {
-            return known->second;
+    // Of the first resource of each type that tells, for the model's types.
+    void AddClass(Json& model, HRESOURCE resource, const std::wstring& name) {
+        const std::string type = model["type"].get<std::string>();
+        if (m_classes.count(type) != 0) {
+            return;
         }
-        const std::vector<unsigned char> answer = Query(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, "the class", name);
+        Bytes answer;
+        DWORD code = 0;
+        if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code)) {
+            Refused(model, "class", "the class", name, code);
+            m_classless.insert(type);
+            return;
+        }
         DWORD numbers[2] = {}; // class, subclass
         std::memcpy(numbers, answer.data(), answer.size() < sizeof(numbers) ? answer.size() : sizeof(numbers));
         m_types.push_back({{"name", type}, {"class", numbers[0]}, {"subclass", numbers[1]}});
-        m_classes.emplace(type.get<std::string>(), numbers[0]);
-        return numbers[0];
+        m_classes.emplace(type, numbers[0]);
     }
 
-    static void AddProperties(Json& model, const char* member, HRESOURCE resource, DWORD controlCode,
-                              const std::wstring& name) {
-        Json properties = PropertiesJson(Query(resource, controlCode, "the properties", name));
-        if (!properties.empty()) {
-            model[member] = std::move(properties);
-        }
-    }
-
-    static std::vector<unsigned char> Query(HRESOURCE resource, DWORD controlCode, const char* what,
-                                            const std::wstring& name) {
-        std::vector<unsigned char> answer;
+    void AddDisk(Json& model, HRESOURCE resource, const std::wstring& name) {
+        AddClass(model, resource, name);
+        const auto known = m_classes.find(model["type"].get<std::string>());
+        const bool isAsked = known == m_classes.end() || known->second == CLUS_RESCLASS_STORAGE;
+        Bytes answer;
         DWORD code = 0;
-        if (!QueryResource(resource, controlCode, answer, code)) {
-            throw CannotRead(what, name, code);
+        if (!isAsked) {
+            return;
         }
-        return answer;
+        if (!QueryResource(resource, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, answer, code)) {
+            if (known != m_classes.end() || code != ERROR_INVALID_FUNCTION) { // of no storage, as far as is known
+                Refused(model, "disk", "the disk information", name, code);
+            }
+            return;
+        }
+        try {
+            model["disk"] = DiskJson(answer);
+        } catch (const Failure& malformed) {
+            Malformed(model, "disk", name, malformed);
+        }
     }
 
-    static Names Related(const CClusterResource& resource, DWORD enumType, const std::wstring& name) {
+    void AddText(Json& model, const char* member, const char* what, DWORD controlCode, HRESOURCE resource,
+                 const std::wstring& name) {
+        Bytes answer;
+        DWORD code = 0;
+        if (QueryResource(resource, controlCode, answer, code)) {
+            model[member] = clus::TextInBuffer(answer.data(), answer.size(), 0);
+        } else {
+            Refused(model, member, what, name, code);
+        }
+    }
+
+    void AddRelated(Json& model, const char* member, DWORD kind, HRESOURCE resource, const std::wstring& name) {
         Names names;
-        if (!resource.EnumNames(enumType, names)) {
-            throw Failure::OfCode("cannot list the related objects of " + Quoted(name), GetLastError());
+        const DWORD code = ListRelated(resource, kind, names);
+        if (code == ERROR_SUCCESS) {
+            model[member] = kind == CLUSTER_RESOURCE_ENUM_NODES ? NodeNames(names) : Json(names);
+        } else {
+            Refused(model, member, kind == CLUSTER_RESOURCE_ENUM_NODES ? "the possible owners" : "the dependencies",
+                    name, code);
         }
-        return names;
     }
 
-    static std::wstring SystemText(CClusterResource& resource, CClusterResource::RES_PROPERTY_ID id,
-                                   const std::wstring& name) {
-        const wchar_t* text = resource.GetSystemStringProperty(id, false);
-        if (text == nullptr) {
-            throw Failure("cannot read type and ID of " + Quoted(name));
+    template <typename Query>
+    void AddProperties(Json& model, const char* member, const char* what, const std::wstring& name,
+                       const Query& query) {
+        Bytes answer;
+        DWORD code = 0;
+        if (!query(answer, code)) {
+            Refused(model, member, what, name, code);
+            return;
         }
-        return text;
+        try {
+            Json properties = PropertiesJson(answer);
+            if (!properties.empty()) {
+                model[member] = std::move(properties);
+            }
+        } catch (const Failure& malformed) {
+            Malformed(model, member, name, malformed);
+        }
+    }
+
+    void Malformed(Json& model, const char* part, const std::wstring& name, const Failure& malformed) {
+        model["unread"][part] = ERROR_INVALID_DATA;
+        m_report.MarkIncomplete("of " + Quoted(name) + ": " + malformed.what());
     }
 
     const CCluster& m_cluster;
+    Report& m_report;
     const std::wstring m_thisComputer;
     std::set<std::wstring> m_downNodes; // folded
     bool m_downNodeOwns = false;        // what the simulator accepts only when it is told to
     Json m_types = Json::array();
     std::unordered_map<std::string, DWORD> m_classes; // by type
+    std::set<std::string> m_classless;                // types whose class was refused
+    int m_idsMadeUp = 0;
 };
 
 } // namespace
 
-Json ReadClusterModel(const LogCapture& log) {
+Json ReadClusterModel(const LogCapture& log, Report& report) {
     CCluster cluster;
     OpenLocalCluster(cluster);
-    return ModelReader(cluster).Read(log);
+    return ModelReader(cluster, report).Read(log);
 }

@@ -6,8 +6,10 @@
 
 class LogCapture;
 
-// Reads the cluster of this computer, which becomes the node ".". Throws Failure when anything of it cannot be read:
-// half a cluster is no ground for a rehearsal. Shows how far it is.
-Json ReadClusterModel(const LogCapture& log);
+// Reads the cluster of this computer, which becomes the node ".". What the cluster refuses to tell of a group or a
+// resource is marked in the model ("unread"), so that the simulator refuses it too, and marks the report incomplete.
+// Throws Failure when the cluster is lost, or does not tell which objects there are and where they belong. Shows how
+// far it is.
+Json ReadClusterModel(const LogCapture& log, Report& report);
 
 #endif

@@ -245,10 +245,6 @@ Names ListMembers(const CCluster& cluster, const std::wstring& groupName) {
     return names;
 }
 
-bool ListPreferredOwners(HGROUP group, Names& names) {
-    return ListInGroup(group, CLUSTER_GROUP_ENUM_NODES, names) == ERROR_SUCCESS;
-}
-
 DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names) {
     const HRESENUM list = ClusterResourceOpenEnum(resource, kind);
     if (list == nullptr) {
@@ -307,37 +303,6 @@ Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {
 
 Names ListResourceTypes(const CCluster& cluster) {
     return ListObjects(cluster, CLUSTER_ENUM_RESTYPE, "resource types");
-}
-
-bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
-    answer.resize(2048); // what fits takes one call: the common properties, or a disk with one partition
-    for (;;) {
-        DWORD needed = 0;
-        code = ClusterResourceControl(resource, nullptr, controlCode, nullptr, 0, answer.data(),
-                                      static_cast<DWORD>(answer.size()), &needed);
-        if (code == ERROR_MORE_DATA && needed > answer.size()) {
-            answer.resize(needed);
-            continue;
-        }
-        answer.resize(code == ERROR_SUCCESS ? needed : 0);
-        return code == ERROR_SUCCESS;
-    }
-}
-
-DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass) {
-    std::vector<unsigned char> answer;
-    DWORD code = 0;
-    if (QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code) &&
-        answer.size() >= sizeof(resourceClass)) {
-        std::memcpy(&resourceClass, answer.data(), sizeof(resourceClass));
-    }
-    return code;
-}
-
-DWORD ResourceClass(HRESOURCE resource) {
-    DWORD result = CLUS_RESCLASS_UNKNOWN;
-    ReadResourceClass(resource, result);
-    return result;
 }
 
 std::wstring ReadClusterName(const CCluster& cluster) {

@@ -55,6 +55,9 @@ std::wstring ReadClusterName(const CCluster& cluster);
 // The whole answer of a control code to a resource. False when the resource refuses; `code` then holds the reason.
 bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
 
+// The same of a group.
+bool QueryGroup(HGROUP group, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
+
 // CLUSCTL_RESOURCE_GET_CLASS_INFO. The Win32 code; `resourceClass` is untouched on failure.
 DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass);
 
@@ -75,9 +78,6 @@ DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names);
 
 // The resources of a group. Throws Failure when there is no such group, or it cannot be read whole.
 Names ListMembers(const CCluster& cluster, const std::wstring& groupName);
-
-// Appends the nodes that a group prefers. False when they cannot be listed.
-bool ListPreferredOwners(HGROUP group, Names& names);
 
 // How much to read of a resource.
 enum class ResourceParts {

@@ -47,8 +47,8 @@ void MaskSecrets(Json& model, Report& report) {
 }
 
 Report Snapshot(const LogCapture& log, const SnapshotOptions& options) {
-    Json model = ReadClusterModel(log);
     Report report;
+    Json model = ReadClusterModel(log, report);
     if (!options.showSecrets) {
         MaskSecrets(model, report);
     }

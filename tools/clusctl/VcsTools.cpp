@@ -18,6 +18,12 @@ const size_t LongestCommand = 120;
 const size_t LongestLine = 200;
 const size_t LongestProgress = 60; // has to fit into a narrow terminal
 
+const wchar_t PromptWord[] = L"Enter";
+
+bool IsLetterOrDigit(wchar_t c) {
+    return (c >= L'0' && c <= L'9') || (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
+}
+
 std::string ToolOf(const ToolRun& run) {
     return run.command.substr(0, run.command.find(' '));
 }
@@ -259,6 +265,11 @@ std::wstring EncryptForVcs(const LogCapture& log, const Password& password) {
     if (encrypted.empty() || _wcsicmp(encrypted.c_str(), L"VCS") == 0) {
         throw Failure(what + (encrypted.empty() ? ": the VCS tool \"vcsencrypt\" printed nothing"
                                                 : ": VCS answered with a message"));
+    }
+    // The first word of "Enter Password:" is one of letters, too.
+    if (encrypted == PromptWord || !std::all_of(encrypted.begin(), encrypted.end(), IsLetterOrDigit)) {
+        throw Failure(what + ": the VCS tool \"vcsencrypt\" printed something else before it, such as a prompt")
+            .Hint("A password that was set of that would not be the one that was meant, so nothing was changed.");
     }
     return encrypted;
 }

@@ -1,0 +1,55 @@
+// Asking groups and resources by control codes.
+#include "ClusterObjects.h"
+
+#include <cstring>
+
+namespace {
+
+// The whole answer of a control.
+template <typename Control> bool Query(const Control& control, std::vector<unsigned char>& answer, DWORD& code) {
+    answer.resize(2048); // what fits takes one call: the common properties, or a disk with one partition
+    for (;;) {
+        DWORD needed = 0;
+        code = control(answer.data(), static_cast<DWORD>(answer.size()), &needed);
+        if (code == ERROR_MORE_DATA && needed > answer.size()) {
+            answer.resize(needed);
+            continue;
+        }
+        answer.resize(code == ERROR_SUCCESS ? needed : 0);
+        return code == ERROR_SUCCESS;
+    }
+}
+
+} // namespace
+
+bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
+    return Query(
+        [=](void* out, DWORD size, DWORD* needed) {
+            return ClusterResourceControl(resource, nullptr, controlCode, nullptr, 0, out, size, needed);
+        },
+        answer, code);
+}
+
+bool QueryGroup(HGROUP group, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
+    return Query(
+        [=](void* out, DWORD size, DWORD* needed) {
+            return ClusterGroupControl(group, nullptr, controlCode, nullptr, 0, out, size, needed);
+        },
+        answer, code);
+}
+
+DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass) {
+    std::vector<unsigned char> answer;
+    DWORD code = 0;
+    if (QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code) &&
+        answer.size() >= sizeof(resourceClass)) {
+        std::memcpy(&resourceClass, answer.data(), sizeof(resourceClass));
+    }
+    return code;
+}
+
+DWORD ResourceClass(HRESOURCE resource) {
+    DWORD result = CLUS_RESCLASS_UNKNOWN;
+    ReadResourceClass(resource, result);
+    return result;
+}
