@@ -9,6 +9,7 @@
   run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
   run.py ... completion                                       what the completion scripts complete
   run.py ... schemas                                          docs/schemas: one for each command, and strict
+  run.py ... browser [--update]                               what "clusctl report" writes, in Chromium; --update writes docs/report.png
   run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
 
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
@@ -74,6 +75,7 @@ import time
 from pathlib import Path
 
 sys.dont_write_bytecode = True
+import browser  # noqa: E402
 import interrupted  # noqa: E402
 import schemas  # noqa: E402
 import secret  # noqa: E402
@@ -90,6 +92,7 @@ VCS_TOOLS = ("haconf", "hasys", "hagrp", "hares", "vcsencrypt")
 # All that may differ between two runs or two machines.
 VOLATILE = [
     (r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3} \d+ \d+ ", "TIME PID THREAD "),
+    (r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ", "TIME"),
     (r"(clus_\w+\.cpp)\(\d+\)", r"\1(LINE)"),
     (r"(?<=clusctl )\d+\.\d+\.\d+(?=\n)", "VERSION"),
     # Random IDs of what a command created; those of the models are of another version.
@@ -494,7 +497,7 @@ def is_about_log(command):
 def on_screen(line):
     """What a line shows at its end: carriage returns, erasing to the end, and moves to the right are obeyed."""
     shown, at = [], 0
-    for part in re.findall(r"\x1b\[\d*[A-Za-z]|\r|[^\x1b\r]", line):
+    for part in re.findall(r"\x1b\[[\d;]*[A-Za-z]|\r|[^\x1b\r]", re.sub(r"\x1b\[[\d;]*m", "", line)): # without colours
         if part == "\r":
             at = 0
         elif part.endswith("K") and len(part) > 1:
@@ -534,13 +537,38 @@ def check_demo(runner):
     return done.returncode == 0
 
 
+# The pages that are looked at: settings as of a case, and a word that some of their resources have.
+PAGES = {
+    "failover": ([("model", "two-node-single-copy.json"), ("registry", "cluster.reg")], "exvs-mail2"),
+    "odd-names": ([("model", "odd-names.json"), ("registry", "cluster.reg")], "<script>alert(1)"),
+    "many": ([("model", "seventy-servers.json"), ("more-resources", "300"), ("registry", "cluster.reg")], "service 299"),
+    "vcs": ([("vcs", "vcs-with-product.cf"), ("registry", "vcs.reg")], "genericservice"),
+}
+
+
+def check_pages(runner, update):
+    pages = []
+    for name, (settings, word) in PAGES.items():
+        case = Case(runner, f"page-{name}")
+        case.prepare(settings)
+        result = case.clusctl(["report", f"{name}.html"], {})
+        if not result.endswith("[exit 0]\n"):
+            print(result, end="")
+            return False
+        pages.append((case.folder / f"{name}.html", word))
+    pictures = runner.work / "pages"
+    problems = browser.check(pages, pictures, ROOT / "docs" / "report.png" if update else None)
+    print("".join(f"{problem}\n" for problem in problems), end="")
+    return not problems
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--bin", required=True)
     parser.add_argument("--prefix", required=True)
     parser.add_argument("--work", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "silent", "demo", *telling.CHECKS])
+    parser.add_argument("action", choices=["start", "stop", "case", "silent", "demo", "browser", *telling.CHECKS])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     runner = Runner(options)
@@ -551,6 +579,8 @@ def main():
     elif options.action in ("case", "silent"):
         results = [Case(runner, name, options.action == "silent").check(options.update) for name in options.names]
         sys.exit(0 if results and all(results) else 1)
+    elif options.action == "browser":
+        sys.exit(0 if check_pages(runner, options.update) else 1)
     elif options.action == "demo":
         sys.exit(0 if check_demo(runner) else 1)
     else:

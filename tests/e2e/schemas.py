@@ -56,6 +56,8 @@ def problems_of(arguments, output):
 
 def is_expected(arguments, output):
     """Whether a command line has to print a document: with --json all but those that print a text do."""
+    if "--watch" in arguments: # a document a line, of another kind
+        return False
     wants = "--json" in arguments and not {"--help", "-h", "--version"} & set(arguments)
     words = [argument for argument in arguments if not argument.startswith("-")]
     tells = bool(words) and words[0] in TELLING

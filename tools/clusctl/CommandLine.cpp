@@ -238,12 +238,15 @@ bool CommandLine::Changes() const {
 }
 
 bool CommandLine::FinishesStep() const {
-    return Asked() == Answering::Vcs || Changes();
+    const CLI::Option* const watch = Deepest().get_option_no_throw("--watch");
+    return Asked() == Answering::Vcs || Changes() || (watch != nullptr && watch->count() > 0);
 }
 
 Answering CommandLine::Asked() const {
     static const char* const askingEither[] = {
         "graph",
+        "report",
+        "status",
         "tree",
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {

@@ -36,6 +36,17 @@ public:
     // A document that is printed as it is, in both forms, with the warnings of another report.
     static Report Verbatim(Json document, const Report& warned);
 
+    // Of a command that printed what there is to show as it came, and ends with this code.
+    static Report Printed(ExitCode code) {
+        Report report;
+        report.m_isPrinted = true;
+        report.m_exitCode = code;
+        return report;
+    }
+    bool IsPrinted() const {
+        return m_isPrinted;
+    }
+
     // What the reader has to know besides: shown on standard error, and in JSON as "warnings".
     void AddWarning(const std::string& warning);
 
@@ -45,6 +56,15 @@ public:
     // Something that belongs to the answer is not in it: the warning says what. The answer is shown all the same, and
     // the command ends with ExitIncomplete.
     void MarkIncomplete(const std::string& warning);
+
+    // The command has done its work, and ends with this code all the same.
+    void EndWith(ExitCode code) {
+        m_exitCode = code;
+    }
+    // ExitIncomplete when something is missing.
+    ExitCode Code() const {
+        return m_isComplete ? m_exitCode : ExitIncomplete;
+    }
 
     const std::vector<std::string>& Warnings() const {
         return m_warnings;
@@ -79,8 +99,10 @@ private:
     Json m_document = Json::object();
     std::vector<Section> m_sections;
     std::vector<std::string> m_warnings;
+    ExitCode m_exitCode = ExitDone;
     bool m_isComplete = true;
     bool m_isVerbatim = false;
+    bool m_isPrinted = false;
 };
 
 // The work failed halfway; what there is to show of it is printed like a result.

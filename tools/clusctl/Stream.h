@@ -7,6 +7,17 @@
 
 #include <string>
 
+// What a text may hold to change how the following is shown on a console. Elsewhere they are written as they are: a
+// text for a file has none.
+namespace Styles {
+const char Plain[] = "\x1B[0m";
+const char Bold[] = "\x1B[1m";
+const char Reverse[] = "\x1B[7m";
+const char Red[] = "\x1B[31m";
+const char Green[] = "\x1B[32m";
+const char Yellow[] = "\x1B[33m";
+} // namespace Styles
+
 class Stream {
 public:
     // `standardHandle`: STD_OUTPUT_HANDLE or STD_ERROR_HANDLE.
@@ -18,6 +29,9 @@ public:
     bool IsConsole() const;
 
 private:
+    DWORD WriteStyled(const std::string& text) const;
+    DWORD WritePlain(const std::string& text) const;
+
     HANDLE m_handle;
     bool m_isConsole;
 };

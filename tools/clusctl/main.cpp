@@ -13,10 +13,12 @@
 #include "Password.h"
 #include "PictureCommands.h"
 #include "ProductResourceCommands.h"
+#include "ReportCommand.h"
 #include "RunMarker.h"
 #include "ServerCommands.h"
 #include "SmtpCommands.h"
 #include "SnapshotCommand.h"
+#include "StatusCommand.h"
 #include "Stream.h"
 #include "Text.h"
 #include "VcsCommands.h"
@@ -105,7 +107,9 @@ public:
     void Show(const Report& report) const {
         Warn(report.Warnings());
         ShowLog();
-        Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
+        if (!report.IsPrinted()) {
+            Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
+        }
     }
 
     // `shown`: what there is to show of the work done until then, if anything.
@@ -181,7 +185,7 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
         }
         throw Failure(Errors::Interrupted, std::string("interrupted: ") + failure.what()).Hint(failure.Hint());
     }
-    if (Interruption::IsPending()) {
+    if (Interruption::IsPending() && !report.IsPrinted()) {
         if (isVcs) {
             throw InterruptedFailure(log, Report());
         }
@@ -249,7 +253,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         if (commandLine.Changes()) {
             killed.Forget();
         }
-        return report.IsComplete() ? ExitDone : ExitIncomplete;
+        return report.Code();
     } catch (const FailureWithReport& halfway) {
         setBesides();
         answer.Show(halfway, withKilled(halfway.Shown()));
@@ -272,7 +276,9 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddDiskCommand(commandLine);
     AddProductResourceCommands(commandLine);
     AddSmtpCommands(commandLine);
+    AddReportCommand(commandLine);
     AddSnapshotCommand(commandLine);
+    AddStatusCommand(commandLine);
     AddPictureCommands(commandLine);
     AddVcsCommands(commandLine);
     AddHelpCommands(commandLine);

@@ -1,0 +1,83 @@
+#include "ReportCommand.h"
+
+#include "ClusterInUse.h"
+#include "CommandLine.h"
+#include "Deployment.h"
+#include "NewFile.h"
+#include "Simulation.h"
+#include "Status.h"
+#include "Text.h"
+#include "ThisComputer.h"
+
+#include "picture/HtmlPage.h"
+
+#include "common/Files.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <cstdio>
+#include <memory>
+
+using namespace picture;
+
+namespace {
+
+const char Heading[] = "The cluster";
+
+std::string Now() {
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    char text[40];
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u UTC", now.wYear, now.wMonth, now.wDay, now.wHour,
+                  now.wMinute, now.wSecond);
+    return text;
+}
+
+PageTable Settings() {
+    PageTable table = {"The product's settings on this computer", "", {"Setting", "Value"}, {}};
+    const Deployment deployment = ReadDeployment();
+    table.rows.push_back({"Deployment", deployment.kind});
+    table.rows.push_back({"Because", deployment.reason});
+    table.rows.push_back({"Registry key", common::ToUtf8(CVirtualServerUtil::GetProductRegistryKey())});
+    table.rows.push_back({"Data root", common::ToUtf8(CVirtualServerUtil::GetDataRootPath())});
+    return table;
+}
+
+Report WriteReport(const LogCapture& log, const std::wstring& file) {
+    RequireNoFile(file);
+    Report report;
+    const Simulation simulation(ClusterInUse());
+    const Status status = ReadStatus(log, report);
+    PageContent content;
+    content.madeAt = Now();
+    content.madeBy = "clusctl " CLUSCTL_VERSION;
+    content.computer = common::ToUtf8(ComputerName());
+    if (simulation.HasAnswered(log.Tools().Count() != 0)) {
+        content.simulated = simulation.File().empty() ? "no file" : common::ToUtf8(simulation.File());
+    }
+    content.warnings = report.Warnings();
+    content.tables = {Settings()};
+    content.cluster = status.cluster;
+    content.health = status.health;
+    WriteNewFile(file, HtmlPage(content));
+    report.AddSentence("report",
+                       {{"file", file},
+                        {"level", NameOf(status.health.level)},
+                        {"nodes", status.cluster.nodes.size()},
+                        {"groups", status.cluster.groups.size()},
+                        {"resources", status.cluster.resources.size()}},
+                       "Wrote " + Printable(file) + ".");
+    return report;
+}
+
+} // namespace
+
+void AddReportCommand(CommandLine& commandLine) {
+    const auto file = std::make_shared<std::wstring>();
+    CLI::App& report = commandLine.Add(Heading, "report", "Write how the cluster is as a page for a browser",
+                                       [file](const LogCapture& log) { return WriteReport(log, *file); });
+    CommandLine::AddText(report, "FILE", *file, "FILE", "The page to write; there must be none of that name")
+        .required()
+        // Commands of VCS do not run where the user is.
+        ->transform([](const std::string& text) { return common::ToUtf8(common::FullPath(common::ToUtf16(text))); });
+}

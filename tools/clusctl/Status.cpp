@@ -1,0 +1,73 @@
+#include "Status.h"
+
+#include "ClusterInUse.h"
+#include "PictureJson.h"
+#include "ReadPicture.h"
+
+#include <clus_VirtualServerUtil.h>
+
+using namespace picture;
+
+namespace {
+
+Json ProblemRecords(const Health& health) {
+    Json records = Json::array();
+    for (const Problem& problem : health.problems) {
+        records.push_back({{"level", NameOf(problem.level)}, {"object", problem.object}, {"text", problem.text}});
+    }
+    return records;
+}
+
+Json ServerRecords(const Health& health) {
+    Json records = Json::array();
+    for (const VirtualServer& server : health.servers) {
+        Json parts = Json::array();
+        for (const ProductPart& part : server.parts) {
+            parts.push_back(
+                {{"name", TextOrNull(part.name)}, {"service", TextOrNull(part.service)}, {"state", part.state}});
+        }
+        records.push_back({{"name", server.name},
+                           {"group", server.group},
+                           {"state", server.state},
+                           {"node", TextOrNull(server.node)},
+                           {"level", NameOf(server.level)},
+                           {"product", server.product},
+                           {"inOrder", server.isInOrder},
+                           {"protected", server.isProtected},
+                           {"productResources", std::move(parts)}});
+    }
+    return records;
+}
+
+} // namespace
+
+Status ReadStatus(const LogCapture& log, Report& report) {
+    Status status;
+    try {
+        status.cluster = ReadPicture(log, report);
+    } catch (const Failure& failure) {
+        const bool isPlain = ClusterInUse() == Answering::FailoverCluster && failure.Kind().exitCode == ExitNoAnswer &&
+                             !CVirtualServerUtil::CheckIsClusterByRegKey();
+        if (!isPlain) {
+            throw;
+        }
+    }
+    status.health = HealthOf(status.cluster, report.IsComplete());
+    return status;
+}
+
+Json StatusJson(const Status& status) {
+    Json groups = Json::array();
+    for (const Group& group : status.cluster.groups) {
+        groups.push_back(GroupRecord(group));
+    }
+    return {{"cluster", ClusterJson(status.cluster)},
+            {"health",
+             {{"level", NameOf(status.health.level)},
+              {"problems", ProblemRecords(status.health)},
+              {"resourcesFailed", status.health.resourcesFailed},
+              {"resourcesPending", status.health.resourcesPending}}},
+            {"servers", ServerRecords(status.health)},
+            {"nodes", NodeRecords(status.cluster)},
+            {"groups", std::move(groups)}};
+}

@@ -1,0 +1,216 @@
+#include "StatusWatch.h"
+
+#include "ClusterInUse.h"
+#include "ClusterNotices.h"
+#include "Interruption.h"
+#include "Simulation.h"
+#include "Status.h"
+#include "StatusText.h"
+#include "Stream.h"
+#include "Text.h"
+
+#include "picture/Changes.h"
+#include "picture/TextWidth.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <set>
+#include <utility>
+
+using namespace picture;
+
+namespace {
+
+// "2026-11-22T16:45:03Z"
+std::string Now() {
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    char text[32];
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02uZ", now.wYear, now.wMonth, now.wDay, now.wHour,
+                  now.wMinute, now.wSecond);
+    return text;
+}
+
+void Print(const Stream& output, const std::string& text) {
+    const DWORD code = output.Write(text);
+    if (code != ERROR_SUCCESS) {
+        throw Failure(Errors::OutputFailed, "cannot write the output: " + ErrorText(code));
+    }
+}
+
+// What is shown, in one of three forms. `problem`: why the cluster cannot be read at present; empty when it can.
+class View {
+public:
+    View() = default;
+    virtual ~View() = default;
+    View(const View&) = delete;
+    View& operator=(const View&) = delete;
+
+    virtual void Show(const Status& status, const std::string& problem) = 0;
+};
+
+std::vector<StyledLine> PageOf(const Status& status, const std::string& problem) {
+    std::vector<StyledLine> lines = StatusPage(status.cluster, status.health);
+    if (!problem.empty()) {
+        lines.insert(lines.begin(), {"Not up to date: " + problem, Styles::Red});
+    }
+    return lines;
+}
+
+// Draws over what it drew before; what does not fit into the window is left out.
+class TerminalView : public View {
+public:
+    explicit TerminalView(std::chrono::seconds interval) : m_interval(interval) {
+    }
+
+    void Show(const Status& status, const std::string& problem) override {
+        std::vector<StyledLine> lines = PageOf(status, problem);
+        Highlight(lines);
+        lines.insert(lines.begin(),
+                     {Now() + ", at least every " + std::to_string(m_interval.count()) + " s; Ctrl+C ends", ""});
+        Draw(lines);
+    }
+
+private:
+    // Lines that were not there the last time.
+    void Highlight(std::vector<StyledLine>& lines) {
+        std::set<std::string> shown;
+        for (StyledLine& line : lines) {
+            shown.insert(line.text);
+            if (!m_shown.empty() && m_shown.count(line.text) == 0) {
+                line.style = Styles::Reverse;
+            }
+        }
+        m_shown.swap(shown);
+    }
+
+    void Draw(const std::vector<StyledLine>& lines) {
+        const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+        CONSOLE_SCREEN_BUFFER_INFO screen = {};
+        GetConsoleScreenBufferInfo(console, &screen);
+        const auto width = static_cast<size_t>(std::max(20, screen.srWindow.Right - screen.srWindow.Left));
+        const auto height = static_cast<size_t>(std::max(5, screen.srWindow.Bottom - screen.srWindow.Top));
+        std::vector<StyledLine> drawn(lines.begin(),
+                                      lines.begin() + static_cast<std::ptrdiff_t>(std::min(lines.size(), height)));
+        const size_t used = drawn.size();
+        drawn.resize(std::min(std::max(m_height, used), height));
+        for (StyledLine& line : drawn) {
+            line.text = PaddedToCells(ShortenedToCells(line.text, width), width);
+        }
+        m_height = used;
+        if (!m_isPlaced) { // below what stands there: at the window's top once it has been scrolled there
+            Print(m_output, std::string(height, '\n'));
+            GetConsoleScreenBufferInfo(console, &screen);
+            m_isPlaced = true;
+        }
+        SetConsoleCursorPosition(console, {screen.srWindow.Left, screen.srWindow.Top});
+        Print(m_output, PageText(drawn, WantsColour()) + "\n");
+    }
+
+    const std::chrono::seconds m_interval;
+    const Stream m_output{STD_OUTPUT_HANDLE};
+    std::set<std::string> m_shown;
+    size_t m_height = 0;
+    bool m_isPlaced = false;
+};
+
+// Each page that differs from the one before, with its time.
+class TextView : public View {
+public:
+    void Show(const Status& status, const std::string& problem) override {
+        const std::string page = PageText(PageOf(status, problem), false);
+        if (page != m_last) {
+            Print(m_output, (m_last.empty() ? "" : "\n") + ("[" + Now() + "]\n") + page + "\n");
+            m_last = page;
+        }
+    }
+
+private:
+    const Stream m_output{STD_OUTPUT_HANDLE};
+    std::string m_last;
+};
+
+// The status in the first line, then a line for each change.
+class JsonView : public View {
+public:
+    void Show(const Status& status, const std::string& problem) override {
+        if (!m_hasBegun) {
+            const Simulation simulation(ClusterInUse());
+            Json line = {{"time", Now()}};
+            line.update(StatusJson(status));
+            line["simulated"] = TextOrNull(simulation.HasAnswered(true) ? simulation.File() : std::wstring());
+            Write(line);
+            m_hasBegun = true;
+        } else {
+            WriteChange("cluster", m_last.cluster.name, "answer", m_problem.empty() ? "" : m_problem, problem);
+            for (const Change& change : ChangesBetween(m_last.cluster, status.cluster)) {
+                WriteChange(change.kind, change.name, change.what, change.from, change.to);
+            }
+            WriteChange("cluster", status.cluster.name, "health", NameOf(m_last.health.level),
+                        NameOf(status.health.level));
+        }
+        m_last = status;
+        m_problem = problem;
+    }
+
+private:
+    void WriteChange(const char* kind, const std::string& name, const char* what, const std::string& from,
+                     const std::string& to) const {
+        if (from != to) {
+            Write({{"time", Now()},
+                   {"kind", kind},
+                   {"name", name.empty() ? Json() : Json(name)},
+                   {"what", what},
+                   {"from", from.empty() ? Json() : Json(from)},
+                   {"to", to.empty() ? Json() : Json(to)}});
+        }
+    }
+
+    void Write(const Json& line) const {
+        Print(m_output, common::DumpJsonLine(line) + "\n");
+    }
+
+    const Stream m_output{STD_OUTPUT_HANDLE};
+    bool m_hasBegun = false;
+    Status m_last;
+    std::string m_problem;
+};
+
+std::unique_ptr<View> MakeView(const WatchOptions& options) {
+    if (options.isJson) {
+        return std::make_unique<JsonView>();
+    }
+    if (Stream(STD_OUTPUT_HANDLE).IsConsole()) {
+        return std::make_unique<TerminalView>(options.interval);
+    }
+    return std::make_unique<TextView>();
+}
+
+} // namespace
+
+Report WatchStatus(const LogCapture& log, const WatchOptions& options) {
+    const std::unique_ptr<View> view = MakeView(options);
+    Report unread;
+    try {
+        ClusterNotices notices(ClusterInUse() == Answering::FailoverCluster);
+        Status status = ReadStatus(log, unread);
+        view->Show(status, std::string());
+        for (;;) {
+            notices.Await(options.interval);
+            std::string problem;
+            try {
+                Report ofThisTime;
+                status = ReadStatus(log, ofThisTime);
+            } catch (const Interrupted&) {
+                throw;
+            } catch (const Failure& failure) { // the cluster may come back
+                problem = failure.what();
+            }
+            view->Show(status, problem);
+        }
+    } catch (const Interrupted&) {
+        return Report::Printed(ExitInterrupted);
+    }
+}
