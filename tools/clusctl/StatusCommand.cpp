@@ -38,11 +38,8 @@ ExitCode MonitoringCode(Level level) {
     }
 }
 
-Report CheckReport(const std::string& line, Level level, const Json& document) {
+Report CheckReport(const std::string& line, Level level) {
     Report report;
-    for (const auto& member : document.items()) {
-        report.AddMember(member.key().c_str(), member.value());
-    }
     report.AddSentence("check", {{"level", NameOf(level)}, {"line", line}}, line);
     report.EndWith(MonitoringCode(level));
     return report;
@@ -58,7 +55,7 @@ Report Check(const LogCapture& log) {
                                      ? "CLUSTER OK - this computer is in no cluster, and the product is configured for "
                                        "none"
                                      : MonitoringLine(status.cluster, status.health);
-        Report report = CheckReport(line, status.health.level, StatusJson(status));
+        Report report = CheckReport(line, status.health.level);
         for (const std::string& warning : unread.Warnings()) {
             report.AddWarning(warning);
         }
@@ -74,7 +71,7 @@ Report Check(const LogCapture& log) {
         what = what.substr(0, what.find('\n'));
         std::replace(what.begin(), what.end(), '|', '/');
         return CheckReport((isDown ? "CLUSTER CRITICAL - " : "CLUSTER UNKNOWN - ") + what,
-                           isDown ? Level::Critical : Level::Unknown, Json::object());
+                           isDown ? Level::Critical : Level::Unknown);
     }
 }
 
