@@ -8,8 +8,6 @@
 #include "core/ResourceTypes.h"
 #include "core/ValueList.h"
 
-#include <cstring>
-
 namespace {
 
 // Null, and said, when the cluster does not give it. One that is there and empty stays a text.

@@ -46,17 +46,6 @@ bool IsJson(const std::wstring& file) {
     }
 }
 
-// The file that a model is read from. Throws Failure when there is none.
-std::wstring ModelFile(const std::wstring& named) {
-    const std::wstring path = common::FullPath(named);
-    const std::wstring model = IsFolder(path) ? path + MainCf : path;
-    if (!common::FileExists(model)) {
-        throw Failure(Errors::FileNotFound, "there is no model " + Quoted(named))
-            .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");
-    }
-    return model;
-}
-
 // Where the installation has the simulators, or the build.
 std::wstring SimulatorFolder(const wchar_t* file) {
     const std::wstring program = ProgramFolder();
@@ -69,6 +58,18 @@ std::wstring SimulatorFolder(const wchar_t* file) {
         .Hint("It belongs into the folder simulator, beside that of clusctl.exe.");
 }
 
+} // namespace
+
+std::wstring ModelFile(const std::wstring& named) {
+    const std::wstring path = common::FullPath(named);
+    const std::wstring model = IsFolder(path) ? path + MainCf : path;
+    if (!common::FileExists(model)) {
+        throw Failure(Errors::FileNotFound, "there is no model " + Quoted(named))
+            .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");
+    }
+    return model;
+}
+
 // What is loaded by its path is found by its name from then on, by this program and by the library.
 void LoadClusterSimulator() {
     const std::wstring folder = SimulatorFolder(L"clusapi.dll");
@@ -78,8 +79,6 @@ void LoadClusterSimulator() {
         }
     }
 }
-
-} // namespace
 
 bool IsModelOfVcs(const std::wstring& file) {
     return !IsJson(ModelFile(file));

@@ -16,6 +16,12 @@ void UseModel(const std::wstring& file, Answering asked);
 // read.
 bool IsModelOfVcs(const std::wstring& file);
 
+// The file that a model is read from: itself, or the main.cf of a folder. Throws Failure when there is none.
+std::wstring ModelFile(const std::wstring& named);
+
+// Loads the simulator of failover clusters in place of the cluster API. Throws Failure when the installation lacks it.
+void LoadClusterSimulator();
+
 // As the user has named it; empty without one.
 const std::wstring& NamedModel();
 

@@ -8,6 +8,7 @@
 #include "HostCommands.h"
 #include "Interruption.h"
 #include "LogCapture.h"
+#include "ModelCommands.h"
 #include "ModelInUse.h"
 #include "ModelSettings.h"
 #include "Password.h"
@@ -279,6 +280,7 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddReportCommand(commandLine);
     AddSnapshotCommand(commandLine);
     AddStatusCommand(commandLine);
+    AddModelCommands(commandLine);
     AddPictureCommands(commandLine);
     AddVcsCommands(commandLine);
     AddHelpCommands(commandLine);

@@ -1,0 +1,91 @@
+#include "ModelCommands.h"
+
+#include "CommandLine.h"
+#include "ModelFindings.h"
+#include "Text.h"
+
+#include <memory>
+
+namespace {
+
+const char Heading[] = "Rehearsal";
+
+const Columns FindingTitles = {
+    {"file", "FILE"},
+    {"line", "LINE"},
+    {"column", "COLUMN"},
+    {"message", "FINDING"},
+};
+
+const Columns DifferenceTitles = {
+    {"change", "CHANGE"}, {"object", "OBJECT"}, {"property", "PROPERTY"}, {"before", "BEFORE"}, {"after", "AFTER"},
+};
+
+struct TwoModels {
+    std::wstring before;
+    std::wstring after;
+    bool tells = false; // by the exit code
+};
+
+Json NumberOrNull(std::size_t number) {
+    return number == 0 ? Json() : Json(number);
+}
+
+Report Check(const std::wstring& model) {
+    Json findings = Json::array();
+    for (const ModelFinding& finding : CheckModel(model)) {
+        findings.push_back({{"file", finding.file},
+                            {"line", NumberOrNull(finding.line)},
+                            {"column", NumberOrNull(finding.column)},
+                            {"message", finding.message}});
+    }
+    const std::size_t count = findings.size();
+    Report report;
+    report.AddTable("findings", std::move(findings), FindingTitles, "The model is in order.");
+    if (count != 0) {
+        throw FailureWithReport(Failure("the model " + Quoted(model) + " is not in order"), report);
+    }
+    return report;
+}
+
+// Lists and numbers as they stand in a model.
+Json Shown(const Json& value) {
+    return value.is_null() || value.is_string() ? value : Json(value.dump());
+}
+
+Report Compare(const TwoModels& models) {
+    Json differences = Json::array();
+    for (const ModelDifference& difference : CompareModels(models.before, models.after)) {
+        differences.push_back({{"change", difference.change},
+                               {"object", difference.object},
+                               {"property", difference.property.empty() ? Json() : Json(difference.property)},
+                               {"before", Shown(difference.before)},
+                               {"after", Shown(difference.after)}});
+    }
+    const bool isSame = differences.empty();
+    Report report;
+    report.AddTable("differences", std::move(differences), DifferenceTitles, "The models are the same.");
+    if (models.tells && !isSame) {
+        throw FailureWithReport(Failure("the models differ"), report);
+    }
+    return report;
+}
+
+} // namespace
+
+void AddModelCommands(CommandLine& commandLine) {
+    CLI::App& family = commandLine.AddFamily(Heading, "model", "Check models of the simulators, and compare them");
+
+    const auto checked = std::make_shared<std::wstring>();
+    CLI::App& check = commandLine.AddTo(family, "check", "Tell what is wrong with a model, and where",
+                                        [checked](const LogCapture&) { return Check(*checked); });
+    CommandLine::AddText(check, "PATH", *checked, "PATH", "A model, or a folder with a main.cf").required();
+
+    const auto models = std::make_shared<TwoModels>();
+    CLI::App& difference = commandLine.AddTo(family, "diff", "Tell how two models differ, object by object",
+                                             [models](const LogCapture&) { return Compare(*models); });
+    CommandLine::AddText(difference, "BEFORE", models->before, "PATH", "A model, or a folder with a main.cf")
+        .required();
+    CommandLine::AddText(difference, "AFTER", models->after, "PATH", "Another one of the same kind").required();
+    difference.add_flag("--exit-code", models->tells, "End with exit code 1 when they differ");
+}
