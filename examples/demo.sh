@@ -311,4 +311,26 @@ export VCSSIM_OPTIONS=engine=down
 try 7 "the VCS engine is not running" vcs servers
 unset VCSSIM_OPTIONS
 
+heading "17. Why is a server missing?"
+say "Back on the first cluster. Somebody tidies up, and deletes a resource whose name tells him nothing:" ""
+say '  $ unset VCSSIM_MAIN_CF' ""
+unset VCSSIM_MAIN_CF
+settings cluster.reg
+cluster two-node-single-copy.json
+try 0 'Deleted "Zyntra Gate (EXVS-MAIL1)"' resource delete EXVS-MAIL1
+say "EXVS-MAIL1 is not protected any more, and nothing says so:" ""
+try 0 "EXVS-MAIL2" servers
+rejects "EXVS-MAIL1"
+say "The doctor walks through the library's decisions, and ends with what mends it:" ""
+try 12 "[product-resource-missing]" doctor EXVS-MAIL1
+saidToo 'Do: clusctl resource create "EXVS-MAIL1" --name "Zyntra Gate (EXVS-MAIL1)"'
+say "Done as it says, on the disk of that server:" ""
+try 0 'KOVA_DATA_PATH: F:\Zyntra Gate' resource create EXVS-MAIL1 --name "Zyntra Gate (EXVS-MAIL1)" --data-path 'F:\Zyntra Gate'
+say "Is that all? It is a warning now, no error:" ""
+try 11 "[product-offline]" doctor EXVS-MAIL1
+rejects "[product-resource-missing]"
+try 0 "online" resource online EXVS-MAIL1 --wait
+try 0 "[server-served]" doctor EXVS-MAIL1
+try 0 "EXVS-MAIL1  192.0.2.21  yes" servers
+
 say "That was the tour. 'clusctl --help' lists the rest, examples/README.md says how to go on by hand."

@@ -10,13 +10,14 @@
   run.py ... completion                                       what the completion scripts complete
   run.py ... schemas                                          docs/schemas: one for each command, and strict
   run.py ... browser [--update]                               what "clusctl report" writes, in Chromium; --update writes docs/report.png
+  run.py ... doctor                                           that the cases show each code of the doctor, and docs/doctor.md has it
   run.py ... demo                                             examples/demo.sh, from copies in a folder with blanks in its name
 
 A case is a transcript: lines that begin with "$ " are run, and what they print and their exit code follow. Before the first of them stand
 the case's purpose ("# ...") and its setting:
 
   model FILE          a model from models/ or examples/, copied to model.json, which CLUSSIM_FILE names
-  more-resources N    so many resources are added to the model's first group
+  more-resources N [TYPE]  so many resources, Generic Services without a type, are added to the model's first group
   registry FILE       a registry file from examples/ or models/; without it the product is not installed
   computer NAME       the computer's name, NODE1 without it
   iis FILE            the web server's configuration on this computer
@@ -27,6 +28,9 @@ the case's purpose ("# ...") and its setting:
   missing DLL         this DLL does not lie beside clusctl
   replaced DLL OTHER  another one lies there under this name
   settings KEY        clusctl runs with a cfg_ProductRegistry.txt beside it that names this registry key
+  settings-file [config] FILE  this file of models/ is that file, or the one in the folder config
+  registry-access read  the product's key can be read and not written
+  version DLL NUMBER  this DLL has that version
   vcs FILE            a main.cf from models/ or examples/, copied to main.cf, which VCSSIM_MAIN_CF names, with its state if there is one
   vcs-tools TOOL ...  the only VCS tools on the search path; "none" for none
   disk KILOBYTES      the temporary folder lies on a disk of this size; without the right to mount one the case is not run (exit code 77)
@@ -68,6 +72,7 @@ import pty
 import re
 import shlex
 import shutil
+import struct
 import subprocess
 import sys
 import termios
@@ -100,7 +105,10 @@ VOLATILE = [
     (r"ha-[0-9a-f]+\.tmp", "ha-NAME.tmp"),
     (r"process \d+, begun \d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC", "process NUMBER, begun TIME"),
     (r"Z:(\\+)[^ \"]*\\+(?=(?:ha\w+|vcsencrypt)\.exe)", r"BIN\1"),
+    (r"Z:(\\+)[^ \"]*\\bin\\+(?=[\w+-]+\.dll\\?\")", r"BIN\1"),
     (r"Z:\\[^ \"]*\\bin(?=\\?\")", "BIN"),
+    # Of Wine's run-time, and whatever else is no part of this project.
+    (r"(?<=of version )\d+\.\d+\.\d+\.\d+(?=, and is \\?\"C:)", "VERSION"),
     (r"Z:\\[^ \"]*\\e2e\\+work\\+(?:silent\\+)?(?!silent\\)[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
     (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+(?:silent\\+)?", r"WORK\1"),
     (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
@@ -160,6 +168,7 @@ class Case:
         self.configuration = self.model = None
         self.problems = []  # of JSON documents
         self.disks = []
+        self.restricted = False
 
     def prepare(self, settings):
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -172,10 +181,19 @@ class Case:
                 self.model = value
                 self.copy_model()
             elif word == "more-resources":
-                self.add_resources(int(value))
+                count, _, kind = value.partition(" ")
+                self.add_resources(int(count), kind or "Generic Service")
             elif word == "settings":
                 text = f"RegKeyProductCurrentVersion\t{value}\n"
                 (self.own_program_folder() / "cfg_ProductRegistry.txt").write_text(text, encoding="ascii")
+            elif word == "settings-file":
+                *place, name = value.split()
+                folder = self.own_program_folder().joinpath(*place)
+                folder.mkdir(exist_ok=True)
+                shutil.copy(find_input(name), folder / "cfg_ProductRegistry.txt")
+            elif word == "version":
+                name, version = value.split()
+                self.set_version(self.own_program_folder() / name, version)
             elif word == "debug-log":
                 library = self.own_program_folder() / "DebugLog.dll"
                 library.unlink()
@@ -221,11 +239,28 @@ class Case:
                 shutil.copy(find_input(value), self.folder / "faults.json")
             elif word == "iis":
                 self.set_web_server(find_input(value).read_text(encoding="utf-8"))
-            elif word not in ("registry", "computer"):
+            elif word not in ("registry", "registry-access", "computer"):
                 sys.exit(f"{self.file.name}: unknown setting '{word}'")
         values = dict(settings)
         registry = find_input(values["registry"]).read_text(encoding="ascii") if "registry" in values else None
         self.runner.set_registry(self.folder, values.get("computer", COMPUTER), registry)
+        if "registry-access" in values:
+            self.set_access(values["registry-access"])
+
+    def set_access(self, access):
+        """Of the product's key: "read" or "full"; lasts until it is set again."""
+        self.restricted = access != "full"
+        self.runner.quiet(*self.runner.wine(self.runner.bin / "e2e" / "access-tool.exe", access))
+
+    @staticmethod
+    def set_version(file, version):
+        """In the version resource of a copy of the file."""
+        data = bytearray(file.read_bytes())
+        fixed = data.index((0xFEEF04BD).to_bytes(4, "little"))
+        first, second, third, fourth = (int(number) for number in version.split("."))
+        data[fixed + 8:fixed + 16] = struct.pack("<4H", second, first, fourth, third)
+        file.unlink()
+        file.write_bytes(data)
 
     def marks(self):
         """The files that runs leave while they last."""
@@ -256,12 +291,12 @@ class Case:
         text = expanded(find_input(self.model).read_text(encoding="utf-8"))
         (self.folder / "model.json").write_text(text, encoding="utf-8")
 
-    def add_resources(self, count):
+    def add_resources(self, count, kind):
         """To the first group of the model."""
         file = self.folder / "model.json"
         model = json.loads(file.read_text(encoding="utf-8"))
         for number in range(count):
-            model["resources"].append({"name": f"Service {number}", "type": "Generic Service", "group": model["groups"][0]["name"],
+            model["resources"].append({"name": f"Service {number}", "type": kind, "group": model["groups"][0]["name"],
                                        "id": f"00000000-0000-4000-8000-{number:012x}", "state": "Online"})
         file.write_text(json.dumps(model), encoding="utf-8")
 
@@ -456,6 +491,8 @@ class Case:
             return self.run_lines(lines, first)
         finally:
             self.unmount_disks()
+            if self.restricted:
+                self.set_access("full")
 
     def run_lines(self, lines, first):
         result = "\n".join(lines[:first]).rstrip("\n") + "\n"

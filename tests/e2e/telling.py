@@ -7,6 +7,7 @@ import re
 import shutil
 import subprocess
 
+import doctor
 import schemas
 
 ROOT = schemas.FOLDER.parent.parent
@@ -165,4 +166,4 @@ def check_schemas(runner, _):
     return problems + schemas.problems_of_strictness()
 
 
-CHECKS = {"manual": check_manual, "help": check_help, "completion": check_completion, "schemas": check_schemas}
+CHECKS = {"manual": check_manual, "help": check_help, "completion": check_completion, "schemas": check_schemas, "doctor": doctor.check}

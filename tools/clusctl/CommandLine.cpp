@@ -248,11 +248,16 @@ Answering CommandLine::Asked() const {
         "report",
         "status",
         "tree",
+        "doctor",
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {
         return m_either;
     }
     return m_app.got_subcommand(VcsFamily) ? Answering::Vcs : Answering::FailoverCluster;
+}
+
+bool CommandLine::LooksAtTools() const {
+    return ChosenName() == "doctor";
 }
 
 void CommandLine::Ask(Answering chosen) {

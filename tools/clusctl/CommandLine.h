@@ -89,6 +89,8 @@ public:
     bool Changes() const;
     // Whether the step in progress is finished when the user interrupts it. The others end at once.
     bool FinishesStep() const;
+    // Whether it tells itself what is wrong with the files of the VCS tools.
+    bool LooksAtTools() const;
     // Whom the chosen command asks; one that asks either kind of cluster, whom it was told to.
     Answering Asked() const;
     void Ask(Answering chosen);

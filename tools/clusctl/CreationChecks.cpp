@@ -126,7 +126,8 @@ bool IsBelow(const std::wstring& path, const std::wstring& folder) {
     return whole.compare(0, folder.size(), common::Folded(folder)) == 0;
 }
 
-// Says nothing when the disk does not tell the path of each of its partitions.
+} // namespace
+
 void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path) {
     std::vector<unsigned char> answer;
     DWORD code = 0;
@@ -147,6 +148,8 @@ void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::
                                                ", whose paths are " + known);
     }
 }
+
+namespace {
 
 void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::wstring& serverGroup,
                  const std::wstring& dataPath) {
@@ -170,7 +173,9 @@ void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::w
                       "the disk " + Quoted(name) + " is " + StateWord(state) + " on the node " + Quoted(owner))
             .Hint("It has to be online on this node.");
     }
-    RequirePathOnDisk(disk.get(), name, dataPath);
+    if (!dataPath.empty()) {
+        RequirePathOnDisk(disk.get(), name, dataPath);
+    }
 }
 
 Parts FindParts(CCluster& cluster, const CreationRequest& request, const ServerPlace& place,

@@ -7,7 +7,7 @@
 struct CreationRequest {
     std::wstring server;
     std::wstring name;
-    std::wstring dataPath; // complete
+    std::wstring dataPath; // complete; empty: not checked
     bool isSingleCopy;
     std::wstring disk; // empty: the System Attendant's
 };
@@ -22,6 +22,10 @@ void RequireCreatable(CCluster& cluster, const CreationRequest& request);
 // Adds a warning for each possible owner that the new resource lacks, and when it would not be restarted as the product
 // wants it. `record` is the new resource in detail.
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report);
+
+// Throws Failure when a path is on none of the disk's. Says nothing when the disk does not tell the path of each of its
+// partitions.
+void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path);
 
 // Whether a path begins with a drive: "F:\Zyntra Gate".
 bool IsAbsolutePath(const std::wstring& path);

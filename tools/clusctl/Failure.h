@@ -17,7 +17,9 @@ enum ExitCode {
     ExitNoAnswer = 7, // the cluster, or its tools, do not answer
     ExitIncomplete = 8,
     ExitAccessDenied = 9,
-    ExitInterrupted = 10
+    ExitInterrupted = 10,
+    ExitWarnings = 11, // of the doctor: its worst finding
+    ExitErrors = 12
 };
 
 struct ErrorKind {

@@ -12,10 +12,11 @@
 #include <cwchar>
 #include <vector>
 
+const wchar_t CompiledInProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
+
 namespace {
 
-// Where the library looks for these two, whatever the settings file names.
-const wchar_t CompiledInKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
+// The library looks for these two in the compiled-in key, whatever the settings file names.
 const wchar_t DataRootName[] = L"DataRootPath";
 const wchar_t ThirdPartyName[] = L"ThirdPartyClusterType";
 
@@ -169,8 +170,8 @@ Json ReadProductSettings() {
     for (const wchar_t* name : TextNames) {
         AddValue(settings, path, name, REG_SZ);
     }
-    AddValue(settings, CompiledInKey, DataRootName, REG_SZ);
-    AddValue(settings, CompiledInKey, ThirdPartyName, REG_DWORD);
+    AddValue(settings, CompiledInProductKey, DataRootName, REG_SZ);
+    AddValue(settings, CompiledInProductKey, ThirdPartyName, REG_DWORD);
     return settings;
 }
 
@@ -210,7 +211,7 @@ bool ModelSettings::AreInForce() {
 void ModelSettings::Apply(const Json& settings) {
     m_machine = CreateVolatile(HKEY_CURRENT_USER, m_name);
     const HKEY product = CreateVolatile(m_machine, CVirtualServerUtil::GetProductRegistryKey());
-    const HKEY compiledIn = CreateVolatile(m_machine, CompiledInKey);
+    const HKEY compiledIn = CreateVolatile(m_machine, CompiledInProductKey);
     LSTATUS code = ERROR_SUCCESS;
     for (const auto& member : settings.items()) {
         const std::wstring name = common::ToUtf16(member.key());

@@ -10,6 +10,9 @@
 
 #include <string>
 
+// The product's key under HKEY_LOCAL_MACHINE unless the settings file names another one.
+extern const wchar_t CompiledInProductKey[];
+
 // The registry values of the product that the library reads, those that are there.
 Json ReadProductSettings();
 

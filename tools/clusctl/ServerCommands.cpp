@@ -48,25 +48,14 @@ Json ServerRecord(const CClusterVirtualServerInfo& info) {
     throw Failure(Errors::Incomplete, "the cluster's resources could not be listed, and can be now").Hint("Ask again.");
 }
 
-// One question: room for more servers than a node serves costs less than a second walk over the cluster. What the list
-// lacks is told to the report.
+// What the list lacks is told to the report.
 std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
-    const size_t ample = 1024;
-    CVirtualServerUtil util;
-    std::vector<CClusterVirtualServerInfo> servers(ample);
-    auto count = static_cast<int>(servers.size());
-    Names leftOut;
-    CVirtualServerUtil::ENUM_VS_RESULT result = util.EnumServersOnCurrentNodeEx(servers.data(), &count, leftOut);
-    while (result == CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA) {
-        servers.resize(static_cast<size_t>(count));
-        result = util.EnumServersOnCurrentNodeEx(servers.data(), &count, leftOut);
-    }
-    if (result != CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS) {
+    ServersHere here;
+    if (!ListServersHere(here)) {
         FailToList();
     }
-    servers.resize(static_cast<size_t>(count));
-    TellServersLeftOut(leftOut, report);
-    return servers;
+    TellServersLeftOut(here.leftOut, report);
+    return here.servers;
 }
 
 Report Servers(const LogCapture& log, bool isExplained) {

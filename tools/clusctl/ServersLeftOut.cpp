@@ -6,9 +6,24 @@
 
 #include "core/ResourceTypes.h"
 
-#include <clus_VirtualServerUtil.h>
-
 #include <memory>
+
+// One question: room for more servers than a node serves costs less than a second walk over the cluster.
+bool ListServersHere(ServersHere& here) {
+    const size_t ample = 1024;
+    CVirtualServerUtil util;
+    here.servers.resize(ample);
+    auto count = static_cast<int>(ample);
+    CVirtualServerUtil::ENUM_VS_RESULT result =
+        util.EnumServersOnCurrentNodeEx(here.servers.data(), &count, here.leftOut);
+    while (result == CVirtualServerUtil::ENUM_VS_RESULT_MORE_DATA) {
+        here.servers.resize(static_cast<size_t>(count));
+        result = util.EnumServersOnCurrentNodeEx(here.servers.data(), &count, here.leftOut);
+    }
+    const bool isListed = result == CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS;
+    here.servers.resize(isListed ? static_cast<size_t>(count) : 0);
+    return isListed;
+}
 
 namespace {
 

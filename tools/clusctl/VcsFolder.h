@@ -2,16 +2,14 @@
 #ifndef CLUSCTL_VCSFOLDER_H
 #define CLUSCTL_VCSFOLDER_H
 
-#include "common/Handle.h"
-#include "common/TemporaryFolder.h"
+#include "PrivateFolder.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
 // While it lives it is the current folder, and files that the environment names for the VCS simulator are named
-// absolutely. So no tool is found where the caller happens to be, and nobody else can put anything in its way. Folders
-// that ended runs have left are removed.
+// absolutely. So no tool is found where the caller happens to be, and nobody else can put anything in its way.
 class VcsFolder {
 public:
     // Throws Failure when it cannot be made or written.
@@ -19,6 +17,9 @@ public:
     ~VcsFolder();
     VcsFolder(const VcsFolder&) = delete;
     VcsFolder& operator=(const VcsFolder&) = delete;
+
+    // The folder in which the caller started this program, whether or not one of these lives.
+    static std::wstring CallersFolder();
 
 private:
     struct Variable {
@@ -30,8 +31,7 @@ private:
     void NameAbsolutely(const wchar_t* variable);
 
     std::wstring m_former;
-    std::unique_ptr<common::TemporaryFolder> m_folder;
-    common::Handle m_use; // held while the folder is in use
+    std::unique_ptr<PrivateFolder> m_folder;
     std::vector<Variable> m_variables;
 };
 

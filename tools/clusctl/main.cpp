@@ -4,6 +4,7 @@
 #include "CommandLine.h"
 #include "DelayedLibraries.h"
 #include "DiskCommand.h"
+#include "DoctorCommand.h"
 #include "HelpCommands.h"
 #include "HostCommands.h"
 #include "Interruption.h"
@@ -244,7 +245,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
             if (shared.showsTools) {
                 answer.SetTools(tools);
             }
-            if (!shared.allowsWritableTools) {
+            if (!shared.allowsWritableTools && !commandLine.LooksAtTools()) {
                 RequireTrustedTools(tools);
             }
         }
@@ -275,6 +276,7 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddHostCommands(commandLine);
     AddClusterCommands(commandLine);
     AddDiskCommand(commandLine);
+    AddDoctorCommand(commandLine);
     AddProductResourceCommands(commandLine);
     AddSmtpCommands(commandLine);
     AddReportCommand(commandLine);

@@ -1,0 +1,96 @@
+"""The doctor's codes: documented, found in a case and not found in another, and one for each branch of the library that leads to less."""
+import re
+
+import schemas
+
+ROOT = schemas.FOLDER.parent.parent
+HERE = schemas.CASES.parent
+TABLE = ROOT / "tools" / "clusctl" / "DoctorCodes.cpp"
+MANUAL = ROOT / "docs" / "doctor.md"
+BRANCHES = HERE / "doctor-branches.txt"
+
+# A branch that leaves something out, passes it over, or gives up.
+EXIT = re.compile(r"\b(?:return (?:false|-1|[\w:]+::(?:NotHere|Unknown|ENUM_VS_RESULT_FAIL)|(?:served|owner).*)|continue|succeeded = false);")
+CONDITION = re.compile(r"^\s*(?:\} else )?(?:if|while|for) \(")
+
+
+def codes():
+    """Each code of the table with its level."""
+    found = re.findall(r'\{"([a-z-]+)",\s*(Ok|Note|Warning|Error),', TABLE.read_text(encoding="utf-8"))
+    return {code: level.lower() for code, level in found}
+
+
+def problems_of_manual(table):
+    text = MANUAL.read_text(encoding="utf-8")
+    fine, _, right = text.partition("\n## What is as it should be\n")
+    rows = re.findall(r"(?m)^\| ((?:`[a-z-]+`(?:, )?)+) \| (note|warning|error) \| [^|]+ \| [^|]+ \|$", fine)
+    told = [(code, level) for names, level in rows for code in re.findall(r"`([a-z-]+)`", names)]
+    told += [(code, "ok") for code in re.findall(r"`([a-z-]+)`", right)]
+    problems = [f"docs/doctor.md: {code} stands there twice" for code, _ in told if [name for name, _ in told].count(code) > 1]
+    problems += [f"docs/doctor.md: {code} is no {level}" for code, level in told if table.get(code) != level]
+    return problems + [f"docs/doctor.md: {code} is missing" for code in table if code not in dict(told)]
+
+
+def runs():
+    """The codes that each run of the doctor in the cases found, as its readable form or its document has them."""
+    for case in sorted(schemas.CASES.glob("*.txt")):
+        for run in case.read_text(encoding="utf-8").split("\n$ ")[1:]:
+            if re.match(r"(\S+=(\"[^\"]*\"|\S+) )*clusctl (\S+ )*doctor\b", run):
+                found = set(re.findall(r"(?m)^  (?:ok|note|warning|error) .* \[([a-z-]+)\]$", run))
+                found |= set(re.findall(r'(?m)^      "code": "([a-z-]+)",$', run))
+                if found:
+                    yield found
+
+
+def problems_of_cases(table):
+    all_runs = list(runs())
+    found = set().union(*all_runs)
+    problems = [f"no case makes the doctor find {code}" for code in table if code not in found]
+    problems += [f"the doctor finds {code} in each case" for code in table if table[code] != "ok" and all(code in run for run in all_runs)]
+    return problems + [f"the cases show {code}, which the table does not have" for code in sorted(found - set(table))]
+
+
+def branches_in(file):
+    """The branches of a source file, each as the condition that leads there; of equal ones in a function one."""
+    function = ""
+    condition = ""
+    open_condition = ""
+    for line in (ROOT / file).read_text(encoding="utf-8").splitlines():
+        begun = re.match(r"^[\w:<>&*,~ ]*?\b(?:\w+::)?(\w+)\((?!.*;$)", line)
+        if begun and not line.startswith(" "):
+            function, condition = begun[1], ""
+        if CONDITION.match(line) or open_condition:
+            open_condition += " " + line.strip()
+            if line.rstrip().endswith("{"):
+                condition, open_condition = open_condition.strip(), ""
+        if EXIT.search(line):
+            yield f"{file} {function}: {condition.rstrip('{ ')}"
+
+
+def read_branches():
+    """The branches with the codes that tell of them, as the table of this test has them: a line that begins with a blank holds the codes
+    of the branch above it, or after a dash why there is none."""
+    table = {}
+    for line in BRANCHES.read_text(encoding="utf-8").splitlines():
+        if line.startswith("  "):
+            table[branch] = line.strip()
+        elif line and not line.startswith("#"):
+            branch = line
+    return table
+
+
+def problems_of_branches(table):
+    told = read_branches()
+    files = sorted({branch.split(" ", 1)[0] for branch in told})
+    found = {branch for file in files for branch in branches_in(file)}
+    problems = [f"{BRANCHES.name} lacks: {branch}" for branch in sorted(found - set(told))]
+    problems += [f"{BRANCHES.name}: the library has no such branch: {branch}" for branch in sorted(set(told) - found)]
+    for branch, names in told.items():
+        unknown = [] if names.startswith("- ") else [name for name in names.split(", ") if name not in table]
+        problems += [f"{BRANCHES.name}: {branch}: there is no code {name}" for name in unknown]
+    return problems
+
+
+def check(_runner, _update):
+    table = codes()
+    return problems_of_manual(table) + problems_of_cases(table) + problems_of_branches(table)

@@ -1,0 +1,203 @@
+// The doctor's look at one virtual server on VCS: what the product's resources need, and how these are.
+#include "DoctorParts.h"
+
+#include "ModelSettings.h"
+#include "Text.h"
+#include "ThisComputer.h"
+#include "VcsServers.h"
+#include "VcsStates.h"
+#include "VcsTools.h"
+
+#include "common/Text.h"
+#include "core/VeritasNames.h"
+
+using namespace clus::veritas;
+
+namespace {
+
+bool Says(const std::wstring& state, const wchar_t* word) {
+    return state.find(word) != std::wstring::npos;
+}
+
+// Whether the keys of a RegRep resource hold the product's, perhaps among others.
+bool HoldsProductKey(const std::string& keys) {
+    return common::Folded(common::ToUtf16(keys)).find(common::Folded(CompiledInProductKey)) != std::wstring::npos;
+}
+
+class VcsServerRound {
+public:
+    VcsServerRound(const LogCapture& log, const CVeritasVirtualServerInfo& server, Findings& findings)
+        : m_log(log), m_server(server), m_group(Printable(server.sGroupName)), m_findings(findings) {
+    }
+
+    void Run() {
+        m_findings.Add("vcs-server", m_group,
+                       "The library takes it for a virtual server: its Information Store is " +
+                           Printable(m_server.sExchangeResName) + ".");
+        LookAtLanman();
+        LookAtGroup();
+        LookAtMounts();
+        LookAtProduct();
+    }
+
+private:
+    void LookAtLanman() {
+        if (m_server.sLanmanResName.empty()) {
+            m_findings.Add("vcs-lanman-missing", m_group, "It has no Lanman resource.",
+                           "hares -add " + m_group + "-Lanman Lanman " + m_group);
+        } else if (ReadVcsAttribute(m_server.sLanmanResName, VirtualNameAttribute).is_null()) {
+            m_findings.Add("vcs-virtual-name-missing", Printable(m_server.sLanmanResName), "It has no VirtualName.",
+                           "hares -modify " + Printable(m_server.sLanmanResName) + " VirtualName NAME");
+        }
+    }
+
+    void LookAtGroup() {
+        const GroupState state = LastGroupState(m_log, m_server.sGroupName);
+        for (const SystemState& row : state.states) {
+            if (Says(row.state, L"FAULTED")) {
+                m_findings.Add("vcs-group-faulted", m_group, "It is faulted on " + Printable(row.system) + ".",
+                               "hagrp -clear " + m_group + " -sys " + Printable(row.system));
+            }
+        }
+        if (!m_server.bGroupOnline) {
+            m_findings.Add("vcs-group-offline", m_group, "It is online on no system.",
+                           "hagrp -online " + m_group + " -sys SYSTEM");
+        } else if (IsThisComputer(m_server.sOnlineNode)) {
+            m_findings.Add("vcs-group-here", m_group, std::string("It is ") + state.word + " on this system.");
+        } else {
+            m_findings.Add("vcs-group-other-system", m_group,
+                           std::string("It is ") + state.word + " on " + Printable(m_server.sOnlineNode) + ".",
+                           "clusctl doctor, on " + Printable(m_server.sOnlineNode));
+        }
+    }
+
+    void LookAtMounts() {
+        const VcsNames attendants = ListVcsNames(m_log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                                                 {{TypeAttribute, ExchServiceType},
+                                                  {ServiceAttribute, SystemAttendantService},
+                                                  {GroupAttribute, m_server.sGroupName}});
+        const VcsNames mounts = TopMountResources(m_log, m_server.sGroupName);
+        if (attendants.empty()) {
+            m_findings.Add("vcs-attendant-missing", m_group, "None of its resources is the System Attendant.",
+                           "clusctl vcs resources --where Group=" + m_group);
+        } else if (mounts.empty()) {
+            m_findings.Add("vcs-mount-missing", Printable(attendants.front()), "It depends on no MountV resource.",
+                           "hares -link " + Printable(attendants.front()) + " MOUNT");
+        } else if (mounts.size() > 1) {
+            m_findings.Add("vcs-mount-several", m_group,
+                           "Several MountV resources are top-most: " + ListText(mounts) + ".",
+                           "name one where it is asked for: clusctl vcs product create " + m_group + " --mount " +
+                               Printable(mounts.front()) + " --rw");
+        } else {
+            m_findings.Add("vcs-mount", Printable(mounts.front()), "It is the top-most MountV resource.");
+        }
+    }
+
+    void LookAtProduct() {
+        VcsNames all;
+        CVeritasCluster().CollectKOVAResNames(m_server.sGroupName.c_str(), all);
+        const RegistryReplication replication = FindRegistryReplication(m_log, m_server.sGroupName);
+        LookAtReplications(replication);
+        if (all.empty() && replication.resource.empty()) {
+            m_findings.Add("vcs-product-missing", m_group, "It holds none of the product's resources.",
+                           "clusctl vcs product create " + m_group + " --rw");
+            return;
+        }
+        const std::string create = "clusctl vcs product create " + m_group + " --rw";
+        if (replication.resource.empty()) {
+            m_findings.Add("vcs-replication-missing", m_group,
+                           "No RegRep resource replicates the product's registry key and no other.", create);
+        }
+        LookAtService(HostService, "vcs-service-missing", create);
+        LookAtService(SAService, "vcs-service-missing", create);
+        LookAtService(QAVMonitorService, "vcs-service-optional", create + " --quarantine");
+        LookAtService(RemoteConfigService, "vcs-service-optional", create + " --remote-config");
+    }
+
+    void LookAtReplications(const RegistryReplication& replication) {
+        if (!replication.resource.empty()) {
+            m_findings.Add("vcs-replication", Printable(replication.resource),
+                           "It replicates the product's registry key.");
+            LookAtStates(replication.resource, "");
+            if (replication.disk.empty()) {
+                m_findings.Add("vcs-replication-disk-missing", Printable(replication.resource),
+                               "It depends on no MountV resource of the group.",
+                               "hares -link " + Printable(replication.resource) + " MOUNT");
+            }
+        }
+        for (const std::wstring& name :
+             ListVcsNames(m_log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                          {{GroupAttribute, m_server.sGroupName}, {TypeAttribute, RegRepType}})) {
+            const Json keys = ReadVcsAttribute(name, KeysAttribute);
+            const std::string text = keys.is_string() ? keys.get<std::string>() : std::string();
+            if (text.empty()) {
+                m_findings.Add("vcs-replication-half-made", Printable(name), "It replicates no key.",
+                               "clusctl vcs product delete " + m_group + " --rw");
+            } else if (name != replication.resource && HoldsProductKey(text)) {
+                m_findings.Add("vcs-replication-more-keys", Printable(name),
+                               "It replicates the product's key and others: " + Printable(text) + ".",
+                               "give the other keys a RegRep resource of their own");
+            }
+        }
+    }
+
+    void LookAtService(const wchar_t* service, const char* whenMissing, const std::string& mend) {
+        const VcsNames resources = ListResourcesOfService(m_log, m_server.sGroupName, service);
+        const std::string name = Printable(std::wstring(service));
+        if (resources.empty()) {
+            m_findings.Add(whenMissing, name, "No resource of the group runs it.", mend);
+            return;
+        }
+        if (resources.size() > 1) {
+            m_findings.Add("vcs-service-several", name, "Several resources run it: " + ListText(resources) + ".",
+                           "clusctl vcs resource delete " + Printable(resources.back()) + " --rw");
+        }
+        LookAtStates(resources.front(), "runs " + name + " and ");
+    }
+
+    // Of a resource that has to be online where the group is; `does` precedes "is online".
+    void LookAtStates(const std::wstring& resource, const std::string& does) {
+        const std::string name = Printable(resource);
+        const SystemStates states = ReadResourceStates(m_log, resource);
+        const std::string switchOn = "clusctl vcs resource online " + name + " ";
+        const std::string probe = "hares -probe " + name + " -sys ";
+        for (const SystemState& row : states) {
+            const std::string system = Printable(row.system);
+            if (Says(row.state, L"FAULTED")) {
+                m_findings.Add("vcs-resource-faulted", name, "It is faulted on " + system + ".", switchOn + system);
+            } else if (Says(row.state, L"UNKNOWN")) {
+                m_findings.Add("vcs-resource-not-probed", name, "VCS does not know its state on " + system + ".",
+                               probe + system);
+            }
+        }
+        if (!m_server.bGroupOnline) {
+            return;
+        }
+        const std::wstring state = StateOn(states, m_server.sOnlineNode);
+        if (IsOnline(state)) {
+            m_findings.Add("vcs-resource-online", name,
+                           "It " + does + "is online on " + Printable(m_server.sOnlineNode) + ".");
+        } else if (!Says(state, L"FAULTED") && !Says(state, L"UNKNOWN")) {
+            m_findings.Add("vcs-resource-offline", name,
+                           "It is not online on " + Printable(m_server.sOnlineNode) + ", where its group is.",
+                           switchOn + Printable(m_server.sOnlineNode));
+        }
+    }
+
+    const LogCapture& m_log;
+    const CVeritasVirtualServerInfo& m_server;
+    const std::string m_group;
+    Findings& m_findings;
+};
+
+} // namespace
+
+void DiagnoseVcsServer(const LogCapture& log, const CVeritasVirtualServerInfo& server, Findings& findings) {
+    findings.SetGroup(server.sGroupName);
+    try {
+        VcsServerRound(log, server, findings).Run();
+    } catch (const Failure& failure) {
+        findings.Add("vcs-server-unread", Printable(server.sGroupName), AsSentence(failure.what()),
+                     "clusctl vcs servers " + Printable(server.sGroupName));
+    }
+}

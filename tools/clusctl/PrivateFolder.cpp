@@ -1,0 +1,80 @@
+#include "PrivateFolder.h"
+
+#include "Failure.h"
+#include "Text.h"
+#include "VcsToolFiles.h"
+
+#include "common/Files.h"
+
+#include <sddl.h>
+
+namespace {
+
+const wchar_t UseName[] = L"in-use";
+
+common::Handle OpenUnshared(const std::wstring& path, DWORD disposition) {
+    return common::Handle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr));
+}
+
+// For this account, administrators and the system, whatever the folder above allows.
+class OwnersOnly {
+public:
+    OwnersOnly() {
+        const std::wstring list = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;FA;;;" + ThisAccount() + L")";
+        if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(list.c_str(), SDDL_REVISION_1, &m_descriptor,
+                                                                  nullptr)) {
+            throw Failure::OfCode("cannot make a folder of this account's own", GetLastError());
+        }
+    }
+    ~OwnersOnly() {
+        LocalFree(m_descriptor);
+    }
+    OwnersOnly(const OwnersOnly&) = delete;
+    OwnersOnly& operator=(const OwnersOnly&) = delete;
+
+    PSECURITY_DESCRIPTOR get() const {
+        return m_descriptor;
+    }
+
+private:
+    PSECURITY_DESCRIPTOR m_descriptor = nullptr;
+};
+
+// What ended runs have left. A folder of anybody else is not touched, nor one that leads elsewhere.
+void RemoveLeftFolders(const std::wstring& kind) {
+    wchar_t temporary[MAX_PATH + 1] = L"";
+    GetTempPathW(MAX_PATH + 1, temporary);
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((temporary + kind + L"-*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    do {
+        const std::wstring folder = std::wstring(temporary) + found.cFileName;
+        const bool isPlain = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+                             (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+        if (isPlain && HasTrustedOwner(folder) && OpenUnshared(folder + L"\\" + UseName, OPEN_EXISTING)) {
+            common::RemoveFolder(folder);
+        }
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+}
+
+} // namespace
+
+PrivateFolder::PrivateFolder(const std::wstring& kind) {
+    RemoveLeftFolders(kind);
+    try {
+        m_folder = std::make_unique<common::TemporaryFolder>(kind, OwnersOnly().get());
+    } catch (const common::FileError& error) {
+        throw Failure::OfCode("cannot create the folder " + Quoted(error.Path()), error.Code());
+    }
+    m_use = OpenUnshared(m_folder->File(UseName), CREATE_NEW);
+    if (!m_use) {
+        throw Failure::OfCode("cannot write to the folder " + Quoted(m_folder->Path()), GetLastError());
+    }
+}
+
+PrivateFolder::~PrivateFolder() {
+    m_use.Close();
+}
