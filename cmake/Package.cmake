@@ -15,6 +15,10 @@ install(FILES "${PROJECT_BINARY_DIR}/clusutilConfig.cmake" "${PROJECT_BINARY_DIR
 if(TARGET clusctl)
   install(TARGETS clusctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+if(TARGET clusrecord)
+  install(TARGETS clusrecord RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(FILES tools/recording/clusrecord.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endif()
 foreach(part clussim_clusapi clussim_resutils vcssim_hacf vcssim_haclus vcssim_haconf vcssim_hagrp vcssim_hares
     vcssim_hastatus vcssim_hasys vcssim_vcsencrypt vcssim_vcssim)
   if(TARGET ${part})

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Checks the import and export tables of the shipped binaries.
 
-usage: check_tables.py imports|exports --bin FOLDER [--objdump PROGRAM] [--update]
+usage: check_tables.py imports|exports|recorded --bin FOLDER [--objdump PROGRAM] [--update]
 
 imports: the functions, compared with imports.txt beside this file, which --update writes; none may belong to CryptoAPI. What C and
 C++ runtime functions a binary wants of the runtime's DLLs is the compiler's affair and left out.
 exports: what clusutil.dll exports, compared with src/clusutil.exports.txt.
+recorded: a recording knows all functions of the cluster API that clusutil.dll and clusctl.exe call.
 """
 import argparse
 import difflib
@@ -14,12 +15,14 @@ import subprocess
 import sys
 from pathlib import Path
 
-SHIPPED = ["clusutil.dll", "CommonUtil.dll", "DebugLog.dll", "WebServerUtil.dll", "clusctl.exe", "clusapi.dll", "resutils.dll",
+SHIPPED = ["clusutil.dll", "CommonUtil.dll", "DebugLog.dll", "WebServerUtil.dll", "clusctl.exe", "clusrecord.dll", "clusapi.dll", "resutils.dll",
            "hacf.exe", "haclus.exe", "haconf.exe", "hagrp.exe", "hares.exe", "hastatus.exe", "hasys.exe", "vcsencrypt.exe",
            "vcssim.exe", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"]
 RUNTIME = {"msvcrt.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"}
 CRYPTOGRAPHY = re.compile(r"\s+(Crypt|BCrypt|NCrypt)")
 EXPECTED = Path(__file__).with_name("imports.txt")
+CALLS = Path(__file__).parents[2] / "tools/recording/CallTable.cpp"
+DELAYED = Path(__file__).parents[2] / "tools/clusctl/delayed/clusapi.def"
 EXPORTS = Path(__file__).parents[2] / "src/clusutil.exports.txt"
 
 
@@ -61,13 +64,28 @@ def exports(objdump, path):
     return sorted(entry.group(1) for entry in entries if entry)
 
 
+def unrecorded(objdump, folder):
+    """Functions of the cluster API that are called and are not in the table of the recordings."""
+    known = set(re.findall(r"CLUSTER_CALL\(\w+, (\w+),", CALLS.read_text(encoding="utf-8")))
+    found = imports(objdump, folder / "clusutil.dll")
+    called = found["clusapi.dll"] | found["resutils.dll"]
+    called |= set(re.findall(r"(?m)^    (\w+)$", DELAYED.read_text(encoding="utf-8")))
+    if len(called) < 30:
+        sys.exit("the functions that are called are not found")
+    return sorted(called - known)
+
+
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
-    parser.add_argument("what", choices=("imports", "exports"))
+    parser.add_argument("what", choices=("imports", "exports", "recorded"))
     parser.add_argument("--bin", type=Path, required=True)
     parser.add_argument("--objdump", default="x86_64-w64-mingw32-objdump")
     parser.add_argument("--update", action="store_true")
     arguments = parser.parse_args()
+    if arguments.what == "recorded":
+        unknown = unrecorded(arguments.objdump, arguments.bin)
+        print("\n".join(f"no recording knows {name}: tools/recording/CallTable.cpp" for name in unknown))
+        sys.exit(1 if unknown else 0)
     if arguments.what == "exports":
         found = exports(arguments.objdump, arguments.bin / "clusutil.dll")
         expected = sorted(line.split()[0] for line in EXPORTS.read_text(encoding="utf-8").splitlines())

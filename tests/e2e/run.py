@@ -7,6 +7,7 @@
                                                               library's own lines ("clusctl: log: ...", "log" in JSON) is the same
   run.py ... manual [--update]                                docs/clusctl.md and docs/clusctl.1 against what the program prints
   run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
+  run.py ... replayed failover|vcs|examples [--update]        the asking commands of the cases, recorded and replayed (replayed.py)
   run.py ... completion                                       what the completion scripts complete
   run.py ... schemas                                          docs/schemas: one for each command, and strict
   run.py ... browser [--update]                               what "clusctl report" writes, in Chromium; --update writes docs/report.png
@@ -82,6 +83,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 import browser  # noqa: E402
 import interrupted  # noqa: E402
+import replayed  # noqa: E402
 import schemas  # noqa: E402
 import secret  # noqa: E402
 import telling  # noqa: E402
@@ -113,6 +115,7 @@ VOLATILE = [
     (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+(?:silent\\+)?", r"WORK\1"),
     (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
+    (r'"time":[\d.]+,"took":[\d.]+', '"time":TIME,"took":TIME'), # of a recording
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
 ]
 
@@ -605,7 +608,7 @@ def main():
     parser.add_argument("--prefix", required=True)
     parser.add_argument("--work", required=True)
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "silent", "demo", "browser", *telling.CHECKS])
+    parser.add_argument("action", choices=["start", "stop", "case", "silent", "replayed", "demo", "browser", *telling.CHECKS])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     runner = Runner(options)
@@ -618,6 +621,11 @@ def main():
         sys.exit(0 if results and all(results) else 1)
     elif options.action == "browser":
         sys.exit(0 if check_pages(runner, options.update) else 1)
+    elif options.action == "replayed":
+        problems = [problem for kind in options.names
+                    for problem in replayed.check(lambda name: Case(runner, name), runner, kind, options.update, difference)]
+        print("\n".join(problems), end="\n" if problems else "")
+        sys.exit(1 if problems or not options.names else 0)
     elif options.action == "demo":
         sys.exit(0 if check_demo(runner) else 1)
     else:

@@ -9,6 +9,7 @@ FOLDER = Path(__file__).resolve().parent.parent.parent / "docs" / "schemas"
 SUFFIX = ".schema.json"
 COMMON = "common" + SUFFIX
 TELLING = ("help", "completion", "manual")  # commands whose answer is a text
+PASSING = ("record",)  # commands whose answer is that of another one, behind "--"
 
 
 def validator(schema):
@@ -32,6 +33,8 @@ def load(name):
 
 def command_of(arguments):
     """The words of a command line that name a command, joined as the schemas' files are; None when none do."""
+    if "--" in arguments and any(word in arguments[:arguments.index("--")] for word in PASSING):
+        arguments = arguments[arguments.index("--") + 1:]
     words = [argument for argument in arguments if not argument.startswith("-")]
     known = commands_with_schema()
     for first in range(len(words)):

@@ -160,10 +160,17 @@ def check_completion(runner, _):
 
 def check_schemas(runner, _):
     """There is one for each command that answers, and each refuses what it does not know."""
-    answering = {command.replace(" ", "-") for command in commands_of(runner)} - set(schemas.TELLING)
+    answering = {command.replace(" ", "-") for command in commands_of(runner)} - set(schemas.TELLING) - set(schemas.PASSING)
     problems = [f"docs/schemas: {name} is there for no command, or missing" for name in
                 sorted(answering ^ schemas.commands_with_schema())]
-    return problems + schemas.problems_of_strictness()
+    return problems + schemas.problems_of_strictness() + problems_of_probe()
+
+
+def problems_of_probe():
+    """docs/probe.md lists the rules of the probe, all of them and in their order."""
+    rules = re.findall(r'\{"([a-z-]+)", "', (ROOT / "tools/clusctl/ProbeRules.cpp").read_text(encoding="utf-8"))
+    listed = re.findall(r"(?m)^\| `([a-z-]+)`", (ROOT / "docs/probe.md").read_text(encoding="utf-8"))
+    return [] if rules and rules == listed else [f"docs/probe.md lists other rules than ProbeRules.cpp: {set(rules) ^ set(listed)}"]
 
 
 CHECKS = {"manual": check_manual, "help": check_help, "completion": check_completion, "schemas": check_schemas, "doctor": doctor.check}

@@ -209,6 +209,15 @@ const SharedOptions& CommandLine::Shared() const {
     return m_shared;
 }
 
+void CommandLine::Inherit(const SharedOptions& shared) {
+    m_shared.json = m_shared.json || shared.json;
+    m_shared.verbose = m_shared.verbose || shared.verbose;
+    m_shared.logFile = m_shared.logFile.empty() ? shared.logFile : m_shared.logFile;
+    m_shared.model = m_shared.model.empty() ? shared.model : m_shared.model;
+    m_shared.showsTools = m_shared.showsTools || shared.showsTools;
+    m_shared.allowsWritableTools = m_shared.allowsWritableTools || shared.allowsWritableTools;
+}
+
 const Action& CommandLine::Chosen() const {
     return m_chosen;
 }
@@ -244,11 +253,7 @@ bool CommandLine::FinishesStep() const {
 
 Answering CommandLine::Asked() const {
     static const char* const askingEither[] = {
-        "graph",
-        "report",
-        "status",
-        "tree",
-        "doctor",
+        "doctor", "graph", "probe", "report", "status", "tree",
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {
         return m_either;

@@ -81,6 +81,8 @@ public:
 
     const CLI::App& Root() const;
     const SharedOptions& Shared() const;
+    // Those of another command line that stand for this one too, where it does not say otherwise.
+    void Inherit(const SharedOptions& shared);
     const Action& Chosen() const;
     // "vcs product create", and whether the option --rw was given to it.
     std::string ChosenName() const;

@@ -10,6 +10,8 @@
 
 #include <delayimp.h>
 
+#include <Interception.h>
+
 #include <string>
 
 namespace {
@@ -35,6 +37,9 @@ FARPROC WINAPI Watch(unsigned event, PDelayLoadInfo call) {
     case dliNoteEndProcessing:
         SetLastError(lastError);
         break;
+    case dliNotePreGetProcAddress:
+        return call->dlp.fImportByName ? recording::Interception::Replacement(call->szDll, call->dlp.szProcName)
+                                       : nullptr;
     case dliFailLoadLib:
     case dliFailGetProc:
         EndFor(*call);

@@ -19,7 +19,8 @@ enum ExitCode {
     ExitAccessDenied = 9,
     ExitInterrupted = 10,
     ExitWarnings = 11, // of the doctor: its worst finding
-    ExitErrors = 12
+    ExitErrors = 12,
+    ExitNotRecorded = 13 // what the recording in use was asked
 };
 
 struct ErrorKind {
@@ -52,6 +53,7 @@ constexpr ErrorKind EngineDown = {"engine-down", ExitNoAnswer};
 constexpr ErrorKind Incomplete = {"incomplete", ExitIncomplete};
 constexpr ErrorKind AccessDenied = {"access-denied", ExitAccessDenied};
 constexpr ErrorKind Interrupted = {"interrupted", ExitInterrupted};
+constexpr ErrorKind NotRecorded = {"not-recorded", ExitNotRecorded};
 } // namespace Errors
 
 // The kind of failure that a Win32 code of the cluster or the system stands for; `otherwise` when it stands for none.

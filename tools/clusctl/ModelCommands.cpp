@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "ModelFindings.h"
+#include "ModelFromRecording.h"
 #include "Text.h"
 
 #include <memory>
@@ -74,7 +75,8 @@ Report Compare(const TwoModels& models) {
 } // namespace
 
 void AddModelCommands(CommandLine& commandLine) {
-    CLI::App& family = commandLine.AddFamily(Heading, "model", "Check models of the simulators, and compare them");
+    CLI::App& family = commandLine.AddFamily(Heading, "model",
+                                             "Check models of the simulators, compare them, make them of recordings");
 
     const auto checked = std::make_shared<std::wstring>();
     CLI::App& check = commandLine.AddTo(family, "check", "Tell what is wrong with a model, and where",
@@ -88,4 +90,6 @@ void AddModelCommands(CommandLine& commandLine) {
         .required();
     CommandLine::AddText(difference, "AFTER", models->after, "PATH", "Another one of the same kind").required();
     difference.add_flag("--exit-code", models->tells, "End with exit code 1 when they differ");
+
+    AddModelFromRecordingCommand(commandLine, family);
 }

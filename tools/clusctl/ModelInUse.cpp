@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "Failure.h"
+#include "Replay.h"
 #include "Text.h"
 
 #include "common/Environment.h"
@@ -35,15 +36,18 @@ bool IsFolder(const std::wstring& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-// Models in JSON begin with a bracket; no main.cf does.
-bool IsJson(const std::wstring& file) {
+std::string TextOfModel(const std::wstring& file) {
     try {
-        const std::string text = common::ReadWholeFile(file);
-        const std::size_t first = text.find_first_not_of(" \t\r\n");
-        return first != std::string::npos && text[first] == '{';
+        return common::ReadWholeFile(file);
     } catch (const common::FileError& error) {
         throw Failure::OfCode("cannot read the model " + Quoted(file), error.Code());
     }
+}
+
+// Models in JSON begin with a bracket; no main.cf does.
+bool IsJson(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first != std::string::npos && text[first] == '{';
 }
 
 // Where the installation has the simulators, or the build.
@@ -81,12 +85,21 @@ void LoadClusterSimulator() {
 }
 
 bool IsModelOfVcs(const std::wstring& file) {
-    return !IsJson(ModelFile(file));
+    const std::string text = TextOfModel(ModelFile(file));
+    return IsRecording(text) ? IsRecordingOfVcs(text) : !IsJson(text);
 }
 
 void UseModel(const std::wstring& file, Answering asked) {
     const std::wstring model = ModelFile(file);
-    const bool isVcs = !IsJson(model);
+    const std::string text = TextOfModel(model);
+    if (IsRecording(text)) {
+        UseRecording(file, text, asked);
+        SetVariable(ClusterVariable, L"");
+        SetVariable(VcsVariable, L"");
+        g_named = file;
+        return;
+    }
+    const bool isVcs = !IsJson(text);
     if (isVcs != (asked == Answering::Vcs)) {
         throw WrongUsage(Quoted(file) + (isVcs ? " is a model of VCS, and this command asks a failover cluster"
                                                : " is a model of a failover cluster, and this command asks VCS"));

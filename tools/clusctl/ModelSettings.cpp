@@ -1,6 +1,7 @@
 #include "ModelSettings.h"
 
 #include "Failure.h"
+#include "Replay.h"
 #include "Simulation.h"
 #include "Text.h"
 #include "ThisComputer.h"
@@ -178,9 +179,9 @@ Json ReadProductSettings() {
 ModelSettings::ModelSettings() {
     const DWORD lastError = GetLastError(); // which the library logs where no call has set another
     DeleteLeftKeys();
-    const Json settings = ReadFromSimulator();
+    const Json settings = IsReplaying() ? ReplayedSettings() : ReadFromSimulator();
     SetLastError(lastError);
-    if (settings.is_null()) {
+    if (settings.is_null() && !IsReplaying()) {
         return;
     }
     m_name = KeyOf(KeyPrefix + std::to_wstring(GetCurrentProcessId()));
@@ -210,6 +211,16 @@ bool ModelSettings::AreInForce() {
 
 void ModelSettings::Apply(const Json& settings) {
     m_machine = CreateVolatile(HKEY_CURRENT_USER, m_name);
+    const LSTATUS code = settings.is_null() ? ERROR_SUCCESS : WriteProduct(settings);
+    const HKEY computer = CreateVolatile(m_machine, ComputerNameKey);
+    const LSTATUS named = Write(computer, L"ComputerName", Json(ComputerName()));
+    RegCloseKey(computer);
+    Require(code);
+    Require(named);
+    Require(RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_machine));
+}
+
+LSTATUS ModelSettings::WriteProduct(const Json& settings) const {
     const HKEY product = CreateVolatile(m_machine, CVirtualServerUtil::GetProductRegistryKey());
     const HKEY compiledIn = CreateVolatile(m_machine, CompiledInProductKey);
     LSTATUS code = ERROR_SUCCESS;
@@ -219,14 +230,9 @@ void ModelSettings::Apply(const Json& settings) {
             Write(name == DataRootName || name == ThirdPartyName ? compiledIn : product, name, member.value());
         code = code == ERROR_SUCCESS ? written : code;
     }
-    const HKEY computer = CreateVolatile(m_machine, ComputerNameKey);
-    const LSTATUS named = Write(computer, L"ComputerName", Json(ComputerName()));
-    code = code == ERROR_SUCCESS ? named : code;
-    RegCloseKey(computer);
     RegCloseKey(compiledIn);
     RegCloseKey(product);
-    Require(code);
-    Require(RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_machine));
+    return code;
 }
 
 void ModelSettings::Undo() {

@@ -18,7 +18,7 @@ Json ReadProductSettings();
 
 // While it lives, the library finds the settings of the simulator's model where it looks for the product's registry
 // key: HKEY_LOCAL_MACHINE of this process is a volatile key of its own then, which nobody else sees. Nothing happens
-// without a simulator, or when the model has no settings.
+// without a simulator, or when the model has no settings; a recording always says whether the product was there.
 class ModelSettings {
 public:
     // Throws Failure when they cannot be put in force.
@@ -31,6 +31,7 @@ public:
 
 private:
     void Apply(const Json& settings);
+    LSTATUS WriteProduct(const Json& settings) const;
     void Undo();
 
     std::wstring m_name; // of the key, under HKEY_CURRENT_USER

@@ -5,6 +5,8 @@
 #include "common/Text.h"
 #include "core/ToolSecrets.h"
 
+#include <SecretNames.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -34,13 +36,7 @@ std::string Trimmed(const std::string& text, const char* what) {
 } // namespace
 
 bool IsSecretProperty(const std::string& name) {
-    const std::string lower = Lower(name);
-    for (const char* word : {"password", "secret", "key", "token"}) {
-        if (lower.find(word) != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
+    return recording::IsSecretPropertyName(name);
 }
 
 std::wstring LogSecrets::Masked(const std::wstring& line) {

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "ModelInUse.h"
 #include "ModelSettings.h"
+#include "Replay.h"
 #include "Text.h"
 #include "VcsToolFiles.h"
 
@@ -93,6 +94,9 @@ Simulation::Simulation(Answering asked)
 }
 
 bool Simulation::HasAnswered(bool hasRunTools) const {
+    if (IsReplaying()) {
+        return ModelSettings::AreInForce() || HasReplayed();
+    }
     return m_asked == Answering::Vcs ? hasRunTools && IsVcsSimulated() : HasClusterSimulatorAnswered();
 }
 

@@ -1,5 +1,6 @@
 #include "VcsToolProcess.h"
 
+#include "Replay.h"
 #include "ToolRuns.h"
 #include "VcsFolder.h"
 #include "VcsToolFiles.h"
@@ -10,6 +11,8 @@
 
 #include <winsock2.h>
 #include <windows.h>
+
+#include <Interception.h>
 
 #include <algorithm>
 
@@ -35,9 +38,7 @@ public:
         if (SetFilePointer(m_file.get(), 0, nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
             throw common::FileError(m_name, "read", GetLastError());
         }
-        std::string text = common::ReadToEnd(m_file, m_name);
-        text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
-        return text;
+        return common::ReadToEnd(m_file, m_name);
     }
 
 private:
@@ -55,8 +56,7 @@ bool Start(const std::wstring& path, std::wstring commandLine, const Capture& ou
     startup.hStdOutput = output.get();
     startup.hStdError = errors.get();
     PROCESS_INFORMATION information = {};
-    run.started = CreateProcessW(path.c_str(), &commandLine[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                                 &information) != FALSE;
+    run.started = recording::StartTool(path.c_str(), &commandLine[0], 0, &startup, &information) != FALSE;
     if (!run.started) {
         run.startError = GetLastError();
         return false;
@@ -64,8 +64,13 @@ bool Start(const std::wstring& path, std::wstring commandLine, const Capture& ou
     const common::Handle thread(information.hThread);
     const common::Handle process(information.hProcess);
     WaitForSingleObject(process.get(), INFINITE);
-    run.exitCodeKnown = GetExitCodeProcess(process.get(), &run.exitCode) != FALSE;
+    run.exitCodeKnown = recording::ExitCodeOfTool(process.get(), &run.exitCode) != FALSE;
     return true;
+}
+
+std::string WithoutReturns(std::string text) {
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+    return text;
 }
 
 // What the run is judged by: a message, if there is one. One character per byte.
@@ -87,7 +92,7 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
     run.commandLine = commandLine.c_str();
     ToolOutput result;
     std::wstring told;
-    const std::wstring path = FindVcsTool(tool);
+    const std::wstring path = IsReplaying() ? tool : FindVcsTool(tool);
     if (path.empty()) {
         run.startError = ERROR_FILE_NOT_FOUND;
     } else {
@@ -95,8 +100,9 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
             const Capture output(L"output.tmp");
             const Capture errors(L"errors.tmp");
             if (Start(path, commandLine, output, errors, run)) {
-                result.output = output.Read();
-                result.errors = errors.Read();
+                result.raw = output.Read();
+                result.output = WithoutReturns(result.raw);
+                result.errors = WithoutReturns(errors.Read());
                 told = FirstLine(result.errors.empty() ? result.output : result.errors);
                 run.output = told.c_str();
                 run.cchOutput = told.size();

@@ -7,6 +7,7 @@
 struct ToolOutput {
     std::string output; // both without carriage returns
     std::string errors;
+    std::string raw; // the output with them
     unsigned long exitCode = 0;
 };
 

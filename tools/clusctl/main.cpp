@@ -14,7 +14,10 @@
 #include "ModelSettings.h"
 #include "Password.h"
 #include "PictureCommands.h"
+#include "Probe.h"
 #include "ProductResourceCommands.h"
+#include "RecordCommand.h"
+#include "Replay.h"
 #include "ReportCommand.h"
 #include "RunMarker.h"
 #include "ServerCommands.h"
@@ -150,7 +153,7 @@ private:
 };
 
 // Does the command's work, and tells what an interruption leaves.
-Report Work(const CommandLine& commandLine, const LogCapture& log) {
+Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
     std::unique_ptr<const Interruption> interruption;
     if (commandLine.FinishesStep()) {
         interruption = std::make_unique<const Interruption>();
@@ -196,6 +199,24 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
     return report;
 }
 
+Report Work(const CommandLine& commandLine, const LogCapture& log) {
+    return IsReplaying() ? WorkReplayed([&]() { return WorkThrough(commandLine, log); })
+                         : WorkThrough(commandLine, log);
+}
+
+// The tools, after the checks that have to be passed before one of them is run.
+std::vector<VcsToolFile> CheckedTools(const CommandLine& commandLine, Answer& answer) {
+    const SharedOptions& shared = commandLine.Shared();
+    const std::vector<VcsToolFile> tools = IsReplaying() ? ReplayedTools() : FindVcsTools();
+    if (shared.showsTools) {
+        answer.SetTools(tools);
+    }
+    if (!shared.allowsWritableTools && !commandLine.LooksAtTools() && !IsReplaying()) {
+        RequireTrustedTools(tools);
+    }
+    return tools;
+}
+
 // Decides whom the command asks, and loads what that takes.
 void Prepare(CommandLine& commandLine) {
     const std::wstring& model = commandLine.Shared().model;
@@ -204,12 +225,17 @@ void Prepare(CommandLine& commandLine) {
         UseModel(model, commandLine.Asked());
     }
     LoadLibraries();
+    if (IsReplaying()) {
+        BeginReplay();
+    }
     if (model.empty()) {
         commandLine.Ask(ChooseCluster(commandLine.Asked(), model));
     }
 }
 
-ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& errors) {
+// `record`: what to do about recording it; `work` gets the recording, which its owner finishes.
+ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& errors, const RecordOptions& record,
+                 std::unique_ptr<RecordedWork>& work) {
     const SharedOptions& shared = commandLine.Shared();
     Prepare(commandLine);
     RequireNamedSimulators(commandLine.Asked());
@@ -240,14 +266,12 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         if (commandLine.Asked() == Answering::FailoverCluster) {
             settings = std::make_unique<ModelSettings>();
         }
+        std::vector<VcsToolFile> tools;
         if (commandLine.Asked() == Answering::Vcs) {
-            const std::vector<VcsToolFile> tools = FindVcsTools();
-            if (shared.showsTools) {
-                answer.SetTools(tools);
-            }
-            if (!shared.allowsWritableTools && !commandLine.LooksAtTools()) {
-                RequireTrustedTools(tools);
-            }
+            tools = CheckedTools(commandLine, answer);
+        }
+        if (!record.file.empty()) {
+            work = std::make_unique<RecordedWork>(record, commandLine.Asked(), commandLine.ChosenName(), tools);
         }
         const Report report = Work(commandLine, log);
         setBesides();
@@ -269,9 +293,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     }
 }
 
-ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, const Stream& output,
-             const Stream& errors) {
-    TakePasswordFromEnvironment();
+void AddCommands(CommandLine& commandLine) {
     AddServerCommands(commandLine);
     AddHostCommands(commandLine);
     AddClusterCommands(commandLine);
@@ -284,19 +306,49 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
     AddStatusCommand(commandLine);
     AddModelCommands(commandLine);
     AddPictureCommands(commandLine);
+    AddProbeCommand(commandLine);
     AddVcsCommands(commandLine);
     AddHelpCommands(commandLine);
+}
+
+// What is recorded is a command line of its own, which takes the place of the one that says so. The recording ends
+// with the exit code.
+ExitCode Record(std::unique_ptr<CommandLine>& commandLine, const RecordOptions& options, const Stream& output,
+                const Stream& errors) {
+    const SharedOptions shared = commandLine->Shared();
+    commandLine = std::make_unique<CommandLine>();
+    AddCommands(*commandLine);
+    const std::string told = commandLine->Parse(options.command);
+    commandLine->Inherit(shared);
+    if (!told.empty()) {
+        throw WrongUsage("this asks no cluster: there is nothing to record");
+    }
+    std::unique_ptr<RecordedWork> work;
+    const ExitCode code = Execute(*commandLine, output, errors, options, work);
+    return work == nullptr ? code : static_cast<ExitCode>(work->Finish(code, errors));
+}
+
+ExitCode Run(std::unique_ptr<CommandLine>& commandLine, int argumentCount, wchar_t** arguments, const Stream& output,
+             const Stream& errors) {
+    TakePasswordFromEnvironment();
+    RecordOptions record;
+    AddCommands(*commandLine);
+    AddRecordCommand(*commandLine, record);
 
     std::vector<std::string> texts;
     for (int i = 1; i < argumentCount; ++i) {
         texts.push_back(common::ToUtf8(arguments[i]));
     }
-    const std::string help = commandLine.Parse(texts);
-    if (help.empty()) {
-        return Execute(commandLine, output, errors);
+    const std::string help = commandLine->Parse(texts);
+    if (!help.empty()) {
+        Print(output, help);
+        return ExitDone;
     }
-    Print(output, help);
-    return ExitDone;
+    if (!record.file.empty()) {
+        return Record(commandLine, record, output, errors);
+    }
+    std::unique_ptr<RecordedWork> none;
+    return Execute(*commandLine, output, errors, record, none);
 }
 
 } // namespace
@@ -305,9 +357,9 @@ ExitCode Run(CommandLine& commandLine, int argumentCount, wchar_t** arguments, c
 int wmain(int argumentCount, wchar_t** arguments) {
     const Stream output(STD_OUTPUT_HANDLE);
     const Stream errors(STD_ERROR_HANDLE);
-    CommandLine commandLine;
+    auto commandLine = std::make_unique<CommandLine>();
     const auto fail = [&](const Failure& failure) {
-        if (commandLine.Shared().json) {
+        if (commandLine->Shared().json) {
             Json besides = ErrorJson(failure);
             besides.update({{"log", Json::array()}, {"simulated", nullptr}}); // nobody has been asked
             output.Write(Report().ToJson(besides));
@@ -317,7 +369,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
     try {
         return Run(commandLine, argumentCount, arguments, output, errors);
     } catch (const WrongUsage& wrong) {
-        errors.Write(commandLine.UsageText(wrong.what()));
+        errors.Write(commandLine->UsageText(wrong.what()));
         return fail(wrong);
     } catch (const Failure& failure) {
         errors.Write(ErrorText(failure));

@@ -1,0 +1,168 @@
+"""The asking commands of the cases, each recorded on the simulator and then replayed without one: both say the same.
+
+What the recorded run prints is also what the case says that the command prints without a recording.
+"""
+import json
+import os
+import re
+import shlex
+import shutil
+from pathlib import Path
+
+CASES = Path(__file__).resolve().parent / "cases"
+EXAMPLES = CASES.parents[2] / "examples"
+KINDS = {"failover": "model", "vcs": "vcs"}
+# Settings of a case that are about the program and its libraries, not about the cluster.
+APART = {"settings", "simulator", "missing", "replaced", "tools", "planted-tool", "environment-tool", "disk", "vcs-tools", "debug-log", "model-file"}
+# Command lines that say something else in a recording, or nothing about a cluster.
+UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|\b(record|encrypt|snapshot|host|help|manual|completion|"
+                        r"rehearse|probe|doctor|support-bundle|report|model)\b|STDOUT=|STDIN|CLUSSIM_FILE=|VCSSIM_MAIN_CF=")
+CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
+# Cases whose recordings say more than the case shows, or nothing.
+ALONE = {"deployment-not-installed"}  # a replay always says that the settings are those of the recording
+OTHER_VERBS = ("terminal", "together", "interrupt", "interrupt-at", "interrupt-call", "interrupt-calls", "search", "same", "rehearsed")
+
+
+def settings_of(case):
+    lines = case.read_text(encoding="utf-8").splitlines()
+    first = next((i for i, line in enumerate(lines) if line.startswith("$ ")), len(lines))
+    return [tuple(line.split(" ", 1)) for line in lines[:first] if line and not line.startswith("#")]
+
+
+def is_asking(line, changing):
+    """Whether a line of a case runs clusctl, asks a cluster of the environment, and changes nothing."""
+    words = shlex.split(line)
+    while words and "=" in words[0]:
+        words.pop(0)
+    return bool(words) and words[0] == "clusctl" and not UNRECORDED.search(line) and not re.search(rf"\b({changing})( |$)", line)
+
+
+def changing_commands():
+    """The commands that change something, from where clusctl itself has them."""
+    text = (CASES.parents[2] / "tools/clusctl/CommandLine.cpp").read_text(encoding="utf-8")
+    return "|".join(re.findall(r'"([^"]+)"', re.search(r"changing\[\] = \{([^}]*)\}", text)[1]))
+
+
+def runs_of(kind, changing):
+    """The cases of a kind of cluster, and of each the lines to run: those that ask for the first time, and those that prepare them."""
+    seen = set()
+    for case in sorted(CASES.glob("*.txt")):
+        settings = settings_of(case)
+        words = {word for word, _ in settings}
+        if KINDS[kind] not in words or words & APART or case.stem in ALONE:
+            continue
+        lines = [line[2:] for line in case.read_text(encoding="utf-8").splitlines() if line.startswith("$ ")]
+        if any(shlex.split(line)[0] in OTHER_VERBS for line in lines):
+            continue
+        wanted = []
+        for line in lines:
+            key = (tuple(setting for setting in settings if setting[0] in CLUSTERS), line)
+            if is_asking(line, changing) and key not in seen:
+                seen.add(key)
+                wanted.append(line)
+        if wanted and 2 * len(wanted) >= len(lines): # not for the sake of a few that follow many changes
+            last = max(i for i, line in enumerate(lines) if line in wanted)
+            yield case.stem, lines[:last + 1], set(wanted)
+
+
+def expected_of(case, line):
+    """What a case says that a line prints."""
+    text = (CASES / f"{case}.txt").read_text(encoding="utf-8")
+    begin = text.index(f"\n$ {line}\n") + len(line) + 4
+    end = text.find("\n\n$ ", begin)
+    return text[begin:] if end < 0 else text[begin:end + 1]
+
+
+def player_folder(runner):
+    """clusctl and its libraries without a simulator of either kind."""
+    folder = runner.work / "replay-bin"
+    folder.mkdir(parents=True, exist_ok=True)
+    for file in [runner.bin / "clusctl.exe", *runner.bin.glob("*.dll")]:
+        target = folder / file.name
+        target.unlink(missing_ok=True)
+        if file.name not in ("clusapi.dll", "resutils.dll"):
+            os.link(file, target)
+    return folder
+
+
+def without_stray_codes(text):
+    """Without the last-error values that the library logs where no call has set one: they are of the process, not of the cluster."""
+    return re.sub(r"(GetVirtualServerInfo for server .* fail, code: |Cannot open registry .*, Last err:)\d+( \([^)]*\))?", r"\1CODE", text)
+
+
+def check_case(case, lines, wanted, player, difference):
+    """Runs the lines; what is wrong, as texts."""
+    problems = []
+    case.prepare(settings_of(case.file))
+    for number, line in enumerate(lines):
+        if line not in wanted:
+            case.run(line)
+            continue
+        name = f"{number}.rec"
+        begin, rest = line[:line.index("clusctl ") + 8], line[line.index("clusctl ") + 8:]
+        recorded = case.run(f"{begin}record {name} -- {rest}")
+        problems.append(difference(*map(without_stray_codes, (expected_of(case.file.stem, line), recorded)), f"{case.file.name}: {line}", "recorded"))
+        if not (case.folder / name).exists(): # nobody was asked
+            continue
+        program, case.program = case.program, player / "clusctl.exe"
+        replayed = case.run(f"CLUSSIM_FAULTS= VCSSIM_FAULTS= clusctl --model {name} {rest}")
+        case.program = program
+        for model in ("model.json", "main.cf"):
+            if (case.folder / model).exists():
+                replayed = replayed.replace(f'"{name}"', f'"{model}"')
+                break
+        problems.append(difference(*map(without_stray_codes, (recorded, replayed)), f"recorded in {case.file.name}: {line}", "replayed"))
+    return [problem for problem in problems if problem]
+
+
+# Committed recordings: the model, the command, and the file in examples/.
+RECORDINGS = [("model", "two-node-single-copy.json", "servers", "servers.rec"),
+              ("model", "two-node-single-copy.json", "resources", "resources.rec"),
+              ("vcs", "vcs-exchange.cf", "vcs servers", "vcs-servers.rec")]
+
+
+def calls_of(file):
+    """What a recording says but for times and the computer's files."""
+    lines = [json.loads(line) for line in file.read_text(encoding="utf-8").splitlines()]
+    for line in lines:
+        for name in ("program", "begun", "tools", "time", "took"):
+            line.pop(name, None)
+    return "".join(json.dumps(line, ensure_ascii=False) + "\n" for line in lines)
+
+
+def check_examples(make_case, update, difference):
+    """The library asks what it asked when the examples were recorded, and their replay says what the simulator says."""
+    problems = []
+    for kind, model, command, name in RECORDINGS:
+        case = make_case("cluster")
+        case.configuration = case.model = None
+        case.prepare([(kind, model), ("registry", "cluster.reg")])
+        said = case.run(f"clusctl record {name} -- {command}")
+        if update:
+            text = re.sub(r'"file":"[^"]*"', '"file":""', (case.folder / name).read_text(encoding="utf-8"))
+            (EXAMPLES / name).write_text(text, encoding="utf-8")
+        problems.append(difference(calls_of(EXAMPLES / name), calls_of(case.folder / name), f"examples/{name}", "recorded"))
+        shutil.copy(EXAMPLES / name, case.folder / f"committed-{name}")
+        replayed = case.run(f"clusctl --model committed-{name} {command}")
+        problems.append(difference(*map(without_source, (said, replayed)), f"the simulator: {command}", f"examples/{name}"))
+    return [problem for problem in problems if problem]
+
+
+def without_source(text):
+    return re.sub(r"the answers come from .*", "the answers come from FILE", text)
+
+
+def check(make_case, runner, kind, update, difference):
+    if kind == "examples":
+        return check_examples(make_case, update, difference)
+    player = player_folder(runner)
+    problems = []
+    count = 0
+    for name, lines, wanted in runs_of(kind, changing_commands()):
+        case = make_case(name)
+        problems += check_case(case, lines, wanted, player, difference)
+        problems += case.problems
+        count += len(wanted)
+    if count < 20:
+        problems.append(f"only {count} command lines were found")
+    return problems

@@ -1,0 +1,225 @@
+#include "Interception.h"
+
+#include "CallTable.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <cstring>
+#include <mutex>
+
+namespace recording {
+
+namespace {
+
+std::atomic<Interceptor*> g_interceptor(nullptr);
+
+BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUTES process,
+                         LPSECURITY_ATTRIBUTES thread, BOOL inherits, DWORD flags, LPVOID environment, LPCWSTR folder,
+                         LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information) {
+    Interceptor* const interceptor = g_interceptor;
+    // The library starts its tools by their names, with nothing but a command line.
+    if (interceptor == nullptr || application != nullptr || commandLine == nullptr || environment != nullptr ||
+        folder != nullptr) {
+        return CreateProcessW(application, commandLine, process, thread, inherits, flags, environment, folder, startup,
+                              information);
+    }
+    return interceptor->StartProcess(nullptr, commandLine, flags, startup, information);
+}
+
+BOOL WINAPI ExitCodeOf(HANDLE process, LPDWORD exitCode) {
+    Interceptor* const interceptor = g_interceptor;
+    return interceptor == nullptr ? GetExitCodeProcess(process, exitCode) : interceptor->ExitCodeOf(process, exitCode);
+}
+
+BOOL WINAPI NameOfComputer(LPWSTR buffer, LPDWORD length) {
+    Interceptor* const interceptor = g_interceptor;
+    const std::wstring name = interceptor == nullptr ? std::wstring() : interceptor->ComputerName();
+    if (name.empty()) {
+        // Not by an import, which may be a replaced one.
+        typedef BOOL(WINAPI * Function)(LPWSTR, LPDWORD);
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(
+            GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetComputerNameW")))(buffer, length);
+    }
+    if (*length <= name.size()) {
+        *length = static_cast<DWORD>(name.size() + 1);
+        SetLastError(ERROR_BUFFER_OVERFLOW);
+        return FALSE;
+    }
+    std::copy(name.c_str(), name.c_str() + name.size() + 1, buffer);
+    *length = static_cast<DWORD>(name.size());
+    return TRUE;
+}
+
+struct SystemCall {
+    const char* library;
+    const char* name;
+    void* entry;
+    bool isOfLibrary; // replaced in clusutil.dll only, which starts the tools
+};
+
+const SystemCall SystemCalls[] = {
+    {"kernel32.dll", "CreateProcessW", reinterpret_cast<void*>(&StartProcess), true},
+    {"kernel32.dll", "GetExitCodeProcess", reinterpret_cast<void*>(&ExitCodeOf), true},
+    {"kernel32.dll", "GetComputerNameW", reinterpret_cast<void*>(&NameOfComputer), false},
+};
+
+bool IsSame(const char* first, const char* second) {
+    return lstrcmpiA(first, second) == 0;
+}
+
+bool IsOfCluster(const char* library) {
+    return IsSame(library, "clusapi.dll") || IsSame(library, "resutils.dll");
+}
+
+void* EntryFor(const char* library, const char* name, bool isForLibrary) {
+    if (IsOfCluster(library)) {
+        const Call* const call = FindCall(name);
+        return call != nullptr && IsSame(call->library, library) ? call->entry : nullptr;
+    }
+    for (const SystemCall& call : SystemCalls) {
+        if ((isForLibrary || !call.isOfLibrary) && IsSame(library, call.library) && std::strcmp(name, call.name) == 0) {
+            return call.entry;
+        }
+    }
+    return nullptr;
+}
+
+template <typename T> T* At(HMODULE module, std::size_t rva) {
+    return reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(module) + rva);
+}
+
+const IMAGE_DATA_DIRECTORY& Directory(HMODULE module, unsigned index) {
+    const auto* dos = At<IMAGE_DOS_HEADER>(module, 0);
+    const auto* headers = At<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos->e_lfanew));
+    return headers->OptionalHeader.DataDirectory[index];
+}
+
+// Calls visit(name, entry) for each function of one DLL that has a name.
+template <typename Visit> void ForEachName(HMODULE module, std::size_t names, std::size_t entries, const Visit& visit) {
+    const auto* name = At<IMAGE_THUNK_DATA>(module, names);
+    auto* entry = At<IMAGE_THUNK_DATA>(module, entries);
+    for (; name->u1.AddressOfData != 0; ++name, ++entry) {
+        if (!IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+            visit(reinterpret_cast<const char*>(
+                      At<IMAGE_IMPORT_BY_NAME>(module, static_cast<std::size_t>(name->u1.AddressOfData))->Name),
+                  reinterpret_cast<void**>(&entry->u1.Function));
+        }
+    }
+}
+
+// What a linker writes for DLLs that are loaded with their first call.
+struct DelayDescriptor {
+    DWORD attributes; // 1: addresses are relative
+    DWORD library;
+    DWORD module;
+    DWORD entries;
+    DWORD names;
+    DWORD bound;
+    DWORD unload;
+    DWORD time;
+};
+
+// Calls visit(dll, name, entry) for each import that has a name, those of DLLs that are loaded late too.
+template <typename Visit> void ForEachImport(HMODULE module, const Visit& visit) {
+    const auto visitLibrary = [&](DWORD library, DWORD names, DWORD entries) {
+        ForEachName(module, names, entries,
+                    [&](const char* name, void** entry) { visit(At<const char>(module, library), name, entry); });
+    };
+    const IMAGE_DATA_DIRECTORY& imports = Directory(module, IMAGE_DIRECTORY_ENTRY_IMPORT);
+    if (imports.VirtualAddress != 0) {
+        const auto* descriptor = At<IMAGE_IMPORT_DESCRIPTOR>(module, imports.VirtualAddress);
+        for (; descriptor->Name != 0; ++descriptor) {
+            if (descriptor->OriginalFirstThunk != 0) {
+                visitLibrary(descriptor->Name, descriptor->OriginalFirstThunk, descriptor->FirstThunk);
+            }
+        }
+    }
+    const IMAGE_DATA_DIRECTORY& delayed = Directory(module, IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT);
+    if (delayed.VirtualAddress != 0) {
+        const auto* descriptor = At<DelayDescriptor>(module, delayed.VirtualAddress);
+        for (; descriptor->library != 0; ++descriptor) {
+            if ((descriptor->attributes & 1) != 0) {
+                visitLibrary(descriptor->library, descriptor->names, descriptor->entries);
+            }
+        }
+    }
+}
+
+void Write(void** entry, void* value) {
+    DWORD old = 0;
+    VirtualProtect(entry, sizeof(*entry), PAGE_READWRITE, &old);
+    *entry = value;
+    VirtualProtect(entry, sizeof(*entry), old, &old);
+}
+
+void FindOriginals() {
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
+    for (Call& call : CallTable()) {
+        if (call.original != nullptr) {
+            continue;
+        }
+        const HMODULE library = GetModuleHandleA(call.library);
+        call.original = library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, call.name));
+    }
+}
+
+} // namespace
+
+Slot Intercept(const Call& call, const Slot* slots, Invocation invoke) {
+    Interceptor* const interceptor = g_interceptor;
+    return interceptor == nullptr ? invoke(call.original, slots) : interceptor->Answer(call, slots, invoke);
+}
+
+BOOL StartTool(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
+               PROCESS_INFORMATION* information) {
+    Interceptor* const interceptor = g_interceptor;
+    return interceptor == nullptr ? CreateProcessW(program, commandLine, nullptr, nullptr, TRUE, flags, nullptr,
+                                                   nullptr, startup, information)
+                                  : interceptor->StartProcess(program, commandLine, flags, startup, information);
+}
+
+BOOL ExitCodeOfTool(HANDLE process, DWORD* exitCode) {
+    return ExitCodeOf(process, exitCode);
+}
+
+Interception::Interception(Interceptor& interceptor, const std::vector<HMODULE>& modules) {
+    const DWORD lastError = GetLastError();
+    FindOriginals();
+    g_interceptor = &interceptor;
+    for (const HMODULE module : modules) {
+        PatchModule(module == nullptr ? GetModuleHandleW(nullptr) : module);
+    }
+    SetLastError(lastError);
+}
+
+Interception::~Interception() {
+    for (auto patch = m_patches.rbegin(); patch != m_patches.rend(); ++patch) {
+        Write(patch->entry, patch->original);
+    }
+    g_interceptor = nullptr;
+}
+
+void Interception::PatchModule(HMODULE module) {
+    const bool isLibrary = module == GetModuleHandleW(L"clusutil.dll");
+    ForEachImport(module, [this, isLibrary](const char* library, const char* name, void** entry) {
+        void* const replacement = EntryFor(library, name, isLibrary);
+        if (replacement != nullptr) {
+            m_patches.push_back({entry, *entry});
+            Write(entry, replacement);
+        } else if (IsOfCluster(library) && std::strncmp(name, "ClusSim", 7) != 0) {
+            m_unknown.emplace_back(name);
+        }
+    });
+}
+
+FARPROC Interception::Replacement(const char* library, const char* name) {
+    if (!IsOfCluster(library)) {
+        return nullptr;
+    }
+    FindOriginals();
+    return reinterpret_cast<FARPROC>(EntryFor(library, name, false));
+}
+
+} // namespace recording

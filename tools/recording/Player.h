@@ -1,0 +1,73 @@
+// Answers from a recording, in the place of a cluster.
+#ifndef RECORDING_PLAYER_H
+#define RECORDING_PLAYER_H
+
+#include "CallData.h"
+#include "Interception.h"
+#include "Recording.h"
+
+#include <deque>
+#include <map>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace recording {
+
+// Comes out of a call of the cluster API, or of the start of a tool, that the recording does not hold.
+class NotRecorded : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The same call with the same inputs on the same thread gets the same answers in the same order. Threads are counted in
+// the order of their first calls.
+class Player : public Interceptor {
+public:
+    explicit Player(Recording recording);
+
+    Slot Answer(const Call& call, const Slot* slots, Invocation invoke) override;
+    BOOL StartProcess(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
+                      PROCESS_INFORMATION* information) override;
+    BOOL ExitCodeOf(HANDLE process, DWORD* exitCode) override;
+    std::wstring ComputerName() const override;
+
+    const Header& Head() const {
+        return m_recording.header;
+    }
+    bool IsCut() const {
+        return m_recording.isCut;
+    }
+    // The first call that was not recorded; empty when there was none. A call that closes something never ends the
+    // command, but is named here too.
+    std::string Missing() const;
+    // Whether anything has been asked.
+    bool HasAnswered() const;
+
+private:
+    struct Answers {
+        std::deque<std::size_t> indexes; // into the recording, first to come
+    };
+    typedef std::unordered_map<std::string, Answers> Book;
+
+    unsigned Thread();
+    // The next index; throws NotRecorded.
+    std::size_t Next(std::map<unsigned, Book>& books, const std::string& key, const std::string& shown);
+    Slot HandleOf(std::int64_t number);
+    Slot Missed(const Call& call);
+
+    Recording m_recording;
+    mutable std::mutex m_mutex;
+    std::map<unsigned, Book> m_calls; // by thread
+    std::map<unsigned, Book> m_tools;
+    std::map<DWORD, unsigned> m_threads;
+    std::map<HANDLE, DWORD> m_exitCodes;
+    std::string m_missing;
+    bool m_hasAnswered = false;
+};
+
+} // namespace recording
+
+#endif
