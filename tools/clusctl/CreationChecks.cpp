@@ -330,7 +330,8 @@ void FailToCreate(CCluster& cluster, const CreationRequest& request) {
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report) {
     const ServerPlace place = FindServer(cluster, request.server);
     const NamesByType members = ReadMembers(cluster, place.group);
-    const Json& owners = record["possibleOwners"];
+    const Json owners = record.value("possibleOwners", Json()); // of what cannot be opened nothing is known
+    const Json restartAction = record.value("restartAction", Json());
     for (const std::wstring& node :
          ListPossibleOwners(cluster, RequireFirst(members, clus::SystemAttendantType, place.group))) {
         if (owners.is_array() && std::find(owners.begin(), owners.end(), Json(node)) == owners.end()) {
@@ -338,7 +339,7 @@ void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const
                               Quoted(request.name));
         }
     }
-    if (record["restartAction"].is_number() && record["restartAction"] != Json(ClusterResourceRestartNoNotify)) {
+    if (restartAction.is_number() && restartAction != Json(ClusterResourceRestartNoNotify)) {
         report.AddWarning("the cluster did not take the restart action of " + Quoted(request.name));
     }
 }

@@ -1,6 +1,7 @@
 #include "SmtpCommands.h"
 
 #include "CommandLine.h"
+#include "Deadline.h"
 #include "Interruption.h"
 #include "Progress.h"
 #include "ResourcesHere.h"
@@ -16,6 +17,8 @@ namespace {
 
 const char Heading[] = "The servers of this node";
 
+const std::uint32_t OfflineTimeout = 120; // seconds
+
 const Columns InstanceTitles = {
     {"name", "Resource"}, {"type", "Type"}, {"group", "Group"}, {"owner", "Owner"}, {"state", "State"},
 };
@@ -29,6 +32,21 @@ const Columns InstanceTitles = {
                                               unread.Warnings().front());
     }
     throw Failure(Errors::NotFound, "no Exchange SMTP instance is online on this node");
+}
+
+// As long as the library waits for it. The instance as the cluster then holds it.
+Json AwaitOffline(const CCluster& cluster, const std::wstring& name, Report& report) {
+    const Deadline deadline(OfflineTimeout);
+    Json record = ReadResource(cluster, name, ResourceParts::Line, report);
+    while (record["state"] == "offline pending" && !deadline.IsOver() && !Interruption::IsPending()) {
+        Interruption::AwaitPending();
+        record = ReadResource(cluster, name, ResourceParts::Line, report);
+    }
+    if (record["state"] == "offline pending") {
+        throw Failure(Errors::TimedOut, "cannot restart " + Quoted(name) + ": it is still offline pending")
+            .Hint("Once it is offline, bring its group online.");
+    }
+    return record;
 }
 
 // The instance as the cluster holds it after the library's work. Throws Failure unless it is online or on its way.
@@ -47,7 +65,7 @@ Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool is
             throw Failure::OfCode("cannot restart " + Quoted(name) + ": the cluster does not take it offline", code,
                                   Errors::Refused);
         }
-        record = ReadResource(cluster, name, ResourceParts::Line, report);
+        record = AwaitOffline(cluster, name, report);
     }
     if (record["state"] == "offline") { // the library does not look whether the cluster brings it online
         const DWORD code = AskAgain(cluster, name, &OnlineClusterResource);
