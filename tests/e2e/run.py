@@ -60,6 +60,9 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
+  same-rehearsal M E .. rehearses the events E on the model M twice; prints how the second output, and model, differ from the first
+  asked-only FILE     fails when a journal of the cluster simulator holds a call that changes something
+  documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   files               lists the case's folder
   left-keys           counts the registry keys of runs on models with settings
@@ -418,6 +421,28 @@ class Case:
         change = self.vcs_commands(arguments, variables, "change.log")
         return difference(rehearsal, change, "rehearsal", "change") or f"the same {change.count(chr(10)) - 1} commands\n"
 
+    def same_rehearsal(self, arguments, variables):
+        outputs, models = [], []
+        for name in ("first.json", "second.json"):
+            outputs.append(self.clusctl(["--model", arguments[0], "rehearse", *arguments[1:], "--save", name], variables).replace(name, "FILE"))
+            models.append((self.folder / name).read_text(encoding="utf-8"))
+        return difference(*outputs, "first", "second") + difference(*models, "first", "second") or f"same {len(outputs[0].splitlines())} lines\n"
+
+    def documented_ends(self, arguments, variables):
+        command = arguments.index("--")
+        variables = {"CLUSUTIL_RUN_SECONDS": "220", **variables}
+        words = [*arguments[:command], "rehearse", "--each-call-fails", "--json", *arguments[command:]]
+        result = self.clusctl(words, variables)
+        document = json.loads(result[:result.rindex("\n}\n") + 3])
+        if "runs" not in document:
+            return result
+        rows = [run for run in document["runs"] if run["ended"] == "in between"]
+        texts = [f"{run['call']}: exit {run['exitCode']}: {run['message'] or 'no failure'}\n" for run in rows]
+        count = document["ended"]
+        if count["inBetween"] + count["asBefore"] + count["asWanted"] != len(document["runs"]) or len(document["runs"]) < 10:
+            return f"{len(document['runs'])} runs do not add up to {count}\n"
+        return "".join(dict.fromkeys(texts)) or "nothing ends in between\n"
+
     def run(self, line):
         words = shlex.split(line)
         variables = {}
@@ -467,9 +492,15 @@ class Case:
             wanted = arguments[0].encode("utf-8").lower()
             found = [name for name in arguments[1:] if wanted in (self.folder / name).read_bytes().lower()]
             return f"found in {', '.join(found)}\n" if found else "absent\n"
+        if verb == "same-rehearsal":
+            return self.same_rehearsal(arguments, variables)
+        if verb == "asked-only":
+            return asked_only((self.folder / arguments[0]).read_text(encoding="utf-8"))
+        if verb == "documented-ends":
+            return self.documented_ends(arguments, variables)
         if verb == "unchanged":
             other = self.folder / arguments[1]
-            other = other if other.is_file() else find_input(arguments[1])
+            other = other if other.is_file() and arguments[0] != arguments[1] else find_input(arguments[1])
             same = (self.folder / arguments[0]).read_bytes() == other.read_bytes()
             return "unchanged\n" if same else "changed\n"
         if verb == "files":
@@ -518,6 +549,13 @@ class Case:
         for problem in self.problems:
             print(f"not as docs/schemas has it: {problem}")
         return not self.problems and (update or not text)
+
+
+def asked_only(journal):
+    changing = re.compile(r"(Add|Change|Create|Delete|Fail|Move|Offline|Online|Pause|Remove|Restart|Resume|Set)[A-Z]")
+    calls = [json.loads(line) for line in journal.splitlines()]
+    found = [call["call"] for call in calls if changing.match(call["call"]) or call.get("args", {}).get("code", 0) & 0x400000]
+    return "".join(f"{name}\n" for name in found) or "only asked\n" if calls else "the journal is empty\n"
 
 
 def without_log(text):

@@ -8,6 +8,7 @@ CASES = Path(__file__).resolve().parent / "cases"
 FOLDER = Path(__file__).resolve().parent.parent.parent / "docs" / "schemas"
 SUFFIX = ".schema.json"
 COMMON = "common" + SUFFIX
+DRY_RUN = "dry-run"  # what it answers is not the command's own document
 TELLING = ("help", "completion", "manual")  # commands whose answer is a text
 PASSING = ("record",)  # commands whose answer is that of another one, behind "--"
 
@@ -19,7 +20,7 @@ def validator(schema):
 
 
 def commands_with_schema():
-    return {file.name[:-len(SUFFIX)] for file in FOLDER.glob("*" + SUFFIX)} - {"common"}
+    return {file.name[:-len(SUFFIX)] for file in FOLDER.glob("*" + SUFFIX)} - {"common", DRY_RUN}
 
 
 def load(name):
@@ -37,6 +38,10 @@ def command_of(arguments):
         arguments = arguments[arguments.index("--") + 1:]
     words = [argument for argument in arguments if not argument.startswith("-")]
     known = commands_with_schema()
+    if "rehearse" in words:
+        return "rehearse"
+    if "--dry-run" in arguments and "vcs" not in words:
+        return DRY_RUN
     for first in range(len(words)):
         for count in (3, 2, 1):
             name = "-".join(words[first:first + count])

@@ -12,6 +12,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -19,6 +20,21 @@ namespace {
 const char Description[] = "Shows which servers this node serves, and works with the product's cluster resources.";
 
 const char VcsFamily[] = "vcs";
+const char RehearseCommand[] = "rehearse";
+const char DryRunOption[] = "--dry-run";
+const char TailMark[] = "--";
+
+const char* const ChangingCommands[] = {
+    "resource create",        "resource online",
+    "resource offline",       "resource delete",
+    "smtp restart",           "vcs mode",
+    "vcs resource add",       "vcs resource link",
+    "vcs resource delete",    "vcs resource online",
+    "vcs resource offline",   "vcs product create",
+    "vcs product delete",     "vcs product add-quarantine",
+    "vcs product switch-on",  "vcs product add-remote-config",
+    "vcs product switch-off",
+};
 
 const CLI::Validator
     NotEmpty([](std::string& text) { return text.empty() ? std::string("must not be empty") : std::string(); }, "");
@@ -100,6 +116,37 @@ CLI::Option& AddChecked(CLI::App& command, const char* name, std::wstring& value
     return *command.add_option_function<std::string>(name, take, description)->type_name(typeName)->check(isAllowed);
 }
 
+// --dry-run of those that change something and have none of their own.
+void AddDryRunsBelow(CLI::App& app, bool& isDryRun) {
+    const bool changes = std::find(std::begin(ChangingCommands), std::end(ChangingCommands), FullName(app)) !=
+                         std::end(ChangingCommands);
+    if (changes && app.get_option_no_throw(DryRunOption) == nullptr) {
+        app.add_flag(DryRunOption, isDryRun, "Do it on a copy of the cluster, and show the calls and what changes");
+    }
+    for (CLI::App* member : app.get_subcommands({})) {
+        AddDryRunsBelow(*member, isDryRun);
+    }
+}
+
+// What is left to be done on the copy: the options of the program itself are those of the dry run.
+std::vector<std::wstring> WithoutDryRun(const CLI::App& root, const std::vector<std::string>& arguments) {
+    std::vector<std::wstring> words;
+    for (auto word = arguments.begin(); word != arguments.end(); ++word) {
+        if (*word == TailMark) {
+            std::transform(word, arguments.end(), std::back_inserter(words), &common::ToUtf16);
+            break;
+        }
+        const std::string name = StartsWith(*word, "--") ? word->substr(0, word->find('=')) : std::string();
+        const CLI::Option* const option = name.empty() ? nullptr : root.get_option_no_throw(name);
+        if (option != nullptr) {
+            word += TakesValue(*option) && word->size() == name.size() && word + 1 != arguments.end() ? 1 : 0;
+        } else if (*word != DryRunOption) {
+            words.push_back(common::ToUtf16(*word));
+        }
+    }
+    return words;
+}
+
 } // namespace
 
 CommandLine::CommandLine() : m_app(Description, "clusctl") {
@@ -164,9 +211,52 @@ CLI::App& CommandLine::AddTo(CLI::App& family, const char* name, const char* des
     return command;
 }
 
+void CommandLine::AddTail(CLI::App& command, std::vector<std::wstring>& words, const char* description) {
+    m_tailed = &command;
+    m_tail = &words;
+    command.add_option("COMMAND", words, description)->type_name("-- COMMAND"); // for the help text
+}
+
+void CommandLine::AsksBy(const CLI::App& command, const std::function<Answering()>& asked) {
+    m_asksBy[&command] = asked;
+}
+
+void CommandLine::AddDryRuns(const Rehearse& rehearse) {
+    m_rehearse = rehearse;
+    for (CLI::App* family : m_app.get_subcommands({})) {
+        if (family->get_name() != VcsFamily) {
+            AddDryRunsBelow(*family, m_isDryRun);
+        }
+    }
+}
+
+// The words behind "--" are no matter of the parser, which would take them for more of what stands before.
+std::vector<std::string> CommandLine::CutTail(const std::vector<std::string>& arguments) {
+    const auto mark = std::find(arguments.begin(), arguments.end(), TailMark);
+    if (m_tailed == nullptr || mark == arguments.end()) {
+        return arguments;
+    }
+    auto word = arguments.begin();
+    while (word != mark && StartsWith(*word, "-")) {
+        const CLI::Option* const option = m_app.get_option_no_throw(*word);
+        word += option != nullptr && TakesValue(*option) && word + 1 != mark ? 2 : 1;
+    }
+    if (word == mark || *word != m_tailed->get_name()) {
+        return arguments;
+    }
+    std::transform(mark + 1, arguments.end(), std::back_inserter(*m_tail), &common::ToUtf16);
+    return std::vector<std::string>(arguments.begin(), mark);
+}
+
 std::string CommandLine::Parse(const std::vector<std::string>& arguments) {
+    m_arguments = arguments;
     try {
-        m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it wants them last first
+        const std::vector<std::string> own = CutTail(arguments);
+        m_app.parse(std::vector<std::string>(own.rbegin(), own.rend())); // it wants them last first
+        if (m_isDryRun) {
+            const std::vector<std::wstring> words = WithoutDryRun(m_app, arguments);
+            m_chosen = [this, words](const LogCapture& log) { return m_rehearse(log, words); };
+        }
         return m_told ? m_told() : std::string();
     } catch (const CLI::CallForHelp&) {
         return m_app.help();
@@ -232,31 +322,31 @@ bool CommandLine::OpensConfiguration() const {
 }
 
 bool CommandLine::Changes() const {
-    static const char* const changing[] = {
-        "resource create",        "resource online",
-        "resource offline",       "resource delete",
-        "smtp restart",           "vcs mode",
-        "vcs resource add",       "vcs resource link",
-        "vcs resource delete",    "vcs resource online",
-        "vcs resource offline",   "vcs product create",
-        "vcs product delete",     "vcs product add-quarantine",
-        "vcs product switch-on",  "vcs product add-remote-config",
-        "vcs product switch-off",
-    };
-    return std::find(std::begin(changing), std::end(changing), ChosenName()) != std::end(changing);
+    return !m_isDryRun && std::find(std::begin(ChangingCommands), std::end(ChangingCommands), ChosenName()) !=
+                              std::end(ChangingCommands);
+}
+
+bool CommandLine::IsRehearsal() const {
+    return m_isDryRun || ChosenName() == RehearseCommand;
+}
+
+bool CommandLine::IsDryRun() const {
+    return m_isDryRun;
 }
 
 bool CommandLine::FinishesStep() const {
     const CLI::Option* const watch = Deepest().get_option_no_throw("--watch");
-    return Asked() == Answering::Vcs || Changes() || (watch != nullptr && watch->count() > 0);
+    return Asked() == Answering::Vcs || Changes() || IsRehearsal() || (watch != nullptr && watch->count() > 0);
 }
 
 Answering CommandLine::Asked() const {
     static const char* const askingEither[] = {
-        "doctor", "graph", "probe", "report", "status", "tree",
+        "doctor", "graph", "probe", "report", "status", "tree", RehearseCommand,
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {
-        return m_either;
+        const auto asksBy = m_asksBy.find(&Deepest());
+        const Answering asked = asksBy == m_asksBy.end() ? Answering::Either : asksBy->second();
+        return asked == Answering::Either ? m_either : asked;
     }
     return m_app.got_subcommand(VcsFamily) ? Answering::Vcs : Answering::FailoverCluster;
 }

@@ -8,6 +8,7 @@
 #include <CLI/App.hpp>
 
 #include <functional>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -72,6 +73,17 @@ public:
     // Adds an option that may be given more than once, each time with one "NAME=VALUE"; the name is one of VCS.
     static CLI::Option& AddPairs(CLI::App& command, const char* name, TextPairs& pairs, const char* description);
 
+    // Adds what stands behind "--": the words of a command line of their own.
+    void AddTail(CLI::App& command, std::vector<std::wstring>& words, const char* description);
+
+    // Whom this command asks is only known when it is chosen.
+    void AsksBy(const CLI::App& command, const std::function<Answering()>& asked);
+
+    // Adds --dry-run to every command that changes something: then `rehearse` is done instead, with the words of the
+    // command line.
+    typedef std::function<Report(const LogCapture& log, const std::vector<std::wstring>& words)> Rehearse;
+    void AddDryRuns(const Rehearse& rehearse);
+
     // Takes the program's arguments, without its name. The text that --help, --version or a telling sub-command asks
     // for; empty when there is an action to be run. Throws WrongUsage; whether JSON is wanted is known even then.
     std::string Parse(const std::vector<std::string>& arguments);
@@ -80,6 +92,10 @@ public:
     std::string UsageText(const std::string& reason) const;
 
     const CLI::App& Root() const;
+    // As Parse took them.
+    const std::vector<std::string>& Arguments() const {
+        return m_arguments;
+    }
     const SharedOptions& Shared() const;
     // Those of another command line that stand for this one too, where it does not say otherwise.
     void Inherit(const SharedOptions& shared);
@@ -87,8 +103,11 @@ public:
     // "vcs product create", and whether the option --rw was given to it.
     std::string ChosenName() const;
     bool OpensConfiguration() const;
-    // Whether it changes something.
+    // Whether it changes something; a dry run does not.
     bool Changes() const;
+    // Whether it only works on a copy of the cluster.
+    bool IsRehearsal() const;
+    bool IsDryRun() const;
     // Whether the step in progress is finished when the user interrupts it. The others end at once.
     bool FinishesStep() const;
     // Whether it tells itself what is wrong with the files of the VCS tools.
@@ -99,6 +118,7 @@ public:
 
 private:
     const CLI::App& Deepest() const;
+    std::vector<std::string> CutTail(const std::vector<std::string>& arguments);
     std::string ReasonAgainst(const CLI::ParseError& error) const;
 
     CLI::App m_app;
@@ -106,6 +126,12 @@ private:
     Action m_chosen;
     Answering m_either = Answering::Either;
     std::function<std::string()> m_told;
+    const CLI::App* m_tailed = nullptr; // the command with a tail
+    std::vector<std::wstring>* m_tail = nullptr;
+    std::map<const CLI::App*, std::function<Answering()>> m_asksBy;
+    Rehearse m_rehearse;
+    bool m_isDryRun = false;
+    std::vector<std::string> m_arguments;
 };
 
 #endif

@@ -3,6 +3,7 @@
 #define CLUSCTL_DEADLINE_H
 
 #include "Interruption.h"
+#include "SimulatedTime.h"
 
 #include <chrono>
 #include <cstdint>
@@ -10,13 +11,17 @@
 // A point in time from now on.
 class Deadline {
 public:
-    explicit Deadline(std::uint32_t seconds) : m_end(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)) {
+    explicit Deadline(std::uint32_t seconds) : m_end(Now() + std::chrono::seconds(seconds)) {
     }
     bool IsOver() const {
-        return std::chrono::steady_clock::now() >= m_end;
+        return Now() >= m_end;
     }
 
 private:
+    static std::chrono::steady_clock::time_point Now() {
+        return std::chrono::steady_clock::now() + SimulatedTime::Passed();
+    }
+
     const std::chrono::steady_clock::time_point m_end;
 };
 

@@ -1,5 +1,6 @@
 #include "Interruption.h"
 
+#include "SimulatedTime.h"
 #include "Stream.h"
 
 #include <atomic>
@@ -40,6 +41,15 @@ BOOL WINAPI Note(DWORD kind) {
     return TRUE;
 }
 
+// No longer than until the user interrupts the command.
+void WaitFor(std::chrono::milliseconds time) {
+    if (SimulatedTime::IsInForce()) {
+        SimulatedTime::Pass(time);
+    } else {
+        WaitForSingleObject(Event(), static_cast<DWORD>(time.count()));
+    }
+}
+
 } // namespace
 
 Interruption::Interruption() {
@@ -64,7 +74,7 @@ void Interruption::RequireNone() {
 }
 
 void Interruption::AwaitPending() {
-    WaitForSingleObject(Event(), LongestAwaited);
+    WaitFor(std::chrono::milliseconds(LongestAwaited));
 }
 
 void Interruption::Check() {
@@ -79,7 +89,7 @@ void Interruption::Wait(std::chrono::milliseconds time) {
         Sleep(static_cast<DWORD>(time.count()));
         return;
     }
-    WaitForSingleObject(Event(), static_cast<DWORD>(time.count()));
+    WaitFor(time);
     Check();
 }
 

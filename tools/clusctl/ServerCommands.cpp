@@ -62,11 +62,7 @@ Report Servers(const LogCapture& log, bool isExplained) {
     const Progress progress(log,
                             []() { return std::string("reading servers"); }); // the library does not tell of how many
     Report report;
-    Json records = Json::array();
-    for (const CClusterVirtualServerInfo& info : ListServers(report)) {
-        records.push_back(ServerRecord(info));
-    }
-    report.AddTable("servers", std::move(records), ServerColumns,
+    report.AddTable("servers", ReadServers(report), ServerColumns,
                     report.IsComplete() ? "This node serves no server at present."
                                         : "No server of this node can be described.");
     AddDeployment(ReadDeployment(), isExplained, report);
@@ -169,6 +165,14 @@ Report StoreOnline() {
 }
 
 } // namespace
+
+Json ReadServers(Report& report) {
+    Json records = Json::array();
+    for (const CClusterVirtualServerInfo& info : ListServers(report)) {
+        records.push_back(ServerRecord(info));
+    }
+    return records;
+}
 
 void AddServerCommands(CommandLine& commandLine) {
     const auto isListExplained = std::make_shared<bool>(false);

@@ -2,8 +2,13 @@
 #ifndef CLUSCTL_SERVERCOMMANDS_H
 #define CLUSCTL_SERVERCOMMANDS_H
 
+#include "Report.h"
+
 class CommandLine;
 
 void AddServerCommands(CommandLine& commandLine);
+
+// The servers that this node serves, as "servers" has them. What the list lacks is told to the report.
+Json ReadServers(Report& report);
 
 #endif

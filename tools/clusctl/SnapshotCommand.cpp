@@ -19,18 +19,6 @@ struct SnapshotOptions {
     bool showSecrets = false;
 };
 
-// The file appears complete or not at all.
-void WriteModel(const std::wstring& file, const Json& model) {
-    // A suffix of this process's own: several may write at once, and the last one's file stays.
-    const std::wstring suffix = L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
-    try {
-        common::WriteWholeFile(file, common::DumpJson(model), suffix);
-    } catch (const common::FileError& error) {
-        const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
-        throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + Quoted(file), error.Code());
-    }
-}
-
 std::string Counted(size_t count, const char* word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
@@ -67,6 +55,17 @@ Report Snapshot(const LogCapture& log, const SnapshotOptions& options) {
 }
 
 } // namespace
+
+void WriteModel(const std::wstring& file, const Json& model) {
+    // A suffix of this process's own: several may write at once, and the last one's file stays.
+    const std::wstring suffix = L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    try {
+        common::WriteWholeFile(file, common::DumpJson(model), suffix);
+    } catch (const common::FileError& error) {
+        const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
+        throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + Quoted(file), error.Code());
+    }
+}
 
 void AddSnapshotCommand(CommandLine& commandLine) {
     const auto options = std::make_shared<SnapshotOptions>();

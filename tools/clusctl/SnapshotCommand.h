@@ -2,8 +2,15 @@
 #ifndef CLUSCTL_SNAPSHOTCOMMAND_H
 #define CLUSCTL_SNAPSHOTCOMMAND_H
 
+#include "Json.h"
+
+#include <string>
+
 class CommandLine;
 
 void AddSnapshotCommand(CommandLine& commandLine);
+
+// The file appears complete or not at all; an existing one is replaced. Throws Failure.
+void WriteModel(const std::wstring& file, const Json& model);
 
 #endif

@@ -18,6 +18,8 @@
 #include "ProductResourceCommands.h"
 #include "RecordCommand.h"
 #include "Replay.h"
+#include "RehearseCommand.h"
+#include "RehearsedRun.h"
 #include "ReportCommand.h"
 #include "RunMarker.h"
 #include "ServerCommands.h"
@@ -78,14 +80,17 @@ std::string ErrorText(const Failure& failure) {
 // Shows a command's answer, and why it is not the one that was asked for if it is not.
 class Answer {
 public:
-    Answer(const Stream& output, const Stream& errors, bool isJson)
-        : m_output(output), m_errors(errors), m_isJson(isJson) {
+    Answer(const Stream& output, const Stream& errors, bool isJson, bool isRehearsal)
+        : m_output(output), m_errors(errors), m_isJson(isJson), m_isRehearsal(isRehearsal) {
     }
 
     // Said whatever comes of the command: who answered, and the library's own lines, which are detail only.
     void SetBesides(const Simulation& simulation, bool isSimulated, const std::vector<std::string>& log) {
-        const std::wstring& file = simulation.File();
-        if (isSimulated) {
+        const std::wstring& rehearsed = RehearsedRun::Rehearsed();
+        const std::wstring& file = rehearsed.empty() ? simulation.File() : rehearsed;
+        if (m_isRehearsal) {
+            m_errors.Write("clusctl: simulated: a rehearsal on a copy of " + Quoted(file) + "\n");
+        } else if (isSimulated && !RehearsedRun::IsOne()) { // of a rehearsed command the rehearsal says it
             m_errors.Write(
                 "clusctl: simulated: the answers come from " +
                 (file.empty() ? "a simulator without a file: " + Printable(simulation.Variable()) + " does not name one"
@@ -94,7 +99,8 @@ public:
         }
         m_log = log;
         m_besides = {{"log", log},
-                     {"simulated", !isSimulated ? Json() : Json(file.empty() ? std::wstring(L"no file") : file)}};
+                     {"simulated",
+                      !isSimulated && !m_isRehearsal ? Json() : Json(file.empty() ? std::wstring(L"no file") : file)}};
         m_besides.update(m_tools);
     }
 
@@ -147,6 +153,7 @@ private:
     const Stream& m_output;
     const Stream& m_errors;
     bool m_isJson;
+    bool m_isRehearsal;
     std::vector<std::string> m_log;
     Json m_besides = {{"log", Json::array()}, {"simulated", nullptr}};
     Json m_tools = Json::object();
@@ -159,7 +166,7 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
         interruption = std::make_unique<const Interruption>();
     }
     std::unique_ptr<const RunMarker> marker;
-    if (commandLine.Changes()) {
+    if (commandLine.Changes() && !RehearsedRun::IsOne()) {
         marker = std::make_unique<const RunMarker>(commandLine.ChosenName() +
                                                    (commandLine.OpensConfiguration() ? " --rw" : ""));
     }
@@ -237,7 +244,9 @@ void Prepare(CommandLine& commandLine) {
 ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& errors, const RecordOptions& record,
                  std::unique_ptr<RecordedWork>& work) {
     const SharedOptions& shared = commandLine.Shared();
+    RehearsedRun rehearsedRun(!shared.model.empty());
     Prepare(commandLine);
+    rehearsedRun.Begin();
     RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
@@ -247,7 +256,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         errors.Write(
             "clusctl: warning: the DebugLog.dll in use does not hand out its lines; --verbose shows nothing\n");
     }
-    Answer answer(output, errors, shared.json);
+    Answer answer(output, errors, shared.json, commandLine.IsRehearsal() && !shared.model.empty());
     const Simulation simulation(commandLine.Asked());
     const auto setBesides = [&]() {
         // Lines that have been shown as they came are not told again.
@@ -256,6 +265,9 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     };
     const KilledRuns killed;
     const auto withKilled = [&killed](Report report) {
+        if (RehearsedRun::IsOne()) {
+            return report;
+        }
         for (const std::string& sentence : killed.Sentences()) {
             report.AddWarning(sentence);
         }
@@ -274,6 +286,9 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
             work = std::make_unique<RecordedWork>(record, commandLine.Asked(), commandLine.ChosenName(), tools);
         }
         const Report report = Work(commandLine, log);
+        if (report.IsPrinted() && commandLine.IsRehearsal()) { // by the process that rehearsed it
+            return report.Code();
+        }
         setBesides();
         answer.Show(withKilled(report));
         if (commandLine.Changes()) {
@@ -308,6 +323,7 @@ void AddCommands(CommandLine& commandLine) {
     AddPictureCommands(commandLine);
     AddProbeCommand(commandLine);
     AddVcsCommands(commandLine);
+    AddRehearseCommand(commandLine, &AddCommands);
     AddHelpCommands(commandLine);
 }
 

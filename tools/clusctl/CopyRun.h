@@ -1,0 +1,41 @@
+// A command at work on a private copy of a failover cluster: a process of its own, in simulated time.
+#ifndef CLUSCTL_COPYRUN_H
+#define CLUSCTL_COPYRUN_H
+
+#include "ChildProgram.h"
+#include "ClusterCalls.h"
+#include "ClusterSimulator.h"
+
+#include "common/TemporaryFolder.h"
+
+#include <memory>
+
+typedef std::vector<std::string> FaultTexts;
+
+struct CopyResult {
+    ProgramResult program;
+    std::vector<ClusterCall> calls;
+    ClusterEvents events;
+    Json model; // as the command leaves it
+};
+
+class CopyRun {
+public:
+    // Starts "clusctl COMMAND" on a copy of the model, with these faults. `rehearsed` is what the model is one of, as
+    // people are told; `asJson`: with --json. Throws Failure when the copy cannot be made.
+    CopyRun(const Json& model, const Words& command, const FaultTexts& faults, const std::wstring& rehearsed,
+            bool asJson);
+
+    const ChildProgram& Program() const {
+        return *m_program;
+    }
+
+    // Waits for its end.
+    CopyResult Finish() const;
+
+private:
+    std::unique_ptr<common::TemporaryFolder> m_folder;
+    std::unique_ptr<ChildProgram> m_program;
+};
+
+#endif

@@ -1,0 +1,46 @@
+// Models of failover clusters, as a rehearsal looks at them: JSON in, JSON out.
+#ifndef CLUSCTL_REHEARSEDMODEL_H
+#define CLUSCTL_REHEARSEDMODEL_H
+
+#include "Json.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// The private copy: with a clock of its own, and, where the model does not say otherwise, in a cluster that acts on
+// failures.
+Json PrivateCopy(const Json& model);
+
+// Milliseconds since 1601 (UTC).
+std::int64_t ClockOf(const Json& model);
+
+// When the next of what goes on ends; 0 when nothing goes on.
+std::int64_t NextEnd(const Json& model);
+
+// "is OnlinePending" as people are told: "is online pending". Other texts as they are.
+std::string WordsOfState(const std::string& what);
+
+// The names of the nodes, "." as this computer's.
+std::vector<std::string> NodesOf(const Json& model, const std::string& thisComputer);
+
+// "up", "down", "paused", "joining"; "stopped" where the cluster does not run.
+std::string NodeState(const Json& model, const std::string& node, const std::string& thisComputer);
+
+// The same cluster with another node as this computer.
+Json SeenFrom(const Json& model, const std::string& node, const std::string& thisComputer);
+
+// What is compared and shown: without times, with secrets masked.
+Json Essence(const Json& model);
+
+// An end to compare with others: also without the IDs that were made since `before`.
+Json ComparableEnd(const Json& before, const Json& end);
+
+// How `after` differs, as a unified difference of the objects that do; secrets masked. Empty when it does not.
+std::vector<std::string> ModelDifference(const Json& before, const Json& after);
+
+// The resources that are not online in `after`, and were in `before` or shall be: "name", "group", "state", "reason".
+// `timeline` holds records with "kind", "name", "what" and "why".
+Json StaysDown(const Json& before, const Json& after, const Json& timeline);
+
+#endif
