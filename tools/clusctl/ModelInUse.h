@@ -7,9 +7,9 @@
 #include <string>
 
 // Starts the simulator that the file is for: that of failover clusters for a model in JSON, that of VCS for a main.cf
-// or a folder with one; for a recording none, it answers itself once BeginReplay is called. To be called before the cluster API or a VCS tool is used; nothing real is asked from then on.
-// Throws WrongUsage when the command asks the other kind of cluster, Failure when there is no such file, or the
-// installation lacks the simulator.
+// or a folder with one; for a recording none, it answers itself once BeginReplay is called. To be called before the
+// cluster API or a VCS tool is used; nothing real is asked from then on. Throws WrongUsage when the command asks the
+// other kind of cluster, Failure when there is no such file, or the installation lacks the simulator.
 void UseModel(const std::wstring& file, Answering asked);
 
 // Whether a model is one of VCS, not of a failover cluster. Throws Failure when there is no such file, or it cannot be
