@@ -128,6 +128,7 @@ ProgramResult ChildProgram::Finish() const {
 
 std::size_t ChildProgram::FirstToEnd(const std::vector<const ChildProgram*>& programs) {
     std::vector<HANDLE> processes;
+    processes.reserve(programs.size());
     for (const ChildProgram* program : programs) {
         processes.push_back(program->m_process.get());
     }

@@ -200,7 +200,7 @@ private:
         model["state"] = ModelState(placement.state);
         AddText(model, "type", "the type", CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, handle, name);
         AddText(model, "id", "the ID", CLUSCTL_RESOURCE_GET_ID, handle, name);
-        if (model["id"] == "") {
+        if (model["id"].get<std::string>().empty()) {
             model["id"] = "unread-" + std::to_string(++m_idsMadeUp);
         }
         AddRelated(model, "dependsOn", CLUSTER_RESOURCE_ENUM_DEPENDS, handle, name);

@@ -44,7 +44,7 @@ void ClusterRehearsal::TakeEvents(const ClusterEvents& events) {
     for (Json event : events) {
         event["at"] = SecondsAt(event.at("at").get<std::int64_t>());
         event["what"] = WordsOfState(event.at("what").get<std::string>());
-        if (event.at("why") == "") {
+        if (event.at("why").get<std::string>().empty()) {
             event["why"] = nullptr;
         }
         m_timeline.push_back(event);

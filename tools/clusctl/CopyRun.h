@@ -16,7 +16,7 @@ struct CopyResult {
     ProgramResult program;
     std::vector<ClusterCall> calls;
     ClusterEvents events;
-    Json model; // as the command leaves it
+    Json model = Json::object(); // as the command leaves it
 };
 
 class CopyRun {

@@ -66,7 +66,7 @@ std::wstring SimulatorFolder(const wchar_t* file) {
 
 std::wstring ModelFile(const std::wstring& named) {
     const std::wstring path = common::FullPath(named);
-    const std::wstring model = IsFolder(path) ? path + MainCf : path;
+    std::wstring model = IsFolder(path) ? path + MainCf : path;
     if (!common::FileExists(model)) {
         throw Failure(Errors::FileNotFound, "there is no model " + Quoted(named))
             .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");

@@ -137,7 +137,7 @@ Resource ReadOneResource(const CCluster& cluster, const std::wstring& name, Repo
 }
 
 template <typename Object> std::string Stored(const std::vector<Object>& objects, const std::wstring& name) {
-    const std::string exact = common::ToUtf8(name);
+    std::string exact = common::ToUtf8(name);
     const std::wstring folded = common::Folded(name);
     std::string found;
     for (const Object& object : objects) {

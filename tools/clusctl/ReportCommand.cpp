@@ -3,6 +3,7 @@
 #include "ClusterInUse.h"
 #include "CommandLine.h"
 #include "Deployment.h"
+#include "Doctor.h"
 #include "NewFile.h"
 #include "Simulation.h"
 #include "Status.h"
@@ -43,7 +44,23 @@ PageTable Settings() {
     return table;
 }
 
-Report WriteReport(const LogCapture& log, const std::wstring& file) {
+// The doctor's findings, the worst first; what is well is only counted.
+PageTable FindingsTable(const Findings& findings) {
+    PageTable table = {"Findings", "", {"Level", "Code", "Group", "Object", "Seen", "Mend"}, {}};
+    for (const FindingLevel level : {FindingLevel::Error, FindingLevel::Warning, FindingLevel::Note}) {
+        for (const Finding& finding : findings.All()) {
+            if (finding.code->level == level) {
+                table.rows.push_back({LevelWord(level), finding.code->name, common::ToUtf8(finding.group),
+                                      finding.object, finding.seen, finding.mend});
+            }
+        }
+    }
+    const size_t good = findings.Count(FindingLevel::Ok);
+    table.rows.push_back({LevelWord(FindingLevel::Ok), "", "", "", std::to_string(good) + " things are well.", ""});
+    return table;
+}
+
+Report WriteReport(const LogCapture& log, const std::wstring& file, bool allowsWritableTools) {
     RequireNoFile(file);
     Report report;
     const Simulation simulation(ClusterInUse());
@@ -55,8 +72,9 @@ Report WriteReport(const LogCapture& log, const std::wstring& file) {
     if (simulation.HasAnswered(log.Tools().Count() != 0)) {
         content.simulated = simulation.File().empty() ? "no file" : common::ToUtf8(simulation.File());
     }
+    const Findings findings = Diagnose(log, {std::wstring(), allowsWritableTools});
     content.warnings = report.Warnings();
-    content.tables = {Settings()};
+    content.tables = {FindingsTable(findings), Settings()};
     content.cluster = status.cluster;
     content.health = status.health;
     WriteNewFile(file, HtmlPage(content));
@@ -75,7 +93,9 @@ Report WriteReport(const LogCapture& log, const std::wstring& file) {
 void AddReportCommand(CommandLine& commandLine) {
     const auto file = std::make_shared<std::wstring>();
     CLI::App& report = commandLine.Add(Heading, "report", "Write how the cluster is as a page for a browser",
-                                       [file](const LogCapture& log) { return WriteReport(log, *file); });
+                                       [file, &commandLine](const LogCapture& log) {
+                                           return WriteReport(log, *file, commandLine.Shared().allowsWritableTools);
+                                       });
     CommandLine::AddText(report, "FILE", *file, "FILE", "The page to write; there must be none of that name")
         .required()
         // Commands of VCS do not run where the user is.
