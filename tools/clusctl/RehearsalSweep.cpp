@@ -60,6 +60,7 @@ Json Sweep(const LogCapture& log, const std::vector<SweepStep>& steps, const Sta
             continue;
         }
         std::vector<const ChildProgram*> programs;
+        programs.reserve(active.size());
         for (const Active& one : active) {
             programs.push_back(&one.rehearsal->Program());
         }

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -165,7 +166,9 @@ std::vector<SweepStep> StepsOf(const std::vector<ClusterCall>& calls, const std:
         if (filters.empty() || filter != filters.end()) {
             const std::string code =
                 filters.empty() || filter->code.empty() ? std::to_string(UsualCodeOf(call.call)) : filter->code;
-            steps.push_back({i + 1, call.text, call.call + "#" + occurrence + "=" + code});
+            std::string fault = call.call;
+            fault.append("#").append(occurrence).append("=").append(code);
+            steps.push_back({i + 1, call.text, std::move(fault)});
         }
     }
     return steps;

@@ -18,7 +18,7 @@ std::wstring g_folder;
 std::wstring g_rehearsed;
 
 std::wstring Take(const wchar_t* name) {
-    const std::wstring value = common::EnvironmentVariable(name);
+    std::wstring value = common::EnvironmentVariable(name);
     SetEnvironmentVariableW(name, nullptr); // not for programs that this one starts
     return value;
 }

@@ -46,7 +46,7 @@ int ReplaceImport(HMODULE module, void* function, void* replacement) {
 
 template <typename Function> void* AddressOf(Function* function) {
     void* address = nullptr;
-    static_assert(sizeof(address) == sizeof(function), "");
+    static_assert(sizeof(address) == sizeof(function));
     std::memcpy(&address, &function, sizeof(address));
     return address;
 }
