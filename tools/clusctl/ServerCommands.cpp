@@ -62,7 +62,8 @@ Report Servers(const LogCapture& log, bool isExplained) {
     const Progress progress(log,
                             []() { return std::string("reading servers"); }); // the library does not tell of how many
     Report report;
-    report.AddTable("servers", ReadServers(report), ServerColumns,
+    Json records = ReadServers(report); // first: it may mark the report incomplete
+    report.AddTable("servers", std::move(records), ServerColumns,
                     report.IsComplete() ? "This node serves no server at present."
                                         : "No server of this node can be described.");
     AddDeployment(ReadDeployment(), isExplained, report);

@@ -214,7 +214,7 @@ Report Work(const CommandLine& commandLine, const LogCapture& log) {
 // The tools, after the checks that have to be passed before one of them is run.
 std::vector<VcsToolFile> CheckedTools(const CommandLine& commandLine, Answer& answer) {
     const SharedOptions& shared = commandLine.Shared();
-    const std::vector<VcsToolFile> tools = IsReplaying() ? ReplayedTools() : FindVcsTools();
+    std::vector<VcsToolFile> tools = IsReplaying() ? ReplayedTools() : FindVcsTools();
     if (shared.showsTools) {
         answer.SetTools(tools);
     }
