@@ -40,7 +40,7 @@ def is_asking(line, changing):
 def changing_commands():
     """The commands that change something, from where clusctl itself has them."""
     text = (CASES.parents[2] / "tools/clusctl/CommandLine.cpp").read_text(encoding="utf-8")
-    return "|".join(re.findall(r'"([^"]+)"', re.search(r"changing\[\] = \{([^}]*)\}", text)[1]))
+    return "|".join(re.findall(r'"([^"]+)"', re.search(r"ChangingCommands\[\] = \{([^}]*)\}", text)[1]))
 
 
 def runs_of(kind, changing):

@@ -168,7 +168,7 @@ def check_schemas(runner, _):
 
 def problems_of_probe():
     """docs/probe.md lists the rules of the probe, all of them and in their order."""
-    rules = re.findall(r'\{"([a-z-]+)", "', (ROOT / "tools/clusctl/ProbeRules.cpp").read_text(encoding="utf-8"))
+    rules = re.findall(r'\{"([a-z-]+)",\s+"', (ROOT / "tools/clusctl/ProbeRules.cpp").read_text(encoding="utf-8"))
     listed = re.findall(r"(?m)^\| `([a-z-]+)`", (ROOT / "docs/probe.md").read_text(encoding="utf-8"))
     return [] if rules and rules == listed else [f"docs/probe.md lists other rules than ProbeRules.cpp: {set(rules) ^ set(listed)}"]
 
