@@ -517,7 +517,7 @@ class Case:
         if self.silent:
             settings.append(("debug-log", "silent"))
             if not any(word == "vcs-tools" for word, _ in settings):
-                settings.append(("vcs-tools", " ".join(VCS_TOOLS)))
+                settings.append(("vcs-tools", " ".join((*VCS_TOOLS, "haclus"))))
         if first == len(lines):
             sys.exit(f"{self.file.name} runs nothing")
         try:
