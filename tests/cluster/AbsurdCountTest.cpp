@@ -27,6 +27,14 @@ protected:
         return true;
     }
 
+    // So with the names of the cluster, while what is returned lives.
+    auto AnswersOfTheCluster() {
+        return PatchImport(clusapi, ClusterEnum,
+                           [this](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
+                               return Answers(cch) ? ERROR_MORE_DATA : ::ClusterEnum(h, i, type, text, cch);
+                           });
+    }
+
     OpenedCluster cluster{*this, ClusterWithTwoAddresses()};
     int calls = 0;
     std::vector<SIZE_T> grown;
@@ -41,10 +49,7 @@ private:
 };
 
 TEST_P(AbsurdCount, IsABrokenEntryOfTheCluster) {
-    const auto patch =
-        PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
-            return Answers(cch) ? ERROR_MORE_DATA : ::ClusterEnum(h, i, type, text, cch);
-        });
+    const auto patch = AnswersOfTheCluster();
     NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(names, (NameList{L"b", L"n"}));
@@ -113,10 +118,7 @@ TEST_P(AbsurdCount, OfTheClusterNameIsNotAskedForAgain) {
 class LongestName : public AbsurdCount {};
 
 TEST_P(LongestName, IsAskedForAgain) {
-    const auto patch =
-        PatchImport(clusapi, ClusterEnum, [&](HCLUSENUM h, DWORD i, LPDWORD type, LPWSTR text, LPDWORD cch) -> DWORD {
-            return Answers(cch) ? ERROR_MORE_DATA : ::ClusterEnum(h, i, type, text, cch);
-        });
+    const auto patch = AnswersOfTheCluster();
     NameList names;
     EXPECT_FALSE(cluster.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
     EXPECT_EQ(grown, std::vector<SIZE_T>(1, 16 * 1024 * 1024)); // for which there is no memory

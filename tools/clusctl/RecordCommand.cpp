@@ -7,6 +7,7 @@
 
 #include "common/Files.h"
 #include "common/Text.h"
+#include "common/UtcTime.h"
 
 #include <Recorder.h>
 
@@ -16,7 +17,7 @@ recording::Header HeaderFor(const RecordOptions& options, Answering asked, const
                             const std::vector<VcsToolFile>& tools) {
     recording::Header header;
     header.program = "clusctl " CLUSCTL_VERSION;
-    header.begun = recording::TimeNow();
+    header.begun = common::UtcNow();
     header.command = options.isAnonymised ? Json::array({commandName}) : Json(options.command);
     header.cluster = asked == Answering::Vcs ? "vcs" : "failover";
     header.computer = common::ToUtf8(ComputerName());

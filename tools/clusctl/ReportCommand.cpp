@@ -13,10 +13,10 @@
 #include "picture/HtmlPage.h"
 
 #include "common/Files.h"
+#include "common/UtcTime.h"
 
 #include <clus_VirtualServerUtil.h>
 
-#include <cstdio>
 #include <memory>
 
 using namespace picture;
@@ -24,15 +24,6 @@ using namespace picture;
 namespace {
 
 const char Heading[] = "The cluster";
-
-std::string Now() {
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    char text[40];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u UTC", now.wYear, now.wMonth, now.wDay, now.wHour,
-                  now.wMinute, now.wSecond);
-    return text;
-}
 
 PageTable Settings() {
     PageTable table = {"The product's settings on this computer", "", {"Setting", "Value"}, {}};
@@ -66,7 +57,7 @@ Report WriteReport(const LogCapture& log, const std::wstring& file, bool allowsW
     const Simulation simulation(ClusterInUse());
     const Status status = ReadStatus(log, report);
     PageContent content;
-    content.madeAt = Now();
+    content.madeAt = common::ShownUtcNow();
     content.madeBy = "clusctl " CLUSCTL_VERSION;
     content.computer = common::ToUtf8(ComputerName());
     if (simulation.HasAnswered(log.Tools().Count() != 0)) {

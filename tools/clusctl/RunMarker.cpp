@@ -6,8 +6,7 @@
 #include "common/Environment.h"
 #include "common/Files.h"
 #include "common/Text.h"
-
-#include <cstdio>
+#include "common/UtcTime.h"
 
 namespace {
 
@@ -31,15 +30,6 @@ std::vector<std::wstring> NamesIn(const std::wstring& folder, const std::wstring
         FindClose(search);
     }
     return names;
-}
-
-std::string Now() {
-    SYSTEMTIME time;
-    GetSystemTime(&time);
-    char text[40];
-    std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d UTC", time.wYear, time.wMonth, time.wDay,
-                  time.wHour, time.wMinute, time.wSecond);
-    return text;
 }
 
 std::wstring TemporaryFolder() {
@@ -83,8 +73,8 @@ RunMarker::RunMarker(const std::string& command) : m_file(INVALID_HANDLE_VALUE) 
     m_path = folder + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetTickCount()) + Extension;
     m_file = CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (m_file != INVALID_HANDLE_VALUE) {
-        const std::string text =
-            common::DumpJson({{"command", command}, {"process", GetCurrentProcessId()}, {"begun", Now()}});
+        const std::string text = common::DumpJson(
+            {{"command", command}, {"process", GetCurrentProcessId()}, {"begun", common::ShownUtcNow()}});
         DWORD written = 0;
         WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     }

@@ -12,9 +12,10 @@
 #include "picture/Changes.h"
 #include "picture/TextWidth.h"
 
+#include "common/UtcTime.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <memory>
 #include <set>
 #include <utility>
@@ -22,16 +23,6 @@
 using namespace picture;
 
 namespace {
-
-// "2026-11-22T16:45:03Z"
-std::string Now() {
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    char text[32];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02uT%02u:%02u:%02uZ", now.wYear, now.wMonth, now.wDay, now.wHour,
-                  now.wMinute, now.wSecond);
-    return text;
-}
 
 void Print(const Stream& output, const std::string& text) {
     const DWORD code = output.Write(text);
@@ -68,8 +59,9 @@ public:
     void Show(const Status& status, const std::string& problem) override {
         std::vector<StyledLine> lines = PageOf(status, problem);
         Highlight(lines);
-        lines.insert(lines.begin(),
-                     {Now() + ", at least every " + std::to_string(m_interval.count()) + " s; Ctrl+C ends", ""});
+        lines.insert(
+            lines.begin(),
+            {common::UtcNow() + ", at least every " + std::to_string(m_interval.count()) + " s; Ctrl+C ends", ""});
         Draw(lines);
     }
 
@@ -122,7 +114,7 @@ public:
     void Show(const Status& status, const std::string& problem) override {
         const std::string page = PageText(PageOf(status, problem), false);
         if (page != m_last) {
-            Print(m_output, (m_last.empty() ? "" : "\n") + ("[" + Now() + "]\n") + page + "\n");
+            Print(m_output, (m_last.empty() ? "" : "\n") + ("[" + common::UtcNow() + "]\n") + page + "\n");
             m_last = page;
         }
     }
@@ -138,7 +130,7 @@ public:
     void Show(const Status& status, const std::string& problem) override {
         if (!m_hasBegun) {
             const Simulation simulation(ClusterInUse());
-            Json line = {{"time", Now()}};
+            Json line = {{"time", common::UtcNow()}};
             line.update(StatusJson(status));
             line["simulated"] = TextOrNull(simulation.HasAnswered(true) ? simulation.File() : std::wstring());
             Write(line);
@@ -159,7 +151,7 @@ private:
     void WriteChange(const char* kind, const std::string& name, const char* what, const std::string& from,
                      const std::string& to) const {
         if (from != to) {
-            Write({{"time", Now()},
+            Write({{"time", common::UtcNow()},
                    {"kind", kind},
                    {"name", name.empty() ? Json() : Json(name)},
                    {"what", what},

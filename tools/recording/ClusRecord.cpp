@@ -6,6 +6,7 @@
 
 #include "common/Files.h"
 #include "common/Text.h"
+#include "common/UtcTime.h"
 
 #include <psapi.h>
 
@@ -70,7 +71,7 @@ recording::Header HeaderFor(DWORD flags) {
     GetComputerNameW(name, &length);
     recording::Header header;
     header.program = ProgramName();
-    header.begun = recording::TimeNow();
+    header.begun = common::UtcNow();
     header.computer = common::ToUtf8(name);
     header.isAnonymised = (flags & CLUSRECORD_ANONYMISE) != 0;
     header.allowsChanges = (flags & CLUSRECORD_ALLOW_CHANGES) != 0;

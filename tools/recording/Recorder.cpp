@@ -7,7 +7,6 @@
 #include "common/Files.h"
 #include "common/Text.h"
 
-#include <cstdio>
 #include <exception>
 #include <iterator>
 #include <utility>
@@ -64,15 +63,6 @@ Slot Refused(const Call& call) {
 }
 
 } // namespace
-
-std::string TimeNow() {
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    char text[32];
-    std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02dZ", now.wYear, now.wMonth, now.wDay, now.wHour,
-                  now.wMinute, now.wSecond);
-    return text;
-}
 
 Recorder::Recorder(const std::wstring& file, Header header)
     : m_file(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,

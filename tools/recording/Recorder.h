@@ -16,9 +16,6 @@
 
 namespace recording {
 
-// The time as the head of a recording has it.
-std::string TimeNow();
-
 class Recorder : public Interceptor {
 public:
     // Makes the file, which must not be there, and writes its head. With `header.isAnonymised` names are replaced,
