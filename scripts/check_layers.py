@@ -46,11 +46,12 @@ LAYERS = [
      "the VCS tools' simulator, whose journal hides what the library takes for a secret"),
     ("tools/clusctl/picture", [],
      "what a cluster looks like, and how it is drawn; no platform header, tested natively"),
+    ("tools/clusctl/archive", [], "archives in memory; no platform header, tested and fuzzed natively"),
     ("tools/recording", ["common", "src/core"], "what a process asks of its cluster, recorded and replayed"),
     # The core's rules and formats hold for the administrator's tool too, and need nothing of the platform.
     ("tools/clusctl", ["common", "include", "src/core", "tools/recording", "support/DebugLog/DebugLog.h", "support/DebugLog/LogConfig.h",
                        "support/DebugLog/LogLine.h", "simulator/cluster/ModelStates.h", "simulator/veritas/configuration",
-                       "simulator/veritas/files", "tools/clusctl/picture"],
+                       "simulator/veritas/files", "tools/clusctl/archive", "tools/clusctl/picture"],
      "the administrator's tool, which writes the log's file and model files, and copies the VCS simulator's"),
 ]
 # Of the headers in <> only those of the C++ standard library, which have no extension.

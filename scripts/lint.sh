@@ -66,8 +66,8 @@ registered() {
 }
 
 leftovers() {
-    git grep --untracked -nIwE 'TODO|FIXME|XXX|HACK' -- ':!scripts/lint.sh' || true
-    git grep --untracked -nIE '/(home|root|work)/|[A-Z]:\\\\?Users\\\\?[a-z]' -- ':!scripts/lint.sh' || true
+    git grep --untracked -nIwE 'TODO|FIXME|XXX|HACK' -- ':!scripts/lint.sh' ':!third_party/zlib' || true
+    git grep --untracked -nIE '/(home|root|work)/|[A-Z]:\\\\?Users\\\\?[a-z]' -- ':!scripts/lint.sh' ':!third_party/zlib' || true
     git grep --untracked -nIP '\t' -- '*.cmake' '*.md' '*.sh' '*.py' '*CMakeLists.txt' || true
     git grep --untracked -nIP '[ \t]+$' -- '*.cmake' '*.md' '*.sh' '*.py' '*CMakeLists.txt' || true
 }

@@ -1,9 +1,11 @@
-"""What the package redistributes of others, as Debian packages it: versions and licence texts are those of this system."""
+"""What the package redistributes of others: versions and licence texts are those of Debian's packages on this system, or of
+third_party/."""
 import re
 import subprocess
 from pathlib import Path
 
 COMMON_LICENCES = Path("/usr/share/common-licenses")
+THIRD_PARTY = Path(__file__).resolve().parent.parent.parent / "third_party"
 
 
 class Component:
@@ -26,6 +28,22 @@ class Component:
         return Path(f"/usr/share/doc/{self.package}/copyright").read_text(encoding="utf-8")
 
 
+class Vendored(Component):
+    """Sources in third_party/."""
+
+    def __init__(self, name, folder, version, licence, use):
+        super().__init__(name, folder, licence, "STATIC_LINK", use)
+        self.folder = THIRD_PARTY / folder
+        self.of_sources = version
+
+    @property
+    def version(self):
+        return self.of_sources
+
+    def licence_text(self):
+        return (self.folder / "LICENSE").read_text(encoding="utf-8")
+
+
 ALL = (
     Component("GCC run-time libraries", "gcc-mingw-w64-x86-64-posix-runtime", "GPL-3.0-or-later WITH GCC-exception-3.1",
               "DYNAMIC_LINK", "libstdc++ and libgcc: DLLs, and linked into the simulators.",
@@ -35,6 +53,7 @@ ALL = (
               ("libwinpthread-1.dll",)),
     Component("CLI11", "libcli11-dev", "BSD-3-Clause", "STATIC_LINK", "Compiled into clusctl."),
     Component("JSON for Modern C++", "nlohmann-json3-dev", "MIT", "STATIC_LINK", "Compiled into clusctl and the simulators."),
+    Vendored("zlib and its minizip", "zlib", "1:1.3.dfsg+really1.3.1-1", "Zlib", "Compiled into clusctl."),
 )
 
 
