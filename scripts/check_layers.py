@@ -42,6 +42,8 @@ LAYERS = [
     ("simulator/veritas/engine", [],
      "what a simulated VCS cluster does by itself; no platform header, tested and fuzzed natively"),
     ("simulator/veritas/files", ["common", "simulator/veritas/configuration"], "the files of a simulated VCS cluster"),
+    ("simulator/veritas/store", ["common", "simulator/veritas/configuration", "simulator/veritas/engine", "simulator/veritas/files"],
+     "a simulated VCS cluster as its files have it"),
     ("simulator/veritas", ["common", "src/core/ToolSecrets.h"],
      "the VCS tools' simulator, whose journal hides what the library takes for a secret"),
     ("tools/clusctl/picture", [],
@@ -51,7 +53,7 @@ LAYERS = [
     # The core's rules and formats hold for the administrator's tool too, and need nothing of the platform.
     ("tools/clusctl", ["common", "include", "src/core", "tools/recording", "support/DebugLog/DebugLog.h", "support/DebugLog/LogConfig.h",
                        "support/DebugLog/LogLine.h", "simulator/cluster/ModelStates.h", "simulator/veritas/configuration",
-                       "simulator/veritas/files", "tools/clusctl/archive", "tools/clusctl/picture"],
+                       "simulator/veritas/files", "simulator/veritas/store", "tools/clusctl/archive", "tools/clusctl/picture"],
      "the administrator's tool, which writes the log's file and model files, and copies the VCS simulator's"),
 ]
 # Of the headers in <> only those of the C++ standard library, which have no extension.

@@ -25,8 +25,8 @@ void RunHacf(Output& output, Arguments arguments) {
         return;
     }
     const Cluster cluster = Store(ClusterFiles(path)).LoadWritten();
-    for (const std::string& problem : ProblemsOf(cluster)) {
-        output.Error("99002", common::ToUtf8(path) + ": " + problem);
+    for (const Problem& problem : ProblemsOf(cluster)) {
+        output.Error("99002", common::ToUtf8(path) + ": " + problem.what);
     }
 }
 

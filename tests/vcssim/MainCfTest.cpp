@@ -111,6 +111,44 @@ TEST(MainCf, RefusesThingsThatStandTwiceAndDependenciesOfNothing) {
               "5: there is no resource 'r' in group 'H'");
 }
 
+TEST(MainCf, ClausesThatItDoesNotUnderstandStayAsTheyAre) {
+    const std::string text = "group G (\n requires atleast 1 of H I\n X = 1\n )\nT r ()\nT s ()\nT t ()\n"
+                             "r requires atleast 1 from s,\n  t\nr requires t\nrequires group H online sometimes\n"
+                             "s requires t T u ()\n";
+    CfDocument document(text);
+    const auto kept = [&document](std::size_t i) {
+        const vcssim::CfSpan span = document.Kept().at(i);
+        return document.Text().substr(span.begin, span.end - span.begin);
+    };
+    ASSERT_EQ(document.Kept().size(), 2u);
+    EXPECT_EQ(kept(0), "requires atleast 1 of H I");
+    EXPECT_EQ(kept(1), "r requires atleast 1 from s,\n  t");
+    EXPECT_EQ(document.Groups()[0].links.size(), 2u) << "of r to t, and of s to t";
+    EXPECT_NE(document.ResourceNamed("u"), nullptr);
+    EXPECT_THAT(document.Groups()[0].relationships, ElementsAre("online sometimes"));
+
+    document.SetGroupAttribute("G", "X", "2");
+    document.AddLink("r", "s");
+    EXPECT_EQ(kept(0), "requires atleast 1 of H I");
+    EXPECT_EQ(kept(1), "r requires atleast 1 from s,\n  t");
+}
+
+TEST(MainCf, ErrorsTellLineAndColumn) {
+    const auto placeOf = [](const char* text) {
+        try {
+            const CfDocument document(text);
+        } catch (const CfError& error) {
+            return std::to_string(error.Line()) + ":" + std::to_string(error.Column());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(placeOf("group"), "1:6");
+    EXPECT_EQ(placeOf("group G (\n  A 1 )"), "2:5");
+    EXPECT_EQ(placeOf("group G ()\n\tT r ()\n\tT r ()\n"), "3:2");
+    EXPECT_EQ(placeOf("group G ()\nT r ()\n r requires s"), "3:2");
+    EXPECT_EQ(placeOf("group G (\n A = \"b\n"), "2:8");
+}
+
 TEST(MainCf, LimitsNesting) {
     EXPECT_THAT(ErrorOf("group G ( A = " + std::string(100000, '{')), HasSubstr("no more than 16 braces"));
 }

@@ -7,8 +7,9 @@
 #include "common/Files.h"
 #include "common/JsonPlaces.h"
 
-#include <CfDocument.h>
 #include <ClusterFiles.h>
+#include <ConfigurationCheck.h>
+#include <Store.h>
 
 #include <winsock2.h>
 #include <windows.h>
@@ -100,11 +101,11 @@ std::vector<ModelFinding> CheckFailoverModel(const std::wstring& file) {
         try {
             document = common::ParseJson(rest);
         } catch (const common::JsonError&) {
-            findings.push_back({file, NumberBehind(reason, "line "), NumberBehind(reason, "column "), reason});
+            findings.push_back({file, false, NumberBehind(reason, "line "), NumberBehind(reason, "column "), reason});
             break;
         }
         const common::TextPlace at = common::FindJsonPlace(text, place);
-        findings.push_back({file, at.line, at.column, reason});
+        findings.push_back({file, false, at.line, at.column, reason});
         const std::string removable = Removable(place, what);
         if (removable.empty() || !Remove(document, removable)) {
             break;
@@ -114,24 +115,80 @@ std::vector<ModelFinding> CheckFailoverModel(const std::wstring& file) {
     return findings;
 }
 
+// Of the states of objects that there are not.
+void NoteStrangers(const vcssim::Cluster& cluster, const Json& states, const std::string& text,
+                   const std::wstring& file, std::vector<ModelFinding>& findings) {
+    const auto isKnown = [&cluster](const std::string& member, const std::string& name) {
+        return member == "systems"  ? cluster.HasSystem(name)
+               : member == "groups" ? cluster.configuration.GroupNamed(name) != nullptr
+                                    : cluster.configuration.ResourceNamed(name) != nullptr;
+    };
+    for (const char* const member : {"systems", "groups", "resources", "probed", "failing"}) {
+        const Json& named = states.contains(member) ? states[member] : Json::object();
+        for (const auto& object : named.items()) {
+            if (!isKnown(member, object.key())) {
+                const std::string place = std::string(member) + "." + object.key();
+                const common::TextPlace at = common::FindJsonPlace(text, place);
+                findings.push_back({file, true, at.line, at.column, place + ": the configuration has none"});
+            }
+        }
+    }
+}
+
+// What is wrong with the states; `known` is what they are the states of, null when that cannot be read.
+void CheckStates(const std::wstring& file, const vcssim::Cluster* known, std::vector<ModelFinding>& findings) {
+    const std::string text = Read(file);
+    try {
+        const Json states = common::ParseJson(text);
+        vcssim::ReadState(text);
+        if (known != nullptr) {
+            NoteStrangers(*known, states, text, file, findings);
+        }
+    } catch (const common::JsonError& error) {
+        const std::string reason = error.what();
+        findings.push_back({file, false, NumberBehind(reason, "line "), NumberBehind(reason, "column "), reason});
+    } catch (const vcssim::StateError& error) {
+        const std::string reason = error.what();
+        const common::TextPlace at = common::FindJsonPlace(text, reason.substr(0, reason.find(": ")));
+        findings.push_back({file, false, at.line, at.column, reason});
+    }
+}
+
+void CheckConfiguration(const std::wstring& file, const vcssim::Cluster& cluster, std::vector<ModelFinding>& findings) {
+    if (cluster.configuration.Systems().empty()) {
+        findings.push_back({file, false, 0, 0, "there is no system"});
+    }
+    const std::string& text = cluster.configuration.Text();
+    const auto add = [&](const vcssim::Problem& problem, bool isNote) {
+        const vcssim::CfPlace at = vcssim::PlaceInCf(text, problem.at);
+        findings.push_back({file, isNote, at.line, at.column, problem.what});
+    };
+    for (const vcssim::Problem& problem : vcssim::ProblemsOf(cluster)) {
+        add(problem, problem.isUnknownAttribute);
+    }
+    for (const vcssim::Problem& note : vcssim::NotesOn(cluster)) {
+        add(note, true);
+    }
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](const ModelFinding& a, const ModelFinding& b) { return a.line < b.line; });
+}
+
 std::vector<ModelFinding> CheckVcsModel(const std::wstring& mainCf) {
     std::vector<ModelFinding> findings;
     const vcssim::ClusterFiles files(mainCf);
+    vcssim::Cluster cluster;
+    bool isRead = false;
     try {
-        const vcssim::CfDocument document(Read(files.Running()));
-        if (document.Systems().empty()) {
-            findings.push_back({files.Running(), 0, 0, "there is no system"});
-        }
-    } catch (const vcssim::CfError& error) {
-        findings.push_back({files.Running(), error.Line(), 0, error.what()});
+        cluster = vcssim::Store(files).LoadConfiguration();
+        isRead = true;
+        CheckConfiguration(files.Running(), cluster, findings);
+    } catch (const vcssim::StoreError& error) {
+        findings.push_back({error.File(), false, error.Place().line, error.Place().column, error.Reason()});
+    } catch (const common::FileError& error) {
+        throw Failure::OfCode("cannot read " + Quoted(mainCf), error.Code());
     }
     if (common::FileExists(files.State())) {
-        try {
-            common::ParseJson(Read(files.State()));
-        } catch (const common::JsonError& error) {
-            const std::string reason = error.what();
-            findings.push_back({files.State(), NumberBehind(reason, "line "), NumberBehind(reason, "column "), reason});
-        }
+        CheckStates(files.State(), isRead ? &cluster : nullptr, findings);
     }
     return findings;
 }

@@ -3,6 +3,9 @@
 #include "CommandLine.h"
 #include "ModelFindings.h"
 #include "ModelFromRecording.h"
+#include "ModelPicture.h"
+#include "PictureCommands.h"
+#include "PictureJson.h"
 #include "Text.h"
 
 #include <memory>
@@ -12,11 +15,29 @@ namespace {
 const char Heading[] = "Rehearsal";
 
 const Columns FindingTitles = {
-    {"file", "FILE"},
-    {"line", "LINE"},
-    {"column", "COLUMN"},
-    {"message", "FINDING"},
+    {"file", "FILE"}, {"line", "LINE"}, {"column", "COLUMN"}, {"level", "LEVEL"}, {"message", "FINDING"},
 };
+
+const Columns ModelTitles = {
+    {"name", "Cluster"},
+    {"kind", "Kind"},
+    {"running", "Running"},
+    {"quorum", "Quorum"},
+    {"configuration", "Configuration"},
+    {"clock", "Clock"},
+    {"behaviour", "Behaviour"},
+    {"faults", "Faults"},
+};
+
+const Columns NodeTitles = {{"name", "NODE"}, {"state", "STATE"}};
+
+const Columns DependencyTitles = {{"group", "GROUP"}, {"requires", "REQUIRES"}, {"relationship", "RELATIONSHIP"}};
+
+const Columns DiskTitles = {{"resource", "DISK"}, {"number", "NUMBER"}, {"id", "ID"}, {"partitions", "PARTITIONS"}};
+
+const Columns SettingTitles = {{"name", "SETTING"}, {"value", "VALUE"}};
+
+const Columns UnreadTitles = {{"object", "NOT READ OF"}, {"part", "PART"}, {"code", "CODE"}};
 
 const Columns DifferenceTitles = {
     {"change", "CHANGE"}, {"object", "OBJECT"}, {"property", "PROPERTY"}, {"before", "BEFORE"}, {"after", "AFTER"},
@@ -34,18 +55,44 @@ Json NumberOrNull(std::size_t number) {
 
 Report Check(const std::wstring& model) {
     Json findings = Json::array();
+    bool isInOrder = true;
     for (const ModelFinding& finding : CheckModel(model)) {
         findings.push_back({{"file", finding.file},
                             {"line", NumberOrNull(finding.line)},
                             {"column", NumberOrNull(finding.column)},
+                            {"level", finding.isNote ? "note" : "error"},
                             {"message", finding.message}});
+        isInOrder = isInOrder && finding.isNote;
     }
-    const std::size_t count = findings.size();
     Report report;
     report.AddTable("findings", std::move(findings), FindingTitles, "The model is in order.");
-    if (count != 0) {
+    if (!isInOrder) {
         throw FailureWithReport(Failure("the model " + Quoted(model) + " is not in order"), report);
     }
+    return report;
+}
+
+// A table that is left out when there is nothing to say in it.
+void AddTableOf(const char* key, Json records, const Columns& columns, Report& report) {
+    if (records.empty()) {
+        report.AddMember(key, std::move(records));
+    } else {
+        report.AddTable(key, std::move(records), columns, std::string());
+    }
+}
+
+Report Show(const std::wstring& path) {
+    ModelPicture picture = PictureOfModel(path);
+    Json model = ClusterJson(picture.cluster);
+    model.update(picture.model);
+    Report report;
+    report.AddRecord("model", std::move(model), ModelTitles);
+    report.AddTable("nodes", NodeRecords(picture.cluster), NodeTitles, "The model has no node.");
+    AddTrees(picture.cluster, report);
+    AddTableOf("groupDependencies", std::move(picture.groupDependencies), DependencyTitles, report);
+    AddTableOf("disks", std::move(picture.disks), DiskTitles, report);
+    AddTableOf("settings", std::move(picture.settings), SettingTitles, report);
+    AddTableOf("unread", std::move(picture.unread), UnreadTitles, report);
     return report;
 }
 
@@ -75,8 +122,13 @@ Report Compare(const TwoModels& models) {
 } // namespace
 
 void AddModelCommands(CommandLine& commandLine) {
-    CLI::App& family = commandLine.AddFamily(Heading, "model",
-                                             "Check models of the simulators, compare them, make them of recordings");
+    CLI::App& family = commandLine.AddFamily(
+        Heading, "model", "Show and check models of the simulators, compare them, make them of recordings");
+
+    const auto shown = std::make_shared<std::wstring>();
+    CLI::App& show = commandLine.AddTo(family, "show", "Show what a model looks like, without asking a cluster",
+                                       [shown](const LogCapture&) { return Show(*shown); });
+    CommandLine::AddText(show, "PATH", *shown, "PATH", "A model, or a folder with a main.cf").required();
 
     const auto checked = std::make_shared<std::wstring>();
     CLI::App& check = commandLine.AddTo(family, "check", "Tell what is wrong with a model, and where",

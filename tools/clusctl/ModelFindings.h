@@ -10,13 +10,14 @@
 
 struct ModelFinding {
     std::wstring file;
+    bool isNote = false;    // the simulator takes it all the same
     std::size_t line = 0;   // 0: not known
     std::size_t column = 0; // 0: not known
     std::string message;    // "groups[1].owner: there is no node NODE-X"
 };
 
-// Empty when the simulator takes the model. A finding that would lead to others is the last one. Throws Failure when a
-// file cannot be read, or the installation lacks the simulator.
+// No finding but notes when the simulator takes the model. A finding that would lead to others is the last one. Throws
+// Failure when a file cannot be read, or the installation lacks the simulator.
 std::vector<ModelFinding> CheckModel(const std::wstring& model);
 
 struct ModelDifference {

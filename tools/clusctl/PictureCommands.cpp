@@ -168,7 +168,7 @@ Report Tree(const LogCapture& log, const std::wstring& wanted) {
     const ClusterPicture cluster = ReadPicture(log, report);
     report.AddMember("cluster", ClusterJson(cluster));
     if (wanted.empty()) {
-        AddGroups(cluster, AllGroups(cluster), report);
+        AddTrees(cluster, report);
         return report;
     }
     const std::string group = StoredGroup(cluster, wanted);
@@ -207,6 +207,10 @@ Report Graph(const LogCapture& log, const GraphOptions& options) {
 }
 
 } // namespace
+
+void AddTrees(const ClusterPicture& cluster, Report& report) {
+    AddGroups(cluster, AllGroups(cluster), report);
+}
 
 void AddPictureCommands(CommandLine& commandLine) {
     const auto wanted = std::make_shared<std::wstring>();

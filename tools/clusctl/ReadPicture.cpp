@@ -2,11 +2,11 @@
 
 #include "ClusterInUse.h"
 #include "ClusterObjects.h"
+#include "FailoverPicture.h"
 #include "Progress.h"
 #include "StateNames.h"
 #include "Text.h"
 
-#include "core/ResourceTypes.h"
 #include "core/ValueList.h"
 
 #include <utility>
@@ -14,49 +14,6 @@
 using namespace picture;
 
 namespace {
-
-Condition ConditionOf(CLUSTER_GROUP_STATE state) {
-    switch (state) {
-    case ClusterGroupOnline:
-        return Condition::Online;
-    case ClusterGroupPartialOnline:
-        return Condition::Partly;
-    case ClusterGroupPending:
-        return Condition::Pending;
-    case ClusterGroupOffline:
-        return Condition::Offline;
-    case ClusterGroupFailed:
-        return Condition::Failed;
-    default:
-        return Condition::Unknown;
-    }
-}
-
-Condition ConditionOf(CLUSTER_RESOURCE_STATE state) {
-    switch (state) {
-    case ClusterResourceOnline:
-        return Condition::Online;
-    case ClusterResourceInitializing:
-    case ClusterResourcePending:
-    case ClusterResourceOnlinePending:
-    case ClusterResourceOfflinePending:
-        return Condition::Pending;
-    case ClusterResourceOffline:
-        return Condition::Offline;
-    case ClusterResourceFailed:
-        return Condition::Failed;
-    default:
-        return Condition::Unknown;
-    }
-}
-
-Role RoleOf(const std::wstring& type) {
-    return clus::IsProductType(type.c_str())    ? Role::Product
-           : type == clus::InformationStoreType ? Role::Store
-           : type == clus::SystemAttendantType  ? Role::Attendant
-           : type == clus::NetworkNameType      ? Role::NetworkName
-                                                : Role::Other;
-}
 
 // Empty, and said, when the resource does not tell it.
 std::wstring ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
@@ -84,8 +41,7 @@ Group ReadOneGroup(const CCluster& cluster, const std::wstring& name, Report& re
         MarkUnread(report, "cannot read the state of the group " + Quoted(name), GetLastError());
         return result;
     }
-    result.state = StateWord(state);
-    result.condition = ConditionOf(state);
+    SetGroupState(result, state);
     result.node = common::ToUtf8(owner);
     return result;
 }
@@ -116,15 +72,14 @@ Resource ReadOneResource(const CCluster& cluster, const std::wstring& name, Repo
     const std::wstring type =
         ReadText(handle.get(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name), report);
     result.type = common::ToUtf8(type);
-    result.role = RoleOf(type);
+    result.role = RoleOfType(type);
     std::wstring owner;
     std::wstring group;
     const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle.get(), owner, group);
     if (state == ClusterResourceStateUnknown) {
         MarkUnread(report, "cannot read the state of " + Quoted(name), GetLastError());
     } else {
-        result.state = StateWord(state);
-        result.condition = ConditionOf(state);
+        SetResourceState(result, state);
         result.node = common::ToUtf8(owner);
         result.group = common::ToUtf8(group);
     }

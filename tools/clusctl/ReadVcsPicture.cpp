@@ -3,6 +3,7 @@
 #include "ReadPicture.h"
 
 #include "Text.h"
+#include "VcsPicture.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTable.h"
@@ -65,74 +66,23 @@ std::vector<std::wstring> ReadDependencies(const LogCapture& log) {
 
 // Asks for the systems of each state until there is one for each: mostly the first question is the last.
 std::vector<Node> ReadSystems(const LogCapture& log) {
-    static const struct {
-        const wchar_t* state;
-        const char* word;
-    } states[] = {{L"RUNNING", "running"},    {L"FAULTED", "faulted"},         {L"EXITED", "exited"},
-                  {L"LEAVING", "leaving"},    {L"EXITING", "exiting"},         {L"UNKNOWN", "unknown"},
-                  {L"INITING", "joining"},    {L"LOCAL_BUILD", "joining"},     {L"REMOTE_BUILD", "joining"},
-                  {L"ADMIN_WAIT", "waiting"}, {L"STALE_ADMIN_WAIT", "waiting"}};
     const VcsNames names = ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems");
-    std::map<std::wstring, const char*> found;
-    for (const auto& known : states) {
+    std::map<std::wstring, std::wstring> found;
+    for (const wchar_t* const known : VcsSystemStates()) {
         if (found.size() >= names.size()) {
             break;
         }
         for (const std::wstring& name :
-             ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems", {{SystemStateAttribute, known.state}})) {
-            found.emplace(name, known.word);
+             ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems", {{SystemStateAttribute, known}})) {
+            found.emplace(name, known);
         }
     }
     std::vector<Node> nodes;
     for (const std::wstring& name : names) {
         const auto state = found.find(name);
-        const std::string word = state == found.end() ? "not running" : state->second;
-        nodes.push_back({common::ToUtf8(name), word, word == "running"});
+        nodes.push_back(VcsSystem(name, state == found.end() ? std::wstring() : state->second));
     }
     return nodes;
-}
-
-bool HasAny(const SystemStates& states, const wchar_t* flag, std::wstring* system = nullptr) {
-    for (const SystemState& row : states) {
-        if (HasFlag(row.state, flag)) {
-            if (system != nullptr) {
-                *system = row.system;
-            }
-            return true;
-        }
-    }
-    return false;
-}
-
-std::vector<StateOnNode> StatesOf(const SystemStates& states) {
-    std::vector<StateOnNode> result;
-    for (const SystemState& row : states) {
-        result.push_back({common::ToUtf8(row.system), common::ToUtf8(row.state)});
-    }
-    return result;
-}
-
-Group GroupOf(const std::wstring& name, const SystemStates& states) {
-    const GroupState state = GroupStateOf(states);
-    Group group;
-    group.name = common::ToUtf8(name);
-    group.node = common::ToUtf8(state.system);
-    group.states = StatesOf(states);
-    if (states.empty()) {
-        group.state = "unknown";
-    } else if (HasAny(states, L"STARTING") || HasAny(states, L"STOPPING")) {
-        group.state = "pending";
-        group.condition = Condition::Pending;
-    } else if (!state.IsOnline() && !state.IsPartlyOnline() && HasAny(states, L"FAULTED")) {
-        group.state = "faulted";
-        group.condition = Condition::Failed;
-    } else {
-        group.state = state.word;
-        group.condition = state.IsOnline()         ? Condition::Online
-                          : state.IsPartlyOnline() ? Condition::Partly
-                                                   : Condition::Offline;
-    }
-    return group;
 }
 
 std::vector<Group> ReadGroups(const LogCapture& log) {
@@ -145,64 +95,9 @@ std::vector<Group> ReadGroups(const LogCapture& log) {
     }
     std::vector<Group> groups;
     for (const std::wstring& name : names) {
-        groups.push_back(GroupOf(name, states[name]));
+        groups.push_back(VcsGroup(name, states[name]));
     }
     return groups;
-}
-
-// Of the system where the group is, or else the one that says most.
-void SetState(Resource& resource, const SystemStates& states, const std::string& groupNode) {
-    std::wstring system = common::ToUtf16(groupNode);
-    std::wstring state = StateOn(states, system);
-    if (state.empty()) {
-        for (const wchar_t* const flag : {L"ONLINE", L"FAULTED", L"STATE UNKNOWN", L"OFFLINE"}) {
-            if (HasAny(states, flag, &system)) {
-                state = StateOn(states, system);
-                break;
-            }
-        }
-    }
-    resource.states = StatesOf(states);
-    if (HasFlag(state, L"STATE UNKNOWN") || state.empty()) {
-        resource.state = "unknown";
-    } else if (HasFlag(state, L"FAULTED") || HasFlag(state, L"UNABLE TO OFFLINE")) {
-        resource.state = HasFlag(state, L"FAULTED") ? "faulted" : "unable to go offline";
-        resource.condition = Condition::Failed;
-    } else if (IsOnline(state)) {
-        resource.state = "online";
-        resource.condition = Condition::Online;
-    } else {
-        resource.state = "offline";
-        resource.condition = Condition::Offline;
-    }
-    resource.node = IsOnline(state) ? common::ToUtf8(system) : std::string();
-}
-
-bool IsProductService(const std::wstring& service) {
-    for (const wchar_t* const known : {HostService, SAService, QAVMonitorService, RemoteConfigService}) {
-        if (service == known) {
-            return true;
-        }
-    }
-    return false;
-}
-
-typedef std::map<std::wstring, std::wstring> Attributes; // the first value of each
-
-void SetRole(Resource& resource, Attributes& attributes) {
-    const std::wstring& type = attributes[TypeAttribute];
-    const std::wstring& service = attributes[type == ExchServiceType ? ServiceAttribute : ServiceNameAttribute];
-    if (type == LanmanType) {
-        resource.role = Role::NetworkName;
-        resource.networkName = common::ToUtf8(attributes[VirtualNameAttribute]);
-    } else if (type == ExchServiceType && service == InformationStoreService) {
-        resource.role = Role::Store;
-    } else if (type == ExchServiceType && service == SystemAttendantService) {
-        resource.role = Role::Attendant;
-    } else if (type == GenericServiceType && IsProductService(service)) {
-        resource.role = Role::Product;
-        resource.service = common::ToUtf8(service);
-    }
 }
 
 std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture& cluster) {
@@ -210,7 +105,7 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
     if (names.empty()) {
         return {};
     }
-    std::map<std::wstring, Attributes> attributes;
+    std::map<std::wstring, VcsAttributes> attributes;
     std::map<std::wstring, SystemStates> states;
     for (const VcsRow& row : ReadAttributes(log)) {
         if (row.attribute == StateAttribute) {
@@ -226,14 +121,7 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
     }
     std::vector<Resource> resources;
     for (const std::wstring& name : names) {
-        Attributes& values = attributes[name];
-        Resource resource;
-        resource.name = common::ToUtf8(name);
-        resource.type = common::ToUtf8(values[TypeAttribute]);
-        resource.group = common::ToUtf8(values[GroupAttribute]);
-        const Group* const group = GroupNamed(cluster, resource.group);
-        SetState(resource, states[name], group == nullptr ? std::string() : group->node);
-        SetRole(resource, values);
+        Resource resource = VcsResource(name, attributes[name], states[name], cluster);
         resource.dependsOn = dependencies[name];
         resources.push_back(resource);
     }

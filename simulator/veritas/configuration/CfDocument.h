@@ -85,6 +85,10 @@ public:
     const std::vector<CfGroup>& Groups() const {
         return m_groups;
     }
+    // The clauses that are not understood: they stay as they are written, and have no effect.
+    const std::vector<CfSpan>& Kept() const {
+        return m_kept;
+    }
     // Null when there is none. (FindResource would be a macro of the platform's headers.)
     const CfGroup* GroupNamed(const std::string& name) const;
     const CfBlock* ResourceNamed(const std::string& name) const;
@@ -123,6 +127,7 @@ private:
     std::vector<CfBlock> m_clusters;
     std::vector<CfBlock> m_systems;
     std::vector<CfGroup> m_groups;
+    std::vector<CfSpan> m_kept;
     std::unordered_map<std::string, std::size_t> m_groupIndex;
     std::unordered_map<std::string, std::pair<std::size_t, std::size_t>> m_resourceIndex; // group, resource
 };

@@ -91,7 +91,7 @@ private:
         for (++m_position;; ++m_position) {
             const char c = At(m_position);
             if (m_position >= m_text.size() || c == '\r' || c == '\n') {
-                throw CfError(m_line, "expected '\"' at the end of a text");
+                throw CfError(PlaceInCf(m_text, m_position), "expected '\"' at the end of a text");
             }
             if (c == '"') {
                 ++m_position;
@@ -117,10 +117,11 @@ private:
             }
             const unsigned char byte = static_cast<unsigned char>(c);
             if (byte < 0x20 || byte == 0x7F) {
-                throw CfError(m_line, std::string("unexpected character 0x") + Hex[byte >> 4] + Hex[byte & 15]);
+                throw CfError(PlaceInCf(m_text, m_position),
+                              std::string("unexpected character 0x") + Hex[byte >> 4] + Hex[byte & 15]);
             }
             if (c == '#') {
-                throw CfError(m_line, "unexpected character '#'");
+                throw CfError(PlaceInCf(m_text, m_position), "unexpected character '#'");
             }
             token.text += c;
         }
@@ -139,6 +140,12 @@ std::string CfToken::Shown() const {
         return "the end of the file";
     }
     return (kind == String ? "\"" : "'") + text.substr(0, 60) + (kind == String ? "\"" : "'");
+}
+
+CfPlace PlaceInCf(const std::string& text, std::size_t position) {
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(position, text.size()));
+    const std::size_t lineBegin = position == 0 ? 0 : text.rfind('\n', position - 1) + 1; // none: wraps to 0
+    return {1 + static_cast<std::size_t>(std::count(text.begin(), end, '\n')), position - lineBegin + 1};
 }
 
 std::vector<CfToken> SplitCf(const std::string& text) {

@@ -9,17 +9,30 @@
 
 namespace vcssim {
 
-// What is wrong with the text, and in which line of it.
+// Where something stands in a text. Both count from 1 on.
+struct CfPlace {
+    std::size_t line = 0;
+    std::size_t column = 0; // in bytes; 0: not known
+};
+
+CfPlace PlaceInCf(const std::string& text, std::size_t position);
+
+// What is wrong with the text, and where.
 class CfError : public std::runtime_error {
 public:
-    CfError(std::size_t line, const std::string& message) : std::runtime_error(message), m_line(line) {
+    CfError(std::size_t line, const std::string& message) : CfError(CfPlace{line, 0}, message) {
+    }
+    CfError(const CfPlace& place, const std::string& message) : std::runtime_error(message), m_place(place) {
     }
     std::size_t Line() const {
-        return m_line;
+        return m_place.line;
+    }
+    std::size_t Column() const {
+        return m_place.column;
     }
 
 private:
-    std::size_t m_line;
+    CfPlace m_place;
 };
 
 struct CfSpan {

@@ -45,8 +45,12 @@ private:
         return m_tokens[m_next - 1];
     }
 
+    CfPlace PlaceHere() const {
+        return PlaceInCf(m_document.m_text, Here().span.begin);
+    }
+
     [[noreturn]] void Expected(const std::string& what) const {
-        throw CfError(Here().line, "expected " + what + ", found " + Here().Shown());
+        throw CfError(PlaceHere(), "expected " + what + ", found " + Here().Shown());
     }
 
     void Need(char symbol, const std::string& where) {
@@ -61,7 +65,7 @@ private:
             Expected(what);
         }
         if (Here().text.empty()) {
-            throw CfError(Here().line, "expected " + what + ", found an empty text");
+            throw CfError(PlaceHere(), "expected " + what + ", found an empty text");
         }
         return m_tokens[m_next++].text;
     }
@@ -93,11 +97,8 @@ private:
     }
 
     [[noreturn]] void Twice(const std::string& what, const CfBlock& block) const {
-        const std::string& text = m_document.m_text;
-        const std::size_t line =
-            1 + static_cast<std::size_t>(
-                    std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(block.span.begin), '\n'));
-        throw CfError(line, "there is a second " + what + " '" + block.name + "'");
+        throw CfError(PlaceInCf(m_document.m_text, block.span.begin),
+                      "there is a second " + what + " '" + block.name + "'");
     }
 
     void ReadGroup() {
@@ -115,7 +116,15 @@ private:
             ReadGroupLink(group);
             return;
         }
+        if (Here().IsWord("requires") && Ahead().kind == CfToken::Word) {
+            KeepLine();
+            return;
+        }
         if (Here().IsName() && Ahead().IsWord("requires")) {
+            if (IsMoreThanALink()) {
+                KeepLine();
+                return;
+            }
             CfLink link;
             link.span.begin = Here().span.begin;
             link.parent = Name("a resource");
@@ -123,7 +132,6 @@ private:
             link.child = Name("the resource that '" + link.parent + "' requires");
             link.span.end = Behind().span.end;
             group.links.push_back(link);
-            m_linkLines.push_back(Behind().line);
             return;
         }
         if (!Here().IsName() || !Ahead().IsName()) {
@@ -149,12 +157,47 @@ private:
         link.parent = group.block.name;
         link.child = Name("the required group");
         std::string relationship;
-        while (Here().kind == CfToken::Word && IsOneOf(Here().text, RelationshipWords)) {
+        while (Here().kind == CfToken::Word &&
+               (IsOneOf(Here().text, RelationshipWords) || (Here().line == Behind().line && HasOnlyWords()))) {
             relationship += (relationship.empty() ? "" : " ") + m_tokens[m_next++].text;
         }
         link.span.end = Behind().span.end;
         group.requires_.push_back(link);
         group.relationships.push_back(relationship);
+    }
+
+    // Whether the rest of the line is words.
+    bool HasOnlyWords() const {
+        std::size_t next = m_next;
+        while (m_tokens[next].kind == CfToken::Word && m_tokens[next].line == Here().line) {
+            ++next;
+        }
+        return m_tokens[next].line != Here().line || m_tokens[next].kind == CfToken::End;
+    }
+
+    // Whether more than a child stands behind "A requires" in its line, and not another statement.
+    bool IsMoreThanALink() const {
+        std::size_t next = std::min(m_next + 3, m_tokens.size() - 1);
+        const std::size_t first = next;
+        while (m_tokens[next].kind != CfToken::End && m_tokens[next].line == Ahead().line) {
+            if (m_tokens[next].IsSymbol('(') || m_tokens[next].IsWord("requires")) {
+                return false;
+            }
+            ++next;
+        }
+        return next != first;
+    }
+
+    // A clause that this reader does not understand, such as "A requires atleast 2 from B, C, D": passed over up to the
+    // end of its line, and of those that a comma continues.
+    void KeepLine() {
+        CfSpan span = Here().span;
+        do {
+            span.end = Here().span.end;
+            ++m_next;
+        } while (Here().kind != CfToken::End && !Here().IsSymbol(')') &&
+                 (Here().line == Behind().line || Behind().IsSymbol(',')));
+        m_document.m_kept.push_back(span);
     }
 
     CfBlock ReadBlock(const std::string& keyword, bool needsBody, CfGroup* group) {
@@ -183,14 +226,18 @@ private:
                 ReadGroupLink(*group);
                 continue;
             }
-            const std::size_t line = Here().line;
+            if (Here().IsWord("requires") && Ahead().kind == CfToken::Word) {
+                KeepLine();
+                continue;
+            }
+            const CfPlace place = PlaceHere();
             if (Here().kind != CfToken::Word) {
                 Expected("an attribute or ')' of '" + block.name + "'");
             }
             block.attributes.push_back(ReadAttribute());
             const CfAttribute& attribute = block.attributes.back();
             if (!seen.emplace(attribute.name, attribute.system).second) {
-                throw CfError(line, "there is a second attribute '" + attribute.name + "' in '" + block.name + "'");
+                throw CfError(place, "there is a second attribute '" + attribute.name + "' in '" + block.name + "'");
             }
             while (Here().IsSymbol(';')) {
                 ++m_next;
@@ -218,7 +265,7 @@ private:
         value.span.begin = Here().span.begin;
         if (Here().IsSymbol('{')) {
             if (depth == 16) {
-                throw CfError(Here().line, "expected no more than 16 braces in each other");
+                throw CfError(PlaceHere(), "expected no more than 16 braces in each other");
             }
             value.isList = true;
             ++m_next;
@@ -283,17 +330,16 @@ private:
     }
 
     void CheckLinks() const {
-        std::size_t line = 0;
         for (std::size_t i = 0; i < m_document.m_groups.size(); ++i) {
             for (const CfLink& link : m_document.m_groups[i].links) {
                 for (const std::string& name : {link.parent, link.child}) {
                     const auto found = m_document.m_resourceIndex.find(name);
                     if (found == m_document.m_resourceIndex.end() || found->second.first != i) {
-                        throw CfError(m_linkLines[line], "there is no resource '" + name + "' in group '" +
-                                                             m_document.m_groups[i].block.name + "'");
+                        throw CfError(PlaceInCf(m_document.m_text, link.span.begin),
+                                      "there is no resource '" + name + "' in group '" +
+                                          m_document.m_groups[i].block.name + "'");
                     }
                 }
-                ++line;
             }
         }
     }
@@ -303,7 +349,6 @@ private:
     std::size_t m_next = 0;
     bool m_inGroup = false;
     std::set<std::string> m_systems;
-    std::vector<std::size_t> m_linkLines;
 };
 
 CfDocument::CfDocument(std::string text) : m_text(std::move(text)) {

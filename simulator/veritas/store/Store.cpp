@@ -13,10 +13,16 @@ using common::ToUtf8;
 using common::WriteWholeFile;
 
 [[noreturn]] void Malformed(const std::wstring& path, const CfError& error) {
-    throw StoreError(ToUtf8(path) + ", line " + std::to_string(error.Line()) + ": " + error.what());
+    throw StoreError(path, {error.Line(), error.Column()}, error.what());
 }
 
 } // namespace
+
+StoreError::StoreError(const std::wstring& file, const CfPlace& place, const std::string& reason)
+    : std::runtime_error(ToUtf8(file) + (place.line == 0 ? "" : ", line " + std::to_string(place.line)) + ": " +
+                         reason),
+      m_file(file), m_place(place), m_reason(reason) {
+}
 
 void Store::ReadTypes(Cluster& cluster) const {
     for (const std::string& include : cluster.configuration.Includes()) {
@@ -47,6 +53,12 @@ void Store::ReadConfiguration(Cluster& cluster, const std::wstring& path) {
     ReadTypes(cluster);
 }
 
+Cluster Store::LoadConfiguration() {
+    Cluster cluster;
+    ReadConfiguration(cluster, m_files.Running());
+    return cluster;
+}
+
 Cluster Store::LoadWritten() {
     Cluster cluster;
     ReadConfiguration(cluster, m_files.MainCf());
@@ -54,14 +66,13 @@ Cluster Store::LoadWritten() {
 }
 
 Cluster Store::Load() {
-    Cluster cluster;
-    ReadConfiguration(cluster, m_files.Running());
+    Cluster cluster = LoadConfiguration();
     const std::wstring statePath = m_files.State();
     if (FileExists(statePath)) {
         try {
             cluster.state = ReadState(ReadWholeFile(statePath));
         } catch (const StateError& error) {
-            throw StoreError(ToUtf8(statePath) + ": " + error.what());
+            throw StoreError(statePath, {}, error.what());
         }
     }
     m_loadedState = WriteState(cluster.state);

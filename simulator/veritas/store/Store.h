@@ -10,10 +10,26 @@
 
 namespace vcssim {
 
-// What is wrong with a file's text, and where.
+// What is wrong with a file's text, and where; what() says both.
 class StoreError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+    StoreError(const std::wstring& file, const CfPlace& place, const std::string& reason);
+
+    const std::wstring& File() const {
+        return m_file;
+    }
+    const CfPlace& Place() const { // line 0: not known
+        return m_place;
+    }
+    const std::string& Reason() const {
+        return m_reason;
+    }
+
+private:
+    std::wstring m_file;
+    CfPlace m_place;
+    std::string m_reason;
 };
 
 class Store {
@@ -25,7 +41,9 @@ public:
 
     // Throws StoreError too.
     Cluster Load();
-    // The main.cf itself, without what was not dumped and without states. Nothing is to be saved then.
+    // The running configuration without states. Nothing is to be saved then.
+    Cluster LoadConfiguration();
+    // The same of the main.cf itself, without what was not dumped.
     Cluster LoadWritten();
 
     // Never touches the main.cf. The running configuration is replaced first, then the state, each of them whole or not
