@@ -16,19 +16,10 @@ bool IsEverySweep() {
 
 } // namespace
 
-bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code) {
-    LogRecorder& log = m_test.Log();
-    PlatformTap& platform = m_test.Platform();
+void SweepRuns::Operate(const Sweep& sweep, SweepRun& run, const std::function<std::string(SweepRun&)>& describe) {
     HeapTap& heap = m_test.Heap();
-
-    sweep.prepare();
-    log.TakeLog();
-    platform.TakeJournal();
-    platform.FailNthCall(what == What::Call ? n : 0, mode, code);
-    heap.FailAllocation(what == What::Allocation ? n : 0, mode);
-
-    SweepRun run;
     run.threw = false;
+    run.isEvent = false;
     std::string foreignException;
     {
         heap.StartOperation();
@@ -45,28 +36,43 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
         }
         heap.EndOperation();
     }
-    run.faulted = what == What::Call ? platform.Fired() : heap.Fired();
-    run.fault = !run.faulted ? "nothing" : what == What::Call ? platform.FiredCall() : std::string(heap.FiredIn());
-    run.code = what == What::Call ? code : ERROR_SUCCESS;
-    run.log = log.TakeLog();
-    run.journal = platform.TakeJournal();
-    platform.FailNthCall(0, FaultMode::Once, 0);
+    const std::string described = describe(run);
+    run.log = m_test.Log().TakeLog();
+    run.journal = m_test.Platform().TakeJournal();
+    m_test.Platform().FailNthCall(0, FaultMode::Once, 0);
     heap.FailAllocation(0, FaultMode::Once);
 
     const ::testing::ScopedTrace trace(__FILE__, __LINE__,
-                                       "failing " + std::string(what == What::Call ? "call " : "allocation ") +
-                                           std::to_string(n) + (mode == FaultMode::Once ? "" : " and all after it") +
-                                           ": " + run.fault +
-                                           (what == What::Call ? ", code " + std::to_string(code) : "") + "\nlog:\n" +
-                                           run.log + "journal:\n" + run.journal);
+                                       described + "\nlog:\n" + run.log + "journal:\n" + run.journal);
     EXPECT_EQ(foreignException, "");
-    EXPECT_TRUE(!run.threw || what == What::Allocation) << "an exception without a failing allocation";
-    if (n != 0) {
+    if (!described.empty()) {
         EXPECT_EQ(heap.LiveAllocations(), 0u) << "C++ blocks kept";
     }
     m_test.Audit();
     sweep.check(run);
-    return run.faulted;
+}
+
+bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code) {
+    PlatformTap& platform = m_test.Platform();
+    HeapTap& heap = m_test.Heap();
+
+    sweep.prepare();
+    m_test.Forget();
+    platform.FailNthCall(what == What::Call ? n : 0, mode, code);
+    heap.FailAllocation(what == What::Allocation ? n : 0, mode);
+
+    SweepRun done;
+    Operate(sweep, done, [&](SweepRun& run) {
+        run.faulted = what == What::Call ? platform.Fired() : heap.Fired();
+        run.fault = !run.faulted ? "nothing" : what == What::Call ? platform.FiredCall() : std::string(heap.FiredIn());
+        run.code = what == What::Call ? code : ERROR_SUCCESS;
+        EXPECT_TRUE(!run.threw || what == What::Allocation) << "an exception without a failing allocation";
+        return n == 0 ? std::string()
+                      : "failing " + std::string(what == What::Call ? "call " : "allocation ") + std::to_string(n) +
+                            (mode == FaultMode::Once ? "" : " and all after it") + ": " + run.fault +
+                            (what == What::Call ? ", code " + std::to_string(code) : "");
+    });
+    return done.faulted;
 }
 
 void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code) {
@@ -97,6 +103,34 @@ void SweepRuns::Run(const Sweep& sweep) {
             }
         }
         RunUntilNothingFails(sweep, What::Allocation, mode, 0);
+    }
+}
+
+void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& event) {
+    sweep.prepare();
+    char error[256] = "";
+    const unsigned long code = test.Cluster().Happen(event.event, event.name, event.node, error, sizeof(error));
+    ASSERT_TRUE(code == ERROR_SUCCESS || code == ERROR_IO_PENDING) << event.event << ": " << code << " " << error;
+
+    const std::string text = std::string(event.event) + " " + event.name + " " + event.node;
+    bool happened = true;
+    for (unsigned n = 1; happened && !::testing::Test::HasFailure(); ++n) {
+        ASSERT_LE(n, sweep.limit);
+        sweep.prepare();
+        test.AddFault("*#" + std::to_string(n) + "=event:\"" + text.substr(0, text.find_last_not_of(' ') + 1) + "\"");
+        test.Forget();
+        SweepRun done;
+        SweepRuns(test).Operate(sweep, done, [&](SweepRun& run) {
+            happened = test.Cluster().Journal().find("\"event\": ") != std::string::npos;
+            run.faulted = happened;
+            run.isEvent = happened;
+            run.fault = happened ? text : "nothing";
+            run.code =
+                happened && std::string(event.event) == ServiceStops.event ? RPC_S_SERVER_UNAVAILABLE : ERROR_SUCCESS;
+            EXPECT_FALSE(run.threw);
+            EXPECT_EQ(happened, test.Cluster().CallCount(nullptr) >= n);
+            return text + " before cluster call " + std::to_string(n);
+        });
     }
 }
 

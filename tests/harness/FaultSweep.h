@@ -3,6 +3,8 @@
 // no exception but std::bad_alloc from a failed allocation, nothing left behind (the fixture's audit), no C++ block
 // kept, and `check` holds.
 //
+// EventSweep does the same with something that befalls the cluster just before the 1st, 2nd, ... call of its API.
+//
 // With the environment variable CLUSUTIL_SWEEP, as ./dev sweep sets it, every call and allocation fails whatever the
 // step is, and each call with every one of several codes.
 //
@@ -23,10 +25,11 @@ namespace harness {
 
 struct SweepRun {
     std::string result; // what the operation gave; empty when it threw
-    std::string fault;  // what failed
-    DWORD code;         // that a failing call gives
-    bool faulted;       // false: nothing failed, only the good result is right
+    std::string fault;  // what failed, or befell the cluster
+    DWORD code;         // that a failing call gives; of a lost cluster that of its open handles
+    bool faulted;       // false: nothing failed or happened, only the good result is right
     bool threw;         // std::bad_alloc
+    bool isEvent;       // something befell the cluster: states in its model may come from that
     std::string log;
     std::string journal;
 };
@@ -40,12 +43,23 @@ struct Sweep {
     unsigned step = 1; // of long operations only the 1st, (1 + step)th, (1 + 2 * step)th ... call and allocation fails
 };
 
+// One of ClusSimHappen's events: {"move", "EVS1", "NODE-B"}.
+struct SweepEvent {
+    const char* event;
+    const char* name;
+    const char* node;
+};
+
+// On every node, and every resource goes offline with it.
+const SweepEvent ServiceStops = {"quorum-loss", "", ""};
+
 // What FaultSweep does with a fixture.
 class SweepRuns {
 public:
     explicit SweepRuns(LibraryTest& test) : m_test(test) {
     }
     void Run(const Sweep& sweep);
+    static void Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& event);
 
 private:
     enum class What {
@@ -55,6 +69,8 @@ private:
 
     // One run with the n-th call or allocation failing; n 0: none. False when nothing failed.
     bool RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code);
+    // The operation as it was prepared. `described`: what is in its way, once it is done.
+    void Operate(const Sweep& sweep, SweepRun& run, const std::function<std::string(SweepRun&)>& describe);
     void RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code);
 
     LibraryTest& m_test;
@@ -62,6 +78,10 @@ private:
 
 inline void FaultSweep(LibraryTest& test, const Sweep& sweep) {
     SweepRuns(test).Run(sweep);
+}
+
+inline void EventSweep(ClusterTest& test, const Sweep& sweep, const SweepEvent& event) {
+    SweepRuns::Run(test, sweep, event);
 }
 
 } // namespace harness

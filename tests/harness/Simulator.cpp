@@ -34,6 +34,7 @@ Simulator::Simulator() {
     LookUp(ClearFaults, "ClusSimClearFaults");
     LookUp(UseManualClock, "ClusSimUseManualClock");
     LookUp(AdvanceClock, "ClusSimAdvanceClock");
+    LookUp(Happen, "ClusSimHappen");
     LookUp(ClearJournal, "ClusSimClearJournal");
     LookUp(CallCount, "ClusSimCallCount");
     LookUp(OpenHandles, "ClusSimOpenHandles");

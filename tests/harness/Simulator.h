@@ -26,6 +26,7 @@ public:
     decltype(&ClusSimClearFaults) ClearFaults;
     decltype(&ClusSimUseManualClock) UseManualClock;
     decltype(&ClusSimAdvanceClock) AdvanceClock;
+    decltype(&ClusSimHappen) Happen;
     decltype(&ClusSimClearJournal) ClearJournal;
     decltype(&ClusSimCallCount) CallCount;
     decltype(&ClusSimOpenHandles) OpenHandles;

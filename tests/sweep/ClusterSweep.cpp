@@ -54,6 +54,8 @@ protected:
             }
         };
         FaultSweep(*this, sweep);
+        EventSweep(*this, sweep, ServiceStops);
+        EventSweep(*this, sweep, {"move", "EVS1", "NODE-B"});
     }
 
     void SweepResource(const wchar_t* name, const ResourceOperation& operation, const std::string& good,

@@ -34,6 +34,7 @@ protected:
         sweep.prepare = [this] {
             Load(GivenCluster()
                      .Node("NODE-A")
+                     .Node("NODE-B")
                      .Group("EVS1", "NODE-A")
                      .Disk("Disk", std::vector<std::string>(std::begin(Devices), std::end(Devices))));
         };
@@ -54,6 +55,8 @@ protected:
             }
         };
         FaultSweep(*this, sweep);
+        EventSweep(*this, sweep, ServiceStops);
+        EventSweep(*this, sweep, {"move", "EVS1", "NODE-B"});
     }
 
     VolumeManager volumes;

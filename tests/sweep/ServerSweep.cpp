@@ -43,6 +43,10 @@ void SweepServers(ServerTest& test, const std::function<std::string()>& operatio
         }
     };
     FaultSweep(test, sweep);
+    if (clustered) {
+        EventSweep(test, sweep, ServiceStops);
+        EventSweep(test, sweep, {"move", "EVS1", "NODE-B"});
+    }
 }
 // Result, count, and the names found.
 std::string Servers(Info* records, int room) {
