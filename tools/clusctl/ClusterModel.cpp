@@ -11,6 +11,7 @@
 #include "common/Text.h"
 #include "core/ValueList.h"
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 #include <string>
@@ -192,7 +193,8 @@ private:
         }
         const HRESOURCE handle = resource.GetResourceHandle();
         const Placement placement = ReadPlacement(handle, name);
-        Json model;
+        Json model = Json::object();
+        model.get_ref<Json::object_t&>().reserve(12); // an object that grows copies the names of its members
         model["name"] = name;
         model["type"] = UnknownType;
         model["id"] = ""; // in its place; made up below if need be
@@ -221,15 +223,14 @@ private:
         if (m_classes.count(type) != 0) {
             return;
         }
-        Bytes answer;
         DWORD code = 0;
-        if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, answer, code)) {
+        if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO, m_answer, code)) {
             Refused(model, "class", "the class", name, code);
             m_classless.insert(type);
             return;
         }
         DWORD numbers[2] = {}; // class, subclass
-        std::memcpy(numbers, answer.data(), answer.size() < sizeof(numbers) ? answer.size() : sizeof(numbers));
+        std::memcpy(numbers, m_answer.data(), std::min(m_answer.size(), sizeof(numbers)));
         m_types.push_back({{"name", type}, {"class", numbers[0]}, {"subclass", numbers[1]}});
         m_classes.emplace(type, numbers[0]);
     }
@@ -238,19 +239,18 @@ private:
         AddClass(model, resource, name);
         const auto known = m_classes.find(model["type"].get<std::string>());
         const bool isAsked = known == m_classes.end() || known->second == CLUS_RESCLASS_STORAGE;
-        Bytes answer;
         DWORD code = 0;
         if (!isAsked) {
             return;
         }
-        if (!QueryResource(resource, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, answer, code)) {
+        if (!QueryResource(resource, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, m_answer, code)) {
             if (known != m_classes.end() || code != ERROR_INVALID_FUNCTION) { // of no storage, as far as is known
                 Refused(model, "disk", "the disk information", name, code);
             }
             return;
         }
         try {
-            model["disk"] = DiskJson(answer);
+            model["disk"] = DiskJson(m_answer);
         } catch (const Failure& malformed) {
             Malformed(model, "disk", name, malformed);
         }
@@ -258,10 +258,9 @@ private:
 
     void AddText(Json& model, const char* member, const char* what, DWORD controlCode, HRESOURCE resource,
                  const std::wstring& name) {
-        Bytes answer;
         DWORD code = 0;
-        if (QueryResource(resource, controlCode, answer, code)) {
-            model[member] = clus::TextInBuffer(answer.data(), answer.size(), 0);
+        if (QueryResource(resource, controlCode, m_answer, code)) {
+            model[member] = clus::TextInBuffer(m_answer.data(), m_answer.size(), 0);
         } else {
             Refused(model, member, what, name, code);
         }
@@ -281,14 +280,13 @@ private:
     template <typename Query>
     void AddProperties(Json& model, const char* member, const char* what, const std::wstring& name,
                        const Query& query) {
-        Bytes answer;
         DWORD code = 0;
-        if (!query(answer, code)) {
+        if (!query(m_answer, code)) {
             Refused(model, member, what, name, code);
             return;
         }
         try {
-            Json properties = PropertiesJson(answer);
+            Json properties = PropertiesJson(m_answer);
             if (!properties.empty()) {
                 model[member] = std::move(properties);
             }
@@ -307,6 +305,7 @@ private:
     const std::wstring m_thisComputer;
     std::set<std::wstring> m_downNodes; // folded
     bool m_downNodeOwns = false;        // what the simulator accepts only when it is told to
+    Bytes m_answer; // of the control asked last
     Json m_types = Json::array();
     std::unordered_map<std::string, DWORD> m_classes; // by type
     std::set<std::string> m_classless;                // types whose class was refused

@@ -15,12 +15,16 @@
 
 namespace {
 
-typedef std::vector<unsigned char> Bytes;
+// A value within the list's bytes.
+struct Value {
+    const unsigned char* data;
+    size_t size;
+};
 
 // Reads a list front to back, and refuses one that is cut: no snapshot is made of half a list.
 class ListReader {
 public:
-    explicit ListReader(const Bytes& bytes) : m_bytes(bytes) {
+    explicit ListReader(const std::vector<unsigned char>& bytes) : m_bytes(bytes) {
     }
 
     DWORD Number() {
@@ -30,10 +34,9 @@ public:
         return number;
     }
 
-    Bytes Value() {
+    Value Next() {
         const DWORD length = Number();
-        const unsigned char* at = Take(length);
-        Bytes value(at, at + length);
+        const Value value = {Take(length), length};
         m_at += std::min(clus::PaddedLength(length) - length, m_bytes.size() - m_at); // the last one's may be missing
         return value;
     }
@@ -48,28 +51,28 @@ private:
         return at;
     }
 
-    const Bytes& m_bytes;
+    const std::vector<unsigned char>& m_bytes;
     size_t m_at = 0;
 };
 
-DWORD NumberOf(const Bytes& value) {
+DWORD NumberOf(const Value& value) {
     DWORD number = 0;
-    if (value.size() < sizeof(number)) {
+    if (value.size < sizeof(number)) {
         throw Failure("the cluster gave a number that is too short");
     }
-    std::memcpy(&number, value.data(), sizeof(number));
+    std::memcpy(&number, value.data, sizeof(number));
     return number;
 }
 
 // The text up to its terminator, which may be missing.
-std::wstring TextOf(const Bytes& value) {
-    return clus::TextInBuffer(value.data(), value.size(), 0);
+std::wstring TextOf(const Value& value) {
+    return clus::TextInBuffer(value.data, value.size, 0);
 }
 
-Json TextsOf(const Bytes& value) {
+Json TextsOf(const Value& value) {
     Json texts = Json::array();
     size_t at = 0;
-    for (std::wstring text = TextOf(value); !text.empty(); text = clus::TextInBuffer(value.data(), value.size(), at)) {
+    for (std::wstring text = TextOf(value); !text.empty(); text = clus::TextInBuffer(value.data, value.size, at)) {
         at += (text.size() + 1) * sizeof(wchar_t);
         texts.push_back(text);
     }
@@ -77,7 +80,7 @@ Json TextsOf(const Bytes& value) {
 }
 
 // The model knows fewer types than the cluster: the others become numbers of 32 bits, or bytes.
-Json ValueJson(DWORD syntax, const Bytes& value) {
+Json ValueJson(DWORD syntax, const Value& value) {
     switch (syntax) {
     case CLUSPROP_SYNTAX_LIST_VALUE_SZ:
         return TextOf(value);
@@ -89,21 +92,21 @@ Json ValueJson(DWORD syntax, const Bytes& value) {
     case CLUSPROP_SYNTAX_LIST_VALUE_EXPAND_SZ:
         return {{"expandSz", TextOf(value)}};
     default:
-        return {{"binary", common::HexDigits(value.data(), value.size())}};
+        return {{"binary", common::HexDigits(value.data, value.size)}};
     }
 }
 
 // CLUSPROP_SYNTAX_DISK_GUID, which older platform headers lack.
 const DWORD SyntaxDiskGuid = 0x000B0003;
 
-std::wstring PartitionText(const Bytes& value, size_t offset) {
-    if (value.size() < offset + clus::PartitionTextSize) {
+std::wstring PartitionText(const Value& value, size_t offset) {
+    if (value.size < offset + clus::PartitionTextSize) {
         throw Failure("the cluster gave a partition record that is too short");
     }
-    return clus::TextInBuffer(value.data(), offset + clus::PartitionTextSize, offset);
+    return clus::TextInBuffer(value.data, offset + clus::PartitionTextSize, offset);
 }
 
-Json PartitionJson(const Bytes& value) {
+Json PartitionJson(const Value& value) {
     Json partition;
     partition["device"] = PartitionText(value, clus::PartitionDeviceOffset);
     const std::wstring label = PartitionText(value, clus::PartitionLabelOffset);
@@ -111,6 +114,11 @@ Json PartitionJson(const Bytes& value) {
         partition["label"] = label;
     }
     return partition;
+}
+
+// An object that grows copies the names of its members again and again.
+void Reserve(Json& object, size_t members) {
+    object.get_ref<Json::object_t&>().reserve(members);
 }
 
 bool IsEmptyValue(const Json& value) {
@@ -124,15 +132,17 @@ Json PropertiesJson(const std::vector<unsigned char>& propertyList) {
     Json properties = Json::object();
     ListReader reader(propertyList);
     const DWORD count = reader.Number();
+    // The count is the cluster's word only.
+    Reserve(properties, std::min<size_t>(count, propertyList.size() / clus::EntryHeaderSize));
     for (DWORD i = 0; i < count; ++i) {
         if (reader.Number() != CLUSPROP_SYNTAX_NAME) {
             throw Failure("the cluster gave a property without a name");
         }
-        const std::string name = common::ToUtf8(TextOf(reader.Value()));
+        const std::string name = common::ToUtf8(TextOf(reader.Next()));
         // A text to be expanded has its expanded form behind it: the stored one is the first.
         bool isFirst = true;
         for (DWORD syntax = reader.Number(); syntax != CLUSPROP_SYNTAX_ENDMARK; syntax = reader.Number()) {
-            const Bytes value = reader.Value();
+            const Value value = reader.Next();
             if (isFirst) {
                 properties[name] = ValueJson(syntax, value);
                 isFirst = false;
@@ -158,7 +168,7 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
     Json partitions = Json::array();
     ListReader reader(valueList);
     for (DWORD syntax = reader.Number(); syntax != CLUSPROP_SYNTAX_ENDMARK; syntax = reader.Number()) {
-        const Bytes value = reader.Value();
+        const Value value = reader.Next();
         switch (syntax) {
         case CLUSPROP_SYNTAX_DISK_SIGNATURE:
             disk["signature"] = NumberOf(value);

@@ -197,13 +197,12 @@ std::string Report::ToText() const {
     return text;
 }
 
-std::string Report::ToJson(const Json& besides) const {
-    if (m_isVerbatim) {
-        return common::DumpJson(m_document);
+std::string Report::ToJson(const Json& besides) && {
+    if (!m_isVerbatim) {
+        const bool isComplete = m_isComplete && !m_document.empty();
+        m_document["complete"] = isComplete;
+        m_document["warnings"] = m_warnings;
+        m_document.update(besides);
     }
-    Json document = m_document;
-    document["complete"] = m_isComplete && !m_document.empty();
-    document["warnings"] = m_warnings;
-    document.update(besides);
-    return common::DumpJson(document);
+    return common::DumpJson(m_document);
 }

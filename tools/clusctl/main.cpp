@@ -115,11 +115,11 @@ public:
         m_tools = {{"tools", records}};
     }
 
-    void Show(const Report& report) const {
+    void Show(Report report) const {
         Warn(report.Warnings());
         ShowLog();
         if (!report.IsPrinted()) {
-            Print(m_output, m_isJson ? report.ToJson(m_besides) : report.ToText());
+            Print(m_output, m_isJson ? std::move(report).ToJson(m_besides) : report.ToText());
         }
     }
 
@@ -128,7 +128,7 @@ public:
         Json besides = ErrorJson(failure);
         besides.update(m_besides);
         try {
-            Print(m_output, m_isJson ? shown.ToJson(besides) : shown.ToText());
+            Print(m_output, m_isJson ? Report(shown).ToJson(besides) : shown.ToText());
         } catch (const Failure& unwritten) {
             m_errors.Write(ErrorText(unwritten)); // the failure itself is told all the same
         }
@@ -285,16 +285,17 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         if (!record.file.empty()) {
             work = std::make_unique<RecordedWork>(record, commandLine.Asked(), commandLine.ChosenName(), tools);
         }
-        const Report report = Work(commandLine, log);
+        Report report = Work(commandLine, log);
+        const ExitCode code = report.Code();
         if (report.IsPrinted() && commandLine.IsRehearsal()) { // by the process that rehearsed it
-            return report.Code();
+            return code;
         }
         setBesides();
-        answer.Show(withKilled(report));
+        answer.Show(withKilled(std::move(report)));
         if (commandLine.Changes()) {
             killed.Forget();
         }
-        return report.Code();
+        return code;
     } catch (const FailureWithReport& halfway) {
         setBesides();
         answer.Show(halfway, withKilled(halfway.Shown()));
