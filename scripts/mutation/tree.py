@@ -45,6 +45,11 @@ def run(command, **options):
                           **options)
 
 
+def library_files_in(dependencies):
+    """Of the compiler's list for one source. The tests of the core name its headers "src/core/../core/UniqueNames.h"."""
+    return {os.path.normpath(file) for file in re.findall(r"src/[\w/.]+", dependencies)}
+
+
 class Tree:
     """What all mutants have in common: how the library of a build tree is compiled and linked."""
 
@@ -106,7 +111,7 @@ class Tree:
             if problem:
                 raise SystemExit(f"{source} does not compile:\n{problem}")
             listed = (folder / self.object_of(source)).with_suffix(".d").read_text()
-            for file in re.findall(r"src/[\w/.]+", listed):
+            for file in library_files_in(listed):
                 self.dependents.setdefault(file, set()).add(source)
 
     def link(self, folder, file):
