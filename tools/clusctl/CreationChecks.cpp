@@ -7,7 +7,6 @@
 #include "ThisComputer.h"
 
 #include "common/Text.h"
-#include "core/PropertyList.h"
 #include "core/ResourceTypes.h"
 #include "core/ValueList.h"
 
@@ -211,120 +210,60 @@ Parts RequireParts(CCluster& cluster, const CreationRequest& request) {
     return parts;
 }
 
-// Takes the library's steps with a new resource. The first that the cluster refuses and its code, or no text.
-std::string FirstRefusedStep(const CCluster& cluster, const CreationRequest& request, const Parts& parts,
-                             HRESOURCE created, DWORD& code) {
-    for (const std::wstring& name : {parts.disk, parts.store, parts.place.networkNameResource}) {
-        if (name.empty()) {
-            continue;
-        }
-        const ResourceHandle provider = RequireResource(cluster, name);
-        code = AddClusterResourceDependency(created, provider.get());
-        if (code != ERROR_SUCCESS) {
-            return "the cluster does not let it depend on " + Quoted(name);
-        }
-    }
-    const std::wstring name = clus::DataPathProperty;
-    const std::wstring& value = request.dataPath;
-    std::vector<unsigned char> list(clus::TextPropertyListSize(name.size(), value.size()));
-    clus::WriteTextPropertyList(list.data(), name.c_str(), name.size(), value.c_str(), value.size());
-    code = ClusterResourceControl(created, nullptr, CLUSCTL_RESOURCE_SET_PRIVATE_PROPERTIES, list.data(),
-                                  static_cast<DWORD>(list.size()), nullptr, 0, nullptr);
-    return code == ERROR_SUCCESS ? std::string() : "the cluster does not take its data path";
-}
+const char CreatingCall[] = "CreateClusterResource";
 
-bool Lacks(const Json& list, const std::wstring& name) {
-    return list.is_array() && std::find(list.begin(), list.end(), Json(name)) == list.end();
-}
-
-// Of a resource whose creation ended half-way: the first part that it lacks, in the order in which the library adds
-// them, or why that cannot be told. Empty when it has all.
-std::string FirstMissingPart(CCluster& cluster, const CreationRequest& request) {
-    try {
-        const ServerPlace place = FindServer(cluster, request.server);
-        const Parts parts = FindParts(cluster, request, place, ReadMembers(cluster, place.group));
-        Report unread;
-        const Json record = ReadResource(cluster, request.name, ResourceParts::Detail, unread);
-        for (const std::wstring& name : {parts.disk, parts.store, place.networkNameResource}) {
-            if (!name.empty() && Lacks(record["dependsOn"], name)) {
-                return "it does not depend on " + Quoted(name);
-            }
-        }
-        for (const std::wstring& node : ListPossibleOwners(cluster, parts.attendant)) {
-            if (Lacks(record["possibleOwners"], node)) {
-                return "the node " + Quoted(node) + " is no possible owner of it";
-            }
-        }
-        const Json& properties = record["privateProperties"];
-        if (properties.is_object() && !properties.contains(common::ToUtf8(clus::DataPathProperty))) {
-            return "it has no data path";
-        }
-        return unread.IsComplete() ? std::string() : unread.Warnings().front();
-    } catch (const Failure& unread) {
-        return unread.what();
+// What the library's last call was for.
+std::string RefusedStep(const LibraryCall& call, const std::vector<std::wstring>& dependencies) {
+    if (call.name == CreatingCall) {
+        return "the cluster refuses it";
     }
-}
-
-// What the library created and could not delete again. It is left to the user: somebody else may have made it just now.
-[[noreturn]] void FailHalfway(CCluster& cluster, const CreationRequest& request, const ErrorKind& kind,
-                              const std::string& what) {
-    const std::string missing = FirstMissingPart(cluster, request);
-    throw Failure(kind, what + ", and it is left half created" + (missing.empty() ? "" : ": " + missing))
-        .Hint("'clusctl resource delete " + Printable(request.server) + "' deletes it.");
-}
-
-// Without taking the steps again: the user wants the command to end.
-[[noreturn]] void FailWithoutReason(CCluster& cluster, const CreationRequest& request) {
-    const std::string what = "interrupted: the cluster refused to create " + Quoted(request.name) + " or a part of it";
-    if (OpenResource(cluster, request.name)) {
-        FailHalfway(cluster, request, Errors::Interrupted, what);
+    if (call.name == "AddClusterResourceDependency" && call.inARow <= dependencies.size()) {
+        return "the cluster does not let it depend on " + Quoted(dependencies[call.inARow - 1]);
     }
-    const DWORD code = GetLastError();
-    if (code != ERROR_RESOURCE_NOT_FOUND) {
-        throw Failure::OfCode(what + "; whether it is there cannot be told", code).As(Errors::Interrupted);
+    if (call.name == "ClusterResourceControl") { // after all others
+        return "the cluster does not take its data path";
     }
-    throw Failure(Errors::Interrupted, what + ", and nothing of it is left").Hint("Try again to learn the reason.");
+    return call.name + " failed";
 }
 
 } // namespace
 
-void RequireCreatable(CCluster& cluster, const CreationRequest& request) {
-    RequireParts(cluster, request);
+std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request) {
+    const Parts parts = RequireParts(cluster, request);
+    std::vector<std::wstring> dependencies;
+    for (const std::wstring& name : {parts.disk, parts.store, parts.place.networkNameResource}) {
+        if (!name.empty()) {
+            dependencies.push_back(name);
+        }
+    }
+    return dependencies;
 }
 
-void FailToCreate(CCluster& cluster, const CreationRequest& request) {
-    if (Interruption::IsPending()) {
-        FailWithoutReason(cluster, request);
-    }
-    const std::string what =
-        "cannot create the resource " + Quoted(request.name) + " for " + Quoted(request.server) + ": ";
+void FailToCreate(CCluster& cluster, const CreationRequest& request, const LibraryCall& last,
+                  const std::vector<std::wstring>& dependencies) {
+    const bool isRefused = last.code != ERROR_SUCCESS;
+    std::string what = Interruption::IsPending() ? "interrupted: " : "";
+    what += "cannot create the resource " + Quoted(request.name) + " for " + Quoted(request.server);
+    std::string hint;
     if (OpenResource(cluster, request.name)) {
-        FailHalfway(cluster, request, Errors::Refused, what + "the cluster refused a step");
+        // Another one of that name, which somebody else has made just now, is none of ours.
+        if (last.name != CreatingCall) {
+            what += ", and it is left half created";
+            hint = "'clusctl resource delete " + Printable(request.server) + "' deletes it.";
+        }
+    } else if (GetLastError() != ERROR_RESOURCE_NOT_FOUND) {
+        what += ", and whether it is there cannot be told";
+    } else if (!isRefused) {
+        if (!Interruption::IsPending()) {
+            RequireParts(cluster, request); // which tells what stands in the way now
+        }
+        hint = "Try again.";
     }
-    const Parts parts = RequireParts(cluster, request); // which tells what stands in the way now
-    const GroupHandle group = RequireGroup(cluster, parts.place.group);
-    const ResourceHandle created(CreateClusterResource(group.get(), request.name.c_str(), TypeOf(request), 0));
-    if (!created) {
-        throw Failure::OfCode(what + "the cluster refuses it", GetLastError(), Errors::Refused);
-    }
-    DWORD code = ERROR_SUCCESS;
-    std::string step;
-    try {
-        step = FirstRefusedStep(cluster, request, parts, created.get(), code);
-    } catch (...) {
-        DeleteClusterResource(created.get());
-        throw;
-    }
-    const DWORD undone = DeleteClusterResource(created.get());
-    if (undone != ERROR_SUCCESS) {
-        throw Failure::OfCode(what + "what was created cannot be deleted again", undone, Errors::Refused);
-    }
-    if (!step.empty()) {
-        throw Failure::OfCode(what + step, code, Errors::Refused);
-    }
-    throw Failure(Errors::Refused, what + "the cluster refused a step, and nothing that was created is left to tell "
-                                          "which; it allows each of them now")
-        .Hint("Try again.");
+    Failure failure =
+        isRefused ? Failure::OfCode(what + ": " + RefusedStep(last, dependencies), last.code, Errors::Refused)
+                  : Failure(Errors::Refused, what + ": the library gave up, though the cluster refused nothing");
+    failure.Hint(hint);
+    throw Interruption::IsPending() ? failure.As(Errors::Interrupted) : failure;
 }
 
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report) {

@@ -2,7 +2,11 @@
 #ifndef CLUSCTL_CREATIONCHECKS_H
 #define CLUSCTL_CREATIONCHECKS_H
 
+#include "LibraryCalls.h"
 #include "ServerChecks.h"
+
+#include <string>
+#include <vector>
 
 struct CreationRequest {
     std::wstring server;
@@ -12,12 +16,13 @@ struct CreationRequest {
     std::wstring disk; // empty: the System Attendant's
 };
 
-// Throws Failure when the product's resource cannot be created.
-void RequireCreatable(CCluster& cluster, const CreationRequest& request);
+// Throws Failure when the product's resource cannot be created. The resources that it is going to depend on, in the
+// order in which the library adds them.
+std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request);
 
-// After the library could not create it: takes the same steps once more to learn the cluster's code, and undoes them.
-// When the user has interrupted the command it only tells what is left.
-[[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request);
+// After the library could not create it: tells what its last call was refused, and what is left.
+[[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request, const LibraryCall& last,
+                               const std::vector<std::wstring>& dependencies);
 
 // Adds a warning for each possible owner that the new resource lacks, and when it would not be restarted as the product
 // wants it. `record` is the new resource in detail.

@@ -109,11 +109,19 @@ Report Create(const CreateOptions& options) {
     }
     CCluster cluster;
     OpenLocalCluster(cluster);
-    RequireCreatable(cluster, request);
+    const std::vector<std::wstring> dependencies = RequireCreatable(cluster, request);
     Interruption::RequireNone();
-    if (!CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), options.name.c_str(), options.dataPath.c_str(),
-                                                options.server.c_str(), options.disk.c_str(), mode)) {
-        FailToCreate(cluster, request);
+    LibraryCall last;
+    bool isCreated = false;
+    {
+        const LibraryCalls calls;
+        isCreated =
+            CVirtualServerUtil::CreateKOVAResource(dataRoot.c_str(), options.name.c_str(), options.dataPath.c_str(),
+                                                   options.server.c_str(), options.disk.c_str(), mode);
+        last = calls.Last();
+    }
+    if (!isCreated) {
+        FailToCreate(cluster, request, last, dependencies);
     }
     RequireResource(cluster, options.name); // it is there
     Report report;
@@ -198,7 +206,10 @@ private:
     bool Turn() {
         const auto turn = m_isOnline ? &CVirtualServerUtil::TurnOnKOVAResourceOnCurrentNode
                                      : &CVirtualServerUtil::TurnOffKOVAResourceOnCurrentNode;
-        return turn(m_options.server.c_str(), false, 0);
+        const LibraryCalls calls;
+        const bool isDone = turn(m_options.server.c_str(), false, 0);
+        m_refusal = calls.RefusedChange();
+        return isDone;
     }
 
     // Not left to the library, whose wait cannot be interrupted.
@@ -243,7 +254,10 @@ private:
         const Json other = FindOther(records, Wanted());
         const bool isOnItsWay = !other.is_null() && IsPending(other);
         if (!other.is_null() && (!isDone || !isOnItsWay || m_options.wait)) {
-            throw Failure(isOnItsWay ? Errors::TimedOut : Errors::Failed, Sentence(records));
+            if (isOnItsWay || m_refusal == ERROR_SUCCESS) {
+                throw Failure(isOnItsWay ? Errors::TimedOut : Errors::Failed, Sentence(records));
+            }
+            throw Failure::OfCode(Sentence(records), m_refusal, WasRefused(records) ? Errors::Refused : Errors::Failed);
         }
     }
 
@@ -257,11 +271,13 @@ private:
     const bool m_isOnline;
     CCluster m_cluster;
     ServerPlace m_place;
+    DWORD m_refusal = ERROR_SUCCESS; // of the library's last try
 };
 
 // Of resources that are there after the library's deletion: asks the cluster once more, for its code. Throws Failure
-// unless it deletes them now, which is a warning.
-void RequireDeleted(const CCluster& cluster, const std::wstring& server, const Names& left, Report& report) {
+// unless it deletes them now, which is a warning. `refusal` is what the library got.
+void RequireDeleted(const CCluster& cluster, const std::wstring& server, const Names& left, DWORD refusal,
+                    Report& report) {
     for (const std::wstring& name : left) {
         Report unread;
         const Json record = ReadResource(cluster, name, ResourceParts::Line, unread);
@@ -270,10 +286,10 @@ void RequireDeleted(const CCluster& cluster, const std::wstring& server, const N
         if (IsPending(record)) {
             throw Failure(Errors::TimedOut, sentence + ", and did not go offline within three minutes");
         }
-        if (Interruption::IsPending()) {
+        if (Interruption::IsPending() && refusal == ERROR_SUCCESS) {
             throw Failure(Errors::Refused, sentence);
         }
-        const DWORD code = AskAgain(cluster, name, &DeleteClusterResource);
+        const DWORD code = Interruption::IsPending() ? refusal : AskAgain(cluster, name, &DeleteClusterResource);
         if (code != ERROR_SUCCESS) {
             throw Failure::OfCode(sentence, code, Errors::Refused);
         }
@@ -291,13 +307,15 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
         RequireNodeRuns(cluster, place.owner);
     }
     Interruption::RequireNone();
+    const LibraryCalls calls;
     {
         const Progress progress(log, before);
         CVirtualServerUtil::DeleteKOVAResurceOnCurrentNode(server.c_str());
     }
+    const DWORD refusal = calls.RefusedChange();
     // Its result is no answer: it is also true when a resource did not go offline in time.
     Report report;
-    RequireDeleted(cluster, server, FindProductResources(cluster, server, place), report);
+    RequireDeleted(cluster, server, FindProductResources(cluster, server, place), refusal, report);
     std::string sentence = "The group of " + Quoted(server) + " has no product resource: nothing was done.";
     if (!before.empty()) {
         sentence = "Deleted";

@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Deadline.h"
 #include "Interruption.h"
+#include "LibraryCalls.h"
 #include "Progress.h"
 #include "ResourcesHere.h"
 #include "ServerChecks.h"
@@ -50,17 +51,19 @@ Json AwaitOffline(const CCluster& cluster, const std::wstring& name, Report& rep
 }
 
 // The instance as the cluster holds it after the library's work. Throws Failure unless it is online or on its way.
-Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool isRestarted, Report& report) {
+// `refusal` is the code that the library got of a change.
+Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool isRestarted, DWORD refusal,
+                      Report& report) {
     Json record = ReadResource(cluster, name, ResourceParts::Line, report);
     if (!isRestarted && record["state"] == "offline pending") {
         throw Failure(Errors::TimedOut, "cannot restart " + Quoted(name) + ": it is still offline pending")
             .Hint("Once it is offline, bring its group online.");
     }
     if (!isRestarted && record["state"] == "online") {
-        if (Interruption::IsPending()) {
+        if (Interruption::IsPending() && refusal == ERROR_SUCCESS) {
             throw Failure(Errors::Refused, "the cluster did not take " + Quoted(name) + " offline");
         }
-        const DWORD code = AskAgain(cluster, name, &OfflineClusterResource);
+        const DWORD code = Interruption::IsPending() ? refusal : AskAgain(cluster, name, &OfflineClusterResource);
         if (code != ERROR_SUCCESS) {
             throw Failure::OfCode("cannot restart " + Quoted(name) + ": the cluster does not take it offline", code,
                                   Errors::Refused);
@@ -95,12 +98,14 @@ Report Restart(const LogCapture& log) {
     RequireNodeStarts(cluster, ComputerName()); // or the instance would go offline and stay it
     Interruption::RequireNone();
     bool isRestarted = false;
+    const LibraryCalls calls;
     {
         const Progress progress(log, Names(1, name));
         isRestarted = CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
     }
     Report report;
-    report.AddRecord("restarted", RequireRestarted(cluster, name, isRestarted, report), InstanceTitles);
+    report.AddRecord("restarted", RequireRestarted(cluster, name, isRestarted, calls.RefusedChange(), report),
+                     InstanceTitles);
     return report;
 }
 

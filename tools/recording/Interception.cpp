@@ -184,7 +184,11 @@ BOOL ExitCodeOfTool(HANDLE process, DWORD* exitCode) {
     return ExitCodeOf(process, exitCode);
 }
 
-Interception::Interception(Interceptor& interceptor, const std::vector<HMODULE>& modules) {
+Interceptor* Interception::Current() {
+    return g_interceptor;
+}
+
+Interception::Interception(Interceptor& interceptor, const std::vector<HMODULE>& modules) : m_former(g_interceptor) {
     const DWORD lastError = GetLastError();
     FindOriginals();
     g_interceptor = &interceptor;
@@ -198,7 +202,7 @@ Interception::~Interception() {
     for (auto patch = m_patches.rbegin(); patch != m_patches.rend(); ++patch) {
         Write(patch->entry, patch->original);
     }
-    g_interceptor = nullptr;
+    g_interceptor = m_former;
 }
 
 void Interception::PatchModule(HMODULE module) {

@@ -86,9 +86,13 @@ BOOL StartTool(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTU
                PROCESS_INFORMATION* information);
 BOOL ExitCodeOfTool(HANDLE process, DWORD* exitCode);
 
-// While it lives, the calls of the modules go to the interceptor. There is one at a time.
+// While it lives, the calls of the modules go to the interceptor, and so do those that went to another one before: that
+// one is asked by the new one, or not at all.
 class Interception {
 public:
+    // Whom the calls go to at present; null when they go to the cluster.
+    static Interceptor* Current();
+
     // `modules`: null stands for the program itself. Of a DLL that is not loaded, calls are found by `Replacement`.
     Interception(Interceptor& interceptor, const std::vector<HMODULE>& modules);
     // Puts everything back.
@@ -112,6 +116,7 @@ private:
     };
     void PatchModule(HMODULE module);
 
+    Interceptor* m_former;
     std::vector<Patch> m_patches;
     std::vector<std::string> m_unknown;
 };
