@@ -55,13 +55,13 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   search TEXT FAULT . runs "clusctl ..." and holds it up in the run of a VCS tool that FAULT names ("haconf@-dump*#1"); prints where the
                       text is found: on command lines, in environments, files, and in the memory of clusctl
   afresh              the configuration of VCS, and the model, are those of the beginning again
-  rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the commands of VCS that they ran differ
+  rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
   same-rehearsal M E .. rehearses the events E on the model M twice; prints how the second output, and model, differ from the first
-  asked-only FILE     fails when a journal of the cluster simulator holds a call that changes something
+  asked-only FILE     fails when a journal of a simulator holds a call, or the run of a tool, that changes something
   documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   files               lists the case's folder
@@ -319,7 +319,7 @@ class Case:
     def set_simulators_apart(self):
         folder = self.folder / "simulator"
         folder.mkdir()
-        for name in ("clusapi.dll", "resutils.dll", *(f"{tool}.exe" for tool in VCS_TOOLS)):
+        for name in ("clusapi.dll", "resutils.dll", *(f"{tool}.exe" for tool in (*VCS_TOOLS, "vcssim"))):
             os.link(self.runner.bin / name, folder / name)
 
     def set_web_server(self, text):
@@ -408,24 +408,26 @@ class Case:
     def clusctl(self, arguments, variables):
         return self.finish(self.start(arguments, variables), arguments)
 
-    def vcs_commands(self, arguments, variables, log):
-        """The command lines of the VCS tools that a run starts, and its exit code."""
-        exit_code = self.clusctl([*arguments, "--log", log], variables).splitlines()[-1]
-        if self.silent:
-            return exit_code
-        lines = (self.folder / log).read_text(encoding="utf-8").splitlines()
-        return "".join(f"{line.split(': ', 2)[2]}\n" for line in lines if ": Command line: " in line) + exit_code + "\n"
-
     def rehearsed(self, arguments, variables):
-        rehearsal = self.vcs_commands([*arguments, "--dry-run"], variables, "rehearsal.log")
-        change = self.vcs_commands(arguments, variables, "change.log")
-        return difference(rehearsal, change, "rehearsal", "change") or f"the same {change.count(chr(10)) - 1} commands\n"
+        """How the runs of VCS tools of a dry run differ from those of the change itself."""
+        result = self.clusctl([*arguments, "--dry-run", "--json"], variables)
+        document = json.loads(result[:result.rindex("\n}\n") + 3])
+        rehearsal = "".join(f"{call['text']}\n" for call in document["calls"]) + f"[exit {document['command']['exitCode']}]\n"
+        exit_code = self.clusctl(arguments, {**variables, "VCSSIM_JOURNAL": "change.journal"}).splitlines()[-1]
+        journal = self.folder / "change.journal"
+        runs = [json.loads(line) for line in journal.read_text(encoding="utf-8").splitlines()]
+        journal.unlink()
+        words = ([run["tool"], *(f'"{word}"' if word == "" or " " in word else word for word in run["arguments"])] for run in runs)
+        change = "".join(" ".join(line) + "\n" for line in words) + exit_code + "\n"
+        return difference(rehearsal, change, "rehearsal", "change") or f"the same {len(runs)} commands\n"
 
     def same_rehearsal(self, arguments, variables):
         outputs, models = [], []
         for name in ("first.json", "second.json"):
             outputs.append(self.clusctl(["--model", arguments[0], "rehearse", *arguments[1:], "--save", name], variables).replace(name, "FILE"))
-            models.append((self.folder / name).read_text(encoding="utf-8"))
+            saved = self.folder / name
+            files = sorted(saved.iterdir()) if saved.is_dir() else [saved]
+            models.append("".join(file.read_text(encoding="utf-8") for file in files))
         return difference(*outputs, "first", "second") + difference(*models, "first", "second") or f"same {len(outputs[0].splitlines())} lines\n"
 
     def documented_ends(self, arguments, variables):
@@ -553,8 +555,11 @@ class Case:
 
 def asked_only(journal):
     changing = re.compile(r"(Add|Change|Create|Delete|Fail|Move|Offline|Online|Pause|Remove|Restart|Resume|Set)[A-Z]")
+    asking = {"-display", "-list", "-state", "-dep", "-value"}
     calls = [json.loads(line) for line in journal.splitlines()]
-    found = [call["call"] for call in calls if changing.match(call["call"]) or call.get("args", {}).get("code", 0) & 0x400000]
+    found = [call["tool"] for call in calls if "tool" in call and call["arguments"][0] not in asking]
+    found += [call["call"] for call in calls if "call" in call
+              and (changing.match(call["call"]) or call.get("args", {}).get("code", 0) & 0x400000)]
     return "".join(f"{name}\n" for name in found) or "only asked\n" if calls else "the journal is empty\n"
 
 

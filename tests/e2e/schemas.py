@@ -40,7 +40,7 @@ def command_of(arguments):
     known = commands_with_schema()
     if "rehearse" in words:
         return "rehearse"
-    if "--dry-run" in arguments and "vcs" not in words:
+    if "--dry-run" in arguments:
         return DRY_RUN
     for first in range(len(words)):
         for count in (3, 2, 1):

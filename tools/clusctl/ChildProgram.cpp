@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Text.h"
+#include "VcsFolder.h"
 
 #include "common/Files.h"
 
@@ -34,28 +35,62 @@ struct NoCase {
     }
 };
 
-// This program's environment with the variables put in: NAME=VALUE, each with its terminator, and one more.
-std::wstring EnvironmentBlock(const Variables& variables) {
-    std::map<std::wstring, std::wstring, NoCase> values;
-    wchar_t* const own = GetEnvironmentStringsW();
-    for (const wchar_t* entry = own; *entry != L'\0'; entry += std::wcslen(entry) + 1) {
-        const std::wstring text = entry;
-        const std::size_t equals = text.find(L'=', 1); // names of the system's own begin with one
-        values[text.substr(0, equals)] = equals == std::wstring::npos ? std::wstring() : text.substr(equals + 1);
-    }
-    FreeEnvironmentStringsW(own);
-    for (const auto& variable : variables) {
-        values.erase(variable.first);
-        if (!variable.second.empty()) {
-            values.insert(variable);
+// A program's environment: NAME=VALUE, each with its terminator, and one more. It is made in one place, of which
+// nothing is left: there may be a password in it.
+class EnvironmentBlock {
+public:
+    // That of this program, with the variables put in.
+    EnvironmentBlock(const Variables& variables, const Password* password) {
+        std::map<std::wstring, std::wstring, NoCase> values;
+        wchar_t* const own = GetEnvironmentStringsW();
+        for (const wchar_t* entry = own; *entry != L'\0'; entry += std::wcslen(entry) + 1) {
+            const std::wstring text = entry;
+            const std::size_t equals = text.find(L'=', 1); // names of the system's own begin with one
+            values[text.substr(0, equals)] = equals == std::wstring::npos ? std::wstring() : text.substr(equals + 1);
         }
+        FreeEnvironmentStringsW(own);
+        for (const auto& variable : variables) {
+            values.erase(variable.first);
+            if (!variable.second.empty()) {
+                values.insert(variable);
+            }
+        }
+        std::size_t room = 1;
+        if (password != nullptr) {
+            values[PasswordVariable].clear();
+            room += password->Size();
+        }
+        for (const auto& value : values) {
+            room += value.first.size() + value.second.size() + 2;
+        }
+        m_text.reserve(room);
+        for (const auto& value : values) {
+            const bool isPassword = password != nullptr && value.first == PasswordVariable;
+            Append(value.first.c_str(), value.first.size());
+            m_text.push_back(L'=');
+            Append(isPassword ? password->Text() : value.second.c_str(),
+                   isPassword ? password->Size() : value.second.size());
+            m_text.push_back(L'\0');
+        }
+        m_text.push_back(L'\0');
     }
-    std::wstring block;
-    for (const auto& value : values) {
-        block += value.first + L"=" + value.second + L'\0';
+    ~EnvironmentBlock() {
+        SecureZeroMemory(m_text.data(), m_text.size() * sizeof(wchar_t));
     }
-    return block + L'\0';
-}
+    EnvironmentBlock(const EnvironmentBlock&) = delete;
+    EnvironmentBlock& operator=(const EnvironmentBlock&) = delete;
+
+    void* Get() {
+        return m_text.data();
+    }
+
+private:
+    void Append(const wchar_t* text, std::size_t size) {
+        m_text.insert(m_text.end(), text, text + size);
+    }
+
+    std::vector<wchar_t> m_text;
+};
 
 common::Handle CreateInherited(const std::wstring& path) {
     SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
@@ -80,13 +115,13 @@ std::string ReadPrinted(const std::wstring& path) {
 } // namespace
 
 ChildProgram::ChildProgram(const std::wstring& program, const Words& words, const Variables& variables,
-                           const std::wstring& folder)
+                           const std::wstring& folder, const Password* password)
     : m_folder(folder) {
     std::wstring commandLine = L"\"" + program + L"\"";
     for (const std::wstring& word : words) {
         commandLine += L" " + Argument(word);
     }
-    std::wstring environment = EnvironmentBlock(variables);
+    EnvironmentBlock environment(variables, password);
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -104,7 +139,7 @@ ChildProgram::ChildProgram(const std::wstring& program, const Words& words, cons
     }
     PROCESS_INFORMATION process = {};
     if (!CreateProcessW(program.c_str(), &commandLine[0], nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT,
-                        &environment[0], nullptr, &startup, &process)) {
+                        environment.Get(), VcsFolder::CallersFolder().c_str(), &startup, &process)) {
         throw Failure::OfCode("cannot start " + QuotedPath(program), GetLastError());
     }
     CloseHandle(process.hThread);

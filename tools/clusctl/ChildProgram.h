@@ -2,6 +2,8 @@
 #ifndef CLUSCTL_CHILDPROGRAM_H
 #define CLUSCTL_CHILDPROGRAM_H
 
+#include "Password.h"
+
 #include "common/Handle.h"
 
 #include <string>
@@ -21,10 +23,12 @@ struct ProgramResult {
 
 class ChildProgram {
 public:
-    // Starts it. `program` is a full path; the words reach it unchanged. What it prints goes to two files in `folder`,
-    // or where this program's own output goes when that is empty. Standard input is this program's. Throws Failure.
+    // Starts it in the folder in which this program was started. `program` is a full path; the words reach it
+    // unchanged. What it prints goes to two files in `folder`, or where this program's own output goes when that is
+    // empty. Standard input is this program's. It finds `password` in CLUSCTL_PASSWORD, and takes it out. Throws
+    // Failure.
     ChildProgram(const std::wstring& program, const Words& words, const Variables& variables,
-                 const std::wstring& folder);
+                 const std::wstring& folder, const Password* password = nullptr);
 
     // Waits for its end: it may be at work in a folder that goes next.
     ~ChildProgram();

@@ -11,6 +11,8 @@ struct ClusterCall {
     std::string text;           // with the objects' names in place of handles: "AddClusterResourceNode(EVS1 SA, NODE2)"
     unsigned long code = 0;     // why it failed; 0 when it did not
     bool changes = false;       // what is asked for is a change
+    bool isTool = false;        // the run of a VCS tool: `code` is its exit code
+    std::string said;           // the first line of what a tool printed that failed
 };
 
 // Of the lines of a journal, in their order. Lines that are none are passed over.

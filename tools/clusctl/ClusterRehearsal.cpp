@@ -1,7 +1,11 @@
 #include "ClusterRehearsal.h"
 
+#include "CommandLine.h"
+#include "CopyRun.h"
+#include "RehearsalText.h"
 #include "RehearsedModel.h"
 #include "ServerCommands.h"
+#include "SnapshotCommand.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
@@ -9,6 +13,11 @@
 #include <windows.h>
 
 namespace {
+
+const Columns NodeColumns = {{"name", "NODE"}, {"stateBefore", "BEFORE"}, {"stateAfter", "AFTER"}};
+const Columns ServerColumns = {{"name", "SERVER"},         {"address", "ADDRESS"},      {"nodeBefore", "NODE BEFORE"},
+                               {"onlineBefore", "ONLINE"}, {"nodeAfter", "NODE AFTER"}, {"onlineAfter", "ONLINE"}};
+const Columns DownColumns = {{"name", "STAYS DOWN"}, {"group", "GROUP"}, {"state", "STATE"}, {"reason", "WHY"}};
 
 const std::int64_t LongestSettling = 3600000; // milliseconds
 
@@ -23,6 +32,84 @@ bool LetEnd(Json& model) {
         model = ClusterSimulator::Read();
     }
     return true;
+}
+
+// What goes on in the model is let end; nothing is told of it.
+Json Settled(const Json& model) {
+    if (NextEnd(model) == 0) {
+        return model;
+    }
+    ClusterSimulator::Load(model);
+    Json settled = ClusterSimulator::Read();
+    LetEnd(settled);
+    return settled;
+}
+
+class SweptCopy : public SweptRehearsal {
+public:
+    SweptCopy(const Json& before, const Json& wanted, const Words& command, const std::string& fault,
+              const std::wstring& rehearsed)
+        : m_before(before), m_wanted(wanted), m_run(before, command, {fault}, rehearsed, true) {
+    }
+    const ChildProgram& Program() const override {
+        return m_run.Program();
+    }
+    SweepRun Finish() override {
+        const CopyResult result = m_run.Finish();
+        const Json end = ComparableEnd(m_before, Settled(result.model));
+        return SweepRunOf(result.command.program, end == ComparableEnd(m_before, m_before),
+                          end == ComparableEnd(m_before, m_wanted));
+    }
+
+private:
+    const Json& m_before;
+    const Json& m_wanted;
+    CopyRun m_run;
+};
+
+// Which servers are where, before and after.
+Json ServerRows(const Json& nodes) {
+    Json rows = Json::array();
+    const auto rowOf = [&rows](const Json& server) -> Json& {
+        for (Json& row : rows) {
+            if (row.at("name") == server.at("name")) {
+                return row;
+            }
+        }
+        rows.push_back({{"name", server.at("name")},
+                        {"address", server.at("address")},
+                        {"nodeBefore", nullptr},
+                        {"onlineBefore", nullptr},
+                        {"nodeAfter", nullptr},
+                        {"onlineAfter", nullptr}});
+        return rows.back();
+    };
+    for (const Json& node : nodes) {
+        for (const Json& server : node.at("serversBefore")) {
+            Json& row = rowOf(server);
+            row["nodeBefore"] = node.at("name");
+            row["onlineBefore"] = server.at("online");
+        }
+    }
+    for (const Json& node : nodes) {
+        for (const Json& server : node.at("serversAfter")) {
+            Json& row = rowOf(server);
+            row["nodeAfter"] = node.at("name");
+            row["onlineAfter"] = server.at("online");
+        }
+    }
+    return rows;
+}
+
+Json DifferenceLines(const Json& before, const Json& after) {
+    Json lines = Json::array();
+    for (const std::string& line : ModelDifference(before, after)) {
+        lines.push_back(line);
+    }
+    if (!lines.empty()) {
+        lines.insert(lines.begin(), {"--- before", "+++ after"});
+    }
+    return lines;
 }
 
 } // namespace
@@ -52,8 +139,7 @@ void ClusterRehearsal::TakeEvents(const ClusterEvents& events) {
 }
 
 void ClusterRehearsal::Tell(const char* kind, const std::string& name, const std::string& what) {
-    m_timeline.push_back(
-        {{"at", SecondsAt(ClockOf(m_model))}, {"kind", kind}, {"name", name}, {"what", what}, {"why", nullptr}});
+    m_timeline.push_back(TimelineEntry(SecondsAt(ClockOf(m_model)), kind, name, what));
 }
 
 void ClusterRehearsal::Happen(const RehearsalEvent& event) {
@@ -68,19 +154,20 @@ void ClusterRehearsal::Happen(const RehearsalEvent& event) {
     }
 }
 
-const CopyResult& ClusterRehearsal::Run(const Words& command, const FaultTexts& faults, bool asJson) {
-    std::string line;
-    for (const std::wstring& word : command) {
-        const bool isPlain = !word.empty() && word.find(L' ') == std::wstring::npos;
-        line += (line.empty() ? "" : " ") + (isPlain ? Printable(word) : Quoted(word));
-    }
+RehearsedCommand ClusterRehearsal::Run(const Words& command, const FaultTexts& faults, bool asJson) {
+    const std::string line = LineOf(command);
     Tell("command", line, "begins");
-    m_result = CopyRun(m_model, command, faults, m_rehearsed, asJson).Finish();
-    TakeEvents(m_result.events);
-    m_model = m_result.model;
+    m_beforeCommand = m_model;
+    const CopyResult result = CopyRun(m_model, command, faults, m_rehearsed, asJson).Finish();
+    TakeEvents(result.events);
+    m_model = result.model;
     ClusterSimulator::Load(m_model);
-    Tell("command", line, "ends with exit code " + std::to_string(m_result.program.exitCode));
-    return m_result;
+    Tell("command", line, "ends with exit code " + std::to_string(result.command.program.exitCode));
+    return result.command;
+}
+
+std::unique_ptr<SweptRehearsal> ClusterRehearsal::RunAgain(const Words& command, const std::string& fault) const {
+    return std::make_unique<SweptCopy>(m_beforeCommand, m_model, command, fault, m_rehearsed);
 }
 
 bool ClusterRehearsal::Settle() {
@@ -122,12 +209,29 @@ Json ClusterRehearsal::Nodes(Report& report) {
     return nodes;
 }
 
-Json Settled(const Json& model) {
-    if (NextEnd(model) == 0) {
-        return model;
+void ClusterRehearsal::TellCluster(Report& report) {
+    const Json nodes = Nodes(report);
+    report.AddTable("nodes", nodes, NodeColumns, "The cluster has no nodes.");
+    report.AddTable("servers", ServerRows(nodes), ServerColumns, "No node serves a server, before or after.");
+    report.AddTable("down", StaysDown(m_before, m_model, m_timeline), DownColumns,
+                    "Nothing stays down that was online or is to be.");
+}
+
+void ClusterRehearsal::TellDifference(Report& report) const {
+    const Json lines = DifferenceLines(m_before, m_model);
+    report.AddSentence("difference", lines, TitledBlock("Change of the configuration:", lines, "none"));
+}
+
+void ClusterRehearsal::Save(const std::wstring& path) const {
+    WriteModel(path, m_model);
+}
+
+std::string ClusterRehearsal::CompletedFault(const std::string& fault) const {
+    const std::string coded = fault + "=" + std::to_string(UsualCodeOf(fault.substr(0, fault.find_first_of("@#="))));
+    if (!ClusterSimulator::IsFault(fault) && !ClusterSimulator::IsFault(coded)) {
+        throw WrongUsage("--fail: " + Quoted(fault) +
+                         " is no fault like CALL, CALL#N or CALL#N=CODE of a call of the cluster that the simulator "
+                         "knows");
     }
-    ClusterSimulator::Load(model);
-    Json settled = ClusterSimulator::Read();
-    LetEnd(settled);
-    return settled;
+    return ClusterSimulator::IsFault(fault) ? fault : coded;
 }

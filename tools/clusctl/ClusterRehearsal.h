@@ -2,59 +2,45 @@
 #ifndef CLUSCTL_CLUSTERREHEARSAL_H
 #define CLUSCTL_CLUSTERREHEARSAL_H
 
-#include "CopyRun.h"
-#include "RehearsalEvents.h"
-#include "Report.h"
+#include "ClusterSimulator.h"
+#include "Rehearsal.h"
 
-class ClusterRehearsal {
+#include <cstdint>
+
+class ClusterRehearsal : public Rehearsal {
 public:
     // `rehearsed`: what the model is one of, as people are told. Throws Failure when the model contradicts itself.
     ClusterRehearsal(const Json& model, const std::wstring& rehearsed);
 
-    // Throws Failure when there is nothing of the event's names, or the cluster refuses it.
-    void Happen(const RehearsalEvent& event);
-
-    // Runs the command, with --json if told to, and keeps what it did.
-    const CopyResult& Run(const Words& command, const FaultTexts& faults, bool asJson);
-
-    // Lets end what goes on, for an hour at most. False when it goes on then.
-    bool Settle();
-
-    // As it is now, and as it was at first.
-    const Json& Model() const {
-        return m_model;
-    }
-    const Json& Before() const {
-        return m_before;
-    }
-    const std::wstring& Rehearsed() const {
-        return m_rehearsed;
-    }
-
-    // What the cluster did: "at" (seconds), "kind", "name", "what", "why".
-    const Json& Timeline() const {
+    void Happen(const RehearsalEvent& event) override;
+    RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
+    std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const override;
+    bool Settle() override;
+    const Json& Timeline() const override {
         return m_timeline;
     }
-
-    // The nodes with what they serve, before and by now, as the library sees it on each of them.
-    Json Nodes(Report& report);
+    void TellCluster(Report& report) override;
+    void TellDifference(Report& report) const override;
+    void Save(const std::wstring& path) const override;
+    std::string CompletedFault(const std::string& fault) const override;
+    const char* TitleOfCalls() const override {
+        return "Calls of the cluster:";
+    }
 
 private:
     void TakeEvents(const ClusterEvents& events);
     void Tell(const char* kind, const std::string& name, const std::string& what);
     double SecondsAt(std::int64_t time) const;
+    Json Nodes(Report& report);
     Json ServersOn(const Json& model, const std::string& node, Report& report) const;
 
     const std::wstring m_rehearsed;
     const std::string m_thisComputer;
-    Json m_before;
-    Json m_model;
+    Json m_before = Json::object();        // at first
+    Json m_beforeCommand = Json::object(); // where Run began
+    Json m_model = Json::object();         // by now
     std::int64_t m_start = 0;
-    CopyResult m_result;
     Json m_timeline = Json::array();
 };
-
-// What goes on in the model is let end, as ClusterRehearsal::Settle does it; nothing is told of it.
-Json Settled(const Json& model);
 
 #endif

@@ -116,12 +116,13 @@ CLI::Option& AddChecked(CLI::App& command, const char* name, std::wstring& value
     return *command.add_option_function<std::string>(name, take, description)->type_name(typeName)->check(isAllowed);
 }
 
-// --dry-run of those that change something and have none of their own.
+// --dry-run of those that change something.
 void AddDryRunsBelow(CLI::App& app, bool& isDryRun) {
     const bool changes = std::find(std::begin(ChangingCommands), std::end(ChangingCommands), FullName(app)) !=
                          std::end(ChangingCommands);
-    if (changes && app.get_option_no_throw(DryRunOption) == nullptr) {
-        app.add_flag(DryRunOption, isDryRun, "Do it on a copy of the cluster, and show the calls and what changes");
+    if (changes) {
+        app.add_flag(DryRunOption, isDryRun,
+                     "Do it on a copy of the cluster, and show the calls or runs of tools and what changes");
     }
     for (CLI::App* member : app.get_subcommands({})) {
         AddDryRunsBelow(*member, isDryRun);
@@ -223,11 +224,7 @@ void CommandLine::AsksBy(const CLI::App& command, const std::function<Answering(
 
 void CommandLine::AddDryRuns(const Rehearse& rehearse) {
     m_rehearse = rehearse;
-    for (CLI::App* family : m_app.get_subcommands({})) {
-        if (family->get_name() != VcsFamily) {
-            AddDryRunsBelow(*family, m_isDryRun);
-        }
-    }
+    AddDryRunsBelow(m_app, m_isDryRun);
 }
 
 // The words behind "--" are no matter of the parser, which would take them for more of what stands before.

@@ -50,17 +50,17 @@ CopyRun::CopyRun(const Json& model, const Words& command, const FaultTexts& faul
                                                          {RehearsedVariable, rehearsed},
                                                          {L"CLUSSIM_JOURNAL", L""},
                                                          {L"CLUSSIM_FAULTS", common::ToUtf16(given)}},
-                                               m_folder->Path());
+                                               m_folder->Path(), GivenPassword());
 }
 
 CopyResult CopyRun::Finish() const {
     CopyResult result;
-    result.program = m_program->Finish();
-    result.calls = ReadClusterCalls(ReadTold(*m_folder, L"calls", result.program));
-    std::istringstream events(ReadTold(*m_folder, L"events", result.program));
+    const ProgramResult program = m_program->Finish();
+    result.command = {program, ReadClusterCalls(ReadTold(*m_folder, L"calls", program))};
+    std::istringstream events(ReadTold(*m_folder, L"events", program));
     for (std::string line; std::getline(events, line);) {
         result.events.push_back(common::ParseJson(line));
     }
-    result.model = common::ParseJson(ReadTold(*m_folder, ModelName, result.program));
+    result.model = common::ParseJson(ReadTold(*m_folder, ModelName, program));
     return result;
 }

@@ -2,19 +2,15 @@
 #ifndef CLUSCTL_COPYRUN_H
 #define CLUSCTL_COPYRUN_H
 
-#include "ChildProgram.h"
-#include "ClusterCalls.h"
 #include "ClusterSimulator.h"
+#include "Rehearsal.h"
 
 #include "common/TemporaryFolder.h"
 
 #include <memory>
 
-typedef std::vector<std::string> FaultTexts;
-
 struct CopyResult {
-    ProgramResult program;
-    std::vector<ClusterCall> calls;
+    RehearsedCommand command;
     ClusterEvents events;
     Json model = Json::object(); // as the command leaves it
 };

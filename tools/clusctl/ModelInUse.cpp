@@ -50,7 +50,8 @@ bool IsJson(const std::string& text) {
     return first != std::string::npos && text[first] == '{';
 }
 
-// Where the installation has the simulators, or the build.
+} // namespace
+
 std::wstring SimulatorFolder(const wchar_t* file) {
     const std::wstring program = ProgramFolder();
     for (const std::wstring& folder : {common::FullPath(program + L"..\\simulator\\"), program}) {
@@ -61,8 +62,6 @@ std::wstring SimulatorFolder(const wchar_t* file) {
     throw Failure(Errors::NoSimulator, "the installation lacks the simulator's " + Printable(file))
         .Hint("It belongs into the folder simulator, beside that of clusctl.exe.");
 }
-
-} // namespace
 
 std::wstring ModelFile(const std::wstring& named) {
     const std::wstring path = common::FullPath(named);

@@ -19,6 +19,10 @@ bool IsModelOfVcs(const std::wstring& file);
 // The file that a model is read from: itself, or the main.cf of a folder. Throws Failure when there is none.
 std::wstring ModelFile(const std::wstring& named);
 
+// The folder in which this installation, or build, has this file of the simulators; with a backslash at its end. Throws
+// Failure when there is none.
+std::wstring SimulatorFolder(const wchar_t* file);
+
 // Loads the simulator of failover clusters in place of the cluster API. Throws Failure when the installation lacks it.
 void LoadClusterSimulator();
 

@@ -14,9 +14,10 @@
 #include <winsock2.h>
 #include <windows.h>
 
+const wchar_t PasswordVariable[] = L"CLUSCTL_PASSWORD";
+
 namespace {
 
-const wchar_t Variable[] = L"CLUSCTL_PASSWORD";
 const char NarrowVariable[] = "CLUSCTL_PASSWORD";
 const char ByteOrderMark[] = "\xEF\xBB\xBF";
 const std::size_t Longest = 1024;
@@ -156,19 +157,24 @@ void Password::Forget() {
 }
 
 void TakePasswordFromEnvironment() {
-    const DWORD room = GetEnvironmentVariableW(Variable, nullptr, 0); // with its terminator
+    const DWORD room = GetEnvironmentVariableW(PasswordVariable, nullptr, 0); // with its terminator
     if (room == 0) {
         return;
     }
     Taken() = Password(room);
-    Taken().SetSize(GetEnvironmentVariableW(Variable, Taken().Buffer(), room));
+    Taken().SetSize(GetEnvironmentVariableW(PasswordVariable, Taken().Buffer(), room));
     // A value of the same length takes the other one's place; the one that is removed would stay in the block's memory.
-    SetEnvironmentVariableW(Variable, std::wstring(Taken().Size(), L'*').c_str());
-    if (!SetEnvironmentVariableW(Variable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
+    SetEnvironmentVariableW(PasswordVariable, std::wstring(Taken().Size(), L'*').c_str());
+    if (!SetEnvironmentVariableW(PasswordVariable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
         throw Failure("cannot take CLUSCTL_PASSWORD out of the environment: " + ErrorText(GetLastError()));
     }
-    EraseValues<wchar_t>({"_wenviron", "__winitenv"}, "__p__wenviron", Variable, std::size(Variable) - 1);
+    EraseValues<wchar_t>({"_wenviron", "__winitenv"}, "__p__wenviron", PasswordVariable,
+                         std::size(PasswordVariable) - 1);
     EraseValues<char>({"_environ", "__initenv"}, "__p__environ", NarrowVariable, std::size(NarrowVariable) - 1);
+}
+
+const Password* GivenPassword() {
+    return Taken().Size() == 0 ? nullptr : &Taken();
 }
 
 Password ReadPassword() {

@@ -57,6 +57,11 @@ private:
 // before anything else. Throws Failure when it cannot be taken out.
 void TakePasswordFromEnvironment();
 
+extern const wchar_t PasswordVariable[];
+
+// What that variable held, for another run of this program; null when it held nothing, or that has been read.
+const Password* GivenPassword();
+
 // What that variable held, or else the first line of standard input, typed unseen on a terminal. Throws Failure when
 // there is none.
 Password ReadPassword();

@@ -15,15 +15,17 @@ namespace {
 struct KnownEvent {
     const char* word;
     std::vector<const char*> names;
+    bool isOfVcs; // too
 };
 
 const std::uint64_t LongestWait = 31622400; // seconds: a year
 
 const std::vector<KnownEvent>& Table() {
     static const std::vector<KnownEvent> table = {
-        {"node-down", {"NODE"}},     {"node-up", {"NODE"}},  {"node-pause", {"NODE"}}, {"node-resume", {"NODE"}},
-        {"move", {"GROUP", "NODE"}}, {"fail", {"RESOURCE"}}, {"offline", {"NAME"}},    {"online", {"NAME"}},
-        {"quorum-loss", {}},         {"service-stop", {}},   {"service-start", {}},    {"wait", {"SECONDS"}},
+        {"node-down", {"NODE"}, true},    {"node-up", {"NODE"}, true},       {"node-pause", {"NODE"}, false},
+        {"node-resume", {"NODE"}, false}, {"move", {"GROUP", "NODE"}, true}, {"fail", {"RESOURCE"}, true},
+        {"offline", {"NAME"}, true},      {"online", {"NAME"}, true},        {"quorum-loss", {}, false},
+        {"service-stop", {}, false},      {"service-start", {}, false},      {"wait", {"SECONDS"}, true},
     };
     return table;
 }
@@ -34,6 +36,17 @@ std::string Form(const KnownEvent& event) {
         text += std::string(" ") + name;
     }
     return text;
+}
+
+void RequireOfVcs(const KnownEvent& event) {
+    if (event.isOfVcs) {
+        return;
+    }
+    std::string others;
+    for (const KnownEvent& other : Table()) {
+        others += other.isOfVcs ? (others.empty() ? "" : ", ") + Form(other) : "";
+    }
+    throw WrongUsage("VCS has no event " + Quoted(event.word) + ", only " + others);
 }
 
 void RequireSeconds(const std::string& text) {
@@ -54,7 +67,7 @@ std::string RehearsalEvent::Text() const {
     return text;
 }
 
-std::vector<RehearsalEvent> ParseEvents(const std::vector<std::wstring>& words) {
+std::vector<RehearsalEvent> ParseEvents(const std::vector<std::wstring>& words, Answering asked) {
     std::vector<std::string> known;
     for (const KnownEvent& event : Table()) {
         known.emplace_back(event.word);
@@ -68,6 +81,9 @@ std::vector<RehearsalEvent> ParseEvents(const std::vector<std::wstring>& words) 
             throw WrongUsage(
                 "there is no event " + Quoted(text) + DidYouMean(text, known) +
                 (events.empty() ? "" : "; an event before it has its names: " + Quoted(events.back().Text())));
+        }
+        if (asked == Answering::Vcs) {
+            RequireOfVcs(*event);
         }
         RehearsalEvent given{text, {}};
         for (std::size_t i = 0; i < event->names.size(); ++i) {

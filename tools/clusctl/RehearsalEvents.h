@@ -2,6 +2,8 @@
 #ifndef CLUSCTL_REHEARSALEVENTS_H
 #define CLUSCTL_REHEARSALEVENTS_H
 
+#include "Simulation.h"
+
 #include <string>
 #include <vector>
 
@@ -13,8 +15,8 @@ struct RehearsalEvent {
     std::string Text() const;
 };
 
-// Throws WrongUsage for a word that is no event, or one without its names.
-std::vector<RehearsalEvent> ParseEvents(const std::vector<std::wstring>& words);
+// Throws WrongUsage for a word that is no event, or none of this kind of cluster, and for one without its names.
+std::vector<RehearsalEvent> ParseEvents(const std::vector<std::wstring>& words, Answering asked);
 
 // "node-down NAME, node-up NAME, ...", for help texts.
 std::string KnownEvents();

@@ -1,13 +1,13 @@
 #include "RehearsalSweep.h"
 
-#include "ChildProgram.h"
+#include "CommandLine.h"
 #include "Interruption.h"
 #include "Progress.h"
 #include "Text.h"
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
+#include <iterator>
 
 namespace {
 
@@ -43,7 +43,66 @@ std::size_t CountOf(const Json& rows, Ending ending) {
         std::count_if(rows.begin(), rows.end(), [ending](const Json& row) { return row.at("ended") == Word(ending); }));
 }
 
+struct CallFilter {
+    std::string call;
+    std::string occurrence; // empty: all
+    std::string effect;     // "=5"; empty: the usual one
+};
+
+CallFilter FilterOf(const std::string& fault) {
+    const std::size_t equals = std::min(fault.find('='), fault.size());
+    const std::string place = fault.substr(0, equals);
+    const std::size_t number = place.find('#');
+    if (place.find('@') != std::string::npos) {
+        throw WrongUsage("--each-call-fails: a call is named without an object: " + Quoted(fault));
+    }
+    return {place.substr(0, number), number == std::string::npos ? "" : place.substr(number + 1), fault.substr(equals)};
+}
+
+// On one line.
+std::string MessageOf(const ProgramResult& result) {
+    const Json document = Json::parse(result.output, nullptr, false);
+    const bool hasFailed = document.is_object() && document.contains("error");
+    std::string text = hasFailed ? document.at("error").at("message").get<std::string>() : std::string();
+    for (std::size_t end = text.find("\n  "); end != std::string::npos; end = text.find("\n  ", end)) {
+        text.replace(end, 3, "; ");
+    }
+    return text;
+}
+
 } // namespace
+
+SweepRun SweepRunOf(const ProgramResult& result, bool isAsBefore, bool isAsWanted) {
+    SweepRun run;
+    run.exitCode = result.exitCode;
+    run.message = MessageOf(result);
+    if (isAsWanted && (!isAsBefore || run.exitCode == 0)) { // a restart wants what was before
+        run.ending = Ending::AsWanted;
+    } else if (isAsBefore) {
+        run.ending = Ending::AsBefore;
+    }
+    return run;
+}
+
+std::vector<SweepStep> SweepSteps(const std::vector<ClusterCall>& calls, const std::vector<std::string>& faults,
+                                  const std::function<std::string(const std::string& fault)>& complete) {
+    std::vector<CallFilter> filters;
+    std::transform(faults.begin(), faults.end(), std::back_inserter(filters), &FilterOf);
+    std::vector<SweepStep> steps;
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        const ClusterCall& call = calls[i];
+        const std::string occurrence = std::to_string(call.occurrence);
+        const auto filter = std::find_if(filters.begin(), filters.end(), [&](const CallFilter& candidate) {
+            return candidate.call == call.call && (candidate.occurrence.empty() || candidate.occurrence == occurrence);
+        });
+        if (filters.empty() || filter != filters.end()) {
+            std::string fault = call.call;
+            fault.append("#").append(occurrence).append(filters.empty() ? "" : filter->effect);
+            steps.push_back({i + 1, call.text, complete(fault)});
+        }
+    }
+    return steps;
+}
 
 Json Sweep(const LogCapture& log, const std::vector<SweepStep>& steps, const StartRehearsal& start) {
     std::atomic<std::size_t> done(0);

@@ -2,9 +2,12 @@
 #ifndef CLUSCTL_REHEARSALSWEEP_H
 #define CLUSCTL_REHEARSALSWEEP_H
 
+#include "ChildProgram.h"
+#include "ClusterCalls.h"
 #include "Report.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,14 +33,22 @@ struct SweepRun {
     Ending ending = Ending::InBetween;
 };
 
+// Of a command that printed JSON, and how it left the cluster.
+SweepRun SweepRunOf(const ProgramResult& result, bool isAsBefore, bool isAsWanted);
+
 // A rehearsal that has been started.
 class SweptRehearsal {
 public:
     virtual ~SweptRehearsal() = default;
-    virtual const class ChildProgram& Program() const = 0;
+    virtual const ChildProgram& Program() const = 0;
     // Waits for its end.
     virtual SweepRun Finish() = 0;
 };
+
+// One for each of these calls; with `faults` only for those that they name: "CALL", "CALL#N" or "CALL#N=CODE".
+// `complete` gives a fault what its call fails with when it does not say. Throws WrongUsage.
+std::vector<SweepStep> SweepSteps(const std::vector<ClusterCall>& calls, const std::vector<std::string>& faults,
+                                  const std::function<std::string(const std::string& fault)>& complete);
 
 typedef std::function<std::unique_ptr<SweptRehearsal>(const SweepStep& step)> StartRehearsal;
 

@@ -34,6 +34,11 @@ std::string SecondsText(double seconds) {
     return text;
 }
 
+std::string FailureText(const ClusterCall& call) {
+    return call.isTool ? "exit code " + std::to_string(call.code) + (call.said.empty() ? "" : " (" + call.said + ")")
+                       : ErrorText(call.code);
+}
+
 std::string EntryText(const Json& entry) {
     const auto kind = entry.at("kind").get<std::string>();
     const auto name = entry.at("name").get<std::string>();
@@ -75,6 +80,19 @@ Json TimelineLines(const Json& timeline) {
     return lines;
 }
 
+Json TimelineEntry(double at, const char* kind, const std::string& name, const std::string& what) {
+    return {{"at", at}, {"kind", kind}, {"name", name}, {"what", what}, {"why", nullptr}};
+}
+
+std::string LineOf(const std::vector<std::wstring>& command) {
+    std::string line;
+    for (const std::wstring& word : command) {
+        const bool isPlain = !word.empty() && word.find(L' ') == std::wstring::npos;
+        line.append(line.empty() ? "" : " ").append(isPlain ? Printable(word) : Quoted(word));
+    }
+    return line;
+}
+
 Json CallRecords(const std::vector<ClusterCall>& calls) {
     Json records = Json::array();
     for (const ClusterCall& call : calls) {
@@ -87,7 +105,7 @@ Json CallLines(const std::vector<ClusterCall>& calls) {
     Json lines = Json::array();
     for (const ClusterCall& call : calls) {
         if (call.changes) {
-            lines.push_back(call.text + (call.code == 0 ? "" : ": " + ErrorText(call.code)));
+            lines.push_back(call.text + (call.code == 0 ? "" : ": " + FailureText(call)));
         }
     }
     const size_t asking = calls.size() - lines.size();

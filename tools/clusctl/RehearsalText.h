@@ -17,6 +17,12 @@ Json LinesOf(const std::string& text);
 // Records of a time line as lines: "    12.500  group EVS1 is on NODE2".
 Json TimelineLines(const Json& timeline);
 
+// An entry of its own in the time line: an event, or how a command begins and ends.
+Json TimelineEntry(double at, const char* kind, const std::string& name, const std::string& what);
+
+// A command as people write it: words with blanks in quotes.
+std::string LineOf(const std::vector<std::wstring>& command);
+
 // The calls as records: "call", "text", "code", "changes".
 Json CallRecords(const std::vector<ClusterCall>& calls);
 

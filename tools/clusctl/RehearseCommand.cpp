@@ -4,16 +4,18 @@
 #include "ClusterRehearsal.h"
 #include "CommandLine.h"
 #include "ModelInUse.h"
-#include "RehearsalSweep.h"
+#include "Password.h"
 #include "RehearsalText.h"
 #include "RehearsedModel.h"
 #include "RehearsedRun.h"
-#include "SnapshotCommand.h"
 #include "Stream.h"
 #include "Text.h"
+#include "VcsModel.h"
+#include "VcsRehearsal.h"
 
 #include "common/Environment.h"
 #include "common/Files.h"
+#include "common/TemporaryFolder.h"
 
 #include <algorithm>
 #include <memory>
@@ -31,11 +33,6 @@ struct RehearseOptions {
     std::wstring save;
     Words command;
 };
-
-const Columns NodeColumns = {{"name", "NODE"}, {"stateBefore", "BEFORE"}, {"stateAfter", "AFTER"}};
-const Columns ServerColumns = {{"name", "SERVER"},         {"address", "ADDRESS"},      {"nodeBefore", "NODE BEFORE"},
-                               {"onlineBefore", "ONLINE"}, {"nodeAfter", "NODE AFTER"}, {"onlineAfter", "ONLINE"}};
-const Columns DownColumns = {{"name", "STAYS DOWN"}, {"group", "GROUP"}, {"state", "STATE"}, {"reason", "WHY"}};
 
 typedef std::function<void(CommandLine&)> AddAll;
 
@@ -74,188 +71,48 @@ Answering KindOfCommand(const Words& words, const AddAll& addAll) {
     return commandLine.Asked();
 }
 
-// Which servers are where, before and after.
-Json ServerRows(const Json& nodes) {
-    Json rows = Json::array();
-    const auto rowOf = [&rows](const Json& server) -> Json& {
-        for (Json& row : rows) {
-            if (row.at("name") == server.at("name")) {
-                return row;
-            }
-        }
-        rows.push_back({{"name", server.at("name")},
-                        {"address", server.at("address")},
-                        {"nodeBefore", nullptr},
-                        {"onlineBefore", nullptr},
-                        {"nodeAfter", nullptr},
-                        {"onlineAfter", nullptr}});
-        return rows.back();
-    };
-    for (const Json& node : nodes) {
-        for (const Json& server : node.at("serversBefore")) {
-            Json& row = rowOf(server);
-            row["nodeBefore"] = node.at("name");
-            row["onlineBefore"] = server.at("online");
-        }
-    }
-    for (const Json& node : nodes) {
-        for (const Json& server : node.at("serversAfter")) {
-            Json& row = rowOf(server);
-            row["nodeAfter"] = node.at("name");
-            row["onlineAfter"] = server.at("online");
-        }
-    }
-    return rows;
+// Throws WrongUsage.
+FaultTexts CompletedFaults(const Rehearsal& rehearsal, const std::vector<std::string>& faults) {
+    FaultTexts completed;
+    std::transform(faults.begin(), faults.end(), std::back_inserter(completed),
+                   [&rehearsal](const std::string& fault) { return rehearsal.CompletedFault(fault); });
+    return completed;
 }
 
-Json DifferenceLines(const Json& before, const Json& after) {
-    Json lines = Json::array();
-    for (const std::string& line : ModelDifference(before, after)) {
-        lines.push_back(line);
-    }
-    if (!lines.empty()) {
-        lines.insert(lines.begin(), {"--- before", "+++ after"});
-    }
-    return lines;
-}
-
-// With the default code where a fault has none. Throws WrongUsage.
-FaultTexts CheckedFaults(const std::vector<std::string>& faults) {
-    FaultTexts checked;
-    for (const std::string& fault : faults) {
-        const std::string call = fault.substr(0, fault.find_first_of("@#="));
-        const std::string coded = fault + "=" + std::to_string(UsualCodeOf(call));
-        if (!ClusterSimulator::IsFault(fault) && !ClusterSimulator::IsFault(coded)) {
-            throw WrongUsage("--fail: " + Quoted(fault) +
-                             " is no fault like CALL, CALL#N or CALL#N=CODE of a call of " +
-                             "the cluster that the simulator knows");
-        }
-        checked.push_back(ClusterSimulator::IsFault(fault) ? fault : coded);
-    }
-    return checked;
-}
-
-struct CallFilter {
-    std::string call;
-    std::string occurrence; // empty: all
-    std::string code;       // empty: the usual one
-};
-
-CallFilter FilterOf(const std::string& fault) {
-    const std::size_t equals = fault.find('=');
-    const std::string place = fault.substr(0, equals);
-    const std::size_t number = place.find('#');
-    if (place.find('@') != std::string::npos) {
-        throw WrongUsage("--each-call-fails: a call is named without an object: " + Quoted(fault));
-    }
-    return {place.substr(0, number), number == std::string::npos ? "" : place.substr(number + 1),
-            equals == std::string::npos ? "" : fault.substr(equals + 1)};
-}
-
-// One for each call of the run without a failure; --fail names some of them, and their codes.
-std::vector<SweepStep> StepsOf(const std::vector<ClusterCall>& calls, const std::vector<std::string>& faults) {
-    std::vector<CallFilter> filters;
-    std::transform(faults.begin(), faults.end(), std::back_inserter(filters), &FilterOf);
-    std::vector<SweepStep> steps;
-    for (std::size_t i = 0; i < calls.size(); ++i) {
-        const ClusterCall& call = calls[i];
-        const std::string occurrence = std::to_string(call.occurrence);
-        const auto filter = std::find_if(filters.begin(), filters.end(), [&](const CallFilter& candidate) {
-            return candidate.call == call.call && (candidate.occurrence.empty() || candidate.occurrence == occurrence);
-        });
-        if (filters.empty() || filter != filters.end()) {
-            const std::string code =
-                filters.empty() || filter->code.empty() ? std::to_string(UsualCodeOf(call.call)) : filter->code;
-            std::string fault = call.call;
-            fault.append("#").append(occurrence).append("=").append(code);
-            steps.push_back({i + 1, call.text, std::move(fault)});
-        }
-    }
-    return steps;
-}
-
-std::string MessageOf(const ProgramResult& result) {
-    const Json document = Json::parse(result.output, nullptr, false);
-    const bool hasFailed = document.is_object() && document.contains("error");
-    return hasFailed ? document.at("error").at("message").get<std::string>() : std::string();
-}
-
-class SweptCopy : public SweptRehearsal {
-public:
-    SweptCopy(const Json& before, const Json& wanted, const Words& command, const std::string& fault,
-              const std::wstring& rehearsed)
-        : m_before(before), m_wanted(wanted), m_run(before, command, {fault}, rehearsed, true) {
-    }
-    const ChildProgram& Program() const override {
-        return m_run.Program();
-    }
-    SweepRun Finish() override {
-        const CopyResult result = m_run.Finish();
-        const Json end = ComparableEnd(m_before, Settled(result.model));
-        SweepRun run;
-        run.exitCode = result.program.exitCode;
-        run.message = MessageOf(result.program);
-        const bool isAsBefore = end == ComparableEnd(m_before, m_before);
-        const bool isAsWanted = end == ComparableEnd(m_before, m_wanted);
-        if (isAsWanted && (!isAsBefore || run.exitCode == 0)) { // a restart wants what was before
-            run.ending = Ending::AsWanted;
-        } else if (isAsBefore) {
-            run.ending = Ending::AsBefore;
-        }
-        return run;
-    }
-
-private:
-    const Json& m_before;
-    const Json& m_wanted;
-    CopyRun m_run;
-};
-
-Report SweepCalls(const LogCapture& log, ClusterRehearsal& rehearsal, const RehearseOptions& options) {
+Report SweepCalls(const LogCapture& log, Rehearsal& rehearsal, const RehearseOptions& options) {
     const Words& command = options.command;
-    const Json before = rehearsal.Model();
-    const CopyResult& plain = rehearsal.Run(command, {}, true);
+    const RehearsedCommand plain = rehearsal.Run(command, {}, true);
     if (!rehearsal.Settle()) {
         throw Failure("something goes on in the cluster an hour after the command: there is no end to compare with");
     }
-    const std::vector<SweepStep> steps = StepsOf(plain.calls, options.faults);
-    const Json wanted = rehearsal.Model();
+    const std::vector<SweepStep> steps =
+        SweepSteps(plain.calls, options.faults,
+                   [&rehearsal](const std::string& fault) { return rehearsal.CompletedFault(fault); });
     Report report;
-    AddSweep(report, Sweep(log, steps, [&](const SweepStep& step) {
-                 return std::make_unique<SweptCopy>(before, wanted, command, step.fault, rehearsal.Rehearsed());
-             }));
+    AddSweep(report, Sweep(log, steps, [&](const SweepStep& step) { return rehearsal.RunAgain(command, step.fault); }));
     report.AddMember("plain", {{"exitCode", plain.program.exitCode}, {"calls", plain.calls.size()}});
     return report;
 }
 
-void AddCommand(Report& report, const Words& command, const CopyResult& result, bool isJson) {
-    std::string line;
-    for (const std::wstring& word : command) {
-        line += (line.empty() ? "" : " ") + (word.find(L' ') == std::wstring::npos ? Printable(word) : Quoted(word));
-    }
-    const Json answer = isJson ? Json::parse(result.program.output, nullptr, false) : Json();
-    Json shown = LinesOf(result.program.output);
-    for (const Json& error : LinesOf(result.program.errors)) {
+void AddCommand(Report& report, const Words& command, const ProgramResult& result, bool isJson) {
+    const Json answer = isJson ? Json::parse(result.output, nullptr, false) : Json();
+    Json shown = LinesOf(result.output);
+    for (const Json& error : LinesOf(result.errors)) {
         shown.push_back(error);
     }
-    const unsigned long code = result.program.exitCode;
+    const unsigned long code = result.exitCode;
     report.AddSentence("command",
-                       {{"line", line},
+                       {{"line", LineOf(command)},
                         {"exitCode", code},
                         {"answer", answer.is_object() ? answer : Json()},
-                        {"output", answer.is_object() ? Json() : Json(result.program.output)},
-                        {"errors", result.program.errors}},
+                        {"output", answer.is_object() ? Json() : Json(result.output)},
+                        {"errors", result.errors}},
                        TitledBlock("The command ends with exit code " + std::to_string(code) + ":", shown, "nothing"));
     report.EndWith(static_cast<ExitCode>(code));
 }
 
-void AddCalls(Report& report, const std::vector<ClusterCall>& calls) {
-    report.AddSentence("calls", CallRecords(calls), TitledBlock("Calls of the cluster:", CallLines(calls), "none"));
-}
-
-void AddDifference(Report& report, const ClusterRehearsal& rehearsal) {
-    const Json lines = DifferenceLines(rehearsal.Before(), rehearsal.Model());
-    report.AddSentence("difference", lines, TitledBlock("Change of the configuration:", lines, "none"));
+void AddCalls(Report& report, const Rehearsal& rehearsal, const std::vector<ClusterCall>& calls) {
+    report.AddSentence("calls", CallRecords(calls), TitledBlock(rehearsal.TitleOfCalls(), CallLines(calls), "none"));
 }
 
 void WarnOfFaultsNotMet(Report& report, const FaultTexts& faults, const std::vector<ClusterCall>& calls) {
@@ -272,13 +129,13 @@ void WarnOfFaultsNotMet(Report& report, const FaultTexts& faults, const std::vec
     }
 }
 
-void Save(Report& report, const std::wstring& file, const Json& model) {
-    if (file.empty()) {
+void Save(Report& report, const std::wstring& path, const Rehearsal& rehearsal) {
+    if (path.empty()) {
         report.AddMember("saved", nullptr);
         return;
     }
-    WriteModel(file, model);
-    report.AddSentence("saved", file, "Wrote " + Printable(file) + ": the cluster as it is then.");
+    rehearsal.Save(path);
+    report.AddSentence("saved", path, "Wrote " + Printable(path) + ": the cluster as it is then.");
 }
 
 void AddTimeline(Report& report, const Json& timeline) {
@@ -287,7 +144,7 @@ void AddTimeline(Report& report, const Json& timeline) {
 }
 
 // What came before an event that is refused is shown.
-void Happen(ClusterRehearsal& rehearsal, const RehearsalEvent& event) {
+void Happen(Rehearsal& rehearsal, const RehearsalEvent& event) {
     try {
         rehearsal.Happen(event);
     } catch (const Failure& failure) {
@@ -297,83 +154,106 @@ void Happen(ClusterRehearsal& rehearsal, const RehearsalEvent& event) {
     }
 }
 
-Report RehearseModel(const LogCapture& log, const RehearseOptions& options, bool isJson) {
-    const std::vector<RehearsalEvent> events = ParseEvents(options.events);
-    const FaultTexts faults = CheckedFaults(options.faults);
-    ClusterRehearsal rehearsal(ReadModelFile(NamedModel()), NameOfSource());
-    for (const RehearsalEvent& event : events) {
-        Happen(rehearsal, event);
+std::unique_ptr<Rehearsal> Begin(Answering asked) {
+    if (asked == Answering::Vcs) {
+        return std::make_unique<VcsRehearsal>(common::EnvironmentVariable(VcsVariable), NameOfSource());
+    }
+    return std::make_unique<ClusterRehearsal>(ReadModelFile(NamedModel()), NameOfSource());
+}
+
+Report RehearseModel(const LogCapture& log, const RehearseOptions& options, const CommandLine& commandLine) {
+    const bool isJson = commandLine.Shared().json;
+    const std::unique_ptr<Rehearsal> rehearsal = Begin(commandLine.Asked());
+    const FaultTexts faults = CompletedFaults(*rehearsal, options.faults);
+    for (const RehearsalEvent& event : ParseEvents(options.events, commandLine.Asked())) {
+        Happen(*rehearsal, event);
     }
     if (options.eachCallFails) {
-        return SweepCalls(log, rehearsal, options);
+        return SweepCalls(log, *rehearsal, options);
     }
     Report report;
-    const CopyResult* result = nullptr;
+    RehearsedCommand command;
     if (!options.command.empty()) {
-        result = &rehearsal.Run(options.command, faults, isJson);
-        WarnOfFaultsNotMet(report, faults, result->calls);
+        command = rehearsal->Run(options.command, faults, isJson);
+        WarnOfFaultsNotMet(report, faults, command.calls);
     }
-    if (!rehearsal.Settle()) {
+    if (!rehearsal->Settle()) {
         report.AddWarning("something still goes on in the cluster after an hour: 'wait' lets more time pass");
     }
-    const Json nodes = rehearsal.Nodes(report);
-    const Json timeline = rehearsal.Timeline();
-    AddTimeline(report, timeline);
-    report.AddTable("nodes", nodes, NodeColumns, "The cluster has no nodes.");
-    report.AddTable("servers", ServerRows(nodes), ServerColumns, "No node serves a server, before or after.");
-    report.AddTable("down", StaysDown(rehearsal.Before(), rehearsal.Model(), timeline), DownColumns,
-                    "Nothing stays down that was online or is to be.");
-    AddDifference(report, rehearsal);
-    if (result != nullptr) {
-        AddCalls(report, result->calls);
-        AddCommand(report, options.command, *result, isJson);
+    AddTimeline(report, rehearsal->Timeline());
+    rehearsal->TellCluster(report);
+    rehearsal->TellDifference(report);
+    if (!options.command.empty()) {
+        AddCalls(report, *rehearsal, command.calls);
+        AddCommand(report, options.command, command.program, isJson);
     } else {
         report.AddMember("calls", Json::array());
         report.AddMember("command", nullptr);
     }
-    Save(report, options.save, rehearsal.Model());
+    Save(report, options.save, *rehearsal);
     return report;
 }
 
-Report DryRun(const Words& command, bool isJson) {
-    ClusterRehearsal rehearsal(ReadModelFile(NamedModel()), NameOfSource());
-    const CopyResult& result = rehearsal.Run(command, {}, isJson);
+Report DryRun(const Words& words, const CommandLine& commandLine) {
+    const bool isJson = commandLine.Shared().json;
+    const std::unique_ptr<Rehearsal> rehearsal = Begin(commandLine.Asked());
+    const RehearsedCommand command = rehearsal->Run(words, {}, isJson);
     Report report;
-    if (!rehearsal.Settle()) {
+    if (!rehearsal->Settle()) {
         report.AddWarning("something still goes on in the cluster after an hour");
     }
-    AddCalls(report, result.calls);
-    AddDifference(report, rehearsal);
-    AddCommand(report, command, result, isJson);
+    AddCalls(report, *rehearsal, command.calls);
+    rehearsal->TellDifference(report);
+    AddCommand(report, words, command.program, isJson);
     return report;
+}
+
+void WarnOfCopy(const std::vector<std::string>& sentences) {
+    for (const std::string& sentence : sentences) {
+        Stream(STD_ERROR_HANDLE).Write("clusctl: warning: of the copy: " + sentence + "\n");
+    }
+}
+
+// Writes what the cluster of this computer is like into the folder. The model's path.
+std::wstring CopyLive(const LogCapture& log, Answering asked, const common::TemporaryFolder& folder) {
+    if (asked == Answering::Vcs) {
+        const VcsModel model = ReadVcsModel(log, VcsModelSource());
+        WarnOfCopy(model.doubts);
+        for (const VcsModel::File& file : model.files) {
+            common::WriteWholeFile(folder.File(file.name), file.bytes);
+        }
+        return folder.Path();
+    }
+    Report unread;
+    const Json model = ReadClusterModel(log, unread);
+    WarnOfCopy(unread.Warnings());
+    const std::wstring path = folder.File(L"model.json");
+    common::WriteWholeFile(path, common::DumpJson(Essence(model)));
+    return path;
 }
 
 // The cluster of this computer is read, and written into a file, on which the same command line is run again.
 Report RehearseLive(const LogCapture& log, const CommandLine& commandLine) {
-    Report unread;
-    const Json model = ReadClusterModel(log, unread);
-    for (const std::string& warning : unread.Warnings()) {
-        Stream(STD_ERROR_HANDLE).Write("clusctl: warning: of the copy: " + warning + "\n");
-    }
-    const std::wstring simulated = common::EnvironmentVariable(L"CLUSSIM_FILE");
+    const bool isVcs = commandLine.Asked() == Answering::Vcs;
+    const std::wstring simulated = common::EnvironmentVariable(isVcs ? VcsVariable : ClusterVariable);
     std::unique_ptr<common::TemporaryFolder> folder;
-    std::wstring file;
+    std::wstring model;
     try {
         folder = std::make_unique<common::TemporaryFolder>(L"clusctl");
-        file = folder->File(L"model.json");
-        common::WriteWholeFile(file, common::DumpJson(Essence(model)));
+        model = CopyLive(log, commandLine.Asked(), *folder);
     } catch (const common::FileError& error) {
         throw Failure::OfCode("cannot write the private copy " + Quoted(error.Path()), error.Code());
     }
-    Words words = {L"--model", file};
+    Words words = {L"--model", model};
     for (const std::string& argument : commandLine.Arguments()) {
         words.push_back(common::ToUtf16(argument));
     }
     const ChildProgram again(OwnPath(), words,
                              {{RehearsedVariable, simulated.empty() ? L"this computer's cluster" : simulated},
                               {L"CLUSSIM_JOURNAL", L""},
-                              {L"CLUSSIM_FAULTS", L""}},
-                             L"");
+                              {L"CLUSSIM_FAULTS", L""},
+                              {L"VCSSIM_JOURNAL", L""}},
+                             L"", GivenPassword());
     return Report::Printed(static_cast<ExitCode>(again.Finish().exitCode));
 }
 
@@ -388,16 +268,12 @@ Report Rehearse(const LogCapture& log, const RehearseOptions& options, const Com
     if (options.eachCallFails && !options.save.empty()) {
         throw WrongUsage("--each-call-fails has many ends: --save takes one");
     }
-    ParseEvents(options.events); // nothing is begun with wrong ones
+    ParseEvents(options.events, commandLine.Asked()); // nothing is begun with wrong ones
     const Answering asked = options.command.empty() ? Answering::Either : KindOfCommand(options.command, addAll);
     if (asked != Answering::Either && asked != commandLine.Asked()) {
         throw WrongUsage("the command to be rehearsed asks the other kind of cluster");
     }
-    if (commandLine.Asked() == Answering::Vcs) {
-        throw Failure(Errors::NotPossible, "only failover clusters can be rehearsed");
-    }
-    return NamedModel().empty() ? RehearseLive(log, commandLine)
-                                : RehearseModel(log, options, commandLine.Shared().json);
+    return NamedModel().empty() ? RehearseLive(log, commandLine) : RehearseModel(log, options, commandLine);
 }
 
 } // namespace
@@ -432,6 +308,6 @@ void AddRehearseCommand(CommandLine& commandLine, const AddAll& addAll) {
         return isTold ? Answering::Either : KindOfCommand(options->command, addAll);
     });
     commandLine.AddDryRuns([&commandLine](const LogCapture& log, const Words& words) {
-        return NamedModel().empty() ? RehearseLive(log, commandLine) : DryRun(words, commandLine.Shared().json);
+        return NamedModel().empty() ? RehearseLive(log, commandLine) : DryRun(words, commandLine);
     });
 }

@@ -1,7 +1,9 @@
 #include "RehearsedRun.h"
 
 #include "ClusterSimulator.h"
+#include "SimulatedServices.h"
 #include "SimulatedTime.h"
+#include "VcsCopy.h"
 
 #include "common/Environment.h"
 #include "common/Files.h"
@@ -16,6 +18,7 @@ namespace {
 
 std::wstring g_folder;
 std::wstring g_rehearsed;
+bool g_tells = false; // what was done to a failover cluster
 
 std::wstring Take(const wchar_t* name) {
     std::wstring value = common::EnvironmentVariable(name);
@@ -34,19 +37,30 @@ RehearsedRun::RehearsedRun(bool hasModel) {
     }
 }
 
-void RehearsedRun::Begin() {
+void RehearsedRun::Begin(Answering asked) {
     if (!IsOne()) {
         return;
     }
-    if (ClusterSimulator::IsLoaded()) {
+    if (asked == Answering::Vcs) {
+        const std::wstring copy = common::EnvironmentVariable(VcsVariable);
+        SimulatedServices::Begin(copy);
+        SimulatedTime::Begin([copy, rest = 0U](unsigned milliseconds) mutable {
+            rest += milliseconds;
+            if (rest >= 1000) { // its clock knows whole seconds
+                VcsCopy::LetPass(copy, rest / 1000);
+                rest %= 1000;
+            }
+        });
+    } else if (ClusterSimulator::IsLoaded()) {
         ClusterSimulator::RecordEvents();
         ClusterSimulator::RecordCalls();
         SimulatedTime::Begin(&ClusterSimulator::AdvanceClock);
+        g_tells = true;
     }
 }
 
 RehearsedRun::~RehearsedRun() {
-    if (!IsOne() || !SimulatedTime::IsInForce()) {
+    if (!g_tells) {
         return;
     }
     try {

@@ -2,6 +2,8 @@
 #ifndef CLUSCTL_REHEARSEDRUN_H
 #define CLUSCTL_REHEARSEDRUN_H
 
+#include "Simulation.h"
+
 #include <string>
 
 // The folder in which such a process writes what it did. Only together with --model.
@@ -14,13 +16,13 @@ class RehearsedRun {
 public:
     // Takes both variables out of the environment. Nothing else happens without them, or without --model.
     explicit RehearsedRun(bool hasModel);
-    // Writes what has been done into the folder.
+    // Writes what has been done to a failover cluster into the folder.
     ~RehearsedRun();
     RehearsedRun(const RehearsedRun&) = delete;
     RehearsedRun& operator=(const RehearsedRun&) = delete;
 
     // To be called when the simulator is loaded, and the library.
-    void Begin();
+    void Begin(Answering asked);
 
     static bool IsOne();
 

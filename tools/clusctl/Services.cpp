@@ -2,6 +2,7 @@
 
 #include "Deadline.h"
 #include "Progress.h"
+#include "SimulatedServices.h"
 #include "StateNames.h"
 #include "Text.h"
 
@@ -13,6 +14,10 @@ const char Running[] = "running";
 } // namespace
 
 std::string ServiceStateHere(const std::wstring& service) {
+    if (SimulatedServices::AreInForce()) {
+        const bool runs = SimulatedServices::IsRunning(service);
+        return runs ? Running : SimulatedServices::IsInstalled(service) ? "stopped" : NotInstalled;
+    }
     std::string state = NotInstalled;
     const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
     const SC_HANDLE handle =

@@ -60,7 +60,7 @@ VcsFolder::VcsFolder() : m_former(CurrentFolder()) {
 VcsFolder::~VcsFolder() {
     SetCurrentDirectoryW(m_former.c_str()); // the system keeps a folder that is the current one
     for (const Variable& variable : m_variables) {
-        if (common::EnvironmentVariable(variable.name) == variable.absolute) { // no rehearsal has set it since
+        if (common::EnvironmentVariable(variable.name) == variable.absolute) {
             SetEnvironmentVariableW(variable.name, variable.given.c_str());
         }
     }
@@ -69,6 +69,11 @@ VcsFolder::~VcsFolder() {
 
 std::wstring VcsFolder::CallersFolder() {
     return g_former.empty() ? CurrentFolder() : g_former;
+}
+
+std::wstring VcsFolder::FromCaller(const std::wstring& path) {
+    const bool isRelative = path.find(L':') == std::wstring::npos && path.find_first_of(L"\\/") != 0;
+    return isRelative ? common::FullPath(CallersFolder() + L"\\" + path) : common::FullPath(path);
 }
 
 void VcsFolder::NameAbsolutely(const wchar_t* variable) {

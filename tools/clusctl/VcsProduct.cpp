@@ -5,9 +5,7 @@
 #include "Progress.h"
 #include "Services.h"
 #include "Text.h"
-#include "VcsDryRun.h"
 #include "VcsMode.h"
-#include "VcsRehearsal.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTools.h"
@@ -111,12 +109,9 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
     return name;
 }
 
-Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options, const VcsDryRun* dryRun) {
+Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options) {
     Plan plan;
     plan.info = FindVcsServer(log, options.group);
-    if (dryRun != nullptr) {
-        dryRun->RequireSimulator();
-    }
     plan.before = ListVcsResources(log);
     plan.info.sMountResName = ChosenMount(log, options, plan.info.sGroupName);
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
@@ -151,7 +146,7 @@ void CreateSet(const LogCapture& log, const ProductCreateOptions& options, Plan&
     plan.password.Forget();
 }
 
-// As the library does it in a group that is online. A rehearsal has no service to wait for.
+// As the library does it in a group that is online.
 void SwitchSetOn(const LogCapture& log, const ProductCreateOptions& options, const CVeritasVirtualServerInfo& info) {
     if (!info.bGroupOnline) {
         return;
@@ -162,7 +157,7 @@ void SwitchSetOn(const LogCapture& log, const ProductCreateOptions& options, con
             const Progress progress(log, DescribeProgress(log));
             CVeritasCluster().TurnOnOrOffResource(name.c_str(), info.sOnlineNode.c_str(), true);
         }
-        if (name == info.sHostServiceResName && !options.isDryRun) {
+        if (name == info.sHostServiceResName) {
             AwaitService(log, HostService, static_cast<std::uint32_t>(options.delayOnline));
         }
     }
@@ -286,7 +281,7 @@ void WarnOfWhatIsNotOn(const LogCapture& log, const ProductCreateOptions& option
     if (!info.bGroupOnline) {
         return;
     }
-    const bool isAwaited = !options.isDryRun && options.delayOnline > 0;
+    const bool isAwaited = options.delayOnline > 0;
     const bool isRunning = isAwaited && IsRunningHere(HostService);
     for (const Member& member : MembersOf(options, info)) {
         if (!member.service.empty()) {
@@ -307,28 +302,22 @@ Json ProductRecord(const std::wstring& name, const std::wstring& service, bool e
 
 Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options) {
     CheckOptions(options);
-    std::unique_ptr<const VcsDryRun> dryRun;
-    if (options.isDryRun) {
-        dryRun = std::make_unique<const VcsDryRun>();
-    }
-    Plan plan = MakePlan(log, options, dryRun.get());
+    Plan plan = MakePlan(log, options);
     const ToolWatch watch(log);
-    const auto begun = [&]() { return dryRun == nullptr ? Report() : RehearsalReport(watch.Runs(), *dryRun); };
     Report report;
     try {
         CreateSet(log, options, plan);
         SwitchSetOn(log, options, plan.info);
-        report = begun();
         report = OpenConfiguration::Tell(
             log, watch, options.opens, "the product's resources of " + Quoted(options.group) + " are set up", [&]() {
-                Report told = report;
+                Report told;
                 told.AddTable("resources", ResultOf(log, options, plan, watch), ProductColumns, std::string());
                 return told;
             });
         WarnOfWhatIsNotOn(log, options, plan.info, report);
     } catch (const Failure& failure) {
         // Only now: what the tools did last belongs to it.
-        report = begun();
+        report = Report();
         report.AddTable("resources", WhatThereIs(log, options, plan), ProductColumns, std::string());
         throw FailureWithReport(failure, report);
     }

@@ -19,7 +19,6 @@ struct ProductCreateOptions {
     int delayOnline = 600;
     int delayOffline = 600;
     bool opens = false;
-    bool isDryRun = false;
 };
 
 // Throws Failure, or WrongUsage before anything is changed.

@@ -268,8 +268,6 @@ void AddCreate(CommandLine& commandLine, CLI::App& family) {
         ->type_name("SECONDS")
         ->check(CLI::Range(0, static_cast<int>(LongestTimeout)).description(""));
     OpenConfiguration::AddOption(command, options->opens);
-    command.add_flag("--dry-run", options->isDryRun,
-                     "Work on a copy of the VCS simulator's configuration, and show commands and change");
 }
 
 void AddAdding(CommandLine& commandLine, CLI::App& family) {
@@ -311,8 +309,6 @@ void AddDelete(CommandLine& commandLine, CLI::App& family) {
         ->type_name("SECONDS")
         ->check(CLI::Range(1U, LongestTimeout).description(""));
     OpenConfiguration::AddOption(command, options->opens);
-    command.add_flag("--dry-run", options->isDryRun,
-                     "Work on a copy of the VCS simulator's configuration, and show commands and change");
 }
 
 void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {

@@ -2,10 +2,8 @@
 
 #include "Progress.h"
 #include "Text.h"
-#include "VcsDryRun.h"
 #include "VcsMode.h"
 #include "VcsProduct.h"
-#include "VcsRehearsal.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTools.h"
@@ -142,29 +140,13 @@ Json Results(const LogCapture& log, const std::wstring& group, const Members& me
     return records;
 }
 
-Report Begun(const ToolWatch& watch, const VcsDryRun* dryRun) {
-    if (dryRun == nullptr) {
-        return Report();
-    }
-    std::vector<ToolRun> changes = watch.Runs();
-    changes.erase(std::remove_if(changes.begin(), changes.end(), std::mem_fn(&ToolRun::IsQuestion)), changes.end());
-    return RehearsalReport(changes, *dryRun);
-}
-
 } // namespace
 
 Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& options) {
     const std::wstring& group = options.group;
     const std::string what = "cannot delete the product's resources of " + Quoted(group);
-    std::unique_ptr<const VcsDryRun> dryRun;
-    if (options.isDryRun) {
-        dryRun = std::make_unique<const VcsDryRun>();
-    }
     if (!Contains(ListVcsGroups(log), group)) {
         throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
-    }
-    if (dryRun != nullptr) {
-        dryRun->RequireSimulator();
     }
     const Members members = FindMembers(log, group);
     RequireNoOtherDependants(members, what);
@@ -173,10 +155,10 @@ Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& optio
     }
     const ToolWatch watch(log);
     const auto report = [&]() {
-        Report begun = Begun(watch, dryRun.get());
-        begun.AddTable("resources", Results(log, group, members), ProductColumns,
-                       "The group holds none of the product's resources; nothing was deleted.");
-        return begun;
+        Report told;
+        told.AddTable("resources", Results(log, group, members), ProductColumns,
+                      "The group holds none of the product's resources; nothing was deleted.");
+        return told;
     };
     if (members.empty()) {
         return report();

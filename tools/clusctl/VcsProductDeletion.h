@@ -12,7 +12,6 @@ struct ProductDeleteOptions {
     std::wstring group;
     std::uint32_t timeout = 120; // seconds; for all resources together to go offline
     bool opens = false;
-    bool isDryRun = false;
 };
 
 // Throws Failure before anything is changed, FailureWithReport after.

@@ -222,10 +222,6 @@ void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) con
 
 FailureWithReport InterruptedFailure(const LogCapture& log, const Report& shown) {
     Report report = shown;
-    if (report.Has("commands")) { // of a rehearsal
-        return FailureWithReport(Failure(Errors::Interrupted, "interrupted; the copy that was worked on is deleted"),
-                                 report);
-    }
     const std::vector<ToolRun> runs = log.Tools().Since(0);
     const ToolRun* lastMode = nullptr;
     Json commands = Json::array();

@@ -170,9 +170,10 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
         marker = std::make_unique<const RunMarker>(commandLine.ChosenName() +
                                                    (commandLine.OpensConfiguration() ? " --rw" : ""));
     }
-    const bool isVcs = commandLine.Asked() == Answering::Vcs;
+    const bool asksVcs = commandLine.Asked() == Answering::Vcs;
+    const bool isVcs = asksVcs && !commandLine.IsRehearsal(); // whose tools change a copy only
     std::unique_ptr<const VcsFolder> folder;
-    if (isVcs) {
+    if (asksVcs) {
         folder = std::make_unique<const VcsFolder>();
     }
     Report report;
@@ -201,7 +202,10 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
         if (isVcs) {
             throw InterruptedFailure(log, Report());
         }
-        throw FailureWithReport(Failure(Errors::Interrupted, "interrupted, but the work was done by then"), report);
+        throw FailureWithReport(Failure(Errors::Interrupted, commandLine.IsRehearsal()
+                                                                 ? "interrupted; the copy that was worked on is deleted"
+                                                                 : "interrupted, but the work was done by then"),
+                                report);
     }
     return report;
 }
@@ -246,7 +250,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     const SharedOptions& shared = commandLine.Shared();
     RehearsedRun rehearsedRun(!shared.model.empty());
     Prepare(commandLine);
-    rehearsedRun.Begin();
+    rehearsedRun.Begin(commandLine.Asked());
     RequireNamedSimulators(commandLine.Asked());
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
