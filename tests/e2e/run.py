@@ -612,7 +612,8 @@ def check_demo(runner):
     folder = runner.work / "demo in a folder with blanks"
     shutil.rmtree(folder, ignore_errors=True)
     (folder / "bin dir").mkdir(parents=True)
-    for file in [runner.bin / "clusctl.exe", *(runner.bin / f"{tool}.exe" for tool in VCS_TOOLS), *runner.bin.glob("*.dll")]:
+    tools = (f"{tool}.exe" for tool in (*VCS_TOOLS, "vcssim"))
+    for file in [runner.bin / "clusctl.exe", *(runner.bin / tool for tool in tools), *runner.bin.glob("*.dll")]:
         os.link(file, folder / "bin dir" / file.name)
     shutil.copytree(EXAMPLES, folder / "examples")
     done = subprocess.run([str(folder / "examples" / "demo.sh"), str(folder / "bin dir"), *runner.wine()], cwd=folder,

@@ -16,16 +16,13 @@ public:
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
     std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const override;
     bool Settle() override;
-    const Json& Timeline() const override {
-        return m_timeline;
+    const char* TitleOfCalls() const override {
+        return "Calls of the cluster:";
     }
     void TellCluster(Report& report) override;
     void TellDifference(Report& report) const override;
     void Save(const std::wstring& path) const override;
     std::string CompletedFault(const std::string& fault) const override;
-    const char* TitleOfCalls() const override {
-        return "Calls of the cluster:";
-    }
 
 private:
     void TakeEvents(const ClusterEvents& events);
@@ -40,7 +37,6 @@ private:
     Json m_beforeCommand = Json::object(); // where Run began
     Json m_model = Json::object();         // by now
     std::int64_t m_start = 0;
-    Json m_timeline = Json::array();
 };
 
 #endif

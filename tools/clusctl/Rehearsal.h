@@ -36,7 +36,9 @@ public:
     virtual bool Settle() = 0;
 
     // What the cluster did: "at" (seconds), "kind", "name", "what", "why".
-    virtual const Json& Timeline() const = 0;
+    const Json& Timeline() const {
+        return m_timeline;
+    }
 
     // Adds the nodes and servers, before and by now, and what stays down.
     virtual void TellCluster(Report& report) = 0;
@@ -52,6 +54,9 @@ public:
 
     // What the calls are, as people are told: "Calls of the cluster:".
     virtual const char* TitleOfCalls() const = 0;
+
+protected:
+    Json m_timeline = Json::array();
 };
 
 #endif

@@ -14,16 +14,13 @@ public:
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
     std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const override;
     bool Settle() override;
-    const Json& Timeline() const override {
-        return m_timeline;
-    }
     void TellCluster(Report& report) override;
     void TellDifference(Report& report) const override;
-    void Save(const std::wstring& path) const override;
-    std::string CompletedFault(const std::string& fault) const override;
     const char* TitleOfCalls() const override {
         return "Runs of VCS tools:";
     }
+    void Save(const std::wstring& path) const override;
+    std::string CompletedFault(const std::string& fault) const override;
 
 private:
     void Tell(const char* kind, const std::string& name, const std::string& what);
@@ -36,7 +33,6 @@ private:
     Json m_statesBefore = Json::array();
     std::int64_t m_start = 0; // seconds, of the copy's clock
     std::size_t m_taken = 0;  // of the copy's own time line
-    Json m_timeline = Json::array();
 };
 
 #endif
