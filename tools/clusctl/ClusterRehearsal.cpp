@@ -218,6 +218,7 @@ void ClusterRehearsal::TellCluster(Report& report) {
 }
 
 void ClusterRehearsal::TellDifference(Report& report) const {
+    report.AddMember("states", nullptr); // they are part of the model
     const Json lines = DifferenceLines(m_before, m_model);
     report.AddSentence("difference", lines, TitledBlock("Change of the configuration:", lines, "none"));
 }
