@@ -78,7 +78,7 @@ Code Call::ResourceOf(Model* model, const void* handle, Resource*& resource) {
         return ERROR_INVALID_HANDLE;
     }
     if (!model) {
-        return RPC_S_SERVER_UNAVAILABLE;
+        return m_service.LostCode();
     }
     resource = model->ResourceWithId(entry->object);
     return resource ? static_cast<Code>(ERROR_SUCCESS) : static_cast<Code>(ERROR_RESOURCE_NOT_AVAILABLE);

@@ -70,6 +70,11 @@ inline JournalValue Arg(const char* name, const void* handle) {
     return JournalValue::Of(name, static_cast<long long>(reinterpret_cast<std::uintptr_t>(handle)));
 }
 
+// The owner's name as the cluster tells it.
+inline const std::wstring& OwnerName(const Group& group) {
+    return group.ownerAs.empty() ? group.owner->name : group.ownerAs;
+}
+
 // Writes the name and its terminator, nothing more: a caller may claim more room than it has. `cch` as the cluster API
 // has it: room with the terminator in, length without it out. Without a buffer it tells the length.
 Code CopyName(const std::wstring& text, LPWSTR buffer, LPDWORD cch);

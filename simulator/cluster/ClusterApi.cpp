@@ -2,10 +2,7 @@
 #include "Call.h"
 #include "ExportedApi.h"
 
-#include "common/Text.h"
-
 using namespace clussim;
-using common::Folded;
 
 namespace {
 
@@ -24,7 +21,7 @@ Handle OpenObject(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKi
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return call.NotOpened<Handle>(RPC_S_SERVER_UNAVAILABLE);
+        return call.NotOpened<Handle>(call.service().LostCode());
     }
     const std::wstring object = find(*model);
     return object.empty() ? call.NotOpened<Handle>(notFound) : call.Opened<Handle>(HandleEntry(kind, object));
@@ -46,8 +43,8 @@ HCLUSTER WINAPI OpenCluster(LPCWSTR name) {
     if (!name && !model) {
         return call.NotOpened<HCLUSTER>(EPT_S_NOT_REGISTERED);
     }
-    if (name && (!model || (Folded(name) != Folded(model->name) && !model->FindNode(name)))) {
-        return call.NotOpened<HCLUSTER>(RPC_S_SERVER_UNAVAILABLE);
+    if (name && (!model || !model->AnswersTo(name))) {
+        return call.NotOpened<HCLUSTER>(RPC_S_SERVER_UNAVAILABLE); // nothing answers to it
     }
     return call.Opened<HCLUSTER>(HandleEntry(HandleKind::Cluster));
 }
@@ -77,7 +74,7 @@ DWORD WINAPI GetClusterInformation(HCLUSTER cluster, LPWSTR name, LPDWORD cch, L
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return call.Return(RPC_S_SERVER_UNAVAILABLE);
+        return call.Return(call.service().LostCode());
     }
     if (info) {
         // The short form, of Windows NT 4, ends before dwClusterHighestVersion.

@@ -27,6 +27,7 @@ public:
     void NodeGoesDown(Node& node);
     void NodeComesUp(Node& node);
     void LoseQuorum();
+    void SetNetwork(Network& network, NetworkState state); // addresses on one that is not up fail
     void Vanish(Resource& resource); // deleted by somebody else, whatever its state is and whoever depends on it
     Code Appear(Group& group, const std::wstring& resourceName); // created by somebody else: an offline Generic Service
 

@@ -196,6 +196,7 @@ void Engine::ContinueMove(Group& group) {
 void Engine::Arrive(Group& group, Node& node) {
     m_model.isChanged = true;
     group.owner = &node;
+    group.ownerAs.clear();
     group.movingTo = nullptr;
     TerminateAll(group, ""); // a failure stays on the node where it was
     Tell("group", group.name, "is on " + ToUtf8(node.name));

@@ -113,6 +113,20 @@ void Engine::NodeComesUp(Node& node) {
     }
 }
 
+void Engine::SetNetwork(Network& network, NetworkState state) {
+    if (network.state == state) {
+        return;
+    }
+    network.state = state;
+    m_model.isChanged = true;
+    Tell("network", network.name, state == NetworkState::Up ? "comes up" : "goes down");
+    for (Resource& resource : m_model.resources) {
+        if (resource.state == StateOnline && LacksNetwork(m_model, resource)) {
+            Fail(resource);
+        }
+    }
+}
+
 void Engine::Vanish(Resource& resource) {
     Tell("resource", resource.name, "is deleted");
     while (!resource.dependants.empty()) {

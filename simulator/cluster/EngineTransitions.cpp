@@ -1,5 +1,6 @@
 // Online and offline: what goes first, what takes time, and what falls due.
 #include "Engine.h"
+#include "FailoverRules.h"
 
 #include "ModelJson.h"
 
@@ -57,33 +58,6 @@ template <typename Item> Item* FirstDue(const std::vector<Item*>& items) {
         }
     }
     return first;
-}
-
-// What a built-in type requires its resources to depend on. Since 2008 a mailbox server may do without a shared disk.
-struct Requirement {
-    const wchar_t* type;
-    const wchar_t* required;
-    int until; // the last generation of the service for which it holds
-};
-
-const Requirement Requirements[] = {
-    {L"Network Name", L"IP Address", 2008},
-    {L"Microsoft Exchange System Attendant", L"Network Name", 2008},
-    {L"Microsoft Exchange System Attendant", L"Physical Disk", 2003},
-    {L"Microsoft Exchange Information Store", L"Microsoft Exchange System Attendant", 2008},
-    {L"Microsoft Exchange SMTP Server Instance", L"Microsoft Exchange System Attendant", 2008},
-};
-
-bool IsOfType(const Resource& resource, const wchar_t* type) {
-    return common::Folded(resource.type->name) == common::Folded(type);
-}
-
-bool LacksRequired(const Model& model, const Resource& resource) {
-    return std::any_of(std::begin(Requirements), std::end(Requirements), [&](const Requirement& requirement) {
-        return model.behaviour.protocol <= requirement.until && IsOfType(resource, requirement.type) &&
-               std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
-                            [&](const Resource* provider) { return IsOfType(*provider, requirement.required); });
-    });
 }
 
 } // namespace
@@ -158,7 +132,7 @@ Code Engine::BringOnline(Resource& resource) {
         SetPending(resource, StateOnlinePending, waitsForever, start + resource.onlineMs);
         return ERROR_IO_PENDING;
     }
-    if (resource.failsOnline) {
+    if (resource.failsOnline || LacksNetwork(m_model, resource)) {
         HasFailed(resource);
         return ERROR_RESMON_ONLINE_FAILED;
     }

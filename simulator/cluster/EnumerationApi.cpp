@@ -61,7 +61,7 @@ HCLUSENUM WINAPI ClusterOpenEnum(HCLUSTER cluster, DWORD mask) {
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return call.NotOpened<HCLUSENUM>(RPC_S_SERVER_UNAVAILABLE);
+        return call.NotOpened<HCLUSENUM>(call.service().LostCode());
     }
     if ((mask & ~ClusterEnumKnown) != 0 || (mask == 0 && !model->behaviour.emptyMaskIsEmptyList)) {
         return call.NotOpened<HCLUSENUM>(ERROR_INVALID_PARAMETER);
@@ -78,6 +78,12 @@ HCLUSENUM WINAPI ClusterOpenEnum(HCLUSTER cluster, DWORD mask) {
     }
     if (mask & CLUSTER_ENUM_GROUP) {
         ListAll(entry, CLUSTER_ENUM_GROUP, model->groups);
+    }
+    if (mask & CLUSTER_ENUM_NETWORK) {
+        ListAll(entry, CLUSTER_ENUM_NETWORK, model->networks);
+    }
+    if (mask & CLUSTER_ENUM_NETINTERFACE) {
+        ListAll(entry, CLUSTER_ENUM_NETINTERFACE, model->interfaces);
     }
     return call.Opened<HCLUSENUM>(std::move(entry));
 }
@@ -101,7 +107,7 @@ HGROUPENUM WINAPI ClusterGroupOpenEnum(HGROUP handle, DWORD mask) {
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return call.NotOpened<HGROUPENUM>(RPC_S_SERVER_UNAVAILABLE);
+        return call.NotOpened<HGROUPENUM>(call.service().LostCode());
     }
     const Group* group = model->FindGroup(opened->object);
     if (!group) {

@@ -38,6 +38,10 @@ public:
         return Need(m_model.FindGroup(ToUtf16(name)), "group", name);
     }
 
+    Network& NetworkNamed(const std::string& name) const {
+        return Need(m_model.FindNetwork(ToUtf16(name)), "network", name);
+    }
+
     Resource& ResourceNamed(const std::string& name) const {
         return Need(m_model.ResourceNamed(ToUtf16(name)), "resource", name);
     }
@@ -127,6 +131,16 @@ const KnownEvent KnownEvents[] = {
      [](Engine& engine, const Objects& objects, const std::string& group, const std::string& name) {
          return engine.Appear(objects.GroupNamed(group), ToUtf16(name));
      }},
+    {"network-down", 1,
+     [](Engine& engine, const Objects& objects, const std::string& name, const std::string&) {
+         engine.SetNetwork(objects.NetworkNamed(name), NetworkState::Down);
+         return Done;
+     }},
+    {"network-up", 1,
+     [](Engine& engine, const Objects& objects, const std::string& name, const std::string&) {
+         engine.SetNetwork(objects.NetworkNamed(name), NetworkState::Up);
+         return Done;
+     }},
     {"quorum-loss", 0,
      [](Engine& engine, const Objects&, const std::string&, const std::string&) {
          engine.LoseQuorum();
@@ -170,6 +184,13 @@ Code Happen(Service& service, const std::string& event, const std::string& name,
         const Code code = service.AdvanceClock(Milliseconds(name));
         service.Current(); // what has fallen due meanwhile
         return code;
+    }
+    if (event == "handles-stale" || event == "handles-reconnect") { // of this process; the cluster goes on
+        if (given != 0) {
+            throw EventError(event + ": 0 names are expected");
+        }
+        service.handles.Expire(event == "handles-stale");
+        return Done;
     }
     for (const KnownEvent& known : KnownEvents) {
         if (event != known.name) {

@@ -1,8 +1,12 @@
 #include "FailoverRules.h"
 
+#include "common/Text.h"
+
 #include <algorithm>
 
 namespace clussim {
+
+using common::Folded;
 
 std::uint32_t NumberOf(const PropertySet& properties, const wchar_t* name, std::uint32_t otherwise) {
     const PropertyValue* const value = properties.Find(name);
@@ -25,6 +29,55 @@ bool MayHost(const Group& group, const Node& node) {
 
 bool IsUp(const Node& node) {
     return node.status == Node::Status::Up;
+}
+
+namespace {
+
+// What a built-in type requires its resources to depend on. Since 2008 a mailbox server may do without a shared disk.
+struct Requirement {
+    const wchar_t* type;
+    const wchar_t* required;
+    int until; // the last generation of the service for which it holds
+};
+
+const Requirement Requirements[] = {
+    {L"Network Name", L"IP Address", 2008},
+    {L"Microsoft Exchange System Attendant", L"Network Name", 2008},
+    {L"Microsoft Exchange System Attendant", L"Physical Disk", 2003},
+    {L"Microsoft Exchange Information Store", L"Microsoft Exchange System Attendant", 2008},
+    {L"Microsoft Exchange SMTP Server Instance", L"Microsoft Exchange System Attendant", 2008},
+};
+
+} // namespace
+
+std::vector<std::wstring> RequiredTypes(const Resource& resource, int protocol) {
+    std::vector<std::wstring> types;
+    for (const Requirement& requirement : Requirements) {
+        if (protocol <= requirement.until && Folded(resource.type->name) == Folded(requirement.type)) {
+            types.emplace_back(requirement.required);
+        }
+    }
+    return types;
+}
+
+bool LacksRequired(const Model& model, const Resource& resource) {
+    const std::vector<std::wstring> required = RequiredTypes(resource, model.behaviour.protocol);
+    return std::any_of(required.begin(), required.end(), [&resource](const std::wstring& type) {
+        return std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
+                            [&type](const Resource* provider) { return Folded(provider->type->name) == Folded(type); });
+    });
+}
+
+bool LacksNetwork(const Model& model, const Resource& resource) {
+    const PropertyValue* const bound = resource.privateProperties.Find(L"Network");
+    if (model.networks.empty() || !bound || bound->text.empty() || Folded(resource.type->name) != L"IP ADDRESS") {
+        return false;
+    }
+    const std::wstring wanted = Folded(bound->text);
+    return std::none_of(model.interfaces.begin(), model.interfaces.end(), [&](const NetworkInterface& card) {
+        return card.node == resource.group->owner && card.state == InterfaceState::Up &&
+               card.network->state == NetworkState::Up && Folded(card.network->name) == wanted;
+    });
 }
 
 namespace {

@@ -13,6 +13,14 @@ std::uint32_t NumberOf(const PropertySet& properties, const wchar_t* name, std::
 
 bool IsUp(const Node& node);
 
+// The types of which a resource is required to depend on one each.
+std::vector<std::wstring> RequiredTypes(const Resource& resource, int protocol);
+bool LacksRequired(const Model& model, const Resource& resource);
+
+// Whether an IP address is bound to a network that is not there, not up, or that the node where it is has no interface
+// on that is up. In a model without networks nothing is.
+bool LacksNetwork(const Model& model, const Resource& resource);
+
 // Whether all that shall be online in the group can be so on the node.
 bool MayHost(const Group& group, const Node& node);
 

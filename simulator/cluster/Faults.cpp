@@ -12,6 +12,8 @@ using common::ToUtf16;
 
 namespace {
 
+const char Time[] = "time";
+
 const char* const Calls[] = {
     "AddClusterResourceDependency",
     "AddClusterResourceNode",
@@ -57,6 +59,17 @@ const char* const Calls[] = {
     "ResumeClusterNode",
 };
 
+// "time@5=event:..."
+std::int64_t SecondsIn(const common::Fault& written) {
+    const std::string& text = written.object;
+    const bool isNumber =
+        !text.empty() && text.size() <= 9 && text.find_first_not_of("0123456789") == std::string::npos;
+    if (!isNumber || !written.event || written.onlyFirst) {
+        throw common::FaultError("a time is so many seconds, and takes an event: time@5=event:\"text\"");
+    }
+    return std::stol(text);
+}
+
 } // namespace
 
 Fault ParseFault(const std::string& text) {
@@ -64,7 +77,12 @@ Fault ParseFault(const std::string& text) {
     fault.written = common::ParseFault(text);
     const common::Fault& written = fault.written;
     const bool isOfAnyCall = written.call.empty() && written.event;
-    if (!isOfAnyCall && std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
+    fault.isTimed = written.call == Time;
+    if (fault.isTimed) {
+        fault.afterMs = SecondsIn(written) * 1000;
+    }
+    if (!isOfAnyCall && !fault.isTimed &&
+        std::find(std::begin(Calls), std::end(Calls), written.call) == std::end(Calls)) {
         throw common::FaultError("there is no call '" + written.call + "'");
     }
     const int effects =
@@ -100,10 +118,30 @@ void Faults::ClearModelFaults() {
                    m_faults.end());
 }
 
+std::int64_t Faults::NextDue() const {
+    std::int64_t next = INT64_MAX;
+    for (const Fault& fault : m_faults) {
+        next = fault.isTimed ? std::min(next, fault.dueAt) : next;
+    }
+    return next;
+}
+
+std::optional<std::string> Faults::TakeDue(std::int64_t now) {
+    const std::int64_t next = NextDue();
+    if (next > now) {
+        return std::nullopt;
+    }
+    const auto found = std::find_if(m_faults.begin(), m_faults.end(),
+                                    [next](const Fault& fault) { return fault.isTimed && fault.dueAt == next; });
+    std::string event = *found->written.event;
+    m_faults.erase(found);
+    return event;
+}
+
 const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& objects) {
     const Fault* hit = nullptr;
     for (Fault& fault : m_faults) {
-        if (!fault.written.call.empty() && fault.written.call != call) {
+        if (fault.isTimed || (!fault.written.call.empty() && fault.written.call != call)) {
             continue;
         }
         if (!fault.object.empty() && std::none_of(objects.begin(), objects.end(), [&](const std::wstring& object) {

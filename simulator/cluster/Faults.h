@@ -6,6 +6,7 @@
 
 #include "common/FaultGrammar.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,10 @@ struct Fault {
     Code code = 0;
     bool forcesState = false; // "state:130": the call succeeds and gives this state
     int state = 0;
-    bool isOfModel = false; // given by the model, and gone with it
+    bool isTimed = false;     // "time@5": its event happens by itself, when the time has come
+    std::int64_t afterMs = 0; // how long after it was given
+    std::int64_t dueAt = 0;   // in clock milliseconds
+    bool isOfModel = false;   // given by the model, and gone with it
 };
 
 // Throws common::FaultError.
@@ -32,6 +36,11 @@ public:
     // Counts the call, and gives the fault that hits it, or null. `objects` are the names it goes by: resource name,
     // control code.
     const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);
+
+    // When the next event is due that a time brings about; INT64_MAX when there is none.
+    std::int64_t NextDue() const;
+    // The event of the first that is due, which is gone then.
+    std::optional<std::string> TakeDue(std::int64_t now);
 
     bool Empty() const {
         return m_faults.empty();

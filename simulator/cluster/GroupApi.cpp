@@ -113,7 +113,7 @@ CLUSTER_NODE_STATE WINAPI GetClusterNodeState(HNODE handle) {
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return failed(RPC_S_SERVER_UNAVAILABLE);
+        return failed(call.service().LostCode());
     }
     const Node* node = model->FindNode(entry->object);
     return node ? static_cast<CLUSTER_NODE_STATE>(call.ReturnState(StateOf(*node)))
@@ -134,13 +134,13 @@ CLUSTER_GROUP_STATE WINAPI GetClusterGroupState(HGROUP handle, LPWSTR nodeName, 
     }
     const Model* model = call.service().Running();
     if (!model) {
-        return failed(RPC_S_SERVER_UNAVAILABLE);
+        return failed(call.service().LostCode());
     }
     const Group* group = model->FindGroup(entry->object);
     if (!group) {
         return failed(ERROR_GROUP_NOT_FOUND);
     }
-    const Code code = nodeName ? CopyName(group->owner->name, nodeName, cch) : ERROR_SUCCESS;
+    const Code code = nodeName ? CopyName(OwnerName(*group), nodeName, cch) : ERROR_SUCCESS;
     return code != ERROR_SUCCESS ? failed(code) : static_cast<CLUSTER_GROUP_STATE>(call.ReturnState(StateOf(*group)));
 }
 

@@ -26,6 +26,9 @@ PropertySet CommonDefaults(const Model& model) {
     properties.Set(L"FailbackWindowStart", PropertyValue::OfNumber(Never));
     properties.Set(L"FailbackWindowEnd", PropertyValue::OfNumber(Never));
     properties.Set(L"LoadBalState", PropertyValue::OfNumber(1));
+    PropertyValue classes;
+    classes.kind = PropertyValue::MultiSz;
+    properties.Set(L"AntiAffinityClassNames", classes);
     return properties;
 }
 
@@ -97,7 +100,7 @@ DWORD WINAPI ClusterGroupControl(HGROUP handle, HNODE node, DWORD code, LPVOID i
     }
     const Model* const model = service.Running();
     if (!model) {
-        return answer.Fail(RPC_S_SERVER_UNAVAILABLE);
+        return answer.Fail(service.LostCode());
     }
     const Group* const group = model->FindGroup(name);
     Bytes bytes;

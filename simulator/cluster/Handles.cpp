@@ -35,7 +35,13 @@ const HandleEntry* Handles::Find(const void* handle, HandleKind kind) {
         ++m_badCalls;
         return nullptr;
     }
-    return &found->second;
+    return found->second.isStale ? nullptr : &found->second;
+}
+
+void Handles::Expire(bool areStale) {
+    for (auto& entry : m_open) {
+        entry.second.isStale = areStale;
+    }
 }
 
 const HandleEntry* Handles::Peek(const void* handle) const {
@@ -44,7 +50,9 @@ const HandleEntry* Handles::Peek(const void* handle) const {
 }
 
 bool Handles::Close(const void* handle, HandleKind kind) {
-    if (!Find(handle, kind)) {
+    const HandleEntry* const entry = Peek(handle);
+    if (!entry || entry->kind != kind) {
+        ++m_badCalls;
         return false;
     }
     m_open.erase(reinterpret_cast<std::uintptr_t>(handle));

@@ -29,16 +29,20 @@ struct HandleEntry {
     HandleKind kind;
     std::wstring object;                                       // ID or name; of an enumeration, of what was enumerated
     std::vector<std::pair<unsigned long, std::wstring>> items; // of an enumeration: type and name
+    bool isStale = false;                                      // of no use but to be closed
 };
 
 class Handles {
 public:
     void* Open(HandleEntry entry);
 
-    // Null, and counted as a bad call, unless the handle is open and of this kind.
+    // Null, and counted as a bad call, unless the handle is open and of this kind. Null as well when it is stale.
     const HandleEntry* Find(const void* handle, HandleKind kind);
     const HandleEntry* Peek(const void* handle) const; // null when it is not open; never counted
     bool Close(const void* handle, HandleKind kind);
+
+    // Makes all handles that are open now stale, or good again.
+    void Expire(bool areStale);
 
     std::size_t CountOpen(const char* kind) const; // "enum" is any enumeration; null: all
     std::size_t BadCalls() const {

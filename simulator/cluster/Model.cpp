@@ -29,6 +29,33 @@ const ResourceType* Model::FindType(const std::wstring& typeName) const {
     return Lookup(m_typesByName, typeName);
 }
 
+Network* Model::FindNetwork(const std::wstring& networkName) {
+    const std::wstring key = Folded(networkName);
+    const auto found = std::find_if(networks.begin(), networks.end(),
+                                    [&key](const Network& network) { return Folded(network.name) == key; });
+    return found == networks.end() ? nullptr : &*found;
+}
+
+bool Model::AnswersTo(const std::wstring& nameOrAddress) const {
+    const std::wstring key = Folded(nameOrAddress);
+    const auto isNamed = [&](const std::wstring& object) {
+        return Folded(object) == key || (!domain.empty() && Folded(object + L"." + domain) == key);
+    };
+    const auto takesPart = [](const Node& node) {
+        return node.status == Node::Status::Up || node.status == Node::Status::Paused;
+    };
+    return isNamed(name) ||
+           std::any_of(nodes.begin(), nodes.end(), [&](const Node& node) { return isNamed(node.name); }) ||
+           std::any_of(interfaces.begin(), interfaces.end(),
+                       [&](const NetworkInterface& card) {
+                           return takesPart(*card.node) && card.state == InterfaceState::Up && card.address == key;
+                       }) ||
+           std::any_of(resources.begin(), resources.end(), [&key](const Resource& resource) {
+               const PropertyValue* const address = resource.privateProperties.Find(L"Address");
+               return resource.isCore && resource.state == StateOnline && address && address->text == key;
+           });
+}
+
 Resource* Model::ResourceNamed(const std::wstring& nameOrId) const {
     const std::wstring key = Folded(nameOrId);
     const auto named = m_resourcesByName.find(key);

@@ -43,6 +43,7 @@ struct Disk {
     std::uint32_t signature = 0;
     std::wstring guid; // instead of a signature: a GPT disk
     std::uint32_t number = 0;
+    std::uint64_t size = 0; // in bytes; 0: not told
     std::vector<Partition> partitions;
 };
 
@@ -57,6 +58,35 @@ struct Node {
     std::wstring name;
     bool isThisComputer = false; // "." in the model file
     Status status = Status::Up;
+};
+
+// States as the cluster API numbers them.
+enum class NetworkState {
+    Unavailable,
+    Down,
+    Partitioned,
+    Up
+};
+
+enum class InterfaceState {
+    Unavailable,
+    Failed,
+    Unreachable,
+    Up
+};
+
+struct Network {
+    std::wstring name;
+    NetworkState state = NetworkState::Up;
+};
+
+// Of a node on a network.
+struct NetworkInterface {
+    std::wstring name;
+    Node* node = nullptr;
+    Network* network = nullptr;
+    std::wstring address; // as it is written; empty: not told
+    InterfaceState state = InterfaceState::Up;
 };
 
 struct ResourceType {
@@ -74,6 +104,7 @@ typedef std::map<std::string, Code> Unread;
 struct Group {
     std::wstring name;
     Node* owner = nullptr;
+    std::wstring ownerAs; // its name as the cluster tells it here, in another letter case; empty: as it is
     std::vector<Node*> preferredOwners;
     PropertySet common;
     Unread unread;
@@ -142,6 +173,8 @@ struct Behaviour {
     bool downNodesOwnGroups = false; // as a service says that has not noticed yet; else no such model is read
     bool actsOnFailures = false;     // restarts what fails and moves its group; else what fails stays failed
     bool needsRequired = false;      // what a type requires to depend on has to be there to come online
+    Code lost = 1722;                // of calls with handles that were opened before the service ended
+    bool handlesGoStale = false;     // when the service starts again; else they serve on
     bool leavesGroupOffline = true;  // when a group may not fail over again; else only what failed stays down
 };
 
@@ -158,6 +191,7 @@ public:
     Model& operator=(const Model&) = delete;
 
     std::wstring name;
+    std::wstring domain; // of the DNS names of cluster and nodes; empty: they have none
     bool running = true;
     Quorum quorum = Quorum::Shared;
     Behaviour behaviour;
@@ -166,6 +200,8 @@ public:
     std::string settings;            // the product's, a JSON object for whoever plays it; empty when there are none
 
     std::list<Node> nodes;
+    std::list<Network> networks;
+    std::list<NetworkInterface> interfaces;
     std::list<ResourceType> types;
     std::list<Group> groups;
     std::list<Resource> resources;
@@ -180,6 +216,11 @@ public:
     Resource* ResourceNamed(const std::wstring& nameOrId) const;
     Resource* ResourceWithId(const std::wstring& id) const;
     const ResourceType* FindType(const std::wstring& typeName) const;
+    Network* FindNetwork(const std::wstring& networkName);
+
+    // Whether a program may open the cluster by this name: the cluster's or a node's, with the domain or without it, or
+    // an address that is in use: of a core resource, or of a node that takes part.
+    bool AnswersTo(const std::wstring& nameOrAddress) const;
 
     // Building. False when the name is taken.
     bool AddNode(Node node);

@@ -24,6 +24,10 @@ const char* StateName(State state);
 bool StateByName(const std::string& name, State& state);
 const char* StatusName(Node::Status status);
 bool StatusByName(const std::string& name, Node::Status& status);
+const char* StateName(NetworkState state);
+bool StateByName(const std::string& name, NetworkState& state);
+const char* StateName(InterfaceState state);
+bool StateByName(const std::string& name, InterfaceState& state);
 
 } // namespace clussim
 

@@ -1,4 +1,4 @@
-// What the model file calls the states of resources and nodes.
+// What the model file calls states.
 #include "ModelJson.h"
 #include "ModelStates.h"
 
@@ -33,6 +33,22 @@ const char* StatusName(Node::Status status) {
 
 bool StatusByName(const std::string& name, Node::Status& status) {
     return ByName(NodeStates, name, status);
+}
+
+const char* StateName(NetworkState state) {
+    return NameOf(NetworkStates, static_cast<int>(state), "");
+}
+
+bool StateByName(const std::string& name, NetworkState& state) {
+    return ByName(NetworkStates, name, state);
+}
+
+const char* StateName(InterfaceState state) {
+    return NameOf(InterfaceStates, static_cast<int>(state), "");
+}
+
+bool StateByName(const std::string& name, InterfaceState& state) {
+    return ByName(InterfaceStates, name, state);
 }
 
 } // namespace clussim

@@ -48,6 +48,7 @@ public:
         for (const Host& host : m_hosts) { // nodes stand behind the types
             host.type->hosts.push_back(NodeItem(host.node, host.place));
         }
+        ReadNetworks(reader);
         reader.Each("groups", [this](const Json& item, const std::string& place) { ReadGroup(item, place); });
         std::vector<std::pair<Resource*, std::vector<std::pair<std::wstring, std::string>>>> dependencies;
         reader.Each("resources", [&](const Json& item, const std::string& place) {
@@ -106,6 +107,7 @@ private:
     void ReadCluster(const Json& json) {
         ObjectReader reader(json, "cluster");
         m_model.name = Name(reader);
+        m_model.domain = ToUtf16(reader.TextOr("domain", ""));
         m_model.running = reader.FlagOr("running", true);
         const std::string quorum = reader.TextOr("quorum", "shared");
         if (quorum != "shared" && quorum != "majority") {
@@ -141,6 +143,15 @@ private:
                 Fail("cluster.behaviour.requiredDependencies", "\"ignored\" or \"enforced\" is expected");
             }
             m_model.behaviour.needsRequired = required == "enforced";
+            m_model.behaviour.lost = DwordOr(switches, "lost", m_model.behaviour.lost);
+            if (m_model.behaviour.lost == 0) {
+                Fail("cluster.behaviour.lost", "a code other than 0 is expected");
+            }
+            const std::string handles = switches.TextOr("handles", "reconnect");
+            if (handles != "reconnect" && handles != "go-stale") {
+                Fail("cluster.behaviour.handles", "\"reconnect\" or \"go-stale\" is expected");
+            }
+            m_model.behaviour.handlesGoStale = handles == "go-stale";
             const std::string exhausted = switches.TextOr("failoversUsedUp", "group-offline");
             if (exhausted != "group-offline" && exhausted != "resource-failed") {
                 Fail("cluster.behaviour.failoversUsedUp", "\"group-offline\" or \"resource-failed\" is expected");
@@ -186,11 +197,44 @@ private:
         }
     }
 
+    void ReadNetworks(ObjectReader& reader) {
+        reader.Each("networks", [this](const Json& item, const std::string& place) {
+            ObjectReader network(item, place);
+            m_model.networks.push_back({Name(network), NetworkState::Up});
+            if (!StateByName(network.TextOr("state", "up"), m_model.networks.back().state)) {
+                Fail(place + ".state", "up, down, partitioned or unavailable is expected");
+            }
+            network.Done();
+            if (m_model.FindNetwork(m_model.networks.back().name) != &m_model.networks.back()) {
+                Fail(place + ".name", "the network stands twice");
+            }
+        });
+        reader.Each("networkInterfaces", [this](const Json& item, const std::string& place) {
+            ObjectReader card(item, place);
+            NetworkInterface result;
+            result.name = Name(card);
+            result.node = NodeItem(WideText(card, "node"), place + ".node");
+            const std::wstring network = WideText(card, "network");
+            result.network = m_model.FindNetwork(network);
+            if (!result.network) {
+                Fail(place + ".network", "there is no network " + ToUtf8(network));
+            }
+            result.address = ToUtf16(card.TextOr("address", ""));
+            if (!StateByName(card.TextOr("state", "up"), result.state)) {
+                Fail(place + ".state", "up, failed, unreachable or unavailable is expected");
+            }
+            card.Done();
+            m_model.interfaces.push_back(result);
+        });
+    }
+
     void ReadGroup(const Json& json, const std::string& place) {
         ObjectReader reader(json, place);
         Group group;
         group.name = Name(reader);
-        group.owner = NodeItem(WideText(reader, "owner"), place + ".owner");
+        const std::wstring owner = WideText(reader, "owner");
+        group.owner = NodeItem(owner, place + ".owner");
+        group.ownerAs = owner == L"." || owner == group.owner->name ? std::wstring() : owner;
         if (IsAway(*group.owner) && !m_model.behaviour.downNodesOwnGroups && m_model.running && IsAnyNodeUp()) {
             Fail(place + ".owner", "the node " + ToUtf8(group.owner->name) + " is " + StatusName(group.owner->status) +
                                        " and owns no group");
@@ -332,6 +376,7 @@ private:
         disk->signature = DwordOr(reader, "signature", 0);
         disk->guid = ToUtf16(reader.TextOr("guid", ""));
         disk->number = DwordOr(reader, "number", 0);
+        disk->size = reader.NumberOr("size", 0, UINT64_MAX);
         reader.Each("partitions", [&](const Json& item, const std::string& itemPlace) {
             ObjectReader partition(item, itemPlace);
             disk->partitions.push_back({WideText(partition, "device"), ToUtf16(partition.TextOr("label", ""))});

@@ -23,6 +23,20 @@ const ModelState NodeStates[] = {
     {3, "joining"},
 };
 
+const ModelState NetworkStates[] = {
+    {0, "unavailable"},
+    {1, "down"},
+    {2, "partitioned"},
+    {3, "up"},
+};
+
+const ModelState InterfaceStates[] = {
+    {0, "unavailable"},
+    {1, "failed"},
+    {2, "unreachable"},
+    {3, "up"},
+};
+
 template <std::size_t count> const char* NameOf(const ModelState (&states)[count], int number, const char* otherwise) {
     for (const ModelState& known : states) {
         if (known.number == number) {

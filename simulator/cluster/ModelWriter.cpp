@@ -96,6 +96,9 @@ Json ResourceJson(const Resource& resource) {
             disk["guid"] = ToUtf8(resource.disk->guid);
         }
         disk["number"] = resource.disk->number;
+        if (resource.disk->size != 0) {
+            disk["size"] = resource.disk->size;
+        }
         disk["partitions"] = Json::array();
         for (const Partition& partition : resource.disk->partitions) {
             Json item = {{"device", ToUtf8(partition.device)}};
@@ -132,6 +135,9 @@ Json ResourceJson(const Resource& resource) {
 
 Json ClusterJson(const Model& model) {
     Json json = {{"name", ToUtf8(model.name)}};
+    if (!model.domain.empty()) {
+        json["domain"] = ToUtf8(model.domain);
+    }
     if (!model.running) {
         json["running"] = false;
     }
@@ -164,6 +170,12 @@ Json ClusterJson(const Model& model) {
     if (model.behaviour.needsRequired) {
         behaviour["requiredDependencies"] = "enforced";
     }
+    if (model.behaviour.lost != standard.lost) {
+        behaviour["lost"] = model.behaviour.lost;
+    }
+    if (model.behaviour.handlesGoStale) {
+        behaviour["handles"] = "go-stale";
+    }
     if (!model.behaviour.leavesGroupOffline) {
         behaviour["failoversUsedUp"] = "resource-failed";
     }
@@ -171,6 +183,27 @@ Json ClusterJson(const Model& model) {
         json["behaviour"] = behaviour;
     }
     return json;
+}
+
+void WriteNetworks(const Model& model, Json& json) {
+    for (const Network& network : model.networks) {
+        Json item = {{"name", ToUtf8(network.name)}};
+        if (network.state != NetworkState::Up) {
+            item["state"] = StateName(network.state);
+        }
+        json["networks"].push_back(std::move(item));
+    }
+    for (const NetworkInterface& card : model.interfaces) {
+        Json item = {
+            {"name", ToUtf8(card.name)}, {"node", NodeText(*card.node)}, {"network", ToUtf8(card.network->name)}};
+        if (!card.address.empty()) {
+            item["address"] = ToUtf8(card.address);
+        }
+        if (card.state != InterfaceState::Up) {
+            item["state"] = StateName(card.state);
+        }
+        json["networkInterfaces"].push_back(std::move(item));
+    }
 }
 
 } // namespace
@@ -199,9 +232,11 @@ std::string WriteModel(const Model& model) {
         }
         json["nodes"].push_back(item);
     }
+    WriteNetworks(model, json);
     json["groups"] = Json::array();
     for (const Group& group : model.groups) {
-        Json item = {{"name", ToUtf8(group.name)}, {"owner", NodeText(*group.owner)}};
+        Json item = {{"name", ToUtf8(group.name)},
+                     {"owner", group.ownerAs.empty() ? NodeText(*group.owner) : ToUtf8(group.ownerAs)}};
         if (!group.preferredOwners.empty()) {
             item["preferredOwners"] = Json::array();
             for (const Node* node : group.preferredOwners) {

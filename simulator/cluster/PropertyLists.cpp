@@ -27,7 +27,8 @@ enum Syntax : std::uint32_t {
     SyntaxScsiAddress = 0x00060002,
     SyntaxDiskNumber = 0x00070002,
     SyntaxPartitionInfo = 0x00080001,
-    SyntaxDiskGuid = 0x000B0003
+    SyntaxDiskGuid = 0x000B0003,
+    SyntaxDiskSize = 0x000C0006
 };
 
 const std::size_t PartitionInfoSize = 1120;
@@ -233,6 +234,25 @@ Bytes PropertyList(const PropertySet& properties) {
     return bytes;
 }
 
+Bytes NameList(const PropertySet& properties) {
+    Bytes names;
+    for (const PropertySet::Item& item : properties.Items()) {
+        const Bytes name = TextBytes(item.name);
+        names.insert(names.end(), name.begin(), name.end());
+    }
+    names.resize(names.size() + sizeof(wchar_t));
+    return names;
+}
+
+Bytes RequiredDependencies(const std::vector<std::wstring>& types) {
+    Bytes bytes;
+    for (const std::wstring& type : types) {
+        AppendEntry(bytes, SyntaxName, TextBytes(type));
+    }
+    AppendDword(bytes, SyntaxEndMark);
+    return bytes;
+}
+
 Bytes DiskInformation(const Disk& disk) {
     Bytes bytes;
     if (disk.guid.empty()) {
@@ -242,6 +262,11 @@ Bytes DiskInformation(const Disk& disk) {
     }
     AppendEntry(bytes, SyntaxScsiAddress, DwordBytes(disk.number << 16)); // target
     AppendEntry(bytes, SyntaxDiskNumber, DwordBytes(disk.number));
+    if (disk.size != 0) {
+        Bytes size = DwordBytes(static_cast<std::uint32_t>(disk.size));
+        AppendDword(size, static_cast<std::uint32_t>(disk.size >> 32));
+        AppendEntry(bytes, SyntaxDiskSize, size);
+    }
     for (const Partition& partition : disk.partitions) {
         const bool hasLetter = partition.device.size() == 2 && partition.device[1] == L':';
         Bytes info(PartitionInfoSize);

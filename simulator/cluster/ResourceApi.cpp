@@ -80,7 +80,7 @@ CLUSTER_RESOURCE_STATE WINAPI GetClusterResourceState(HRESOURCE handle, LPWSTR n
         return static_cast<CLUSTER_RESOURCE_STATE>(call.ReturnState(StateUnknown, reason));
     }
     // A count without a buffer is ignored.
-    const Code nodeCode = node ? CopyName(resource->group->owner->name, node, cchNode) : ERROR_SUCCESS;
+    const Code nodeCode = node ? CopyName(OwnerName(*resource->group), node, cchNode) : ERROR_SUCCESS;
     const Code groupCode = group ? CopyName(resource->group->name, group, cchGroup) : ERROR_SUCCESS;
     if (nodeCode != ERROR_SUCCESS || groupCode != ERROR_SUCCESS) {
         const Code reason = nodeCode != ERROR_SUCCESS ? nodeCode : groupCode;

@@ -2,6 +2,7 @@
 #include "Call.h"
 #include "ControlAnswer.h"
 #include "ExportedApi.h"
+#include "FailoverRules.h"
 
 #include "common/Text.h"
 
@@ -13,13 +14,20 @@ using common::Folded;
 namespace {
 
 enum ControlCode : DWORD {
+    ControlGetCharacteristics = 0x01000005,
+    ControlGetFlags = 0x01000009,
     ControlGetClassInfo = 0x0100000D,
+    ControlGetRequiredDependencies = 0x01000011,
     ControlGetName = 0x01000029,
     ControlGetType = 0x0100002D,
     ControlGetId = 0x01000039,
+    ControlEnumCommon = 0x01000051,
     ControlGetReadOnlyCommon = 0x01000055,
     ControlGetCommon = 0x01000059,
     ControlSetCommon = 0x0140005E,
+    ControlValidateCommon = 0x01000061,
+    ControlEnumPrivate = 0x01000079,
+    ControlGetReadOnlyPrivate = 0x0100007D,
     ControlGetPrivate = 0x01000081,
     ControlSetPrivate = 0x01400086,
     ControlValidatePrivate = 0x01000089,
@@ -40,6 +48,9 @@ PropertySet MakeCommonDefaults(int protocol) {
     properties.Set(L"RestartPeriod", PropertyValue::OfNumber(900000));
     properties.Set(L"RetryPeriodOnFailure", PropertyValue::OfNumber(protocol >= 2008 ? 3600000 : 0xFFFFFFFF));
     properties.Set(L"PendingTimeout", PropertyValue::OfNumber(180000));
+    if (protocol >= 2008) {
+        properties.Set(L"DeadlockTimeout", PropertyValue::OfNumber(300000));
+    }
     return properties;
 }
 
@@ -77,8 +88,10 @@ Code CodeOfUnread(const Resource& resource, DWORD code) {
     static const struct {
         DWORD code;
         const char* part;
-    } parts[] = {{ControlGetClassInfo, "class"}, {ControlGetType, "type"},       {ControlGetId, "id"},
-                 {ControlGetCommon, "common"},   {ControlGetPrivate, "private"}, {ControlGetNetworkName, "private"},
+    } parts[] = {{ControlEnumCommon, "common"},  {ControlEnumPrivate, "private"},
+                 {ControlGetClassInfo, "class"}, {ControlGetType, "type"},
+                 {ControlGetId, "id"},           {ControlGetCommon, "common"},
+                 {ControlGetPrivate, "private"}, {ControlGetNetworkName, "private"},
                  {ControlGetDiskInfo, "disk"}};
     for (const auto& known : parts) {
         const auto unread = known.code == code ? resource.unread.find(known.part) : resource.unread.end();
@@ -89,6 +102,26 @@ Code CodeOfUnread(const Resource& resource, DWORD code) {
     return ERROR_SUCCESS;
 }
 
+// A disk may hold the quorum.
+DWORD CharacteristicsOf(const Resource& resource) {
+    return resource.type->classCode == 1 ? CLUS_CHAR_QUORUM : CLUS_CHAR_UNKNOWN;
+}
+
+DWORD FlagsOf(const Resource& resource) {
+    return resource.isCore || resource.isQuorum ? CLUS_FLAG_CORE : 0;
+}
+
+Bytes NumberBytes(DWORD number) {
+    Bytes bytes(sizeof(number));
+    std::memcpy(bytes.data(), &number, sizeof(number));
+    return bytes;
+}
+
+// Since 2008 a probe of these without a buffer succeeds.
+bool ProbeSucceeds(DWORD code) {
+    return code == ControlGetClassInfo || code == ControlGetFlags || code == ControlGetCharacteristics;
+}
+
 // The bytes a reading control gives.
 Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
     const Code unread = resource.unread.empty() ? static_cast<Code>(ERROR_SUCCESS) : CodeOfUnread(resource, code);
@@ -96,6 +129,24 @@ Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
         return unread;
     }
     switch (code) {
+    case ControlGetCharacteristics:
+        bytes = NumberBytes(CharacteristicsOf(resource));
+        return ERROR_SUCCESS;
+    case ControlGetFlags:
+        bytes = NumberBytes(FlagsOf(resource));
+        return ERROR_SUCCESS;
+    case ControlGetRequiredDependencies:
+        bytes = RequiredDependencies(RequiredTypes(resource, protocol));
+        return ERROR_SUCCESS;
+    case ControlEnumCommon:
+        bytes = NameList(CommonOf(resource, protocol));
+        return ERROR_SUCCESS;
+    case ControlEnumPrivate:
+        bytes = NameList(resource.privateProperties);
+        return ERROR_SUCCESS;
+    case ControlGetReadOnlyPrivate:
+        bytes = PropertyList(PropertySet());
+        return ERROR_SUCCESS;
     case ControlGetName:
         bytes = TextBytes(resource.name);
         return ERROR_SUCCESS;
@@ -135,6 +186,8 @@ Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
         PropertySet properties;
         properties.Set(L"Name", PropertyValue::OfText(resource.name));
         properties.Set(L"Type", PropertyValue::OfText(resource.type->name));
+        properties.Set(L"Characteristics", PropertyValue::OfNumber(CharacteristicsOf(resource)));
+        properties.Set(L"Flags", PropertyValue::OfNumber(FlagsOf(resource)));
         bytes = PropertyList(properties);
         return ERROR_SUCCESS;
     }
@@ -143,11 +196,20 @@ Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
     }
 }
 
-Code Set(Model& model, Resource& resource, DWORD code, const PropertySet& properties) {
+Code Validate(const Model& model, DWORD code, const PropertySet& properties) {
     for (const PropertySet::Item& item : properties.Items()) {
-        if (code == ControlSetCommon && !IsAllowedCommon(item, model.behaviour.protocol)) {
+        const bool isCommon = code == ControlSetCommon || code == ControlValidateCommon;
+        if (isCommon && !IsAllowedCommon(item, model.behaviour.protocol)) {
             return ERROR_INVALID_PARAMETER;
         }
+    }
+    return ERROR_SUCCESS;
+}
+
+Code Set(Model& model, Resource& resource, DWORD code, const PropertySet& properties) {
+    const Code valid = Validate(model, code, properties);
+    if (valid != ERROR_SUCCESS) {
+        return valid;
     }
     PropertySet& target = code == ControlSetCommon ? resource.common : resource.privateProperties;
     for (const PropertySet::Item& item : properties.Items()) {
@@ -183,14 +245,15 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
     if (node && !call.service().handles.Find(node, HandleKind::Node)) {
         return answer.Fail(ERROR_INVALID_HANDLE);
     }
-    if (code == ControlSetPrivate || code == ControlSetCommon || code == ControlValidatePrivate) {
+    const bool onlyValidates = code == ControlValidatePrivate || code == ControlValidateCommon;
+    if (code == ControlSetPrivate || code == ControlSetCommon || onlyValidates) {
         if (!in) {
             return answer.Fail(RPC_X_BAD_STUB_DATA);
         }
         PropertySet properties;
         const Code parsed = ParsePropertyList(in, cbIn, properties);
-        if (parsed != ERROR_SUCCESS || code == ControlValidatePrivate) {
-            return answer.Fail(parsed);
+        if (parsed != ERROR_SUCCESS || onlyValidates) {
+            return answer.Fail(parsed != ERROR_SUCCESS ? parsed : Validate(*model, code, properties));
         }
         return answer.Fail(call.service().Change([&](Model& changed) {
             const Code stillThere = call.ResourceOf(&changed, handle, resource);
@@ -200,7 +263,5 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
     Bytes bytes;
     const int protocol = model->behaviour.protocol;
     const Code read = Read(*resource, protocol, code, bytes);
-    // Since 2008 a probe without a buffer for the class succeeds.
-    return read != ERROR_SUCCESS ? answer.Fail(read)
-                                 : answer.Give(bytes, code == ControlGetClassInfo && protocol >= 2008);
+    return read != ERROR_SUCCESS ? answer.Fail(read) : answer.Give(bytes, ProbeSucceeds(code) && protocol >= 2008);
 }

@@ -1,6 +1,7 @@
 #include "Service.h"
 
 #include "Engine.h"
+#include "Events.h"
 #include "ModelJson.h"
 
 #include "common/Environment.h"
@@ -63,10 +64,29 @@ Model* Service::Current() {
         Engine(*model, Now()).Settle();
         CollectEvents(*model);
     }
+    if (model) {
+        if (model->running && m_hasStopped && model->behaviour.handlesGoStale) {
+            handles.Expire(true);
+        }
+        m_hasStopped = !model->running;
+    }
     return model;
 }
 
+Code Service::LostCode() const {
+    const Model* const model = m_memory ? m_memory.get() : m_file.Loaded();
+    return model ? model->behaviour.lost : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+}
+
+void Service::BringAboutDue() {
+    // Each event is gone before it happens, which looks at the model again.
+    while (const std::optional<std::string> event = m_faults.TakeDue(Now())) {
+        HappenAsWritten(*this, *event);
+    }
+}
+
 Model* Service::Running() {
+    BringAboutDue();
     Model* model = Current();
     return model && model->running ? model : nullptr;
 }
@@ -82,13 +102,13 @@ Code Service::Intervene(const std::function<Code(Model&)>& change) {
 Code Service::ChangeModel(Model* (Service::*get)(), const std::function<Code(Model&)>& change) {
     if (m_memory) {
         Model* const model = (this->*get)();
-        return model ? Apply(*model, change) : static_cast<Code>(RPC_S_SERVER_UNAVAILABLE);
+        return model ? Apply(*model, change) : LostCode();
     }
     LoadConfiguration();
     const common::FileLock::Turn turn(m_file.Lock());
     Model* const model = (this->*get)();
     if (!model) {
-        return RPC_S_SERVER_UNAVAILABLE;
+        return LostCode();
     }
     if (!turn) {
         return ERROR_SHARING_VIOLATION;
@@ -175,6 +195,7 @@ void Service::Reset() {
     m_fileFaultsAdded = false;
     m_faults.Clear();
     m_manualClock = false;
+    m_hasStopped = false;
     RecordEvents(false);
     journal.Clear();
     journal.recording = false;
@@ -182,15 +203,20 @@ void Service::Reset() {
     handles.ForgetBadCalls();
 }
 
+void Service::Add(Fault fault) {
+    fault.dueAt = Now() + fault.afterMs;
+    m_faults.Add(fault);
+}
+
 void Service::AddFault(const std::string& text) {
-    m_faults.Add(ParseFault(text));
+    Add(ParseFault(text));
 }
 
 void Service::AddModelFaults(const Model& model) {
     for (const std::string& text : model.faults) {
         Fault fault = ParseFault(text);
         fault.isOfModel = true;
-        m_faults.Add(fault);
+        Add(fault);
     }
 }
 
@@ -204,6 +230,17 @@ void Service::UseManualClock() {
 }
 
 Code Service::AdvanceClock(std::uint64_t milliseconds) {
+    const std::int64_t end = Now() + static_cast<std::int64_t>(milliseconds);
+    Code code = ERROR_SUCCESS;
+    while (m_faults.NextDue() <= end && code == ERROR_SUCCESS) { // each event at its own time
+        code = Advance(static_cast<std::uint64_t>(std::max<std::int64_t>(0, m_faults.NextDue() - Now())));
+        Current();
+        BringAboutDue();
+    }
+    return code != ERROR_SUCCESS ? code : Advance(static_cast<std::uint64_t>(std::max<std::int64_t>(0, end - Now())));
+}
+
+Code Service::Advance(std::uint64_t milliseconds) {
     const Model* const model = Current();
     if (!model || model->clock == 0) {
         m_manualNow += static_cast<std::int64_t>(milliseconds);

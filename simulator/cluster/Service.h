@@ -55,6 +55,9 @@ public:
     // The fault that hits this call, or null. Counts.
     const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);
 
+    // What a call gives on a handle that was opened while the service ran.
+    Code LostCode() const;
+
     // Control.
     bool LoadModel(const char* json, std::string& error);
     std::string ReadModel();
@@ -71,7 +74,10 @@ public:
 
 private:
     Service();
+    void Add(Fault fault);
     void AddModelFaults(const Model& model);
+    void BringAboutDue(); // the events that a fault has for a time
+    Code Advance(std::uint64_t milliseconds);
     Code ChangeModel(Model* (Service::*get)(), const std::function<Code(Model&)>& change);
     Code Apply(Model& model, const std::function<Code(Model&)>& change);
     void CollectEvents(Model& model);
@@ -84,6 +90,7 @@ private:
     bool m_manualClock = false;
     std::int64_t m_manualNow = 0;
     bool m_recordsEvents = false;
+    bool m_hasStopped = false; // as far as this process has seen: the service did not run when it looked last
     std::vector<Event> m_events;
 };
 

@@ -54,3 +54,68 @@ TEST_F(CoreResource, Since2008DependenciesAreAHundredDeepAtMost) {
         }
     }
 }
+
+TEST_F(CoreResource, TellsByItsFlagsThatItIsOne) {
+    LoadCore();
+    const Bytes no = {0, 0, 0, 0};
+    const Bytes yes = {1, 0, 0, 0};
+    EXPECT_EQ(Control(Resource(L"Name"), CLUSCTL_RESOURCE_GET_FLAGS), yes);
+    EXPECT_EQ(Control(Resource(L"Own"), CLUSCTL_RESOURCE_GET_FLAGS), no);
+    EXPECT_EQ(Control(Resource(L"Quorum"), CLUSCTL_RESOURCE_GET_CHARACTERISTICS), yes) << "may hold a quorum";
+    EXPECT_EQ(Control(Resource(L"Name"), CLUSCTL_RESOURCE_GET_CHARACTERISTICS), no);
+}
+
+TEST_F(CoreResource, Since2008AProbeOfItsFlagsSucceeds) {
+    LoadCore(R"(, "behaviour": {"protocol": 2008})");
+    for (const DWORD code : {CLUSCTL_RESOURCE_GET_FLAGS, CLUSCTL_RESOURCE_GET_CHARACTERISTICS}) {
+        DWORD cb = 0;
+        EXPECT_EQ(ClusterResourceControl(Resource(L"Name"), nullptr, code, nullptr, 0, nullptr, 0, &cb), 0u);
+        EXPECT_EQ(cb, 4u);
+    }
+}
+
+TEST_F(CoreResource, TellsWhatItsTypeRequires) {
+    LoadCore();
+    Bytes expected;
+    AppendEntry(expected, CLUSPROP_SYNTAX_NAME, TextOf(L"IP Address"));
+    Append(expected, CLUSPROP_SYNTAX_ENDMARK);
+    EXPECT_EQ(Control(Resource(L"Name"), CLUSCTL_RESOURCE_GET_REQUIRED_DEPENDENCIES), expected);
+    EXPECT_EQ(Control(Resource(L"Address"), CLUSCTL_RESOURCE_GET_REQUIRED_DEPENDENCIES), Bytes(4));
+}
+
+TEST_F(CoreResource, ListsTheNamesOfItsProperties) {
+    LoadCore(R"(, "behaviour": {"protocol": 2008})");
+    const auto texts = [](const Bytes& bytes) {
+        std::wstring text;
+        for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+            const auto c = static_cast<wchar_t>(bytes[i] | bytes[i + 1] << 8);
+            text += c == L'\0' ? L'|' : c;
+        }
+        return text;
+    };
+    EXPECT_EQ(texts(Control(Resource(L"Name"), CLUSCTL_RESOURCE_ENUM_COMMON_PROPERTIES)),
+              L"Description|DebugPrefix|SeparateMonitor|PersistentState|LooksAlivePollInterval|IsAlivePollInterval|"
+              L"RestartAction|RestartThreshold|RestartPeriod|RetryPeriodOnFailure|PendingTimeout|DeadlockTimeout||");
+    EXPECT_EQ(texts(Control(Resource(L"Name"), CLUSCTL_RESOURCE_ENUM_PRIVATE_PROPERTIES)), L"|");
+    EXPECT_EQ(Control(Resource(L"Name"), CLUSCTL_RESOURCE_GET_RO_PRIVATE_PROPERTIES), Bytes(4));
+}
+
+TEST_F(CoreResource, CommonPropertiesAreValidatedWithoutBeingSet) {
+    LoadCore();
+    const auto list = [](const wchar_t* name, DWORD value) {
+        Bytes bytes;
+        Append(bytes, 1);
+        AppendEntry(bytes, CLUSPROP_SYNTAX_NAME, TextOf(name));
+        Bytes number;
+        Append(number, value);
+        AppendEntry(bytes, CLUSPROP_SYNTAX_LIST_VALUE_DWORD, number);
+        Append(bytes, CLUSPROP_SYNTAX_ENDMARK);
+        return bytes;
+    };
+    const DWORD validate = CLUSCTL_RESOURCE_VALIDATE_COMMON_PROPERTIES;
+    EXPECT_EQ(SetControl(Resource(L"Own"), validate, list(L"RestartAction", 1)), 0u);
+    EXPECT_EQ(SetControl(Resource(L"Own"), validate, list(L"RestartAction", 3)),
+              static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(SetControl(Resource(L"Own"), validate, list(L"Colour", 1)), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(ReadModel().find("RestartAction"), std::string::npos);
+}

@@ -98,6 +98,16 @@ Json ValueJson(DWORD syntax, const Value& value) {
 
 // CLUSPROP_SYNTAX_DISK_GUID, which older platform headers lack.
 const DWORD SyntaxDiskGuid = 0x000B0003;
+const DWORD SyntaxDiskSize = 0x000C0006;
+
+std::uint64_t LargeNumberOf(const Value& value) {
+    std::uint64_t number = 0;
+    if (value.size < sizeof(number)) {
+        throw Failure("the cluster gave a number that is too short");
+    }
+    std::memcpy(&number, value.data, sizeof(number));
+    return number;
+}
 
 std::wstring PartitionText(const Value& value, size_t offset) {
     if (value.size < offset + clus::PartitionTextSize) {
@@ -178,6 +188,9 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
             break;
         case CLUSPROP_SYNTAX_DISK_NUMBER:
             disk["number"] = NumberOf(value);
+            break;
+        case SyntaxDiskSize:
+            disk["size"] = LargeNumberOf(value);
             break;
         case CLUSPROP_SYNTAX_PARTITION_INFO:
             partitions.push_back(PartitionJson(value));
