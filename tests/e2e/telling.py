@@ -73,9 +73,16 @@ def commands_of(runner):
     return commands
 
 
+def changing_commands():
+    """Those that change something, from where clusctl itself has them."""
+    source = (ROOT / "tools" / "clusctl" / "CommandLine.cpp").read_text(encoding="utf-8")
+    return set(re.findall(r'"([^"]+)"', re.search(r"ChangingCommands\[\] = \{(.*?)\};", source, re.DOTALL)[1]))
+
+
 def check_help(runner, _):
-    """`clusctl help COMMAND` shows what `clusctl COMMAND --help` shows."""
+    """`clusctl help COMMAND` shows what `clusctl COMMAND --help` shows, and each command that changes something takes --dry-run."""
     commands = commands_of(runner)
+    changing = changing_commands()
     families = {command.rsplit(" ", 1)[0] for command in commands if " " in command}
     problems = [] if told_by(runner, "help") == told_by(runner, "--help") else ["clusctl help is not clusctl --help"]
     for command in [*commands, *sorted(families)]:
@@ -85,7 +92,9 @@ def check_help(runner, _):
             problems.append(f"clusctl help {command} is not clusctl {command} --help")
         if not text.startswith(f"Usage: clusctl {command} "):
             problems.append(f"clusctl {command} --help does not begin with how it is used")
-    return problems
+        if ("\n  --dry-run " in text) != (command in changing):
+            problems.append(f"clusctl {command} {'takes no' if command in changing else 'has a'} --dry-run")
+    return problems + [f"there is no clusctl {command}" for command in sorted(changing - set(commands))]
 
 
 def offered(folder, script, words):

@@ -227,7 +227,7 @@ std::wstring CopyLive(const LogCapture& log, Answering asked, const common::Temp
     Report unread;
     const Json model = ReadClusterModel(log, unread);
     WarnOfCopy(unread.Warnings());
-    const std::wstring path = folder.File(L"model.json");
+    std::wstring path = folder.File(L"model.json");
     common::WriteWholeFile(path, common::DumpJson(Essence(model)));
     return path;
 }

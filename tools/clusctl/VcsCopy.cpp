@@ -57,7 +57,8 @@ ProgramResult RunOn(const std::wstring& mainCf, const wchar_t* tool, const Words
 // "hares=1" prints what a tool prints that does not reach VCS.
 std::string WithOutput(const std::string& fault) {
     const std::size_t equals = fault.rfind('=');
-    const bool isCode = equals != std::string::npos && fault.find_first_not_of("0123456789", equals + 1) == fault.npos;
+    const bool isCode =
+        equals != std::string::npos && fault.find_first_not_of("0123456789", equals + 1) == std::string::npos;
     return isCode ? fault + "," + UsualOutput : fault;
 }
 

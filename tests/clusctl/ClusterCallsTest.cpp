@@ -1,0 +1,88 @@
+#include "ClusterCalls.h"
+#include "VcsToolCalls.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const char Journal[] = R"({"call":"OpenCluster","args":{"name":null},"result":1}
+{"call":"OpenClusterResource","args":{"cluster":1,"name":"EVS1 Disk"},"result":2}
+{"call":"OpenClusterResource","args":{"cluster":1,"name":"Gone"},"result":0,"error":5007}
+no JSON
+{"call":"OnlineClusterResource","begins":true}
+{"call":"ClusterResourceControl","args":{"resource":2,"code":20971614},"result":5}
+{"call":"ClusterResourceControl","args":{"resource":2,"code":16777257},"result":0}
+{"call":"AddClusterResourceNode","args":{"resource":2,"name":"NODE2"},"result":5010}
+)";
+
+} // namespace
+
+TEST(ClusterCalls, HandlesAreShownAsTheNamesTheyWereOpenedWith) {
+    const std::vector<ClusterCall> calls = ReadClusterCalls(Journal);
+    ASSERT_EQ(calls.size(), 6U);
+    EXPECT_EQ(calls[1].text, "OpenClusterResource(EVS1 Disk)");
+    EXPECT_EQ(calls[3].text, "ClusterResourceControl(EVS1 Disk, SET_COMMON_PROPERTIES)");
+    EXPECT_EQ(calls[5].text, "AddClusterResourceNode(EVS1 Disk, NODE2)");
+}
+
+TEST(ClusterCalls, OccurrencesCountTheCallsOfOneName) {
+    const std::vector<ClusterCall> calls = ReadClusterCalls(Journal);
+    ASSERT_EQ(calls.size(), 6U);
+    EXPECT_EQ(calls[2].call, "OpenClusterResource");
+    EXPECT_EQ(calls[2].occurrence, 2U);
+    EXPECT_EQ(calls[5].occurrence, 1U);
+}
+
+TEST(ClusterCalls, ControlCodesTellWhetherSomethingIsChanged) {
+    const std::vector<ClusterCall> calls = ReadClusterCalls(Journal);
+    ASSERT_EQ(calls.size(), 6U);
+    EXPECT_TRUE(calls[3].changes);
+    EXPECT_FALSE(calls[4].changes);
+    EXPECT_TRUE(calls[5].changes);
+    EXPECT_FALSE(calls[0].changes);
+}
+
+TEST(ClusterCalls, CodesComeFromTheErrorOrTheResult) {
+    const std::vector<ClusterCall> calls = ReadClusterCalls(Journal);
+    ASSERT_EQ(calls.size(), 6U);
+    EXPECT_EQ(calls[0].code, 0U);
+    EXPECT_EQ(calls[2].code, 5007U);
+    EXPECT_EQ(calls[3].code, 5U);
+    EXPECT_EQ(calls[5].code, 5010U);
+}
+
+TEST(ClusterCalls, WhatAsksFailsForWantOfTheServerAndWhatChangesIsDenied) {
+    EXPECT_EQ(UsualCodeOf("GetClusterResourceState"), 1722U);
+    EXPECT_EQ(UsualCodeOf("ClusterEnum"), 1722U);
+    EXPECT_EQ(UsualCodeOf("OpenCluster"), 1722U);
+    EXPECT_EQ(UsualCodeOf("AddClusterResourceNode"), 5U);
+    EXPECT_EQ(UsualCodeOf("ResUtilFindSzProperty"), 2U);
+}
+
+TEST(VcsToolCalls, RunsHaveTheirWordsExitCodeAndWhatWasSaidOfAFailure) {
+    const std::vector<ClusterCall> calls =
+        ReadToolCalls(R"({"tool":"hares","arguments":["-modify","EVS1-IP","Keys","HKLM\\A B",""],"exit":0,"output":""}
+{"tool":"hares","arguments":["-link","A","B"],"exit":1,"output":"VCS WARNING made up\r\nmore\r\n"}
+{"tool":"hagrp","arguments":["-list"],"exit":0,"output":"EVS1\r\n"}
+)");
+    ASSERT_EQ(calls.size(), 3U);
+    EXPECT_EQ(calls[0].text, "hares -modify EVS1-IP Keys \"HKLM\\A B\" \"\"");
+    EXPECT_TRUE(calls[0].changes);
+    EXPECT_EQ(calls[1].occurrence, 2U);
+    EXPECT_EQ(calls[1].code, 1U);
+    EXPECT_EQ(calls[1].said, "VCS WARNING made up");
+    EXPECT_FALSE(calls[2].changes);
+    EXPECT_EQ(calls[2].occurrence, 1U);
+    EXPECT_EQ(calls[2].said, "");
+}
+
+TEST(VcsToolCalls, AnEncryptionChangesNothingAndARunThatHangsHasNoCode) {
+    const std::vector<ClusterCall> calls =
+        ReadToolCalls("{\"tool\":\"vcsencrypt\",\"arguments\":[\"-agent\",\"***\"],\"exit\":"
+                      "0,\"output\":\"***\"}\n{\"tool\":\"haconf\",\"arguments\":["
+                      "\"-makerw\"],\"exit\":null,\"output\":\"\"}\n\n");
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_FALSE(calls[0].changes);
+    EXPECT_TRUE(calls[1].changes);
+    EXPECT_NE(calls[1].code, 0U);
+}
