@@ -114,8 +114,8 @@ VOLATILE = [
     (r"Z:\\[^ \"]*\\bin(?=\\?\")", "BIN"),
     # Of Wine's run-time, and whatever else is no part of this project.
     (r"(?<=of version )\d+\.\d+\.\d+\.\d+(?=, and is \\?\"C:)", "VERSION"),
-    (r"Z:\\[^ \"]*\\e2e\\+work\\+(?:silent\\+)?(?!silent\\)[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
-    (r"Z:(\\+)[^ \"]*\\e2e\\+work\\+(?:silent\\+)?", r"WORK\1"),
+    (r"Z:\\[^ \"]*\\e2e\\+work(?:-2)?\\+(?:silent\\+)?(?!silent\\)[^ \"\\]+\\+", ""), # in the case's folder, as the environment names it; but for the tools
+    (r"Z:(\\+)[^ \"]*\\e2e\\+work(?:-2)?\\+(?:silent\\+)?", r"WORK\1"),
     (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r'"time":[\d.]+,"took":[\d.]+', '"time":TIME,"took":TIME'), # of a recording
