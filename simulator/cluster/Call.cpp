@@ -46,10 +46,14 @@ const Fault* Call::HitAnyOf(const std::vector<std::wstring>& objects) {
     if (m_service.journal.WantsLines()) {
         m_service.journal.AddDelay(m_name, delay);
     }
-    m_lock.unlock();
-    Sleep(delay);
-    m_lock.lock();
+    Wait(delay);
     return nullptr;
+}
+
+void Call::Wait(DWORD milliseconds) {
+    m_lock.unlock();
+    Sleep(milliseconds);
+    m_lock.lock();
 }
 
 const Fault* Call::HitHandle(const void* handle, const wchar_t* other) {

@@ -28,6 +28,9 @@ public:
     // The same for a call on a handle, which goes by the name of the handle's object, or by `other`.
     const Fault* HitHandle(const void* handle, const wchar_t* other = nullptr);
 
+    // Lets other threads' calls go on for so long. What was found of model and handles before has to be found anew.
+    void Wait(DWORD milliseconds);
+
     // Closes the handle. A fault is reported, and the handle closed all the same.
     Code Close(const void* handle, HandleKind kind);
 

@@ -71,7 +71,7 @@ CLUSSIM_API void ClusSimClearJournal(void);
 // all.
 CLUSSIM_API size_t ClusSimCallCount(const char* call);
 
-// Handles open now. `kind`: "cluster", "resource", "group", "node", "enum", or null for all.
+// Handles open now. `kind`: "cluster", "resource", "group", "node", "port", "enum", or null for all.
 CLUSSIM_API size_t ClusSimOpenHandles(const char* kind);
 
 // Calls that closed or used a handle that was not open, since the last ClusSimClearJournal or ClusSimReset.

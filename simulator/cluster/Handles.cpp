@@ -16,6 +16,8 @@ const char* KindName(HandleKind kind) {
         return "group";
     case HandleKind::Node:
         return "node";
+    case HandleKind::Port:
+        return "port";
     default:
         return "enum";
     }

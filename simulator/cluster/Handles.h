@@ -5,11 +5,14 @@
 #define CLUSSIM_HANDLES_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace clussim {
+
+class NotificationPort;
 
 enum class HandleKind {
     Cluster,
@@ -18,7 +21,8 @@ enum class HandleKind {
     Node,
     ClusterEnum,
     GroupEnum,
-    ResourceEnum
+    ResourceEnum,
+    Port
 };
 
 struct HandleEntry {
@@ -29,7 +33,8 @@ struct HandleEntry {
     HandleKind kind;
     std::wstring object;                                       // ID or name; of an enumeration, of what was enumerated
     std::vector<std::pair<unsigned long, std::wstring>> items; // of an enumeration: type and name
-    bool isStale = false;                                      // of no use but to be closed
+    std::shared_ptr<NotificationPort> port;
+    bool isStale = false; // of no use but to be closed
 };
 
 class Handles {
