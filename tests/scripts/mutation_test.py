@@ -208,7 +208,7 @@ class TestOutput(unittest.TestCase):
         self.assertEqual(sorted(programs), sorted(tree.PROGRAMS))
 
     def test_a_file_has_one_name_however_it_is_included(self):
-        listed = "objects/a.o: \\\n /home/tests/core/a.cpp \\\n src/core/../core/Text.h src/core/Lists.h\n"
+        listed = "objects/a.o: \\\n /source/tests/core/a.cpp \\\n src/core/../core/Text.h src/core/Lists.h\n"
         self.assertEqual(tree.library_files_in(listed), {"src/core/Text.h", "src/core/Lists.h"})
 
 

@@ -305,7 +305,7 @@ private:
     const std::wstring m_thisComputer;
     std::set<std::wstring> m_downNodes; // folded
     bool m_downNodeOwns = false;        // what the simulator accepts only when it is told to
-    Bytes m_answer; // of the control asked last
+    Bytes m_answer;                     // of the control asked last
     Json m_types = Json::array();
     std::unordered_map<std::string, DWORD> m_classes; // by type
     std::set<std::string> m_classless;                // types whose class was refused
