@@ -9,12 +9,7 @@ TEST_F(EventFault, AGroupMovesJustBeforeACall) {
     Load(Replaced(MailCluster, "\"state\": \"down\"", "\"state\": \"up\""));
     ASSERT_TRUE(ClusSimAddFault("GetClusterGroupState@EVS1#2=event:\"move EVS1 NODE-B\""));
     const GroupOwner group = Group(L"EVS1");
-    const auto owner = [&group] {
-        wchar_t name[64] = L"";
-        DWORD cch = 64;
-        GetClusterGroupState(group, name, &cch);
-        return std::wstring(name);
-    };
+    const auto owner = [&group] { return OwnerOf(group); };
     EXPECT_EQ(owner(), L"NODE-A");
     EXPECT_EQ(owner(), L"NODE-B");
     EXPECT_THAT(ReadJournal(), HasSubstr(R"("call": "GetClusterGroupState", "event": "move EVS1 NODE-B"})"));

@@ -84,12 +84,7 @@ TEST_F(TimedEvent, HappensWhenItsTimeHasCome) {
     ASSERT_TRUE(ClusSimAddFault("time@8=event:\"fail EVS1 IP\""));
     ASSERT_TRUE(ClusSimAddFault("time@9=event:\"quorum-loss\""));
     const GroupOwner group = Group(L"EVS1");
-    const auto owner = [&group] {
-        wchar_t name[64] = L"";
-        DWORD cch = 64;
-        GetClusterGroupState(group, name, &cch);
-        return std::wstring(name);
-    };
+    const auto owner = [&group] { return OwnerOf(group); };
     EXPECT_EQ(owner(), L"NODE-A");
     ClusSimAdvanceClock(4999);
     EXPECT_EQ(owner(), L"NODE-A");

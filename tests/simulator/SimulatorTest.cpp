@@ -49,6 +49,13 @@ ResourceOwner SimulatorTest::Resource(const wchar_t* name) {
     return resource;
 }
 
+std::wstring SimulatorTest::OwnerOf(HGROUP group) {
+    wchar_t name[64] = L"";
+    DWORD cch = 64;
+    GetClusterGroupState(group, name, &cch);
+    return name;
+}
+
 GroupOwner SimulatorTest::Group(const wchar_t* name) {
     GroupOwner group(OpenClusterGroup(m_cluster, name));
     EXPECT_NE(static_cast<HGROUP>(group), nullptr) << "error " << GetLastError();

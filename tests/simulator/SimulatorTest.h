@@ -92,6 +92,8 @@ protected:
 
     ResourceOwner Resource(const wchar_t* name);
     GroupOwner Group(const wchar_t* name);
+    // The node that the cluster names for the group.
+    static std::wstring OwnerOf(HGROUP group);
     NodeOwner Node(const wchar_t* name);
     int StateOf(const wchar_t* resource);
 
