@@ -21,4 +21,10 @@ TEST(UtcTime, IsTheSystemsInBothForms) {
     EXPECT_LE(std::stoi(programs), now.wYear + 1);
 }
 
+TEST(UtcTime, SecondsOf1970BecomeAMoment) {
+    EXPECT_EQ(common::UtcTime(0), "1970-01-01T00:00:00Z");
+    EXPECT_EQ(common::UtcTime(1164221103), "2006-11-22T18:45:03Z");
+    EXPECT_EQ(common::UtcTime(0xFFFFFFFF), "2106-02-07T06:28:15Z");
+}
+
 } // namespace

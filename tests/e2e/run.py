@@ -59,17 +59,19 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
-  absent TEXT FILE .. fails when the text, in any letter case, is in one of the files
+  absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
   same-rehearsal M E .. rehearses the events E on the model M twice; prints how the second output, and model, differ from the first
   asked-only FILE     fails when a journal of a simulator holds a call, or the run of a tool, that changes something
   documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
+  unzip FILE.zip      unpacks an archive into the folder FILE; prints what is in it, what of it was masked, and whether its manifest is right
   files               lists the case's folder
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
 import difflib
 import fcntl
+import hashlib
 import json
 import os
 import pty
@@ -81,6 +83,7 @@ import subprocess
 import sys
 import termios
 import time
+import zipfile
 from pathlib import Path
 
 sys.dont_write_bytecode = True
@@ -119,6 +122,8 @@ VOLATILE = [
     (r"C:(\\+)[^ \"]*\\(clusctl-vcs)-\d+-\d+", r"TEMP\1\2"),
     (r"C:\\[^ ]*\\clusctl-\d+-\d+\\", r"TEMP\\"),
     (r'"time":[\d.]+,"took":[\d.]+', '"time":TIME,"took":TIME'), # of a recording
+    (r'(?<="bytes": )\d+(?=,\n +"sha256")', "0"), # of files that name folders
+    (r'(?<="sha256": ")[0-9a-f]{64}', "HASH"),
     (r"x{1000,}", lambda match: "{x*%d}" % len(match[0])),
 ]
 
@@ -493,7 +498,9 @@ class Case:
             return "".join(f"{found}\n" for found in text.splitlines() if arguments[0] in found)
         if verb == "absent":
             wanted = arguments[0].encode("utf-8").lower()
-            found = [name for name in arguments[1:] if wanted in (self.folder / name).read_bytes().lower()]
+            paths = [path for name in arguments[1:] for path in (sorted((self.folder / name).iterdir())
+                                                                 if (self.folder / name).is_dir() else [self.folder / name])]
+            found = [path.name for path in paths if wanted in path.read_bytes().lower()]
             return f"found in {', '.join(found)}\n" if found else "absent\n"
         if verb == "same-rehearsal":
             return self.same_rehearsal(arguments, variables)
@@ -506,12 +513,26 @@ class Case:
             other = other if other.is_file() and arguments[0] != arguments[1] else find_input(arguments[1])
             same = (self.folder / arguments[0]).read_bytes() == other.read_bytes()
             return "unchanged\n" if same else "changed\n"
+        if verb == "unzip":
+            return self.unzip(arguments[0])
         if verb == "files":
             return "".join(f"{name}\n" for name in sorted(file.name for file in self.folder.iterdir() if file.is_file()))
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
             return f"{keys.count(b'clusctl-')}\n"
         sys.exit(f"{self.file.name}: unknown command '{verb}'")
+
+    def unzip(self, name):
+        folder = self.folder / Path(name).stem
+        with zipfile.ZipFile(self.folder / name) as archive:
+            archive.extractall(folder)
+            names = archive.namelist()
+        manifest = json.loads((folder / "manifest.json").read_text(encoding="utf-8"))
+        told = {entry["name"]: (entry["sha256"], entry["bytes"]) for entry in manifest["files"]}
+        found = {file.name: (hashlib.sha256(file.read_bytes()).hexdigest(), file.stat().st_size)
+                 for file in folder.iterdir() if file.name != "manifest.json"}
+        lines = [f"{entry['name']}: {masked['what']}" for entry in manifest["files"] for masked in entry["masked"]]
+        return "\n".join([*names, *lines, "as" if told == found else "not as"]) + " the manifest says\n"
 
     def transcript(self):
         lines = self.file.read_text(encoding="utf-8").splitlines()

@@ -338,7 +338,7 @@ bool CommandLine::FinishesStep() const {
 
 Answering CommandLine::Asked() const {
     static const char* const askingEither[] = {
-        "doctor", "graph", "probe", "report", "status", "tree", RehearseCommand,
+        "doctor", "graph", "probe", "report", "status", "support-bundle", "tree", RehearseCommand,
     };
     if (std::find(std::begin(askingEither), std::end(askingEither), ChosenName()) != std::end(askingEither)) {
         const auto asksBy = m_asksBy.find(&Deepest());

@@ -1,7 +1,7 @@
 // The doctor's look at this computer: libraries and their versions, runs that were ended, files that were left.
 #include "DoctorParts.h"
 
-#include "FileVersion.h"
+#include "LoadedLibraries.h"
 #include "LogCapture.h"
 #include "RunMarker.h"
 #include "Text.h"
@@ -12,45 +12,19 @@
 
 namespace {
 
-const wchar_t* const ProductLibraries[] = {L"clusutil.dll", L"DebugLog.dll", L"CommonUtil.dll", L"WebServerUtil.dll"};
-// The run-time is that of the compiler which built the library.
-const wchar_t* const OtherLibraries[] = {L"clusapi.dll",        L"resutils.dll",        L"libstdc++-6.dll",
-                                         L"libgcc_s_seh-1.dll", L"libwinpthread-1.dll", L"vcruntime140.dll",
-                                         L"msvcp140.dll",       L"ucrtbase.dll",        L"msvcrt.dll"};
-
-std::wstring PathOf(HMODULE module) {
-    std::wstring path(32768, L'\0'); // the longest there is
-    path.resize(GetModuleFileNameW(module, &path[0], static_cast<DWORD>(path.size())));
-    return path;
-}
-
-// Of one that is loaded. Its version; empty when it has none.
-std::string LookAtLibrary(const wchar_t* name, Findings& findings) {
-    const HMODULE module = GetModuleHandleW(name);
-    if (module == nullptr) {
-        return std::string();
-    }
-    const std::wstring path = PathOf(module);
-    std::string version = FileVersion(path);
-    findings.Add("library", Printable(std::wstring(name)),
-                 (version.empty() ? "It has no version" : "It is of version " + version) + ", and is " +
-                     QuotedPath(path) + ".");
-    return version;
-}
-
 // Those that the library needs are loaded with it, or clusctl has ended.
 void LookAtLibraries(const LogCapture& log, Findings& findings) {
     std::string wanted;
-    for (const wchar_t* const name : ProductLibraries) {
-        const std::string version = LookAtLibrary(name, findings);
-        wanted = wanted.empty() ? version : wanted;
-        if (version != wanted) {
-            findings.Add("library-version-differs", Printable(std::wstring(name)),
-                         "clusutil.dll is of version " + wanted + ".", "copy the DLLs of one release there");
+    for (const LoadedLibrary& library : LoadedLibraries()) {
+        const std::string name = Printable(std::wstring(library.name));
+        findings.Add("library", name,
+                     (library.version.empty() ? "It has no version" : "It is of version " + library.version) +
+                         ", and is " + QuotedPath(library.path) + ".");
+        wanted = wanted.empty() ? library.version : wanted;
+        if (library.isProducts && library.version != wanted) {
+            findings.Add("library-version-differs", name, "clusutil.dll is of version " + wanted + ".",
+                         "copy the DLLs of one release there");
         }
-    }
-    for (const wchar_t* const name : OtherLibraries) {
-        LookAtLibrary(name, findings);
     }
     if (!log.IsAvailable()) {
         findings.Add("log-not-handed-out", "DebugLog.dll", "It does not hand out its lines.");

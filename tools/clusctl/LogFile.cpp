@@ -14,6 +14,12 @@
 
 using namespace DebugLogDetail;
 
+namespace {
+
+std::wstring g_path;
+
+} // namespace
+
 LogFile::LogFile(const std::wstring& option) {
     if (!option.empty()) {
         SetEnvironmentVariableW(FileVariable, option.c_str());
@@ -26,7 +32,8 @@ LogFile::LogFile(const std::wstring& option) {
         }
         return;
     }
-    m_file = common::AppendFile(common::FullPath(config.file)); // whatever the current folder is when it is written
+    g_path = common::FullPath(config.file); // whatever the current folder is when it is written
+    m_file = common::AppendFile(g_path);
     m_mask = m_file.Open() == ERROR_SUCCESS ? config.mask : 0;
     // The log library is left a file that keeps nothing.
     SetEnvironmentVariableW(FileVariable, L"NUL");
@@ -42,4 +49,8 @@ void LogFile::Write(unsigned int level, const char* sourceFile, int line, const 
         m_hasWarned = true;
         Stream(STD_ERROR_HANDLE).Write("clusctl: warning: the log file is incomplete: " + ErrorText(code) + "\n");
     }
+}
+
+const std::wstring& DebugLogPath() {
+    return g_path;
 }

@@ -6,6 +6,9 @@
 
 #include <string>
 
+// The file that this process writes, or would if it could be opened; empty when there is none.
+const std::wstring& DebugLogPath();
+
 class LogFile {
 public:
     // Opens the file that --log, or else CLUSUTIL_LOG_FILE or the log's registry key, names, and takes it away from the

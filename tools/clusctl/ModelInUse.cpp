@@ -1,5 +1,6 @@
 #include "ModelInUse.h"
 
+#include "BundleFiles.h"
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Replay.h"
@@ -18,6 +19,7 @@ namespace {
 const wchar_t MainCf[] = L"\\main.cf";
 
 std::wstring g_named;
+std::wstring g_bundle; // the path of the one in use; empty without one
 
 void SetVariable(const wchar_t* name, const std::wstring& value) {
     if (!SetEnvironmentVariableW(name, value.empty() ? nullptr : value.c_str()) && !value.empty()) {
@@ -70,7 +72,7 @@ std::wstring ModelFile(const std::wstring& named) {
         throw Failure(Errors::FileNotFound, "there is no model " + Quoted(named))
             .Hint(IsFolder(path) ? "A folder is one of VCS and has to hold a main.cf." : "");
     }
-    return model;
+    return IsBundle(model) ? ModelOfBundle(model) : model;
 }
 
 // What is loaded by its path is found by its name from then on, by this program and by the library.
@@ -111,8 +113,18 @@ void UseModel(const std::wstring& file, Answering asked) {
         LoadClusterSimulator();
     }
     g_named = file;
+    const std::wstring path = common::FullPath(file);
+    g_bundle = path == model || IsFolder(path) ? std::wstring() : path;
 }
 
 const std::wstring& NamedModel() {
     return g_named;
+}
+
+bool IsBundleInUse() {
+    return !g_bundle.empty();
+}
+
+Json BundleSettings() {
+    return SettingsOfBundle(g_bundle);
 }

@@ -2,12 +2,14 @@
 #ifndef CLUSCTL_MODELINUSE_H
 #define CLUSCTL_MODELINUSE_H
 
+#include "Json.h"
 #include "Simulation.h"
 
 #include <string>
 
 // Starts the simulator that the file is for: that of failover clusters for a model in JSON, that of VCS for a main.cf
-// or a folder with one; for a recording none, it answers itself once BeginReplay is called. To be called before the
+// or a folder with one, for a support bundle that of the model in it; for a recording none, it answers itself once
+// BeginReplay is called. To be called before the
 // cluster API or a VCS tool is used; nothing real is asked from then on. Throws WrongUsage when the command asks the
 // other kind of cluster, Failure when there is no such file, or the installation lacks the simulator.
 void UseModel(const std::wstring& file, Answering asked);
@@ -16,7 +18,8 @@ void UseModel(const std::wstring& file, Answering asked);
 // read.
 bool IsModelOfVcs(const std::wstring& file);
 
-// The file that a model is read from: itself, or the main.cf of a folder. Throws Failure when there is none.
+// The file that a model is read from: itself, the main.cf of a folder, or that of a bundle, which is unpacked
+// (BundleFiles.h). Throws Failure when there is none.
 std::wstring ModelFile(const std::wstring& named);
 
 // The folder in which this installation, or build, has this file of the simulators; with a backslash at its end. Throws
@@ -28,5 +31,11 @@ void LoadClusterSimulator();
 
 // As the user has named it; empty without one.
 const std::wstring& NamedModel();
+
+// Whether it is that of a support bundle, which is looked at, not changed.
+bool IsBundleInUse();
+
+// The product's settings in the bundle in use; null when the product was not installed.
+Json BundleSettings();
 
 #endif

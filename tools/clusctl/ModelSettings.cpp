@@ -1,6 +1,7 @@
 #include "ModelSettings.h"
 
 #include "Failure.h"
+#include "ModelInUse.h"
 #include "Replay.h"
 #include "Simulation.h"
 #include "Text.h"
@@ -179,9 +180,10 @@ Json ReadProductSettings() {
 ModelSettings::ModelSettings() {
     const DWORD lastError = GetLastError(); // which the library logs where no call has set another
     DeleteLeftKeys();
-    const Json settings = IsReplaying() ? ReplayedSettings() : ReadFromSimulator();
+    const bool isWholeComputer = IsReplaying() || IsBundleInUse(); // which tells also that the product is not there
+    const Json settings = IsReplaying() ? ReplayedSettings() : IsBundleInUse() ? BundleSettings() : ReadFromSimulator();
     SetLastError(lastError);
-    if (settings.is_null() && !IsReplaying()) {
+    if (settings.is_null() && !isWholeComputer) {
         return;
     }
     m_name = KeyOf(KeyPrefix + std::to_wstring(GetCurrentProcessId()));

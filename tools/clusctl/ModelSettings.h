@@ -18,7 +18,8 @@ Json ReadProductSettings();
 
 // While it lives, the library finds the settings of the simulator's model where it looks for the product's registry
 // key: HKEY_LOCAL_MACHINE of this process is a volatile key of its own then, which nobody else sees. Nothing happens
-// without a simulator, or when the model has no settings; a recording always says whether the product was there.
+// without a simulator, or when the model has no settings; a recording and a support bundle always say whether the
+// product was there.
 class ModelSettings {
 public:
     // Throws Failure when they cannot be put in force.

@@ -2,20 +2,16 @@
 
 #include "ClusterInUse.h"
 #include "CommandLine.h"
-#include "Deployment.h"
 #include "Doctor.h"
 #include "NewFile.h"
+#include "ReportPage.h"
 #include "Simulation.h"
 #include "Status.h"
 #include "Text.h"
-#include "ThisComputer.h"
 
 #include "picture/HtmlPage.h"
 
 #include "common/Files.h"
-#include "common/UtcTime.h"
-
-#include <clus_VirtualServerUtil.h>
 
 #include <memory>
 
@@ -25,49 +21,14 @@ namespace {
 
 const char Heading[] = "The cluster";
 
-PageTable Settings() {
-    PageTable table = {"The product's settings on this computer", "", {"Setting", "Value"}, {}};
-    const Deployment deployment = ReadDeployment();
-    table.rows.push_back({"Deployment", deployment.kind});
-    table.rows.push_back({"Because", deployment.reason});
-    table.rows.push_back({"Registry key", common::ToUtf8(CVirtualServerUtil::GetProductRegistryKey())});
-    table.rows.push_back({"Data root", common::ToUtf8(CVirtualServerUtil::GetDataRootPath())});
-    return table;
-}
-
-// The doctor's findings, the worst first; what is well is only counted.
-PageTable FindingsTable(const Findings& findings) {
-    PageTable table = {"Findings", "", {"Level", "Code", "Group", "Object", "Seen", "Mend"}, {}};
-    for (const FindingLevel level : {FindingLevel::Error, FindingLevel::Warning, FindingLevel::Note}) {
-        for (const Finding& finding : findings.All()) {
-            if (finding.code->level == level) {
-                table.rows.push_back({LevelWord(level), finding.code->name, common::ToUtf8(finding.group),
-                                      finding.object, finding.seen, finding.mend});
-            }
-        }
-    }
-    const size_t good = findings.Count(FindingLevel::Ok);
-    table.rows.push_back({LevelWord(FindingLevel::Ok), "", "", "", std::to_string(good) + " things are well.", ""});
-    return table;
-}
-
 Report WriteReport(const LogCapture& log, const std::wstring& file, bool allowsWritableTools) {
     RequireNoFile(file);
     Report report;
     const Simulation simulation(ClusterInUse());
     const Status status = ReadStatus(log, report);
-    PageContent content;
-    content.madeAt = common::ShownUtcNow();
-    content.madeBy = "clusctl " CLUSCTL_VERSION;
-    content.computer = common::ToUtf8(ComputerName());
-    if (simulation.HasAnswered(log.Tools().Count() != 0)) {
-        content.simulated = simulation.File().empty() ? "no file" : common::ToUtf8(simulation.File());
-    }
     const Findings findings = Diagnose(log, {std::wstring(), allowsWritableTools});
-    content.warnings = report.Warnings();
-    content.tables = {FindingsTable(findings), Settings()};
-    content.cluster = status.cluster;
-    content.health = status.health;
+    const PageContent content = ReportPage(status, findings, report.Warnings(),
+                                           simulation.HasAnswered(log.Tools().Count() != 0) ? &simulation : nullptr);
     WriteNewFile(file, HtmlPage(content));
     report.AddSentence("report",
                        {{"file", file},

@@ -23,22 +23,13 @@ std::string Counted(size_t count, const char* word) {
     return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
 }
 
-void MaskSecrets(Json& model, Report& report) {
-    for (Json& resource : model["resources"]) {
-        const auto properties = resource.find("private");
-        const size_t count = properties == resource.end() ? 0 : MaskSecretProperties(*properties);
-        if (count != 0) {
-            report.AddWarning("masked " + Counted(count, "secret") + " of " +
-                              Quoted(resource["name"].get<std::string>()) + ": --show-secrets writes the true values");
-        }
-    }
-}
-
 Report Snapshot(const LogCapture& log, const SnapshotOptions& options) {
     Report report;
     Json model = ReadClusterModel(log, report);
     if (!options.showSecrets) {
-        MaskSecrets(model, report);
+        for (const std::string& masked : MaskSecrets(model)) {
+            report.AddWarning("masked " + masked + ": --show-secrets writes the true values");
+        }
     }
     const std::wstring& file = options.file;
     if (file.empty()) {
@@ -55,6 +46,18 @@ Report Snapshot(const LogCapture& log, const SnapshotOptions& options) {
 }
 
 } // namespace
+
+std::vector<std::string> MaskSecrets(Json& model) {
+    std::vector<std::string> masked;
+    for (Json& resource : model["resources"]) {
+        const auto properties = resource.find("private");
+        const size_t count = properties == resource.end() ? 0 : MaskSecretProperties(*properties);
+        if (count != 0) {
+            masked.push_back(Counted(count, "secret") + " of " + Quoted(resource["name"].get<std::string>()));
+        }
+    }
+    return masked;
+}
 
 void WriteModel(const std::wstring& file, const Json& model) {
     // A suffix of this process's own: several may write at once, and the last one's file stays.

@@ -215,10 +215,7 @@ private:
     void AddMainCf(const std::string& text) {
         std::size_t count = 0;
         const std::string masked = MaskedMainCf(text, count);
-        if (count != 0 && !m_source.showsSecrets) {
-            m_model.warnings.push_back("masked " + std::to_string(count) + (count == 1 ? " secret" : " secrets") +
-                                       " of the configuration: --show-secrets writes the true values");
-        }
+        m_model.masked = m_source.showsSecrets ? 0 : count;
         m_model.files.push_back({MainCfName, m_source.showsSecrets ? text : masked});
     }
 

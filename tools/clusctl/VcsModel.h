@@ -26,7 +26,8 @@ struct VcsModel {
     std::size_t systems = 0;
     std::size_t groups = 0;
     std::size_t resources = 0;
-    std::vector<std::string> warnings; // secrets that were masked
+    std::size_t masked = 0;            // secrets of the configuration
+    std::vector<std::string> warnings; // why the cluster's own main.cf was not copied
     std::vector<std::string> doubts;   // what may not be as in the cluster, or is missing
 };
 

@@ -53,6 +53,10 @@ Report Snapshot(const LogCapture& log, const Options& options) {
     for (const std::string& warning : model.warnings) {
         report.AddWarning(warning);
     }
+    if (model.masked != 0) {
+        report.AddWarning("masked " + Counted(model.masked, "secret") +
+                          " of the configuration: --show-secrets writes the true values");
+    }
     for (const std::string& doubt : model.doubts) {
         report.MarkIncomplete(doubt);
     }

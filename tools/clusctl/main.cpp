@@ -27,6 +27,7 @@
 #include "SnapshotCommand.h"
 #include "StatusCommand.h"
 #include "Stream.h"
+#include "SupportBundleCommand.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsFolder.h"
@@ -234,6 +235,9 @@ void Prepare(CommandLine& commandLine) {
     if (!model.empty()) {
         commandLine.Ask(ChooseCluster(commandLine.Asked(), model));
         UseModel(model, commandLine.Asked());
+        if (IsBundleInUse() && commandLine.Changes()) {
+            throw WrongUsage(Quoted(model) + " is a support bundle, which is looked at, not changed");
+        }
     }
     LoadLibraries();
     if (IsReplaying()) {
@@ -279,7 +283,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     };
     std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
     try {
-        if (commandLine.Asked() == Answering::FailoverCluster) {
+        if (commandLine.Asked() == Answering::FailoverCluster || IsBundleInUse()) {
             settings = std::make_unique<ModelSettings>();
         }
         std::vector<VcsToolFile> tools;
@@ -324,6 +328,7 @@ void AddCommands(CommandLine& commandLine) {
     AddReportCommand(commandLine);
     AddSnapshotCommand(commandLine);
     AddStatusCommand(commandLine);
+    AddSupportBundleCommand(commandLine);
     AddModelCommands(commandLine);
     AddPictureCommands(commandLine);
     AddProbeCommand(commandLine);

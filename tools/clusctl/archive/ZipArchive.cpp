@@ -147,6 +147,10 @@ void Add(void* zip, const File& file) {
     Require(zipCloseFileInZip(zip), NotWritten);
 }
 
+std::string TooLarge() {
+    return "the files of the archive are larger than " + std::to_string(MostBytes) + " bytes";
+}
+
 // What the files of an archive may still hold.
 class Room {
 public:
@@ -155,7 +159,7 @@ public:
 
     void Require(std::size_t bytes) const {
         if (m_taken + bytes > MostBytes) {
-            throw ArchiveError("the files of the archive are larger than " + std::to_string(MostBytes) + " bytes");
+            throw ArchiveError(TooLarge());
         }
         if (m_taken + bytes > m_byRatio) {
             throw ArchiveError("the files of the archive share their bytes");
@@ -225,8 +229,13 @@ std::string WriteZip(const std::vector<File>& files) {
         throw ArchiveError(NotWritten);
     }
     NamesSeen seen;
+    std::size_t size = 0;
     for (const File& file : files) {
         seen.Take(file.name);
+        size += file.bytes.size();
+        if (size > MostBytes) {
+            throw ArchiveError(TooLarge());
+        }
         Add(zip.get(), file);
     }
     Require(zipClose(zip.release(), nullptr), NotWritten);

@@ -32,7 +32,7 @@ bool IsPlainName(const std::string& name);
 bool LooksLikeZip(const std::string& bytes);
 
 // The archive of these files, in their order; the same bytes for the same files. Throws ArchiveError when a name is not
-// plain, or stands twice in any letter case.
+// plain, or stands twice in any letter case, or the files pass the bounds.
 std::string WriteZip(const std::vector<File>& files);
 
 // The files of an archive. Throws ArchiveError, also when a name is not plain or stands twice.
