@@ -26,13 +26,6 @@ const char* const TwoNetworks = R"({"cluster": {"name": "MAIL", "domain": "corp.
     {"name": "Disk", "type": "Physical Disk", "id": "6", "group": "G",
      "disk": {"signature": 5, "number": 1, "size": 5000000000, "partitions": [{"device": "F:"}]}}]})";
 
-std::wstring OwnerOf(HGROUP group) {
-    wchar_t name[64] = L"";
-    DWORD cch = 64;
-    GetClusterGroupState(group, name, &cch);
-    return name;
-}
-
 } // namespace
 
 class ClusterNetwork : public SimulatorTest {

@@ -273,6 +273,11 @@ std::string CommandLine::ReasonAgainst(const CLI::ParseError& error) const {
     const bool mayBeMisspelt = code == CLI::ExitCodes::RequiredError || code == CLI::ExitCodes::RequiresError ||
                                code == CLI::ExitCodes::ExtrasError;
     const std::vector<std::string> unknown = mayBeMisspelt ? m_app.remaining(true) : std::vector<std::string>();
+    if (code == CLI::ExitCodes::ArgumentMismatch) {
+        const std::string what = error.what();
+        const auto tooMany = what.find(": At Most 1 required");
+        return tooMany == std::string::npos ? what : what.substr(0, tooMany) + " may be given only once";
+    }
     if (unknown.empty()) {
         return IsFamily(deepest) && code == CLI::ExitCodes::RequiredError ? "a sub-command is missing" : error.what();
     }

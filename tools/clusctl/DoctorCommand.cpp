@@ -63,5 +63,5 @@ void AddDoctorCommand(CommandLine& commandLine) {
                                        [wanted, &commandLine](const LogCapture& log) {
                                            return Doctor(log, {*wanted, commandLine.Shared().allowsWritableTools});
                                        });
-    CommandLine::AddText(doctor, "NAME", *wanted, "SERVER|GROUP", "Only this virtual server, or this group");
+    CommandLine::AddText(doctor, "SERVER|GROUP", *wanted, "SERVER|GROUP", "Only this virtual server, or this group");
 }

@@ -81,7 +81,7 @@ Json ReadFromSimulator() {
     std::vector<char> text(read(nullptr, 0));
     if (text.empty() || read(text.data(), text.size()) > text.size()) {
         throw Failure(Errors::NoCluster, "the simulator cannot read the model " + Quoted(file))
-            .Hint("Its own message says what is wrong with it.");
+            .Hint("'clusctl model check " + Quoted(file) + "' tells what is wrong with it.");
     }
     return text[0] == '\0' ? Json() : common::ParseJson(text.data());
 }

@@ -5,6 +5,7 @@
 
 #include "common/Text.h"
 #include "core/ResourceTypes.h"
+#include "core/ValueList.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -20,7 +21,7 @@ void RequireComplete(const Report& report, const std::string& what) {
     }
 }
 
-// Whether all that could be the network name's resource can be read.
+// Whether all that could be the network name's resource can be read, and none of them is.
 void RequireNamesReadable(const CCluster& cluster, const std::wstring& server) {
     Report report;
     for (const std::wstring& name : ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE)) {
@@ -30,6 +31,14 @@ void RequireNamesReadable(const CCluster& cluster, const std::wstring& server) {
             const ResourceHandle resource = OpenResource(cluster, name);
             if (!QueryResource(resource.get(), CLUSCTL_RESOURCE_GET_NETWORK_NAME, answer, code)) {
                 MarkUnread(report, "cannot read the network name of " + Quoted(name), code);
+                continue;
+            }
+            // The library looks for the name in capitals.
+            const std::wstring networkName = clus::TextInBuffer(answer.data(), answer.size(), 0);
+            if (common::Folded(networkName) == common::Folded(server)) {
+                throw Failure(Errors::NotPossible, "the library does not find the virtual server " +
+                                                       Quoted(networkName) + ": its network name has small letters")
+                    .Hint("'clusctl doctor' says what to do about it.");
             }
         }
     }

@@ -18,6 +18,8 @@ using namespace picture;
 namespace {
 
 const char Heading[] = "The cluster";
+const char StatusName[] = "status";
+const char CheckOption[] = "--check";
 
 struct StatusOptions {
     bool isWatch = false;
@@ -34,7 +36,7 @@ ExitCode MonitoringCode(Level level) {
     case Level::Critical:
         return static_cast<ExitCode>(2);
     default:
-        return static_cast<ExitCode>(3);
+        return UnknownToMonitoring;
     }
 }
 
@@ -45,8 +47,7 @@ Report CheckReport(const std::string& line, Level level) {
     return report;
 }
 
-// Whatever happens, the answer is one line and one of the four codes that monitoring systems know. A cluster that ought
-// to answer and does not is critical; what keeps from asking it is unknown.
+// Whatever happens, the answer is one line and one of the four codes that monitoring systems know.
 Report Check(const LogCapture& log) {
     try {
         Report unread;
@@ -64,14 +65,7 @@ Report Check(const LogCapture& log) {
         if (failure.Kind().exitCode == ExitInterrupted) {
             throw;
         }
-        const std::string name = failure.Kind().name;
-        const bool isDown =
-            name == Errors::NoCluster.name || name == Errors::ClusterLost.name || name == Errors::EngineDown.name;
-        std::string what = failure.what();
-        what = what.substr(0, what.find('\n'));
-        std::replace(what.begin(), what.end(), '|', '/');
-        return CheckReport((isDown ? "CLUSTER CRITICAL - " : "CLUSTER UNKNOWN - ") + what,
-                           isDown ? Level::Critical : Level::Unknown);
+        return ::CheckReport(failure);
     }
 }
 
@@ -102,10 +96,27 @@ Report ShowStatus(const LogCapture& log, const CommandLine& commandLine, const S
 
 } // namespace
 
+bool IsCheck(const CommandLine& commandLine) {
+    return commandLine.ChosenName() == StatusName &&
+           commandLine.Root().get_subcommand(StatusName)->get_option(CheckOption)->count() > 0;
+}
+
+// A cluster that ought to answer and does not is critical; what keeps from asking it is unknown.
+Report CheckReport(const Failure& failure) {
+    const std::string name = failure.Kind().name;
+    const bool isDown =
+        name == Errors::NoCluster.name || name == Errors::ClusterLost.name || name == Errors::EngineDown.name;
+    std::string what = failure.what();
+    what = what.substr(0, what.find('\n'));
+    std::replace(what.begin(), what.end(), '|', '/');
+    return CheckReport((isDown ? "CLUSTER CRITICAL - " : "CLUSTER UNKNOWN - ") + what,
+                       isDown ? Level::Critical : Level::Unknown);
+}
+
 void AddStatusCommand(CommandLine& commandLine) {
     const auto options = std::make_shared<StatusOptions>();
     CLI::App& status = commandLine.Add(
-        Heading, "status", "Show how the cluster and its virtual servers are",
+        Heading, StatusName, "Show how the cluster and its virtual servers are",
         [&commandLine, options](const LogCapture& log) { return ShowStatus(log, commandLine, *options); });
     const auto take = [options](const std::string& text) {
         options->isWatch = true;
@@ -126,7 +137,7 @@ void AddStatusCommand(CommandLine& commandLine) {
             ->type_name("[SECONDS]")
             ->expected(0, 1);
     status
-        .add_flag("--check", options->isCheck,
+        .add_flag(CheckOption, options->isCheck,
                   "For monitoring systems: one line with figures, and as exit code 0 for ok, 1 for a warning, 2 for "
                   "critical, 3 for unknown")
         ->excludes(watch);

@@ -124,6 +124,17 @@ public:
         }
     }
 
+    // The same for the last thing that is shown: false when it could not be written, which is said.
+    bool TryShow(Report report, bool hasChanged) const {
+        try {
+            Show(std::move(report));
+            return true;
+        } catch (const Failure& unwritten) {
+            m_errors.Write(ErrorText(Failure(unwritten.what() + std::string(hasChanged ? "; the work was done" : ""))));
+            return false;
+        }
+    }
+
     // `shown`: what there is to show of the work done until then, if anything.
     void Show(const Failure& failure, const Report& shown) const {
         Json besides = ErrorJson(failure);
@@ -229,6 +240,11 @@ std::vector<VcsToolFile> CheckedTools(const CommandLine& commandLine, Answer& an
     return tools;
 }
 
+// What is said of models themselves asks no cluster, so that it may be asked of one that no simulator reads.
+bool AsksNone(const CommandLine& commandLine) {
+    return StartsWith(commandLine.ChosenName(), "model ");
+}
+
 // Decides whom the command asks, and loads what that takes.
 void Prepare(CommandLine& commandLine) {
     const std::wstring& model = commandLine.Shared().model;
@@ -255,7 +271,9 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     RehearsedRun rehearsedRun(!shared.model.empty());
     Prepare(commandLine);
     rehearsedRun.Begin(commandLine.Asked());
-    RequireNamedSimulators(commandLine.Asked());
+    if (!AsksNone(commandLine)) {
+        RequireNamedSimulators(commandLine.Asked());
+    }
     if (!shared.logFile.empty()) {
         RequireWritable(shared.logFile);
     }
@@ -282,8 +300,9 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         return report;
     };
     std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
+    Report report;
     try {
-        if (commandLine.Asked() == Answering::FailoverCluster || IsBundleInUse()) {
+        if ((commandLine.Asked() == Answering::FailoverCluster && !AsksNone(commandLine)) || IsBundleInUse()) {
             settings = std::make_unique<ModelSettings>();
         }
         std::vector<VcsToolFile> tools;
@@ -293,17 +312,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         if (!record.file.empty()) {
             work = std::make_unique<RecordedWork>(record, commandLine.Asked(), commandLine.ChosenName(), tools);
         }
-        Report report = Work(commandLine, log);
-        const ExitCode code = report.Code();
-        if (report.IsPrinted() && commandLine.IsRehearsal()) { // by the process that rehearsed it
-            return code;
-        }
-        setBesides();
-        answer.Show(withKilled(std::move(report)));
-        if (commandLine.Changes()) {
-            killed.Forget();
-        }
-        return code;
+        report = Work(commandLine, log);
     } catch (const FailureWithReport& halfway) {
         setBesides();
         answer.Show(halfway, withKilled(halfway.Shown()));
@@ -312,9 +321,24 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         throw; // told with how the command is used
     } catch (const Failure& failure) {
         setBesides();
-        answer.Show(failure, withKilled(Report()));
-        return failure.Kind().exitCode;
+        if (!IsCheck(commandLine) || failure.Kind().exitCode == ExitInterrupted) {
+            answer.Show(failure, withKilled(Report()));
+            return failure.Kind().exitCode;
+        }
+        report = CheckReport(failure);
     }
+    const ExitCode code = report.Code();
+    if (report.IsPrinted() && commandLine.IsRehearsal()) { // by the process that rehearsed it
+        return code;
+    }
+    setBesides();
+    if (!answer.TryShow(withKilled(std::move(report)), commandLine.Changes())) {
+        return IsCheck(commandLine) ? UnknownToMonitoring : Errors::OutputFailed.exitCode;
+    }
+    if (commandLine.Changes()) {
+        killed.Forget();
+    }
+    return code;
 }
 
 void AddCommands(CommandLine& commandLine) {
@@ -399,6 +423,13 @@ int wmain(int argumentCount, wchar_t** arguments) {
         return fail(wrong);
     } catch (const Failure& failure) {
         errors.Write(ErrorText(failure));
+        if (IsCheck(*commandLine)) {
+            Report told = CheckReport(failure);
+            const ExitCode code = told.Code();
+            const Json besides = {{"log", Json::array()}, {"simulated", nullptr}};
+            output.Write(commandLine->Shared().json ? std::move(told).ToJson(besides) : told.ToText());
+            return code;
+        }
         return fail(failure);
     } catch (const std::exception& error) {
         errors.Write(std::string("clusctl: ") + error.what() + "\n");
