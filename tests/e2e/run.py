@@ -316,7 +316,7 @@ class Case:
         folder = self.folder / "bin"
         if not folder.exists():
             folder.mkdir()
-            for file in [self.runner.bin / "clusctl.exe", *self.runner.bin.glob("*.dll")]:
+            for file in [self.runner.bin / "clusctl.exe", self.runner.bin / "vcssim.exe", *self.runner.bin.glob("*.dll")]:
                 os.link(file, folder / file.name)
             self.program = folder / "clusctl.exe"
         return folder

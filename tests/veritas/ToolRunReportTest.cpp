@@ -27,7 +27,7 @@ private:
     static void Take(const CVeritasToolRun& run, void* context) {
         std::string text = Utf8(run.commandLine) + "| ";
         if (!run.started) {
-            text += "not started " + std::to_string(run.startError);
+            text += "not started " + std::to_string(run.startError) + (run.exitCodeKnown ? ", yet its code" : "");
         } else if (run.exitCodeKnown) {
             text += "ended " + std::to_string(run.exitCode);
         } else {

@@ -231,7 +231,7 @@ VcsModel ReadVcsModel(const LogCapture& log, const VcsModelSource& source) {
 }
 
 void WriteVcsModel(const VcsModel& model, const std::wstring& folder) {
-    const std::string what = "cannot make the folder " + Quoted(folder);
+    const std::string what = "cannot make the folder " + QuotedPath(folder);
     if (common::FileExists(folder)) {
         throw Failure(Errors::AlreadyExists, what + ": there is one already");
     }

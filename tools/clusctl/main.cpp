@@ -90,12 +90,12 @@ public:
         const std::wstring& rehearsed = RehearsedRun::Rehearsed();
         const std::wstring& file = rehearsed.empty() ? simulation.File() : rehearsed;
         if (m_isRehearsal) {
-            m_errors.Write("clusctl: simulated: a rehearsal on a copy of " + Quoted(file) + "\n");
+            m_errors.Write("clusctl: simulated: a rehearsal on a copy of " + QuotedPath(file) + "\n");
         } else if (isSimulated && !RehearsedRun::IsOne()) { // of a rehearsed command the rehearsal says it
             m_errors.Write(
                 "clusctl: simulated: the answers come from " +
                 (file.empty() ? "a simulator without a file: " + Printable(simulation.Variable()) + " does not name one"
-                              : Quoted(file)) +
+                              : QuotedPath(file)) +
                 "\n");
         }
         m_log = log;
