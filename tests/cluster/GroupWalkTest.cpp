@@ -1,5 +1,6 @@
 // Walking a group's resources with a callback, and the list of its storage resources.
 #include "ClusterFixture.h"
+#include "Detour.h"
 
 using namespace harness;
 using ::testing::EndsWith;
@@ -290,6 +291,28 @@ TEST_F(GroupWalk, StorageOfAGroupThatCannotBeListedIsAnEmptySuccess) {
     NameList names;
     EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
     EXPECT_TRUE(names.empty());
+}
+
+// The list always is the context, but the callback is prepared for none.
+TEST_F(GroupWalk, TheCallbackOfTheStorageListRefusesToGoWithoutAList) {
+    static EnumResourceCallback collect = nullptr;
+    CClusterGroup group;
+    cluster.Open(group, L"EVS1");
+    {
+        const Detour walk(
+            &CClusterGroup::EnumResourceInGroup,
+            +[](const CClusterGroup*, HCLUSTER, EnumResourceCallback callback, void*) {
+                collect = callback;
+                return true;
+            });
+        NameList names;
+        EXPECT_TRUE(group.EnumStorageResourceNamesInGroup(cluster, names));
+    }
+    ASSERT_NE(collect, nullptr);
+    Forget();
+    EXPECT_EQ(collect(nullptr, nullptr, nullptr, L"EVS1 Disk", nullptr), DWORD(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(TakeLog(), Lines({"E [FIXREF-77888] pParam == NULL"}));
+    EXPECT_EQ(TakeJournal(), "");
 }
 
 TEST_F(GroupWalk, StorageWithoutAGroupHandleIsAFailure) {

@@ -49,6 +49,12 @@ TEST(ToolSecretOfACommandLine, IsWhatAPasswordIsSetTo) {
     EXPECT_EQ(bare.secret, L"gPiRc");
 }
 
+TEST(ToolSecretOfACommandLine, FollowsTheFirstModifyWhateverTheResourceIsCalled) {
+    const Masked masked = Take(L"hares -modify -modify Password gPiRc");
+    EXPECT_EQ(masked.line, L"hares -modify -modify Password ***");
+    EXPECT_EQ(masked.secret, L"gPiRc");
+}
+
 TEST(ToolSecretOfACommandLine, IsWhatAListIsAskedFor) {
     const Masked filter = Take(L"hares -list  Type=GenericService   Password=gPiRc ");
     EXPECT_EQ(filter.line, L"hares -list  Type=GenericService   Password=***");

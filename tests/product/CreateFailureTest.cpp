@@ -1,11 +1,14 @@
 // Creations that are refused or fail, and what they leave: nothing.
 #include "CreationCalls.h"
+#include "PrivateMember.h"
 
 #include <iterator>
 
 using namespace harness;
 
 namespace {
+
+PRIVATE_FUNCTION(SetProperty, &CVirtualServerUtil::SetKOVAProeprty_, int(HRESOURCE, const wchar_t*, const wchar_t*));
 
 const char NothingToDelete[] = "E Resource handle is NULL";
 
@@ -186,6 +189,14 @@ TEST_F(CreateProductRefusal, OfANameThatIsTaken) {
               Lines(FoundStore + Texts({"E Cannot create resource:EVS1 Disk type:clusRDLLCCR",
                                         "E Cannot create KOVA resource, abort", RollBackLine, NothingToDelete})));
     EXPECT_EQ(Cluster().Model(), before);
+}
+
+TEST_F(CreateProductRefusal, OfAPropertyWithoutANameOrAValue) {
+    const Texts entryAndLeaving = {"> SetKOVAProeprty_", "< SetKOVAProeprty_"};
+    EXPECT_EQ(Private(SetProperty())(nullptr, nullptr, L"F:\\Kova"), 0);
+    EXPECT_EQ(Private(SetProperty())(nullptr, L"KOVA_DATA_PATH", nullptr), 0);
+    EXPECT_EQ(TakeLog(), Lines(entryAndLeaving + entryAndLeaving));
+    EXPECT_EQ(TakeJournal(), "");
 }
 
 } // namespace

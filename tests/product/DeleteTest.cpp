@@ -1,5 +1,7 @@
 // Deleting the product's resources of a virtual server.
+#include "Detour.h"
 #include "ProductServer.h"
+#include "clus_Cluster.h"
 
 using namespace harness;
 
@@ -132,6 +134,20 @@ TEST_F(DeleteProduct, ThatRefusesToGoOfflineIsStillWaitedFor) {
     EXPECT_EQ(TakeComparable(), Lines(Found +
                                       RefusedAtFirst("KOVA", {"E Unexected return value: #",
                                                               "W KOVA resource:KOVA offline unsuccessful"}) +
+                                      Texts({"E Error bring resource KOVA, off-line, abort delete"})));
+    EXPECT_EQ(Sleeps(), OfflineIntervals);
+    EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Online");
+}
+
+// OfflineResource never gives such a state, but the deletion is prepared for it.
+TEST_F(DeleteProduct, ThatIsLeftInAnyOtherStateIsStillWaitedFor) {
+    Load(ProductServer().State("Online"));
+    {
+        const Detour offline(
+            &CClusterResource::OfflineResource, +[](CClusterResource*) { return CClusterResource::RES_STATE_FAILED; });
+        EXPECT_TRUE(Delete());
+    }
+    EXPECT_EQ(TakeComparable(), Lines(Found + RefusedAtFirst("KOVA", {"W Unexpected offlineResource Result"}) +
                                       Texts({"E Error bring resource KOVA, off-line, abort delete"})));
     EXPECT_EQ(Sleeps(), OfflineIntervals);
     EXPECT_EQ(StateInModel(Cluster(), "KOVA"), "Online");

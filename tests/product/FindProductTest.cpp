@@ -52,6 +52,9 @@ TEST_F(FindProduct, FailsWithoutTouchingTheNames) {
         AddFault(fault);
         EXPECT_EQ(Find(), "failed: before") << fault;
     }
+    Load(ProductServer("clusRDLLCCR"));
+    AddFault("ClusterGroupOpenEnum#2=5"); // looking for replicating ones
+    EXPECT_EQ(Find(), "failed: before");
     EXPECT_THAT(TakeLog(), ::testing::Not(::testing::HasSubstr("Cannot")));
 }
 

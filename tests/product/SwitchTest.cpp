@@ -1,5 +1,7 @@
 // Bringing the product's resource online and taking it offline.
+#include "Detour.h"
 #include "Directions.h"
+#include "clus_Cluster.h"
 
 using namespace harness;
 
@@ -77,6 +79,20 @@ TEST_F(SwitchProduct, FailsWithTheCallAndPollsOnlyWhenAskedTo) {
             EXPECT_EQ(Platform().sleeps, std::vector<DWORD>(wait ? 2 : 0, PollInterval));
             EXPECT_EQ(StateInModel(Cluster(), "KOVA"), direction.from);
         }
+    }
+}
+
+// Neither call gives such a state, but switching is prepared for it.
+TEST_F(SwitchProduct, FailsWithAnyOtherStateUnderTheSameTextForBothDirections) {
+    for (const Direction& direction : BothDirections) {
+        Load(ServerFor(direction));
+        const auto failed = +[](CClusterResource*) { return CClusterResource::RES_STATE_FAILED; };
+        const Detour online(&CClusterResource::OnlineResource, failed);
+        const Detour offline(&CClusterResource::OfflineResource, failed);
+        EXPECT_FALSE(direction.run(L"EVS1", false, 0));
+        EXPECT_EQ(Lines(TakeMessages()),
+                  Lines(Finding + Attempt(direction, "KOVA",
+                                          {"E Unexpected OfflineResource Result, abort.", direction.failure})));
     }
 }
 

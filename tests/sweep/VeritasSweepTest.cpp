@@ -6,6 +6,7 @@
 #include "ToolTables.h"
 
 #include <algorithm>
+#include <new>
 
 using namespace harness;
 
@@ -88,6 +89,15 @@ TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
             return TrueOrFalse(result) + Spaced(names);
         },
         "true NODE1 NODE2", {"true", "false before"});
+    tools.Answer(L"hasys -list  SysState=RUNNING ", "NODE1\r\nNODE2\r\n");
+    SweepOver(
+        [this] {
+            const NameValuePairList filter = {{L"SysState", L"RUNNING"}};
+            Names names = {L"before"};
+            const bool result = cluster.EnumSystemNames(names, &filter);
+            return TrueOrFalse(result) + Spaced(names);
+        },
+        "true NODE1 NODE2", {"true", "false before"});
     SweepOver(
         [this] {
             const NameValuePairList filter = {{L"Parallel", L"0"}};
@@ -104,6 +114,38 @@ TEST_F(VeritasSweep, ListsAreWholeOrEmptyOrUntouched) {
             return TrueOrFalse(result) + Spaced(names);
         },
         "true before L1 L2", {"true before", "false before"});
+}
+
+// Short texts need no memory of their own; these do.
+TEST_F(VeritasSweep, ListsOfLongNamesAreWholeOrUntouched) {
+    tools.Answer(L"hagrp -list ", "EVS1\t\tSYSTEM-NODE1\r\nEXCHANGE-EVS2\t\tSYSTEM-NODE1\r\n");
+    SweepOver(
+        [this] {
+            Names names;
+            const bool result = cluster.EnumGroupNames(names);
+            return TrueOrFalse(result) + Spaced(names);
+        },
+        "true EVS1 EXCHANGE-EVS2", {"true", "false"});
+}
+
+TEST_F(VeritasSweep, StorageOfAGroupWithALongNameIsFoundOrUntouched) {
+    tools.Answer(L"hares -list  Type=ExchService  Service=MSExchangeSA  Group=EXCHANGE-EVS2 ", "");
+    tools.Answer(L"hares -list  Type=MountV  Group=EXCHANGE-EVS2 ", Listed({"M1"}));
+    tools.Answer(L"hares -dep R2", Dependencies({{"R2", "M1"}}));
+    SweepOver(
+        [this] {
+            Names mounts = {L"before"};
+            const bool result = cluster.FindMostParentMountVResourceNameInGroup(L"EXCHANGE-EVS2", mounts);
+            return TrueOrFalse(result) + Spaced(mounts);
+        },
+        "true", {"false before"});
+    SweepOver(
+        [this] {
+            std::wstring mount = L"before";
+            const bool result = cluster.GetKOVAShareDiskResNameByRegRepName(L"EXCHANGE-EVS2", L"R2", mount);
+            return TrueOrFalse(result) + " " + Utf8(mount);
+        },
+        "true M1", {"true before", "false before"});
 }
 
 TEST_F(VeritasSweep, DependenciesAreWholeOrNone) {
@@ -322,6 +364,28 @@ TEST_F(VeritasSweep, ACreationIsAlwaysTrueAndItsPasswordNeverLogged) {
             EXPECT_THAT(run.log, ::testing::Not(::testing::HasSubstr("Result: eNcRyPtEd")));
         },
         13);
+}
+
+// It asks nothing of the platform, so only memory can be short.
+TEST_F(VeritasSweep, TheOrderOfSwitchingOnIsWholeOrNotGiven) {
+    const Names whole = {L"EVS1-OXASAService", L"EVS1-OXAHostService", L"EVS1-QAV_Monitor", L"EVS1-OXA_RemoteConfig"};
+    Names names;
+    unsigned n = 1;
+    for (; names.empty(); ++n) {
+        ASSERT_LE(n, 100u);
+        Heap().FailAllocation(n, FaultMode::Once);
+        Heap().StartOperation();
+        try {
+            names = CVeritasCluster::KOVAResourcesInSwitchOnOrder(set.info, true, true);
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(Heap().Fired());
+        }
+        Heap().EndOperation();
+        EXPECT_EQ(Heap().LiveAllocations() != 0, !names.empty());
+    }
+    Heap().FailAllocation(0, FaultMode::Once);
+    EXPECT_EQ(names, whole);
+    EXPECT_GT(n, whole.size());
 }
 
 TEST_F(VeritasSweep, AnExistingServiceIsTurnedOn) {

@@ -4,6 +4,8 @@
 #include "ServiceStandIn.h"
 #include "VeritasTest.h"
 
+#include "common/Files.h"
+
 using namespace harness;
 
 namespace {
@@ -14,6 +16,7 @@ PRIVATE_MEMBER(ServiceDefaults, &CVeritasCluster::MakeDefaultCreateGenericServic
 PRIVATE_MEMBER(WaitForService, &CVeritasCluster::WaitForServiceToStart, bool(const wchar_t*, int));
 PRIVATE_MEMBER(Parse, &CVeritasCluster::Parse_, bool(const std::wstring&, std::vector<std::wstring>&));
 PRIVATE_MEMBER(Read, &CVeritasCluster::Read_, bool(const wchar_t*, std::wstring&));
+PRIVATE_MEMBER(Dump, &CVeritasCluster::DumpResult_, void(const wchar_t*));
 PRIVATE_MEMBER(ExecuteForText, &CVeritasCluster::ExecuteVeritasCommand_,
                bool(const wchar_t*, const wchar_t*, std::wstring&, bool));
 PRIVATE_MEMBER(ExecuteForTokens, &CVeritasCluster::ExecuteVeritasCommand_,
@@ -87,6 +90,16 @@ TEST_F(VeritasDefaults, EveryRunAppendsToItsOutput) {
     EXPECT_EQ(tokens, (Names{L"before", L"A", L"NODE1", L"B", L"C"}));
     EXPECT_FALSE((cluster.*Private(Read()))(L".\\none", text));
     EXPECT_EQ(text, L"before A  NODE1\nB\n");
+}
+
+TEST_F(VeritasDefaults, ADumpLogsEachLineOfAnOutput) {
+    common::WriteWholeFile(L"output", "A  NODE1\r\n\r\nB");
+    Forget();
+    (cluster.*Private(Dump()))(L"output");
+    EXPECT_EQ(TakeLog(), Lines({"I Result: A  NODE1", "I Result: ", "I Result: B"}));
+    EXPECT_TRUE(DeleteFileW(L"output"));
+    (cluster.*Private(Dump()))(L"output");
+    EXPECT_EQ(TakeLog(), "") << "a file that cannot be read has no lines";
 }
 
 } // namespace

@@ -1,6 +1,9 @@
 // The lists of service groups and of resources, which differ in their command only.
 #include "Runs.h"
 
+#include <cstdint>
+#include <unordered_map>
+
 using namespace harness;
 
 namespace {
@@ -148,6 +151,24 @@ TEST_P(VeritasNameList, LongListsAreCompleteAndInOrder) {
         expected.push_back(Utf16(name));
     }
     EXPECT_EQ(Found(output), expected);
+}
+
+TEST_P(VeritasNameList, NamesOfTheSameHashAreTwoNames) {
+    // As the library folds it to 32 bits: some 80,000 names are enough for two of the same.
+    std::unordered_map<std::uint32_t, int> numbers;
+    const auto nameOf = [](int number) { return L"resource-" + std::to_wstring(number); };
+    int first = 0;
+    int second = 0;
+    for (; first == 0; ++second) {
+        ASSERT_LT(second, 1000000);
+        const std::size_t hash = std::hash<std::wstring>()(nameOf(second));
+        const auto found = numbers.emplace(static_cast<std::uint32_t>(hash ^ hash >> 16 >> 16), second);
+        first = found.second ? 0 : found.first->second;
+    }
+    const std::wstring one = nameOf(first);
+    const std::wstring two = nameOf(second - 1);
+    EXPECT_EQ(Found(Utf8(one) + " N\n" + Utf8(two) + " N\nA N\n" + Utf8(one) + " M\nB N\n" + Utf8(two) + " M\n"),
+              (Names{one, two, L"A", L"B"}));
 }
 
 TEST_P(VeritasNameList, KeepsItsNamesAndNotTheOutput) {

@@ -1,4 +1,5 @@
 // What becomes of the product's resource set when the n-th tool cannot be started, for every n.
+#include "Detour.h"
 #include "FailingRuns.h"
 #include "InstalledServer.h"
 #include "ServiceStandIn.h"
@@ -118,6 +119,16 @@ TEST_F(VeritasSetFailure, CheckIfGenericServiceResourceExistsAndTurnItOnIsTrueOn
          {"a fault that is not cleared is no matter", "true", good},
          {"a missing probe is no matter", "true", good},
          {"a resource that is not turned on is told", "true", all + Texts{"W failed to turn res: res online."}}});
+}
+
+// A resource that is found has a name; a list that gives an empty one counts as none.
+TEST_F(VeritasSetFailure, CheckIfGenericServiceResourceExistsAndTurnItOnTurnsOnNothingWithoutAName) {
+    const Detour found(
+        &CVeritasCluster::GetGenericServiceResNameByServiceName,
+        +[](const CVeritasCluster*, const wchar_t*, const wchar_t*, std::wstring&) { return true; });
+    EXPECT_FALSE(cluster.CheckIfGenericServiceResourceExistsAndTurnItOn(L"EVS1", L"Svc", L"NODE2", 1000));
+    EXPECT_EQ(TakeLog(), "");
+    EXPECT_EQ(tools.TakeCommandLines(), CommandList());
 }
 
 class VeritasSetFailureMonitor : public VeritasTest {

@@ -200,6 +200,17 @@ TEST_F(VeritasToolRunReport, AFunctionMayTakeItselfAway) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST_F(VeritasToolRunReport, IsNotGivenToAFunctionThatIsTakenAwayWhileTheOutputIsRead) {
+    tools.Answer(L"haconf -makerw ", "done\r\n");
+    const ImportPatch<int(int), struct CloseTag> patch(FindImports(LibraryModule(), AnyCRuntime, "_close"),
+                                                       [&](int file) {
+                                                           SetVeritasToolRunCallback(nullptr, nullptr);
+                                                           return patch.Next(file);
+                                                       });
+    EXPECT_TRUE(cluster.SwitchToReadWriteMode());
+    EXPECT_EQ(Told(), Texts());
+}
+
 TEST_F(VeritasToolRunReport, AFunctionThatThrowsEndsTheMemberBetweenTwoRuns) {
     struct Enough {};
     static int calls = 0;

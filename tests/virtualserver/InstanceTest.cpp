@@ -2,6 +2,7 @@
 #include "HostFixture.h"
 
 #include <memory>
+#include <new>
 
 using namespace harness;
 
@@ -123,6 +124,21 @@ TEST_F(UtilInstance, FirstInstanceStartsWinsockAndTheLastOneStopsIt) {
     EXPECT_EQ(TakeJournal(), Lines({"WSAStartup()"}));
     fourth.reset();
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
+}
+
+TEST_F(UtilInstance, AConstructorWithoutMemoryStopsWinsockAgain) {
+    SetNumber(L"IsCluster", 1);
+    Heap().FailAllocation(1, FaultMode::Once); // of the first reading of the settings
+    Heap().StartOperation();
+    EXPECT_THROW(CVirtualServerUtil(), std::bad_alloc);
+    Heap().EndOperation();
+    EXPECT_TRUE(Heap().Fired());
+    Heap().FailAllocation(0, FaultMode::Once);
+    EXPECT_EQ(TakeJournal(), Lines({"WSAStartup()", "WSACleanup()"}));
+    EXPECT_EQ(Platform().WinsockStarts(), 0);
+    { const CVirtualServerUtil util; }
+    EXPECT_EQ(TakeJournal(),
+              Lines({"WSAStartup()", Opened, "RegQueryValueExW(IsCluster)", "RegCloseKey()", "WSACleanup()"}));
 }
 
 TEST_F(UtilInstance, WinsockIsAskedForVersion22) {

@@ -1,6 +1,7 @@
 // Which names and addresses denote a server.
 #include "HostFixture.h"
 
+#include <clocale>
 #include <cstring>
 #include <cwchar>
 #include <memory>
@@ -260,6 +261,15 @@ TEST_F(AddressMatch, HostNameWithBytesBeyondAsciiDoesNotMatch) {
     hostName = "\xe4\xff\x80";
     EXPECT_FALSE(server.Matches(L"10.9.9.9"));
     EXPECT_EQ(server.middle, Lines({"E Call wcstombs failed"}));
+}
+
+// The one length at which the converted count equals that of the bytes: only the message is missing then.
+TEST_F(AddressMatch, HostNameOfOneDoubleByteCharacterDoesNotMatchQuietly) {
+    ASSERT_NE(std::setlocale(LC_CTYPE, ".932"), nullptr);
+    hostName = "\x93\xfa";
+    server.Set(L"\u65e5", L"10.1.2.3");
+    EXPECT_FALSE(server.MatchesQuietly(L"10.9.9.9"));
+    std::setlocale(LC_CTYPE, "C");
 }
 
 TEST_F(AddressMatch, LongHostNameDoesNotMatch) {

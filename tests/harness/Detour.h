@@ -1,7 +1,7 @@
 // Leads a member function of the loaded clusutil.dll elsewhere, for the library's own calls too: for results that the
 // member never gives of itself, but that its callers have to answer.
-#ifndef DETOUR_H
-#define DETOUR_H
+#ifndef HARNESS_DETOUR_H
+#define HARNESS_DETOUR_H
 
 #include "ImportPatch.h"
 
