@@ -76,7 +76,8 @@ const char* UsageOf(const std::string& tool) {
         return "hares -list [CONDITION...] | -display [RESOURCE...] [-attribute ATTRIBUTE...] | -value RESOURCE "
                "ATTRIBUTE [SYSTEM] | -dep [RESOURCE...] | -state [RESOURCE] [-sys SYSTEM] | -add RESOURCE TYPE GROUP "
                "| -modify RESOURCE ATTRIBUTE [-add | -update | -delete] VALUE... [-sys SYSTEM] | -modify RESOURCE "
-               "ATTRIBUTE -delete -keys [-sys SYSTEM] | -link PARENT CHILD | -unlink PARENT CHILD | -delete RESOURCE "
+               "ATTRIBUTE -delete -keys [-sys SYSTEM] | -local RESOURCE ATTRIBUTE | -global RESOURCE ATTRIBUTE "
+               "VALUE... | -link PARENT CHILD | -unlink PARENT CHILD | -delete RESOURCE "
                "| -online RESOURCE -sys SYSTEM | -offline [-ignoreparent] RESOURCE -sys SYSTEM | -clear RESOURCE "
                "[-sys SYSTEM] | -probe RESOURCE -sys SYSTEM";
     }

@@ -1,4 +1,4 @@
-// hares: -add, -delete, -link, -unlink, and the way to -modify.
+// hares: -add, -delete, -link, -unlink, and the way to -modify, -local and -global.
 #include "Modify.h"
 
 #include <set>
@@ -121,8 +121,9 @@ void RunHaresChange(Context& context, const std::string& command, Arguments& arg
         Delete(context, arguments);
     } else if (command == "-link" || command == "-unlink") {
         LinkOrUnlink(context, command, arguments);
-    } else if (command == "-modify") {
-        ModifyRequest request = TakeModifyRequest(arguments);
+    } else if (command == "-modify" || command == "-local" || command == "-global") {
+        const ModifyRequest request =
+            command == "-modify" ? TakeModifyRequest(arguments) : TakeScopeRequest(command, arguments);
         if (CheckWritable(context)) {
             Modify(context, request);
         }

@@ -54,8 +54,15 @@ public:
                 return;
             }
         }
+        if (!CheckScope()) {
+            return;
+        }
+        if (m_request.action == ModifyRequest::MakeLocal) {
+            MakeLocal();
+            return;
+        }
         // The members of other systems and those beside the changed one are written anew from their parts.
-        if ((m_request.action != ModifyRequest::Set || !m_request.system.empty()) && IsNested()) {
+        if ((!SetsAll() || !m_request.system.empty()) && IsNested()) {
             Refuse("99046", "Attribute " + attribute + " holds braces in braces and can only be set as a whole");
             return;
         }
@@ -80,6 +87,9 @@ private:
         if (m_context.cluster.FindAttributeType(m_resource, attribute, m_type)) {
             return true;
         }
+        if (m_request.action == ModifyRequest::MakeLocal || m_request.action == ModifyRequest::MakeGlobal) {
+            return false;
+        }
         const ResourceType* const type = m_context.cluster.types.Find(m_resource.keyword);
         if ((type && type->complete) || !IsCfName(attribute)) {
             return false;
@@ -90,6 +100,58 @@ private:
                       : m_request.action == ModifyRequest::Update ? AttributeType::Association
                                                                   : AttributeType::List;
         return true;
+    }
+
+    bool SetsAll() const {
+        return m_request.action == ModifyRequest::Set || m_request.action == ModifyRequest::MakeGlobal;
+    }
+
+    bool IsLocal() const {
+        return std::any_of(m_resource.attributes.begin(), m_resource.attributes.end(),
+                           [&](const CfAttribute& existing) {
+                               return existing.name == m_request.attribute && !existing.system.empty();
+                           });
+    }
+
+    // Whether the request goes with an attribute that is local, or is not.
+    bool CheckScope() {
+        const std::string subject = "Attribute " + m_request.attribute + " is ";
+        const bool isLocal = IsLocal();
+        if (m_request.action == ModifyRequest::MakeLocal && isLocal) {
+            Refuse("99047", subject + "local already");
+            return false;
+        }
+        if (m_request.action == ModifyRequest::MakeGlobal) {
+            if (!isLocal) {
+                Refuse("99048", subject + "global already");
+            }
+            return isLocal;
+        }
+        if (m_request.action != ModifyRequest::MakeLocal && m_context.output.Switches().keepsScope &&
+            isLocal == m_request.system.empty()) {
+            Refuse(isLocal ? "99047" : "99048",
+                   subject + (isLocal ? "local and needs -sys" : "global and takes no -sys"));
+            return false;
+        }
+        return true;
+    }
+
+    // Each system gets the value as it is written.
+    void MakeLocal() {
+        const std::vector<std::string> systems = m_context.cluster.SystemsOf(m_group);
+        if (systems.empty()) {
+            Refuse("99049", "The SystemList of group " + m_group.block.name + " is empty");
+            return;
+        }
+        const CfAttribute* const existing = m_resource.Find(m_request.attribute, "");
+        const std::string written =
+            existing ? m_configuration.Text().substr(existing->value.span.begin,
+                                                     existing->value.span.end - existing->value.span.begin)
+                     : WrittenValue(m_type.kind, m_type.standard);
+        m_configuration.RemoveAttribute(m_request.resource, m_request.attribute);
+        for (const std::string& system : systems) {
+            m_configuration.SetAttribute(m_request.resource, m_request.attribute, system, written);
+        }
     }
 
     bool IsNested() const {
@@ -114,7 +176,7 @@ private:
 
     bool Change(Parts& parts) {
         const std::string& attribute = m_request.attribute;
-        if (m_request.action == ModifyRequest::Set && IsScalar()) {
+        if (SetsAll() && IsScalar()) {
             if (m_request.values.size() != 1) {
                 Refuse("99042", "Attribute " + attribute + " takes one value");
                 return false;
@@ -138,7 +200,7 @@ private:
                                           : "Attribute " + attribute + " is no association");
             return false;
         }
-        if (m_request.action == ModifyRequest::Set || m_request.action == ModifyRequest::DeleteAll) {
+        if (SetsAll() || m_request.action == ModifyRequest::DeleteAll) {
             parts = m_request.values;
             if (parts == Parts{""}) {
                 parts.clear();
@@ -178,10 +240,7 @@ private:
         const std::string& attribute = m_request.attribute;
         const std::string resource = m_request.resource; // the blocks are read anew after each edit
         const std::string written = WrittenValue(m_type.kind, parts);
-        const bool isLocal =
-            std::any_of(m_resource.attributes.begin(), m_resource.attributes.end(), [&](const CfAttribute& existing) {
-                return existing.name == attribute && !existing.system.empty();
-            });
+        const bool isLocal = IsLocal();
         if (m_request.system.empty()) {
             if (isLocal) {
                 m_configuration.RemoveAttribute(resource, attribute);
@@ -241,6 +300,21 @@ ModifyRequest TakeModifyRequest(Arguments& arguments) {
         request.values.push_back(Value(arguments.Next()));
     }
     if (request.values.empty() != (request.action == ModifyRequest::DeleteAll)) {
+        throw UsageError();
+    }
+    return request;
+}
+
+ModifyRequest TakeScopeRequest(const std::string& command, Arguments& arguments) {
+    ModifyRequest request;
+    request.action = command == "-local" ? ModifyRequest::MakeLocal : ModifyRequest::MakeGlobal;
+    request.resource = arguments.Next();
+    request.attribute = arguments.Next();
+    while (request.action == ModifyRequest::MakeGlobal && !arguments.IsEmpty()) {
+        request.values.push_back(Value(arguments.Next()));
+    }
+    arguments.NeedEnd();
+    if (request.values.empty() != (request.action == ModifyRequest::MakeLocal)) {
         throw UsageError();
     }
     return request;

@@ -1,4 +1,4 @@
-// hares -modify.
+// hares -modify, -local and -global.
 #ifndef VCSSIM_MODIFY_H
 #define VCSSIM_MODIFY_H
 
@@ -15,7 +15,9 @@ struct ModifyRequest {
         Add,
         Update,
         Delete,
-        DeleteAll
+        DeleteAll,
+        MakeLocal, // one value for each system, the same at first
+        MakeGlobal // sets what was local
     };
 
     std::string resource;
@@ -26,6 +28,8 @@ struct ModifyRequest {
 };
 
 ModifyRequest TakeModifyRequest(Arguments& arguments);
+// Of -local or -global.
+ModifyRequest TakeScopeRequest(const std::string& command, Arguments& arguments);
 void Modify(Context& context, const ModifyRequest& request);
 
 } // namespace vcssim

@@ -16,6 +16,7 @@ struct Options {
     bool shortSummary = false;     // summary=known|full
     bool bareClusterState = false; // cluster-state=bare|table
     bool actsOnUnfreeze = true;    // unfreeze=acts|waits
+    bool keepsScope = false;       // scope=keeps|follows
     bool faultsSlowOffline = true; // slow-offline=fault|stuck
 };
 

@@ -25,10 +25,10 @@ bool IsSecret(const std::string& tool, const std::vector<std::string>& arguments
     if (tool == "vcsencrypt") {
         return place != 0 || !IsOneOf(argument, {"-agent", "-vcs", "-help"});
     }
-    // hares -modify RESOURCE Password VALUE
-    return tool == "hares" && place > 2 && arguments[0] == "-modify" && IsSecretAttribute(arguments[2]) &&
-           !argument.empty() && !IsOneOf(argument, {"-sys", "-add", "-update", "-delete", "-keys"}) &&
-           arguments[place - 1] != "-sys";
+    // hares -modify RESOURCE Password VALUE, and the same with -global
+    return tool == "hares" && place > 2 && (arguments[0] == "-modify" || arguments[0] == "-global") &&
+           IsSecretAttribute(arguments[2]) && !argument.empty() &&
+           !IsOneOf(argument, {"-sys", "-add", "-update", "-delete", "-keys"}) && arguments[place - 1] != "-sys";
 }
 
 // Where the secret of an argument begins; npos when it holds none.

@@ -28,6 +28,8 @@ TEST_F(ToolOptions, AreReadFromAList) {
         vcssim::ParseOptions("summary=known,cluster-state=bare,unfreeze=waits,slow-offline=stuck");
     EXPECT_TRUE(others.shortSummary && others.bareClusterState);
     EXPECT_FALSE(others.actsOnUnfreeze || others.faultsSlowOffline);
+    EXPECT_FALSE(standard.keepsScope);
+    EXPECT_TRUE(vcssim::ParseOptions("scope=keeps").keepsScope);
     EXPECT_THROW(vcssim::ParseOptions("colour=red"), std::invalid_argument);
 }
 

@@ -132,6 +132,14 @@ TEST_F(ToolPrograms, MasksPasswordsThatAreSet) {
     EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
 }
 
+TEST_F(ToolPrograms, MasksPasswordsThatAreMadeGlobal) {
+    RunProcess(L"hares -global H-Service Password topsecret");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0]["arguments"].dump(), R"(["-global","H-Service","Password","***"])");
+    EXPECT_THAT(ReadFile(L".journal"), Not(HasSubstr("topsecret")));
+}
+
 TEST_F(ToolPrograms, MasksWhateverAttributeIsCalledAPassword) {
     for (const wchar_t* attribute : {L"AdminPassword", L"ADMINPASSWORD", L"PasswordAge"}) {
         RunProcess(std::wstring(L"hares -modify H-Service ") + attribute + L" topsecret");
