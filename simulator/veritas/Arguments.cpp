@@ -68,7 +68,9 @@ const char* UsageOf(const std::string& tool) {
     }
     if (tool == "hagrp") {
         return "hagrp -list [CONDITION...] | -state [GROUP] [-sys SYSTEM] | -display [GROUP...] [-attribute "
-               "ATTRIBUTE...] | -dep [GROUP] | -online GROUP -sys SYSTEM | -offline GROUP -sys SYSTEM | -switch GROUP "
+               "ATTRIBUTE...] | -value GROUP ATTRIBUTE [SYSTEM] | -dep [GROUP] | -modify GROUP SystemList [-add | "
+               "-update | -delete] VALUE... | -modify GROUP SystemList -delete -keys | -online GROUP -sys SYSTEM | "
+               "-offline GROUP -sys SYSTEM | -switch GROUP "
                "-to SYSTEM | -switch GROUP -any | -clear GROUP [-sys SYSTEM] | -freeze GROUP [-persistent] | -unfreeze "
                "GROUP [-persistent]";
     }

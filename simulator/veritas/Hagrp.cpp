@@ -113,6 +113,25 @@ void ShowState(Context& context, Arguments& arguments) {
     }
 }
 
+void ShowValue(Context& context, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    const std::string attribute = arguments.Next();
+    const std::string system = arguments.IsEmpty() ? "" : arguments.Next();
+    arguments.NeedEnd();
+    const CfGroup* const group = context.cluster.configuration.GroupNamed(name);
+    if (!group) {
+        context.output.Warning("10133", "Group does not exist");
+        return;
+    }
+    for (const AttributeRow& row : context.cluster.GroupAttribute(*group, attribute)) {
+        if (system.empty() || row.system == "global" || row.system == system) {
+            context.output.Print(JoinedParts(row.parts) + "\n");
+            return;
+        }
+    }
+    context.output.Simulated("99011", "Attribute " + attribute + " does not exist");
+}
+
 void ShowDependencies(Context& context, Arguments& arguments) {
     const std::string name = arguments.IsEmpty() ? "" : arguments.Next();
     arguments.NeedEnd();
@@ -120,23 +139,34 @@ void ShowDependencies(Context& context, Arguments& arguments) {
         context.output.Warning("10133", "Group does not exist");
         return;
     }
-    const auto row = [](const std::string& parent, const std::string& child, const std::string& relationship) {
-        return Padded(parent, 14) + " " + Padded(child, 15) + " " + relationship + "\n";
+    struct Row {
+        std::string parent;
+        std::string child;
+        std::string relationship;
     };
-    std::string rows;
+    std::vector<Row> rows = {{"#Parent", "Child", "Relationship"}};
     for (const CfGroup& group : context.cluster.configuration.Groups()) {
         for (std::size_t i = 0; i < group.requires_.size(); ++i) {
             const CfLink& link = group.requires_[i];
             if (name.empty() || link.parent == name || link.child == name) {
-                rows += row(link.parent, link.child, group.relationships[i]);
+                rows.push_back({link.parent, link.child, group.relationships[i]});
             }
         }
     }
-    if (rows.empty()) {
+    if (rows.size() == 1) {
         context.output.Warning("50035", "No Group dependencies are configured");
         return;
     }
-    context.output.Print(row("#Parent", "Child", "Relationship") + rows);
+    std::size_t parentWidth = 14;
+    std::size_t childWidth = 15;
+    for (const Row& row : rows) {
+        parentWidth = std::max(parentWidth, row.parent.size());
+        childWidth = std::max(childWidth, row.child.size());
+    }
+    for (const Row& row : rows) {
+        context.output.Print(Padded(row.parent, parentWidth) + " " + Padded(row.child, childWidth) + " " +
+                             row.relationship + "\n");
+    }
 }
 
 } // namespace
@@ -149,6 +179,8 @@ void RunHagrp(Context& context, Arguments arguments) {
         DisplayGroups(context, arguments);
     } else if (command == "-state") {
         ShowState(context, arguments);
+    } else if (command == "-value") {
+        ShowValue(context, arguments);
     } else if (command == "-dep") {
         ShowDependencies(context, arguments);
     } else {

@@ -179,6 +179,8 @@ void RunHagrpControl(Context& context, const std::string& command, Arguments& ar
         Clear(context, arguments);
     } else if (command == "-freeze" || command == "-unfreeze") {
         Freeze(context, command == "-freeze", arguments);
+    } else if (command == "-modify") {
+        RunHagrpModify(context, arguments);
     } else {
         throw UsageError();
     }

@@ -62,8 +62,9 @@ void RunHacf(Output& output, Arguments arguments);
 void RunVcssim(Context& context, Arguments arguments); // no VCS tool: what happens to the cluster
 void RunVcsencrypt(Output& output, Arguments arguments);
 
-// The part of hagrp that changes something.
+// The parts of hagrp that change something.
 void RunHagrpControl(Context& context, const std::string& command, Arguments& arguments);
+void RunHagrpModify(Context& context, Arguments& arguments);
 
 // The parts of hares. The queries answer false to a command that they do not know.
 bool RunHaresQuery(Context& context, const std::string& command, Arguments& arguments);

@@ -47,6 +47,25 @@ TEST_F(ToolDependency, ListsGroupDependencies) {
     EXPECT_EQ(Run("hagrp", "-dep Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
 }
 
+TEST_F(ToolDependency, ListsThoseOfOneGroupAsParentAndAsChild) {
+    WriteFile(L"", "group A ()\nrequires group B online local firm\ngroup B ()\nrequires group "
+                   "AVeryLongGroupName online global soft\ngroup AVeryLongGroupName ()\ngroup Alone ()\n");
+    const std::string header = "#Parent        Child              Relationship\n";
+    const std::string first = "A              B                  online local firm\n";
+    const std::string second = "B              AVeryLongGroupName online global soft\n";
+    EXPECT_EQ(Run("hagrp", "-dep"), header + first + second);
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hagrp", "-dep B"), header + first + second);
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hagrp", "-dep A"), "#Parent        Child           Relationship\n"
+                                      "A              B               online local firm\n");
+    EXPECT_EQ(Run("hagrp", "-dep Alone"), "VCS WARNING V-16-1-50035 No Group dependencies are configured\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_TRUE(m_pieces[0].toErrors);
+    EXPECT_EQ(Run("hagrp", "-dep Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
 TEST_F(ToolDependency, RefusesLinksThatCannotBe) {
     EXPECT_EQ(Run("hares", "-link G-IP Other"),
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");

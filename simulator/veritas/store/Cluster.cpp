@@ -3,6 +3,7 @@
 #include "VcsEngine.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <utility>
 
@@ -53,6 +54,18 @@ std::vector<std::string> PartsOf(const char* text) {
 
 bool Has(const std::vector<std::string>& names, const std::string& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// With the numbers that are not written: each is that of the system before and 1 more.
+std::vector<std::string> NumberedSystems(const CfValue& list) {
+    std::vector<std::string> parts;
+    long long next = 0;
+    for (const CfElement& element : list.elements) {
+        parts.push_back(element.key);
+        parts.push_back(element.hasValue ? element.value.text : std::to_string(next));
+        next = std::strtoll(parts.back().c_str(), nullptr, 10) + 1;
+    }
+    return parts;
 }
 
 } // namespace
@@ -153,6 +166,10 @@ std::vector<AttributeRow> Cluster::GroupAttribute(const CfGroup& group, const st
     }
     if (attribute == "TFrozen") {
         return {{"global", {state.progress.frozenGroups.count(group.block.name) != 0 ? "1" : "0"}}};
+    }
+    const CfAttribute* const list = attribute == "SystemList" ? group.block.Find(attribute, "") : nullptr;
+    if (list) {
+        return {{"global", NumberedSystems(list->value)}};
     }
     const char* const standard = StandardOf(GroupStandards, attribute);
     if (!standard && !group.block.Has(attribute)) {
