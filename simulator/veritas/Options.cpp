@@ -25,8 +25,12 @@ Options ParseOptions(const std::string& list) {
             options.encryptPrompts = entry == "encrypt=prompt";
         } else if (entry == "lineend=crlf" || entry == "lineend=lf" || entry == "lineend=cr") {
             options.lineEnd = entry == "lineend=crlf" ? "\r\n" : entry == "lineend=lf" ? "\n" : "\r";
-        } else if (entry == "engine=down" || entry == "engine=up") {
-            options.engineIsUp = entry == "engine=up";
+        } else if (entry == "engine=down" || entry == "engine=up" || entry == "engine=starting") {
+            options.engineIsUp = entry != "engine=down";
+            options.engineStarts = entry == "engine=starting";
+        } else if (entry == "node=RUNNING" || entry == "node=LEAVING" || entry == "node=REMOTE_BUILD" ||
+                   entry == "node=ADMIN_WAIT") {
+            options.nodeState = entry.substr(entry.find('=') + 1);
         } else if (entry == "summary=full" || entry == "summary=known") {
             options.shortSummary = entry == "summary=known";
         } else if (entry == "cluster-state=table" || entry == "cluster-state=bare") {

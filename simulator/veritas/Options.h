@@ -7,17 +7,19 @@
 namespace vcssim {
 
 struct Options {
-    bool warnsOfNoMatch = false;   // no-match=warning|nothing
-    bool blanksInLists = false;    // separator=blanks|tabs
-    bool bareEmptyValues = false;  // empty=bare|padded
-    bool encryptPrompts = false;   // encrypt=prompt|bare
-    std::string lineEnd = "\r\n";  // lineend=crlf|lf|cr
-    bool engineIsUp = true;        // engine=up|down
-    bool shortSummary = false;     // summary=known|full
-    bool bareClusterState = false; // cluster-state=bare|table
-    bool actsOnUnfreeze = true;    // unfreeze=acts|waits
-    bool keepsScope = false;       // scope=keeps|follows
-    bool faultsSlowOffline = true; // slow-offline=fault|stuck
+    bool warnsOfNoMatch = false;       // no-match=warning|nothing
+    bool blanksInLists = false;        // separator=blanks|tabs
+    bool bareEmptyValues = false;      // empty=bare|padded
+    bool encryptPrompts = false;       // encrypt=prompt|bare
+    std::string lineEnd = "\r\n";      // lineend=crlf|lf|cr
+    bool engineIsUp = true;            // engine=up|down|starting
+    bool engineStarts = false;         // not ready yet
+    bool shortSummary = false;         // summary=known|full
+    bool bareClusterState = false;     // cluster-state=bare|table
+    bool actsOnUnfreeze = true;        // unfreeze=acts|waits
+    bool keepsScope = false;           // scope=keeps|follows
+    bool faultsSlowOffline = true;     // slow-offline=fault|stuck
+    std::string nodeState = "RUNNING"; // node=RUNNING|LEAVING|REMOTE_BUILD|ADMIN_WAIT: of the one that the tools run on
 };
 
 struct Environment {

@@ -118,6 +118,8 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
             RunHacf(output, Arguments(arguments));
         } else if (!environment.options.engineIsUp && tool != "vcssim") {
             output.EngineDown();
+        } else if (environment.options.engineStarts && tool != "vcssim") {
+            output.Warning("11030", "HAD not ready (simulated)"); // how it goes on is not known
         } else if (tool == "vcsencrypt") {
             RunVcsencrypt(output, Arguments(arguments));
         } else if (environment.mainCf.empty()) {

@@ -52,6 +52,39 @@ TEST_F(ToolOptions, TakeTheEngineDownForEveryTool) {
     }
 }
 
+TEST_F(ToolOptions, LetTheEngineStartForEveryTool) {
+    m_environment.options = vcssim::ParseOptions("engine=starting,lineend=lf");
+    const std::vector<std::pair<const char*, const char*>> runs = {
+        {"haconf", "-makerw"}, {"hasys", "-list"},   {"hagrp", "-list"},        {"hares", "-list"},
+        {"haclus", "-state"},  {"hastatus", "-sum"}, {"vcsencrypt", "-agent x"}};
+    for (const auto& run : runs) {
+        EXPECT_EQ(Run(run.first, run.second), "VCS WARNING V-16-1-11030 HAD not ready (simulated)\n");
+        EXPECT_EQ(m_exitCode, 1);
+        EXPECT_TRUE(m_pieces[0].toErrors);
+    }
+    m_environment.options = vcssim::ParseOptions("engine=starting,engine=up,lineend=lf");
+    EXPECT_EQ(Run("hasys", "-list"), "NODE1\nNODE2\n");
+}
+
+TEST_F(ToolOptions, LetTheNodeRejectOperationsInItsState) {
+    for (const std::string state : {"LEAVING", "REMOTE_BUILD", "ADMIN_WAIT"}) {
+        m_environment.options = vcssim::ParseOptions("lineend=lf,node=" + state);
+        for (const std::string operation : {"haconf -makerw", "haconf -dump", "haconf -dump -makero",
+                                            "hasys -freeze NODE1", "hasys -unfreeze -persistent NODE1"}) {
+            const std::size_t blank = operation.find(' ');
+            EXPECT_EQ(Run(operation.substr(0, blank), operation.substr(blank + 1)),
+                      "VCS WARNING V-16-1-50129 Operation '" + operation + "' rejected as the node is in " + state +
+                          " state\n");
+            EXPECT_EQ(m_exitCode, 1);
+        }
+        EXPECT_EQ(Run("hasys", "-list"), "NODE1\nNODE2\n");
+        EXPECT_EQ(Run("hares", "-modify G-Mount VolumeName Vol"), "");
+    }
+    m_environment.options = vcssim::ParseOptions("node=LEAVING,node=RUNNING,lineend=lf");
+    EXPECT_EQ(Run("haconf", "-dump"), "");
+    EXPECT_THROW(vcssim::ParseOptions("node=UP"), std::invalid_argument);
+}
+
 TEST_F(ToolOptions, AnswerWrongUseWithOneLine) {
     const std::vector<std::pair<const char*, const char*>> runs = {
         {"haconf", "-other"},     {"hasys", ""},           {"hasys", "-other"}, {"hasys", "-list x"},
