@@ -31,7 +31,7 @@ void RunOnCluster(const std::string& tool, const Arguments& arguments, const std
 }
 
 void WriteJournal(const std::wstring& path, const std::string& tool, const std::vector<std::string>& arguments,
-                  const common::Json& exit, const std::string& output) {
+                  const common::Json& exit, const std::vector<OutputPiece>& pieces) {
     if (path.empty()) {
         return;
     }
@@ -39,7 +39,17 @@ void WriteJournal(const std::wstring& path, const std::string& tool, const std::
     entry["tool"] = tool;
     entry["arguments"] = WithoutSecrets(tool, arguments);
     entry["exit"] = exit;
+    std::string streams[2];
+    std::string output;
+    for (const OutputPiece& piece : pieces) {
+        streams[piece.toErrors ? 1 : 0] += piece.text;
+        output += piece.text;
+    }
     entry["output"] = output;
+    if (!streams[1].empty()) {
+        entry["standardOutput"] = streams[0];
+        entry["standardError"] = streams[1];
+    }
     common::AppendFile(path).Append(common::DumpJsonLine(entry) + "\n"); // no run fails because of its line
 }
 
@@ -87,17 +97,21 @@ void WritePieces(const std::vector<OutputPiece>& pieces, std::size_t limit) {
 
 int Finish(const Environment& environment, const std::string& tool, const std::vector<std::string>& arguments,
            const std::vector<OutputPiece>& pieces, int exitCode, const common::Fault* fault) {
-    std::string joined;
+    std::size_t size = 0;
     for (const OutputPiece& piece : pieces) {
-        joined += piece.text;
+        size += piece.text.size();
     }
     const bool killed = fault && fault->kill;
-    const std::size_t printed =
-        killed ? static_cast<std::size_t>(std::min<std::uint64_t>(joined.size(), *fault->kill)) : joined.size();
+    const std::size_t printed = killed ? static_cast<std::size_t>(std::min<std::uint64_t>(size, *fault->kill)) : size;
     // A secret that is printed in part is none of the journal's business either: masked first, cut then.
-    std::string shown = WithoutSecrets(tool, arguments, joined);
-    if (killed) {
-        shown.resize(std::min(shown.size(), printed));
+    std::vector<OutputPiece> shown = pieces;
+    std::size_t room = printed;
+    for (OutputPiece& piece : shown) {
+        piece.text = WithoutSecrets(tool, arguments, piece.text);
+        if (killed) {
+            piece.text.resize(std::min(piece.text.size(), room));
+            room -= piece.text.size();
+        }
     }
     WriteJournal(environment.journal, tool, arguments, exitCode, shown);
     WritePieces(pieces, printed);
@@ -158,7 +172,7 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
             Sleep(fault->delayMs);
         }
         if (fault->hangs) {
-            WriteJournal(environment.journal, tool, arguments, nullptr, "");
+            WriteJournal(environment.journal, tool, arguments, nullptr, {});
             Sleep(INFINITE);
         }
         if (TakesItsPlace(*fault)) {

@@ -16,6 +16,7 @@ using harness::ChildProcess;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 class ToolPrograms : public ToolTest {
 protected:
@@ -96,6 +97,26 @@ TEST_F(ToolPrograms, WritesAJournal) {
     EXPECT_EQ(entries[0].dump(), R"({"arguments":["-list","Type=NIC"],"exit":0,)"
                                  R"("output":"G-NIC\t\tNODE1\nG-NIC\t\tNODE2\n","tool":"hares"})");
     EXPECT_EQ(entries[1]["exit"], 2);
+}
+
+TEST_F(ToolPrograms, KeepsTheStreamsOfTheJournalApart) {
+    SetEnvironmentVariableW(L"VCSSIM_OPTIONS", nullptr);
+    RunProcess(L"hares -dep H-Service");
+    WriteFile(L".state.json", R"({"mode": "rw", "resources": {"G-Mount": {"NODE1": "FAULTED"}}})");
+    RunProcess(L"hares -online G-Mount -sys NODE1");
+    UseFaults(R"([{"tool": "hasys", "output": "made up", "stream": "errors", "kill": 4}])");
+    RunProcess(L"hasys -list");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 3u);
+    const std::string warning = "VCS WARNING V-16-1-50034 No Resource dependencies are configured\r\n";
+    EXPECT_EQ(entries[0]["output"], warning);
+    EXPECT_EQ(entries[0]["standardOutput"], "");
+    EXPECT_EQ(entries[0]["standardError"], warning);
+    EXPECT_THAT(entries[1]["output"].get<std::string>(), StartsWith("VCS NOTICE V-16-1-10284 "));
+    EXPECT_FALSE(entries[1].contains("standardOutput") || entries[1].contains("standardError"));
+    EXPECT_EQ(entries[2]["output"], "made");
+    EXPECT_EQ(entries[2]["standardOutput"], "");
+    EXPECT_EQ(entries[2]["standardError"], "made");
 }
 
 TEST_F(ToolPrograms, KeepsPasswordsOutOfTheJournal) {
