@@ -8,7 +8,8 @@ namespace {
 
 typedef std::vector<std::string> Parts;
 
-std::string WrittenValue(AttributeType::Kind kind, const Parts& parts) {
+// `bareNumbers`: members, or values of keys, that are numbers are written without quotes.
+std::string WrittenValue(AttributeType::Kind kind, const Parts& parts, bool bareNumbers) {
     if (kind == AttributeType::Text || kind == AttributeType::Number) {
         const std::string text = parts.empty() ? "" : parts.front();
         return kind == AttributeType::Number && IsCfNumber(text) ? text : QuotedCf(text);
@@ -19,8 +20,9 @@ std::string WrittenValue(AttributeType::Kind kind, const Parts& parts) {
     std::string written = "{ ";
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const bool isValue = kind == AttributeType::Association && i % 2 == 1;
+        const bool mayBeBare = bareNumbers && (isValue || kind == AttributeType::List);
         written += i == 0 ? "" : isValue ? " = " : ", ";
-        written += isValue && IsCfNumber(parts[i]) ? parts[i] : QuotedCf(parts[i]);
+        written += mayBeBare && IsCfNumber(parts[i]) ? parts[i] : QuotedCf(parts[i]);
     }
     return written + " }";
 }
@@ -77,6 +79,64 @@ private:
         m_context.output.Simulated(number, text);
     }
 
+    // The values of the attribute that resources of this type have, those of this resource first.
+    std::vector<const CfValue*> Uses() const {
+        std::vector<const CfValue*> uses;
+        std::vector<const CfValue*> others;
+        for (const CfGroup& group : m_configuration.Groups()) {
+            for (const CfBlock& resource : group.resources) {
+                for (const CfAttribute& attribute : resource.attributes) {
+                    if (resource.keyword == m_resource.keyword && attribute.name == m_request.attribute) {
+                        (resource.name == m_resource.name ? uses : others).push_back(&attribute.value);
+                    }
+                }
+            }
+        }
+        uses.insert(uses.end(), others.begin(), others.end());
+        return uses;
+    }
+
+    bool IsBareNumber(const CfValue& value) const {
+        return !value.isList && IsCfNumber(value.text) && m_configuration.Text()[value.span.begin] != '"';
+    }
+
+    // Whether the members of a list, or the values of its keys, that are numbers stand without quotes.
+    bool HasBareNumbers(const CfValue& list) const {
+        const std::string text = m_configuration.Text().substr(list.span.begin, list.span.end - list.span.begin);
+        const bool ofValues = list.IsAssociation();
+        bool any = false;
+        bool isValue = false;
+        for (const CfToken& token : SplitCf(text)) {
+            if (isValue == ofValues && token.IsName() && IsCfNumber(token.text)) {
+                if (token.kind == CfToken::String) {
+                    return false;
+                }
+                any = true;
+            }
+            isValue = token.IsSymbol('=');
+        }
+        return any || ofValues;
+    }
+
+    // The kind of an attribute that its type does not define: how it is written tells.
+    void LearnFromUses() {
+        const std::vector<const CfValue*> uses = Uses();
+        const auto telling = std::find_if(uses.begin(), uses.end(),
+                                          [](const CfValue* use) { return !use->isList || !use->elements.empty(); });
+        if (telling == uses.end()) { // {} may be either
+            m_type.kind = m_request.action == ModifyRequest::Update ? AttributeType::Association : AttributeType::List;
+            m_bareNumbers = m_type.kind == AttributeType::Association;
+        } else if ((*telling)->isList) {
+            m_type.kind = (*telling)->IsAssociation() ? AttributeType::Association : AttributeType::List;
+            m_bareNumbers = HasBareNumbers(**telling);
+        } else {
+            m_type.kind =
+                std::all_of(uses.begin(), uses.end(), [this](const CfValue* use) { return IsBareNumber(*use); })
+                    ? AttributeType::Number
+                    : AttributeType::Text;
+        }
+    }
+
     bool FindType() {
         const std::string& attribute = m_request.attribute;
         for (const char* fixed : {"Group", "Type", "State", "Probed"}) {
@@ -85,6 +145,10 @@ private:
             }
         }
         if (m_context.cluster.FindAttributeType(m_resource, attribute, m_type)) {
+            m_bareNumbers = m_type.kind == AttributeType::Association;
+            if (!m_context.cluster.types.Find(m_resource.keyword, attribute)) {
+                LearnFromUses();
+            }
             return true;
         }
         if (m_request.action == ModifyRequest::MakeLocal || m_request.action == ModifyRequest::MakeGlobal) {
@@ -99,6 +163,7 @@ private:
         m_type.kind = isScalar                                    ? AttributeType::Text
                       : m_request.action == ModifyRequest::Update ? AttributeType::Association
                                                                   : AttributeType::List;
+        m_bareNumbers = m_type.kind == AttributeType::Association;
         return true;
     }
 
@@ -147,7 +212,7 @@ private:
         const std::string written =
             existing ? m_configuration.Text().substr(existing->value.span.begin,
                                                      existing->value.span.end - existing->value.span.begin)
-                     : WrittenValue(m_type.kind, m_type.standard);
+                     : WrittenValue(m_type.kind, m_type.standard, m_bareNumbers);
         m_configuration.RemoveAttribute(m_request.resource, m_request.attribute);
         for (const std::string& system : systems) {
             m_configuration.SetAttribute(m_request.resource, m_request.attribute, system, written);
@@ -239,7 +304,7 @@ private:
     void Write(const Parts& parts) {
         const std::string& attribute = m_request.attribute;
         const std::string resource = m_request.resource; // the blocks are read anew after each edit
-        const std::string written = WrittenValue(m_type.kind, parts);
+        const std::string written = WrittenValue(m_type.kind, parts, m_bareNumbers);
         const bool isLocal = IsLocal();
         if (m_request.system.empty()) {
             if (isLocal) {
@@ -253,7 +318,7 @@ private:
             return;
         }
         if (!isLocal) {
-            const std::string others = WrittenValue(m_type.kind, CurrentParts(m_request.system));
+            const std::string others = WrittenValue(m_type.kind, CurrentParts(m_request.system), m_bareNumbers);
             const std::vector<std::string> systems = m_context.cluster.SystemsOf(m_group);
             m_configuration.RemoveAttribute(resource, attribute);
             for (const std::string& system : systems) {
@@ -269,6 +334,7 @@ private:
     const CfGroup& m_group;
     const CfBlock& m_resource;
     AttributeType m_type;
+    bool m_bareNumbers = false;
 };
 
 // A leading minus sign of a value is written with a percent sign in front.

@@ -142,6 +142,26 @@ TEST_F(ToolModify, TakesAnyAttributeOfATypeThatIsNotKnownWell) {
     EXPECT_THAT(ReadFile(L".live"), HasSubstr("\t\tOptions = none\n\t\tHosts = { a, b }\n\t\t)\n"));
 }
 
+TEST_F(ToolModify, KeepsTheKindsOfAttributesThatTheTypeDoesNotDefine) {
+    WriteFile(L"", "system N\n\ngroup G (\n\tSystemList = { N = 0 }\n\t)\n\n\tThing T (\n"
+                   "\t\tText = \"80\"\n\t\tPort = 80\n\t\tFlag = 1\n\t\tWords = { a, \"2\" }\n"
+                   "\t\tNumbers = { 1, 2 }\n\t\tCounts = { a = 1 }\n\t\tTexts = { a = \"1\" }\n"
+                   "\t\tEmpty = {}\n\t\tOther = {}\n\t\t)\n");
+    for (const char* change : {"Text 81", "Port 8080", "Flag 0", "Words -add 3", "Numbers -add 3", "Counts -update a 2",
+                               "Texts -add b 2", "Empty -update k 1", "Other -add x"}) {
+        EXPECT_EQ(Run("hares", std::string("-modify T ") + change), "") << change;
+    }
+    EXPECT_THAT(ReadFile(L".live"),
+                HasSubstr("\t\tText = \"81\"\n\t\tPort = 8080\n\t\tFlag = 0\n\t\tWords = { a, \"2\", \"3\" }\n"
+                          "\t\tNumbers = { 1, 2, 3 }\n\t\tCounts = { a = 2 }\n\t\tTexts = { a = \"1\", b = \"2\" }\n"
+                          "\t\tEmpty = { k = 1 }\n\t\tOther = { x }\n\t\t)\n"));
+    EXPECT_EQ(Run("hares", "-modify T Port http"),
+              "VCS WARNING V-16-1-99043 (simulated) 'http' is no number for attribute Port\n");
+    EXPECT_EQ(Run("hares", "-modify T Port -add 1"),
+              "VCS WARNING V-16-1-99044 (simulated) Attribute Port is a scalar\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
 TEST_F(ToolModify, NeedsAResourceAnAttributeAndAValue) {
     for (const char* arguments : {"-modify", "-modify G-IP", "-modify G-IP Address", "-modify G-IP Address 1 -sys",
                                   "-modify G-RegRep Keys -delete -keys x"}) {
