@@ -8,6 +8,7 @@ namespace {
 
 const int MostAttempts = 200;
 const DWORD Pause = 5; // milliseconds
+const std::size_t LongestName = 255;
 
 std::string Reason(DWORD code) {
     switch (code) {
@@ -20,9 +21,19 @@ std::string Reason(DWORD code) {
         return "there is no such file";
     case ERROR_PATH_NOT_FOUND:
         return "there is no such folder";
+    case ERROR_FILENAME_EXCED_RANGE:
+        return "the name is too long";
     default:
         return "error";
     }
+}
+
+// Of a name that no file can have, systems say that there is none, or that something is wrong with it.
+DWORD CodeOf(const std::wstring& path, DWORD code) {
+    const bool isOfName = code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND || code == ERROR_INVALID_NAME;
+    const std::size_t separator = path.find_last_of(L"\\/");
+    const std::size_t length = path.size() - (separator == std::wstring::npos ? 0 : separator + 1);
+    return isOfName && length > LongestName ? static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE) : code;
 }
 
 // Somebody may just be looking at the file.
@@ -53,9 +64,9 @@ DWORD WriteFlushed(const std::wstring& path, const std::string& bytes) {
 } // namespace
 
 FileError::FileError(const std::wstring& path, const char* attempt, DWORD code)
-    : std::runtime_error(ToUtf8(path) + ": cannot be " + attempt + ": " + Reason(code) + " (" + std::to_string(code) +
-                         ")"),
-      m_path(path), m_attempt(attempt), m_code(code) {
+    : std::runtime_error(ToUtf8(path) + ": cannot be " + attempt + ": " + Reason(CodeOf(path, code)) + " (" +
+                         std::to_string(CodeOf(path, code)) + ")"),
+      m_path(path), m_attempt(attempt), m_code(CodeOf(path, code)) {
 }
 
 std::wstring FullPath(const std::wstring& path) {

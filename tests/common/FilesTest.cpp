@@ -91,6 +91,14 @@ TEST_F(Files, AMissingFileOrFolderIsToldApart) {
     EXPECT_THAT(folder.what(), EndsWith("\\a: cannot be read: there is no such folder (3)"));
 }
 
+TEST_F(Files, ANameThatNoFileCanHaveIsToldApart) {
+    const FileError tooLong = ErrorOf([this] { WriteWholeFile(Path(std::wstring(256, L'x').c_str()), "new"); });
+    EXPECT_EQ(tooLong.Code(), static_cast<DWORD>(ERROR_FILENAME_EXCED_RANGE));
+    EXPECT_THAT(tooLong.what(), EndsWith("xx: cannot be written: the name is too long (206)"));
+    const FileError missing = ErrorOf([this] { ReadWholeFile(Path(std::wstring(255, L'x').c_str())); });
+    EXPECT_EQ(missing.Code(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+}
+
 TEST_F(Files, AFileThatCannotBeWrittenStaysAsItWas) {
     WriteWholeFile(Path(L"a"), "old");
     CreateDirectoryW(Path(L"a.new").c_str(), nullptr); // where the new file is to be made

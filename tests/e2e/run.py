@@ -57,6 +57,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   afresh              the configuration of VCS, and the model, are those of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
+  colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
@@ -65,7 +66,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   unzip FILE.zip      unpacks an archive into the folder FILE; prints what is in it, what of it was masked, and whether its manifest is right
-  files               lists the case's folder
+  files [FOLDER]      lists the case's folder, or one in it
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -100,6 +101,7 @@ EXAMPLES = ROOT / "examples"
 TIME_LIMIT = 60
 SKIPPED = 77
 COMPUTER = "NODE1"
+STYLES = {"91": "red", "92": "green", "93": "yellow", "97": "bright"} # as the console draws them
 VCS_TOOLS = ("haconf", "hasys", "hagrp", "hares", "vcsencrypt")
 
 # All that may differ between two runs or two machines.
@@ -383,7 +385,8 @@ class Case:
             result += "[stderr]\n" + err.decode("utf-8").replace("\r\n", "\n") # the simulator's come with both
         return normalised(result) + f"[exit {process.returncode}]\n"
 
-    def terminal(self, arguments, variables):
+    def on_terminal(self, arguments, variables):
+        """What is written on a terminal, and the exit code."""
         variables = dict(variables)
         told = variables.pop("STDIN", None)
         primary, secondary = pty.openpty()
@@ -403,12 +406,32 @@ class Case:
         except OSError: # the program has closed its end
             pass
         os.close(primary)
-        text = re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8"))
+        return re.sub(r"\x1b\[\?\d+[hl]", "", out.decode("utf-8")), process.wait()
+
+    def colours(self, arguments, variables):
+        """The lines that are drawn in a colour or otherwise not plainly, each once, with how they are; and whether others are drawn."""
+        text, exit_code = self.on_terminal(arguments, variables)
+        style, lines, has_plain = "", {}, False
+        for line in text.split("\n"):
+            shown = styled = ""
+            for part in re.findall(r"\x1b\[[\d;]*[A-Za-z]|[^\x1b\r]", line):
+                if part.startswith("\x1b") and part.endswith("m"):
+                    style = part[2:-1]
+                elif not part.startswith("\x1b"):
+                    shown += part
+                    styled = style
+            if shown.strip() and styled:
+                lines[f"[{STYLES.get(styled, styled)}] {shown.rstrip()}\n"] = True
+            has_plain = has_plain or bool(shown.strip() and not styled)
+        return normalised("".join(lines)) + ("[others are plain]\n" if has_plain else "") + f"[exit {exit_code}]\n"
+
+    def terminal(self, arguments, variables):
+        text, exit_code = self.on_terminal(arguments, variables)
         words = re.sub(r"\x1b\[\d*[A-Za-z]", "", text)
         words = re.sub(r"(reading \w+): \d+ of ", r"\1: some of ", words)
         drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*(?:: (?:[a-z]+ pending|stopped|some of \d+)|reading servers)), \d+ s", words))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
-        return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {process.wait()}]\n"
+        return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {exit_code}]\n"
 
     def clusctl(self, arguments, variables):
         return self.finish(self.start(arguments, variables), arguments)
@@ -489,6 +512,8 @@ class Case:
             return results[0] + "".join(text or "same\n" for text in differences)
         if verb == "rehearsed":
             return self.rehearsed(arguments[1:], variables)
+        if verb == "colours":
+            return self.colours(arguments[1:], variables)
         if verb == "terminal":
             return self.terminal(arguments[1:], variables)
         if verb == "show":
@@ -516,7 +541,8 @@ class Case:
         if verb == "unzip":
             return self.unzip(arguments[0])
         if verb == "files":
-            return "".join(f"{name}\n" for name in sorted(file.name for file in self.folder.iterdir() if file.is_file()))
+            folder = self.folder.joinpath(*arguments)
+            return "".join(f"{name}\n" for name in sorted(file.name for file in folder.iterdir() if file.is_file() or arguments))
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
             return f"{keys.count(b'clusctl-')}\n"

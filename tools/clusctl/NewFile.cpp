@@ -16,6 +16,12 @@ std::string CannotCreate(const std::wstring& path) {
 
 } // namespace
 
+std::wstring FreshNameBeside(const std::wstring& path) {
+    const size_t separator = path.find_last_of(L"\\/");
+    const std::wstring folder = separator == std::wstring::npos ? std::wstring() : path.substr(0, separator + 1);
+    return folder + L"clusctl-" + std::to_wstring(GetCurrentProcessId()) + L".new";
+}
+
 void RequireNoFile(const std::wstring& path) {
     if (common::FileExists(path)) {
         throw Failure(Errors::AlreadyExists, CannotCreate(path) + ": there is one already");
@@ -23,17 +29,14 @@ void RequireNoFile(const std::wstring& path) {
 }
 
 void WriteNewFile(const std::wstring& path, const std::string& bytes) {
-    // A name of this process's own: several may write at once, and only one of them makes the file.
-    const std::wstring fresh = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
-    DWORD code = ERROR_SUCCESS;
+    const std::wstring fresh = FreshNameBeside(path);
     try {
         common::WriteWholeFile(fresh, bytes);
-        code = MoveFileW(fresh.c_str(), path.c_str()) ? static_cast<DWORD>(ERROR_SUCCESS) : GetLastError();
+        if (!MoveFileW(fresh.c_str(), path.c_str())) {
+            throw common::FileError(path, "created", GetLastError());
+        }
     } catch (const common::FileError& error) {
-        code = error.Code();
-    }
-    if (code != ERROR_SUCCESS) {
         DeleteFileW(fresh.c_str());
-        throw Failure::OfCode(CannotCreate(path), code);
+        throw Failure::OfCode(CannotCreate(path), error.Code());
     }
 }

@@ -4,6 +4,10 @@
 
 #include <string>
 
+// For what is written in the same folder until it is complete. A name of this process's own: several may write at once,
+// and only one of them makes the file. It does not grow with that of the file.
+std::wstring FreshNameBeside(const std::wstring& path);
+
 // Throws Failure (AlreadyExists) when there is a file or folder of that name, before anything is read for a new one.
 void RequireNoFile(const std::wstring& path);
 

@@ -1,6 +1,7 @@
 #include "VcsModel.h"
 
 #include "MainCfText.h"
+#include "NewFile.h"
 #include "Text.h"
 #include "VcsToolFiles.h"
 #include "VcsToolProcess.h"
@@ -235,21 +236,19 @@ void WriteVcsModel(const VcsModel& model, const std::wstring& folder) {
     if (common::FileExists(folder)) {
         throw Failure(Errors::AlreadyExists, what + ": there is one already");
     }
-    const std::wstring fresh = folder + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    const std::wstring fresh = FreshNameBeside(folder);
     if (!CreateDirectoryW(fresh.c_str(), nullptr)) {
         throw Failure::OfCode(what, GetLastError());
     }
-    DWORD code = ERROR_SUCCESS;
     try {
         for (const VcsModel::File& file : model.files) {
             common::WriteWholeFile(fresh + L"\\" + file.name, file.bytes);
         }
-        code = MoveFileW(fresh.c_str(), folder.c_str()) ? static_cast<DWORD>(ERROR_SUCCESS) : GetLastError();
+        if (!MoveFileW(fresh.c_str(), folder.c_str())) {
+            throw common::FileError(folder, "made", GetLastError());
+        }
     } catch (const common::FileError& error) {
-        code = error.Code();
-    }
-    if (code != ERROR_SUCCESS) {
         common::RemoveFolder(fresh);
-        throw Failure::OfCode(what, code);
+        throw Failure::OfCode(what, error.Code());
     }
 }
