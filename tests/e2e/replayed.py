@@ -20,7 +20,7 @@ UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|\
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed"}  # a replay always says that the settings are those of the recording
-OTHER_VERBS = ("terminal", "together", "interrupt", "interrupt-at", "interrupt-call", "interrupt-calls", "search", "same", "rehearsed")
+OTHER_VERBS = ("terminal", "colours", "together", "interrupt", "interrupt-at", "interrupt-call", "interrupt-calls", "search", "same", "rehearsed")
 
 
 def settings_of(case):
