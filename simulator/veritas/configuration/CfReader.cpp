@@ -116,7 +116,7 @@ private:
             ReadGroupLink(group);
             return;
         }
-        if (Here().IsWord("requires") && Ahead().kind == CfToken::Word) {
+        if (Here().IsWord("requires") && Ahead().kind == CfToken::Word && Ahead().line == Here().line) {
             KeepLine();
             return;
         }
