@@ -109,7 +109,8 @@ TEST(MainCf, RefusesThingsThatStandTwiceAndDependenciesOfNothing) {
     EXPECT_EQ(ErrorOf("group G ()\nT r ()\nr requires s"), "3: there is no resource 's' in group 'G'");
     EXPECT_EQ(ErrorOf("group G ()\nT r ()\ngroup H ()\nT s ()\ns requires r"),
               "5: there is no resource 'r' in group 'H'");
-    EXPECT_EQ(ErrorOf("group G ()\nrequires\nT r ()"), "3: expected '(' after 'T', found 'r'") << "no clause of its own";
+    EXPECT_EQ(ErrorOf("group G ()\nrequires\nT r ()"), "3: expected '(' after 'T', found 'r'")
+        << "no clause of its own";
 }
 
 TEST(MainCf, ClausesThatItDoesNotUnderstandStayAsTheyAre) {
