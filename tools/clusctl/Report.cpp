@@ -166,10 +166,6 @@ void Report::AddWarning(const std::string& warning) {
     m_warnings.push_back(warning);
 }
 
-bool Report::Has(const char* key) const {
-    return m_document.contains(key);
-}
-
 void Report::MarkIncomplete(const std::string& warning) {
     AddWarning(warning);
     m_isComplete = false;

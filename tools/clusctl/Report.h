@@ -50,9 +50,6 @@ public:
     // What the reader has to know besides: shown on standard error, and in JSON as "warnings".
     void AddWarning(const std::string& warning);
 
-    // Whether it holds a section of this name.
-    bool Has(const char* key) const;
-
     // Something that belongs to the answer is not in it: the warning says what. The answer is shown all the same, and
     // the command ends with ExitIncomplete.
     void MarkIncomplete(const std::string& warning);
