@@ -23,6 +23,7 @@ namespace {
 const int Rounds = 15;
 const int StartRounds = 41;                // a start is short, and the neighbours' work falls on few of them
 const wchar_t ModelFile[] = L"model.json"; // in the current directory
+const wchar_t RecordingFile[] = L"servers.rec";
 
 double Milliseconds(const FILETIME& kernel, const FILETIME& user) {
     const auto ticks = [](const FILETIME& time) {
@@ -109,6 +110,45 @@ void MeasureCommand(Report& report, const std::string& command, double goal, std
     report.Add({resources, command + " / bare calls", Mean(clusctl) / Mean(bare), "x", hasGoal ? 1.5 : 0});
 }
 
+void WriteModelFile(std::size_t resources) {
+    const std::string text = ClusterText(resources);
+    std::FILE* file = _wfopen(ModelFile, L"wb");
+    Require(file != nullptr, "_wfopen");
+    const bool isWritten = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    Require(std::fclose(file) == 0 && isWritten, "fwrite");
+    Sleep(100); // until nobody takes it for one that is just being written
+}
+
+// A run is made once more while it is recorded, and then from the recording. Times on the wall: for so short runs the
+// clock of processor times is too coarse.
+void MeasureRecording(Report& report) {
+    const std::size_t resources = 1000;
+    report.Begin(
+        "Probe, recording and replay",
+        "On a model file. The plain run of \"clusctl servers\", the recorded one and the replayed one take turns. "
+        "Times on the wall.",
+        "resources");
+    WriteModelFile(resources);
+    const std::wstring file = RecordingFile;
+    std::vector<double> probe, plain, recorded, replayed, recordedRatios, replayedRatios;
+    for (int round = 0; round < StartRounds; ++round) {
+        DeleteFileW(RecordingFile);
+        plain.push_back(TimeOfRun(Clusctl(L"servers")).wall);
+        recorded.push_back(TimeOfRun(Clusctl(L"record " + file + L" -- servers")).wall);
+        replayed.push_back(TimeOfRun(Clusctl(L"--model " + file + L" servers")).wall);
+        probe.push_back(TimeOfRun(Clusctl(L"probe")).wall);
+        recordedRatios.push_back(recorded.back() / plain.back());
+        replayedRatios.push_back(replayed.back() / plain.back());
+    }
+    report.Add({resources, "clusctl probe, median", Median(probe), "ms", 10000});
+    report.Add({resources, "clusctl servers, median", Median(plain), "ms"});
+    report.Add({resources, "recorded, median", Median(recorded), "ms"});
+    report.Add({resources, "replayed, median", Median(replayed), "ms"});
+    report.Add({resources, "recorded / plain, median of rounds", Median(recordedRatios), "x", 1.3});
+    report.Add({resources, "replayed / plain, median of rounds", Median(replayedRatios), "x", 1});
+    DeleteFileW(RecordingFile);
+}
+
 // What of a call on a model file goes to asking whether the file has changed, by the quickest way that Windows has.
 double QuestionSeconds(int times) {
     typedef NTSTATUS(NTAPI * Query)(const OBJECT_ATTRIBUTES*, void*);
@@ -150,15 +190,6 @@ void MeasureCall(Report& report, std::size_t resources) {
     ClusSimReset();
 }
 
-void WriteModelFile(std::size_t resources) {
-    const std::string text = ClusterText(resources);
-    std::FILE* file = _wfopen(ModelFile, L"wb");
-    Require(file != nullptr, "_wfopen");
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    Require(std::fclose(file) == 0 && isWritten, "fwrite");
-    Sleep(100); // until nobody takes it for one that is just being written
-}
-
 } // namespace
 
 void MeasureCommands(Report& report, Scale scale) {
@@ -180,6 +211,7 @@ void MeasureCommands(Report& report, Scale scale) {
             MeasureCommand(report, command.name, command.goal, size);
         }
     }
+    MeasureRecording(report);
     report.Begin("A call on a model file that does not change", "GetClusterResourceState, again and again.",
                  "resources");
     for (const std::size_t size : ResourceCounts(scale)) {

@@ -19,6 +19,7 @@ the case's purpose ("# ...") and its setting:
 
   model FILE          a model from models/ or examples/, copied to model.json, which CLUSSIM_FILE names
   more-resources N [TYPE]  so many resources, Generic Services without a type, are added to the model's first group
+  more-servers N GROUP  so many copies of this group of the model, with other names, are added to it
   registry FILE       a registry file from examples/ or models/; without it the product is not installed
   computer NAME       the computer's name, NODE1 without it
   iis FILE            the web server's configuration on this computer
@@ -44,7 +45,7 @@ the case's purpose ("# ...") and its setting:
 
 Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
-  clusctl ...         STDOUT=full or STDOUT=closed says where its output goes, STDIN=TEXT what it is told, with a line end,
+  clusctl ...         STDOUT=full, STDOUT=closed or STDOUT=none says where its output goes, STDIN=TEXT what it is told, with a line end,
                       STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ but for the names of the models
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
@@ -62,6 +63,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
   same-rehearsal M E .. rehearses the events E on the model M twice; prints how the second output, and model, differ from the first
+  at-most N WHAT FILE  fails when a file has more "lines" or "bytes"
   asked-only FILE     fails when a journal of a simulator holds a call, or the run of a tool, that changes something
   documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
@@ -196,6 +198,9 @@ class Case:
             elif word == "more-resources":
                 count, _, kind = value.partition(" ")
                 self.add_resources(int(count), kind or "Generic Service")
+            elif word == "more-servers":
+                count, _, group = value.partition(" ")
+                self.add_servers(int(count), group)
             elif word == "settings":
                 text = f"RegKeyProductCurrentVersion\t{value}\n"
                 (self.own_program_folder() / "cfg_ProductRegistry.txt").write_text(text, encoding="ascii")
@@ -313,6 +318,20 @@ class Case:
                                        "id": f"00000000-0000-4000-8000-{number:012x}", "state": "Online"})
         file.write_text(json.dumps(model), encoding="utf-8")
 
+    def add_servers(self, count, group):
+        """Whatever is called by the group is called by a number in a copy."""
+        file = self.folder / "model.json"
+        model = json.loads(file.read_text(encoding="utf-8"))
+        of_group = {"groups": [item for item in model["groups"] if item["name"] == group],
+                    "resources": [item for item in model["resources"] if item["group"] == group]}
+        for number in range(count):
+            copy = json.loads(json.dumps(of_group).replace(group, f"COPY{number}"))
+            for index, resource in enumerate(copy["resources"]):
+                resource["id"] = f"00000000-0000-4000-8000-{number:08x}{index:04x}"
+            model["groups"] += copy["groups"]
+            model["resources"] += copy["resources"]
+        file.write_text(json.dumps(model), encoding="utf-8")
+
     def own_program_folder(self):
         """A folder with a copy of clusctl and its libraries that this case may change."""
         folder = self.folder / "bin"
@@ -355,6 +374,8 @@ class Case:
         output = subprocess.PIPE
         if target == "full":
             output = os.open("/dev/full", os.O_WRONLY)
+        elif target == "none":
+            output = os.open(os.devnull, os.O_WRONLY)
         elif target == "closed":
             reader, output = os.pipe()
             os.close(reader)
@@ -529,6 +550,10 @@ class Case:
             return f"found in {', '.join(found)}\n" if found else "absent\n"
         if verb == "same-rehearsal":
             return self.same_rehearsal(arguments, variables)
+        if verb == "at-most":
+            data = (self.folder / arguments[2]).read_bytes()
+            count = {"lines": data.count(b"\n"), "bytes": len(data)}[arguments[1]]
+            return "at most that\n" if 0 < count <= int(arguments[0]) else f"{count}\n"
         if verb == "asked-only":
             return asked_only((self.folder / arguments[0]).read_text(encoding="utf-8"))
         if verb == "documented-ends":
