@@ -71,6 +71,9 @@ std::string EmbeddedText(const wchar_t*) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<std::string> words = PartsOf(AsText(data, size), '\n');
     words.resize(std::min<std::size_t>(words.size(), 32));
+    const auto isJson = [](const std::string& word) { return word.compare(0, 6, "--json") == 0; };
+    const auto mark = std::find(words.begin(), words.end(), "--"); // words behind it are plain
+    const bool saysJson = std::find(words.begin(), mark, "--json") != mark;
     CommandLine line;
     Taken taken;
     AddCommands(line, taken);
@@ -90,7 +93,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string usage = line.UsageText(wrong.what());
         FUZZ_CHECK(IsPrintable(usage));
         FUZZ_CHECK(std::count(usage.begin(), usage.end(), '\n') >= 3 && usage.back() == '\n');
-        FUZZ_CHECK(!std::count(words.begin(), words.end(), "--json") || line.Shared().json);
+        FUZZ_CHECK(!saysJson || line.Shared().json);
     }
+    FUZZ_CHECK(!line.Shared().json || std::any_of(words.begin(), mark, isJson));
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "HelpFormatter.h"
 #include "Manual.h"
 #include "Markdown.h"
+#include "PlainWords.h"
 #include "Suggestion.h"
 #include "Text.h"
 
@@ -22,7 +23,6 @@ const char Description[] = "Shows which servers this node serves, and works with
 const char VcsFamily[] = "vcs";
 const char RehearseCommand[] = "rehearse";
 const char DryRunOption[] = "--dry-run";
-const char TailMark[] = "--";
 
 const char* const ChangingCommands[] = {
     "resource create",        "resource online",
@@ -248,7 +248,8 @@ std::vector<std::string> CommandLine::CutTail(const std::vector<std::string>& ar
 std::string CommandLine::Parse(const std::vector<std::string>& arguments) {
     m_arguments = arguments;
     try {
-        const std::vector<std::string> own = CutTail(arguments);
+        const std::vector<std::string> own = WithPlainWords(CutTail(arguments));
+        TakePlainWords(m_app);
         m_app.parse(std::vector<std::string>(own.rbegin(), own.rend())); // it wants them last first
         if (m_isDryRun) {
             const std::vector<std::wstring> words = WithoutDryRun(m_app, arguments);
@@ -261,7 +262,8 @@ std::string CommandLine::Parse(const std::vector<std::string>& arguments) {
         return std::string(version.what()) + "\n";
     } catch (const CLI::ParseError& error) {
         // Which options stand in a command line that is wrong is not certain; who wants JSON gets it all the same.
-        m_shared.json = m_shared.json || std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+        const auto end = std::find(arguments.begin(), arguments.end(), TailMark);
+        m_shared.json = m_shared.json || std::find(arguments.begin(), end, "--json") != end;
         throw WrongUsage(ReasonAgainst(error));
     }
 }
@@ -281,7 +283,12 @@ std::string CommandLine::ReasonAgainst(const CLI::ParseError& error) const {
     if (unknown.empty()) {
         return IsFamily(deepest) && code == CLI::ExitCodes::RequiredError ? "a sub-command is missing" : error.what();
     }
-    const std::string& word = unknown.front();
+    const std::string word = WithoutMark(unknown.front());
+    if (IsPlain(unknown.front())) {
+        return IsFamily(deepest) ? "a sub-command is missing before \"--\""
+                                 : "the argument " + Quoted(word) + " is one too many" +
+                                       (StartsWith(word, "-") ? ": options stand before \"--\"" : "");
+    }
     if (StartsWith(word, "-")) {
         return "there is no option " + Quoted(word) + DidYouMean(word, OptionNames(m_app, deepest));
     }

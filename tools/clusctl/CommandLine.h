@@ -56,8 +56,8 @@ public:
     CLI::App& AddTelling(const char* heading, const char* name, const char* description,
                          const std::function<std::string()>& tell);
 
-    // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty. Of the type's names
-    // FILE and PATH are completed as such.
+    // Adds an option ("--type") or an argument ("name") that takes a text, which must not be empty. Types whose
+    // names end in FILE or PATH are completed as such.
     static CLI::Option& AddText(CLI::App& command, const char* name, std::wstring& value, const char* typeName,
                                 const char* description);
 

@@ -41,13 +41,17 @@ std::string LongNames(const CLI::App& app) {
     return names;
 }
 
+bool EndsIn(const std::string& text, const std::string& end) {
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
 std::string ValueOf(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     std::string words;
     for (const std::string& choice : ChoicesOf(option)) {
         words += " " + choice;
     }
-    return !words.empty() ? "words" + words : type == "FILE" ? "file" : type == "PATH" ? "folder" : "text";
+    return !words.empty() ? "words" + words : EndsIn(type, "FILE") ? "file" : EndsIn(type, "PATH") ? "folder" : "text";
 }
 
 void AddValues(const CLI::App& app, Table& values) {

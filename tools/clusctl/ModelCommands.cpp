@@ -138,9 +138,9 @@ void AddModelCommands(CommandLine& commandLine) {
     const auto models = std::make_shared<TwoModels>();
     CLI::App& difference = commandLine.AddTo(family, "diff", "Tell how two models differ, object by object",
                                              [models](const LogCapture&) { return Compare(*models); });
-    CommandLine::AddText(difference, "BEFORE", models->before, "PATH", "A model, or a folder with a main.cf")
+    CommandLine::AddText(difference, "PATH", models->before, "PATH", "A model, or a folder with a main.cf").required();
+    CommandLine::AddText(difference, "OTHER-PATH", models->after, "OTHER-PATH", "Another one of the same kind")
         .required();
-    CommandLine::AddText(difference, "AFTER", models->after, "PATH", "Another one of the same kind").required();
     difference.add_flag("--exit-code", models->tells, "End with exit code 1 when they differ");
 
     AddModelFromRecordingCommand(commandLine, family);

@@ -378,6 +378,6 @@ void AddModelFromRecordingCommand(CommandLine& commandLine, CLI::App& family) {
         commandLine.AddTo(family, "from-recording", "Make a model of what a recording tells of a failover cluster",
                           [options](const LogCapture&) { return FromRecording(*options); });
     CommandLine::AddText(command, "FILE", options->file, "FILE", "The recording").required();
-    CommandLine::AddText(command, "OUT", options->model, "FILE",
+    CommandLine::AddText(command, "MODEL-FILE", options->model, "MODEL-FILE",
                          "The model to write, which must not be there; standard output without it");
 }

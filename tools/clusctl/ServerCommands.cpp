@@ -187,7 +187,7 @@ void AddServerCommands(CommandLine& commandLine) {
     CLI::App& query =
         commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
                         [wanted, isQueryExplained](const LogCapture&) { return Query(*wanted, *isQueryExplained); });
-    CommandLine::AddText(query, "NAME", *wanted, "NAME|ADDRESS",
+    CommandLine::AddText(query, "NAME|ADDRESS", *wanted, "NAME|ADDRESS",
                          "Network name, computer name, host name with domain, or IP address")
         .required();
     AddExplain(query, *isQueryExplained);

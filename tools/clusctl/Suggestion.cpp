@@ -27,9 +27,18 @@ size_t Distance(const std::string& from, const std::string& to) {
 
 const size_t LongestWord = 40; // a longer one is no misspelt word, and would cost time
 
-// More than a third of the letters wrong is another word. The beginning of a word stands for it.
+// The length of the words that both begin with, with the blanks behind them.
+size_t SharedWords(const std::string& one, const std::string& other) {
+    const auto end = std::mismatch(one.begin(), one.end(), other.begin(), other.end()).first;
+    const size_t blank = std::string(one.begin(), end).rfind(' ');
+    return blank == std::string::npos ? 0 : blank + 1;
+}
+
+// More than a third of the letters wrong is another word. The beginning of a word stands for it. Words before it that
+// are right tell nothing of how near it is.
 bool IsNear(const std::string& word, const std::string& candidate, size_t distance) {
-    return distance <= std::max<size_t>(1, word.size() / 3) || (word.size() >= 3 && StartsWith(candidate, word));
+    const size_t letters = word.size() - SharedWords(word, candidate);
+    return distance <= std::max<size_t>(1, letters / 3) || (letters >= 3 && StartsWith(candidate, word));
 }
 
 } // namespace
