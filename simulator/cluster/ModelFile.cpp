@@ -20,6 +20,10 @@ namespace {
 // In units of a FILETIME. No file system's clock that is finer than seconds takes longer from one time to the next.
 const std::int64_t ClockTick = std::int64_t{50} * 10000;
 
+// Within this time of a look at the file it is taken for unchanged. Whoever writes a file needs longer from the moment
+// at which it changes until it can tell anybody, and before that no order of the two can be seen.
+const std::int64_t LooksPerSecond = 200000;
+
 // What becomes of invalid text.
 const char ReplacementCharacter[] = "\xEF\xBF\xBD";
 
@@ -66,6 +70,18 @@ std::int64_t Now() {
     return ToNumber(time);
 }
 
+std::int64_t Ticks() {
+    LARGE_INTEGER ticks;
+    QueryPerformanceCounter(&ticks);
+    return ticks.QuadPart;
+}
+
+std::int64_t TicksBetweenLooks() {
+    LARGE_INTEGER perSecond;
+    QueryPerformanceFrequency(&perSecond);
+    return perSecond.QuadPart / LooksPerSecond;
+}
+
 } // namespace
 
 std::wstring ThisComputer() {
@@ -105,10 +121,20 @@ Model* ModelFile::Current() {
     if (m_path.empty()) {
         return nullptr;
     }
-    if (!m_stamp || !(StampOfFile() == m_stamp)) {
+    if (!m_stamp || HasChanged()) {
         Read();
     }
     return m_model.get();
+}
+
+bool ModelFile::HasChanged() {
+    static const std::int64_t interval = TicksBetweenLooks();
+    const std::int64_t now = Ticks();
+    if (now >= m_looked && now - m_looked < interval) {
+        return false;
+    }
+    m_looked = now;
+    return !(StampOfFile() == m_stamp);
 }
 
 std::optional<ModelFile::Stamp> ModelFile::StampOfFile() const {

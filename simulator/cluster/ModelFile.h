@@ -18,8 +18,9 @@ public:
         return !m_path.empty();
     }
 
-    // The model, read again when the file has changed; else this costs one look at its time and size. Null when there
-    // is no file or it is malformed: the reason is then told once on standard error and to the debugger.
+    // The model, read again when the file has changed; else this costs one look at its time and size, and not even that
+    // within 5 microseconds of the last one. Null when there is no file or it is malformed: the reason is then told
+    // once on standard error and to the debugger.
     Model* Current();
 
     // What Current has given last.
@@ -47,6 +48,7 @@ private:
         }
     };
 
+    bool HasChanged();
     std::optional<Stamp> StampOfFile() const;
     void Read();
     void Forget();
@@ -59,6 +61,7 @@ private:
     std::optional<std::string> m_text; // what was read or written last
     std::unique_ptr<Model> m_model;    // that text's; null when it is malformed
     std::optional<Stamp> m_stamp;      // of the file with that text; none while a change might not show in it
+    std::int64_t m_looked = 0;         // QueryPerformanceCounter when the file was compared with it last
     std::string m_told;
 };
 

@@ -85,6 +85,36 @@ TEST_F(ModelFileVersions, AnUnchangedFileIsNeitherOpenedNorWaitedFor) {
     EXPECT_EQ(waited, 1u);
 }
 
+TEST_F(ModelFileVersions, AChangeByOthersIsSeenFiveMicrosecondsAfterTheLastLook) {
+    UseOldFile();
+    LARGE_INTEGER perSecond;
+    ASSERT_TRUE(QueryPerformanceFrequency(&perSecond));
+    LONGLONG now = perSecond.QuadPart * 1000000;
+    const auto clock =
+        PatchImportOf(Simulator(), kernel32, QueryPerformanceCounter, [&now](LARGE_INTEGER* ticks) -> BOOL {
+            ticks->QuadPart = now;
+            return TRUE;
+        });
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    Write(Replaced(MailCluster, "\"Online\", \"private\": {\"Address\"", "\"Failed\", \"private\": {\"Address\""));
+    SetTime({1, m_longAgo.dwHighDateTime});
+    now += perSecond.QuadPart / 200000 - 1;
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    now += 1;
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceFailed);
+}
+
+TEST_F(ModelFileVersions, WhatTheSimulatorWritesIsSeenAtOnce) {
+    UseOldFile();
+    const auto clock = PatchImportOf(Simulator(), kernel32, QueryPerformanceCounter, [](LARGE_INTEGER* ticks) -> BOOL {
+        ticks->QuadPart = 1;
+        return TRUE;
+    });
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    EXPECT_EQ(OfflineClusterResource(Resource(L"EVS1 IP")), 0u);
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOffline);
+}
+
 TEST_F(ModelFileVersions, ARelativePathIsThatOfTheFirstCall) {
     wchar_t before[MAX_PATH];
     ASSERT_NE(GetCurrentDirectoryW(MAX_PATH, before), 0u);
