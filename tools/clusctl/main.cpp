@@ -381,13 +381,14 @@ ExitCode Record(std::unique_ptr<CommandLine>& commandLine, const RecordOptions& 
 ExitCode Run(std::unique_ptr<CommandLine>& commandLine, int argumentCount, wchar_t** arguments, const Stream& output,
              const Stream& errors) {
     TakePasswordFromEnvironment();
-    RecordOptions record;
-    AddCommands(*commandLine);
-    AddRecordCommand(*commandLine, record);
-
     std::vector<std::string> texts;
     for (int i = 1; i < argumentCount; ++i) {
         texts.push_back(common::ToUtf8(arguments[i]));
+    }
+    RecordOptions record;
+    if (texts != std::vector<std::string>{"--version"}) { // which takes less time than all the commands do
+        AddCommands(*commandLine);
+        AddRecordCommand(*commandLine, record);
     }
     const std::string help = commandLine->Parse(texts);
     if (!help.empty()) {
