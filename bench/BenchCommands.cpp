@@ -24,6 +24,7 @@ const int Rounds = 15;
 const int StartRounds = 41;                // a start is short, and the neighbours' work falls on few of them
 const wchar_t ModelFile[] = L"model.json"; // in the current directory
 const wchar_t RecordingFile[] = L"servers.rec";
+const wchar_t MainCfFile[] = L"main.cf";
 
 double Milliseconds(const FILETIME& kernel, const FILETIME& user) {
     const auto ticks = [](const FILETIME& time) {
@@ -110,12 +111,15 @@ void MeasureCommand(Report& report, const std::string& command, double goal, std
     report.Add({resources, command + " / bare calls", Mean(clusctl) / Mean(bare), "x", hasGoal ? 1.5 : 0});
 }
 
-void WriteModelFile(std::size_t resources) {
-    const std::string text = ClusterText(resources);
-    std::FILE* file = _wfopen(ModelFile, L"wb");
+void WriteText(const wchar_t* path, const std::string& text) {
+    std::FILE* file = _wfopen(path, L"wb");
     Require(file != nullptr, "_wfopen");
     const bool isWritten = std::fwrite(text.data(), 1, text.size(), file) == text.size();
     Require(std::fclose(file) == 0 && isWritten, "fwrite");
+}
+
+void WriteModelFile(std::size_t resources) {
+    WriteText(ModelFile, ClusterText(resources));
     Sleep(100); // until nobody takes it for one that is just being written
 }
 
@@ -149,6 +153,47 @@ void MeasureRecording(Report& report) {
     DeleteFileW(RecordingFile);
 }
 
+// Groups of ten resources on two systems.
+std::string MainCf(std::size_t resources) {
+    std::string text = "cluster Bench (\n\t)\n\nsystem NODE1 (\n\t)\n\nsystem NODE2 (\n\t)\n";
+    for (std::size_t resource = 0; resource < resources; ++resource) {
+        const std::string number = std::to_string(resource);
+        if (resource % 10 == 0) {
+            text += "\ngroup Group" + number + " (\n\tSystemList = { NODE1 = 0, NODE2 = 1 }\n\t)\n";
+        }
+        text += "\n\tIP Address" + number + " (\n\t\tAddress = \"10.0.0.1\"\n\t\t)\n";
+    }
+    return text;
+}
+
+// The simulated tool reads the whole main.cf, which is most of what a run takes.
+void MeasureVcsCommand(Report& report, std::size_t resources) {
+    WriteText(MainCfFile, MainCf(resources));
+    std::vector<double> clusctl, tool, ratios;
+    for (int round = 0; round < Rounds; ++round) {
+        clusctl.push_back(TimeOfRun(Clusctl(L"vcs resources --allow-writable-tools")).wall);
+        tool.push_back(TimeOfRun(L"\"" + BenchFolder() + L"hares.exe\" -list").wall);
+        ratios.push_back(clusctl.back() / tool.back());
+    }
+    report.Add({resources, "clusctl vcs resources, median", Median(clusctl), "ms"});
+    report.Add({resources, "hares -list alone, median", Median(tool), "ms"});
+    report.Add({resources, "clusctl / the tool alone, median of rounds", Median(ratios), "x"});
+}
+
+void MeasureVcsCommands(Report& report, Scale scale) {
+    report.Begin("Commands of clusctl on VCS",
+                 "Two systems, so that the tool prints two rows for each resource. clusctl, which runs the tool once, "
+                 "and the tool alone take turns. Times on the wall.",
+                 "resources");
+    SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", MainCfFile);
+    SetEnvironmentVariableW(L"PATH", BenchFolder().c_str());
+    for (const std::size_t size : ResourceCounts(scale)) {
+        MeasureVcsCommand(report, size);
+    }
+    SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", nullptr);
+    DeleteFileW(MainCfFile);
+}
+
 // What of a call on a model file goes to asking whether the file has changed, by the quickest way that Windows has.
 double QuestionSeconds(int times) {
     typedef NTSTATUS(NTAPI * Query)(const OBJECT_ATTRIBUTES*, void*);
@@ -174,8 +219,12 @@ double QuestionSeconds(int times) {
 void MeasureCall(Report& report, std::size_t resources) {
     const int calls = 100000;
     ClusSimReset(); // reads the file with the next call
+    const double beforeReading = ThreadSeconds();
     HCLUSTER cluster = OpenCluster(nullptr);
+    const double afterReading = ThreadSeconds();
     Require(cluster != nullptr, "OpenCluster");
+    report.Add(
+        {resources, "reading the file", (afterReading - beforeReading) * 1e3, "ms", resources == 10000 ? 200. : 0});
     HRESOURCE resource = OpenResource(cluster, L"Disk 0");
     const double before = ThreadSeconds();
     for (int i = 0; i < calls; ++i) {
@@ -222,6 +271,7 @@ void MeasureCommands(Report& report, Scale scale) {
     }
     SetEnvironmentVariableW(L"CLUSSIM_FILE", nullptr);
     DeleteFileW(ModelFile);
+    MeasureVcsCommands(report, scale);
 }
 
 } // namespace bench
