@@ -43,12 +43,11 @@ std::wstring Folded(const std::wstring& text) {
 }
 
 std::string HexDigits(const void* bytes, std::size_t count) {
-    std::string digits;
-    digits.reserve(count * 2);
+    std::string digits(count * 2, '0');
     for (std::size_t i = 0; i < count; ++i) {
         const unsigned char byte = static_cast<const unsigned char*>(bytes)[i];
-        digits += "0123456789abcdef"[byte >> 4];
-        digits += "0123456789abcdef"[byte & 15];
+        digits[i * 2] = "0123456789abcdef"[byte >> 4];
+        digits[i * 2 + 1] = "0123456789abcdef"[byte & 15];
     }
     return digits;
 }

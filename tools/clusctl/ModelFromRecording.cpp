@@ -47,6 +47,17 @@ struct Handle {
     std::string name;
 };
 
+// A call of a recording, with its texts as documents.
+struct HeardCall {
+    explicit HeardCall(const recording::RecordedCall& call)
+        : name(call.name), in(common::ParseJson(call.in)), out(common::ParseJson(call.out)), result(call.result) {
+    }
+    const std::string& name;
+    const Json in;
+    const Json out;
+    const std::int64_t result;
+};
+
 void AddOnce(Texts& names, const std::string& name) {
     if (!name.empty() && std::find(names.begin(), names.end(), name) == names.end()) {
         names.push_back(name);
@@ -79,7 +90,7 @@ public:
     explicit Listener(const recording::Recording& recording) : m_recording(recording) {
         for (const recording::RecordedCall& call : recording.calls) {
             if (!call.isRefused) {
-                Hear(call);
+                Hear(HeardCall(call));
             }
         }
     }
@@ -87,10 +98,10 @@ public:
     RecordedModel Model();
 
 private:
-    void Hear(const recording::RecordedCall& call);
-    void HearItem(const recording::RecordedCall& call, const Handle& list);
-    void HearControl(const recording::RecordedCall& call, const std::string& name);
-    std::string ObjectOf(const recording::RecordedCall& call, const char* argument) const;
+    void Hear(const HeardCall& call);
+    void HearItem(const HeardCall& call, const Handle& list);
+    void HearControl(const HeardCall& call, const std::string& name);
+    std::string ObjectOf(const HeardCall& call, const char* argument) const;
     std::string NodeName(const std::string& name) const;
     Json NodeNames(const Texts& names) const;
     Json Nodes();
@@ -111,12 +122,12 @@ private:
     Texts m_missing;
 };
 
-std::string Listener::ObjectOf(const recording::RecordedCall& call, const char* argument) const {
+std::string Listener::ObjectOf(const HeardCall& call, const char* argument) const {
     const auto handle = m_handles.find(NumberIn(call.in, argument));
     return handle == m_handles.end() ? std::string() : handle->second.name;
 }
 
-void Listener::Hear(const recording::RecordedCall& call) {
+void Listener::Hear(const HeardCall& call) {
     const std::string resource = ObjectOf(call, "resource");
     const std::string group = ObjectOf(call, "group");
     if (call.name == "OpenClusterResource" || call.name == "OpenClusterGroup" || call.name == "OpenClusterNode") {
@@ -153,7 +164,7 @@ void Listener::Hear(const recording::RecordedCall& call) {
     }
 }
 
-void Listener::HearItem(const recording::RecordedCall& call, const Handle& list) {
+void Listener::HearItem(const HeardCall& call, const Handle& list) {
     const std::uint64_t type = NumberIn(call.out, "type");
     const std::string name = TextIn(call.out, "name");
     if (list.call == "ClusterOpenEnum") {
@@ -176,7 +187,7 @@ void Listener::HearItem(const recording::RecordedCall& call, const Handle& list)
     }
 }
 
-void Listener::HearControl(const recording::RecordedCall& call, const std::string& name) {
+void Listener::HearControl(const HeardCall& call, const std::string& name) {
     const recording::Bytes bytes = BytesIn(call.out, "output");
     if (bytes.empty()) {
         return; // a size only

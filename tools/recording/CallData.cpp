@@ -1,5 +1,6 @@
 #include "CallData.h"
 
+#include "CallLine.h"
 #include "CallTable.h"
 
 #include "common/Text.h"
@@ -18,6 +19,8 @@ using common::JsonError;
 namespace {
 
 const char Utf16[] = "utf16";
+const char Null[] = "null";
+const char Nothing[] = ""; // no member
 
 template <typename T> T* PointerAt(const Slot* slots, std::size_t at) {
     return reinterpret_cast<T*>(static_cast<std::uintptr_t>(slots[at]));
@@ -32,8 +35,12 @@ Bytes BytesAt(const void* bytes, std::size_t count) {
     return bytes == nullptr ? Bytes() : Bytes(first, first + count);
 }
 
-Json HexJson(const Bytes& bytes) {
-    return common::HexDigits(bytes.data(), bytes.size());
+std::string HexText(const Bytes& bytes) {
+    return '"' + common::HexDigits(bytes.data(), bytes.size()) + '"';
+}
+
+std::string Pair(const std::string& first, DWORD second) {
+    return "[" + first + "," + std::to_string(second) + "]";
 }
 
 Bytes HexOf(const Json& item) {
@@ -51,11 +58,11 @@ DWORD DwordOf(const Json& item) {
     return item.get<DWORD>();
 }
 
-Json Named(const wchar_t* text, const Rename& rename) {
+std::string Named(const wchar_t* text, const Rename& rename) {
     if (text == nullptr) {
-        return Json();
+        return Null;
     }
-    return TextJson(rename ? rename(text) : std::wstring(text));
+    return JsonOf(rename ? rename(text) : std::wstring(text));
 }
 
 DWORD ControlCode(const Call& call, const Slot* slots) {
@@ -70,39 +77,40 @@ DWORD ControlCode(const Call& call, const Slot* slots) {
 }
 
 // How much room a caller has for a name: null for none, false for some of which it does not say how much.
-Json RoomJson(const Slot* slots, std::size_t at) {
+std::string Room(const Slot* slots, std::size_t at) {
     if (slots[at] == 0) {
-        return Json();
+        return Null;
     }
     const auto* const count = PointerAt<DWORD>(slots, at + 1);
-    return count == nullptr ? Json(false) : Json(*count);
+    return count == nullptr ? "false" : std::to_string(*count);
 }
 
-Json InputBytes(const Call& call, const Slot* slots, std::size_t at, const Rename& rename) {
+std::string InputBytes(const Call& call, const Slot* slots, std::size_t at, const Rename& rename) {
     if (slots[at] == 0) {
-        return Json();
+        return Null;
     }
     Bytes bytes = BytesAt(PointerAt<unsigned char>(slots, at), NumberAt(slots, at + 1));
     Clean(bytes, InputOf(ControlCode(call, slots)), rename);
-    return HexJson(bytes);
+    return HexText(bytes);
 }
 
-Json InputProperties(const Slot* slots, std::size_t at, const Rename& rename) {
+std::string InputProperties(const Slot* slots, std::size_t at, const Rename& rename) {
     const auto* const list = PointerAt<unsigned char>(slots, at);
     if (list == nullptr) {
-        return Json();
+        return Null;
     }
     Bytes bytes = BytesAt(list, PropertyListSize(list, NumberAt(slots, at + 1)));
     Clean(bytes, ControlData::Properties, rename);
-    return HexJson(bytes);
+    return HexText(bytes);
 }
 
 // A text and how long it is: the text alone when that says it, the length alone when there is no text.
-Json NameJson(const Slot* slots, std::size_t at, const Counts& before, bool hasSucceeded, const Rename& rename) {
+std::string NameGiven(const Slot* slots, std::size_t at, const Counts& before, bool hasSucceeded,
+                      const Rename& rename) {
     const auto* const buffer = PointerAt<wchar_t>(slots, at);
     const auto* const count = PointerAt<DWORD>(slots, at + 1);
     if (buffer == nullptr || !hasSucceeded) {
-        return count == nullptr || (!hasSucceeded && *count == before.At(at + 1)) ? Json() : Json(*count);
+        return count == nullptr || (!hasSucceeded && *count == before.At(at + 1)) ? Nothing : std::to_string(*count);
     }
     const std::size_t room = count == nullptr ? static_cast<std::size_t>(-1) : before.At(at + 1);
     std::size_t length = 0;
@@ -110,35 +118,23 @@ Json NameJson(const Slot* slots, std::size_t at, const Counts& before, bool hasS
         ++length;
     }
     const std::wstring text(buffer, length);
-    Json shown = Named(text.c_str(), rename);
-    if (count == nullptr || *count == length) {
-        return shown;
-    }
-    Json both = Json::array();
-    both.push_back(std::move(shown));
-    both.push_back(*count);
-    return both;
+    const std::string shown = Named(text.c_str(), rename);
+    return count == nullptr || *count == length ? shown : Pair(shown, *count);
 }
 
 // The same of bytes.
-Json OutputBytes(const Call& call, const Slot* slots, std::size_t at, bool hasSucceeded, const Rename& rename) {
+std::string BytesGiven(const Call& call, const Slot* slots, std::size_t at, bool hasSucceeded, const Rename& rename) {
     const auto* const returned = PointerAt<DWORD>(slots, at + 2);
     if (returned == nullptr) {
-        return Json();
+        return Nothing;
     }
     if (!hasSucceeded || slots[at] == 0) {
-        return *returned;
+        return std::to_string(*returned);
     }
     Bytes bytes = BytesAt(PointerAt<unsigned char>(slots, at), std::min(*returned, NumberAt(slots, at + 1)));
     const bool isAll = bytes.size() == *returned;
     Clean(bytes, OutputOf(ControlCode(call, slots)), rename);
-    if (isAll) {
-        return HexJson(bytes);
-    }
-    Json both = Json::array();
-    both.push_back(HexJson(bytes));
-    both.push_back(*returned);
-    return both;
+    return isAll ? HexText(bytes) : Pair(HexText(bytes), *returned);
 }
 
 std::wstring PropertyAsked(const Call& call, const Slot* slots) {
@@ -152,32 +148,32 @@ std::wstring PropertyAsked(const Call& call, const Slot* slots) {
     return std::wstring();
 }
 
-Json Output(const Call& call, const Argument& argument, const Slot* slots, std::size_t at, const Counts& before,
-            bool hasSucceeded, const Rename& rename) {
+std::string Output(const Call& call, const Argument& argument, const Slot* slots, std::size_t at, const Counts& before,
+                   bool hasSucceeded, const Rename& rename) {
     if (argument.kind == Kind::NameOut) {
-        return NameJson(slots, at, before, hasSucceeded, rename);
+        return NameGiven(slots, at, before, hasSucceeded, rename);
     }
     if (argument.kind == Kind::BytesOut) {
-        return OutputBytes(call, slots, at, hasSucceeded, rename);
+        return BytesGiven(call, slots, at, hasSucceeded, rename);
     }
     if (!hasSucceeded || slots[at] == 0) {
-        return Json();
+        return Nothing;
     }
     switch (argument.kind) {
     case Kind::NumberOut:
-        return *PointerAt<DWORD>(slots, at);
+        return std::to_string(*PointerAt<DWORD>(slots, at));
     case Kind::KeyOut:
-        return *PointerAt<DWORD_PTR>(slots, at);
+        return std::to_string(*PointerAt<DWORD_PTR>(slots, at));
     case Kind::Version: {
         const auto* const version = PointerAt<DWORD>(slots, at);
-        return HexJson(BytesAt(version, std::min<std::size_t>(*version, sizeof(CLUSTERVERSIONINFO))));
+        return HexText(BytesAt(version, std::min<std::size_t>(*version, sizeof(CLUSTERVERSIONINFO))));
     }
     case Kind::TextCopy: {
         const wchar_t* const text = *PointerAt<wchar_t*>(slots, at);
-        return text == nullptr ? Json() : TextJson(CleanProperty(PropertyAsked(call, slots), text, rename));
+        return text == nullptr ? Nothing : JsonOf(CleanProperty(PropertyAsked(call, slots), text, rename));
     }
     default:
-        return Json();
+        return Nothing;
     }
 }
 
@@ -265,12 +261,17 @@ void WriteOutput(const Json& item, Kind kind, const Slot* slots, std::size_t at)
 
 } // namespace
 
-Json TextJson(const std::wstring& text) {
-    std::string utf8 = common::ToUtf8(text);
-    if (common::ToUtf16(utf8) == text) {
-        return utf8;
+std::string JsonOf(const std::wstring& text) {
+    if (std::all_of(text.begin(), text.end(), [](wchar_t c) { return c > 0 && c < 0x80; })) {
+        return QuotedText(std::string(text.begin(), text.end()));
     }
-    return {{Utf16, common::HexDigits(text.data(), text.size() * sizeof(wchar_t))}};
+    const std::string utf8 = common::ToUtf8(text);
+    if (common::ToUtf16(utf8) == text) {
+        return QuotedText(utf8);
+    }
+    ObjectText units;
+    units.Add(Utf16, '"' + common::HexDigits(text.data(), text.size() * sizeof(wchar_t)) + '"');
+    return units.Take();
 }
 
 std::wstring TextOf(const Json& text) {
@@ -315,39 +316,39 @@ bool Changes(const Call& call, const Slot* slots) {
            (call.effect == Effect::ByControl && IsChangingControl(ControlCode(call, slots)));
 }
 
-Json Inputs(const Call& call, const Slot* slots, const NumberOfHandle& numberOf, const Rename& rename) {
-    Json in = Json::object();
+std::string Inputs(const Call& call, const Slot* slots, const NumberOfHandle& numberOf, const Rename& rename) {
+    ObjectText in;
     std::size_t at = 0;
     for (const Argument& argument : call.arguments) {
         switch (argument.kind) {
         case Kind::Handle:
-            in[argument.name] = numberOf(slots[at]);
+            in.Add(argument.name, std::to_string(numberOf(slots[at])));
             break;
         case Kind::Text:
-            in[argument.name] = Named(PointerAt<wchar_t>(slots, at), rename);
+            in.Add(argument.name, Named(PointerAt<wchar_t>(slots, at), rename));
             break;
         case Kind::PropertyName:
-            in[argument.name] = Named(PointerAt<wchar_t>(slots, at), nullptr);
+            in.Add(argument.name, Named(PointerAt<wchar_t>(slots, at), nullptr));
             break;
         case Kind::Number:
         case Kind::Control:
-            in[argument.name] = slots[at];
+            in.Add(argument.name, std::to_string(slots[at]));
             break;
         case Kind::NameOut:
-            in[argument.name] = RoomJson(slots, at);
+            in.Add(argument.name, Room(slots, at));
             break;
         case Kind::Version: // begins with its size
         case Kind::Class:   // of which the class alone is looked at
-            in[argument.name] = slots[at] == 0 ? Json() : Json(*PointerAt<DWORD>(slots, at));
+            in.Add(argument.name, slots[at] == 0 ? Null : std::to_string(*PointerAt<DWORD>(slots, at)));
             break;
         case Kind::BytesIn:
-            in[argument.name] = InputBytes(call, slots, at, rename);
+            in.Add(argument.name, InputBytes(call, slots, at, rename));
             break;
         case Kind::BytesOut:
-            in[argument.name] = slots[at] == 0 ? Json() : Json(NumberAt(slots, at + 1));
+            in.Add(argument.name, slots[at] == 0 ? Null : std::to_string(NumberAt(slots, at + 1)));
             break;
         case Kind::Properties:
-            in[argument.name] = InputProperties(slots, at, rename);
+            in.Add(argument.name, InputProperties(slots, at, rename));
             break;
         case Kind::NumberOut:
         case Kind::KeyOut:
@@ -356,7 +357,7 @@ Json Inputs(const Call& call, const Slot* slots, const NumberOfHandle& numberOf,
         }
         at += SlotsOf(argument.kind);
     }
-    return in;
+    return in.Take();
 }
 
 Counts::Counts(const Call& call, const Slot* slots) {
@@ -369,26 +370,28 @@ Counts::Counts(const Call& call, const Slot* slots) {
     }
 }
 
-Json Outputs(const Call& call, const Slot* slots, const Counts& before, std::int64_t result, const Rename& rename) {
-    Json out = Json::object();
+std::string Outputs(const Call& call, const Slot* slots, const Counts& before, std::int64_t result,
+                    const Rename& rename) {
+    ObjectText out;
     const bool hasSucceeded = HasSucceeded(call, result);
     std::size_t at = 0;
     for (const Argument& argument : call.arguments) {
-        Json item = Output(call, argument, slots, at, before, hasSucceeded, rename);
-        if (!item.is_null()) {
-            out[argument.name] = std::move(item);
+        const std::string item = Output(call, argument, slots, at, before, hasSucceeded, rename);
+        if (!item.empty()) {
+            out.Add(argument.name, item);
         }
         at += SlotsOf(argument.kind);
     }
-    return out;
+    return out.Take();
 }
 
 void WriteOutputs(const RecordedCall& recorded, const Call& call, const Slot* slots) {
+    const Json out = common::ParseJson(recorded.out);
     std::size_t at = 0;
     for (const Argument& argument : call.arguments) {
-        const auto item = recorded.out.find(argument.name);
+        const auto item = out.find(argument.name);
         const bool isWanted = slots[at] != 0 || SlotsOf(argument.kind) > 1;
-        if (item != recorded.out.end() && isWanted) {
+        if (item != out.end() && isWanted) {
             WriteOutput(*item, argument.kind, slots, at);
         }
         at += SlotsOf(argument.kind);

@@ -14,8 +14,8 @@ namespace recording {
 // Of handles, which are numbered as they are opened. 0 stands for none.
 typedef std::function<std::uint64_t(Slot handle)> NumberOfHandle;
 
-common::Json TextJson(const std::wstring& text);
-// Throws common::JsonError.
+// JSON of a text, and back, which throws common::JsonError.
+std::string JsonOf(const std::wstring& text);
 std::wstring TextOf(const common::Json& text);
 
 // Whether a result says that the call has done its work.
@@ -27,8 +27,8 @@ std::int64_t ResultOf(const Call& call, Slot slot);
 // Whether the call would change something.
 bool Changes(const Call& call, const Slot* slots);
 
-// What the caller hands over. Secrets are masked, names replaced.
-common::Json Inputs(const Call& call, const Slot* slots, const NumberOfHandle& numberOf, const Rename& rename);
+// What the caller hands over, as a JSON object. Secrets are masked, names replaced.
+std::string Inputs(const Call& call, const Slot* slots, const NumberOfHandle& numberOf, const Rename& rename);
 
 // The counts that the caller hands over, of which some are changed by the call.
 class Counts {
@@ -42,9 +42,9 @@ private:
     DWORD m_values[8] = {};
 };
 
-// What the call has written. Secrets are masked, names replaced.
-common::Json Outputs(const Call& call, const Slot* slots, const Counts& before, std::int64_t result,
-                     const Rename& rename);
+// What the call has written, the same way.
+std::string Outputs(const Call& call, const Slot* slots, const Counts& before, std::int64_t result,
+                    const Rename& rename);
 
 // Writes what a recorded call wrote. Throws common::JsonError for what cannot be, or has not enough room.
 void WriteOutputs(const RecordedCall& recorded, const Call& call, const Slot* slots);

@@ -8,17 +8,11 @@
 
 namespace recording {
 
-using common::Json;
-
 namespace {
 
 // What stands for the handles of a recording: addresses at which nothing can be.
 const Slot FirstHandle = 0x1000;
 const Slot HandleStep = 0x10;
-
-std::string KeyOf(const std::string& name, const Json& in) {
-    return name + " " + common::DumpJsonLine(in);
-}
 
 std::uint64_t NumberOf(Slot handle) {
     if (handle == 0) {
@@ -41,12 +35,17 @@ std::string BytesOfText(const std::string& utf8) {
 Player::Player(Recording recording) : m_recording(std::move(recording)) {
     for (std::size_t i = 0; i < m_recording.calls.size(); ++i) {
         const RecordedCall& call = m_recording.calls[i];
-        m_calls[call.thread][KeyOf(call.name, call.in)].indexes.push_back(i);
+        m_calls[call.thread][{call.name, call.in}].indexes.push_back(i);
     }
     for (std::size_t i = 0; i < m_recording.tools.size(); ++i) {
         const RecordedTool& tool = m_recording.tools[i];
-        m_tools[tool.thread][tool.commandLine].indexes.push_back(i);
+        m_tools[tool.thread][{tool.commandLine, {}}].indexes.push_back(i);
     }
+}
+
+std::string Player::Shown(const Question& question) {
+    std::string shown(question.what);
+    return question.in.empty() ? shown : shown.append(" ").append(question.in);
 }
 
 unsigned Player::Thread() {
@@ -54,17 +53,16 @@ unsigned Player::Thread() {
     return m_threads.emplace(GetCurrentThreadId(), number).first->second;
 }
 
-std::size_t Player::Next(std::map<unsigned, Book>& books, const std::string& key, const std::string& shown) {
+std::size_t Player::Next(std::map<unsigned, Book>& books, const Question& question) {
     Book& book = books[Thread()];
-    const auto found = book.find(key);
+    const auto found = book.find(question);
     m_hasAnswered = true;
-    if (found == book.end() || found->second.indexes.empty()) {
+    if (found == book.end() || found->second.given == found->second.indexes.size()) {
+        const std::string shown = Shown(question);
         m_missing = m_missing.empty() ? shown : m_missing;
         throw NotRecorded("the recording holds no answer to " + shown);
     }
-    const std::size_t index = found->second.indexes.front();
-    found->second.indexes.pop_front();
-    return index;
+    return found->second.indexes[found->second.given++];
 }
 
 Slot Player::HandleOf(std::int64_t number) {
@@ -79,10 +77,10 @@ Slot Player::Missed(const Call& call) {
 Slot Player::Answer(const Call& call, const Slot* slots, Invocation) {
     const DWORD lastError = GetLastError();
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const std::string key = KeyOf(call.name, Inputs(call, slots, NumberOf, nullptr));
+    const std::string in = Inputs(call, slots, NumberOf, nullptr);
     std::size_t index = 0;
     try {
-        index = Next(m_calls, key, key);
+        index = Next(m_calls, {call.name, in});
     } catch (const NotRecorded&) {
         if (call.effect != Effect::Closes) {
             throw;
@@ -94,8 +92,9 @@ Slot Player::Answer(const Call& call, const Slot* slots, Invocation) {
     try {
         WriteOutputs(recorded, call, slots);
     } catch (const common::JsonError& error) {
-        m_missing = m_missing.empty() ? key : m_missing;
-        throw NotRecorded("the recording holds an answer to " + key + " that cannot be given: " + error.what());
+        const std::string shown = Shown({call.name, in});
+        m_missing = m_missing.empty() ? shown : m_missing;
+        throw NotRecorded("the recording holds an answer to " + shown + " that cannot be given: " + error.what());
     }
     SetLastError(recorded.lastError ? *recorded.lastError : lastError);
     return call.result == Result::Handle ? HandleOf(recorded.result) : static_cast<Slot>(recorded.result);
@@ -106,7 +105,7 @@ BOOL Player::StartProcess(const wchar_t*, wchar_t* commandLine, DWORD, STARTUPIN
     const DWORD lastError = GetLastError();
     const std::lock_guard<std::mutex> lock(m_mutex);
     const std::string command = common::ToUtf8(MaskedCommand(commandLine));
-    const RecordedTool& tool = m_recording.tools[Next(m_tools, command, command)];
+    const RecordedTool& tool = m_recording.tools[Next(m_tools, {command, {}})];
     if (tool.startError != ERROR_SUCCESS) {
         SetLastError(tool.startError);
         return FALSE;

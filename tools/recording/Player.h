@@ -6,11 +6,12 @@
 #include "Interception.h"
 #include "Recording.h"
 
-#include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -27,6 +28,8 @@ public:
 class Player : public Interceptor {
 public:
     explicit Player(Recording recording);
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
 
     Slot Answer(const Call& call, const Slot* slots, Invocation invoke) override;
     BOOL StartProcess(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
@@ -47,14 +50,30 @@ public:
     bool HasAnswered() const;
 
 private:
-    struct Answers {
-        std::deque<std::size_t> indexes; // into the recording, first to come
+    // What is asked: a call's name and its inputs, or the command line of a tool and nothing.
+    struct Question {
+        std::string_view what;
+        std::string_view in;
+        bool operator==(const Question& other) const {
+            return what == other.what && in == other.in;
+        }
     };
-    typedef std::unordered_map<std::string, Answers> Book;
+    struct Hash {
+        std::size_t operator()(const Question& question) const {
+            const std::hash<std::string_view> hash;
+            return hash(question.what) * 31 + hash(question.in);
+        }
+    };
+    struct Answers {
+        std::vector<std::size_t> indexes; // into the recording
+        std::size_t given = 0;            // so many of them
+    };
+    typedef std::unordered_map<Question, Answers, Hash> Book; // the texts are the recording's
 
+    static std::string Shown(const Question& question);
     unsigned Thread();
     // The next index; throws NotRecorded.
-    std::size_t Next(std::map<unsigned, Book>& books, const std::string& key, const std::string& shown);
+    std::size_t Next(std::map<unsigned, Book>& books, const Question& question);
     Slot HandleOf(std::int64_t number);
     Slot Missed(const Call& call);
 

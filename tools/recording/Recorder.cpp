@@ -94,10 +94,14 @@ std::string Recorder::Shown(const std::string& name) {
     return m_anonymiser ? m_anonymiser->Name(name) : name;
 }
 
+unsigned Recorder::Thread() {
+    const auto number = static_cast<unsigned>(m_threads.size());
+    return m_threads.emplace(GetCurrentThreadId(), number).first->second;
+}
+
 Recorder::Begin Recorder::Now() {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto number = static_cast<unsigned>(m_threads.size());
-    return {Ticks(), m_threads.emplace(GetCurrentThreadId(), number).first->second};
+    return {Ticks(), Thread()};
 }
 
 double Recorder::MillisecondsSince(LONGLONG ticks) const {
@@ -149,19 +153,19 @@ Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invok
     const Counts before(call, slots);
     Begin begin = {};
     try {
-        begin = Now();
         recorded.name = call.name;
         const std::lock_guard<std::mutex> lock(m_mutex);
+        begin.thread = Thread();
         recorded.in = Inputs(
             call, slots, [this](Slot handle) { return NumberOf(handle); }, m_rename);
     } catch (const std::exception&) {
         Lose();
     }
-    const LONGLONG start = Ticks();
+    begin.ticks = Ticks();
     SetLastError(lastErrorBefore);
     const Slot result = recorded.isRefused ? Refused(call) : invoke(call.original, slots);
     const DWORD lastError = GetLastError();
-    recorded.took = MillisecondsSince(start);
+    recorded.took = MillisecondsSince(begin.ticks);
     const std::int64_t code = ResultOf(call, result);
     if (lastError != lastErrorBefore || (!HasSucceeded(call, code) && call.result != Result::Code)) {
         recorded.lastError = lastError;

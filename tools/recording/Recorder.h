@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 
 namespace recording {
 
@@ -40,6 +41,7 @@ private:
         LONGLONG ticks;
         unsigned thread;
     };
+    unsigned Thread();
     Begin Now();
     double MillisecondsSince(LONGLONG ticks) const;
     std::uint64_t NumberOf(Slot handle);
@@ -55,7 +57,7 @@ private:
     bool m_allowsChanges;
     std::unique_ptr<common::Anonymiser> m_anonymiser;
     Rename m_rename;
-    std::map<Slot, std::uint64_t> m_handles;
+    std::unordered_map<Slot, std::uint64_t> m_handles;
     std::uint64_t m_lastHandle = 0;
     std::map<DWORD, unsigned> m_threads;
     std::uint64_t m_calls = 0;

@@ -1,6 +1,10 @@
 #include "Recording.h"
 
+#include "CallLine.h"
+
+#include <cmath>
 #include <limits>
+#include <string_view>
 
 namespace recording {
 
@@ -13,8 +17,12 @@ namespace {
 const char Mark[] = "{\"recording\":";
 const std::uint64_t MostMilliseconds = std::numeric_limits<std::uint32_t>::max();
 
+std::string PlaceOf(std::size_t line) {
+    return "line " + std::to_string(line);
+}
+
 Json Rounded(double milliseconds) {
-    return static_cast<double>(static_cast<std::int64_t>(milliseconds * 1000)) / 1000;
+    return static_cast<double>(std::llround(milliseconds * 1000)) / 1000;
 }
 
 double Milliseconds(ObjectReader& reader, const char* name) {
@@ -88,8 +96,8 @@ RecordedCall ReadCall(const Json& line, const std::string& place) {
     ObjectReader reader(line, place);
     RecordedCall call;
     call.name = reader.Text("call");
-    call.in = ObjectOf(reader, "in");
-    call.out = ObjectOf(reader, "out");
+    call.in = common::DumpJsonLine(ObjectOf(reader, "in"));
+    call.out = common::DumpJsonLine(ObjectOf(reader, "out"));
     const Json* const result = reader.Member("result");
     if (result == nullptr || !result->is_number_integer()) {
         throw JsonError(reader.Place("result"), "a whole number is expected");
@@ -126,10 +134,16 @@ RecordedTool ReadTool(const Json& line, const std::string& place) {
     return tool;
 }
 
-void TakeLine(const std::string& text, const std::string& place, Recording& recording) {
+void TakeLine(std::string_view text, std::size_t number, Recording& recording) {
+    RecordedCall call;
+    if (ReadPlainCall(text, call)) {
+        recording.calls.push_back(std::move(call));
+        return;
+    }
+    const std::string place = PlaceOf(number);
     Json line;
     try {
-        line = common::ParseJson(text);
+        line = common::ParseJson(std::string(text));
     } catch (const JsonError& error) {
         throw JsonError(place, error.what());
     }
@@ -172,26 +186,6 @@ std::string LineOf(const Header& header) {
     return common::DumpJsonLine(line) + "\n";
 }
 
-std::string LineOf(const RecordedCall& call) {
-    Json line;
-    line["call"] = call.name;
-    line["in"] = call.in;
-    line["result"] = call.result;
-    if (!call.out.empty()) {
-        line["out"] = call.out;
-    }
-    if (call.lastError) {
-        line["lastError"] = *call.lastError;
-    }
-    if (call.isRefused) {
-        line["refused"] = true;
-    }
-    line["thread"] = call.thread;
-    line["time"] = Rounded(call.time);
-    line["took"] = Rounded(call.took);
-    return common::DumpJsonLine(line) + "\n";
-}
-
 std::string LineOf(const RecordedTool& tool) {
     Json line;
     line["tool"] = tool.commandLine;
@@ -227,15 +221,15 @@ Recording ReadRecording(const std::string& text) {
     Recording recording;
     std::size_t number = 0;
     for (std::size_t begin = 0, end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
-        const std::string line = text.substr(begin, end - begin);
-        const std::string place = "line " + std::to_string(++number);
+        const std::string_view line = std::string_view(text).substr(begin, end - begin);
+        ++number;
         if (number == 1) {
-            recording.header = ReadHeader(common::ParseJson(line), place);
+            recording.header = ReadHeader(common::ParseJson(std::string(line)), PlaceOf(number));
             recording.isCut = true; // until the end is seen
         } else if (!recording.isCut) {
-            throw JsonError(place, "something follows the end");
+            throw JsonError(PlaceOf(number), "something follows the end");
         } else {
-            TakeLine(line, place, recording);
+            TakeLine(line, number, recording);
         }
     }
     if (number == 0) {

@@ -27,11 +27,13 @@ struct Header {
     bool allowsChanges = false;
 };
 
+const char EmptyObject[] = "{}";
+
 // A call of the cluster API.
 struct RecordedCall {
     std::string name;
-    common::Json in = common::Json::object();
-    common::Json out = common::Json::object();
+    std::string in = EmptyObject; // JSON on one line, an object; not made a document before it is asked for
+    std::string out = EmptyObject;
     std::int64_t result = 0;                // a handle's number, a code, a truth, a state
     std::optional<std::uint32_t> lastError; // when the call has set it
     bool isRefused = false;                 // it has not been made
