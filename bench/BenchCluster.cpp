@@ -74,7 +74,7 @@ std::string ClusterText(std::size_t resources) {
                   R"(", "owner": ")" + (group % 2 == 0 ? "." : "OTHERNODE") + "\"}";
         AddGroup(model, group);
     }
-    return R"({"cluster": {"name": "BENCHCLUSTER"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
+    return R"({"cluster": {"name": "BENCHCLUSTER", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
 "groups": [)" +
            groups + "],\n\"resources\": [" + model.Text() + "]}\n";
 }

@@ -139,6 +139,9 @@ void Model::AddBuiltInTypes() {
     for (const ResourceType& type : builtIn) {
         AddType(type);
     }
+    if (quorum == Quorum::Majority && !hasNetworkClass) {
+        AddType({L"Majority Node Set", 0, 0, {}}); // since 2008 the nodes hold the quorum without a resource
+    }
 }
 
 void Model::SetState(Resource& resource, State state) {

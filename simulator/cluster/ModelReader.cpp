@@ -1,4 +1,5 @@
 // Reading a model from its JSON text, and refusing one that cannot be.
+#include "CoreGroup.h"
 #include "Engine.h"
 #include "Faults.h"
 #include "ModelJson.h"
@@ -60,6 +61,9 @@ public:
                 Link(*entry.first, name, place);
             }
         }
+        if (m_addsCoreGroup && LacksCoreGroup(m_model)) {
+            AddCoreGroup(m_model);
+        }
         reader.Each("faults", [this](const Json& item, const std::string& place) {
             const std::string fault = TextItem(item, place);
             try {
@@ -115,6 +119,11 @@ private:
         }
         m_model.quorum = quorum == "majority" ? Quorum::Majority : Quorum::Shared;
         m_model.clock = Time(reader, "clock");
+        const std::string coreGroup = reader.TextOr("coreGroup", "standard");
+        if (coreGroup != "standard" && coreGroup != "none") {
+            Fail("cluster.coreGroup", "\"standard\" or \"none\" is expected");
+        }
+        m_addsCoreGroup = coreGroup == "standard";
         if (const Json* behaviour = reader.Member("behaviour")) {
             ObjectReader switches(*behaviour, "cluster.behaviour");
             const std::string mask = switches.TextOr("enumMaskZero", "error");
@@ -325,7 +334,7 @@ private:
         if (const Json* disk = reader.Member("disk")) {
             ReadDisk(*disk, place + ".disk", *resource);
         }
-        ReadUnread(reader, {"class", "common", "dependsOn", "disk", "id", "possibleOwners", "private", "type"},
+        ReadUnread(reader, {"class", "common", "dependsOn", "disk", "flags", "id", "possibleOwners", "private", "type"},
                    resource->unread);
         reader.Done();
         return resource;
@@ -408,6 +417,7 @@ private:
 
     Model& m_model;
     std::wstring m_thisComputer;
+    bool m_addsCoreGroup = true;
     std::vector<Host> m_hosts;
 };
 

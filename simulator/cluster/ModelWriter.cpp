@@ -1,4 +1,5 @@
 // Writing a model as JSON text.
+#include "CoreGroup.h"
 #include "ModelJson.h"
 
 #include "common/Json.h"
@@ -143,6 +144,9 @@ Json ClusterJson(const Model& model) {
     }
     if (model.quorum == Quorum::Majority) {
         json["quorum"] = "majority";
+    }
+    if (LacksCoreGroup(model)) {
+        json["coreGroup"] = "none"; // that it is not added when this is read
     }
     if (model.clock != 0) {
         json["clock"] = model.clock;

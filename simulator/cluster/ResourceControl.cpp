@@ -92,7 +92,7 @@ Code CodeOfUnread(const Resource& resource, DWORD code) {
                  {ControlGetClassInfo, "class"}, {ControlGetType, "type"},
                  {ControlGetId, "id"},           {ControlGetCommon, "common"},
                  {ControlGetPrivate, "private"}, {ControlGetNetworkName, "private"},
-                 {ControlGetDiskInfo, "disk"}};
+                 {ControlGetDiskInfo, "disk"},   {ControlGetFlags, "flags"}};
     for (const auto& known : parts) {
         const auto unread = known.code == code ? resource.unread.find(known.part) : resource.unread.end();
         if (unread != resource.unread.end()) {
@@ -104,7 +104,7 @@ Code CodeOfUnread(const Resource& resource, DWORD code) {
 
 // A disk may hold the quorum.
 DWORD CharacteristicsOf(const Resource& resource) {
-    return resource.type->classCode == 1 ? CLUS_CHAR_QUORUM : CLUS_CHAR_UNKNOWN;
+    return resource.type->classCode == 1 || resource.isQuorum ? CLUS_CHAR_QUORUM : CLUS_CHAR_UNKNOWN;
 }
 
 DWORD FlagsOf(const Resource& resource) {

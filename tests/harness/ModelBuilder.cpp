@@ -124,7 +124,7 @@ ModelBuilder::ResourceModel& ModelBuilder::Last() {
 }
 
 std::string ModelBuilder::Json() const {
-    std::string json = "{\n  \"cluster\": {\"name\": " + Quoted(m_clusterName);
+    std::string json = "{\n  \"cluster\": {\"name\": " + Quoted(m_clusterName) + ", \"coreGroup\": \"none\"";
     for (const auto& member : m_raw) {
         json += ", " + Member(member);
     }

@@ -16,7 +16,8 @@
 
 namespace {
 
-const char Model[] = R"({"cluster": {"name": "C"}, "nodes": [{"name": "."}], "groups": [{"name": "EVS1", "owner": "."}],
+const char Model[] =
+    R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "."}], "groups": [{"name": "EVS1", "owner": "."}],
     "resources": [{"name": "EVS1 SA", "type": "Generic Service", "id": "11111111-2222-3333-4444-555555555501",
     "group": "EVS1", "state": "Online"}]})";
 

@@ -49,6 +49,7 @@ TEST_F(ControlInterface, EveryMemberSurvivesReadingBack) {
   "cluster": {
     "name": "C\u00e4",
     "running": false,
+    "coreGroup": "none",
     "behaviour": {
       "enumMaskZero": "empty",
       "deleteOnline": 5023,
@@ -167,7 +168,8 @@ TEST_F(ControlInterface, ResetForgetsEverythingButOpenHandles) {
 }
 
 TEST_F(ControlInterface, TenThousandResourcesAreNoProblem) {
-    std::string json = R"({"cluster": {"name": "C"}, "nodes": [{"name": "N"}], "groups": [{"name": "G", "owner": "N"}],
+    std::string json =
+        R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "N"}], "groups": [{"name": "G", "owner": "N"}],
                            "resources": [)";
     for (int i = 0; i < 10000; ++i) {
         const std::string number = std::to_string(i);

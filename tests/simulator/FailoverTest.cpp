@@ -197,6 +197,10 @@ TEST_F(Failover, OfNodesThatAreLostAndComeBack) {
     PlayAll("nodes.txt");
 }
 
+TEST_F(Failover, OfTheClustersOwnGroup) {
+    PlayAll("core.txt");
+}
+
 TEST_F(Failover, OfResourcesThatFail) {
     PlayAll("failures.txt");
 }

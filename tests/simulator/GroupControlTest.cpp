@@ -44,7 +44,7 @@ DWORD Set(HGROUP group, Bytes list) {
 }
 
 const char* const RefusingCluster =
-    R"({"cluster": {"name": "C"}, "nodes": [{"name": "N"}],
+    R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "N"}],
         "groups": [{"name": "G", "owner": "N", "unread": {"common": 5, "preferredOwners": 70}}],
         "resources": [{"name": "D", "type": "Physical Disk", "id": "1", "group": "G", "state": "Offline",
                        "unread": {"class": 11, "common": 12, "dependsOn": 13, "disk": 5004, "id": 14,

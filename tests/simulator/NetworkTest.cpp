@@ -7,7 +7,7 @@ using testing::HasSubstr;
 
 namespace {
 
-const char* const TwoNetworks = R"({"cluster": {"name": "MAIL", "domain": "corp.example"},
+const char* const TwoNetworks = R"({"cluster": {"name": "MAIL", "coreGroup": "none", "domain": "corp.example"},
   "nodes": [{"name": "N1"}, {"name": "N2"}, {"name": "N3", "state": "down"}],
   "networks": [{"name": "Public"}, {"name": "Private", "state": "down"}],
   "networkInterfaces": [
@@ -111,7 +111,7 @@ TEST_F(ClusterNetwork, ADiskTellsItsSizeBehindItsNumber) {
 }
 
 TEST_F(ClusterNetwork, AModelThatContradictsItselfIsRefused) {
-    const std::string start = R"({"cluster": {"name": "C"}, "nodes": [{"name": "N1"}], )";
+    const std::string start = R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "N1"}], )";
     EXPECT_EQ(LoadError(start + R"("networks": [{"name": "A"}, {"name": "a"}]})"),
               "networks[1].name: the network stands twice");
     EXPECT_EQ(LoadError(start + R"("networks": [{"name": "A", "state": "slow"}]})"),

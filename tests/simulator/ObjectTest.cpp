@@ -168,7 +168,7 @@ TEST_F(ClusterObject, SuccessAndCodesLeaveMisleadingLastErrors) {
 
 TEST_F(ClusterObject, ANodeThatJoinsIsNeitherUpNorDown) {
     Load(
-        R"({"cluster": {"name": "MAILCLUSTER"}, "nodes": [{"name": "NODE-A"}, {"name": "NODE-B", "state": "joining"}]})");
+        R"({"cluster": {"name": "MAILCLUSTER", "coreGroup": "none"}, "nodes": [{"name": "NODE-A"}, {"name": "NODE-B", "state": "joining"}]})");
     EXPECT_EQ(GetClusterNodeState(Node(L"NODE-A")), ClusterNodeUp);
     EXPECT_EQ(GetClusterNodeState(Node(L"NODE-B")), ClusterNodeJoining);
 }
@@ -200,7 +200,7 @@ TEST_F(ClusterObject, ThisComputerIsReportedByItsNameAndWrittenBackAsADot) {
     wchar_t computer[MAX_COMPUTERNAME_LENGTH + 1];
     DWORD cch = MAX_COMPUTERNAME_LENGTH + 1;
     ASSERT_TRUE(GetComputerNameW(computer, &cch));
-    Load(R"({"cluster": {"name": "C"}, "nodes": [{"name": "."}, {"name": "OTHER"}],
+    Load(R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "OTHER"}],
              "groups": [{"name": "G", "owner": ".", "preferredOwners": ["."]}],
              "resources": [{"name": "R", "type": "IP Address", "id": "1", "group": "G", "possibleOwners": ["."]}]})");
     EXPECT_THAT(ListCluster(m_cluster, CLUSTER_ENUM_NODE),

@@ -35,9 +35,10 @@ class ResourceControl : public SimulatorTest {
 protected:
     // A cluster of one resource with these members.
     void LoadResource(const std::string& type, const std::string& members) {
-        Load(R"({"cluster": {"name": "C"}, "nodes": [{"name": "N"}], "groups": [{"name": "G", "owner": "N"}],
+        Load(
+            R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "N"}], "groups": [{"name": "G", "owner": "N"}],
                  "resources": [{"name": "R", "group": "G", "id": "1", "type": ")" +
-             type + "\", " + members + "}]}");
+            type + "\", " + members + "}]}");
     }
 };
 

@@ -1,7 +1,7 @@
 #include "SimulatorTest.h"
 
 const char* const MailCluster = R"({
-  "cluster": {"name": "MAILCLUSTER"},
+  "cluster": {"name": "MAILCLUSTER", "coreGroup": "none"},
   "nodes": [{"name": "NODE-A"}, {"name": "NODE-B", "state": "down"}, {"name": "NODE-C", "state": "paused"}],
   "groups": [
     {"name": "EVS1", "owner": "NODE-A", "preferredOwners": ["NODE-B", "NODE-A"]},

@@ -89,6 +89,9 @@ public:
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
             model["groups"].push_back(ReadGroupModel(name));
         }
+        if (!m_hasCore) {
+            model["cluster"]["coreGroup"] = "none"; // what there is stands in the model
+        }
         ReadVersion(model);
         if (m_downNodeOwns) {
             model["cluster"]["behaviour"]["downOwners"] = "accepted";
@@ -214,6 +217,7 @@ private:
             return QueryResource(handle, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, answer, reason);
         });
         AddDisk(model, handle, name);
+        AddCore(model, handle, name);
         return model;
     }
 
@@ -253,6 +257,15 @@ private:
             model["disk"] = DiskJson(m_answer);
         } catch (const Failure& malformed) {
             Malformed(model, "disk", name, malformed);
+        }
+    }
+
+    void AddCore(Json& model, HRESOURCE resource, const std::wstring& name) {
+        DWORD code = 0;
+        if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_FLAGS, m_answer, code)) {
+            Refused(model, "flags", "the flags", name, code);
+        } else if (MarkCore(model, m_answer)) {
+            m_hasCore = true;
         }
     }
 
@@ -304,8 +317,9 @@ private:
     Report& m_report;
     const std::wstring m_thisComputer;
     std::set<std::wstring> m_downNodes; // folded
-    bool m_downNodeOwns = false;        // what the simulator accepts only when it is told to
-    Bytes m_answer;                     // of the control asked last
+    bool m_hasCore = false;
+    bool m_downNodeOwns = false; // what the simulator accepts only when it is told to
+    Bytes m_answer;              // of the control asked last
     Json m_types = Json::array();
     std::unordered_map<std::string, DWORD> m_classes; // by type
     std::set<std::string> m_classless;                // types whose class was refused

@@ -34,6 +34,7 @@ struct Resource {
     Json common;
     Json privates;
     Json disk;
+    recording::Bytes flags;
 };
 
 struct Group {
@@ -120,6 +121,7 @@ private:
     std::map<std::string, Group> m_groupsByName;
     std::map<std::string, Resource> m_resourcesByName;
     Texts m_missing;
+    bool m_hasCore = false;
 };
 
 std::string Listener::ObjectOf(const HeardCall& call, const char* argument) const {
@@ -211,6 +213,9 @@ void Listener::HearControl(const HeardCall& call, const std::string& name) {
     case CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO:
         resource.disk = DiskJson(bytes);
         break;
+    case CLUSCTL_RESOURCE_GET_FLAGS:
+        resource.flags = bytes;
+        break;
     default:
         break;
     }
@@ -294,6 +299,7 @@ Json Listener::Resources() {
         if (known.common.is_object() && restart != known.common.end()) {
             resource["common"] = {{"RestartAction", *restart}};
         }
+        m_hasCore = MarkCore(resource, known.flags) || m_hasCore;
         if (known.privates.is_null()) {
             m_missing.push_back("the recording does not tell the private properties of " + Quoted(name));
         }
@@ -326,6 +332,9 @@ RecordedModel Listener::Model() {
     model["nodes"] = Nodes();
     model["groups"] = Groups();
     model["resources"] = Resources();
+    if (!m_hasCore) {
+        model["cluster"]["coreGroup"] = "none"; // what was recorded stands in the model
+    }
     return {std::move(model), std::move(m_missing)};
 }
 

@@ -202,3 +202,11 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
     disk["partitions"] = std::move(partitions);
     return disk;
 }
+
+bool MarkCore(Json& resource, const std::vector<unsigned char>& flags) {
+    const bool isCore = !flags.empty() && (flags.front() & 1) != 0; // CLUS_FLAG_CORE
+    if (isCore) {
+        resource[resource.contains("disk") ? "quorum" : "core"] = true;
+    }
+    return isCore;
+}
