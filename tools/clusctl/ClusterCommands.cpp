@@ -3,6 +3,7 @@
 #include "ClusterObjects.h"
 #include "CommandLine.h"
 #include "Progress.h"
+#include "Suggestion.h"
 #include "Text.h"
 
 #include "common/Text.h"
@@ -191,6 +192,17 @@ bool IsWanted(const CCluster& cluster, const std::wstring& name, const std::wstr
     return type.empty() || ReadResourceType(cluster, name, report) == Json(type);
 }
 
+// That no resource has a type is an answer, but not of one that the cluster does not know.
+void RequireKnownType(const CCluster& cluster, const std::wstring& type) {
+    const Names types = ListResourceTypes(cluster);
+    if (std::find(types.begin(), types.end(), type) == types.end()) {
+        std::vector<std::string> known(types.size());
+        std::transform(types.begin(), types.end(), known.begin(), &common::ToUtf8);
+        throw Failure(Errors::NotFound,
+                      "the cluster has no resource type " + Quoted(type) + DidYouMean(common::ToUtf8(type), known));
+    }
+}
+
 Report Resources(const LogCapture& log, const ResourceOptions& options) {
     CCluster cluster;
     OpenLocalCluster(cluster);
@@ -210,6 +222,9 @@ Report Resources(const LogCapture& log, const ResourceOptions& options) {
             owners.Mark(record, "group");
             records.push_back(std::move(record));
         }
+    }
+    if (records.empty() && !options.type.empty()) {
+        RequireKnownType(cluster, options.type);
     }
     if (detail) {
         report.AddRecords("resources", std::move(records), ResourceTitles(), NoResourceSentence(options));

@@ -38,7 +38,8 @@ size_t SharedWords(const std::string& one, const std::string& other) {
 // are right tell nothing of how near it is.
 bool IsNear(const std::string& word, const std::string& candidate, size_t distance) {
     const size_t letters = word.size() - SharedWords(word, candidate);
-    return distance <= std::max<size_t>(1, letters / 3) || (letters >= 3 && StartsWith(candidate, word));
+    return distance <= std::max<size_t>(1, letters / 3) || (letters >= 3 && StartsWith(candidate, word)) ||
+           StartsWith(candidate, word + " ");
 }
 
 } // namespace

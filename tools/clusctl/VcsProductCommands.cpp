@@ -137,8 +137,8 @@ Report List(const LogCapture& log, const std::wstring& group) {
     const std::string what = "cannot list the product's resources";
     watch.Require(isListed, what);
     watch.RequireNames(names, what);
-    if (names.empty() && !group.empty() && !Contains(ListVcsGroups(log), group)) {
-        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
+    if (names.empty() && !group.empty()) {
+        RequireVcsGroup(log, group, what);
     }
     Report report;
     report.AddTable("resources", NameRecords(names), {{"name", "RESOURCE"}}, "There are none.");

@@ -145,9 +145,7 @@ Json Results(const LogCapture& log, const std::wstring& group, const Members& me
 Report DeleteVcsProduct(const LogCapture& log, const ProductDeleteOptions& options) {
     const std::wstring& group = options.group;
     const std::string what = "cannot delete the product's resources of " + Quoted(group);
-    if (!Contains(ListVcsGroups(log), group)) {
-        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
-    }
+    RequireVcsGroup(log, group, what);
     const Members members = FindMembers(log, group);
     RequireNoOtherDependants(members, what);
     if (!options.opens) {

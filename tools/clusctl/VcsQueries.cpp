@@ -2,6 +2,7 @@
 #include "CommandLine.h"
 #include "Text.h"
 #include "VcsCommands.h"
+#include "VcsConditions.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTools.h"
@@ -24,12 +25,25 @@ struct Kind {
     const char* title;
     const char* description;
     ListFunction list;
+    ConditionedKind conditioned;
 };
 
 const Kind Kinds[] = {
-    {"systems", "SYSTEM", "List the systems of the VCS cluster", &CVeritasCluster::EnumSystemNames},
-    {"groups", "GROUP", "List the service groups", &CVeritasCluster::EnumGroupNames},
-    {"resources", "RESOURCE", "List the resources", &CVeritasCluster::EnumResourceNamesW},
+    {"systems",
+     "SYSTEM",
+     "List the systems of the VCS cluster",
+     &CVeritasCluster::EnumSystemNames,
+     {"system", L"hasys", TableForm::ObjectValue}},
+    {"groups",
+     "GROUP",
+     "List the service groups",
+     &CVeritasCluster::EnumGroupNames,
+     {"group", L"hagrp", TableForm::ObjectSystemValue}},
+    {"resources",
+     "RESOURCE",
+     "List the resources",
+     &CVeritasCluster::EnumResourceNamesW,
+     {"resource", L"hares", TableForm::ObjectSystemValue}},
 };
 
 struct AttributeName {
@@ -45,6 +59,9 @@ struct GroupService {
 Report List(const LogCapture& log, const Kind& kind, const NameValuePairList& conditions) {
     const VcsNames names = ListVcsNames(log, kind.list, kind.name, conditions);
     Report report;
+    if (names.empty() && !conditions.empty()) {
+        JudgeConditions(log, kind.conditioned, conditions, report);
+    }
     report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
                     conditions.empty() ? std::string("There are none.") : std::string("None matches."));
     return report;
@@ -107,7 +124,8 @@ Report FindGroup(const LogCapture& log, const std::wstring& networkName) {
     const std::string what = "cannot find the group of the network name " + Quoted(networkName);
     watch.Require(isFound, what);
     if (group.empty()) {
-        throw Failure(Errors::ServerNotFound, what + ": no Lanman resource carries it");
+        throw Failure(Errors::ServerNotFound,
+                      what + ": no Lanman resource carries it" + NetworkNameInOtherCase(log, networkName));
     }
     Report report;
     report.AddSentence("group", {{"networkName", networkName}, {"name", group}}, Printable(group));

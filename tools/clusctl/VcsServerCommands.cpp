@@ -115,8 +115,8 @@ Report Servers(const LogCapture& log, const Wanted& wanted) {
 Report Storage(const LogCapture& log, const std::wstring& group) {
     const VcsNames mounts = TopMountResources(log, group);
     const RegistryReplication replication = FindRegistryReplication(log, group);
-    if (mounts.empty() && replication.resource.empty() && !Contains(ListVcsGroups(log), group)) {
-        throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(group));
+    if (mounts.empty() && replication.resource.empty()) {
+        RequireVcsGroup(log, group, "cannot show the storage of the group " + Quoted(group));
     }
     Report report;
     report.AddRecord("storage",

@@ -1,9 +1,12 @@
 #include "VcsServers.h"
 
+#include "Suggestion.h"
 #include "Text.h"
 #include "VcsTools.h"
 
 #include "core/VeritasNames.h"
+
+#include "common/Text.h"
 
 using namespace clus::veritas;
 
@@ -28,8 +31,9 @@ CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::
     watch.Require(true, what);
     if (!isFound) {
         throw Failure(Errors::ServerNotFound,
-                      what + (info.sLanmanResName.empty() ? ": no Lanman resource carries it"
-                                                          : ": VCS tells no group of " + Quoted(info.sLanmanResName)));
+                      what + (info.sLanmanResName.empty()
+                                  ? ": no Lanman resource carries it" + NetworkNameInOtherCase(log, networkName)
+                                  : ": VCS tells no group of " + Quoted(info.sLanmanResName)));
     }
     watch.RequireNames({info.sGroupName, info.sLanmanResName}, what);
     return info;
@@ -134,20 +138,44 @@ VcsNames ListVcsGroups(const LogCapture& log) {
     return ListVcsNames(log, &CVeritasCluster::EnumGroupNames, "groups");
 }
 
-void RequireVcsResource(const LogCapture& log, const std::wstring& name, const std::string& what) {
-    if (!Contains(ListVcsResources(log), name)) {
-        throw Failure(Errors::ResourceNotFound, what + ": there is no resource " + Quoted(name));
+namespace {
+
+std::string InOtherCase(const std::wstring& name, const VcsNames& names) {
+    for (const std::wstring& known : names) {
+        if (common::Folded(known) == common::Folded(name)) {
+            return DidYouMean(common::ToUtf8(name), {common::ToUtf8(known)});
+        }
     }
+    return std::string();
+}
+
+void RequireListed(const VcsNames& names, const std::wstring& name, const ErrorKind& kind, const std::string& what) {
+    if (!Contains(names, name)) {
+        throw Failure(kind, what + " " + Quoted(name) + InOtherCase(name, names));
+    }
+}
+
+} // namespace
+
+std::string NetworkNameInOtherCase(const LogCapture& log, const std::wstring& networkName) {
+    VcsNames known;
+    for (const std::wstring& lanman :
+         ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", {{TypeAttribute, LanmanType}})) {
+        const Json name = ReadVcsAttribute(lanman, VirtualNameAttribute);
+        known.push_back(name.is_string() ? common::ToUtf16(name.get<std::string>()) : std::wstring());
+    }
+    return InOtherCase(networkName, known);
+}
+
+void RequireVcsResource(const LogCapture& log, const std::wstring& name, const std::string& what) {
+    RequireListed(ListVcsResources(log), name, Errors::ResourceNotFound, what + ": there is no resource");
 }
 
 void RequireVcsGroup(const LogCapture& log, const std::wstring& name, const std::string& what) {
-    if (!Contains(ListVcsGroups(log), name)) {
-        throw Failure(Errors::GroupNotFound, what + ": there is no group " + Quoted(name));
-    }
+    RequireListed(ListVcsGroups(log), name, Errors::GroupNotFound, what + ": there is no group");
 }
 
 void RequireVcsSystem(const LogCapture& log, const std::wstring& name, const std::string& what) {
-    if (!Contains(ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems"), name)) {
-        throw Failure(Errors::NodeNotFound, what + ": there is no system " + Quoted(name));
-    }
+    RequireListed(ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems"), name, Errors::NodeNotFound,
+                  what + ": there is no system");
 }

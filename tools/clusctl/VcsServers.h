@@ -53,7 +53,12 @@ VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group
 // The service groups.
 VcsNames ListVcsGroups(const LogCapture& log);
 
-// Throw Failure, not found, with `what` and the name, when VCS does not list it.
+// Of a network name that no Lanman resource carries: the one that one carries in another letter case, as a sentence of
+// DidYouMean; empty when there is none.
+std::string NetworkNameInOtherCase(const LogCapture& log, const std::wstring& networkName);
+
+// Throw Failure, not found, with `what` and the name, when VCS does not list it. A name in another letter case is
+// named: the tools compare letter for letter.
 void RequireVcsResource(const LogCapture& log, const std::wstring& name, const std::string& what);
 void RequireVcsGroup(const LogCapture& log, const std::wstring& name, const std::string& what);
 void RequireVcsSystem(const LogCapture& log, const std::wstring& name, const std::string& what);
