@@ -323,7 +323,7 @@ say "EXVS-MAIL1 is not protected any more, and nothing says so:" ""
 try 0 "EXVS-MAIL2" servers
 rejects "EXVS-MAIL1"
 say "The doctor walks through the library's decisions, and ends with what mends it:" ""
-try 12 "[product-resource-missing]" doctor EXVS-MAIL1
+try 11 "[product-resource-missing]" doctor EXVS-MAIL1
 saidToo 'Do: clusctl resource create "EXVS-MAIL1" --name "Zyntra Gate (EXVS-MAIL1)"'
 say "Done as it says, on the disk of that server:" ""
 try 0 'KOVA_DATA_PATH: F:\Zyntra Gate' resource create EXVS-MAIL1 --name "Zyntra Gate (EXVS-MAIL1)" --data-path 'F:\Zyntra Gate'
