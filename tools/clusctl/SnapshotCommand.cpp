@@ -2,6 +2,7 @@
 
 #include "ClusterModel.h"
 #include "CommandLine.h"
+#include "NewFile.h"
 #include "PropertyJson.h"
 #include "Text.h"
 
@@ -60,11 +61,12 @@ std::vector<std::string> MaskSecrets(Json& model) {
 }
 
 void WriteModel(const std::wstring& file, const Json& model) {
-    // A suffix of this process's own: several may write at once, and the last one's file stays.
-    const std::wstring suffix = L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    const std::wstring fresh = FreshNameBeside(file); // several may write at once: the last one's file stays
     try {
-        common::WriteWholeFile(file, common::DumpJson(model), suffix);
+        common::WriteWholeFile(fresh, common::DumpJson(model));
+        common::MoveFileOver(fresh, file);
     } catch (const common::FileError& error) {
+        DeleteFileW(fresh.c_str());
         const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
         throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + Quoted(file), error.Code());
     }
