@@ -172,7 +172,7 @@ struct Behaviour {
     int protocol = 2003;
     bool downNodesOwnGroups = false; // as a service says that has not noticed yet; else no such model is read
     bool actsOnFailures = false;     // restarts what fails and moves its group; else what fails stays failed
-    bool needsRequired = false;      // what a type requires to depend on has to be there to come online
+    bool needsRequired = true;       // what a type requires to depend on has to be there to come online
     Code lost = 1722;                // of calls with handles that were opened before the service ended
     bool handlesGoStale = false;     // when the service starts again; else they serve on
     bool leavesGroupOffline = true;  // when a group may not fail over again; else only what failed stays down

@@ -147,7 +147,7 @@ private:
                 Fail("cluster.behaviour.failures", "\"left\" or \"acted-on\" is expected");
             }
             m_model.behaviour.actsOnFailures = failures == "acted-on";
-            const std::string required = switches.TextOr("requiredDependencies", "ignored");
+            const std::string required = switches.TextOr("requiredDependencies", "enforced");
             if (required != "ignored" && required != "enforced") {
                 Fail("cluster.behaviour.requiredDependencies", "\"ignored\" or \"enforced\" is expected");
             }

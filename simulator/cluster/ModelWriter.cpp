@@ -171,8 +171,8 @@ Json ClusterJson(const Model& model) {
     if (model.behaviour.actsOnFailures) {
         behaviour["failures"] = "acted-on";
     }
-    if (model.behaviour.needsRequired) {
-        behaviour["requiredDependencies"] = "enforced";
+    if (!model.behaviour.needsRequired) {
+        behaviour["requiredDependencies"] = "ignored";
     }
     if (model.behaviour.lost != standard.lost) {
         behaviour["lost"] = model.behaviour.lost;

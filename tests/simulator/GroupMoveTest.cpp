@@ -145,16 +145,23 @@ TEST_F(GroupMove, TheSameEventsGiveTheSameModel) {
     EXPECT_THAT(first, HasSubstr("\"clock\": 13000000030000"));
 }
 
-TEST_F(GroupMove, RequiredDependenciesAreNeededWhereTheyAreEnforced) {
-    const std::string enforced = Replaced(TwoNodes(), "\"failures\": \"acted-on\"",
-                                          "\"failures\": \"acted-on\", \"requiredDependencies\": \"enforced\"");
-    Load(enforced);
+TEST_F(GroupMove, RequiredDependenciesAreNeededToComeOnline) {
+    Load(TwoNodes());
     const ResourceOwner name(CreateClusterResource(Group(L"EVS1"), L"Lone Name", L"Network Name", 0));
     EXPECT_EQ(OnlineClusterResource(name), Code(ERROR_DEPENDENCY_NOT_FOUND));
     EXPECT_EQ(StateOf(L"Lone Name"), ClusterResourceOffline);
     EXPECT_EQ(AddClusterResourceDependency(name, Resource(L"EVS1 IP")), 0u);
     EXPECT_EQ(OnlineClusterResource(name), 0u);
     EXPECT_EQ(OnlineClusterResource(Resource(L"EVS1 Store")), 0u) << "it has all that it needs";
+    EXPECT_THAT(ReadModel(), Not(HasSubstr("requiredDependencies")));
+}
+
+TEST_F(GroupMove, RequiredDependenciesAreNotLookedAtWhereTheyAreIgnored) {
+    Load(Replaced(TwoNodes(), "\"failures\": \"acted-on\"",
+                  "\"failures\": \"acted-on\", \"requiredDependencies\": \"ignored\""));
+    const ResourceOwner name(CreateClusterResource(Group(L"EVS1"), L"Lone Name", L"Network Name", 0));
+    EXPECT_EQ(OnlineClusterResource(name), 0u);
+    EXPECT_THAT(ReadModel(), HasSubstr("\"requiredDependencies\": \"ignored\""));
 }
 
 TEST_F(GroupMove, ModelsThatSayItWronglyAreRefused) {

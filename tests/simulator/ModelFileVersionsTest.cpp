@@ -255,8 +255,9 @@ TEST_F(ModelFileVersions, InvalidTextIsAtOnceWhatTheFileHoldsOfIt) {
 }
 
 TEST_F(ModelFileVersions, WhatChangesNothingIsNotWritten) {
-    const std::string text = Replaced(MailCluster, "\"dependsOn\": [\"EVS1 SA\"]",
-                                      "\"common\": {\"Description\": \"Shop\"}, \"failsOnline\": true");
+    const std::string text = Replaced(Replaced(MailCluster, "\"dependsOn\": [\"EVS1 SA\"]",
+                                               "\"common\": {\"Description\": \"Shop\"}, \"failsOnline\": true"),
+                                      "\"none\"", R"("none", "behaviour": {"requiredDependencies": "ignored"})");
     UseFile(text);
     const ResourceOwner store = Resource(L"EVS1 Store");
     EXPECT_EQ(SetControl(store, CLUSCTL_RESOURCE_SET_COMMON_PROPERTIES, DescriptionList(L"Shop")), 0u);

@@ -36,7 +36,7 @@ const std::vector<ProbeRule>& FailoverRules() {
         {"down-owners", "no group stays with a node that is down"},
         {"failures", "what becomes of a resource that fails"},
         {"failovers-used-up", "what becomes of a group that may not fail over again"},
-        {"required-dependencies", "whether a resource comes online without what its type requires"},
+        {"required-dependencies", "a resource comes online only with what its type requires"},
     };
     return rules;
 }
