@@ -110,6 +110,9 @@ Json CallLines(const std::vector<ClusterCall>& calls) {
     }
     const size_t asking = calls.size() - lines.size();
     if (asking != 0) {
+        if (lines.empty()) {
+            lines.push_back("none that changes anything");
+        }
         lines.push_back("and " + std::to_string(asking) + (asking == 1 ? " that only asks" : " that only ask"));
     }
     return lines;
