@@ -41,10 +41,10 @@ std::wstring_view TextOf(std::wstring_view line, const Word& word) {
 // Where the value of an assignment to a password attribute begins, npos when there is none.
 std::size_t FindAssignedSecret(std::wstring_view commandLine) {
     const std::vector<Word> words = WordsOf(commandLine);
-    std::size_t firstAttribute = words.size(); // behind -modify and the resource's name
+    std::size_t firstAttribute = words.size(); // behind -modify or -global and the resource's name
     for (std::size_t i = 1; i < words.size(); ++i) {
         const std::wstring_view word = TextOf(commandLine, words[i]);
-        if (word == L"-modify" && firstAttribute == words.size()) {
+        if ((word == L"-modify" || word == L"-global") && firstAttribute == words.size()) {
             firstAttribute = i + 2;
         }
         const std::size_t equals = word.find(L'=');

@@ -76,6 +76,16 @@ TEST(VcsToolCalls, RunsHaveTheirWordsExitCodeAndWhatWasSaidOfAFailure) {
     EXPECT_EQ(calls[2].said, "");
 }
 
+TEST(VcsToolCalls, TheScopeOfAnAttributeIsAChange) {
+    const std::vector<ClusterCall> calls = ReadToolCalls(
+        R"({"tool":"hares","arguments":["-local","EVS1-IP","MACAddress"],"exit":0,"output":""}
+{"tool":"hares","arguments":["-global","EVS1-IP","MACAddress","00-11"],"exit":0,"output":""}
+)");
+    ASSERT_EQ(calls.size(), 2U);
+    EXPECT_TRUE(calls[0].changes);
+    EXPECT_TRUE(calls[1].changes);
+}
+
 TEST(VcsToolCalls, AnEncryptionChangesNothingAndARunThatHangsHasNoCode) {
     const std::vector<ClusterCall> calls =
         ReadToolCalls("{\"tool\":\"vcsencrypt\",\"arguments\":[\"-agent\",\"***\"],\"exit\":"

@@ -55,6 +55,12 @@ TEST(ToolSecretOfACommandLine, FollowsTheFirstModifyWhateverTheResourceIsCalled)
     EXPECT_EQ(masked.secret, L"gPiRc");
 }
 
+TEST(ToolSecretOfACommandLine, IsWhatALocalPasswordBecomesOfAllSystems) {
+    const Masked masked = Take(L"hares -global EVS1-Svc Password gPiRc");
+    EXPECT_EQ(masked.line, L"hares -global EVS1-Svc Password ***");
+    EXPECT_EQ(masked.secret, L"gPiRc");
+}
+
 TEST(ToolSecretOfACommandLine, IsWhatAListIsAskedFor) {
     const Masked filter = Take(L"hares -list  Type=GenericService   Password=gPiRc ");
     EXPECT_EQ(filter.line, L"hares -list  Type=GenericService   Password=***");

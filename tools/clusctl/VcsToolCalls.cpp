@@ -13,8 +13,9 @@ namespace {
 const unsigned long Unknown = 0xffffffff; // of a run that never ended
 
 bool IsChange(const std::string& tool, const std::vector<std::string>& arguments) {
-    static const char* const verbs[] = {"-add",   "-modify", "-link",   "-unlink", "-delete",   "-online", "-offline",
-                                        "-clear", "-probe",  "-switch", "-freeze", "-unfreeze", "-makerw", "-dump"};
+    static const char* const verbs[] = {"-add",    "-modify",   "-local",   "-global", "-link",  "-unlink",
+                                        "-delete", "-online",   "-offline", "-clear",  "-probe", "-switch",
+                                        "-freeze", "-unfreeze", "-makerw",  "-dump"};
     return tool != "vcsencrypt" && !arguments.empty() &&
            std::any_of(std::begin(verbs), std::end(verbs),
                        [&arguments](const char* verb) { return arguments.front() == verb; });

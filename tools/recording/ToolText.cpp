@@ -163,7 +163,9 @@ std::wstring MaskedOutput(const std::wstring& commandLine, const std::wstring& o
 
 std::string AnonymousCommand(const std::string& commandLine, common::Anonymiser& anonymiser) {
     const std::vector<Word> words = WordsOf(commandLine);
-    const bool namesAttribute = Has(words, "-modify") || Has(words, "-value"); // behind the object
+    const char* const verbs[] = {"-modify", "-value", "-local", "-global"};
+    const bool namesAttribute = // behind the object
+        std::any_of(std::begin(verbs), std::end(verbs), [&words](const char* verb) { return Has(words, verb); });
     std::size_t object = words.size();
     std::string result;
     for (std::size_t i = 0; i < words.size(); ++i) {
