@@ -42,6 +42,26 @@ SEARCH = """(word => {
         box.textContent.trim()];
 })"""
 
+# Without scripts, of which this is none of the page's own: whether something is not shown, and how many texts are.
+UNSCRIPTED = """(() => {
+    const wrong = [], walker = document.createTreeWalker(document.body, NodeFilter.SHOW_TEXT);
+    let count = 0;
+    while (walker.nextNode()) {
+        const element = walker.currentNode.parentElement;
+        if (walker.currentNode.textContent.trim() === '' || element.closest('script, style, noscript, svg title')) continue;
+        const range = document.createRange(), style = getComputedStyle(element);
+        range.selectNodeContents(walker.currentNode);
+        const room = range.getBoundingClientRect();
+        ++count;
+        if (room.width <= 0 || room.height <= 0 || style.visibility !== 'visible' || style.opacity === '0')
+            wrong.push('not shown: ' + walker.currentNode.textContent.trim());
+    }
+    if (Array.from(document.querySelectorAll('.search')).some(box => box.getBoundingClientRect().height > 0))
+        wrong.push('a search is offered that finds nothing');
+    if (document.querySelectorAll('tbody tr').length === 0 || count < 20) wrong.push('there are only ' + count + ' texts');
+    return wrong;
+})()"""
+
 
 class Browser:
     def __init__(self, profile):
@@ -112,6 +132,9 @@ class Browser:
 
     def set_width(self, width):
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=False)
+
+    def set_scripts(self, are_run):
+        self.call("Emulation.setScriptExecutionDisabled", value=not are_run)
 
     def set_dark(self, is_dark):
         self.call("Emulation.setEmulatedMedia",
@@ -184,6 +207,11 @@ def problems_of_page(browser, page, pictures, word):
     if browser.value("getComputedStyle(document.body).backgroundColor") == light:
         problems.append("the page is no other where the reader wants it dark")
     browser.picture(pictures / f"{page.stem}-dark.png")
+    problems += problems_of_events(browser, page)
+    browser.set_scripts(False)
+    browser.open(page)
+    problems += [f"without scripts: {problem}" for problem in browser.value(UNSCRIPTED)[:5]]
+    browser.set_scripts(True)
     return [f"{page.name}: {problem}" for problem in problems + problems_of_events(browser, page)]
 
 
