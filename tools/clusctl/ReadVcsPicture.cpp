@@ -121,6 +121,9 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
     }
     std::vector<Resource> resources;
     for (const std::wstring& name : names) {
+        if (attributes[name].count(GroupAttribute) == 0) {
+            throw Failure(Errors::Incomplete, "cannot read the resources: VCS shows no group of " + Quoted(name));
+        }
         Resource resource = VcsResource(name, attributes[name], states[name], cluster);
         resource.dependsOn = dependencies[name];
         resources.push_back(resource);

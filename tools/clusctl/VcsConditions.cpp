@@ -2,6 +2,7 @@
 
 #include "Suggestion.h"
 #include "Text.h"
+#include "VcsServers.h"
 #include "VcsToolProcess.h"
 #include "VcsTools.h"
 
@@ -78,6 +79,7 @@ void JudgeConditions(const LogCapture& log, const ConditionedKind& kind, const N
                      Report& report) {
     const ValuesByName values = ReadValues(log, kind);
     if (values.empty()) {
+        RequireVcsAnswer(log, std::string("cannot list the ") + kind.singular + "s");
         return;
     }
     const std::string none = std::string("no ") + kind.singular + " has ";

@@ -92,6 +92,9 @@ Report AllServers(const LogCapture& log) {
     const ToolWatch watch(log);
     const bool isListed = CVeritasCluster().CollectExchangeEVSInfo(infos);
     watch.Require(isListed, what);
+    if (infos.empty()) {
+        RequireVcsAnswer(log, what);
+    }
     Json records = Json::array();
     VcsNames names;
     for (const CVeritasVirtualServerInfo& info : infos) {

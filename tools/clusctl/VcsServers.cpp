@@ -117,7 +117,21 @@ VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind
         names.clear();
     }
     watch.RequireNames(names, what);
+    if (names.empty() && filter.empty() && !watch.HasMessage("50031")) {
+        RequireVcsAnswer(log, what);
+    }
     return names;
+}
+
+void RequireVcsAnswer(const LogCapture& log, const std::string& what) {
+    VcsNames systems;
+    const ToolWatch watch(log);
+    const bool isListed = CVeritasCluster().EnumSystemNames(systems, nullptr);
+    watch.Require(isListed, what);
+    if (systems.empty()) {
+        throw Failure(Errors::EngineDown,
+                      what + ": the VCS tools print nothing, not even that this computer is a system of the cluster");
+    }
 }
 
 VcsNames ListVcsResources(const LogCapture& log) {

@@ -43,6 +43,9 @@ typedef bool (CVeritasCluster::*ListFunction)(VcsNames& names, const NameValuePa
 VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind,
                       const NameValuePairList& filter = NameValuePairList());
 
+// A cluster that answers has a system. Throws Failure when VCS lists none, for then another empty list tells nothing.
+void RequireVcsAnswer(const LogCapture& log, const std::string& what);
+
 // All resources of the cluster, or of a group.
 VcsNames ListVcsResources(const LogCapture& log);
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group);
