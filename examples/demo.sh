@@ -226,6 +226,10 @@ try 0 "Tools" vcs groups
 say "Which of the groups are Exchange virtual servers, and where do they run?" ""
 try 0 "EXVS1         EVS1   online         NODE1" vcs servers
 rejects "Tools"
+say "What would become of them if NODE1 were lost? That is rehearsed on a copy, here too:" ""
+try 0 "group EVS1 goes online on NODE2" rehearse node-down NODE1
+saidToo "Nothing stays down that was online."
+cmp -s "$examples/vcs-exchange.cf" vcs-exchange.cf || broken "the rehearsed cluster was changed"
 say "Where do they keep their data? The product's resources go above the top-most disk, of EVS2 the one that carries the other:" ""
 try 0 "EVS1-MountV" vcs storage EVS1
 try 0 "EVS2-MountData" vcs storage EVS2
