@@ -1,4 +1,6 @@
 // Loading and unloading clusutil.dll: what comes with it, and what stays.
+#include "OpenHandles.h"
+
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -41,15 +43,6 @@ DWORD Threads() {
     return count;
 }
 
-DWORD Handles() {
-    typedef BOOL WINAPI CountHandles(HANDLE, PDWORD); // not in every platform header
-    const auto countHandles = reinterpret_cast<CountHandles*>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetProcessHandleCount")));
-    DWORD count = 0;
-    EXPECT_TRUE(countHandles(GetCurrentProcess(), &count));
-    return count;
-}
-
 // The bytes in use on all heaps of the process.
 std::size_t HeapBytes() {
     HANDLE heaps[64];
@@ -82,7 +75,8 @@ TEST(Loading, LeavesNothingBehindInAThousandTurns) {
     LoadAndUnload(20); // what the system keeps of DLLs that were loaded once
     ASSERT_EQ(LoadedModules().count(L"clusutil.dll"), 0u);
     const DWORD threads = Threads();
-    const DWORD handles = Handles();
+    const int handles = harness::CountOpenHandles();
+    ASSERT_GT(handles, 0);
     const std::size_t bytes = HeapBytes();
     const int turns = 1000;
 
@@ -91,7 +85,7 @@ TEST(Loading, LeavesNothingBehindInAThousandTurns) {
     const std::size_t bytesAfterwards = HeapBytes();
     EXPECT_EQ(LoadedModules().count(L"clusutil.dll"), 0u);
     EXPECT_EQ(Threads(), threads);
-    EXPECT_EQ(Handles(), handles);
+    EXPECT_EQ(harness::CountOpenHandles(), handles);
     EXPECT_LT(bytesAfterwards, bytes + turns) << "not even a byte for each turn";
 }
 

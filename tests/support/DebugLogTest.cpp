@@ -1,6 +1,7 @@
 #include "LogWriterProcess.h"
 #include "DebugLog.h"
 #include "ImportPatch.h"
+#include "OpenHandles.h"
 
 #include <algorithm>
 #include <set>
@@ -336,16 +337,6 @@ private:
     const std::wstring m_path = m_folder.File(L"DebugLogCopy.dll");
 };
 
-// The open handles of this process, each looked at: Wine does not count them.
-int Handles() {
-    int count = 0;
-    for (ULONG_PTR value = 4; value < 0x4000; value += 4) {
-        DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
-    }
-    return count;
-}
-
 } // namespace
 
 TEST(DebugLog, GivesBackWhatIsOpenWhenItIsUnloaded) {
@@ -353,12 +344,12 @@ TEST(DebugLog, GivesBackWhatIsOpenWhenItIsUnloaded) {
     const LogCopy copy;
     SetEnvironmentVariableW(File, file.Path().c_str());
     copy.LogOnce(L"first");
-    const int handles = Handles();
+    const int handles = harness::CountOpenHandles();
     ASSERT_GT(handles, 0);
     for (int i = 0; i < 100; ++i) {
         copy.LogOnce(L"again");
     }
-    EXPECT_EQ(Handles(), handles);
+    EXPECT_EQ(harness::CountOpenHandles(), handles);
     SetEnvironmentVariableW(File, nullptr);
     EXPECT_THAT(file.Lines(), SizeIs(101));
 }

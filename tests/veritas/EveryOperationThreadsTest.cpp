@@ -3,7 +3,9 @@
 #include "AtOnce.h"
 #include "ImportPatch.h"
 #include "PrivateFolder.h"
+#include "ProductNames.h"
 #include "Text.h"
+#include "ThreadedRegistry.h"
 
 #include "CommonUtil.h"
 #include "clus_VeritasCluster.h"
@@ -215,6 +217,8 @@ std::string EveryOperation(const CVeritasCluster& cluster, int number) {
 
 TEST(VeritasEveryOperationAtOnce, GivesWhatItGivesAlone) {
     const PrivateFolder folder;
+    ThreadedRegistry registry;
+    registry.SetText(ProductKey, L"DataRootPath", L"F:\\Data");
     const EndedTools tools;
     const LogCounter log;
     const CVeritasCluster cluster;

@@ -92,7 +92,6 @@ void AskResource(CCluster& cluster, CClusterResource& resource, const std::wstri
 
 void AskGroup(CCluster& cluster, const std::wstring& server, Results& results) {
     CClusterGroup group;
-    CClusterGroup copy;
     Names names;
     std::wstring disk;
     DWORD visited = 0;

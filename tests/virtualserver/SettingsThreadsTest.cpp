@@ -1,6 +1,10 @@
 // Several first callers at once: file and registry are read by one of them.
 #include "AtOnce.h"
 #include "HostFixture.h"
+#include "ThreadedRegistry.h"
+
+#include "common/Files.h"
+#include "common/TemporaryFolder.h"
 
 using namespace harness;
 
@@ -78,6 +82,50 @@ TEST_F(SettingsThreads, FirstCallersGetTheSameKey) {
     EXPECT_EQ(keys, std::vector<std::wstring>(FirstCallers, ProductKey));
     EXPECT_EQ(paths, 1);
     EXPECT_EQ(files, 2);
+}
+
+// A host whose settings file names another key, below which there is something to read. The file takes its time.
+class FirstCallersOfAClusterNode : public ::testing::Test {
+protected:
+    FirstCallersOfAClusterNode() {
+        m_registry.SetNumber(OtherKey, L"IsCluster", 1);
+        m_registry.SetText(OtherKey, L"HomeDir", L"D:\\Product");
+        common::WriteWholeFile(m_file, "RegKeyProductCurrentVersion\tSOFTWARE\\Other\n");
+    }
+
+    static constexpr const wchar_t* OtherKey = L"SOFTWARE\\Other";
+    std::atomic<int> files{0};
+
+private:
+    const common::TemporaryFolder m_folder{L"clusutil-first-callers"};
+    const std::wstring m_file = m_folder.File(L"settings.txt");
+    LogCounter m_log;
+    ThreadedRegistry m_registry;
+    ImportPatch<FILE*(const wchar_t*, const wchar_t*), struct FirstCallersFileTag> m_open{
+        FindImports(LibraryModule(), AnyCRuntime, "_wfopen"), [this](const wchar_t*, const wchar_t* mode) -> FILE* {
+            ++files;
+            ::Sleep(50);
+            return _wfopen(m_file.c_str(), mode);
+        }};
+};
+
+TEST_F(FirstCallersOfAClusterNode, AllGetWhatFileAndRegistryTell) {
+    std::atomic<int> clustered(0);
+    std::vector<std::wstring> keys(FirstCallers), folders(FirstCallers);
+    std::vector<std::function<void()>> callers;
+    for (int i = 0; i < FirstCallers; ++i) {
+        callers.emplace_back([&, i] {
+            const auto index = static_cast<std::size_t>(i);
+            clustered += CVirtualServerUtil::CheckIsClusterByRegKey() ? 1 : 0;
+            keys[index] = CVirtualServerUtil::GetProductRegistryKey();
+            UtilAccess::GetHomeDir(folders[index]);
+        });
+    }
+    RunAtOnce(callers);
+    EXPECT_EQ(clustered, FirstCallers);
+    EXPECT_EQ(keys, std::vector<std::wstring>(FirstCallers, OtherKey));
+    EXPECT_EQ(folders, std::vector<std::wstring>(FirstCallers, L"D:\\Product"));
+    EXPECT_EQ(files, 1);
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "AtOnce.h"
 #include "ServerFixture.h"
+#include "ThreadedRegistry.h"
 
 namespace harness {
 
@@ -22,15 +23,10 @@ protected:
     }
 
     Simulator m_simulator;
-    IsolatedRegistry m_registry;
+    ThreadedRegistry m_registry;
     LogCounter m_log;
 
 private:
-    ImportPatch<LSTATUS(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY), struct ThreadedClusterKeyTag> m_key{
-        FindImports(LibraryModule(), "advapi32.dll", "RegOpenKeyExW"),
-        [this](HKEY, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) -> LSTATUS {
-            return ::RegOpenKeyExW(m_registry.Root(), path, options, access, key);
-        }};
     ImportPatch<BOOL(LPWSTR, LPDWORD), struct ThreadedClusterNameTag> m_name{
         FindImports(LibraryModule(), "kernel32.dll", "GetComputerNameW"), [](LPWSTR text, LPDWORD cch) -> BOOL {
             lstrcpyW(text, L"NODE-A");
