@@ -137,16 +137,6 @@ std::vector<StyledLine> StatusPage(const ClusterPicture& cluster, const Health& 
     return lines;
 }
 
-std::string PageText(const std::vector<StyledLine>& lines, bool isColoured) {
-    std::string text;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        const bool isStyled = isColoured && !lines[i].style.empty();
-        text += i == 0 ? "" : "\n";
-        text += isStyled ? lines[i].style + lines[i].text + Styles::Plain : lines[i].text;
-    }
-    return text;
-}
-
 bool WantsColour() {
     return Stream(STD_OUTPUT_HANDLE).IsConsole() && common::EnvironmentVariable(L"NO_COLOR").empty();
 }

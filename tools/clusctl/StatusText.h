@@ -4,21 +4,12 @@
 
 #include "picture/ClusterPicture.h"
 #include "picture/Health.h"
+#include "picture/TerminalPage.h"
 
-#include <string>
 #include <vector>
 
-struct StyledLine {
-    std::string text;
-    std::string style; // of the line: a sequence of Stream's, or empty
-};
-
 // Pending and failed things first.
-std::vector<StyledLine> StatusPage(const picture::ClusterPicture& cluster, const picture::Health& health);
-
-// The lines as one text, without the last line end. With their styles when it is for a terminal that may show them
-// (WantsColour).
-std::string PageText(const std::vector<StyledLine>& lines, bool isColoured);
+std::vector<picture::StyledLine> StatusPage(const picture::ClusterPicture& cluster, const picture::Health& health);
 
 // Whether standard output is a terminal, and the user has not asked for texts without colours (NO_COLOR).
 bool WantsColour();

@@ -10,14 +10,11 @@
 #include "Text.h"
 
 #include "picture/Changes.h"
-#include "picture/TextWidth.h"
 
 #include "common/UtcTime.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <memory>
-#include <set>
 #include <utility>
 
 using namespace picture;
@@ -50,61 +47,33 @@ std::vector<StyledLine> PageOf(const Status& status, const std::string& problem)
     return lines;
 }
 
-// Draws over what it drew before; what does not fit into the window is left out.
+// Draws over what it drew before.
 class TerminalView : public View {
 public:
     explicit TerminalView(std::chrono::seconds interval) : m_interval(interval) {
     }
 
     void Show(const Status& status, const std::string& problem) override {
-        std::vector<StyledLine> lines = PageOf(status, problem);
-        Highlight(lines);
-        lines.insert(
-            lines.begin(),
-            {common::UtcNow() + ", at least every " + std::to_string(m_interval.count()) + " s; Ctrl+C ends", ""});
-        Draw(lines);
-    }
-
-private:
-    // Lines that were not there the last time.
-    void Highlight(std::vector<StyledLine>& lines) {
-        std::set<std::string> shown;
-        for (StyledLine& line : lines) {
-            shown.insert(line.text);
-            if (!m_shown.empty() && m_shown.count(line.text) == 0) {
-                line.style = Styles::Reverse;
-            }
-        }
-        m_shown.swap(shown);
-    }
-
-    void Draw(const std::vector<StyledLine>& lines) {
         const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
         CONSOLE_SCREEN_BUFFER_INFO screen = {};
         GetConsoleScreenBufferInfo(console, &screen);
-        const auto width = static_cast<size_t>(std::max(20, screen.srWindow.Right - screen.srWindow.Left));
-        const auto height = static_cast<size_t>(std::max(5, screen.srWindow.Bottom - screen.srWindow.Top));
-        std::vector<StyledLine> drawn(lines.begin(),
-                                      lines.begin() + static_cast<std::ptrdiff_t>(std::min(lines.size(), height)));
-        const size_t used = drawn.size();
-        drawn.resize(std::min(std::max(m_height, used), height));
-        for (StyledLine& line : drawn) {
-            line.text = PaddedToCells(ShortenedToCells(line.text, width), width);
-        }
-        m_height = used;
+        const auto width = static_cast<size_t>(std::max(1, screen.srWindow.Right - screen.srWindow.Left + 1));
+        const auto height = static_cast<size_t>(std::max(1, screen.srWindow.Bottom - screen.srWindow.Top + 1));
         if (!m_isPlaced) { // below what stands there: at the window's top once it has been scrolled there
-            Print(m_output, std::string(height, '\n'));
+            Print(m_output, std::string(height - 1, '\n'));
             GetConsoleScreenBufferInfo(console, &screen);
             m_isPlaced = true;
         }
         SetConsoleCursorPosition(console, {screen.srWindow.Left, screen.srWindow.Top});
-        Print(m_output, PageText(drawn, WantsColour()) + "\n");
+        const std::string heading =
+            common::UtcNow() + ", at least every " + std::to_string(m_interval.count()) + " s; Ctrl+C ends";
+        Print(m_output, m_page.Draw(heading, PageOf(status, problem), width, height, WantsColour()));
     }
 
+private:
     const std::chrono::seconds m_interval;
     const Stream m_output{STD_OUTPUT_HANDLE};
-    std::set<std::string> m_shown;
-    size_t m_height = 0;
+    TerminalPage m_page;
     bool m_isPlaced = false;
 };
 

@@ -2,6 +2,8 @@
 
 #include "Text.h"
 
+#include "picture/TerminalPage.h"
+
 #include "common/Text.h"
 
 #include <algorithm>

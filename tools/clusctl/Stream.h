@@ -7,23 +7,13 @@
 
 #include <string>
 
-// What a text may hold to change how the following is shown on a console. Elsewhere they are written as they are: a
-// text for a file has none.
-namespace Styles {
-const char Plain[] = "\x1B[0m";
-const char Bold[] = "\x1B[1m";
-const char Reverse[] = "\x1B[7m";
-const char Red[] = "\x1B[31m";
-const char Green[] = "\x1B[32m";
-const char Yellow[] = "\x1B[33m";
-} // namespace Styles
-
 class Stream {
 public:
     // `standardHandle`: STD_OUTPUT_HANDLE or STD_ERROR_HANDLE.
     explicit Stream(DWORD standardHandle);
 
-    // Unbuffered. The Win32 code, 0 when everything was written.
+    // Unbuffered. Styles of a text (picture/TerminalPage.h) become those of a console. The Win32 code, 0 when
+    // everything was written.
     DWORD Write(const std::string& text) const;
 
     bool IsConsole() const;
