@@ -83,8 +83,13 @@ void DiagnoseNodes(const CCluster& cluster, Findings& findings) {
         const std::string state = node["state"].get<std::string>();
         if (state == "paused") {
             findings.Add("node-paused", name, "It is paused.", "cluster node " + name + " /resume");
-        } else if (state == "down" || state == "joining") {
-            findings.Add("node-down", name, "It is " + state + ".", "net start clussvc, on " + name);
+        } else if (state == "down") {
+            findings.Add("node-down", name, "It is down.", "net start clussvc, on " + name);
+        } else if (state == "joining") {
+            findings.Add("node-joining", name, "It is joining the cluster.",
+                         "wait until clusctl nodes shows it up; when it stays so for minutes, see the log of the "
+                         "cluster service on " +
+                             name);
         }
     }
 }

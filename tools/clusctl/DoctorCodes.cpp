@@ -68,6 +68,7 @@ const DoctorCode Codes[] = {
     {"node-unread", Warning, "The library does not ask for it; whether this is a node cannot be told."},
     {"node-paused", Warning, "It keeps what it owns: the library lists that, and switches nothing on there."},
     {"node-down", Warning, "Its servers are served by nobody until a group moves."},
+    {"node-joining", Warning, "No group comes online there before it has joined."},
     {"resources-unlisted", Error, "The library can list no server: enumeration and look-up fail."},
     {"resource-unread", Error, "The library skips it; if it is the product's, its server is left out of the list."},
     {"type-case", Error, "The library compares type names letter for letter, and does not see this resource."},
