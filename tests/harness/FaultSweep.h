@@ -20,6 +20,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace harness {
 
@@ -41,7 +42,12 @@ struct Sweep {
     std::function<void(const SweepRun&)> check;
     unsigned limit = 1000;
     unsigned step = 1; // of long operations only the 1st, (1 + step)th, (1 + 2 * step)th ... call and allocation fails
+    bool callsNothing = false; // asks nothing of the platform: only memory can be short
 };
+
+// What failing calls give, one run each: access is denied, memory or disk is full, the cluster does not answer. Only
+// the first of them in a sweep that is not the whole one.
+std::vector<DWORD> CodesOfFailingCalls();
 
 // One of ClusSimHappen's events: {"move", "EVS1", "NODE-B"}.
 struct SweepEvent {

@@ -102,6 +102,16 @@ TEST_F(ClusterSweep, GetClusterNameResourceGUID) {
         "true");
 }
 
+TEST_F(ClusterSweep, OpenByRPC) {
+    SweepCluster(
+        [](CCluster&) {
+            CCluster other;
+            const bool result = other.OpenByRPC(L"EXCLUS");
+            return result == (other.GetHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
+        },
+        "true");
+}
+
 TEST_F(ClusterSweep, EnumNames) {
     for (const CCluster::CCLUSTER_OBJ_ENUM kind :
          {CCluster::CCLUSTER_OBJ_RESOURCE, CCluster::CCLUSTER_OBJ_NODE, CCluster::CCLUSTER_OBJ_GROUP}) {
@@ -151,6 +161,17 @@ TEST_F(ClusterSweep, OpenGroupByNetworkName) {
             return result == (group.GetGroupHandle() != nullptr) ? TrueOrFalse(result) : std::string("half");
         },
         "true");
+}
+
+TEST_F(ClusterSweep, FindFirstResourceNameByNetworkName) {
+    SweepCluster(
+        [](CCluster& cluster) {
+            std::wstring name = L"before";
+            return cluster.FindFirstResourceNameByNetworkName(name, L"evs1")
+                       ? Utf8(name)
+                       : std::string(name == L"before" ? "false" : "written");
+        },
+        "EVS1 Name");
 }
 
 TEST_F(ClusterSweep, CreateResource) {

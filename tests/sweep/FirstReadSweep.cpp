@@ -1,6 +1,6 @@
 // What is read once per process, with each platform call, read of the settings file and allocation of the first reading
-// failing. Every test is a
-// process of its own, so each one has a first reading.
+// failing. Every test is a process of its own, so each one has a first reading.
+#include "FaultSweep.h"
 #include "SettingsFiles.h"
 
 #include <cstdio>
@@ -23,7 +23,8 @@ enum class What {
     Allocation
 };
 
-class FirstReadSweep : public HostTest, public ::testing::WithParamInterface<std::tuple<What, unsigned, FaultMode>> {
+class FirstReadSweep : public HostTest,
+                       public ::testing::WithParamInterface<std::tuple<What, unsigned, FaultMode, DWORD>> {
 protected:
     FirstReadSweep() {
         files.WriteConfig(std::string("# product key\r\n") + SettingsEntry);
@@ -37,7 +38,7 @@ protected:
     void StartFailing() {
         const unsigned n = std::get<1>(GetParam());
         const FaultMode mode = std::get<2>(GetParam());
-        Platform().FailNthCall(Kind() == What::Call ? n : 0, mode, ERROR_ACCESS_DENIED);
+        Platform().FailNthCall(Kind() == What::Call ? n : 0, mode, std::get<3>(GetParam()));
         Heap().FailAllocation(Kind() == What::Allocation ? n : 0, mode);
     }
     void EndFailing() {
@@ -109,10 +110,12 @@ TEST_P(FirstReadSweep, LeavesNoLockHeldAndNoHalfAnswer) {
 
 INSTANTIATE_TEST_SUITE_P(Calls, FirstReadSweep,
                          ::testing::Combine(::testing::Values(What::Call), ::testing::Range(1u, LastCall + 1),
-                                            ::testing::Values(FaultMode::Once, FaultMode::FromThenOn)));
+                                            ::testing::Values(FaultMode::Once, FaultMode::FromThenOn),
+                                            ::testing::ValuesIn(CodesOfFailingCalls())));
 INSTANTIATE_TEST_SUITE_P(Allocations, FirstReadSweep,
                          ::testing::Combine(::testing::Values(What::Allocation),
                                             ::testing::Range(1u, LastAllocation + 1),
-                                            ::testing::Values(FaultMode::Once, FaultMode::FromThenOn)));
+                                            ::testing::Values(FaultMode::Once, FaultMode::FromThenOn),
+                                            ::testing::Values(DWORD(ERROR_SUCCESS)))); // memory tells no code
 
 } // namespace

@@ -3,12 +3,25 @@
 #include "CreationCalls.h"
 #include "FaultSweep.h"
 
+#include <list>
+#include <string>
+
 using namespace harness;
 
 namespace {
 
 bool Has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
+}
+
+ModelBuilder SmtpServer() {
+    return GivenCluster()
+        .Node("NODE-A")
+        .Node("NODE-B")
+        .Group("EVS1", "NODE-A")
+        .NetworkName("EVS1 Name", "EVS1")
+        .Resource("SMTP", SmtpType)
+        .Raw("offlineMs", "2000");
 }
 
 class ProductSweep : public ClusterTest {
@@ -105,16 +118,50 @@ TEST_F(ProductSweep, DeleteKOVAResurce) {
     }
 }
 
+TEST_F(ProductSweep, FindKOVAResources) {
+    typedef std::list<std::wstring> Found;
+    for (const char* type : {"clusRDLL", "clusRDLLCCR"}) {
+        bool complete = false;
+        bool right = false;
+        SweepOver(
+            ProductServer(type).Resource("Second", type),
+            [&] {
+                Found names = {L"before"};
+                const bool result = CVirtualServerUtil::FindKOVAResources(L"EVS1", names);
+                complete = names == Found{L"KOVA", L"Second"};
+                // A resource whose type cannot be read is passed over, as switching and deletion do.
+                const bool inPart = names == Found{L"KOVA"} || names == Found{L"Second"} || names.empty();
+                right = result ? complete || inPart : names == Found{L"before"};
+                return result;
+            },
+            [&](const SweepRun& run) {
+                EXPECT_TRUE(run.faulted || complete);
+                EXPECT_TRUE(run.threw || right);
+            });
+    }
+}
+
+TEST_F(ProductSweep, FindSmtpVirtualServerInstanceResource) {
+    bool complete = false;
+    bool right = false;
+    SweepOver(
+        SmtpServer(),
+        [&] {
+            std::wstring name = L"before";
+            const bool result = CVirtualServerUtil::FindSmtpVirtualServerInstanceResourceOnCurrentNode(name);
+            complete = name == L"SMTP";
+            right = result ? complete || name.empty() : name == L"before";
+            return result;
+        },
+        [&](const SweepRun& run) {
+            EXPECT_TRUE(run.faulted || complete);
+            EXPECT_TRUE(run.threw || right);
+        });
+}
+
 TEST_F(ProductSweep, RestartSmtpVirtualServerInstanceResource) {
     SweepOver(
-        GivenCluster()
-            .Node("NODE-A")
-            .Node("NODE-B")
-            .Group("EVS1", "NODE-A")
-            .NetworkName("EVS1 Name", "EVS1")
-            .Resource("SMTP", SmtpType)
-            .Raw("offlineMs", "2000"),
-        [] { return CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode(); },
+        SmtpServer(), [] { return CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode(); },
         [&](const SweepRun& run) {
             if (!run.threw) {
                 EXPECT_EQ(run.result == "true", Has(run.log, "I Resource SMTP is offlined, online it again."));

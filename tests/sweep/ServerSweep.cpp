@@ -1,12 +1,15 @@
 // The operations of CVirtualServerUtil on a cluster node and its settings, with each platform call and allocation
 // failing.
 #include "FaultSweep.h"
+#include "HostFixture.h"
 #include "ServerFixture.h"
 #include "WebServerStandIn.h"
 
 #include "clus_Cluster.h"
 
+#include <algorithm>
 #include <cwchar>
+#include <list>
 
 using namespace harness;
 
@@ -74,6 +77,31 @@ TEST_F(ServerSweep, ListOfServers) {
     static Info records[4];
     SweepServers(*this, [] { return Servers(records, 4); }, "0 3 EVS1 EVS2 EVS4",
                  {"2 4", "0 2 EVS2 EVS4", "0 2 EVS1 EVS4", "0 2 EVS1 EVS2", "0 1 EVS1", "0 2 EVS1 EVS2", "0 0"});
+}
+
+// A server that a fault keeps from the list is told by its resource's name, unless its group went to the other node.
+TEST_F(ServerSweep, EnumServersOnCurrentNodeEx) {
+    static Info records[4];
+    SweepServers(
+        *this,
+        [] {
+            Util util;
+            int count = 4;
+            std::list<std::wstring> leftOut = {L"before"};
+            if (util.EnumServersOnCurrentNodeEx(records, &count, leftOut) == Util::ENUM_VS_RESULT_FAIL) {
+                return std::string(leftOut == std::list<std::wstring>{L"before"} ? "fails" : "fails and writes");
+            }
+            std::string missing;
+            for (const wchar_t* server : {L"EVS1", L"EVS2", L"EVS4"}) {
+                const bool listed = std::any_of(records, records + count, [&](const Info& info) {
+                    return std::wcscmp(info.m_wsServerName, server) == 0;
+                });
+                const auto told = std::find(leftOut.begin(), leftOut.end(), std::wstring(server) + L" Product");
+                missing += !listed && told == leftOut.end() ? " without " + Utf8(server) : "";
+            }
+            return (leftOut.empty() ? "whole" : "in part") + missing;
+        },
+        "whole", {"in part", "fails", "whole without EVS1"});
 }
 
 TEST_F(ServerSweep, QueryServerInfo) {
@@ -174,6 +202,16 @@ TEST_F(ServerSweep, GetClusterQuorumModeByRegKey) {
 
 TEST_F(ServerSweep, GetDataRootPath) {
     SweepServers(*this, [] { return Utf8(Util::GetDataRootPath()); }, "D:\\Data", {""});
+}
+
+TEST_F(ServerSweep, GetHomeDir) {
+    SweepServers(*this,
+                 [] {
+                     std::wstring homeDir = L"before";
+                     const bool result = UtilAccess::GetHomeDir(homeDir);
+                     return TrueOrFalse(result) + " " + Utf8(homeDir);
+                 },
+                 "true C:\\Product", {"false before"});
 }
 
 TEST_F(ServerSweep, GetNormalServerInfo) {
