@@ -1,4 +1,6 @@
-"""The doctor's codes: documented, found in a case and not found in another, and one for each branch of the library that leads to less."""
+"""The doctor's codes: documented, found in a case and not found in another, and one for each branch of the library that leads to less.
+
+The branches are those of all source files in two folders, but for the files that the table names with a reason."""
 import re
 
 import schemas
@@ -8,6 +10,7 @@ HERE = schemas.CASES.parent
 TABLE = ROOT / "tools" / "clusctl" / "DoctorCodes.cpp"
 MANUAL = ROOT / "docs" / "doctor.md"
 BRANCHES = HERE / "doctor-branches.txt"
+FOLDERS = ("src/virtualserver", "src/veritas")
 
 # A branch that leaves something out, passes it over, or gives up.
 EXIT = re.compile(r"\b(?:return (?:false|-1|[\w:]+::(?:NotHere|Unknown|ENUM_VS_RESULT_FAIL)|(?:served|owner).*)|continue|succeeded = false);")
@@ -69,21 +72,25 @@ def branches_in(file):
 
 def read_branches():
     """The branches with the codes that tell of them, as the table of this test has them: a line that begins with a blank holds the codes
-    of the branch above it, or after a dash why there is none."""
-    table = {}
+    of the branch above it, or after a dash why there is none. And the files that are not looked at, "not FILE - WHY"."""
+    table, passed_over = {}, []
     for line in BRANCHES.read_text(encoding="utf-8").splitlines():
         if line.startswith("  "):
             table[branch] = line.strip()
+        elif line.startswith("not "):
+            passed_over.append(re.fullmatch(r"not (\S+) - \S.*", line)[1])
         elif line and not line.startswith("#"):
             branch = line
-    return table
+    return table, passed_over
 
 
 def problems_of_branches(table):
-    told = read_branches()
-    files = sorted({branch.split(" ", 1)[0] for branch in told})
-    found = {branch for file in files for branch in branches_in(file)}
-    problems = [f"{BRANCHES.name} lacks: {branch}" for branch in sorted(found - set(told))]
+    told, passed_over = read_branches()
+    files = [file.relative_to(ROOT).as_posix() for folder in FOLDERS for file in sorted((ROOT / folder).iterdir())]
+    problems = [f"{BRANCHES.name} passes over {file}, which has no such branch, or is not there" for file in passed_over
+                if file not in files or not any(branches_in(file))]
+    found = {branch for file in files if file not in passed_over for branch in branches_in(file)}
+    problems += [f"{BRANCHES.name} lacks: {branch}" for branch in sorted(found - set(told))]
     problems += [f"{BRANCHES.name}: the library has no such branch: {branch}" for branch in sorted(set(told) - found)]
     for branch, names in told.items():
         unknown = [] if names.startswith("- ") else [name for name in names.split(", ") if name not in table]
