@@ -26,6 +26,14 @@ std::vector<std::wstring> EntriesOf(const std::wstring& folder) {
     return names;
 }
 
+// A file, or an empty folder.
+void RemoveEntry(const std::wstring& path) {
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (!DeleteFileW(path.c_str())) {
+        RemoveDirectoryW(path.c_str());
+    }
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder(const std::wstring& name, PSECURITY_DESCRIPTOR security) {
@@ -55,17 +63,18 @@ std::vector<std::wstring> TemporaryFolder::Entries() const {
 }
 
 bool TemporaryFolder::Remove() const {
-    return RemoveFolder(m_path);
+    return RemoveFolder(m_path, m_last);
 }
 
-bool RemoveFolder(const std::wstring& path) {
+bool RemoveFolder(const std::wstring& path, const std::wstring& last) {
+    const std::wstring begin = path + L"\\";
     for (const std::wstring& name : EntriesOf(path)) {
-        std::wstring entry = path;
-        entry.append(L"\\").append(name);
-        SetFileAttributesW(entry.c_str(), FILE_ATTRIBUTE_NORMAL);
-        if (!DeleteFileW(entry.c_str())) {
-            RemoveDirectoryW(entry.c_str());
+        if (name != last) {
+            RemoveEntry(begin + name);
         }
+    }
+    if (EntriesOf(path) == std::vector<std::wstring>{last}) {
+        RemoveEntry(begin + last);
     }
     return RemoveDirectoryW(path.c_str()) != FALSE;
 }

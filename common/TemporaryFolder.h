@@ -30,16 +30,22 @@ public:
     // The names of all files and folders in it, sorted.
     std::vector<std::wstring> Entries() const;
 
+    // The file of this name is removed last, and only when all else is gone.
+    void RemoveLast(const std::wstring& name) {
+        m_last = name;
+    }
+
     // As at the end; false when something in it cannot be removed, with the last-error value.
     bool Remove() const;
 
 private:
     std::wstring m_path;
+    std::wstring m_last;
 };
 
-// Removes a folder, and the files and empty folders in it; false when something in it cannot be removed, with the
-// last-error value.
-bool RemoveFolder(const std::wstring& path);
+// Removes a folder, and the files and empty folders in it, the file `last` only when all else is gone; false when
+// something in it cannot be removed, with the last-error value.
+bool RemoveFolder(const std::wstring& path, const std::wstring& last = std::wstring());
 
 } // namespace common
 

@@ -52,6 +52,20 @@ TEST(TemporaryFolders, TellWhenTheyCannotBeRemoved) {
     EXPECT_TRUE(FileExists(folder.File(L"a")));
 }
 
+TEST(TemporaryFolders, KeepTheLastFileAsLongAsAnotherOneIsThere) {
+    TemporaryFolder folder(L"common");
+    folder.RemoveLast(L"a");
+    WriteWholeFile(folder.File(L"a"), "text");
+    common::Handle held(CreateFileW(folder.File(L"b").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    ASSERT_TRUE(held);
+    WriteWholeFile(folder.File(L"c"), "text");
+    EXPECT_FALSE(folder.Remove());
+    EXPECT_THAT(folder.Entries(), ElementsAre(L"a", L"b"));
+    held.Close();
+    EXPECT_TRUE(folder.Remove());
+    EXPECT_FALSE(FileExists(folder.Path()));
+}
+
 TEST(TemporaryFolders, TellWhyTheyCannotBeMade) {
     try {
         const TemporaryFolder folder(L"no such folder\\name");

@@ -45,8 +45,8 @@ the case's purpose ("# ...") and its setting:
 
 Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
 
-  clusctl ...         STDOUT=full, STDOUT=closed or STDOUT=none says where its output goes, STDIN=TEXT what it is told, with a line end,
-                      STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
+  clusctl ...         STDOUT=full, STDOUT=closed or STDOUT=none says where its output goes, STDERR=file that its messages go to a file, as
+                      processes that are left behind keep a pipe, STDIN=TEXT what it is told, with a line end, STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
   same A B ...        runs "clusctl ..." on the models A and B, prints how the outputs differ but for the names of the models
   together N ...      runs N "clusctl ..." at once; prints how the others differ from the first
   interrupt HOW N ... runs "clusctl ..." on a console of its own and interrupts it in its N-th run of a VCS tool (interrupted.py)
@@ -69,6 +69,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   unzip FILE.zip      unpacks an archive into the folder FILE; prints what is in it, what of it was masked, and whether its manifest is right
   files [FOLDER]      lists the case's folder, or one in it
+  temporary           lists the temporary folders of clusctl with what is in them
+  left FOLDER SECONDS  there is an empty temporary folder that has not changed for so long
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -102,6 +104,7 @@ ROOT = HERE.parent.parent
 EXAMPLES = ROOT / "examples"
 TIME_LIMIT = 60
 SKIPPED = 77
+MESSAGES = "stderr.txt"
 COMPUTER = "NODE1"
 STYLES = {"91": "red", "92": "green", "93": "yellow", "97": "bright"} # as the console draws them
 VCS_TOOLS = ("haconf", "hasys", "hagrp", "hares", "vcsencrypt")
@@ -336,7 +339,7 @@ class Case:
         """A folder with a copy of clusctl and its libraries that this case may change."""
         folder = self.folder / "bin"
         if not folder.exists():
-            folder.mkdir()
+            folder.mkdir(exist_ok=True)
             for file in [self.runner.bin / "clusctl.exe", self.runner.bin / "vcssim.exe", *self.runner.bin.glob("*.dll")]:
                 os.link(file, folder / file.name)
             self.program = folder / "clusctl.exe"
@@ -371,7 +374,9 @@ class Case:
         told = bytes.fromhex(variables["STDIN_BYTES"]) if "STDIN_BYTES" in variables else told
         variables.pop("STDIN", None)
         variables.pop("STDIN_BYTES", None)
-        output = subprocess.PIPE
+        output = messages = subprocess.PIPE
+        if variables.pop("STDERR", "pipe") == "file":
+            messages = os.open(self.folder / MESSAGES, os.O_WRONLY | os.O_CREAT | os.O_EXCL)
         if target == "full":
             output = os.open("/dev/full", os.O_WRONLY)
         elif target == "none":
@@ -381,7 +386,9 @@ class Case:
             os.close(reader)
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
                                    env=self.environment(variables), stdin=subprocess.DEVNULL if told is None else subprocess.PIPE,
-                                   stdout=output, stderr=subprocess.PIPE)
+                                   stdout=output, stderr=messages)
+        if messages != subprocess.PIPE:
+            os.close(messages)
         if told is not None:
             process.stdin.write(told)
             process.stdin.close()
@@ -394,6 +401,9 @@ class Case:
         captured = process.stdout is not None
         out, err = process.communicate()
         out = out or b""
+        if err is None:
+            err = (self.folder / MESSAGES).read_bytes()
+            (self.folder / MESSAGES).unlink()
         if b"\r" in out:
             sys.exit(f"carriage return in the output of clusctl {' '.join(arguments)}")
         result = out.decode("utf-8")
@@ -568,6 +578,15 @@ class Case:
         if verb == "files":
             folder = self.folder.joinpath(*arguments)
             return "".join(f"{name}\n" for name in sorted(file.name for file in folder.iterdir() if file.is_file() or arguments))
+        if verb == "temporary":
+            folders = sorted(interrupted.temporary_folder(self).glob("clusctl-*"))
+            lines = [f"{folder.name}: {', '.join(sorted(file.name for file in folder.iterdir())) or 'empty'}\n" for folder in folders]
+            return normalised(re.sub(r"(clusctl-[a-z]+)-\d+-\d+", r"\1", "".join(lines))) or "none\n"
+        if verb == "left":
+            folder = interrupted.temporary_folder(self) / arguments[0]
+            folder.mkdir(exist_ok=True)
+            os.utime(folder, (time.time() - int(arguments[1]),) * 2)
+            return ""
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
             return f"{keys.count(b'clusctl-')}\n"

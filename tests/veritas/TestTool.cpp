@@ -10,16 +10,26 @@
 //   stdin               reads the standard input and writes how many bytes came
 //   close               closes both outputs
 //   sleep:MILLISECONDS, set:EVENT, wait:EVENT
+//   leave:EVENT         leaves behind a process that has the standard output until the event is set
+//   keep:EVENT          makes the event and waits for it
 //   exit:CODE           ends; kill:CODE ends at once
+#undef WINVER
+#undef _WIN32_WINNT
+#define WINVER 0x0600
+#define _WIN32_WINNT 0x0600 // for lists of inherited handles
+
 #include "common/Environment.h"
 
 #include <winsock2.h>
 #include <windows.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <string>
 
 namespace {
+
+const DWORD LongestWait = 60000; // milliseconds
 
 void Write(DWORD stream, const std::string& bytes) {
     std::size_t done = 0;
@@ -82,6 +92,42 @@ void ReadInput() {
     Write(L"read=" + std::to_wstring(read) + L"\n");
 }
 
+// A process of the same program, which inherits the standard output alone.
+void Leave(const std::wstring& event) {
+    const HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, (event + L"-ready").c_str());
+    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    alignas(std::max_align_t) char list[256];
+    SIZE_T size = sizeof(list);
+    STARTUPINFOEXW startup = {};
+    startup.StartupInfo.cb = sizeof(startup);
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    startup.StartupInfo.hStdOutput = output;
+    startup.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(list);
+    wchar_t program[MAX_PATH] = L"";
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    SetEnvironmentVariableW(L"VCS_TEST_TOOL", (L"keep:" + event).c_str());
+    PROCESS_INFORMATION process = {};
+    const bool isLeft = InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size) &&
+                        UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                                  &output, sizeof(output), nullptr, nullptr) &&
+                        CreateProcessW(program, nullptr, nullptr, nullptr, TRUE, EXTENDED_STARTUPINFO_PRESENT, nullptr,
+                                       L"C:\\", &startup.StartupInfo, &process) &&
+                        WaitForSingleObject(ready, LongestWait) == WAIT_OBJECT_0;
+    if (!isLeft) {
+        ExitProcess(96);
+    }
+}
+
+void Keep(const std::wstring& event) {
+    const HANDLE told = CreateEventW(nullptr, TRUE, FALSE, event.c_str());
+    const HANDLE ready = OpenEventW(EVENT_MODIFY_STATE, FALSE, (event + L"-ready").c_str());
+    if (!told || !ready || !SetEvent(ready)) {
+        ExitProcess(96);
+    }
+    CloseHandle(ready);
+    WaitForSingleObject(told, LongestWait);
+}
+
 void Act(const std::wstring& action) {
     const std::size_t colon = action.find(L':');
     const std::wstring verb = action.substr(0, colon);
@@ -109,9 +155,13 @@ void Act(const std::wstring& action) {
         Sleep(Number(value));
     } else if (verb == L"set" || verb == L"wait") {
         const HANDLE event = OpenEventW(EVENT_MODIFY_STATE | SYNCHRONIZE, FALSE, value.c_str());
-        if (!event || !(verb == L"set" ? SetEvent(event) : WaitForSingleObject(event, 60000) == WAIT_OBJECT_0)) {
+        if (!event || !(verb == L"set" ? SetEvent(event) : WaitForSingleObject(event, LongestWait) == WAIT_OBJECT_0)) {
             ExitProcess(98);
         }
+    } else if (verb == L"leave") {
+        Leave(value);
+    } else if (verb == L"keep") {
+        Keep(value);
     } else if (verb == L"exit") {
         ExitProcess(Number(value));
     } else if (verb == L"kill") {

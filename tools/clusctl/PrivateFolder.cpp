@@ -8,9 +8,12 @@
 
 #include <sddl.h>
 
+#include <algorithm>
+
 namespace {
 
 const wchar_t UseName[] = L"in-use";
+const ULONGLONG LongestBeginning = 60; // seconds for which a folder may lack that file
 
 common::Handle OpenUnshared(const std::wstring& path, DWORD disposition) {
     return common::Handle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr));
@@ -40,7 +43,18 @@ private:
     PSECURITY_DESCRIPTOR m_descriptor = nullptr;
 };
 
-// What ended runs have left. A folder of anybody else is not touched, nor one that leads elsewhere.
+// Seconds since something in it changed.
+ULONGLONG AgeOf(const WIN32_FIND_DATAW& folder) {
+    const auto seconds = [](const FILETIME& time) {
+        return (static_cast<ULONGLONG>(time.dwHighDateTime) << 32 | time.dwLowDateTime) / 10000000;
+    };
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return seconds(now) - std::min(seconds(now), seconds(folder.ftLastWriteTime));
+}
+
+// What ended runs have left, and what others had open when a run removed its folder. A folder of anybody else is not
+// touched, nor one that leads elsewhere.
 void RemoveLeftFolders(const std::wstring& kind) {
     wchar_t temporary[MAX_PATH + 1] = L"";
     GetTempPathW(MAX_PATH + 1, temporary);
@@ -53,8 +67,13 @@ void RemoveLeftFolders(const std::wstring& kind) {
         const std::wstring folder = std::wstring(temporary) + found.cFileName;
         const bool isPlain = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
                              (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-        if (isPlain && HasTrustedOwner(folder) && OpenUnshared(folder + L"\\" + UseName, OPEN_EXISTING)) {
-            common::RemoveFolder(folder);
+        if (!isPlain || !HasTrustedOwner(folder)) {
+            continue;
+        }
+        if (OpenUnshared(folder + L"\\" + UseName, OPEN_EXISTING)) {
+            common::RemoveFolder(folder, UseName);
+        } else if (AgeOf(found) > LongestBeginning) {
+            RemoveDirectoryW(folder.c_str()); // an empty one, which somebody had as his current folder
         }
     } while (FindNextFileW(search, &found));
     FindClose(search);
@@ -69,6 +88,7 @@ PrivateFolder::PrivateFolder(const std::wstring& kind) {
     } catch (const common::FileError& error) {
         throw Failure::OfCode("cannot create the folder " + Quoted(error.Path()), error.Code());
     }
+    m_folder->RemoveLast(UseName);
     m_use = OpenUnshared(m_folder->File(UseName), CREATE_NEW);
     if (!m_use) {
         throw Failure::OfCode("cannot write to the folder " + Quoted(m_folder->Path()), GetLastError());

@@ -9,7 +9,7 @@
 #include <string>
 
 // Only this account, administrators and the system may use it, whatever the temporary folder allows. Folders of the
-// same kind that ended runs have left are removed first.
+// same kind that ended runs have left are removed first, and those in which somebody had a file open at their end.
 class PrivateFolder {
 public:
     // `kind` begins its name. Throws Failure when it cannot be made or written to.
@@ -27,7 +27,7 @@ public:
 
 private:
     std::unique_ptr<common::TemporaryFolder> m_folder;
-    common::Handle m_use; // held while the folder is in use
+    common::Handle m_use; // held while the folder is in use; a folder with the file in it that nobody holds is left
 };
 
 #endif
