@@ -1,10 +1,12 @@
-// Runs a program and looks for a text in its memory:
+// Runs a program, looks for a text in its memory, and in the environments of all processes meanwhile:
 //
 //   search-tool TEXT FILE NUMBER PAUSE PROGRAM [ARGUMENT ...]
 //
 // PAUSE milliseconds after FILE begins with that number. With the environment variable SEARCH_TOOL_VARIABLE the program
-// gets the text in the variable of that name. What was found, in 8 or 16 bits a character, is told on standard error,
-// with what stands before it. The exit code is the program's; 99 when it ended before, or nothing could be done.
+// gets the text in the variable of that name, which this tool has then, too. What was found, in 8 or 16 bits a
+// character, is told on standard error, with what stands before it. The exit code is the program's; 99 when it ended
+// before, or nothing could be done.
+#include "EnvironmentWatch.h"
 #include "LaunchedProgram.h"
 
 #include <algorithm>
@@ -83,6 +85,9 @@ int wmain(int argumentCount, wchar_t** arguments) {
     if (GetEnvironmentVariableW(L"SEARCH_TOOL_VARIABLE", variable, 64) != 0) {
         SetEnvironmentVariableW(variable, text.c_str());
     }
-    return RunUntil(arguments, 0,
-                    [&text](const PROCESS_INFORMATION& program) { return SearchMemory(program.hProcess, text); });
+    EnvironmentWatch watch(text);
+    const int exitCode = RunUntil(
+        arguments, 0, [&text](const PROCESS_INFORMATION& program) { return SearchMemory(program.hProcess, text); });
+    watch.Finish();
+    return exitCode;
 }

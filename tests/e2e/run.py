@@ -54,7 +54,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   interrupt-call HOW CALL ..  the same in a call of the cluster, written as in a fault: "AddClusterResourceDependency#2"
   interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each
   search TEXT FAULT . runs "clusctl ..." and holds it up in the run of a VCS tool that FAULT names ("haconf@-dump*#1"); prints where the
-                      text is found: on command lines, in environments, files, and in the memory of clusctl
+                      text is found: on command lines, in environments, files, and in the memory of clusctl; and its encrypted form
   afresh              the configuration of VCS, and the model, are those of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end

@@ -1,6 +1,7 @@
 """Looks for a secret wherever a run of clusctl could leave it."""
 import json
 import os
+import re
 import threading
 from pathlib import Path
 
@@ -11,14 +12,13 @@ TIME_LIMIT = 150 # seconds
 
 
 class Watch:
-    """Of all processes, again and again until it is stopped: which tools show the text on their command lines, and which processes in
-    their environments. Of the tools' temporary files: which hold it."""
+    """Of all processes, again and again until it is stopped: which tools show a text on their command lines. Of the tools' temporary
+    files: which hold it."""
 
-    def __init__(self, case, text):
-        self.forms = forms_of(text)
+    def __init__(self, case, texts):
         self.folder = interrupted.temporary_folder(case)
-        self.tools, self.others, self.files = set(), set(), set()
-        self.seen = 0
+        self.forms = {text: forms_of(text) for text in texts}
+        self.tools, self.files = {text: set() for text in texts}, {text: set() for text in texts}
         self.stopped = threading.Event()
         self.thread = threading.Thread(target=self.look)
         self.thread.start()
@@ -29,22 +29,20 @@ class Watch:
                 if int(process.name) != os.getpid():
                     self.look_at(process)
             for file in self.folder.glob("clusctl-*/*"):
-                if holds(file, self.forms):
-                    self.files.add(file.suffix)
+                for text, forms in self.forms.items():
+                    if holds(file, forms):
+                        self.files[text].add(file.suffix)
             self.stopped.wait(0.005)
 
     def look_at(self, process):
         try:
             command = (process / "cmdline").read_bytes()
-            environment = (process / "environ").read_bytes()
         except OSError: # it has ended, or is somebody else's
             return
         name = name_of(command)
-        self.seen += name == "hares"
-        if name != "search-tool" and any(form in command for form in self.forms): # that one is told what to look for
-            self.tools.add(name)
-        if any(form in environment for form in self.forms):
-            self.others.add(name)
+        for text, forms in self.forms.items():
+            if name != "search-tool" and any(form in command for form in forms): # that one is told what to look for
+                self.tools[text].add(name)
 
     def stop(self):
         self.stopped.set()
@@ -71,12 +69,14 @@ def holds(file, forms):
 
 def search(case, text, fault, arguments, variables):
     """Runs clusctl, holds it up in the run of the VCS tool that `fault` names, and searches its memory then. What clusctl says, and where
-    the text was found."""
+    the text was found, and its encrypted form."""
+    tool = fault.partition("@")[0]
+    encrypted = case.clusctl(["vcs", "encrypt"], {"STDIN": text}).splitlines()[0]
     held = case.folder / "held.json"
     held.write_text(json.dumps([f"{fault}=delay_ms:{HELD_UP}"]), encoding="ascii")
     counts = case.folder / "held.json.counts"
     program, case.program = case.program, case.runner.bin / "e2e" / "search-tool.exe"
-    watch = Watch(case, text)
+    watch = Watch(case, [text, encrypted])
     try:
         process = case.start([text, counts.name, "1", "200", str(program), *arguments],
                              {**variables, "VCSSIM_FAULTS": held.name, "VCSSIM_JOURNAL": "journal.txt",
@@ -87,9 +87,33 @@ def search(case, text, fault, arguments, variables):
         watch.stop()
     held.unlink()
     counts.unlink()
-    left = sorted(file.name for file in case.folder.rglob("*") if holds(file, watch.forms))
-    if watch.seen == 0:
-        result += "[no tool was seen]\n"
-    return (f"{result}[command lines] {', '.join(sorted(watch.tools)) or 'none'}\n"
-            f"[environments] {', '.join(sorted(watch.others)) or 'none'}\n"
-            f"[temporary files] {', '.join(sorted(watch.files)) or 'none'}\n[files] {', '.join(left) or 'none'}\n")
+    result, read = without_line(result, "[environments read] ")
+    result, environments = without_line(result, "[environments] ")
+    variable = variables.get("SEARCH_TOOL_VARIABLE")
+    if variable == "CLUSCTL_PASSWORD":
+        environments.discard("clusctl") # which takes it out: its memory is searched for it, too
+    elif variable is not None:
+        result = re.sub(r"(\[memory\] behind .*\n)+\[memory\] found \d+ times", "[memory] found", result) # the system keeps copies
+    if not {"search-tool", tool} <= read:
+        result += "[environments] not read\n"
+    return (f"{result}[command lines] {listed(watch.tools[text])}\n"
+            f"[environments] {listed(environments)}\n"
+            f"[temporary files] {listed(watch.files[text])}\n"
+            f"[files] {listed(files_with(case, text))}\n"
+            f"[encrypted, command lines] {listed(watch.tools[encrypted])}\n"
+            f"[encrypted, temporary files] {listed(watch.files[encrypted])}\n"
+            f"[encrypted, files] {listed(files_with(case, encrypted))}\n")
+
+
+def without_line(text, begin):
+    """The text without the line that begins so, and the names in that line."""
+    line = next(line for line in text.splitlines(keepends=True) if line.startswith(begin))
+    return text.replace(line, ""), set(line[len(begin):].strip().split(", ")) - {"none"}
+
+
+def files_with(case, text):
+    return {str(file.relative_to(case.folder)) for file in case.folder.rglob("*") if holds(file, forms_of(text))}
+
+
+def listed(names):
+    return ", ".join(sorted(names)) or "none"
