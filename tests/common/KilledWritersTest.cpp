@@ -1,5 +1,5 @@
-// Files that eight processes write while they are killed two hundred times: what snapshots, reports and bundles (whole
-// files, each writer with a suffix of its own) and logs, journals and recordings (appended lines) go by.
+// Files that eight processes write while they are killed two hundred times: what models go by (whole files that replace
+// others, each writer with a suffix of its own), and logs and journals (appended lines).
 #include "ChildProgram.h"
 #include "FolderTest.h"
 
