@@ -84,7 +84,7 @@ const char* UsageOf(const std::string& tool) {
                "[-sys SYSTEM] | -probe RESOURCE -sys SYSTEM";
     }
     if (tool == "haclus") {
-        return "haclus -display | -state [CLUSTER] | -value ATTRIBUTE";
+        return "haclus -display | -state [CLUSTER] | -value ATTRIBUTE | -wait ATTRIBUTE VALUE [-time SECONDS]";
     }
     if (tool == "hastatus") {
         return "hastatus -sum | -summary";

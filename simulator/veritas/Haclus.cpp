@@ -96,16 +96,40 @@ void ShowState(Context& context, Arguments& arguments) {
     }
 }
 
-void ShowValue(Context& context, Arguments& arguments) {
-    const std::string name = arguments.Next();
-    arguments.NeedEnd();
+// False after a message.
+bool FindValue(Context& context, const std::string& name, std::string& value) {
     for (const Attribute& attribute : Attributes(context)) {
         if (attribute.name == name) {
-            context.output.Print(attribute.value + "\n");
-            return;
+            value = attribute.value;
+            return true;
         }
     }
     context.output.Simulated("99011", "Attribute " + name + " does not exist");
+    return false;
+}
+
+void ShowValue(Context& context, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    arguments.NeedEnd();
+    std::string value;
+    if (FindValue(context, name, value)) {
+        context.output.Print(value + "\n");
+    }
+}
+
+// No other tool can run meanwhile, so that waiting would change nothing.
+void Wait(Context& context, Arguments& arguments) {
+    std::string seconds;
+    if (arguments.TakeValue("-time", seconds) && !IsCfNumber(seconds)) {
+        throw UsageError();
+    }
+    const std::string name = arguments.Next();
+    const std::string wanted = arguments.Next();
+    arguments.NeedEnd();
+    std::string value;
+    if (FindValue(context, name, value) && value != wanted) {
+        context.output.Warning("10805", "Connection timed out");
+    }
 }
 
 } // namespace
@@ -120,6 +144,8 @@ void RunHaclus(Context& context, Arguments arguments) {
         ShowState(context, arguments);
     } else if (command == "-value") {
         ShowValue(context, arguments);
+    } else if (command == "-wait") {
+        Wait(context, arguments);
     } else {
         throw UsageError();
     }

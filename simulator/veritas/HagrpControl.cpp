@@ -90,9 +90,16 @@ void Switch(Context& context, Arguments& arguments) {
     if (!group || (!any && !CheckSystem(context, *group, system)) || !CheckSimulated(context, *group)) {
         return;
     }
+    if (context.cluster.SystemsOf(*group).empty()) {
+        context.output.Simulated("50837", "The SystemList of group " + name + " is empty");
+        return;
+    }
+    const Cluster& cluster = context.cluster;
+    const bool isThere = !any && !cluster.IsParallel(*group) && !cluster.IsFrozen(*group) &&
+                         cluster.GroupState(*group, system) == "ONLINE";
     ClusterEngine engine(context.cluster, context.output.Switches());
     const std::size_t to = any ? NoPlace : engine.System(system);
-    if (CheckAllowed(context, engine.Control().Switch(engine.Group(name), to))) {
+    if (CheckAllowed(context, engine.Control().Switch(engine.Group(name), to), isThere ? "10192" : "51055")) {
         engine.Store();
     }
 }

@@ -288,7 +288,7 @@ private:
                     return false;
                 }
                 parts.erase(at, at + static_cast<std::ptrdiff_t>(std::min(stride, parts.size() - place)));
-            } else if (!exists) {
+            } else if (!exists || (m_type.isVector && m_request.action == ModifyRequest::Add)) {
                 parts.insert(parts.end(), m_request.values.begin() + static_cast<std::ptrdiff_t>(i),
                              m_request.values.begin() + static_cast<std::ptrdiff_t>(i + stride));
             } else if (m_request.action == ModifyRequest::Add) {

@@ -90,13 +90,13 @@ bool CollectOnline(Context& context, const CfGroup& group, const CfBlock& resour
     return true;
 }
 
-bool CheckAllowed(Context& context, const std::string& why) {
+bool CheckAllowed(Context& context, const std::string& why, const char* number) {
     if (why.empty()) {
         return true;
     }
     std::string sentence = why;
     sentence[0] = static_cast<char>(sentence[0] >= 'a' && sentence[0] <= 'z' ? sentence[0] - 'a' + 'A' : sentence[0]);
-    context.output.Simulated("99060", sentence);
+    context.output.Simulated(number, sentence);
     return false;
 }
 

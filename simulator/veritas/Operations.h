@@ -21,8 +21,8 @@ bool CheckNotOnlineElsewhere(Context& context, const CfGroup& group, const std::
 bool CollectOnline(Context& context, const CfGroup& group, const CfBlock& resource, const std::string& system,
                    std::set<std::string>& seen, std::vector<std::string>& wanted);
 
-// True: `why` is empty. Else prints it; it is a sentence of the engine.
-bool CheckAllowed(Context& context, const std::string& why);
+// True: `why` is empty. Else prints it with the number; it is a sentence of the engine.
+bool CheckAllowed(Context& context, const std::string& why, const char* number = "99060");
 
 // Whether the engine can say what the group does.
 bool CheckSimulated(Context& context, const CfGroup& group);

@@ -132,6 +132,9 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
             RunHacf(output, Arguments(arguments));
         } else if (!environment.options.engineIsUp && tool != "vcssim") {
             output.EngineDown();
+            if (tool == "hastatus") {
+                output.Simulated("11046", "The state of the local system is not available");
+            }
         } else if (environment.options.engineStarts && tool != "vcssim") {
             output.Warning("11030", "HAD not ready (simulated)"); // how it goes on is not known
         } else if (tool == "vcsencrypt") {

@@ -33,7 +33,7 @@ TEST_F(ToolFailover, ASwitchMovesTheGroup) {
     EXPECT_EQ(GroupOn("B"), "ONLINE");
     EXPECT_EQ(Run("hagrp", "-switch G -any"), "");
     EXPECT_EQ(GroupOn("A"), "ONLINE");
-    EXPECT_EQ(Run("hagrp", "-switch G -to A"), "VCS WARNING V-16-1-99060 (simulated) Group G is online on system A\n");
+    EXPECT_EQ(Run("hagrp", "-switch G -to A"), "VCS WARNING V-16-1-10192 (simulated) Group G is online on system A\n");
     EXPECT_EQ(m_exitCode, 1);
     EXPECT_EQ(Run("hagrp", "-switch H -to A"),
               "VCS WARNING V-16-1-12130 (simulated) Group H does not exist in the local cluster\n");
@@ -146,14 +146,22 @@ TEST_F(ToolFailover, TheClockBecomesASimulatedOneOnce) {
     }
 }
 
+TEST_F(ToolFailover, AGroupWithoutSystemsIsSwitchedNowhere) {
+    WriteFile(L"", "system A\ngroup E (\n)\n");
+    EXPECT_EQ(Run("hagrp", "-switch E -any"),
+              "VCS WARNING V-16-1-50837 (simulated) The SystemList of group E is empty\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
 TEST_F(ToolFailover, AFrozenGroupIsLeftAlone) {
     EXPECT_EQ(Run("hagrp", "-freeze G"), "");
     EXPECT_EQ(Run("hagrp", "-display G -attribute TFrozen Frozen"),
               "#Group       Attribute             System     Value\n"
               "G            TFrozen               global     1\n"
               "G            Frozen                global     0\n");
-    for (const char* arguments : {"-offline G -sys A", "-switch G -to B", "-online G -sys A"}) {
-        EXPECT_EQ(Run("hagrp", arguments), "VCS WARNING V-16-1-99060 (simulated) Group G is frozen\n");
+    for (const char* arguments : {"-offline G -sys A", "-switch G -to A", "-switch G -to B", "-online G -sys A"}) {
+        const std::string number = std::string(arguments).find("-switch") == 0 ? "51055" : "99060";
+        EXPECT_EQ(Run("hagrp", arguments), "VCS WARNING V-16-1-" + number + " (simulated) Group G is frozen\n");
         EXPECT_EQ(m_exitCode, 1);
     }
     for (const char* arguments : {"-offline g-app -sys A", "-online g-app -sys A"}) {
@@ -189,7 +197,7 @@ TEST_F(ToolFailover, AFrozenSystemTakesNoGroup) {
     EXPECT_EQ(Run("hasys", "-freeze B"), "");
     EXPECT_EQ(Run("hasys", "-display B -attribute TFrozen"), "#System    Attribute             Value\n"
                                                              "B          TFrozen               1\n");
-    EXPECT_EQ(Run("hagrp", "-switch G -to B"), "VCS WARNING V-16-1-99060 (simulated) System B is frozen\n");
+    EXPECT_EQ(Run("hagrp", "-switch G -to B"), "VCS WARNING V-16-1-51055 (simulated) System B is frozen\n");
     EXPECT_EQ(Run("hasys", "-unfreeze B"), "");
     EXPECT_EQ(Run("hasys", "-freeze -evacuate A"), "");
     EXPECT_EQ(GroupOn("B"), "ONLINE");

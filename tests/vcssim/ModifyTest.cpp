@@ -46,10 +46,24 @@ TEST_F(ToolModify, SetsAList) {
 TEST_F(ToolModify, AddsToAList) {
     EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add three"), "");
     EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\tthree\n");
-    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add two"),
+    EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -add HKLM\\C 1"),
               "VCS WARNING V-16-1-10563 (simulated) Entry already in attribute keylist\n");
     EXPECT_EQ(Run("hares", "-modify G-RegRep Keys -add HKLM\\D 1"), "");
     EXPECT_EQ(Run("hares", "-value G-RegRep Keys"), "HKLM\\A B\t\tHKLM\\C\tIgnoreSubKeys:Yes\tHKLM\\D\t1\n");
+}
+
+TEST_F(ToolModify, HoldsAMemberTwiceInAVectorAndNotInAKeylist) {
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -add two"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\ttwo\n");
+    EXPECT_EQ(Run("hares", "-modify G-RegRep ExcludeKeys -delete two"), "");
+    EXPECT_EQ(Run("hares", "-value G-RegRep ExcludeKeys"), "one\ttwo\n");
+    WriteFile(L".live", "include \"main.cf.types\"\nsystem A\ngroup G ( SystemList = { A = 0 } )\nDisk d ( )\n");
+    WriteFile(L".types", "type Disk (\n\tstr Names[] = { x, y }\n\tkeylist Keys = { x, y }\n\t)\n");
+    EXPECT_EQ(Run("hares", "-modify d Names -add x"), "");
+    EXPECT_EQ(Run("hares", "-value d Names"), "x\ty\tx\n");
+    EXPECT_EQ(Run("hares", "-modify d Keys -add x"),
+              "VCS WARNING V-16-1-10563 (simulated) Entry already in attribute keylist\n");
+    EXPECT_EQ(Run("hares", "-value d Keys"), "x\ty\n");
 }
 
 TEST_F(ToolModify, UpdatesAnAssociation) {

@@ -85,6 +85,13 @@ TEST_F(ToolStatus, TheClusterHasAttributesAndAState) {
     EXPECT_EQ(Run("haclus", "-value ReadOnly"), "0\n");
     Run("haconf", "-dump -makero");
     EXPECT_EQ(Run("haclus", "-value ReadOnly -localclus"), "1\n");
+    EXPECT_EQ(Run("haclus", "-wait DumpingMembership 0 -time 60"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("haclus", "-wait ReadOnly 0"), "VCS WARNING V-16-1-10805 Connection timed out\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("haclus", "-wait Other 0"), "VCS WARNING V-16-1-99011 (simulated) Attribute Other does not exist\n");
+    EXPECT_THAT(Run("haclus", "-wait ReadOnly"), HasSubstr("usage: haclus "));
+    EXPECT_THAT(Run("haclus", "-wait ReadOnly 0 -time soon"), HasSubstr("usage: haclus "));
     EXPECT_EQ(Run("haclus", "-state C2"), "VCS WARNING V-16-1-99066 (simulated) Cluster C2 does not exist\n");
     EXPECT_EQ(Run("haclus", "-value Other"), "VCS WARNING V-16-1-99011 (simulated) Attribute Other does not exist\n");
     EXPECT_THAT(Run("haclus", "-other"), HasSubstr("usage: haclus "));

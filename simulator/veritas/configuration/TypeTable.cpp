@@ -8,7 +8,7 @@ namespace vcssim {
 
 namespace {
 
-// "Name", "Name=default", "#Name=5" for a number, "[]Name" for a list, "{}Name" for an association.
+// "Name", "Name=default", "#Name=5" for a number, "[]Name" for a vector, "{}Name" for an association.
 struct KnownType {
     const char* name;
     bool persistent;
@@ -65,6 +65,7 @@ void AddAttribute(std::map<std::string, AttributeType>& attributes, std::string 
         text.erase(0, 1);
     } else if (text[0] == '[' || text[0] == '{') {
         attribute.kind = text[0] == '[' ? AttributeType::List : AttributeType::Association;
+        attribute.isVector = text[0] == '[';
         text.erase(0, 2);
     }
     const std::size_t equals = text.find('=');
@@ -151,6 +152,7 @@ private:
         if (name.size() > 2 && name.compare(name.size() - 2, 2, "[]") == 0) {
             name.resize(name.size() - 2);
             attribute.kind = AttributeType::List;
+            attribute.isVector = true;
         } else if (Here().IsSymbol('{')) {
             ++m_next;
             Need('}');

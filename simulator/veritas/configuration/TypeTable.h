@@ -17,6 +17,7 @@ struct AttributeType {
     };
 
     Kind kind = Text;
+    bool isVector = false;             // a list that may hold the same member more than once
     std::vector<std::string> standard; // the parts of the default value; a scalar has one
 };
 
