@@ -3,6 +3,7 @@
 #include "PropertyLists.h"
 #include "UtilityCall.h"
 
+#include "common/AnswerRoom.h"
 #include "common/Text.h"
 
 #include <cstring>
@@ -67,8 +68,7 @@ template <typename Matches> HRESOURCE FindDependency(HCLUSTER cluster, HRESOURCE
         DWORD type = 0;
         DWORD cch = static_cast<DWORD>(name.size());
         const DWORD code = ClusterResourceEnum(list, index, &type, name.data(), &cch);
-        if (code == ERROR_MORE_DATA) {
-            name.resize(cch + 1);
+        if (code == ERROR_MORE_DATA && common::GrowForName(name, cch)) {
             continue;
         }
         if (code != ERROR_SUCCESS) {

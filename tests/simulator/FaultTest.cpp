@@ -122,6 +122,15 @@ TEST_F(Fault, ResourceUtilitiesAreHitToo) {
     EXPECT_EQ(ResUtilFindDwordProperty(list.data(), 4, L"B", &number), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
 }
 
+TEST_F(Fault, ADependencyWhoseNameFitsNoRoomEndsTheSearch) {
+    Load();
+    const ResourceOwner resource = Resource(L"EVS1 SA");
+    WCHAR type[] = L"Physical Disk";
+    ASSERT_TRUE(Accepts("ClusterResourceEnum#1+=234"));
+    EXPECT_EQ(ResUtilGetResourceDependency(static_cast<HRESOURCE>(resource), type), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_MORE_DATA));
+}
+
 TEST_F(Fault, ADelayedCallDoesItsWorkLater) {
     Load();
     ASSERT_TRUE(Accepts("OfflineClusterResource@EVS1 Disk#1=delay_ms:200"));

@@ -1,6 +1,9 @@
 // Asking groups and resources by control codes.
 #include "ClusterObjects.h"
 
+#include "common/AnswerRoom.h"
+
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -11,12 +14,10 @@ template <typename Control> bool Query(const Control& control, std::vector<unsig
     for (;;) {
         DWORD needed = 0;
         code = control(answer.data(), static_cast<DWORD>(answer.size()), &needed);
-        if (code == ERROR_MORE_DATA && needed > answer.size()) {
-            answer.resize(needed);
-            continue;
+        if (code != ERROR_MORE_DATA || !common::GrowRoom(answer, needed, common::LongestAnswer)) {
+            answer.resize(code == ERROR_SUCCESS ? std::min<std::size_t>(needed, answer.size()) : 0);
+            return code == ERROR_SUCCESS;
         }
-        answer.resize(code == ERROR_SUCCESS ? needed : 0);
-        return code == ERROR_SUCCESS;
     }
 }
 

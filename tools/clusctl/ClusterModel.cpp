@@ -28,33 +28,6 @@ Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
     return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
 }
 
-struct Placement {
-    CLUSTER_RESOURCE_STATE state;
-    std::wstring node;
-    std::wstring group;
-};
-
-// Where a resource is. Unlike the library's class, without a limit to the names.
-Placement ReadPlacement(HRESOURCE resource, const std::wstring& name) {
-    std::vector<wchar_t> node(64);
-    std::vector<wchar_t> group(256);
-    for (;;) {
-        auto nodeLength = static_cast<DWORD>(node.size());
-        auto groupLength = static_cast<DWORD>(group.size());
-        const CLUSTER_RESOURCE_STATE state =
-            GetClusterResourceState(resource, node.data(), &nodeLength, group.data(), &groupLength);
-        if (state != ClusterResourceStateUnknown) {
-            return {state, node.data(), group.data()};
-        }
-        const DWORD code = GetLastError();
-        if (code != ERROR_MORE_DATA || (nodeLength < node.size() && groupLength < group.size())) {
-            throw CannotRead("the state", name, code);
-        }
-        node.resize(nodeLength + 1);
-        group.resize(groupLength + 1);
-    }
-}
-
 // Since Windows Server 2008 clusters follow other rules; `behaviour.protocol` of the model.
 const DWORD MajorVersionOf2008 = 6;
 
@@ -195,14 +168,19 @@ private:
             throw Failure::OfCode("cannot open the resource " + Quoted(name), GetLastError());
         }
         const HRESOURCE handle = resource.GetResourceHandle();
-        const Placement placement = ReadPlacement(handle, name);
+        std::wstring owner;
+        std::wstring group;
+        const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle, owner, group);
+        if (state == ClusterResourceStateUnknown) {
+            throw CannotRead("the state", name, GetLastError());
+        }
         Json model = Json::object();
         model.get_ref<Json::object_t&>().reserve(12); // an object that grows copies the names of its members
         model["name"] = name;
         model["type"] = UnknownType;
         model["id"] = ""; // in its place; made up below if need be
-        model["group"] = placement.group;
-        model["state"] = ModelState(placement.state);
+        model["group"] = group;
+        model["state"] = ModelState(state);
         AddText(model, "type", "the type", CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, handle, name);
         AddText(model, "id", "the ID", CLUSCTL_RESOURCE_GET_ID, handle, name);
         if (model["id"].get<std::string>().empty()) {

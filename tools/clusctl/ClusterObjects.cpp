@@ -5,6 +5,7 @@
 #include "StateNames.h"
 #include "Text.h"
 
+#include "common/AnswerRoom.h"
 #include "core/ResourceTypes.h"
 #include "core/ValueList.h"
 
@@ -129,11 +130,9 @@ template <typename Read> DWORD ReadNames(const Read& read, Names& names) {
         auto length = static_cast<DWORD>(name.size());
         const DWORD code = read(i, name.data(), &length);
         if (code == ERROR_SUCCESS) {
-            names.push_back(name.data());
+            names.push_back(common::NameIn(name));
             ++i;
-        } else if (code == ERROR_MORE_DATA && length >= name.size()) {
-            name.resize(length + 1);
-        } else {
+        } else if (code != ERROR_MORE_DATA || !common::GrowForName(name, length)) {
             return code == ERROR_NO_MORE_ITEMS ? ERROR_SUCCESS : code;
         }
     }
@@ -309,12 +308,11 @@ std::wstring ReadClusterName(const CCluster& cluster) {
         auto length = static_cast<DWORD>(name.size());
         const DWORD code = GetClusterInformation(cluster.GetHandle(), name.data(), &length, nullptr);
         if (code == ERROR_SUCCESS) {
-            return name.data();
+            return common::NameIn(name);
         }
-        if (code != ERROR_MORE_DATA || length < name.size()) {
+        if (code != ERROR_MORE_DATA || !common::GrowForName(name, length)) {
             throw Failure::OfCode("cannot read the cluster's name", code);
         }
-        name.resize(length + 1);
     }
 }
 

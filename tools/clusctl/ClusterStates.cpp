@@ -3,6 +3,8 @@
 
 #include "ClusterApi.h"
 
+#include "common/AnswerRoom.h"
+
 #include <vector>
 
 CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
@@ -12,13 +14,12 @@ CLUSTER_GROUP_STATE ReadGroupState(HGROUP group, std::wstring& owner) {
         SetLastError(ERROR_SUCCESS); // of a group whose state the cluster itself does not know
         const CLUSTER_GROUP_STATE state = GetClusterGroupState(group, node.data(), &length);
         if (state != ClusterGroupStateUnknown) {
-            owner = node.data();
+            owner = common::NameIn(node);
             return state;
         }
-        if (GetLastError() != ERROR_MORE_DATA || length < node.size()) {
+        if (GetLastError() != ERROR_MORE_DATA || !common::GrowForName(node, length)) {
             return state;
         }
-        node.resize(length + 1);
     }
 }
 
@@ -32,14 +33,17 @@ CLUSTER_RESOURCE_STATE ReadResourceState(HRESOURCE resource, std::wstring& owner
         const CLUSTER_RESOURCE_STATE state =
             GetClusterResourceState(resource, node.data(), &nodeLength, groupName.data(), &groupLength);
         if (state != ClusterResourceStateUnknown) {
-            owner = node.data();
-            group = groupName.data();
+            owner = common::NameIn(node);
+            group = common::NameIn(groupName);
             return state;
         }
-        if (GetLastError() != ERROR_MORE_DATA || (nodeLength < node.size() && groupLength < groupName.size())) {
+        if (GetLastError() != ERROR_MORE_DATA) {
             return state;
         }
-        node.resize(nodeLength + 1);
-        groupName.resize(groupLength + 1);
+        const bool nodeGrows = common::GrowForName(node, nodeLength);
+        const bool groupGrows = common::GrowForName(groupName, groupLength);
+        if (!nodeGrows && !groupGrows) {
+            return state;
+        }
     }
 }

@@ -31,6 +31,8 @@ const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise) {
     case ERROR_SERVICE_DOES_NOT_EXIST:
     case ERROR_CLUSTER_NODE_DOWN:
         return Errors::NoCluster;
+    case ERROR_MORE_DATA:
+        return Errors::Incomplete;
     case RPC_S_UNKNOWN_IF:
     case RPC_S_SERVER_UNAVAILABLE:
     case RPC_S_SERVER_TOO_BUSY:

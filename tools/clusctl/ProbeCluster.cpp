@@ -1,5 +1,6 @@
 // What a failover cluster shows of its rules when it is only read.
 #include "ClusterApi.h"
+#include "ClusterObjects.h"
 #include "Probe.h"
 #include "ProbeLists.h"
 #include "Text.h"
@@ -102,7 +103,7 @@ private:
     void LookAtDisk(HRESOURCE resource, const std::wstring& name, const std::wstring& type);
     void LookAtOwner(const std::wstring& owner, const std::wstring& object);
 
-    // The code, and what was answered to enough room.
+    // The code, and the whole answer.
     static DWORD Ask(HRESOURCE resource, DWORD control, Bytes& answer);
     static std::wstring TextOf(HRESOURCE resource, DWORD control);
 
@@ -112,16 +113,8 @@ private:
 };
 
 DWORD ClusterProbe::Ask(HRESOURCE resource, DWORD control, Bytes& answer) {
-    answer.resize(4096);
-    DWORD size = 0;
-    DWORD code = ClusterResourceControl(resource, nullptr, control, nullptr, 0, answer.data(),
-                                        static_cast<DWORD>(answer.size()), &size);
-    if (code == ERROR_MORE_DATA) {
-        answer.resize(size);
-        code = ClusterResourceControl(resource, nullptr, control, nullptr, 0, answer.data(),
-                                      static_cast<DWORD>(answer.size()), &size);
-    }
-    answer.resize(code == ERROR_SUCCESS ? std::min<size_t>(size, answer.size()) : 0);
+    DWORD code = 0;
+    QueryResource(resource, control, answer, code);
     return code;
 }
 

@@ -119,5 +119,9 @@ std::string SystemText(unsigned long code) {
 
 std::string ErrorText(unsigned long code) {
     const std::string text = SystemText(code);
-    return "error " + std::to_string(code) + (text.empty() ? "" : " (" + text + ")");
+    const std::string number = "error " + std::to_string(code);
+    if (code == ERROR_MORE_DATA) {
+        return number + " (" + text + ": the answer fits no room that it is given)";
+    }
+    return number + (text.empty() ? "" : " (" + text + ")");
 }
