@@ -39,6 +39,7 @@ the case's purpose ("# ...") and its setting:
   small-disk FOLDER KILOBYTES  a folder of the case's folder that lies on a disk of this size
   read-only-disk FOLDER  the same on a disk that cannot be written to
   tools writable      everybody may write to the folder of clusctl and of the VCS tools
+  writable-tool TOOL  everybody may write to this VCS tool, and to no other
   planted-tool TOOL   the same stand-in as of environment-tool lies, as this tool, in the folder in which clusctl is called
   environment-tool TOOL  in place of this VCS tool one that lists the CLUSCTL_ variables that it was started with
   faults FILE         faults of the VCS tools from models/, copied to faults.json, for VCSSIM_FAULTS
@@ -249,6 +250,11 @@ class Case:
                 os.link(self.runner.bin / "e2e" / "environment-tool.exe", self.folder / f"{value}.exe")
             elif word == "tools":
                 self.own_program_folder().chmod(0o777)
+            elif word == "writable-tool":
+                tool = self.own_program_folder() / f"{value}.exe"
+                tool.unlink(missing_ok=True)
+                shutil.copy(self.runner.bin / tool.name, tool)
+                tool.chmod(0o777)
             elif word == "disk":
                 self.mount_disk(interrupted.temporary_folder(self), f"size={value}k")
             elif word == "small-disk":

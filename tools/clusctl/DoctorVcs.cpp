@@ -24,11 +24,14 @@ namespace {
 
 const wchar_t ClusterTool[] = L"haclus"; // the library does not run it
 
-// Whether all of them are there, and nobody else may change them.
+// Whether all that the library runs are there, and nobody else may change any.
 bool LookAtTools(bool allowsWritable, Findings& findings) {
     const std::vector<VcsToolFile> tools = FindVcsTools();
     bool areThere = true;
     for (const VcsToolFile& tool : tools) {
+        if (tool.path.empty() && tool.tool == ClusterTool) {
+            continue; // the mode is not known then, which is told there
+        }
         if (tool.path.empty()) {
             areThere = false;
             findings.Add("vcs-tool-missing", Printable(tool.tool), "It is not on the search path.",
@@ -90,25 +93,17 @@ bool LookAtEngine(const LogCapture& log, Findings& findings) {
     }
 }
 
-// Empty when the tool is missing, not to be trusted, or says nothing of use.
-std::string ReadOnlyValue(bool allowsWritable) {
-    const std::wstring tool = FindVcsTool(ClusterTool);
-    if (tool.empty()) {
-        return std::string();
-    }
-    try {
-        if (!allowsWritable) {
-            RequireTrustedTools({{ClusterTool, tool}});
-        }
-    } catch (const Failure&) {
+// Empty when the tool is missing, or says nothing of use.
+std::string ReadOnlyValue() {
+    if (FindVcsTool(ClusterTool).empty()) {
         return std::string();
     }
     const std::string answer = RunVcsTool(ClusterTool, L"-value ReadOnly").output;
     return answer.substr(0, answer.find_last_not_of(" \t\n") + 1);
 }
 
-void LookAtMode(bool allowsWritable, Findings& findings) {
-    const std::string value = ReadOnlyValue(allowsWritable);
+void LookAtMode(Findings& findings) {
+    const std::string value = ReadOnlyValue();
     if (value == "0") {
         findings.Add("vcs-mode-open", "configuration", "It is open for writing.", "clusctl vcs mode ro");
     } else if (value == "1") {
@@ -180,6 +175,6 @@ void DiagnoseVcs(const LogCapture& log, const DoctorRequest& request, Findings& 
     if (!LookAtTools(request.allowsWritableTools, findings) || !LookAtEngine(log, findings)) {
         return;
     }
-    LookAtMode(request.allowsWritableTools, findings);
+    LookAtMode(findings);
     LookAtServers(log, request.wanted, findings);
 }

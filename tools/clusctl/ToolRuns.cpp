@@ -51,22 +51,26 @@ ToolRuns::~ToolRuns() {
     g_receiver = nullptr;
 }
 
-void ToolRuns::Tell(const CVeritasToolRun& run) {
+void ToolRuns::Tell(const CVeritasToolRun& run, unsigned long roomError) {
     if (g_receiver != nullptr) {
-        Receive(run, g_receiver);
+        g_receiver->TakeAndCheck(run, roomError);
     }
 }
 
 void ToolRuns::Receive(const CVeritasToolRun& told, void* context) {
+    static_cast<ToolRuns*>(context)->TakeAndCheck(told, ProbeCurrentFolder()); // the library still has the output there
+}
+
+void ToolRuns::TakeAndCheck(const CVeritasToolRun& told, unsigned long roomError) {
     // All programs of the console get the Ctrl+C; the tool may be faster with it.
     if (told.exitCodeKnown && told.exitCode == static_cast<DWORD>(STATUS_CONTROL_C_EXIT)) {
         Interruption::AwaitPending(); // it becomes known in a moment
     }
-    static_cast<ToolRuns*>(context)->Take(told);
+    Take(told, roomError);
     Interruption::Check(); // the library closes what the run has open, and goes no further
 }
 
-void ToolRuns::Take(const CVeritasToolRun& told) {
+void ToolRuns::Take(const CVeritasToolRun& told, unsigned long roomError) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     try {
         ToolRun run;
@@ -74,7 +78,7 @@ void ToolRuns::Take(const CVeritasToolRun& told) {
         run.isStarted = told.started;
         run.startError = told.startError;
         run.captureError = told.captureError;
-        run.roomError = ProbeCurrentFolder();
+        run.roomError = roomError;
         run.isExitCodeKnown = told.exitCodeKnown;
         run.exitCode = told.exitCode;
         run.isInterrupted = Interruption::IsPending() && !m_wasInterrupted;

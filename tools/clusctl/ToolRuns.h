@@ -35,8 +35,9 @@ public:
     ToolRuns(const ToolRuns&) = delete;
     ToolRuns& operator=(const ToolRuns&) = delete;
 
-    // Takes a run of this program's own like those of the library. Throws Interrupted in the same way.
-    static void Tell(const CVeritasToolRun& run);
+    // Takes a run of this program's own like those of the library. `roomError` is what ProbeCurrentFolder said while
+    // the captured output was there. Throws Interrupted in the same way.
+    static void Tell(const CVeritasToolRun& run, unsigned long roomError);
 
     size_t Count() const;
     std::vector<ToolRun> Since(size_t first) const;
@@ -49,7 +50,8 @@ public:
 
 private:
     static void Receive(const CVeritasToolRun& told, void* context);
-    void Take(const CVeritasToolRun& told);
+    void TakeAndCheck(const CVeritasToolRun& told, unsigned long roomError);
+    void Take(const CVeritasToolRun& told, unsigned long roomError);
 
     mutable std::mutex m_mutex;
     std::vector<ToolRun> m_runs;

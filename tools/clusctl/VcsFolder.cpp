@@ -10,7 +10,6 @@ namespace {
 
 const wchar_t FolderName[] = L"clusctl-vcs";
 const wchar_t ProbeName[] = L"probe";
-const size_t ProbeBytes = 65536;
 const char Hint[] = "The output of the VCS tools goes through that folder: TEMP names where it is made.";
 
 std::wstring g_former; // while a folder lives
@@ -28,12 +27,12 @@ DWORD Probe(const std::wstring& path) {
     if (!file) {
         return GetLastError();
     }
-    const std::vector<char> bytes(ProbeBytes, 'x');
+    static const char bytes[65536] = {}; // no memory of the heap: this is asked while the library reports a run
     DWORD written = 0;
-    if (!WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+    if (!WriteFile(file.get(), bytes, sizeof(bytes), &written, nullptr)) {
         return GetLastError();
     }
-    return written == bytes.size() ? ERROR_SUCCESS : ERROR_DISK_FULL;
+    return written == sizeof(bytes) ? ERROR_SUCCESS : ERROR_DISK_FULL;
 }
 
 } // namespace

@@ -41,7 +41,7 @@ std::wstring FolderOf(const std::wstring& path) {
     return path.substr(0, path.find_last_of(L"\\/") + 1);
 }
 
-// The library never runs haclus: it counts only where it lies beside a tool whose folder was looked at.
+// One of another installation than the tools that were asked before may tell of another cluster.
 bool HasHaclus() {
     const std::wstring haclus = FindVcsTool(L"haclus");
     return !haclus.empty() && _wcsicmp(FolderOf(haclus).c_str(), FolderOf(FindVcsTool(L"hares")).c_str()) == 0;

@@ -15,7 +15,7 @@
 
 namespace {
 
-const wchar_t* const VcsTools[] = {L"haconf", L"hasys", L"hagrp", L"hares", L"vcsencrypt"};
+const wchar_t* const VcsTools[] = {L"haconf", L"hasys", L"hagrp", L"hares", L"vcsencrypt", L"haclus"};
 const wchar_t TrustedInstaller[] = L"S-1-5-80-956008885-3418522649-1831038044-1853292631-2271478464";
 const size_t LongestPath = 32768;
 const BYTE AllowCallbackAce = 9; // ACCESS_ALLOWED_CALLBACK_ACE_TYPE: the same, under a condition

@@ -15,7 +15,7 @@ struct VcsToolFile {
 // Empty when there is none.
 std::wstring FindVcsTool(const std::wstring& tool);
 
-// All of them.
+// All that a command may run: those of the library, and haclus, which clusctl alone asks.
 std::vector<VcsToolFile> FindVcsTools();
 
 // Throws Failure when a tool, or a file beside it, can be changed by anybody but this account, administrators and the

@@ -92,6 +92,7 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
     run.commandLine = commandLine.c_str();
     ToolOutput result;
     std::wstring told;
+    DWORD roomError = ERROR_SUCCESS;
     const std::wstring path = IsReplaying() ? tool : FindVcsTool(tool);
     if (path.empty()) {
         run.startError = ERROR_FILE_NOT_FOUND;
@@ -106,6 +107,7 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
                 told = FirstLine(result.errors.empty() ? result.output : result.errors);
                 run.output = told.c_str();
                 run.cchOutput = told.size();
+                roomError = ProbeCurrentFolder(); // gone with the files is what may have been too little
             }
         } catch (const common::FileError& error) {
             run.started = true; // or would have been: what it says is lost
@@ -113,6 +115,6 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
         }
     }
     result.exitCode = run.exitCode;
-    ToolRuns::Tell(run);
+    ToolRuns::Tell(run, roomError);
     return result;
 }
