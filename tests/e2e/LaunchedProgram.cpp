@@ -33,6 +33,16 @@ long NumberIn(const wchar_t* file) {
     return std::strtol(text, nullptr, 10);
 }
 
+// Ends the program with this one, however this one ends: it holds the pipe that is read to its end. What the program
+// starts is left alone. The handle is kept on purpose.
+bool EndWithThisProgram(HANDLE process) {
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_SILENT_BREAKAWAY_OK;
+    return job != nullptr && SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)) &&
+           AssignProcessToJobObject(job, process);
+}
+
 } // namespace
 
 int RunUntil(wchar_t** arguments, DWORD creationFlags, const std::function<bool(const PROCESS_INFORMATION&)>& act) {
@@ -45,6 +55,10 @@ int RunUntil(wchar_t** arguments, DWORD creationFlags, const std::function<bool(
     PROCESS_INFORMATION program = {};
     if (!CreateProcessW(nullptr, AfterArguments(GetCommandLineW(), 5), nullptr, nullptr, TRUE, creationFlags, nullptr,
                         nullptr, &startup, &program)) {
+        return CannotBeDone;
+    }
+    if (!EndWithThisProgram(program.hProcess)) {
+        TerminateProcess(program.hProcess, CannotBeDone);
         return CannotBeDone;
     }
     const long wanted = std::wcstol(arguments[3], nullptr, 10);
