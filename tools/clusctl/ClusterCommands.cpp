@@ -2,6 +2,7 @@
 
 #include "ClusterObjects.h"
 #include "CommandLine.h"
+#include "OwnerSpelling.h"
 #include "Progress.h"
 #include "Suggestion.h"
 #include "Text.h"
@@ -95,7 +96,7 @@ Report Nodes() {
 }
 
 // Marks objects that belong to a node which is down, or joins only: that is what the cluster remembers, not what is. A
-// paused node owns its groups.
+// paused node owns its groups. Warns, too, of an owner that the library does not take for this computer.
 class OwnerStates {
 public:
     OwnerStates(const CCluster& cluster, Report& report) : m_nodes(ReadNodes(cluster, report)), m_report(report) {
@@ -103,6 +104,9 @@ public:
 
     // `groupMember` is the member of the record that holds the name of its group.
     void Mark(Json& record, const char* groupMember) {
+        if (record["owner"].is_string()) {
+            WarnOfOwnerSpelling(common::ToUtf16(record["owner"].get<std::string>()), m_report);
+        }
         const Json state = StateOf(record["owner"]);
         record["ownerState"] = state; // moves the other members: no reference to one from before is good after this
         const Json& group = record[groupMember];

@@ -3,6 +3,7 @@
 #include "ClusterObjects.h"
 #include "CommandLine.h"
 #include "Deployment.h"
+#include "OwnerSpelling.h"
 #include "Progress.h"
 #include "PropertyJson.h"
 #include "ResourcesHere.h"
@@ -55,6 +56,11 @@ std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
         FailToList();
     }
     TellServersLeftOut(here.leftOut, report);
+    if (CVirtualServerUtil::CheckIsClusterByRegKey()) {
+        CCluster cluster;
+        OpenLocalCluster(cluster);
+        WarnOfOwnerSpellings(cluster, report);
+    }
     return here.servers;
 }
 
@@ -82,8 +88,9 @@ Report Query(const std::wstring& nameOrAddress, bool isExplained) {
             throw Failure(Errors::Incomplete, "cannot tell whether this node serves " + Quoted(nameOrAddress) + ": " +
                                                   unread.Warnings().front());
         }
-        throw Failure(Errors::ServerNotFound,
-                      "this node serves no server with the name or address " + Quoted(nameOrAddress));
+        throw Failure(Errors::ServerNotFound, "this node serves no server with the name or address " +
+                                                  Quoted(nameOrAddress) +
+                                                  (unread.Warnings().empty() ? "" : ": " + unread.Warnings().front()));
     }
     Report report;
     report.AddRecord("server", ServerRecord(*info), ServerTitles);

@@ -1,8 +1,11 @@
 #include "Status.h"
 
 #include "ClusterInUse.h"
+#include "OwnerSpelling.h"
 #include "PictureJson.h"
 #include "ReadPicture.h"
+
+#include "common/Text.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -39,12 +42,26 @@ Json ServerRecords(const Health& health) {
     return records;
 }
 
+// VCS compares the names of systems by itself.
+void WarnOfOwners(const ClusterPicture& cluster, Report& report) {
+    if (cluster.kind != Kind::Failover) {
+        return;
+    }
+    for (const Group& group : cluster.groups) {
+        WarnOfOwnerSpelling(common::ToUtf16(group.node), report);
+    }
+    for (const Resource& resource : cluster.resources) {
+        WarnOfOwnerSpelling(common::ToUtf16(resource.node), report);
+    }
+}
+
 } // namespace
 
 Status ReadStatus(const LogCapture& log, Report& report) {
     Status status;
     try {
         status.cluster = ReadPicture(log, report);
+        WarnOfOwners(status.cluster, report);
     } catch (const Failure& failure) {
         const bool isPlain = ClusterInUse() == Answering::FailoverCluster && failure.Kind().exitCode == ExitNoAnswer &&
                              !CVirtualServerUtil::CheckIsClusterByRegKey();
