@@ -56,7 +56,8 @@ std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
         FailToList();
     }
     TellServersLeftOut(here.leftOut, report);
-    if (CVirtualServerUtil::CheckIsClusterByRegKey()) {
+    // A node that the cluster spells in another letter case serves nothing; of others the groups need not be asked.
+    if (here.servers.empty() && CVirtualServerUtil::CheckIsClusterByRegKey()) {
         CCluster cluster;
         OpenLocalCluster(cluster);
         WarnOfOwnerSpellings(cluster, report);
