@@ -5,14 +5,26 @@
 #include "ThisComputer.h"
 
 #include <algorithm>
+#include <map>
+
+namespace {
+
+bool IsSpelledOtherwise(const std::wstring& owner) {
+    static std::map<std::wstring, bool> judged; // there are as many owners as nodes, and many that they own
+    const auto known = judged.find(owner);
+    return known != judged.end()
+               ? known->second
+               : judged.emplace(owner, owner != ComputerName() && IsThisComputer(owner)).first->second;
+}
+
+} // namespace
 
 void WarnOfOwnerSpelling(const std::wstring& owner, Report& report) {
-    const std::wstring computer = ComputerName();
-    if (owner == computer || !IsThisComputer(owner)) {
+    if (!IsSpelledOtherwise(owner)) {
         return;
     }
     const std::string warning = "the owner " + Quoted(owner) + " is this computer, which is called " +
-                                Quoted(computer) +
+                                Quoted(ComputerName()) +
                                 ": the library compares letter for letter, and serves nothing of that owner here";
     const std::vector<std::string>& told = report.Warnings();
     if (std::find(told.begin(), told.end(), warning) == told.end()) {
