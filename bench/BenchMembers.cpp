@@ -73,7 +73,7 @@ private:
 
 void MeasureServersOnStubs(Report& report, Scale scale) {
     report.Begin("EnumServersOnCurrentNode on stubs",
-                 "Calls that hand out prepared names; own cost is the time beyond that of the same calls alone. No "
+                 "Calls that make up names; own cost is the time beyond that of the same calls alone. No "
                  "server is on this node. The best loop is written for this case alone and logs the same lines.",
                  "resources");
     Growth growth;
@@ -87,7 +87,7 @@ void MeasureServersOnStubs(Report& report, Scale scale) {
                     "EnumServersOnCurrentNode failed");
         };
         const auto best = []() { Require(BestEnumServers() == 0, "the best loop finds a server"); };
-        const auto calls = [&cluster]() { CallsOfEnumServers(cluster.Names()); };
+        const auto calls = [size]() { CallsOfEnumServers(size); };
         Require(cluster.CallsOf(library) == cluster.CallsOf(calls) && cluster.CallsOf(best) == cluster.CallsOf(calls),
                 "the contestants make other numbers of calls");
         const Comparison times = Compare({{"library", library}, {"best", best}, {"calls", calls}});
@@ -111,7 +111,7 @@ void MeasureNamesOnStubs(Report& report, Scale scale) {
         const auto best = [&expected]() {
             Require(BestNamesByType(StubStoreType).size() == expected.size(), "the best loop finds another number");
         };
-        const auto calls = [&cluster]() { CallsOfNamesByType(cluster.Names()); };
+        const auto calls = [size]() { CallsOfNamesByType(size); };
         const auto list = [&expected]() {
             std::list<std::wstring> names;
             names.insert(names.end(), expected.begin(), expected.end());

@@ -5,13 +5,15 @@
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <string>
+#include <vector>
 
 namespace bench {
 
 namespace {
 
 struct Kind {
-    const wchar_t* name;
+    std::wstring name;
     std::wstring type;
 };
 
@@ -27,7 +29,7 @@ const Kind Kinds[StubTypes] = {{L"Exchange IP Address", L"IP Address"},
                                {L"Product", L"clusRDLL"}};
 const std::wstring OtherNode = L"OTHERNODE";
 
-std::vector<std::wstring> TheNames;
+std::size_t TheResources = 0;
 std::size_t TheCalls = 0;
 std::size_t TheNextResource = 0; // resources are opened in their order
 
@@ -55,19 +57,31 @@ HCLUSENUM WINAPI StubOpenEnum(HCLUSTER, DWORD) {
     return HandleOf<HCLUSENUM>(1);
 }
 
+// "KIND NUMBER", put together at each call: a list of prepared names would push what is measured out of the caches.
 DWORD WINAPI StubEnum(HCLUSENUM, DWORD index, LPDWORD type, LPWSTR text, LPDWORD cch) {
     ++TheCalls;
-    if (index >= TheNames.size()) {
+    if (index >= TheResources) {
         return ERROR_NO_MORE_ITEMS;
     }
-    const std::wstring& name = TheNames[index];
-    if (name.size() >= *cch) {
-        *cch = static_cast<DWORD>(name.size());
+    const std::wstring& kind = Kinds[index % StubTypes].name;
+    DWORD number = index / StubTypes;
+    DWORD digits = 1;
+    for (DWORD rest = number; rest >= 10; rest /= 10) {
+        ++digits;
+    }
+    const DWORD size = static_cast<DWORD>(kind.size()) + 1 + digits;
+    if (size >= *cch) {
+        *cch = size;
         return ERROR_MORE_DATA;
     }
     *type = CLUSTER_ENUM_RESOURCE;
-    *cch = static_cast<DWORD>(name.size());
-    Copy(name, text);
+    *cch = size;
+    std::memcpy(text, kind.data(), kind.size() * sizeof(wchar_t));
+    text[kind.size()] = L' ';
+    text[size] = L'\0';
+    for (wchar_t* digit = text + size; digits != 0; --digits, number /= 10) {
+        *--digit = static_cast<wchar_t>(L'0' + number % 10);
+    }
     return ERROR_SUCCESS;
 }
 
@@ -126,10 +140,7 @@ struct StubCluster::Patches {
 };
 
 StubCluster::StubCluster(std::size_t resources) : m_patches(std::make_unique<Patches>()) {
-    TheNames.clear();
-    for (std::size_t i = 0; i < resources; ++i) {
-        TheNames.push_back(Kinds[i % StubTypes].name + (L" " + std::to_wstring(i / StubTypes)));
-    }
+    TheResources = resources;
     for (const HMODULE module : {harness::LibraryModule(), GetModuleHandleW(nullptr)}) {
         for (const Stub& stub : Stubs) {
             m_patches->patches.push_back(std::make_unique<harness::ImportEntryPatch>(
@@ -139,10 +150,6 @@ StubCluster::StubCluster(std::size_t resources) : m_patches(std::make_unique<Pat
 }
 
 StubCluster::~StubCluster() = default;
-
-const std::vector<std::wstring>& StubCluster::Names() const {
-    return TheNames;
-}
 
 std::size_t StubCluster::CallsOf(const std::function<void()>& run) const {
     TheCalls = 0;

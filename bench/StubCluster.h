@@ -1,5 +1,5 @@
-// A cluster API whose calls do next to nothing: they hand out prepared names and types. What a loop over it costs is
-// the loop's own.
+// A cluster API whose calls do next to nothing: they hand out names and types, and read nothing of size. What a loop
+// over it costs is the loop's own.
 #ifndef STUBCLUSTER_H
 #define STUBCLUSTER_H
 
@@ -8,8 +8,6 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace bench {
 
@@ -22,7 +20,6 @@ public:
     StubCluster(const StubCluster&) = delete;
     StubCluster& operator=(const StubCluster&) = delete;
 
-    const std::vector<std::wstring>& Names() const;
     // The number of calls that `run` makes.
     std::size_t CallsOf(const std::function<void()>& run) const;
 

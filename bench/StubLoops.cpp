@@ -6,6 +6,7 @@
 #include "DebugLog.h"
 
 #include <cwchar>
+#include <vector>
 
 namespace bench {
 
@@ -44,12 +45,12 @@ template <typename Visit> void ForEachResource(HCLUSTER cluster, Visit visit) {
     }
 }
 
-template <typename Visit> void CallForEach(const std::vector<std::wstring>& names, Visit visit) {
+template <typename Visit> void CallForEach(std::size_t resources, Visit visit) {
     HCLUSTER cluster = OpenCluster(nullptr);
     ForEachName(cluster, [](DWORD, const wchar_t*) {});
     alignas(8) unsigned char reply[ReplyBytes];
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        HRESOURCE resource = OpenClusterResource(cluster, names[i].c_str());
+    for (std::size_t i = 0; i < resources; ++i) {
+        HRESOURCE resource = OpenClusterResource(cluster, L"Disk");
         DWORD cb = 0;
         ClusterResourceControl(resource, nullptr, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, nullptr, 0, reply, sizeof(reply),
                                &cb);
@@ -65,8 +66,8 @@ template <typename... A> void Log(const wchar_t* format, A... arguments) {
 
 } // namespace
 
-void CallsOfEnumServers(const std::vector<std::wstring>& names) {
-    CallForEach(names, [](std::size_t i, HRESOURCE resource) {
+void CallsOfEnumServers(std::size_t resources) {
+    CallForEach(resources, [](std::size_t i, HRESOURCE resource) {
         if (i % StubTypes == StubTypes - 1) {
             wchar_t node[NodeCharacters];
             DWORD cchNode = NodeCharacters;
@@ -76,8 +77,8 @@ void CallsOfEnumServers(const std::vector<std::wstring>& names) {
     });
 }
 
-void CallsOfNamesByType(const std::vector<std::wstring>& names) {
-    CallForEach(names, [](std::size_t, HRESOURCE) {});
+void CallsOfNamesByType(std::size_t resources) {
+    CallForEach(resources, [](std::size_t, HRESOURCE) {});
 }
 
 std::size_t BestEnumServers() {

@@ -5,13 +5,12 @@
 #include <cstddef>
 #include <list>
 #include <string>
-#include <vector>
 
 namespace bench {
 
-// The calls of EnumServersOnCurrentNode and EnumResourceNamesByType, the names being known: nothing is kept or logged.
-void CallsOfEnumServers(const std::vector<std::wstring>& names);
-void CallsOfNamesByType(const std::vector<std::wstring>& names);
+// The calls of EnumServersOnCurrentNode and EnumResourceNamesByType: nothing is kept or logged.
+void CallsOfEnumServers(std::size_t resources);
+void CallsOfNamesByType(std::size_t resources);
 
 // The same calls, with the work that has to be done between them and the lines that the library logs.
 std::size_t BestEnumServers();

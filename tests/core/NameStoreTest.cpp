@@ -13,8 +13,9 @@ using clus::NameStore;
 typedef std::vector<std::wstring> Names;
 
 Names Kept(const NameStore& store) {
-    EXPECT_EQ(static_cast<std::size_t>(store.end() - store.begin()), store.size());
-    return Names(store.begin(), store.end());
+    const Names names(store.begin(), store.end());
+    EXPECT_EQ(names.size(), store.size());
+    return names;
 }
 
 TEST(NameStore, IsEmptyAtFirst) {
