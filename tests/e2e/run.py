@@ -72,6 +72,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   files [FOLDER]      lists the case's folder, or one in it
   temporary           lists the temporary folders of clusctl with what is in them
   left FOLDER SECONDS  there is an empty temporary folder that has not changed for so long
+  mark NAME BEGUN COMMAND  there is the mark of a run that was ended, in a file of this name, begun at this time ("2026-01-02 03:04:05 UTC",
+                      or with units of 100 ns behind it, "2026-01-02 03:04:05 UTC+7")
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -592,6 +594,13 @@ class Case:
             folder = interrupted.temporary_folder(self) / arguments[0]
             folder.mkdir(exist_ok=True)
             os.utime(folder, (time.time() - int(arguments[1]),) * 2)
+            return ""
+        if verb == "mark":
+            begun, _, moment = arguments[1].partition("+")
+            mark = {"command": arguments[2], "process": 7, "begun": begun, **({"begunAt": int(moment)} if moment else {})}
+            folder = self.runner.prefix / "drive_c/ProgramData/clusctl"
+            folder.mkdir(exist_ok=True)
+            (folder / f"{arguments[0]}.run").write_text(json.dumps(mark), encoding="utf-8")
             return ""
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout

@@ -8,6 +8,10 @@
 #include "common/Text.h"
 #include "common/UtcTime.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <tuple>
+
 namespace {
 
 const wchar_t Extension[] = L".run";
@@ -48,6 +52,25 @@ bool IsLeft(const std::wstring& path) {
     return true;
 }
 
+// The system's time in units of 100 ns: runs that begin in the same second have an order, too.
+std::uint64_t Now() {
+    FILETIME now = {};
+    GetSystemTimeAsFileTime(&now);
+    return static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
+}
+
+// A mark whose run is gone.
+struct Left {
+    std::string begun;     // "2026-11-22 16:45:03 UTC"
+    std::uint64_t begunAt; // 0 when the mark does not tell
+    std::wstring path;
+    std::string sentence;
+};
+
+bool BeganBefore(const Left& one, const Left& other) {
+    return std::tie(one.begun, one.begunAt, one.path) < std::tie(other.begun, other.begunAt, other.path);
+}
+
 std::string SentenceOf(const Json& mark) {
     const std::string command = mark.at("command").get<std::string>();
     const std::string process = std::to_string(mark.at("process").get<unsigned long>());
@@ -73,8 +96,10 @@ RunMarker::RunMarker(const std::string& command) : m_file(INVALID_HANDLE_VALUE) 
     m_path = folder + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(GetTickCount()) + Extension;
     m_file = CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (m_file != INVALID_HANDLE_VALUE) {
-        const std::string text = common::DumpJson(
-            {{"command", command}, {"process", GetCurrentProcessId()}, {"begun", common::ShownUtcNow()}});
+        const std::string text = common::DumpJson({{"command", command},
+                                                   {"process", GetCurrentProcessId()},
+                                                   {"begun", common::ShownUtcNow()},
+                                                   {"begunAt", Now()}});
         DWORD written = 0;
         WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     }
@@ -92,18 +117,25 @@ KilledRuns::KilledRuns() {
     if (folder.empty()) {
         return;
     }
+    std::vector<Left> left;
     for (const std::wstring& name : NamesIn(folder, std::wstring(L"*") + Extension)) {
         if (!IsLeft(folder + name)) {
             continue;
         }
         try {
-            m_sentences.push_back(SentenceOf(Json::parse(common::ReadWholeFile(folder + name))));
-            m_paths.push_back(folder + name);
+            const Json mark = Json::parse(common::ReadWholeFile(folder + name));
+            left.push_back({mark.at("begun").get<std::string>(), mark.value("begunAt", std::uint64_t(0)), folder + name,
+                            SentenceOf(mark)});
         } catch (const common::FileError&) {
             // another run is forgetting it
         } catch (const std::exception&) {
             DeleteFileW((folder + name).c_str()); // nothing can be told of it
         }
+    }
+    std::sort(left.begin(), left.end(), &BeganBefore);
+    for (const Left& run : left) {
+        m_sentences.push_back(run.sentence);
+        m_paths.push_back(run.path);
     }
 }
 

@@ -28,7 +28,7 @@ class KilledRuns {
 public:
     KilledRuns();
 
-    // One sentence for each: what it was doing, and what it left behind.
+    // One sentence for each, in the order in which they began: what it was doing, and what it left behind.
     const std::vector<std::string>& Sentences() const;
 
     // Not told again.
