@@ -8,6 +8,7 @@
   and friends need none.
 - Exit codes and error codes of clusctl: the table in docs/clusctl.md and the list in docs/schemas are what
   tools/clusctl/Failure.h says.
+- Every sub-command in docs/clusctl.md has --dry-run, or is one of those that change nothing.
 - CHANGELOG.md: the first release is the version of CMakeLists.txt, with its date, and nothing stands under "Unreleased": what is
   built is called by the version.
 - README.md holds examples/first-program.cpp as it is.
@@ -20,6 +21,15 @@ import sys
 sys.dont_write_bytecode = True
 import check_layers  # noqa: E402
 from sources import ROOT, project_files  # noqa: E402
+
+# The sub-commands that change neither cluster nor configuration. Any other one has to have --dry-run.
+ASKING = (
+    "servers", "query", "smtp-instances", "store-online", "host", "cluster", "nodes", "groups", "resources", "disk", "doctor",
+    "report", "snapshot", "status", "support-bundle", "model show", "model check", "model diff", "model from-recording", "tree",
+    "graph", "probe", "vcs systems", "vcs groups", "vcs resources", "vcs deps", "vcs attribute", "vcs online-node",
+    "vcs find-group", "vcs resource-of-service", "vcs type", "vcs servers", "vcs storage", "vcs encrypt", "vcs product list",
+    "vcs snapshot", "rehearse", "help", "completion", "manual", "record",
+)
 
 problems = []
 
@@ -39,6 +49,33 @@ def without_code_blocks(lines):
 
 def anchor_of(heading):
     return re.sub(r"[^\w\- ]", "", heading.strip().lower()).replace(" ", "-")
+
+
+def sub_commands(manual):
+    """Name, line and text of each section about a sub-command."""
+    heading = re.compile(r"(?m)^### `([^`]+)`$")
+    for found in heading.finditer(manual):
+        words = []
+        for word in found.group(1).split():
+            if not re.fullmatch(r"[a-z-]+", word) or word.startswith("-"):
+                break
+            words.append(word)
+        text = re.split(r"(?m)^##+ ", manual[found.end():])[0]
+        yield " ".join(words), manual.count("\n", 0, found.start()) + 1, text
+
+
+def dry_run_problems(manual, asking=ASKING):
+    """Lines and what is wrong with the sub-command there."""
+    left = set(asking)
+    for name, line, text in sub_commands(manual):
+        has = "\n- `--dry-run`" in text
+        if name in left and has:
+            yield line, f"'{name}' has --dry-run, and counts as one that changes nothing"
+        if name not in left and not has:
+            yield line, f"'{name}' has no --dry-run; one that changes nothing stands in ASKING of scripts/check_docs.py"
+        left.discard(name)
+    for name in sorted(left):
+        yield 1, f"there is no sub-command '{name}'"
 
 
 def anchors(path):
@@ -183,6 +220,9 @@ def main():
     for path in headers:
         check_header(path)
     check_exit_codes()
+    manual = ROOT / "docs/clusctl.md"
+    for line, text in dry_run_problems(manual.read_text(encoding="utf-8")):
+        problem(manual, line, text)
     check_version()
     check_first_program()
     problems.extend(check_layers.check_map())

@@ -211,6 +211,25 @@ class Duplicates(unittest.TestCase):
         self.assertEqual(check_duplicates.check({"x": five, "z": five}), [])
 
 
+class DryRuns(unittest.TestCase):
+    MANUAL = "# M\n\n### `servers`\n\nLists.\n\n### `vcs mode rw|ro`\n\nOpens.\n\n- `--dry-run`: On a copy.\n\n## More\n"
+
+    def problems(self, manual, asking=("servers",)):
+        return [text for _, text in check_docs.dry_run_problems(manual, asking)]
+
+    def test_what_asks_needs_none_and_what_changes_has_it(self):
+        self.assertEqual(self.problems(self.MANUAL), [])
+
+    def test_a_new_command_without_it_fails(self):
+        new = self.MANUAL.replace("## More", "### `vcs group delete GROUP`\n\n- `--rw`: Opens.\n\n## More\n\n- `--dry-run`: Told here.")
+        self.assertEqual(len(self.problems(new)), 1)
+        self.assertIn("'vcs group delete' has no --dry-run", self.problems(new)[0])
+
+    def test_the_list_of_those_that_ask_holds_no_others(self):
+        self.assertEqual(len(self.problems(self.MANUAL, ("servers", "vcs mode"))), 1)
+        self.assertEqual(self.problems(self.MANUAL, ("servers", "gone")), ["there is no sub-command 'gone'"])
+
+
 class Changelog(unittest.TestCase):
     RELEASE = "# Changelog\n\n## [1.2.0] - 2026-11-22\n\n### Added\n\n- A thing.\n"
 
