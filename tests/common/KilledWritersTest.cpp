@@ -1,7 +1,8 @@
-// Files that eight processes write while they are killed two hundred times: what models go by (whole files that replace
+// Files that eight processes write while they are killed: what models go by (whole files that replace
 // others, each writer with a suffix of its own), and logs and journals (appended lines).
 #include "ChildProgram.h"
 #include "FolderTest.h"
+#include "Kills.h"
 
 #include "common/Files.h"
 
@@ -14,7 +15,7 @@
 namespace {
 
 const int Writers = 8;
-const int Kills = 200;
+const int UsualKills = 60;
 
 // "TAG:TAG:...": some texts of one writer, each of them of one length.
 bool IsWhole(const std::string& text, std::size_t length) {
@@ -37,6 +38,7 @@ protected:
 };
 
 TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
+    const int kills = harness::KillCount(UsualKills);
     std::mt19937 random(1);
     std::array<std::unique_ptr<Child>, Writers> children;
     int started = 0;
@@ -48,7 +50,7 @@ TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
     }
     std::string last;
     int changes = 0;
-    for (int kill = 0; kill < Kills; ++kill) {
+    for (int kill = 0; kill < kills; ++kill) {
         auto& child = children[random() % Writers];
         EXPECT_TRUE(child->RunsFor(random() % 20)) << "it ended by itself";
         child->Stop();
@@ -61,7 +63,7 @@ TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
     for (auto& child : children) {
         child->Stop();
     }
-    EXPECT_GT(changes, Kills / 2) << "nobody wrote";
+    EXPECT_GT(changes, kills / 2) << "nobody wrote";
 
     std::ifstream lines(Path(L"lines").c_str(), std::ios::binary);
     int count = 0;
@@ -69,5 +71,5 @@ TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
         ASSERT_TRUE(IsWhole(line, AppendedLineLength)) << "line " << count << ": " << line.substr(0, 100);
         EXPECT_FALSE(lines.eof()) << "the last line has no end";
     }
-    EXPECT_GT(count, Kills) << "nobody appended";
+    EXPECT_GT(count, kills) << "nobody appended";
 }

@@ -1,6 +1,7 @@
 #include "ChildProgram.h"
 
 #include "Failure.h"
+#include "StrayOutput.h"
 #include "Text.h"
 #include "VcsFolder.h"
 
@@ -126,8 +127,8 @@ ChildProgram::ChildProgram(const std::wstring& program, const Words& words, cons
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    startup.hStdOutput = StrayOutput::Own(STD_OUTPUT_HANDLE);
+    startup.hStdError = StrayOutput::Own(STD_ERROR_HANDLE);
     // Closed at once: the next program is not to inherit them.
     common::Handle output;
     common::Handle errors;

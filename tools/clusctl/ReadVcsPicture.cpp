@@ -31,7 +31,7 @@ template <typename Ask> std::wstring Answer(const LogCapture& log, const std::st
     ask(CVeritasCluster());
     watch.Require(true, what);
     const std::vector<ToolRun> runs = watch.Runs();
-    return runs.empty() || watch.HasMessage(NoDependencies) ? std::wstring() : runs.back().output;
+    return runs.empty() || watch.HasMessage(NoDependencies) ? std::wstring() : runs.back().Output();
 }
 
 std::vector<VcsRow> ReadGroupStates(const LogCapture& log) {

@@ -219,7 +219,7 @@ std::wstring CopyLive(const LogCapture& log, Answering asked, const common::Temp
     if (asked == Answering::Vcs) {
         const VcsModel model = ReadVcsModel(log, VcsModelSource());
         WarnOfCopy(model.doubts);
-        for (const VcsModel::File& file : model.files) {
+        for (const NewFolderFile& file : model.files) {
             common::WriteWholeFile(folder.File(file.name), file.bytes);
         }
         return folder.Path();

@@ -12,6 +12,9 @@
 
 namespace {
 
+const char CutHint[] = "Its end is missing: the command that it was made of was ended by force.";
+const char CutWarning[] = "the end of the recording is missing: the command that it was made of was ended by force";
+
 struct Replay {
     explicit Replay(recording::Recording recording) : player(std::move(recording)) {
     }
@@ -24,7 +27,7 @@ std::unique_ptr<Replay> g_replay; // to the end of the process: its answers may 
 Failure NotRecordedFailure(const recording::Player& player) {
     return Failure(Errors::NotRecorded,
                    "the recording holds no answer to " + Shortened(Printable(player.Missing()), 300))
-        .Hint(player.IsCut() ? "Its end is missing: the command that it was made of was ended by force."
+        .Hint(player.IsCut() ? CutHint
                              : "It answers only what was asked when it was made: " +
                                    Printable(common::DumpJsonLine(player.Head().command)));
 }
@@ -105,6 +108,9 @@ Report WorkReplayed(const std::function<Report()>& work) {
     }
     if (!player.Missing().empty()) {
         throw FailureWithReport(NotRecordedFailure(player), report);
+    }
+    if (player.IsCut()) {
+        report.AddWarning(CutWarning);
     }
     return report;
 }

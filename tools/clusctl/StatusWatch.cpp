@@ -6,6 +6,7 @@
 #include "Simulation.h"
 #include "Status.h"
 #include "StatusText.h"
+#include "StrayOutput.h"
 #include "Stream.h"
 #include "Text.h"
 
@@ -54,7 +55,7 @@ public:
     }
 
     void Show(const Status& status, const std::string& problem) override {
-        const HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
+        const HANDLE console = StrayOutput::Own(STD_OUTPUT_HANDLE);
         CONSOLE_SCREEN_BUFFER_INFO screen = {};
         GetConsoleScreenBufferInfo(console, &screen);
         const auto width = static_cast<size_t>(std::max(1, screen.srWindow.Right - screen.srWindow.Left + 1));

@@ -1,5 +1,6 @@
 #include "Stream.h"
 
+#include "StrayOutput.h"
 #include "Text.h"
 
 #include "picture/TerminalPage.h"
@@ -31,7 +32,7 @@ WORD AttributesOf(const std::string& style, WORD plain) {
 
 } // namespace
 
-Stream::Stream(DWORD standardHandle) : m_handle(GetStdHandle(standardHandle)), m_isConsole(false) {
+Stream::Stream(DWORD standardHandle) : m_handle(StrayOutput::Own(standardHandle)), m_isConsole(false) {
     DWORD mode = 0;
     m_isConsole = GetConsoleMode(m_handle, &mode) != FALSE;
 }

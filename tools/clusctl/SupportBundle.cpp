@@ -147,7 +147,7 @@ private:
 
     void AddVcsModel() {
         const VcsModel model = ReadVcsModel(m_log, VcsModelSource());
-        for (const VcsModel::File& file : model.files) {
+        for (const NewFolderFile& file : model.files) {
             const std::string name = common::ToUtf8(file.name);
             m_parts.AddText(name, "the cluster as a model of the VCS simulator", file.bytes);
             if (name == BundleFiles::MainCf) {

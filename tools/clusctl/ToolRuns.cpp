@@ -1,12 +1,16 @@
 #include "ToolRuns.h"
 
+#include "Failure.h"
 #include "Interruption.h"
 #include "Text.h"
 #include "VcsFolder.h"
 
+#include <algorithm>
+
 namespace {
 
 const char CommandMark[] = "Command line: ";
+const size_t LongestFirstLine = 1000;
 const char SecretCommand[] = "Command line is ***";
 
 ToolRuns* g_receiver = nullptr;
@@ -25,16 +29,22 @@ std::string Tidy(const std::string& text) {
     return result;
 }
 
-// The first line of an output that holds more than blanks.
+// The first line of an output that holds more than blanks, or its beginning.
 std::string FirstLine(const std::wstring& text) {
     size_t begin = text.find_first_not_of(L" \t\r\n");
     if (begin == std::wstring::npos) {
         return std::string();
     }
-    return Tidy(Printable(text.substr(begin, text.find(L'\n', begin) - begin)));
+    const size_t end = std::min(text.find(L'\n', begin), begin + LongestFirstLine);
+    return Tidy(Printable(text.substr(begin, end - begin)));
 }
 
 } // namespace
+
+const std::wstring& ToolRun::Output() const {
+    static const std::wstring none;
+    return output == nullptr ? none : *output;
+}
 
 bool ToolRun::IsQuestion() const {
     const auto has = [this](const char* word) { return command.find(word) != std::string::npos; };
@@ -67,7 +77,12 @@ void ToolRuns::TakeAndCheck(const CVeritasToolRun& told, unsigned long roomError
         Interruption::AwaitPending(); // it becomes known in a moment
     }
     Take(told, roomError);
-    Interruption::Check(); // the library closes what the run has open, and goes no further
+    // The library closes what the run has open, and goes no further.
+    Interruption::Check();
+    if (told.cchOutput > LongestToolOutput) {
+        throw Failure("the VCS tool " + Quoted(Tidy(Printable(told.commandLine))) + " printed more than the " +
+                      std::to_string(LongestToolOutput >> 20) + " MB that are taken of an answer");
+    }
 }
 
 void ToolRuns::Take(const CVeritasToolRun& told, unsigned long roomError) {
@@ -82,10 +97,11 @@ void ToolRuns::Take(const CVeritasToolRun& told, unsigned long roomError) {
         run.isExitCodeKnown = told.exitCodeKnown;
         run.exitCode = told.exitCode;
         run.isInterrupted = Interruption::IsPending() && !m_wasInterrupted;
-        run.isRead = told.output != nullptr;
+        run.isTooLong = told.cchOutput > LongestToolOutput;
+        run.isRead = told.output != nullptr && !run.isTooLong;
         if (run.isRead) {
-            run.output.assign(told.output, told.cchOutput);
-            run.firstLine = FirstLine(run.output);
+            run.output = std::make_shared<const std::wstring>(told.output, told.cchOutput);
+            run.firstLine = FirstLine(*run.output);
         }
         m_runs.push_back(run);
         m_last = run.command;

@@ -4,9 +4,14 @@
 
 #include <clus_VeritasCluster.h>
 
+#include <cstddef>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
+
+// Of a longer output clusctl takes nothing: what it makes of one takes a multiple of its size.
+const size_t LongestToolOutput = 64 * 1024 * 1024; // characters
 
 // Secrets are masked in all of it.
 struct ToolRun {
@@ -18,16 +23,20 @@ struct ToolRun {
     bool isExitCodeKnown = false;
     unsigned long exitCode = 0;
     bool isRead = false;
-    std::string firstLine;      // of its output, standard error included; empty when there is none
-    std::wstring output;        // all of it, one character per byte
-    bool isInterrupted = false; // the user did it meanwhile: Ctrl+C goes to the tool as well
+    bool isTooLong = false;                     // it is longer than LongestToolOutput, and not taken
+    std::string firstLine;                      // of its output, standard error included; empty when there is none
+    std::shared_ptr<const std::wstring> output; // all of it, one character per byte; null when there is none
+    bool isInterrupted = false;                 // the user did it meanwhile: Ctrl+C goes to the tool as well
+
+    // Empty when there is none.
+    const std::wstring& Output() const;
 
     // Whether it only asked.
     bool IsQuestion() const;
 };
 
-// Receives the runs of this process while it lives, and throws Interrupted out of the library after one of them when
-// the user has interrupted the command. There is one at a time.
+// Receives the runs of this process while it lives. Throws out of the library after one of them: Interrupted when the
+// user has interrupted the command, Failure when the output is too long. There is one at a time.
 class ToolRuns {
 public:
     ToolRuns();
@@ -35,11 +44,12 @@ public:
     ToolRuns(const ToolRuns&) = delete;
     ToolRuns& operator=(const ToolRuns&) = delete;
 
-    // Takes a run of this program's own like those of the library. `roomError` is what ProbeCurrentFolder said while
-    // the captured output was there. Throws Interrupted in the same way.
+    // Takes a run of this program's own like those of the library; an output that is too long may be null. `roomError`
+    // is what ProbeCurrentFolder said while the captured output was there. Throws in the same way.
     static void Tell(const CVeritasToolRun& run, unsigned long roomError);
 
     size_t Count() const;
+    // They share their outputs with those that are kept.
     std::vector<ToolRun> Since(size_t first) const;
 
     // One line of the log, secrets masked: tells which tool runs, for a progress line.

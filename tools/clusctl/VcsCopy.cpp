@@ -2,6 +2,7 @@
 
 #include "MainCfText.h"
 #include "ModelInUse.h"
+#include "NewFile.h"
 #include "RehearsedRun.h"
 #include "RehearsedVcs.h"
 #include "Text.h"
@@ -308,5 +309,5 @@ void VcsCopy::Save(const std::wstring& folder) const {
         }
         model.files.push_back({isOwn ? ModelName + name.substr(own.size()) : name, bytes});
     }
-    WriteVcsModel(model, folder);
+    WriteNewFolder(folder, model.files);
 }

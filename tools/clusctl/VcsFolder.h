@@ -3,13 +3,15 @@
 #define CLUSCTL_VCSFOLDER_H
 
 #include "PrivateFolder.h"
+#include "StrayOutput.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
 // While it lives it is the current folder, and files that the environment names for the VCS simulator are named
-// absolutely. So no tool is found where the caller happens to be, and nobody else can put anything in its way.
+// absolutely. So no tool is found where the caller happens to be, and nobody else can put anything in its way. What a
+// tool prints whose output cannot be captured goes nowhere.
 class VcsFolder {
 public:
     // Throws Failure when it cannot be made or written.
@@ -36,6 +38,7 @@ private:
     std::wstring m_former;
     std::unique_ptr<PrivateFolder> m_folder;
     std::vector<Variable> m_variables;
+    StrayOutput m_stray;
 };
 
 // Whether some more can be written to the current folder, as a Win32 code: after a tool's run, whether its output may

@@ -1,7 +1,6 @@
 #include "VcsModel.h"
 
 #include "MainCfText.h"
-#include "NewFile.h"
 #include "Text.h"
 #include "VcsToolFiles.h"
 #include "VcsToolProcess.h"
@@ -9,7 +8,6 @@
 
 #include "common/Environment.h"
 #include "common/Files.h"
-#include "common/TemporaryFolder.h"
 #include "common/Text.h"
 
 #include <CfDocument.h>
@@ -229,26 +227,4 @@ private:
 
 VcsModel ReadVcsModel(const LogCapture& log, const VcsModelSource& source) {
     return Reader(log, source).Read();
-}
-
-void WriteVcsModel(const VcsModel& model, const std::wstring& folder) {
-    const std::string what = "cannot make the folder " + QuotedPath(folder);
-    if (common::FileExists(folder)) {
-        throw Failure(Errors::AlreadyExists, what + ": there is one already");
-    }
-    const std::wstring fresh = FreshNameBeside(folder);
-    if (!CreateDirectoryW(fresh.c_str(), nullptr)) {
-        throw Failure::OfCode(what, GetLastError());
-    }
-    try {
-        for (const VcsModel::File& file : model.files) {
-            common::WriteWholeFile(fresh + L"\\" + file.name, file.bytes);
-        }
-        if (!MoveFileW(fresh.c_str(), folder.c_str())) {
-            throw common::FileError(folder, "made", GetLastError());
-        }
-    } catch (const common::FileError& error) {
-        common::RemoveFolder(fresh);
-        throw Failure::OfCode(what, error.Code());
-    }
 }

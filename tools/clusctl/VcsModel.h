@@ -3,6 +3,7 @@
 #define CLUSCTL_VCSMODEL_H
 
 #include "LogCapture.h"
+#include "NewFile.h"
 
 #include <cstddef>
 #include <string>
@@ -16,12 +17,7 @@ struct VcsModelSource {
 };
 
 struct VcsModel {
-    struct File {
-        std::wstring name; // "main.cf"
-        std::string bytes;
-    };
-
-    std::vector<File> files;
+    std::vector<NewFolderFile> files;
     std::wstring copied; // the main.cf that was copied; empty when it was made of what the tools show
     std::size_t systems = 0;
     std::size_t groups = 0;
@@ -36,9 +32,5 @@ struct VcsModel {
 // otherwise. Throws Failure when the tools do not tell, or a folder was named and its main.cf is not that of the
 // cluster.
 VcsModel ReadVcsModel(const LogCapture& log, const VcsModelSource& source);
-
-// Makes the folder, which appears complete or not at all. Throws Failure; when there is a file or folder of that name
-// already, AlreadyExists.
-void WriteVcsModel(const VcsModel& model, const std::wstring& folder);
 
 #endif

@@ -259,7 +259,7 @@ Json WhatThereIs(const LogCapture& log, const ProductCreateOptions& options, con
             VcsNames children;
             const bool isThere = Contains(ListVcsResources(log, plan.info.sGroupName), member.name);
             if (isThere) {
-                CVeritasCluster().EnumResDependencies(member.name.c_str(), parents, children);
+                ReadDependencies(log, member.name, parents, children, NotComplete(options));
             }
             const bool isLinked = std::all_of(member.children.begin(), member.children.end(),
                                               [&](const std::wstring& child) { return Contains(children, child); });

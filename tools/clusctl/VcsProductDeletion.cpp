@@ -47,11 +47,10 @@ Members FindMembers(const LogCapture& log, const std::wstring& group) {
             members.push_back({name, std::wstring(), {}, {}});
         }
     }
-    const ToolWatch watch(log);
     for (Member& member : members) {
-        CVeritasCluster().EnumResDependencies(member.name.c_str(), member.parents, member.children);
+        ReadDependencies(log, member.name, member.parents, member.children,
+                         "cannot list the dependencies of the product's resources");
     }
-    watch.Require(true, "cannot list the dependencies of the product's resources");
     return members;
 }
 

@@ -220,7 +220,7 @@ Report Delete(const LogCapture& log, const DeleteOptions& options) {
     const ToolWatch watch(log);
     VcsNames parents;
     VcsNames children;
-    watch.Require(CVeritasCluster().EnumResDependencies(options.name.c_str(), parents, children), what);
+    ReadDependencies(log, options.name, parents, children, what);
     if (!parents.empty() && !options.isForced) {
         throw Failure(Errors::NotPossible, what + ": " + ListText(parents) + " depends on it")
             .Hint("--force deletes it all the same, with the dependencies.");

@@ -2,11 +2,14 @@
 
 #include "Suggestion.h"
 #include "Text.h"
+#include "VcsTable.h"
 #include "VcsTools.h"
 
 #include "core/VeritasNames.h"
 
 #include "common/Text.h"
+
+#include <algorithm>
 
 using namespace clus::veritas;
 
@@ -49,6 +52,17 @@ VcsNames TopMountResources(const LogCapture& log, const std::wstring& group) {
     return names;
 }
 
+void ReadDependencies(const LogCapture& log, const std::wstring& resource, VcsNames& parents, VcsNames& children,
+                      const std::string& what) {
+    const ToolWatch watch(log);
+    const bool isRead = CVeritasCluster().EnumResDependencies(resource.c_str(), parents, children);
+    watch.Require(isRead, what);
+    const std::vector<ToolRun> runs = watch.Runs();
+    if (runs.empty() || runs.back().firstLine.empty()) {
+        throw Failure(what + ": VCS shows neither dependencies of " + Quoted(resource) + " nor that there are none");
+    }
+}
+
 void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what) {
     VcsNames parents;
     VcsNames children;
@@ -72,9 +86,34 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
 
 namespace {
 
+// A list that is empty is asked for once more: that of a tool that was lost is no empty one.
+VcsNames ListedTwice(const LogCapture& log, const NameValuePairList& filter) {
+    const VcsNames names = ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", filter);
+    return names.empty() ? ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", filter) : names;
+}
+
 VcsNames ListAllReplications(const LogCapture& log, const std::wstring& group) {
-    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
-                        {{GroupAttribute, group}, {TypeAttribute, RegRepType}});
+    return ListedTwice(log, {{GroupAttribute, group}, {TypeAttribute, RegRepType}});
+}
+
+// Null when VCS shows that it has none. Throws Failure when VCS shows nothing of them: an answer that was lost is not
+// the one that there are none.
+Json ReadKeys(const LogCapture& log, const std::wstring& replication) {
+    const std::string what = "cannot read the keys of " + Quoted(replication);
+    const ToolWatch watch(log);
+    const Json keys = ReadVcsAttribute(replication, KeysAttribute);
+    watch.Require(true, what);
+    if (keys.is_string() && !keys.get<std::string>().empty()) {
+        return keys;
+    }
+    const std::vector<ToolRun> runs = watch.Runs();
+    const std::vector<VcsRow> rows = runs.empty() ? std::vector<VcsRow>() : ReadVcsTable(runs.back().Output());
+    if (std::none_of(rows.begin(), rows.end(), [&replication](const VcsRow& row) {
+            return row.object == replication && row.attribute == KeysAttribute;
+        })) {
+        throw Failure(what + ": VCS shows nothing of them");
+    }
+    return Json();
 }
 
 } // namespace
@@ -82,10 +121,7 @@ VcsNames ListAllReplications(const LogCapture& log, const std::wstring& group) {
 VcsNames ListHalfMadeReplications(const LogCapture& log, const std::wstring& group) {
     VcsNames found;
     for (const std::wstring& name : ListAllReplications(log, group)) {
-        const ToolWatch watch(log);
-        const Json keys = ReadVcsAttribute(name, KeysAttribute);
-        watch.Require(true, "cannot read the keys of " + Quoted(name));
-        if (keys.is_null() || keys.get<std::string>().empty()) {
+        if (ReadKeys(log, name).is_null()) {
             found.push_back(name);
         }
     }
@@ -97,10 +133,10 @@ VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& gro
     if (first.empty()) {
         return VcsNames();
     }
-    const Json key = ReadVcsAttribute(first, KeysAttribute);
+    const Json keys = ReadKeys(log, first);
     VcsNames found;
     for (const std::wstring& name : ListAllReplications(log, group)) {
-        if (name == first || ReadVcsAttribute(name, KeysAttribute) == key) {
+        if (name == first || (!keys.is_null() && ReadKeys(log, name) == keys)) {
             found.push_back(name);
         }
     }
@@ -135,11 +171,11 @@ void RequireVcsAnswer(const LogCapture& log, const std::string& what) {
 }
 
 VcsNames ListVcsResources(const LogCapture& log) {
-    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources");
+    return ListedTwice(log, {});
 }
 
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group) {
-    return ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources", {{GroupAttribute, group}});
+    return ListedTwice(log, {{GroupAttribute, group}});
 }
 
 VcsNames ListResourcesOfService(const LogCapture& log, const std::wstring& group, const std::wstring& service) {

@@ -20,6 +20,11 @@ CVeritasVirtualServerInfo FindVcsServerByName(const LogCapture& log, const std::
 // The MountV resources that the product's RegRep resource may depend on.
 VcsNames TopMountResources(const LogCapture& log, const std::wstring& group);
 
+// What depends on a resource, and on what it depends. Throws Failure, too, when the answer was lost: a resource without
+// dependencies is told as such.
+void ReadDependencies(const LogCapture& log, const std::wstring& resource, VcsNames& parents, VcsNames& children,
+                      const std::string& what);
+
 // Throws Failure unless VCS shows the dependency, whatever a tool said.
 void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what);
 
@@ -33,7 +38,8 @@ RegistryReplication FindRegistryReplication(const LogCapture& log, const std::ws
 // All RegRep resources of the group that replicate it, that one first or not.
 VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& group);
 
-// Its RegRep resources that replicate no key at all: a creation that was interrupted leaves one.
+// Its RegRep resources of which VCS shows that they replicate no key at all: a creation that was interrupted leaves
+// one.
 VcsNames ListHalfMadeReplications(const LogCapture& log, const std::wstring& group);
 
 // A member of CVeritasCluster that lists names.
@@ -46,7 +52,7 @@ VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind
 // A cluster that answers has a system. Throws Failure when VCS lists none, for then another empty list tells nothing.
 void RequireVcsAnswer(const LogCapture& log, const std::string& what);
 
-// All resources of the cluster, or of a group.
+// All resources of the cluster, or of a group. An empty list is asked for twice.
 VcsNames ListVcsResources(const LogCapture& log);
 VcsNames ListVcsResources(const LogCapture& log, const std::wstring& group);
 

@@ -1,5 +1,6 @@
 // "vcs snapshot": the live cluster as a model of the VCS simulator.
 #include "CommandLine.h"
+#include "NewFile.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsModel.h"
@@ -37,7 +38,7 @@ void AddPath(CLI::App& command, const char* name, std::wstring& path, const char
 
 Report Snapshot(const LogCapture& log, const Options& options) {
     const VcsModel model = ReadVcsModel(log, options.source);
-    WriteVcsModel(model, options.folder);
+    WriteNewFolder(options.folder, model.files);
     const std::string origin = model.copied.empty() ? "The configuration was made of what the tools show."
                                                     : "The configuration is a copy of " + Printable(model.copied) + ".";
     Report report;

@@ -86,7 +86,7 @@ GroupState LastGroupState(const LogCapture& log, const std::wstring& group) {
     const std::string command = "hagrp -state " + common::ToUtf8(group);
     const auto last =
         std::find_if(runs.rbegin(), runs.rend(), [&command](const ToolRun& run) { return run.command == command; });
-    const SystemStates states = last == runs.rend() ? SystemStates() : StatesIn(last->output, group);
+    const SystemStates states = last == runs.rend() ? SystemStates() : StatesIn(last->Output(), group);
     if (states.empty()) {
         throw Failure(CannotRead(group) + ": VCS shows none");
     }
@@ -99,7 +99,7 @@ SystemStates ReadResourceStates(const LogCapture& log, const std::wstring& resou
     const std::string what = "cannot read the state of " + Quoted(resource);
     watch.Require(true, what);
     const std::vector<ToolRun> runs = watch.Runs();
-    SystemStates states = runs.empty() ? SystemStates() : StatesIn(runs.back().output, resource);
+    SystemStates states = runs.empty() ? SystemStates() : StatesIn(runs.back().Output(), resource);
     if (states.empty()) {
         throw Failure(what + ": VCS shows none");
     }

@@ -4,6 +4,7 @@
 #include "Text.h"
 
 #include "common/Environment.h"
+#include "common/Text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -12,6 +13,7 @@
 #include <sddl.h>
 
 #include <iterator>
+#include <set>
 
 namespace {
 
@@ -34,18 +36,20 @@ bool IsAbsolute(const std::wstring& path) {
     return path.rfind(L"\\\\", 0) == 0 || (path.size() > 2 && path[1] == L':' && (path[2] == L'\\' || path[2] == L'/'));
 }
 
-// The folders in which the system looks for a program, but for the current one.
-std::wstring SearchedFolders() {
+// The folders in which the system looks for a program, but for the current one; in its order.
+std::vector<std::wstring> SearchedFolders() {
     std::wstring program(LongestPath, L'\0');
     program.resize(GetModuleFileNameW(nullptr, &program[0], static_cast<DWORD>(program.size())));
     const std::wstring windows = SystemFolder(&GetWindowsDirectoryW);
-    std::wstring folders = program.substr(0, program.rfind(L'\\')) + L";" + SystemFolder(&GetSystemDirectoryW) + L";" +
-                           windows + L"\\System;" + windows;
+    std::vector<std::wstring> folders = {program.substr(0, program.rfind(L'\\')), SystemFolder(&GetSystemDirectoryW),
+                                         windows + L"\\System", windows};
     const std::wstring path = common::EnvironmentVariable(L"PATH");
     for (size_t begin = 0; begin < path.size();) {
         const size_t end = path.find(L';', begin);
         const std::wstring folder = path.substr(begin, end == std::wstring::npos ? end : end - begin);
-        folders += IsAbsolute(folder) ? L";" + folder : L"";
+        if (IsAbsolute(folder)) {
+            folders.push_back(folder);
+        }
         begin = end == std::wstring::npos ? path.size() : end + 1;
     }
     return folders;
@@ -152,21 +156,64 @@ std::string WhoMayChange(const std::wstring& path, ACCESS_MASK change) {
     return std::string();
 }
 
-void RequireTrusted(const VcsToolFile& tool, const std::wstring& path, ACCESS_MASK change) {
-    const std::string who = WhoMayChange(path, change);
-    if (!who.empty()) {
-        throw Failure(Errors::UnsafeTool,
-                      "the VCS tool " + Quoted(tool.tool) + " is not run: " + who + " may change " + QuotedPath(path))
-            .Hint("Leave that right to administrators, or give --allow-writable-tools.");
-    }
+std::wstring FolderOf(const std::wstring& path) {
+    const std::wstring folder = path.substr(0, path.rfind(L'\\'));
+    return folder.back() == L':' ? folder + L"\\" : folder;
 }
+
+bool IsSameFolder(const std::wstring& one, const std::wstring& other) {
+    const auto bare = [](const std::wstring& path) { return path.substr(0, path.find_last_not_of(L"\\/") + 1); };
+    return common::Folded(bare(one)) == common::Folded(bare(other));
+}
+
+bool IsFolder(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Judges of each file and folder once: the tools are mostly found in the same places.
+class TrustCheck {
+public:
+    void RequireTrusted(const VcsToolFile& tool) {
+        for (const std::wstring& folder : m_searched) {
+            if (IsSameFolder(folder, FolderOf(tool.path))) {
+                break;
+            }
+            if (IsFolder(folder)) {
+                Require(tool, folder, FolderChange, ", which is searched before its folder");
+            }
+        }
+        Require(tool, FolderOf(tool.path), FolderChange, "");
+        Require(tool, tool.path, FileChange, "");
+    }
+
+private:
+    void Require(const VcsToolFile& tool, const std::wstring& path, ACCESS_MASK change, const std::string& why) {
+        if (!m_trusted.insert(path).second) {
+            return;
+        }
+        const std::string who = WhoMayChange(path, change);
+        if (!who.empty()) {
+            throw Failure(Errors::UnsafeTool, "the VCS tool " + Quoted(tool.tool) + " is not run: " + who +
+                                                  " may change " + QuotedPath(path) + why)
+                .Hint("Leave that right to administrators, or give --allow-writable-tools.");
+        }
+    }
+
+    const std::vector<std::wstring> m_searched = SearchedFolders();
+    std::set<std::wstring> m_trusted;
+};
 
 } // namespace
 
 std::wstring FindVcsTool(const std::wstring& tool) {
+    std::wstring folders;
+    for (const std::wstring& folder : SearchedFolders()) {
+        folders += (folders.empty() ? L"" : L";") + folder;
+    }
     std::wstring path(LongestPath, L'\0');
-    path.resize(SearchPathW(SearchedFolders().c_str(), tool.c_str(), L".exe", static_cast<DWORD>(path.size()), &path[0],
-                            nullptr));
+    path.resize(
+        SearchPathW(folders.c_str(), tool.c_str(), L".exe", static_cast<DWORD>(path.size()), &path[0], nullptr));
     return path;
 }
 
@@ -179,11 +226,10 @@ std::vector<VcsToolFile> FindVcsTools() {
 }
 
 void RequireTrustedTools(const std::vector<VcsToolFile>& tools) {
+    TrustCheck check;
     for (const VcsToolFile& tool : tools) {
         if (!tool.path.empty()) {
-            const std::wstring folder = tool.path.substr(0, tool.path.rfind(L'\\'));
-            RequireTrusted(tool, folder.back() == L':' ? folder + L"\\" : folder, FolderChange);
-            RequireTrusted(tool, tool.path, FileChange);
+            check.RequireTrusted(tool);
         }
     }
 }

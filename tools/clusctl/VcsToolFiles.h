@@ -18,8 +18,9 @@ std::wstring FindVcsTool(const std::wstring& tool);
 // All that a command may run: those of the library, and haclus, which clusctl alone asks.
 std::vector<VcsToolFile> FindVcsTools();
 
-// Throws Failure when a tool, or a file beside it, can be changed by anybody but this account, administrators and the
-// system itself: who can do that runs what he likes with the rights of this account.
+// Throws Failure when a tool, a file beside it, or a folder that is searched before its own can be changed by anybody
+// but this account, administrators and the system itself: who can do that runs what he likes with the rights of this
+// account. Folders that do not exist are passed over.
 void RequireTrustedTools(const std::vector<VcsToolFile>& tools);
 
 // The SID of the account that this runs under, as text; empty when it cannot be told.

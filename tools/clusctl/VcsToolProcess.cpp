@@ -15,6 +15,7 @@
 #include <Interception.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace {
 
@@ -32,6 +33,15 @@ public:
 
     HANDLE get() const {
         return m_file.get();
+    }
+
+    // In bytes.
+    std::uint64_t Size() const {
+        LARGE_INTEGER size;
+        if (!GetFileSizeEx(m_file.get(), &size)) {
+            throw common::FileError(m_name, "read", GetLastError());
+        }
+        return static_cast<std::uint64_t>(size.QuadPart);
     }
 
     std::string Read() const {
@@ -100,7 +110,11 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
         try {
             const Capture output(L"output.tmp");
             const Capture errors(L"errors.tmp");
-            if (Start(path, commandLine, output, errors, run)) {
+            const bool isStarted = Start(path, commandLine, output, errors, run);
+            const std::uint64_t size = isStarted ? output.Size() + errors.Size() : 0;
+            if (size > LongestToolOutput) {
+                run.cchOutput = static_cast<std::size_t>(size);
+            } else if (isStarted) {
                 result.raw = output.Read();
                 result.output = WithoutReturns(result.raw);
                 result.errors = WithoutReturns(errors.Read());

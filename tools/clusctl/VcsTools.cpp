@@ -69,6 +69,12 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
             isThere ? "the tool cannot be started: " + ErrorText(run.startError) : "the tool is not on the search path";
         return true;
     }
+    if (run.isTooLong) {
+        problem.kind = ToolProblem::Kind::Lost;
+        problem.message = "what the tool said is more than the " + std::to_string(LongestToolOutput >> 20) +
+                          " MB that are taken of an answer";
+        return true;
+    }
     if (run.captureError != 0 || !run.isRead) {
         problem.kind = ToolProblem::Kind::Lost;
         problem.message = "the tool ran, but what it said is lost" +

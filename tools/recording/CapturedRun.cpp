@@ -12,7 +12,8 @@ namespace recording {
 namespace {
 
 const DWORD PipeSize = 65536;
-const DWORD Patience = 200; // milliseconds: for what others hold open behind the end of the tool
+const std::uint64_t MostKept = 64 * 1024 * 1024; // bytes of a run
+const DWORD Patience = 200;                      // milliseconds: for what others hold open behind the end of the tool
 
 // The reading end of a pipe whose other end a tool prints to.
 class Stream {
@@ -125,6 +126,11 @@ public:
         DWORD written = 0;
         WriteFile(stream.IsError() ? m_errors : m_output, bytes.data(), static_cast<DWORD>(bytes.size()), &written,
                   nullptr); // as the tool would have
+        m_size += bytes.size();
+        if (m_size > MostKept) {
+            m_tool.isTooLong = true;
+            return;
+        }
         const std::string text = Utf8OfBytes(bytes);
         if (!m_tool.output.empty() && m_tool.output.back().isError == stream.IsError()) {
             m_tool.output.back().text += text;
@@ -136,6 +142,7 @@ public:
 private:
     HANDLE m_output;
     HANDLE m_errors;
+    std::uint64_t m_size = 0;
     RecordedTool& m_tool;
 };
 

@@ -138,10 +138,10 @@ void Recorder::WriteCall(RecordedCall& call, const Begin& begin) {
     Write(LineOf(call));
 }
 
-// Without memory for it, the call is made all the same.
-void Recorder::Lose() {
+// Without room for it, the call is made all the same.
+void Recorder::Lose(DWORD code) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_writeError = m_writeError == ERROR_SUCCESS ? ERROR_NOT_ENOUGH_MEMORY : m_writeError;
+    m_writeError = m_writeError == ERROR_SUCCESS ? code : m_writeError;
 }
 
 Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invoke) {
@@ -159,7 +159,7 @@ Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invok
         recorded.in = Inputs(
             call, slots, [this](Slot handle) { return NumberOf(handle); }, m_rename);
     } catch (const std::exception&) {
-        Lose();
+        Lose(ERROR_NOT_ENOUGH_MEMORY);
     }
     begin.ticks = Ticks();
     SetLastError(lastErrorBefore);
@@ -179,7 +179,7 @@ Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invok
         }
         WriteCall(recorded, begin);
     } catch (const std::exception&) {
-        Lose();
+        Lose(ERROR_NOT_ENOUGH_MEMORY);
     }
     SetLastError(lastError);
     return result;
@@ -219,9 +219,12 @@ BOOL Recorder::StartProcess(const wchar_t* program, wchar_t* commandLine, DWORD 
     const DWORD lastError = hasStarted ? GetLastError() : tool.startError;
     tool.took = MillisecondsSince(start);
     try {
+        if (tool.isTooLong) {
+            Lose(ERROR_FILE_TOO_LARGE);
+        }
         WriteTool(command, tool, begin);
     } catch (const std::exception&) {
-        Lose();
+        Lose(ERROR_NOT_ENOUGH_MEMORY);
     }
     SetLastError(lastError);
     return hasStarted;

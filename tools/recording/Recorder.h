@@ -47,7 +47,7 @@ private:
     std::uint64_t NumberOf(Slot handle);
     std::uint64_t NumberOpened(Slot handle);
     void Write(const std::string& line);
-    void Lose();
+    void Lose(DWORD code);
     void WriteCall(RecordedCall& call, const Begin& begin);
     void WriteTool(const std::wstring& commandLine, RecordedTool& tool, const Begin& begin);
 

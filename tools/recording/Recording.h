@@ -55,6 +55,7 @@ struct RecordedTool {
     std::uint32_t exitCode = 0;
     std::vector<Printed> output; // in the order in which it came, whole lines
     bool isRefused = false;
+    bool isTooLong = false; // it printed more than is kept; not written
     unsigned thread = 0;
     double time = 0;
     double took = 0;
