@@ -64,11 +64,13 @@ const char* UsageOf(const std::string& tool) {
     }
     if (tool == "hasys") {
         return "hasys -list [CONDITION...] | -state [SYSTEM] | -display [SYSTEM...] [-attribute ATTRIBUTE...] "
-               "| -freeze [-persistent] [-evacuate] SYSTEM | -unfreeze [-persistent] SYSTEM";
+               "| -value SYSTEM ATTRIBUTE | -freeze [-persistent] [-evacuate] SYSTEM | -unfreeze [-persistent] SYSTEM";
     }
     if (tool == "hagrp") {
         return "hagrp -list [CONDITION...] | -state [GROUP] [-sys SYSTEM] | -display [GROUP...] [-attribute "
-               "ATTRIBUTE...] | -value GROUP ATTRIBUTE [SYSTEM] | -dep [GROUP] | -modify GROUP SystemList [-add | "
+               "ATTRIBUTE...] | -value GROUP ATTRIBUTE [SYSTEM] | -dep [GROUP] | -add GROUP | -link PARENT CHILD "
+               "online|offline local|global|remote [soft|firm|hard] | -unlink PARENT CHILD | -modify GROUP SystemList "
+               "[-add | "
                "-update | -delete] VALUE... | -modify GROUP SystemList -delete -keys | -online GROUP -sys SYSTEM | "
                "-offline GROUP -sys SYSTEM | -switch GROUP "
                "-to SYSTEM | -switch GROUP -any | -clear GROUP [-sys SYSTEM] | -freeze GROUP [-persistent] | -unfreeze "
@@ -79,7 +81,7 @@ const char* UsageOf(const std::string& tool) {
                "ATTRIBUTE [SYSTEM] | -dep [RESOURCE...] | -state [RESOURCE] [-sys SYSTEM] | -add RESOURCE TYPE GROUP "
                "| -modify RESOURCE ATTRIBUTE [-add | -update | -delete] VALUE... [-sys SYSTEM] | -modify RESOURCE "
                "ATTRIBUTE -delete -keys [-sys SYSTEM] | -local RESOURCE ATTRIBUTE | -global RESOURCE ATTRIBUTE "
-               "VALUE... | -link PARENT CHILD | -unlink PARENT CHILD | -delete RESOURCE "
+               "VALUE... | -override RESOURCE ATTRIBUTE | -link PARENT CHILD | -unlink PARENT CHILD | -delete RESOURCE "
                "| -online RESOURCE -sys SYSTEM | -offline [-ignoreparent] RESOURCE -sys SYSTEM | -clear RESOURCE "
                "[-sys SYSTEM] | -probe RESOURCE -sys SYSTEM";
     }

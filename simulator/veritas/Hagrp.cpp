@@ -183,6 +183,8 @@ void RunHagrp(Context& context, Arguments arguments) {
         ShowValue(context, arguments);
     } else if (command == "-dep") {
         ShowDependencies(context, arguments);
+    } else if (command == "-add" || command == "-link" || command == "-unlink") {
+        RunHagrpChange(context, command, arguments);
     } else {
         RunHagrpControl(context, command, arguments);
     }

@@ -14,7 +14,32 @@ const CfGroup* GroupToControl(Context& context, const std::string& name) {
     return group;
 }
 
+// Which of the numbers stands for which of these is not known.
+bool CheckNotOnline(Context& context, const CfGroup& group, const std::string& system) {
+    const std::string subject = "Group " + group.block.name + " is ";
+    const std::string state = context.cluster.GroupState(group, system);
+    if (state == "ONLINE") {
+        context.output.Simulated("50735", subject + "online on system " + system + " already");
+        return false;
+    }
+    if (state.find("STARTING") != std::string::npos) {
+        context.output.Simulated("50996", subject + "being brought online on system " + system + " already");
+        return false;
+    }
+    for (const std::string& other : context.cluster.SystemsOf(group)) {
+        if (!context.cluster.IsParallel(group) && other != system &&
+            context.cluster.GroupState(group, other) == "PARTIAL") {
+            context.output.Simulated("50997", subject + "partially online on system " + other);
+            return false;
+        }
+    }
+    return true;
+}
+
 void Online(Context& context, const CfGroup& group, const std::string& system) {
+    if (!context.cluster.IsFrozen(group) && !CheckNotOnline(context, group, system)) {
+        return;
+    }
     if (!CheckNotOnlineElsewhere(context, group, system, false) || !CheckSimulated(context, group)) {
         return;
     }

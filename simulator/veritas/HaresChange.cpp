@@ -112,6 +112,26 @@ void LinkOrUnlink(Context& context, const std::string& command, Arguments& argum
     }
 }
 
+void Override(Context& context, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    const std::string attribute = arguments.Next();
+    arguments.NeedEnd();
+    if (!CheckWritable(context)) {
+        return;
+    }
+    const CfBlock* const resource = context.cluster.configuration.ResourceNamed(name);
+    if (!resource) {
+        NoSuchResource(context.output, name);
+        return;
+    }
+    const ResourceType* const type = context.cluster.types.Find(resource->keyword);
+    if (type && (type->statics.count(attribute) != 0 || type->staticLists.count(attribute) != 0)) {
+        context.output.Simulated("99061", "Not simulated: hares -override of a static attribute");
+    } else {
+        context.output.Warning("13322", attribute + " is not a static attribute");
+    }
+}
+
 } // namespace
 
 void RunHaresChange(Context& context, const std::string& command, Arguments& arguments) {
@@ -121,6 +141,8 @@ void RunHaresChange(Context& context, const std::string& command, Arguments& arg
         Delete(context, arguments);
     } else if (command == "-link" || command == "-unlink") {
         LinkOrUnlink(context, command, arguments);
+    } else if (command == "-override") {
+        Override(context, arguments);
     } else if (command == "-modify" || command == "-local" || command == "-global") {
         const ModifyRequest request =
             command == "-modify" ? TakeModifyRequest(arguments) : TakeScopeRequest(command, arguments);

@@ -88,6 +88,21 @@ void Freeze(Context& context, bool freezes, Arguments& arguments) {
     }
 }
 
+void ShowValue(Context& context, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    const std::string attribute = arguments.Next();
+    arguments.NeedEnd();
+    if (!CheckSystems(context, {name})) {
+        return;
+    }
+    const std::vector<AttributeRow> rows = DisplayedSystems(context.cluster, {name}).front().lookUp(attribute);
+    if (rows.empty()) {
+        context.output.Simulated("99011", "Attribute " + attribute + " does not exist");
+        return;
+    }
+    context.output.Print(JoinedParts(rows.front().parts) + "\n");
+}
+
 } // namespace
 
 void RunHasys(Context& context, Arguments arguments) {
@@ -112,6 +127,8 @@ void RunHasys(Context& context, Arguments arguments) {
         } else {
             context.output.Print(systems.front().lookUp("SysState").front().parts.front() + "\n");
         }
+    } else if (command == "-value") {
+        ShowValue(context, arguments);
     } else if (command == "-freeze" || command == "-unfreeze") {
         Freeze(context, command == "-freeze", arguments);
     } else {

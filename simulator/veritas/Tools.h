@@ -64,6 +64,7 @@ void RunVcsencrypt(Output& output, Arguments arguments);
 
 // The parts of hagrp that change something.
 void RunHagrpControl(Context& context, const std::string& command, Arguments& arguments);
+void RunHagrpChange(Context& context, const std::string& command, Arguments& arguments);
 void RunHagrpModify(Context& context, Arguments& arguments);
 
 // The parts of hares. The queries answer false to a command that they do not know.

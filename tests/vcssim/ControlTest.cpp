@@ -123,6 +123,23 @@ TEST_F(ToolControl, NotesWhatWasProbed) {
     EXPECT_EQ(Run("hares", "-value G-IP Probed NODE2"), "1\n");
 }
 
+TEST_F(ToolControl, RefusesToBringUpWhatIsUpOrOnItsWay) {
+    WriteFile(L".state.json", R"({"resources": {"G-Mount": {"NODE1": "ONLINE"}}})");
+    EXPECT_EQ(Run("hagrp", "-state G -sys NODE1"), "PARTIAL\n");
+    EXPECT_EQ(Run("hagrp", "-online G -sys NODE2"),
+              "VCS WARNING V-16-1-50997 (simulated) Group G is partially online on system NODE1\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"), "");
+    EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"),
+              "VCS WARNING V-16-1-50735 (simulated) Group G is online on system NODE1 already\n");
+    EXPECT_EQ(m_exitCode, 1);
+    WriteFile(L".state.json", R"({"clock": 0, "times": {"*": {"online": 10}}})");
+    EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"), "");
+    EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"),
+              "VCS WARNING V-16-1-50996 (simulated) Group G is being brought online on system NODE1 already\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
 TEST_F(ToolControl, BringsAGroupUpAndDown) {
     EXPECT_EQ(Run("hagrp", "-online G -sys NODE1"), "");
     EXPECT_EQ(m_exitCode, 0);

@@ -66,6 +66,35 @@ TEST_F(ToolDependency, ListsThoseOfOneGroupAsParentAndAsChild) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
+TEST_F(ToolDependency, LinksGroupsOnceAndTakesTheLinkAway) {
+    EXPECT_EQ(Run("hagrp", "-link G H online local"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hagrp", "-dep"), "#Parent        Child           Relationship\n"
+                                    "G              H               online local firm\n");
+    EXPECT_THAT(ReadFile(L".live"), HasSubstr("\n\trequires group H online local firm\n"));
+    EXPECT_EQ(Run("hagrp", "-link G H offline local"),
+              "VCS WARNING V-16-1-10905 Dependency between 'G' and 'H' already exists\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-link H G online global soft"),
+              "VCS WARNING V-16-1-99035 (simulated) Dependency between 'H' and 'G' would make a loop\n");
+    EXPECT_EQ(Run("hagrp", "-unlink G H"), "");
+    EXPECT_EQ(Run("hagrp", "-dep"), "VCS WARNING V-16-1-50035 No Group dependencies are configured\n");
+    EXPECT_EQ(Run("hagrp", "-unlink G H"),
+              "VCS WARNING V-16-1-10146 (simulated) There is no dependency between 'G' and 'H'\n");
+    EXPECT_EQ(Run("hagrp", "-unlink G Other"), "VCS WARNING V-16-1-10133 Group does not exist\n");
+    EXPECT_EQ(Run("hagrp", "-link G H online"), Run("hagrp", "-link G H sideways local"));
+    EXPECT_EQ(m_exitCode, 2);
+}
+
+TEST_F(ToolDependency, LinksAGroupThatHasOneAlreadyAndOneWithoutResources) {
+    WriteFile(L"", "group A (\n\t)\n\n\trequires group B online local firm\n\ngroup B (\n\t)\ngroup C (\n\t)\n");
+    EXPECT_EQ(Run("hagrp", "-link A C offline local"), "");
+    EXPECT_EQ(Run("hagrp", "-link C B online remote soft"), "");
+    EXPECT_EQ(ReadFile(L".live"), "group A (\n\t)\n\n\trequires group B online local firm\n"
+                                  "\trequires group C offline local\n\ngroup B (\n\t)\ngroup C (\n\t)\n\n"
+                                  "\trequires group B online remote soft\n");
+}
+
 TEST_F(ToolDependency, RefusesLinksThatCannotBe) {
     EXPECT_EQ(Run("hares", "-link G-IP Other"),
               "VCS WARNING V-16-1-10260 (simulated) Resource Other does not exist in the local cluster\n");

@@ -103,6 +103,11 @@ TEST_F(ToolDisplay, ShowsSystemsWithoutASystemColumn) {
                                       "NODE1      SysState              RUNNING\n"
                                       "NODE2      SysState              RUNNING\n");
     EXPECT_EQ(Run("hasys", "-state NODE1"), "RUNNING\n");
+    EXPECT_EQ(Run("hasys", "-value NODE1 SysState"), "RUNNING\n");
+    EXPECT_EQ(Run("hasys", "-value NODE1 Colour"),
+              "VCS WARNING V-16-1-99011 (simulated) Attribute Colour does not exist\n");
+    EXPECT_EQ(Run("hasys", "-value Other SysState"),
+              "VCS WARNING V-16-1-10357 (simulated) System Other does not exist in the local cluster\n");
 }
 
 TEST_F(ToolDisplay, ShowsAllAttributesOfAGroupInOrder) {

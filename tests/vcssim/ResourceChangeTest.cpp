@@ -6,6 +6,20 @@ using ::testing::Not;
 
 using ToolResourceChange = ToolTest;
 
+TEST_F(ToolResourceChange, OverridesStaticAttributesOnly) {
+    WriteFile(L".types",
+              "type T (\n\tstatic int MonitorInterval = 60\n\tstatic str ArgList[] = { A, B }\n\tstr A\n\t)\n");
+    WriteFile(L"", "include \"main.cf.types\"\nsystem NODE1\ngroup G (\n\tSystemList = { NODE1 = 0 }\n\t)\n\n"
+                   "\tT R (\n\t\t)\n");
+    EXPECT_EQ(Run("hares", "-override R A"), "VCS WARNING V-16-1-13322 A is not a static attribute\n");
+    EXPECT_EQ(m_exitCode, 1);
+    for (const char* attribute : {"MonitorInterval", "ArgList"}) {
+        EXPECT_EQ(Run("hares", std::string("-override R ") + attribute),
+                  "VCS WARNING V-16-1-99061 (simulated) Not simulated: hares -override of a static attribute\n");
+    }
+    EXPECT_THAT(Run("hares", "-override Other A"), HasSubstr("V-16-1-10260"));
+}
+
 TEST_F(ToolResourceChange, AddsADisabledResource) {
     EXPECT_EQ(Run("hares", "-add New GenericService G"),
               "VCS NOTICE V-16-1-10242 Resource added. Enabled attribute must be set before agent monitors\n");

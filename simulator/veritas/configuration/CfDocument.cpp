@@ -207,6 +207,34 @@ void CfDocument::RemoveLink(const std::string& parent, const std::string& child)
     }
 }
 
+void CfDocument::AddGroup(const std::string& name) {
+    const std::string lineEnd = LineEnd();
+    const bool isEnded = m_text.empty() || m_text.back() == '\n';
+    Take(m_text + (isEnded ? "" : lineEnd) + lineEnd + "group " + name + " (" + lineEnd + "\t)" + lineEnd);
+}
+
+void CfDocument::AddGroupLink(const std::string& parent, const std::string& child, const std::string& relationship) {
+    const CfGroup& group = *GroupNamed(parent);
+    const std::string line =
+        IndentAt(group.block.span.begin) + "\trequires group " + WrittenName(child) + " " + relationship;
+    if (!group.requires_.empty()) {
+        InsertBehind(group.requires_.back().span.end, false, line);
+    } else {
+        InsertBehind((group.resources.empty() ? group.block : group.resources.back()).span.end, true, line);
+    }
+}
+
+void CfDocument::RemoveGroupLink(const std::string& parent, const std::string& child) {
+    for (const CfLink& link : GroupNamed(parent)->requires_) {
+        if (link.child == child) {
+            std::string text = m_text;
+            Erase(link.span, text);
+            Take(std::move(text));
+            return;
+        }
+    }
+}
+
 void CfDocument::SetAttribute(const std::string& resource, const std::string& attribute, const std::string& system,
                               const std::string& written) {
     SetIn(*ResourceNamed(resource), attribute, system, written);

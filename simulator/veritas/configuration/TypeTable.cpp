@@ -169,6 +169,8 @@ private:
         } else if (attribute.standard.size() == 1) {
             type.statics[name] = attribute.standard.front();
             type.persistent = type.persistent || (name == "Operations" && attribute.standard.front() == "None");
+        } else {
+            type.staticLists.insert(name);
         }
     }
 

@@ -3,6 +3,7 @@
 #define VCSSIM_TYPETABLE_H
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ struct AttributeType {
 struct ResourceType {
     std::map<std::string, AttributeType> attributes;
     std::map<std::string, std::string> statics; // attributes of the type itself that hold one value
+    std::set<std::string> staticLists;          // those that hold several
     bool persistent = false;                    // never brought online or offline: always there, like a network card
     bool complete = false;                      // has no other attributes than these
 };
