@@ -14,7 +14,17 @@ bool IsEverySweep() {
     return GetEnvironmentVariableW(L"CLUSUTIL_SWEEP", nullptr, 0) != 0;
 }
 
+// What calls on open handles give then.
+DWORD CodeAfter(const SweepEvent& event) {
+    const std::string name = event.event;
+    return name == ServiceStops.event     ? RPC_S_SERVER_UNAVAILABLE
+           : name == HandlesGoStale.event ? ERROR_INVALID_HANDLE
+                                          : ERROR_SUCCESS;
+}
+
 } // namespace
+
+const std::vector<SweepEvent> SweepEvents = {ServiceStops, HandlesGoStale, {"move", "EVS1", "NODE-B"}};
 
 std::vector<DWORD> CodesOfFailingCalls() {
     return std::vector<DWORD>(std::begin(Codes), IsEverySweep() ? std::end(Codes) : std::begin(Codes) + 1);
@@ -127,8 +137,7 @@ void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& eve
             run.faulted = happened;
             run.isEvent = happened;
             run.fault = happened ? text : "nothing";
-            run.code =
-                happened && std::string(event.event) == ServiceStops.event ? RPC_S_SERVER_UNAVAILABLE : ERROR_SUCCESS;
+            run.code = happened ? CodeAfter(event) : ERROR_SUCCESS;
             EXPECT_FALSE(run.threw);
             EXPECT_EQ(happened, test.Cluster().CallCount(nullptr) >= n);
             return text + " before cluster call " + std::to_string(n);

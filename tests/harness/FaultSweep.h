@@ -58,6 +58,11 @@ struct SweepEvent {
 
 // On every node, and every resource goes offline with it.
 const SweepEvent ServiceStops = {"quorum-loss", "", ""};
+// It was started anew: those that are open are good for nothing but to be closed.
+const SweepEvent HandlesGoStale = {"handles-stale", "", ""};
+
+// What EventSweep brings about by itself: the service stops, the handles go stale, and the group EVS1 moves to NODE-B.
+extern const std::vector<SweepEvent> SweepEvents;
 
 // What FaultSweep does with a fixture.
 class SweepRuns {
@@ -86,8 +91,10 @@ inline void FaultSweep(LibraryTest& test, const Sweep& sweep) {
     SweepRuns(test).Run(sweep);
 }
 
-inline void EventSweep(ClusterTest& test, const Sweep& sweep, const SweepEvent& event) {
-    SweepRuns::Run(test, sweep, event);
+inline void EventSweep(ClusterTest& test, const Sweep& sweep) {
+    for (const SweepEvent& event : SweepEvents) {
+        SweepRuns::Run(test, sweep, event);
+    }
 }
 
 } // namespace harness

@@ -54,8 +54,7 @@ protected:
             }
         };
         FaultSweep(*this, sweep);
-        EventSweep(*this, sweep, ServiceStops);
-        EventSweep(*this, sweep, {"move", "EVS1", "NODE-B"});
+        EventSweep(*this, sweep);
     }
 
     void SweepResource(const wchar_t* name, const ResourceOperation& operation, const std::string& good,

@@ -55,8 +55,7 @@ protected:
             }
         };
         FaultSweep(*this, sweep);
-        EventSweep(*this, sweep, ServiceStops);
-        EventSweep(*this, sweep, {"move", "EVS1", "NODE-B"});
+        EventSweep(*this, sweep);
     }
 
     VolumeManager volumes;

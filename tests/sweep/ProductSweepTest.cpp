@@ -42,8 +42,7 @@ protected:
             check(run);
         };
         FaultSweep(*this, sweep);
-        EventSweep(*this, sweep, ServiceStops);
-        EventSweep(*this, sweep, {"move", "EVS1", "NODE-B"});
+        EventSweep(*this, sweep);
     }
 };
 

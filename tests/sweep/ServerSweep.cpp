@@ -47,8 +47,7 @@ void SweepServers(ServerTest& test, const std::function<std::string()>& operatio
     };
     FaultSweep(test, sweep);
     if (clustered) {
-        EventSweep(test, sweep, ServiceStops);
-        EventSweep(test, sweep, {"move", "EVS1", "NODE-B"});
+        EventSweep(test, sweep);
     }
 }
 // Result, count, and the names found.
@@ -114,6 +113,20 @@ TEST_F(ServerSweep, QueryServerInfo) {
                      return TrueOrFalse(util.QueryServerInfo(request, info));
                  },
                  "true", {"false"});
+}
+
+TEST_F(ServerSweep, QueryServerInfoOfAPlainServer) {
+    SweepServers(
+        *this,
+        [] {
+            Util util;
+            CClusterVirtualServerLookupRequest request;
+            request.m_wsNameOrIP = L"NODE-A";
+            Info info;
+            const bool result = util.QueryServerInfo(request, info);
+            return TrueOrFalse(result) + " " + Utf8(info.m_wsServerName);
+        },
+        "true NODE-A", {"false "}, false);
 }
 
 TEST_F(ServerSweep, GetVirtualServerInfo) {
