@@ -22,7 +22,7 @@ RUNTIME = {"msvcrt.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread
 CRYPTOGRAPHY = re.compile(r"\s+(Crypt|BCrypt|NCrypt)")
 EXPECTED = Path(__file__).with_name("imports.txt")
 CALLS = Path(__file__).parents[2] / "tools/recording/CallTable.cpp"
-DELAYED = Path(__file__).parents[2] / "tools/clusctl/delayed/clusapi.def"
+DELAYED = [Path(__file__).parents[2] / f"tools/clusctl/delayed/{dll}.def" for dll in ("clusapi", "resutils")]
 EXPORTS = Path(__file__).parents[2] / "src/clusutil.exports.txt"
 
 
@@ -69,7 +69,8 @@ def unrecorded(objdump, folder):
     known = set(re.findall(r"CLUSTER_CALL\(\w+, (\w+),", CALLS.read_text(encoding="utf-8")))
     found = imports(objdump, folder / "clusutil.dll")
     called = found["clusapi.dll"] | found["resutils.dll"]
-    called |= set(re.findall(r"(?m)^    (\w+)$", DELAYED.read_text(encoding="utf-8")))
+    for delayed in DELAYED:
+        called |= set(re.findall(r"(?m)^    (\w+)$", delayed.read_text(encoding="utf-8")))
     if len(called) < 30:
         sys.exit("the functions that are called are not found")
     return sorted(called - known)

@@ -176,10 +176,18 @@ def check_schemas(runner, _):
 
 
 def problems_of_probe():
-    """docs/probe.md lists the rules of the probe, all of them and in their order."""
+    """docs/probe.md lists the rules of the probe, all of them and in their order, and among them one for each switch."""
     rules = re.findall(r'\{"([a-z-]+)",\s+"', (ROOT / "tools/clusctl/ProbeRules.cpp").read_text(encoding="utf-8"))
-    listed = re.findall(r"(?m)^\| `([a-z-]+)`", (ROOT / "docs/probe.md").read_text(encoding="utf-8"))
-    return [] if rules and rules == listed else [f"docs/probe.md lists other rules than ProbeRules.cpp: {set(rules) ^ set(listed)}"]
+    page = (ROOT / "docs/probe.md").read_text(encoding="utf-8")
+    listed = re.findall(r"(?m)^\| `([a-z-]+)`", page)
+    problems = [] if rules and rules == listed else [f"docs/probe.md lists other rules than ProbeRules.cpp: {set(rules) ^ set(listed)}"]
+    cluster = (ROOT / "docs/cluster-simulator.md").read_text(encoding="utf-8")
+    vcs = (ROOT / "docs/vcs-simulator.md").read_text(encoding="utf-8").partition("## Switches")[2].partition("\n## ")[0]
+    switches = set(re.findall(r"(?m)^\| `(behaviour\.\w+)`", cluster)) | set(re.findall(r"(?m)^\| `([a-z-]+)=", vcs))
+    if len(switches) < 15:
+        problems.append("the simulators' switches are not found")
+    named = set(re.findall(r"(?m)^\|.*\| `([\w.-]+)` \|$", page))
+    return problems + [f"docs/probe.md has no rule for the switch {switch}" for switch in sorted(switches - named)]
 
 
 CHECKS = {"manual": check_manual, "help": check_help, "completion": check_completion, "schemas": check_schemas, "doctor": doctor.check}

@@ -2,13 +2,13 @@
 #ifndef CLUSCTL_PROBE_H
 #define CLUSCTL_PROBE_H
 
-#include "Report.h"
+#include "Json.h"
+#include "VcsToolProcess.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
-
-class LogCapture;
 
 // A rule that a simulator keeps. docs/probe.md lists all, with what they rest on.
 struct ProbeRule {
@@ -30,8 +30,15 @@ public:
     void Saw(const char* rule, bool isAsSimulated, const std::string& seen,
              const std::wstring& object = std::wstring());
 
+    // The same of an answer that is a code. One that is no answer to the question is passed over.
+    void SawCode(const char* rule, unsigned long code, unsigned long expected,
+                 const std::wstring& object = std::wstring());
+
     // Records of "rule", "answer", "seen" and, with `showsNames`, "object".
     Json Records(bool showsNames) const;
+    // "as simulated", "differs" or "not answerable here".
+    const char* AnswerTo(const std::string& rule) const;
+
     size_t CountDiffering() const;
     size_t CountAnswered() const;
 
@@ -45,9 +52,21 @@ private:
     std::map<std::string, Answer> m_answers;
 };
 
-// Read this computer's cluster only. Throw Failure when it does not answer.
+// Whether a Win32 code says only that the question was not answered: reading is denied, the cluster or the object is
+// not reached, memory is short. It tells nothing about a rule.
+bool IsRefusal(unsigned long code);
+
+// "code 234"
+std::string CodeText(unsigned long code);
+
+// Reads this computer's cluster only. Throws Failure when it does not answer, or was lost on the way.
 ProbeAnswers ProbeFailoverCluster();
-ProbeAnswers ProbeVcs(const LogCapture& log);
+
+// The tool and its arguments: `ask(L"hagrp", L"-list")`.
+typedef std::function<ToolOutput(const std::wstring&, const std::wstring&)> AskTool;
+
+// Reads VCS only. What `ask` throws goes through.
+ProbeAnswers ProbeVcs(const AskTool& ask);
 
 class CommandLine;
 

@@ -3,7 +3,9 @@
 #include "ClusterInUse.h"
 #include "LogCapture.h"
 #include "Probe.h"
+#include "Report.h"
 #include "Text.h"
+#include "VcsTools.h"
 
 #include "common/Files.h"
 
@@ -16,9 +18,24 @@ struct ProbeOptions {
     bool showsNames = false;
 };
 
+// Throws Failure when the tool, or the engine, is not there.
+ToolOutput AskVcs(const LogCapture& log, const std::wstring& tool, const std::wstring& arguments) {
+    const ToolWatch watch(log);
+    ToolOutput answer = RunVcsTool(tool, arguments);
+    for (const ToolProblem& problem : watch.Problems()) {
+        if (problem.kind != ToolProblem::Kind::Message && problem.kind != ToolProblem::Kind::Ended) {
+            throw ToolFailure("cannot ask VCS", {problem});
+        }
+    }
+    return answer;
+}
+
 Report Probe(const LogCapture& log, const ProbeOptions& options) {
     const bool isVcs = ClusterInUse() == Answering::Vcs;
-    const ProbeAnswers answers = isVcs ? ProbeVcs(log) : ProbeFailoverCluster();
+    const ProbeAnswers answers = isVcs ? ProbeVcs([&log](const std::wstring& tool, const std::wstring& arguments) {
+        return AskVcs(log, tool, arguments);
+    })
+                                       : ProbeFailoverCluster();
     const Json records = answers.Records(options.showsNames);
     const size_t differing = answers.CountDiffering();
     const size_t unanswered = records.size() - answers.CountAnswered();

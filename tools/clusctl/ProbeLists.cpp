@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <cwctype>
+#include <functional>
 
 namespace {
 
 const std::uint32_t SyntaxDiskSignature = 0x00050002;
 const std::uint32_t SyntaxDiskGuid = 0x000B0003;
+const std::uint32_t SyntaxExpandText = 0x00010004;
+const std::uint32_t SyntaxExpandedText = 0x00010008;
 const size_t PartitionSize = 1120;
 
 // A list of entries, front to back.
@@ -65,7 +69,58 @@ private:
     size_t m_end;
 };
 
+// Calls `visit` with the name of each property and its first value, until it answers false.
+void VisitProperties(const std::vector<unsigned char>& list,
+                     const std::function<bool(const std::wstring& name, const Entries& value)>& visit) {
+    if (list.size() < sizeof(std::uint32_t)) {
+        return;
+    }
+    Entries entries(list, sizeof(std::uint32_t));
+    for (std::uint32_t left = entries.NumberAt(0); left > 0; --left) {
+        if (!entries.Next() || entries.Syntax() != clus::SyntaxName) {
+            return;
+        }
+        const std::wstring name = entries.TextAt(0);
+        if (!entries.Next() || (entries.Syntax() != clus::SyntaxEndMark && !visit(name, entries))) {
+            return;
+        }
+        while (entries.Syntax() != clus::SyntaxEndMark) {
+            if (!entries.Next()) {
+                return;
+            }
+        }
+    }
+}
+
 } // namespace
+
+std::wstring TextProperty(const std::vector<unsigned char>& list, const std::wstring& name) {
+    std::wstring text;
+    VisitProperties(list, [&](const std::wstring& known, const Entries& value) {
+        const bool isIt = known == name && value.Syntax() == clus::SyntaxListValueSz;
+        text = isIt ? value.TextAt(0) : text;
+        return !isIt;
+    });
+    return text;
+}
+
+bool FirstSimpleProperty(const std::vector<unsigned char>& list, std::wstring& name, bool& isText) {
+    bool found = false;
+    VisitProperties(list, [&](const std::wstring& known, const Entries& value) {
+        isText = value.Syntax() == clus::SyntaxListValueSz;
+        found = (isText || value.Syntax() == clus::SyntaxListValueDword) && InOtherCase(known) != known;
+        name = known;
+        return !found;
+    });
+    return found;
+}
+
+std::wstring InOtherCase(std::wstring text) {
+    for (wchar_t& c : text) {
+        c = std::iswupper(c) ? static_cast<wchar_t>(std::towlower(c)) : static_cast<wchar_t>(std::towupper(c));
+    }
+    return text;
+}
 
 void LookAtPropertyList(const std::vector<unsigned char>& list, const std::wstring& object, ProbeAnswers& answers) {
     Entries entries(list, sizeof(std::uint32_t));
@@ -75,7 +130,12 @@ void LookAtPropertyList(const std::vector<unsigned char>& list, const std::wstri
     while (isWhole && read < count) {
         isWhole = entries.Next() && entries.Syntax() == clus::SyntaxName;
         while (isWhole && entries.Syntax() != clus::SyntaxEndMark) {
+            const bool isToBeExpanded = entries.Syntax() == SyntaxExpandText;
             isWhole = entries.Next();
+            if (isWhole && isToBeExpanded) {
+                const bool isExpanded = entries.Syntax() == SyntaxExpandedText;
+                answers.Saw("expand-text", isExpanded, isExpanded ? "the expanded one" : "nothing", object);
+            }
         }
         ++read;
     }
