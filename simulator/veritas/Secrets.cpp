@@ -42,7 +42,7 @@ std::size_t FindSecret(const std::string& tool, const std::vector<std::string>& 
     return IsSecret(tool, arguments, place) ? 0 : std::string::npos;
 }
 
-// The output with *** in place of the values in the rows of password attributes.
+// The output with *** in place of the values in the rows of secret attributes.
 std::string WithoutSecretRows(const std::string& output) {
     // One character per byte, as the library reads it.
     const std::wstring masked = clus::WithoutSecrets(std::wstring(output.begin(), output.end()), clus::ToolSecret());

@@ -5,6 +5,7 @@
 #include "core/ToolOutput.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace clus {
 
@@ -38,7 +39,7 @@ std::wstring_view TextOf(std::wstring_view line, const Word& word) {
     return line.substr(word.begin, word.end - word.begin);
 }
 
-// Where the value of an assignment to a password attribute begins, npos when there is none.
+// Where the value of an assignment to a secret attribute begins, npos when there is none.
 std::size_t FindAssignedSecret(std::wstring_view commandLine) {
     const std::vector<Word> words = WordsOf(commandLine);
     std::size_t firstAttribute = words.size(); // behind -modify or -global and the resource's name
@@ -97,10 +98,12 @@ template <typename Show> std::wstring LineByLine(const std::wstring& output, con
 } // namespace
 
 bool IsSecretAttribute(std::wstring_view name) {
-    const std::wstring_view ending = L"password";
-    return name.size() >= ending.size() &&
-           std::equal(ending.begin(), ending.end(), name.end() - static_cast<std::ptrdiff_t>(ending.size()),
-                      [](wchar_t a, wchar_t b) { return NarrowUpper(a) == NarrowUpper(b); });
+    constexpr std::wstring_view endings[] = {L"password", L"secret", L"token", L"key"};
+    return std::any_of(std::begin(endings), std::end(endings), [name](std::wstring_view ending) {
+        return name.size() >= ending.size() &&
+               std::equal(ending.begin(), ending.end(), name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                          [](wchar_t a, wchar_t b) { return NarrowUpper(a) == NarrowUpper(b); });
+    });
 }
 
 std::size_t FindSecret(std::wstring_view commandLine) {

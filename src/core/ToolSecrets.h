@@ -12,14 +12,15 @@ namespace clus {
 // What stands for a secret.
 const wchar_t SecretMask[] = L"***";
 
-// Whether an attribute of this name holds a password: its name ends in "password", in any letter case.
+// Whether an attribute of this name holds a secret: its name ends in "password", "secret", "token" or "key", in any
+// letter case. "Keys", of what a RegRep resource replicates, is none.
 bool IsSecretAttribute(std::wstring_view name);
 
-// Where the secret of a command line begins: what it sets a password attribute to ("hares -modify RES Password x"), or
+// Where the secret of a command line begins: what it sets a secret attribute to ("hares -modify RES Password x"), or
 // asks for ("hares -list Password=x"). It reaches to the end of the line. npos when there is none.
 std::size_t FindSecret(std::wstring_view commandLine);
 
-// Where a line of a tool's output shows the value of a password attribute, which may be an empty one: in the row of
+// Where a line of a tool's output shows the value of a secret attribute, which may be an empty one: in the row of
 // that attribute (resource, attribute, system, value). It reaches to the end of the line. npos when there is none.
 std::size_t FindShownSecret(std::wstring_view line);
 
@@ -51,7 +52,7 @@ private:
     std::vector<std::wstring_view> m_forms;
 };
 
-// A tool's output with the mask in place of the values in the rows of password attributes and of the secret wherever
+// A tool's output with the mask in place of the values in the rows of secret attributes and of the secret wherever
 // it is repeated.
 std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret);
 

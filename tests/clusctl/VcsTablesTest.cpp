@@ -39,10 +39,12 @@ TEST(ShownValues, RowsWithTooFewWordsArePassedOver) {
 TEST(MainCfText, SecretsAreMaskedAndCounted) {
     std::size_t count = 0;
     const std::string masked = MaskedMainCf("group G (\n\tSystemList = { N = 0 }\n\t)\n\tGenericService S (\n"
-                                            "\t\tPassword = fooBAR\n\t\tServiceName = Spooler\n\t\t)\n",
+                                            "\t\tPassword = fooBAR\n\t\tAccessToken = t0k3n\n"
+                                            "\t\tServiceName = Spooler\n\t\t)\n",
                                             count);
-    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(count, 2U);
     EXPECT_EQ(masked.find("fooBAR"), std::string::npos);
+    EXPECT_EQ(masked.find("t0k3n"), std::string::npos);
     EXPECT_NE(masked.find("ServiceName = Spooler"), std::string::npos);
     EXPECT_EQ(MaskedMainCf(masked, count), masked);
     EXPECT_THROW(MaskedMainCf("group (", count), vcssim::CfError);

@@ -32,12 +32,15 @@ std::wstring Messages(const std::wstring& output, const std::wstring& secret) {
     return clus::MessagesWithoutSecrets(output, clus::ToolSecret(secret));
 }
 
-TEST(ToolSecretAttribute, EndsInPasswordInAnyLetterCase) {
-    EXPECT_TRUE(clus::IsSecretAttribute(L"Password"));
-    EXPECT_TRUE(clus::IsSecretAttribute(L"ADMINPASSWORD"));
-    EXPECT_FALSE(clus::IsSecretAttribute(L"PasswordAge"));
-    EXPECT_FALSE(clus::IsSecretAttribute(L"assword"));
-    EXPECT_FALSE(clus::IsSecretAttribute(L""));
+TEST(ToolSecretAttribute, EndsInAWordForASecretInAnyLetterCase) {
+    for (const wchar_t* name :
+         {L"Password", L"ADMINPASSWORD", L"ClientSecret", L"secret", L"AccessToken", L"TOKEN", L"ApiKey", L"key"}) {
+        EXPECT_TRUE(clus::IsSecretAttribute(name));
+    }
+    for (const wchar_t* name :
+         {L"PasswordAge", L"assword", L"Keys", L"KeyPath", L"SecretName", L"TokenLife", L"ey", L""}) {
+        EXPECT_FALSE(clus::IsSecretAttribute(name));
+    }
 }
 
 TEST(ToolSecretOfACommandLine, IsWhatAPasswordIsSetTo) {
@@ -65,6 +68,13 @@ TEST(ToolSecretOfACommandLine, IsWhatAListIsAskedFor) {
     const Masked filter = Take(L"hares -list  Type=GenericService   Password=gPiRc ");
     EXPECT_EQ(filter.line, L"hares -list  Type=GenericService   Password=***");
     EXPECT_EQ(filter.secret, L"gPiRc");
+}
+
+TEST(ToolSecretOfACommandLine, IsATokenOrAKeyToo) {
+    EXPECT_EQ(Take(L"hares -modify Web AccessToken t0k3n").line, L"hares -modify Web AccessToken ***");
+    EXPECT_EQ(Take(L"hares -list ApiKey=k1").line, L"hares -list ApiKey=***");
+    EXPECT_EQ(Take(L"hares -modify Reg Keys \"HKLM\\SOFTWARE\" \"\"").line,
+              L"hares -modify Reg Keys \"HKLM\\SOFTWARE\" \"\"");
 }
 
 TEST(ToolSecretOfACommandLine, IsNoNameThatLooksLikeOne) {

@@ -36,7 +36,7 @@ std::string ShownValueOf(const std::vector<ShownValue>& rows, const std::string&
 // The names of the objects, in the order of the rows.
 std::vector<std::string> ObjectsIn(const std::vector<ShownValue>& rows);
 
-// Replaces the values of password attributes, and the passwords of users, by "***"; empty ones stay. `count` is how
+// Replaces the values of secret attributes, and the passwords of users, by "***"; empty ones stay. `count` is how
 // many. Throws vcssim::CfError when the text is no main.cf.
 std::string MaskedMainCf(const std::string& text, std::size_t& count);
 

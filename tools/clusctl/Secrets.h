@@ -20,7 +20,7 @@ private:
     std::vector<std::wstring> m_known;
 };
 
-// The lines of a main.cf with the values of the password attributes replaced.
+// The lines of a main.cf with the values of the secret attributes replaced.
 std::vector<std::string> MaskedConfiguration(const std::vector<std::string>& lines);
 
 #endif
