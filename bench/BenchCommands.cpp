@@ -21,6 +21,7 @@ namespace bench {
 namespace {
 
 const int Rounds = 15;
+const double MostGrowth = 12;              // on ten times as many: about linear
 const int StartRounds = 41;                // a start is short, and the neighbours' work falls on few of them
 const wchar_t ModelFile[] = L"model.json"; // in the current directory
 const wchar_t RecordingFile[] = L"servers.rec";
@@ -99,7 +100,16 @@ double Mean(const std::vector<double>& values) {
     return std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(values.size());
 }
 
-void MeasureCommand(Report& report, const std::string& command, double goal, std::size_t resources) {
+// What a command takes on ten times as many resources, against a tenth of them. `former` is 0 of the first size.
+void AddGrowth(Report& report, const std::string& command, std::size_t resources, double former, double now) {
+    if (former != 0) {
+        report.Add({resources, command + ", growth", now / former, "times a tenth", MostGrowth});
+    }
+}
+
+// What the command took, in milliseconds. `former` is what it took on a tenth of the resources, 0 when that is not
+// known.
+double MeasureCommand(Report& report, const std::string& command, double goal, std::size_t resources, double former) {
     const std::wstring name(command.begin(), command.end());
     std::vector<double> clusctl, bare;
     for (int round = 0; round < Rounds; ++round) {
@@ -109,6 +119,8 @@ void MeasureCommand(Report& report, const std::string& command, double goal, std
     const bool hasGoal = resources == 10000; // where the start of a process does not matter
     report.Add({resources, "clusctl " + command, Mean(clusctl), "ms", hasGoal ? goal : 0});
     report.Add({resources, command + " / bare calls", Mean(clusctl) / Mean(bare), "x", hasGoal ? 1.5 : 0});
+    AddGrowth(report, command, resources, former, Mean(clusctl));
+    return Mean(clusctl);
 }
 
 void WriteText(const wchar_t* path, const std::string& text) {
@@ -167,7 +179,7 @@ std::string MainCf(std::size_t resources) {
 }
 
 // The simulated tool reads the whole main.cf, which is most of what a run takes.
-void MeasureVcsCommand(Report& report, std::size_t resources) {
+double MeasureVcsCommand(Report& report, std::size_t resources, double former) {
     WriteText(MainCfFile, MainCf(resources));
     std::vector<double> clusctl, tool, ratios;
     for (int round = 0; round < Rounds; ++round) {
@@ -178,6 +190,8 @@ void MeasureVcsCommand(Report& report, std::size_t resources) {
     report.Add({resources, "clusctl vcs resources, median", Median(clusctl), "ms"});
     report.Add({resources, "hares -list alone, median", Median(tool), "ms"});
     report.Add({resources, "clusctl / the tool alone, median of rounds", Median(ratios), "x"});
+    AddGrowth(report, "clusctl vcs resources", resources, former, Median(clusctl));
+    return Median(clusctl);
 }
 
 void MeasureVcsCommands(Report& report, Scale scale) {
@@ -187,8 +201,9 @@ void MeasureVcsCommands(Report& report, Scale scale) {
                  "resources");
     SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", MainCfFile);
     SetEnvironmentVariableW(L"PATH", BenchFolder().c_str());
+    double former = 0;
     for (const std::size_t size : ResourceCounts(scale)) {
-        MeasureVcsCommand(report, size);
+        former = MeasureVcsCommand(report, size, former);
     }
     SetEnvironmentVariableW(L"VCSSIM_MAIN_CF", nullptr);
     DeleteFileW(MainCfFile);
@@ -262,18 +277,20 @@ void MeasureCommands(Report& report, Scale wanted) {
     const harness::PrivateFolder folder;
     MeasureStart(report);
     SetEnvironmentVariableW(L"CLUSSIM_FILE", ModelFile);
-    const struct {
+    struct {
         const char* name;
         double goal; // milliseconds for 10,000 resources; 0: none
+        double former = 0;
     } commands[] = {{"servers", 500}, {"groups", 0}, {"resources", 0}, {"snapshot", 2000}};
     report.Begin("Commands of clusctl",
                  "On a model file, in turns with a process that makes the needed cluster calls alone. Processor times "
-                 "of the processes' first threads, means of the rounds.",
+                 "of the processes' first threads, means of the rounds. Growth is what ten times as many resources "
+                 "take: 10 when it is linear.",
                  "resources");
     for (const std::size_t size : ResourceCounts(scale)) {
         WriteModelFile(size);
-        for (const auto& command : commands) {
-            MeasureCommand(report, command.name, command.goal, size);
+        for (auto& command : commands) {
+            command.former = MeasureCommand(report, command.name, command.goal, size, command.former);
         }
     }
     MeasureRecording(report);
