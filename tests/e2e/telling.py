@@ -154,7 +154,24 @@ def check_powershell(runner):
         entries = re.findall(r"^ +'(.*)' = '(.*)'$", in_script, re.MULTILINE)
         if branches != entries or len(entries) < 4 or len(entries) != in_script.count("\n"):
             problems.append(f"PowerShell: ${variable} is not {function} of bash")
-    return problems
+    return problems + problems_of_powershell_words(script, bare)
+
+
+def problems_of_powershell_words(script, bare):
+    """What PowerShell would not parse, or take for something else: a key twice in a table, whatever its letter case; a quote that is
+    not ASCII, which counts as one; a variable that nothing sets."""
+    problems = [] if script.isascii() else ["PowerShell: it holds more than ASCII"]
+    for table in re.findall(r"(?m)^    \$(\w+) = @{$", script):
+        entries = re.search(rf"^    \${table} = @{{\n(.*?)^    }}", script, re.MULTILINE | re.DOTALL)[1]
+        keys = [key.lower() for key in re.findall(r"(?m)^ +'((?:[^']|'')*)' = '", entries)]
+        problems += [f"PowerShell: {key!r} stands twice in ${table}" for key in sorted(set(keys)) if keys.count(key) > 1]
+        if len(keys) != entries.count("\n"):
+            problems.append(f"PowerShell: a line of ${table} is no entry")
+    texts = "".join(re.findall(r'"[^"\n]*"', re.sub(r"#.*|'(?:[^']|'')*'", "", script)))
+    used = set(re.findall(r"\$(\w+)", bare + texts))
+    set_somewhere = set(re.findall(r"\$(\w+) = ", bare)) | set(re.findall(r"\$(\w+) in ", bare))
+    parameters = set(re.findall(r"\$(\w+)", re.search(r"param\((.*?)\)", bare)[1]))
+    return problems + [f"PowerShell: nothing sets ${name}" for name in sorted(used - set_somewhere - parameters)]
 
 
 def check_completion(runner, _):
