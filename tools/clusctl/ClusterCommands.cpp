@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -104,14 +105,13 @@ public:
 
     // `groupMember` is the member of the record that holds the name of its group.
     void Mark(Json& record, const char* groupMember) {
-        if (record["owner"].is_string()) {
-            WarnOfOwnerSpelling(common::ToUtf16(record["owner"].get<std::string>()), m_report);
-        }
-        const Json state = StateOf(record["owner"]);
+        const Json& state = JudgedState(record["owner"]);
         record["ownerState"] = state; // moves the other members: no reference to one from before is good after this
+        if (state != "down" && state != "joining") {
+            return;
+        }
         const Json& group = record[groupMember];
-        const bool isMember = state != "down" && state != "joining";
-        if (isMember || std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
+        if (std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
             return;
         }
         m_told.push_back(group);
@@ -120,10 +120,24 @@ public:
     }
 
 private:
-    Json StateOf(const Json& owner) const {
+    // Each owner is judged once: there are as many as nodes, and many that they own.
+    const Json& JudgedState(const Json& owner) {
+        if (!owner.is_string()) {
+            return m_nobodys;
+        }
+        const auto& name = owner.get_ref<const std::string&>();
+        const auto known = m_states.find(name);
+        if (known != m_states.end()) {
+            return known->second;
+        }
+        WarnOfOwnerSpelling(common::ToUtf16(name), m_report);
+        return m_states.emplace(name, StateOf(name)).first->second;
+    }
+
+    Json StateOf(const std::string& owner) const {
         for (const Json& node : m_nodes) {
-            if (owner.is_string() && common::Folded(common::ToUtf16(node["name"].get<std::string>())) ==
-                                         common::Folded(common::ToUtf16(owner.get<std::string>()))) {
+            if (common::Folded(common::ToUtf16(node["name"].get<std::string>())) ==
+                common::Folded(common::ToUtf16(owner))) {
                 return node["state"];
             }
         }
@@ -131,6 +145,8 @@ private:
     }
 
     const Json m_nodes;
+    const Json m_nobodys;
+    std::unordered_map<std::string, Json> m_states;
     std::vector<Json> m_told;
     Report& m_report;
 };

@@ -8,7 +8,6 @@
 #include <LogConfig.h>
 #include <LogLine.h>
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -109,7 +108,7 @@ void LogCapture::Take(unsigned int level, const char* sourceFile, int sourceLine
     }
     if (IsProblem(level, line)) {
         const std::string problem = Explained(line);
-        if (std::find(m_problems.begin(), m_problems.end(), problem) == m_problems.end()) {
+        if (m_known.insert(problem).second) {
             m_problems.push_back(problem);
         }
     }

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 // Receives the process's log lines while it lives. There is one at a time.
@@ -43,6 +44,7 @@ private:
     LogSecrets m_secrets;
     ToolRuns m_tools;
     std::vector<std::string> m_problems;
+    std::unordered_set<std::string> m_known; // the same, to look them up
 };
 
 #endif

@@ -83,13 +83,16 @@ std::string RecordText(const Json& record, const Columns& columns) {
     return text;
 }
 
-std::string LineText(const std::vector<std::string>& cells, const std::vector<size_t>& widths) {
-    std::string line;
+void AppendLine(const std::vector<std::string>& cells, const std::vector<size_t>& widths, std::string& text) {
     for (size_t i = 0; i < cells.size(); ++i) {
-        const bool isLast = i + 1 == cells.size();
-        line += isLast ? cells[i] : Padded(cells[i], widths[i]) + Gap;
+        text += cells[i];
+        if (i + 1 != cells.size()) {
+            const size_t count = CharacterCount(cells[i]);
+            text.append(count < widths[i] ? widths[i] - count : 0, ' ');
+            text += Gap;
+        }
     }
-    return line + "\n";
+    text += '\n';
 }
 
 std::string TableText(const Json& records, const Columns& columns) {
@@ -102,7 +105,7 @@ std::string TableText(const Json& records, const Columns& columns) {
         for (const Column& column : columns) {
             line.push_back(Cell(record, column));
         }
-        lines.push_back(line);
+        lines.push_back(std::move(line));
     }
     std::vector<size_t> widths(columns.size(), 0);
     for (const auto& line : lines) {
@@ -113,7 +116,7 @@ std::string TableText(const Json& records, const Columns& columns) {
     }
     std::string text;
     for (const auto& line : lines) {
-        text += LineText(line, widths);
+        AppendLine(line, widths, text);
     }
     return text;
 }
