@@ -56,9 +56,11 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each
   search TEXT FAULT . runs "clusctl ..." and holds it up in the run of a VCS tool that FAULT names ("haconf@-dump*#1"); prints where the
                       text is found: on command lines, in environments, files, and in the memory of clusctl; and its encrypted form
+  runs clusctl ...    counts the runs of VCS tools of "clusctl ...", which is not interrupted
   afresh              the configuration of VCS, and the model, are those of the beginning again
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
+  shown PATTERN clusctl ..  the same with what it drew that matches the pattern
   colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
@@ -464,11 +466,11 @@ class Case:
             has_plain = has_plain or bool(shown.strip() and not styled)
         return normalised("".join(lines)) + ("[others are plain]\n" if has_plain else "") + f"[exit {exit_code}]\n"
 
-    def terminal(self, arguments, variables):
+    def terminal(self, arguments, variables, shown=r"[^\r\n]*(?:: (?:[a-z]+ pending|stopped|some of \d+)|reading servers)"):
         text, exit_code = self.on_terminal(arguments, variables)
         words = re.sub(r"\x1b\[\d*[A-Za-z]", "", text)
         words = re.sub(r"(reading \w+): \d+ of ", r"\1: some of ", words)
-        drawn = dict.fromkeys(re.findall(r"\r?([^\r\n]*(?:: (?:[a-z]+ pending|stopped|some of \d+)|reading servers)), \d+ s", words))
+        drawn = dict.fromkeys(re.findall(rf"\r?({shown}), \d+ s", words))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
         return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {exit_code}]\n"
 
@@ -533,6 +535,12 @@ class Case:
         if verb == "interrupt-calls":
             program = arguments.index("clusctl")
             return interrupted.in_each_call(self, arguments[:program], arguments[program + 1:], variables)
+        if verb == "runs":
+            self.clusctl(arguments[1:], {**variables, "VCSSIM_JOURNAL": "runs.journal"})
+            journal = self.folder / "runs.journal"
+            count = len(journal.read_text(encoding="utf-8").splitlines())
+            journal.unlink()
+            return f"{count} runs\n"
         if verb == "search":
             return secret.search(self, arguments[0], arguments[1], arguments[3:], variables)
         if verb == "afresh":
@@ -555,6 +563,8 @@ class Case:
             return self.colours(arguments[1:], variables)
         if verb == "terminal":
             return self.terminal(arguments[1:], variables)
+        if verb == "shown":
+            return self.terminal(arguments[2:], variables, arguments[0])
         if verb == "show":
             return normalised((self.folder / arguments[0]).read_text(encoding="utf-8"))
         if verb == "lines":

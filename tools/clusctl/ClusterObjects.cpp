@@ -11,15 +11,27 @@
 
 namespace {
 
-// Null, and said, when the cluster does not give it. One that is there and empty stays a text.
-Json ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
+// Null, and said, when the cluster does not give it. One that is there and empty stays a text. `what` is worded only
+// when it is needed: there are many resources.
+template <typename What> Json ReadWorded(HRESOURCE resource, DWORD controlCode, const What& what, Report& report) {
     std::vector<unsigned char> answer;
     DWORD code = 0;
     if (!QueryResource(resource, controlCode, answer, code)) {
-        MarkUnread(report, what, code);
+        MarkUnread(report, what(), code);
         return Json();
     }
     return clus::TextInBuffer(answer.data(), answer.size(), 0);
+}
+
+Json ReadText(HRESOURCE resource, DWORD controlCode, const std::string& what, Report& report) {
+    return ReadWorded(
+        resource, controlCode, [&what]() { return what; }, report);
+}
+
+Json ReadType(HRESOURCE resource, const std::wstring& name, Report& report) {
+    return ReadWorded(
+        resource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, [&name]() { return "cannot read the type of " + Quoted(name); },
+        report);
 }
 
 // Null when a list was not read; what was read of it is no list.
@@ -255,10 +267,27 @@ DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names) {
     return code;
 }
 
+namespace {
+
+// What the user can do about a cluster that does not open.
+const char* HintOfClosed(DWORD code) {
+    switch (code) {
+    case ERROR_ACCESS_DENIED:
+        return "An account that administers the cluster may open it.";
+    case ERROR_SERVICE_DOES_NOT_EXIST:
+        return "This computer is no node of a cluster: give the command on one.";
+    default:
+        return "Its service may not be running on this computer: 'net start clussvc' starts it.";
+    }
+}
+
+} // namespace
+
 void OpenLocalCluster(CCluster& cluster) {
     if (!cluster.OpenByLPC()) {
         const DWORD code = GetLastError();
         Failure failure = Failure::OfCode("cannot open this computer's cluster", code);
+        failure.Hint(HintOfClosed(code));
         throw code == ERROR_ACCESS_DENIED ? failure : failure.As(Errors::NoCluster);
     }
 }
@@ -329,8 +358,7 @@ Json ReadResource(const CCluster& cluster, const std::wstring& name, ResourcePar
         return record;
     }
     const HRESOURCE handle = resource.get();
-    record["type"] =
-        ReadText(handle, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name), report);
+    record["type"] = ReadType(handle, name, report);
     std::wstring owner;
     std::wstring group;
     const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle, owner, group);
@@ -353,8 +381,7 @@ Json ReadResourceType(const CCluster& cluster, const std::wstring& name, Report&
         MarkUnread(report, "cannot open the resource " + Quoted(name), GetLastError());
         return Json();
     }
-    return ReadText(resource.get(), CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, "cannot read the type of " + Quoted(name),
-                    report);
+    return ReadType(resource.get(), name, report);
 }
 
 Json ReadGroup(const CCluster& cluster, const std::wstring& name, bool detail, Report& report) {

@@ -120,25 +120,27 @@ std::wstring DiskOf(CCluster& cluster, const std::wstring& attendantName) {
     return NameOf(disk.GetResourceHandle());
 }
 
+// A slash separates folders as a backslash does.
 bool IsBelow(const std::wstring& path, const std::wstring& folder) {
-    const std::wstring whole = common::Folded(path + L"\\");
+    std::wstring whole = common::Folded(path + L"\\");
+    std::replace(whole.begin(), whole.end(), L'/', L'\\');
     return whole.compare(0, folder.size(), common::Folded(folder)) == 0;
 }
 
 } // namespace
 
-void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path) {
+bool RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path) {
     std::vector<unsigned char> answer;
     DWORD code = 0;
     std::vector<std::wstring> folders;
     if (!QueryResource(disk, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, answer, code) ||
         !GetDiskLettersFromResource(disk, folders) || folders.size() != DiskJson(answer)["partitions"].size()) {
-        return;
+        return false;
     }
     std::string known;
     for (const std::wstring& folder : folders) {
         if (IsBelow(path, folder)) {
-            return;
+            return true;
         }
         known += (known.empty() ? "" : ", ") + Printable(folder);
     }
@@ -146,15 +148,19 @@ void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::
         throw Failure(Errors::NotPossible, "the data path " + Quoted(path) + " is not on " + Quoted(diskName) +
                                                ", whose paths are " + known);
     }
+    return false;
 }
 
 namespace {
 
 void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::wstring& serverGroup,
-                 const std::wstring& dataPath) {
+                 const std::wstring& dataPath, Report& report) {
     const ResourceHandle disk = RequireResource(cluster, name);
     DWORD diskClass = CLUS_RESCLASS_UNKNOWN;
-    if (ReadResourceClass(disk.get(), diskClass) == ERROR_SUCCESS && diskClass != CLUS_RESCLASS_STORAGE) {
+    const DWORD code = ReadResourceClass(disk.get(), diskClass);
+    if (code != ERROR_SUCCESS) {
+        report.AddWarning("whether " + Quoted(name) + " is a disk could not be checked: " + ErrorText(code));
+    } else if (diskClass != CLUS_RESCLASS_STORAGE) {
         throw Failure(Errors::NotPossible, Quoted(name) + " is no disk");
     }
     std::wstring owner;
@@ -172,8 +178,9 @@ void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::w
                       "the disk " + Quoted(name) + " is " + StateWord(state) + " on the node " + Quoted(owner))
             .Hint("It has to be online on this node.");
     }
-    if (!dataPath.empty()) {
-        RequirePathOnDisk(disk.get(), name, dataPath);
+    if (!dataPath.empty() && !RequirePathOnDisk(disk.get(), name, dataPath)) {
+        report.AddWarning("whether the data path " + Quoted(dataPath) + " is on " + Quoted(name) +
+                          " could not be checked: the disk does not tell the path of each of its partitions");
     }
 }
 
@@ -189,7 +196,7 @@ Parts FindParts(CCluster& cluster, const CreationRequest& request, const ServerP
     return parts;
 }
 
-Parts RequireParts(CCluster& cluster, const CreationRequest& request) {
+Parts RequireParts(CCluster& cluster, const CreationRequest& request, Report& report) {
     const ServerPlace place = FindServer(cluster, request.server);
     RequireOwnedHere(place, request.server);
     if (place.state != ClusterResourceOnline) {
@@ -205,7 +212,7 @@ Parts RequireParts(CCluster& cluster, const CreationRequest& request) {
     Parts parts = FindParts(cluster, request, place, members);
     RequirePossibleOwners(cluster, parts.attendant);
     if (request.isSingleCopy) {
-        RequireDisk(cluster, parts.disk, place.group, request.dataPath);
+        RequireDisk(cluster, parts.disk, place.group, request.dataPath, report);
     }
     return parts;
 }
@@ -228,8 +235,8 @@ std::string RefusedStep(const LibraryCall& call, const std::vector<std::wstring>
 
 } // namespace
 
-std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request) {
-    const Parts parts = RequireParts(cluster, request);
+std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request, Report& report) {
+    const Parts parts = RequireParts(cluster, request, report);
     std::vector<std::wstring> dependencies;
     for (const std::wstring& name : {parts.disk, parts.store, parts.place.networkNameResource}) {
         if (!name.empty()) {
@@ -255,12 +262,14 @@ void FailToCreate(CCluster& cluster, const CreationRequest& request, const Libra
         what += ", and whether it is there cannot be told";
     } else if (!isRefused) {
         if (!Interruption::IsPending()) {
-            RequireParts(cluster, request); // which tells what stands in the way now
+            Report unchecked;
+            RequireParts(cluster, request, unchecked); // which tells what stands in the way now
         }
         hint = "Try again.";
     }
     Failure failure =
-        isRefused ? Failure::OfCode(what + ": " + RefusedStep(last, dependencies), last.code, Errors::Refused)
+        isRefused ? Failure::OfCode(what + ": " + UnlessLost(RefusedStep(last, dependencies), last.code), last.code,
+                                    Errors::Refused)
                   : Failure(Errors::Refused, what + ": the library gave up, though the cluster refused nothing");
     failure.Hint(hint);
     throw Interruption::IsPending() ? failure.As(Errors::Interrupted) : failure;

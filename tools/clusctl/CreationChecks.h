@@ -17,8 +17,8 @@ struct CreationRequest {
 };
 
 // Throws Failure when the product's resource cannot be created. The resources that it is going to depend on, in the
-// order in which the library adds them.
-std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request);
+// order in which the library adds them. What could not be checked is a warning.
+std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequest& request, Report& report);
 
 // After the library could not create it: tells what its last call was refused, and what is left.
 [[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request, const LibraryCall& last,
@@ -28,9 +28,9 @@ std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequ
 // wants it. `record` is the new resource in detail.
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report);
 
-// Throws Failure when a path is on none of the disk's. Says nothing when the disk does not tell the path of each of its
-// partitions.
-void RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path);
+// Throws Failure when a path is on none of the disk's. False when it cannot be told: the disk does not tell the path of
+// each of its partitions.
+bool RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path);
 
 // Whether a path begins with a drive: "F:\Zyntra Gate".
 bool IsAbsolutePath(const std::wstring& path);

@@ -5,7 +5,11 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <CLI/Option.hpp>
+
 namespace {
+
+const char ExplainOption[] = "--explain";
 
 const Columns DeploymentTitles = {{"kind", "Deployment"}, {"reason", "Because"}};
 
@@ -26,7 +30,7 @@ std::string NumberSentence(HKEY key, const wchar_t* name) {
 } // namespace
 
 void AddExplain(CLI::App& command, bool& isExplained) {
-    command.add_flag("--explain", isExplained,
+    command.add_flag(ExplainOption, isExplained,
                      "Say which deployment of the product the answer is for, and which registry values make it so");
 }
 
@@ -58,8 +62,30 @@ Deployment ReadDeployment() {
     return {kind, values + " in " + name};
 }
 
+bool DependsOnDeployment(const CLI::App& command) {
+    return command.get_option_no_throw(ExplainOption) != nullptr;
+}
+
+bool IsExplained(const CLI::App& command) {
+    return DependsOnDeployment(command) && command.get_option(ExplainOption)->count() > 0;
+}
+
+Deployment DeploymentOf(const CLI::App& command) {
+    const CLI::Option* const mode = command.get_option_no_throw("--mode");
+    if (mode == nullptr || mode->count() == 0) {
+        return ReadDeployment();
+    }
+    return {KindOfCluster(mode->results().front() == "ccr" ? CVirtualServerUtil::CLUSTER_QUORUM_CCR
+                                                           : CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY),
+            ModeReason};
+}
+
+Json DeploymentJson(const Deployment& deployment) {
+    return {{"kind", deployment.kind}, {"reason", deployment.reason}};
+}
+
 void AddDeployment(const Deployment& deployment, bool isExplained, Report& report) {
-    const Json record = {{"kind", deployment.kind}, {"reason", deployment.reason}};
+    const Json record = DeploymentJson(deployment);
     if (isExplained) {
         report.AddRecord("deployment", record, DeploymentTitles);
     } else {

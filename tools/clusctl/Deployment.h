@@ -11,6 +11,9 @@ struct Deployment {
     std::string reason; // the registry values that make it so
 };
 
+// Of a kind that the option --mode names.
+constexpr char ModeReason[] = "--mode says so";
+
 // As the product's registry key says, read as the library reads it.
 Deployment ReadDeployment();
 
@@ -19,6 +22,15 @@ const char* KindOfCluster(int quorumMode);
 
 // Adds the option --explain to a command whose answer depends on the deployment.
 void AddExplain(CLI::App& command, bool& isExplained);
+
+// Whether a command's answer depends on the deployment, and whether the user asked which it is.
+bool DependsOnDeployment(const CLI::App& command);
+bool IsExplained(const CLI::App& command);
+
+// What a command that could not do its work went by.
+Deployment DeploymentOf(const CLI::App& command);
+
+Json DeploymentJson(const Deployment& deployment);
 
 // Adds "deployment" to the document, and to the readable form when `isExplained`.
 void AddDeployment(const Deployment& deployment, bool isExplained, Report& report);

@@ -139,8 +139,12 @@ private:
             return;
         }
         try {
-            RequireCreatable(m_cluster, {m_networkName, name, std::wstring(), IsSingleCopy(), std::wstring()});
-            Add("creation-possible", m_group.name, "Nothing stands in the way of creating it on this node.");
+            Report unchecked;
+            RequireCreatable(m_cluster, {m_networkName, name, std::wstring(), IsSingleCopy(), std::wstring()},
+                             unchecked);
+            Add("creation-possible", m_group.name,
+                "Nothing stands in the way of creating it on this node" +
+                    (unchecked.Warnings().empty() ? "." : ", but " + unchecked.Warnings().front() + "."));
         } catch (const Failure& failure) {
             Add("creation-blocked", m_group.name, AsSentence(failure.what()),
                 failure.Hint().empty() ? "clusctl groups " + Quoted(m_group.name) : failure.Hint());

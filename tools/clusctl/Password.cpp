@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Interruption.h"
+#include "Progress.h"
 #include "Stream.h"
 #include "Text.h"
 
@@ -86,6 +87,7 @@ void EraseValues(std::initializer_list<const char*> variables, const char* funct
 }
 
 Password FromConsole(HANDLE console) {
+    const OtherShown prompt;
     const Stream errors(STD_ERROR_HANDLE);
     errors.Write("Password: ");
     Password password(Room);
@@ -166,7 +168,7 @@ void TakePasswordFromEnvironment() {
     // A value of the same length takes the other one's place; the one that is removed would stay in the block's memory.
     SetEnvironmentVariableW(PasswordVariable, std::wstring(Taken().Size(), L'*').c_str());
     if (!SetEnvironmentVariableW(PasswordVariable, nullptr) && GetLastError() != ERROR_ENVVAR_NOT_FOUND) {
-        throw Failure("cannot take CLUSCTL_PASSWORD out of the environment: " + ErrorText(GetLastError()));
+        throw Failure::OfCode("cannot take CLUSCTL_PASSWORD out of the environment", GetLastError());
     }
     EraseValues<wchar_t>({"_wenviron", "__winitenv"}, "__p__wenviron", PasswordVariable,
                          std::size(PasswordVariable) - 1);

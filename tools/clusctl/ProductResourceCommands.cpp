@@ -109,7 +109,8 @@ Report Create(const CreateOptions& options) {
     }
     CCluster cluster;
     OpenLocalCluster(cluster);
-    const std::vector<std::wstring> dependencies = RequireCreatable(cluster, request);
+    Report report;
+    const std::vector<std::wstring> dependencies = RequireCreatable(cluster, request, report);
     Interruption::RequireNone();
     LibraryCall last;
     bool isCreated = false;
@@ -124,11 +125,10 @@ Report Create(const CreateOptions& options) {
         FailToCreate(cluster, request, last, dependencies);
     }
     RequireResource(cluster, options.name); // it is there
-    Report report;
     const Json record = ReadResource(cluster, options.name, ResourceParts::Detail, report);
     WarnOfMissingParts(cluster, request, record, report);
     report.AddRecords("resources", Json::array({record}), ResourceTitles(), std::string());
-    AddDeployment({KindOfCluster(mode), options.mode.empty() ? ReadDeployment().reason : "--mode says so"},
+    AddDeployment({KindOfCluster(mode), options.mode.empty() ? ReadDeployment().reason : ModeReason},
                   options.isExplained, report);
     return report;
 }

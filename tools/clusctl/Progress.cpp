@@ -10,7 +10,13 @@
 namespace {
 
 const std::chrono::milliseconds Interval(250);
+const std::chrono::seconds Quiet(2);
 const size_t LongestName = 48; // the line has to fit into a narrow terminal: one that wraps cannot be erased
+
+// Who has the terminal, which is the command's own line only when nothing else is shown.
+std::mutex Terminal;
+int Shown = 0;
+Progress* CommandsOwn = nullptr;
 
 // The platform's own calls: the library's would fill the log with the polling.
 CLUSTER_RESOURCE_STATE ReadState(HCLUSTER cluster, const std::wstring& name) {
@@ -63,8 +69,18 @@ Progress::Progress(const LogCapture& log, const Names& resources)
 }
 
 Progress::Progress(const LogCapture& log, const std::function<std::string()>& describe)
-    : m_describe(describe), m_errors(STD_ERROR_HANDLE) {
+    : Progress(log, describe, Patience::None) {
+}
+
+Progress::Progress(const LogCapture& log, const std::function<std::string()>& describe, Patience patience)
+    : m_describe(describe), m_patience(patience), m_errors(STD_ERROR_HANDLE) {
     if (m_describe && IsWanted(log)) {
+        if (m_patience == Patience::None) {
+            m_shown = std::make_unique<const OtherShown>();
+        } else {
+            const std::lock_guard<std::mutex> terminal(Terminal);
+            CommandsOwn = this;
+        }
         m_thread = std::thread([this]() {
             try {
                 Run();
@@ -83,29 +99,59 @@ Progress::~Progress() {
         }
         m_wake.notify_one();
         m_thread.join();
+        const std::lock_guard<std::mutex> terminal(Terminal);
+        CommandsOwn = CommandsOwn == this ? nullptr : CommandsOwn;
+        Erase();
     }
 }
 
 void Progress::Run() {
     const auto start = std::chrono::steady_clock::now();
-    size_t drawn = 0;
+    auto quietSince = start;
     std::unique_lock<std::mutex> lock(m_mutex);
     while (!m_wake.wait_for(lock, Interval, [this]() { return m_isDone; })) {
         lock.unlock();
-        const auto passed = std::chrono::steady_clock::now() - start;
-        std::string line = m_describe() + ", " +
-                           std::to_string(std::chrono::duration_cast<std::chrono::seconds>(passed).count()) + " s";
-        const size_t length = CharacterCount(line);
-        if (length < drawn) {
-            line.append(drawn - length, ' ');
+        const auto now = std::chrono::steady_clock::now();
+        const std::string line = m_describe() + ", " +
+                                 std::to_string(std::chrono::duration_cast<std::chrono::seconds>(now - start).count()) +
+                                 " s";
+        if (m_patience == Patience::None) {
+            Draw(line);
+        } else {
+            const std::lock_guard<std::mutex> terminal(Terminal);
+            quietSince = Shown != 0 ? now : quietSince;
+            if (now - quietSince >= Quiet) {
+                Draw(line);
+            }
         }
-        drawn = length > drawn ? length : drawn;
-        m_errors.Write("\r" + line);
         lock.lock();
     }
-    if (drawn != 0) {
-        m_errors.Write("\r" + std::string(drawn, ' ') + "\r");
+}
+
+void Progress::Draw(const std::string& line) {
+    const size_t length = CharacterCount(line);
+    m_errors.Write("\r" + line + std::string(length < m_drawn ? m_drawn - length : 0, ' '));
+    m_drawn = length > m_drawn ? length : m_drawn;
+}
+
+void Progress::Erase() {
+    if (m_drawn != 0) {
+        m_errors.Write("\r" + std::string(m_drawn, ' ') + "\r");
+        m_drawn = 0;
     }
+}
+
+OtherShown::OtherShown() {
+    const std::lock_guard<std::mutex> terminal(Terminal);
+    ++Shown;
+    if (CommandsOwn != nullptr) {
+        CommandsOwn->Erase();
+    }
+}
+
+OtherShown::~OtherShown() {
+    const std::lock_guard<std::mutex> terminal(Terminal);
+    --Shown;
 }
 
 CountedProgress::CountedProgress(const LogCapture& log, const char* objects, size_t total)

@@ -8,11 +8,21 @@
 #include <atomic>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
 class LogCapture;
+
+// While it lives the line of the whole command is not shown: the terminal is needed for something else.
+class OtherShown {
+public:
+    OtherShown();
+    ~OtherShown();
+    OtherShown(const OtherShown&) = delete;
+    OtherShown& operator=(const OtherShown&) = delete;
+};
 
 // Draws while it lives, on a thread of its own; the line is gone afterwards. Silent when
 // standard error is no terminal, and when --verbose shows the library's own steps there.
@@ -25,18 +35,31 @@ public:
     Progress(const LogCapture& log, const Names& resources);
     // Shows what `describe` says, which is called on the drawing thread.
     Progress(const LogCapture& log, const std::function<std::string()>& describe);
+    // The same of a whole command, once nothing else has been shown for two seconds, and until something is.
+    enum class Patience {
+        None,
+        UntilNothingElseIsShown
+    };
+    Progress(const LogCapture& log, const std::function<std::string()>& describe, Patience patience);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
 private:
+    friend class OtherShown;
+
     void Run();
+    void Draw(const std::string& line);
+    void Erase();
 
     const std::function<std::string()> m_describe;
+    const Patience m_patience;
     const Stream m_errors;
+    size_t m_drawn = 0; // characters
     std::mutex m_mutex;
     std::condition_variable m_wake;
     bool m_isDone = false;
+    std::unique_ptr<const OtherShown> m_shown; // of a line that does not wait for others
     std::thread m_thread;
 };
 

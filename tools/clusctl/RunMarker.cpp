@@ -15,6 +15,7 @@
 namespace {
 
 const wchar_t Extension[] = L".run";
+const std::string OpeningOption = " --rw"; // the last word of a command that opens the configuration
 
 // With its separator; empty when the system names no place for it.
 std::wstring Folder() {
@@ -76,7 +77,8 @@ std::string SentenceOf(const Json& mark) {
     const std::string process = std::to_string(mark.at("process").get<unsigned long>());
     std::string text = "an earlier run was ended before it was done: " + Quoted(command) + ", process " + process +
                        ", begun " + mark.at("begun").get<std::string>() + "; it may be half done";
-    if (command.find("--rw") != std::string::npos) {
+    if (command.size() > OpeningOption.size() &&
+        command.compare(command.size() - OpeningOption.size(), std::string::npos, OpeningOption) == 0) {
         text += "; the configuration may be open for writing still: 'clusctl vcs mode ro' closes it";
     }
     for (const std::wstring& name : NamesIn(TemporaryFolder(), L"clusctl-" + common::ToUtf16(process) + L"-*")) {

@@ -114,6 +114,11 @@ void RequireNodeStarts(const CCluster& cluster, const std::wstring& name) {
     }
 }
 
+std::string UnlessLost(const std::string& refusal, DWORD code) {
+    const bool isLost = code != ERROR_CLUSTER_NODE_DOWN && KindOfCode(code, Errors::Refused).exitCode == ExitNoAnswer;
+    return isLost ? "the cluster was lost" : refusal;
+}
+
 DWORD AskAgain(const CCluster& cluster, const std::wstring& name, DWORD(WINAPI* change)(HRESOURCE)) {
     const ResourceHandle resource = OpenResource(cluster, name);
     const DWORD code = resource ? change(resource.get()) : GetLastError();

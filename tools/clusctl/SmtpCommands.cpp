@@ -65,16 +65,18 @@ Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool is
         }
         const DWORD code = Interruption::IsPending() ? refusal : AskAgain(cluster, name, &OfflineClusterResource);
         if (code != ERROR_SUCCESS) {
-            throw Failure::OfCode("cannot restart " + Quoted(name) + ": the cluster does not take it offline", code,
-                                  Errors::Refused);
+            throw Failure::OfCode("cannot restart " + Quoted(name) + ": " +
+                                      UnlessLost("the cluster does not take it offline", code),
+                                  code, Errors::Refused);
         }
         record = AwaitOffline(cluster, name, report);
     }
     if (record["state"] == "offline") { // the library does not look whether the cluster brings it online
         const DWORD code = AskAgain(cluster, name, &OnlineClusterResource);
         if (code != ERROR_SUCCESS) {
-            throw Failure::OfCode(Quoted(name) + " went offline, and the cluster does not bring it online again", code,
-                                  Errors::Refused);
+            throw Failure::OfCode(Quoted(name) + " went offline, and " +
+                                      UnlessLost("the cluster does not bring it online again", code),
+                                  code, Errors::Refused);
         }
         record = ReadResource(cluster, name, ResourceParts::Line, report);
     }

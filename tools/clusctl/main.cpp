@@ -1,8 +1,11 @@
 // clusctl: the library's own caller for administrators; see docs/clusctl.md.
+#include "Answer.h"
 #include "ClusterCommands.h"
 #include "ClusterInUse.h"
 #include "CommandLine.h"
+#include "CommandTree.h"
 #include "DelayedLibraries.h"
+#include "Deployment.h"
 #include "DiskCommand.h"
 #include "DoctorCommand.h"
 #include "HelpCommands.h"
@@ -16,6 +19,7 @@
 #include "PictureCommands.h"
 #include "Probe.h"
 #include "ProductResourceCommands.h"
+#include "Progress.h"
 #include "RecordCommand.h"
 #include "Replay.h"
 #include "RehearseCommand.h"
@@ -44,13 +48,6 @@
 
 namespace {
 
-void Print(const Stream& output, const std::string& text) {
-    const DWORD code = output.Write(text);
-    if (code != ERROR_SUCCESS) {
-        throw Failure(Errors::OutputFailed, "cannot write the output: " + ErrorText(code));
-    }
-}
-
 // The log library ignores a file that it cannot use; who named one wants to know.
 void RequireWritable(const std::wstring& logFile) {
     const DWORD code = common::AppendFile(logFile).Open();
@@ -59,117 +56,52 @@ void RequireWritable(const std::wstring& logFile) {
     }
 }
 
-Json NullIfEmpty(const std::string& text) {
-    return text.empty() ? Json() : Json(text);
+// For people who asked for it: what a command went by that could not do its work.
+Report BelievedIn(const CommandLine& commandLine, Answer& answer) {
+    Report report;
+    const CLI::App* const command = FindCommand(commandLine.Root(), commandLine.ChosenName());
+    if (command != nullptr && DependsOnDeployment(*command)) {
+        const Deployment deployment = DeploymentOf(*command);
+        answer.SetDeployment(deployment);
+        if (IsExplained(*command) && !commandLine.Shared().json) {
+            AddDeployment(deployment, true, report);
+        }
+    }
+    return report;
 }
 
-Json ErrorJson(const Failure& failure) {
-    Json error;
-    error["code"] = failure.Kind().name;
-    error["message"] = failure.what();
-    error["reason"] = failure.Win32() == 0 ? Json() : NullIfEmpty(SystemText(failure.Win32()));
-    error["win32"] = failure.Win32() == 0 ? Json() : Json(failure.Win32());
-    error["hint"] = NullIfEmpty(failure.Hint());
-    return {{"error", error}};
+// "vcs product create EVS1 --rw": what the command is told to change, without its other options.
+std::string NamedCommand(const CommandLine& commandLine) {
+    std::string text = commandLine.ChosenName();
+    const CLI::App* const command = FindCommand(commandLine.Root(), text);
+    for (const CLI::Option* argument : ArgumentsOf(*command)) {
+        for (const std::string& word : argument->results()) {
+            text += word.find(' ') == std::string::npos ? " " + word : " '" + word + "'";
+        }
+    }
+    return commandLine.OpensConfiguration() ? text + " --rw" : text;
 }
 
-std::string ErrorText(const Failure& failure) {
-    const std::string text = std::string("clusctl: ") + failure.what() + "\n";
-    return failure.Hint().empty() ? text : text + "  " + failure.Hint() + "\n";
+// What is said of models themselves asks no cluster, so that it may be asked of one that no simulator reads.
+bool AsksNone(const CommandLine& commandLine) {
+    return StartsWith(commandLine.ChosenName(), "model ");
 }
 
-// Shows a command's answer, and why it is not the one that was asked for if it is not.
-class Answer {
-public:
-    Answer(const Stream& output, const Stream& errors, bool isJson, bool isRehearsal)
-        : m_output(output), m_errors(errors), m_isJson(isJson), m_isRehearsal(isRehearsal) {
+// For a progress line; none of a command that draws a page itself, or that others print.
+std::function<std::string()> CommandProgress(const CommandLine& commandLine, const LogCapture& log) {
+    const CLI::App* const command = FindCommand(commandLine.Root(), commandLine.ChosenName());
+    const CLI::Option* const watch = command->get_option_no_throw("--watch");
+    if (commandLine.IsRehearsal() || AsksNone(commandLine) || (watch != nullptr && watch->count() > 0)) {
+        return nullptr;
     }
-
-    // Said whatever comes of the command: who answered, and the library's own lines, which are detail only.
-    void SetBesides(const Simulation& simulation, bool isSimulated, const std::vector<std::string>& log) {
-        const std::wstring& rehearsed = RehearsedRun::Rehearsed();
-        const std::wstring& file = rehearsed.empty() ? simulation.File() : rehearsed;
-        if (m_isRehearsal) {
-            m_errors.Write("clusctl: simulated: a rehearsal on a copy of " + QuotedPath(file) + "\n");
-        } else if (isSimulated && !RehearsedRun::IsOne()) { // of a rehearsed command the rehearsal says it
-            m_errors.Write(
-                "clusctl: simulated: the answers come from " +
-                (file.empty() ? "a simulator without a file: " + Printable(simulation.Variable()) + " does not name one"
-                              : QuotedPath(file)) +
-                "\n");
-        }
-        m_log = log;
-        m_besides = {{"log", log},
-                     {"simulated",
-                      !isSimulated && !m_isRehearsal ? Json() : Json(file.empty() ? std::wstring(L"no file") : file)}};
-        m_besides.update(m_tools);
+    if (commandLine.Asked() == Answering::Vcs) {
+        return [describe = DescribeProgress(log)]() {
+            const std::string tool = describe();
+            return tool.empty() ? std::string("asking the cluster") : tool;
+        };
     }
-
-    // The files of the VCS tools that the command runs.
-    void SetTools(const std::vector<VcsToolFile>& tools) {
-        Json records = Json::array();
-        for (const VcsToolFile& tool : tools) {
-            records.push_back({{"name", tool.tool}, {"file", TextOrNull(tool.path)}});
-            m_errors.Write("clusctl: " + Printable(tool.tool) + " is " +
-                           (tool.path.empty() ? "not on the search path" : QuotedPath(tool.path)) + "\n");
-        }
-        m_tools = {{"tools", records}};
-    }
-
-    void Show(Report report) const {
-        Warn(report.Warnings());
-        ShowLog();
-        if (!report.IsPrinted()) {
-            Print(m_output, m_isJson ? std::move(report).ToJson(m_besides) : report.ToText());
-        }
-    }
-
-    // The same for the last thing that is shown: false when it could not be written, which is said.
-    bool TryShow(Report report, bool hasChanged) const {
-        try {
-            Show(std::move(report));
-            return true;
-        } catch (const Failure& unwritten) {
-            m_errors.Write(ErrorText(Failure(unwritten.what() + std::string(hasChanged ? "; the work was done" : ""))));
-            return false;
-        }
-    }
-
-    // `shown`: what there is to show of the work done until then, if anything.
-    void Show(const Failure& failure, const Report& shown) const {
-        Json besides = ErrorJson(failure);
-        besides.update(m_besides);
-        try {
-            Print(m_output, m_isJson ? Report(shown).ToJson(besides) : shown.ToText());
-        } catch (const Failure& unwritten) {
-            m_errors.Write(ErrorText(unwritten)); // the failure itself is told all the same
-        }
-        Warn(shown.Warnings());
-        m_errors.Write(ErrorText(failure));
-        ShowLog();
-    }
-
-private:
-    void Warn(const std::vector<std::string>& warnings) const {
-        for (const std::string& warning : warnings) {
-            m_errors.Write("clusctl: warning: " + warning + "\n");
-        }
-    }
-
-    void ShowLog() const {
-        for (const std::string& line : m_log) {
-            m_errors.Write("clusctl: log: " + line + "\n");
-        }
-    }
-
-    const Stream& m_output;
-    const Stream& m_errors;
-    bool m_isJson;
-    bool m_isRehearsal;
-    std::vector<std::string> m_log;
-    Json m_besides = {{"log", Json::array()}, {"simulated", nullptr}};
-    Json m_tools = Json::object();
-};
+    return []() { return std::string("asking the cluster"); };
+}
 
 // Does the command's work, and tells what an interruption leaves.
 Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
@@ -179,8 +111,7 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
     }
     std::unique_ptr<const RunMarker> marker;
     if (commandLine.Changes() && !RehearsedRun::IsOne()) {
-        marker = std::make_unique<const RunMarker>(commandLine.ChosenName() +
-                                                   (commandLine.OpensConfiguration() ? " --rw" : ""));
+        marker = std::make_unique<const RunMarker>(NamedCommand(commandLine));
     }
     const bool asksVcs = commandLine.Asked() == Answering::Vcs;
     const bool isVcs = asksVcs && !commandLine.IsRehearsal(); // whose tools change a copy only
@@ -190,6 +121,7 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
     }
     Report report;
     try {
+        const Progress progress(log, CommandProgress(commandLine, log), Progress::Patience::UntilNothingElseIsShown);
         report = commandLine.Chosen()(log);
     } catch (const WrongUsage&) {
         throw;
@@ -238,11 +170,6 @@ std::vector<VcsToolFile> CheckedTools(const CommandLine& commandLine, Answer& an
         RequireTrustedTools(tools);
     }
     return tools;
-}
-
-// What is said of models themselves asks no cluster, so that it may be asked of one that no simulator reads.
-bool AsksNone(const CommandLine& commandLine) {
-    return StartsWith(commandLine.ChosenName(), "model ");
 }
 
 // Decides whom the command asks, and loads what that takes.
@@ -322,7 +249,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     } catch (const Failure& failure) {
         setBesides();
         if (!IsCheck(commandLine) || failure.Kind().exitCode == ExitInterrupted) {
-            answer.Show(failure, withKilled(Report()));
+            answer.Show(failure, withKilled(BelievedIn(commandLine, answer)));
             return failure.Kind().exitCode;
         }
         report = CheckReport(failure);
