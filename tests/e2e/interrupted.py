@@ -8,14 +8,15 @@ HELD_UP = 800 # milliseconds: how long that run, or call, is held up, so that it
 
 def once(case, how, number, arguments, variables):
     """Presses Ctrl+C ("ctrl-c"), twice ("twice"), when the run is over ("later"), closes the console ("close"), ends the session
-    ("logoff"), or ends clusctl ("kill"). What clusctl says, its exit code, the mode of the configuration and how many temporary
+    ("logoff"), ends clusctl ("kill"), or presses Ctrl+C in a run that hangs ("hang"). What clusctl says, its exit code, the mode of the configuration and how many temporary
     files are left."""
     held = case.folder / "held.json"
     counts = case.folder / "held.json.counts"
     counts.unlink(missing_ok=True)
-    held.write_text(json.dumps([f"*#{number}=delay_ms:{HELD_UP}"]), encoding="ascii")
+    effect = "hang" if how == "hang" else f"delay_ms:{HELD_UP}"
+    held.write_text(json.dumps([f"*#{number}={effect}"]), encoding="ascii")
     program, case.program = case.program, case.runner.bin / "e2e" / "interrupt-tool.exe"
-    key, pause = ("ctrl-c", 2 * HELD_UP) if how == "later" else (how, 100)
+    key, pause = ("ctrl-c", 2 * HELD_UP) if how == "later" else ("ctrl-c", 300) if how == "hang" else (how, 100)
     try:
         process = case.start([key, counts.name, str(number), str(pause), str(program), *arguments],
                              {**variables, "VCSSIM_FAULTS": held.name})

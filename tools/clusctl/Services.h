@@ -10,13 +10,20 @@
 // How long VCS takes at most to show a resource online whose service runs, in seconds.
 constexpr std::uint32_t SettleTime = 10;
 
-// "running", "start pending", "stopped", "not running" or "not installed here".
-std::string ServiceStateHere(const std::wstring& service);
+struct ServiceState {
+    std::string word; // "running", "start pending", "stopped", "not running", "not installed here" or "unreadable"
+    unsigned long code = 0; // Win32 code: why it is unreadable
 
-bool IsRunningHere(const std::wstring& service);
+    bool IsRunning() const;
+    bool IsInstalled() const;
+    // The word, with the code if there is one.
+    std::string Text() const;
+};
+
+ServiceState ServiceStateHere(const std::wstring& service);
 
 // Waits until the service runs, and shows its state on a terminal meanwhile; 0 seconds: not at all. One that is not
-// installed here is not waited for. Whether it runs then.
-bool AwaitService(const LogCapture& log, const std::wstring& service, std::uint32_t seconds);
+// installed here, or unreadable, is not waited for. Its state then.
+ServiceState AwaitService(const LogCapture& log, const std::wstring& service, std::uint32_t seconds);
 
 #endif

@@ -5,6 +5,10 @@
 #include "Text.h"
 #include "VcsFolder.h"
 
+#include "common/Text.h"
+
+#include <ToolText.h>
+
 #include <algorithm>
 
 namespace {
@@ -47,8 +51,7 @@ const std::wstring& ToolRun::Output() const {
 }
 
 bool ToolRun::IsQuestion() const {
-    const auto has = [this](const char* word) { return command.find(word) != std::string::npos; };
-    return has(" -list") || has(" -display") || has(" -dep") || has(" -state") || StartsWith(command, "vcsencrypt ");
+    return recording::IsQuestion(common::ToUtf16(command));
 }
 
 ToolRuns::ToolRuns() {

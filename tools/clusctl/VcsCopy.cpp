@@ -87,7 +87,7 @@ VcsCopy::VcsCopy(const std::wstring& mainCf)
     common::FileLock lock(original.Lock());
     const common::FileLock::Turn turn(lock, LongestTurn);
     if (!turn) {
-        throw Failure("cannot lock " + Quoted(mainCf) + ": " + ErrorText(turn.Code()));
+        throw Failure::OfCode("cannot lock " + Quoted(mainCf), turn.Code());
     }
     try {
         m_folder = std::make_unique<common::TemporaryFolder>(L"clusctl");

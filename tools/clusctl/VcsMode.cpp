@@ -61,7 +61,7 @@ Report OpenConfiguration::Tell(const LogCapture& log, const ToolWatch& watch, bo
     try {
         report = tell();
     } catch (Failure& failure) {
-        if (!watch.ClosingProblems().empty()) {
+        if (watch.HasOpened() && !watch.ClosingProblems().empty()) {
             const std::string hint = failure.Hint().empty() ? std::string() : failure.Hint() + " ";
             failure.Hint(hint + "Besides, " + StillOpen + ": " + HowToClose);
         }

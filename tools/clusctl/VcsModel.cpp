@@ -169,6 +169,9 @@ private:
                 return true;
             }
         } catch (const common::FileError& error) {
+            if (!m_source.configuration.empty()) {
+                throw Failure::OfCode(Quoted(file) + " is not used", error.Code());
+            }
             reason = ErrorText(error.Code());
         } catch (const vcssim::CfError& error) {
             reason = "line " + std::to_string(error.Line()) + ": " + error.what();

@@ -117,7 +117,8 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options) {
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
     plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataPath;
     if (plan.info.sDataPath.empty()) {
-        throw Failure("the product's settings name no data root: --data-path has to give a path on the shared disk");
+        throw Failure(Errors::WrongUsage, // as of "resource create"
+                      "the product's settings name no data root: --data-path has to give a path on the shared disk");
     }
     const std::string reason = ReasonAgainstDataPath(plan.info.sDataPath);
     if (!reason.empty()) {
@@ -231,11 +232,12 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     Json records = Json::array();
     for (const Member& member : MembersOf(options, plan.info)) {
         if (!Contains(after, member.name)) {
-            throw Failure(what + ": " + Quoted(member.name) + " is missing");
+            throw Failure(Errors::Refused, what + ": " + Quoted(member.name) + " is missing");
         }
         if (!member.service.empty() &&
             !Contains(ListResourcesOfService(log, plan.info.sGroupName, member.service), member.name)) {
-            throw Failure(what + ": " + Quoted(member.name) + " does not run the service " + Quoted(member.service));
+            throw Failure(Errors::Refused,
+                          what + ": " + Quoted(member.name) + " does not run the service " + Quoted(member.service));
         }
         for (const std::wstring& child : member.children) {
             RequireDependency(member.name, child,
@@ -244,7 +246,8 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
         records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
     }
     if (!Contains(ListRegistryReplications(log, plan.info.sGroupName), plan.info.sRegRepResName)) {
-        throw Failure(what + ": " + Quoted(plan.info.sRegRepResName) + " does not replicate the product's key");
+        throw Failure(Errors::Refused,
+                      what + ": " + Quoted(plan.info.sRegRepResName) + " does not replicate the product's key");
     }
     return records;
 }
@@ -282,7 +285,8 @@ void WarnOfWhatIsNotOn(const LogCapture& log, const ProductCreateOptions& option
         return;
     }
     const bool isAwaited = options.delayOnline > 0;
-    const bool isRunning = isAwaited && IsRunningHere(HostService);
+    const ServiceState host = isAwaited ? ServiceStateHere(HostService) : ServiceState();
+    const bool isRunning = host.IsRunning();
     for (const Member& member : MembersOf(options, info)) {
         if (!member.service.empty()) {
             const bool isShownSoon = isRunning && member.service == HostService;
@@ -290,7 +294,7 @@ void WarnOfWhatIsNotOn(const LogCapture& log, const ProductCreateOptions& option
         }
     }
     if (isAwaited && !isRunning) {
-        report.AddWarning("the service " + Quoted(HostService) + " is " + ServiceStateHere(HostService));
+        report.AddWarning("the service " + Quoted(HostService) + " is " + host.Text());
     }
 }
 

@@ -51,10 +51,20 @@ std::uint32_t TimeoutOf(const WaitOptions& wait, const std::wstring& system) {
     return wait.isTimeoutGiven ? wait.timeout : IsThisComputer(system) ? UsualTimeout : 0;
 }
 
+// One that is not installed here, or whose state cannot be read, is no time-out.
 void RequireStarted(const LogCapture& log, const std::wstring& service, std::uint32_t timeout) {
-    if (timeout > 0 && !AwaitService(log, service, timeout)) {
-        throw Failure(Errors::TimedOut, "the resource was switched on, but the service " + Quoted(service) + " is " +
-                                            ServiceStateHere(service));
+    if (timeout == 0) {
+        return;
+    }
+    const ServiceState state = AwaitService(log, service, timeout);
+    if (state.code != 0) {
+        throw Failure::OfCode("the resource was switched on, but the state of the service " + Quoted(service) +
+                                  " cannot be read",
+                              state.code, Errors::Incomplete);
+    }
+    if (!state.IsRunning()) {
+        throw Failure(state.IsInstalled() ? Errors::TimedOut : Errors::NotFound,
+                      "the resource was switched on, but the service " + Quoted(service) + " is " + state.word);
     }
 }
 
@@ -172,6 +182,17 @@ Report SwitchReport(const SwitchOptions& options, const std::wstring& resource, 
     return report;
 }
 
+// That VCS took the switch; of a system that there is not that is said.
+void RequireTold(const LogCapture& log, const ToolWatch& watch, bool isDone, const std::wstring& system,
+                 const std::string& what) {
+    const std::vector<ToolProblem> problems = watch.Problems();
+    if (watch.IsRefused()) {
+        RequireVcsSystem(log, system, what);
+        throw ToolFailure(what, problems);
+    }
+    watch.Require(isDone, what);
+}
+
 Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
     const std::string what =
         "cannot switch the service " + Quoted(options.service) + " of " + Quoted(options.group) + " on";
@@ -183,14 +204,16 @@ Report SwitchOn(const LogCapture& log, const SwitchOptions& options) {
         isThere = CVeritasCluster().CheckIfGenericServiceResourceExistsAndTurnItOn(
             options.group.c_str(), options.service.c_str(), options.node.c_str(), NoWait);
     }
-    watch.Require(isThere, what);
+    RequireTold(log, watch, isThere, options.node, what);
     const std::uint32_t timeout = TimeoutOf(options.wait, options.node);
     RequireStarted(log, options.service, timeout);
-    const std::wstring state = StateOn(ReadResourceStates(log, resource), options.node);
-    return SwitchReport(options, resource, true, state,
-                        "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) + " on at " +
-                            Quoted(options.node) +
-                            (timeout > 0 ? "; the service is running." : "; it was not waited for."));
+    const std::wstring state = AwaitOnline(log, resource, options.node, Deadline(timeout > 0 ? SettleTime : 0));
+    Report report = SwitchReport(options, resource, true, state,
+                                 "VCS switches " + Quoted(options.service) + " of " + Quoted(options.group) +
+                                     " on at " + Quoted(options.node) +
+                                     (timeout > 0 ? "; the service is running." : "; it was not waited for."));
+    JudgeSwitched({resource, options.node, true}, state, what, report);
+    return report;
 }
 
 Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
@@ -202,7 +225,7 @@ Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
     {
         const Progress progress(log, DescribeProgress(log));
         const bool isDone = CVeritasCluster().TurnOnOrOffResource(resource.c_str(), options.node.c_str(), false);
-        watch.Require(isDone, what);
+        RequireTold(log, watch, isDone, options.node, what);
         if (timeout > 0 && !AwaitOffline(log, resource, options.node, Deadline(timeout))) {
             throw Failure(Errors::TimedOut, what + ": " + Quoted(resource) + " is still online on " +
                                                 Quoted(options.node) + " after " + std::to_string(timeout) + " s");
@@ -210,10 +233,12 @@ Report SwitchOff(const LogCapture& log, const SwitchOptions& options) {
     }
     const std::wstring state = StateOn(ReadResourceStates(log, resource), options.node);
     const std::string subject = Quoted(options.service) + " of " + Quoted(options.group);
-    return SwitchReport(options, resource, false, state,
-                        timeout > 0 ? subject + " is off at " + Quoted(options.node) + "."
-                                    : "VCS switches " + subject + " off at " + Quoted(options.node) +
-                                          "; it was not waited for.");
+    Report report = SwitchReport(options, resource, false, state,
+                                 timeout > 0 ? subject + " is off at " + Quoted(options.node) + "."
+                                             : "VCS switches " + subject + " off at " + Quoted(options.node) +
+                                                   "; it was not waited for.");
+    JudgeSwitched({resource, options.node, false}, state, what, report);
+    return report;
 }
 
 void AddTimeout(CLI::App& command, WaitOptions& wait,

@@ -5,14 +5,18 @@
 #include "VcsConditions.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
+#include "VcsTable.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
 #include <clus_VeritasCluster.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
+
+const wchar_t GlobalSystem[] = L"global"; // of a value that holds on all
 
 const Columns DependencyTitles = {
     {"resource", "Resource"},
@@ -85,33 +89,66 @@ Report Dependencies(const LogCapture& log, const std::wstring& resource) {
     return report;
 }
 
+// Of an attribute that is kept per system, as VCS showed them last; none of one that holds on all.
+Json ValuesOfSystems(const ToolWatch& watch, const AttributeName& attribute) {
+    Json records = Json::array();
+    const std::vector<ToolRun> runs = watch.Runs();
+    for (const VcsRow& row : ReadVcsTable(runs.empty() ? std::wstring() : runs.back().Output())) {
+        if (row.object == attribute.resource && row.attribute == attribute.name && row.system != GlobalSystem) {
+            records.push_back({{"system", row.system}, {"value", TextOrNull(row.value)}});
+        }
+    }
+    return records;
+}
+
+// A line for each system of an attribute that is kept per system.
+std::string ValueText(const Json& value, const Json& systems) {
+    if (systems.empty()) {
+        return Printable(value.get<std::string>());
+    }
+    std::string text;
+    for (const Json& record : systems) {
+        text += (text.empty() ? "" : "\n") + Printable(record["system"].get<std::string>()) + ": " +
+                (record["value"].is_null() ? "-" : Printable(record["value"].get<std::string>()));
+    }
+    return text;
+}
+
 Report Attribute(const LogCapture& log, const AttributeName& attribute) {
     const ToolWatch watch(log);
     const Json value = ReadVcsAttribute(attribute.resource, attribute.name);
     const std::string what =
         "cannot read the attribute " + Quoted(attribute.name) + " of " + Quoted(attribute.resource);
     if (watch.IsRefused()) {
+        const std::vector<ToolProblem> problems = watch.Problems();
         RequireVcsResource(log, attribute.resource, what);
+        throw ToolFailure(what, problems).As(Errors::NotFound); // the attribute, then
     }
-    watch.Require(!value.is_null(), what + (watch.Problems().empty() ? ": it has no value" : ""));
+    const Json systems = ValuesOfSystems(watch, attribute);
+    const bool hasValue = !value.is_null() || std::any_of(systems.begin(), systems.end(), [](const Json& record) {
+        return !record["value"].is_null();
+    });
+    watch.Require(hasValue, what + (watch.Problems().empty() ? ": it has no value" : ""));
     Report report;
-    report.AddSentence("attribute", {{"resource", attribute.resource}, {"name", attribute.name}, {"value", value}},
-                       Printable(value.get<std::string>()));
+    report.AddSentence(
+        "attribute",
+        {{"resource", attribute.resource}, {"name", attribute.name}, {"value", value}, {"systems", systems}},
+        ValueText(value, systems));
     return report;
 }
 
 Report OnlineNode(const LogCapture& log, const std::wstring& group, bool acceptsPartial) {
     const GroupState state = ReadGroupState(log, group);
-    const bool isOnline = state.IsOnline() || (acceptsPartial && state.IsPartlyOnline());
+    const bool isAccepted = state.IsOnline() || (acceptsPartial && state.IsPartlyOnline());
     const std::string place = std::string(state.word) + " on " + Printable(state.system);
     Report report;
     report.AddSentence("onlineNode",
                        {{"group", group},
-                        {"online", isOnline},
-                        {"system", isOnline ? TextOrNull(state.system) : Json()},
+                        {"online", state.IsOnline()},
+                        {"system", isAccepted ? TextOrNull(state.system) : Json()},
                         {"state", state.word},
                         {"states", StateRecords(state.states)}},
-                       Quoted(group) + (isOnline                 ? " is " + place + "."
+                       Quoted(group) + (isAccepted               ? " is " + place + "."
                                         : state.IsPartlyOnline() ? " is online on no system; it is " + place + "."
                                                                  : " is online on no system."));
     return report;

@@ -258,6 +258,7 @@ Report Switch(const LogCapture& log, const SwitchOptions& options, bool isOnline
         {{"resource", options.name}, {"system", options.system}, {"online", isOnline}, {"state", TextOrNull(state)}},
         "VCS switches " + Quoted(options.name) + " " + direction + " on " + Quoted(options.system) +
             "; the new state is not awaited. VCS shows " + ShownState(state) + ".");
+    JudgeSwitched({options.name, options.system, isOnline}, state, what, report);
     return report;
 }
 

@@ -63,7 +63,7 @@ Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
     Json record;
     record["networkName"] = NetworkName(log, info, report);
     record["group"] = info.sGroupName;
-    record["online"] = state.IsOnline() || state.IsPartlyOnline();
+    record["online"] = state.IsOnline();
     record["onlineNode"] = TextOrNull(state.system);
     record["state"] = state.word;
     record["storeResource"] = TextOrNull(info.sExchangeResName);

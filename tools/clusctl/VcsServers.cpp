@@ -10,6 +10,8 @@
 #include "common/Text.h"
 
 #include <algorithm>
+#include <sstream>
+#include <vector>
 
 using namespace clus::veritas;
 
@@ -143,6 +145,57 @@ VcsNames ListRegistryReplications(const LogCapture& log, const std::wstring& gro
     return found;
 }
 
+namespace {
+
+const char SystemsKind[] = "systems";
+
+// The first lines of what a tool listed, as words.
+std::vector<VcsNames> ListedLines(const ToolWatch& watch, size_t most) {
+    std::vector<VcsNames> lines;
+    const std::vector<ToolRun> runs = watch.Runs();
+    std::wistringstream output(runs.empty() ? std::wstring() : runs.back().Output());
+    for (std::wstring line; lines.size() < most && std::getline(output, line);) {
+        std::wistringstream words(line);
+        VcsNames each;
+        for (std::wstring word; words >> word;) {
+            each.push_back(word);
+        }
+        if (!each.empty()) {
+            lines.push_back(each);
+        }
+    }
+    return lines;
+}
+
+[[noreturn]] void FailAsNoList(const std::string& what, const std::string& reason) {
+    throw Failure(what + ": the answer of VCS is no list of names: " + reason);
+}
+
+// Two words that a tool prints look like an object and its system. Of a single line it is asked whether it is one:
+// more lines than one are no sentence that somebody prints.
+void RequireSystems(const LogCapture& log, const std::vector<VcsNames>& lines, const std::string& what) {
+    if (lines.size() != 1 || lines.front().size() < 2) {
+        return;
+    }
+    VcsNames systems;
+    const ToolWatch watch(log);
+    watch.Require(CVeritasCluster().EnumSystemNames(systems, nullptr), what);
+    if (!Contains(systems, lines.front()[1])) {
+        FailAsNoList(what, "there is no system " + Quoted(lines.front()[1]));
+    }
+}
+
+// A system stands alone in its line.
+void RequireOneEach(const std::vector<VcsNames>& lines, const std::string& what) {
+    for (const VcsNames& line : lines) {
+        if (line.size() > 1) {
+            FailAsNoList(what, Quoted(line[0] + L" " + line[1]) + " is no system");
+        }
+    }
+}
+
+} // namespace
+
 VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind, const NameValuePairList& filter) {
     const std::string what = std::string("cannot list the ") + kind;
     VcsNames names;
@@ -153,6 +206,11 @@ VcsNames ListVcsNames(const LogCapture& log, ListFunction list, const char* kind
         names.clear();
     }
     watch.RequireNames(names, what);
+    if (std::string(kind) == SystemsKind) {
+        RequireOneEach(ListedLines(watch, names.size()), what);
+    } else if (!names.empty()) {
+        RequireSystems(log, ListedLines(watch, 2), what);
+    }
     if (names.empty() && filter.empty() && !watch.HasMessage("50031")) {
         RequireVcsAnswer(log, what);
     }
@@ -226,6 +284,6 @@ void RequireVcsGroup(const LogCapture& log, const std::wstring& name, const std:
 }
 
 void RequireVcsSystem(const LogCapture& log, const std::wstring& name, const std::string& what) {
-    RequireListed(ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems"), name, Errors::NodeNotFound,
+    RequireListed(ListVcsNames(log, &CVeritasCluster::EnumSystemNames, SystemsKind), name, Errors::NodeNotFound,
                   what + ": there is no system");
 }

@@ -130,13 +130,29 @@ std::vector<std::wstring> OnlineSystems(const SystemStates& states) {
     return systems;
 }
 
-void WarnUnlessOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
-                      const Deadline& deadline, Report& report) {
+std::wstring AwaitOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                         const Deadline& deadline) {
     std::wstring state = StateOn(ReadResourceStates(log, resource), system);
     while (!IsOnline(state) && !deadline.IsOver()) {
         Pause();
         state = StateOn(ReadResourceStates(log, resource), system);
     }
+    return state;
+}
+
+void JudgeSwitched(const Switched& switched, const std::wstring& state, const std::string& what, Report& report) {
+    if (switched.isOnline && HasFlag(state, L"FAULTED")) {
+        throw Failure(what + ": VCS shows " + Quoted(switched.resource) + " as " + ShownState(state));
+    }
+    if (state.empty() || IsOnline(state) != switched.isOnline) {
+        report.AddWarning(Quoted(switched.resource) + " is not " + (switched.isOnline ? "online" : "offline") + " on " +
+                          Quoted(switched.system) + " yet: VCS shows " + ShownState(state));
+    }
+}
+
+void WarnUnlessOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                      const Deadline& deadline, Report& report) {
+    const std::wstring state = AwaitOnline(log, resource, system, deadline);
     if (!IsOnline(state)) {
         report.AddWarning(Quoted(resource) + " was switched on at " + Quoted(system) + ", but VCS shows " +
                           ShownState(state));

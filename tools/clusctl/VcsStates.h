@@ -52,6 +52,21 @@ bool IsOnline(const std::wstring& state);
 // The systems on which it is online.
 std::vector<std::wstring> OnlineSystems(const SystemStates& states);
 
+// Asks until a resource that was switched on is online, or the deadline. Its state on the system then.
+std::wstring AwaitOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,
+                         const Deadline& deadline);
+
+// What VCS was told to do.
+struct Switched {
+    std::wstring resource;
+    std::wstring system;
+    bool isOnline;
+};
+
+// Of the state that VCS shows afterwards: throws Failure when the resource is faulted instead of online, and adds a
+// warning to the report when it is not, or not yet, as it was told to be.
+void JudgeSwitched(const Switched& switched, const std::wstring& state, const std::string& what, Report& report);
+
 // Asks until a resource that was switched on is online, and adds a warning to the report when it is not so at the
 // deadline.
 void WarnUnlessOnline(const LogCapture& log, const std::wstring& resource, const std::wstring& system,

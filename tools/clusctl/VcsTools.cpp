@@ -65,8 +65,8 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
     if (!run.isStarted) {
         const bool isThere = !FindVcsTool(common::ToUtf16(ToolOf(run))).empty();
         problem.kind = isThere ? ToolProblem::Kind::NotStarted : ToolProblem::Kind::Missing;
-        problem.message =
-            isThere ? "the tool cannot be started: " + ErrorText(run.startError) : "the tool is not on the search path";
+        problem.message = isThere ? "the tool cannot be started" : "the tool is not on the search path";
+        problem.code = isThere ? run.startError : 0;
         return true;
     }
     if (run.isTooLong) {
@@ -77,13 +77,14 @@ bool FindProblem(const ToolRun& run, ToolProblem& problem) {
     }
     if (run.captureError != 0 || !run.isRead) {
         problem.kind = ToolProblem::Kind::Lost;
-        problem.message = "the tool ran, but what it said is lost" +
-                          (run.captureError == 0 ? std::string() : ": " + ErrorText(run.captureError));
+        problem.message = "the tool ran, but what it said is lost";
+        problem.code = run.captureError;
         return true;
     }
     if (run.roomError != 0) {
         problem.kind = ToolProblem::Kind::Lost;
-        problem.message = "what the tool said may have been cut: " + ErrorText(run.roomError);
+        problem.message = "what the tool said may have been cut";
+        problem.code = run.roomError;
         return true;
     }
     const std::string number = NumberOf(run.firstLine);
@@ -115,16 +116,52 @@ const ToolProblem& CauseOf(const std::vector<ToolProblem>& problems) {
                              [](const ToolProblem& one, const ToolProblem& other) { return one.kind < other.kind; });
 }
 
-Failure FailureOf(const ToolProblem& cause, const std::string& what, const std::string& lines) {
+std::string LineOf(const ToolProblem& problem) {
+    return "\n  " + Shortened(problem.command, LongestCommand) + ": " + Shortened(problem.message, LongestLine);
+}
+
+// The messages, each once, with the first command that gave it. That of `last`, if it is given, is left out.
+std::string Lines(const std::vector<ToolProblem>& problems, const ToolProblem* last = nullptr) {
+    std::vector<std::string> messages;
+    std::string text;
+    for (const ToolProblem& problem : problems) {
+        const std::string message =
+            problem.message + (problem.code == 0 ? std::string() : ": " + ErrorText(problem.code));
+        const bool isLast = last != nullptr && problem.code == last->code && problem.message == last->message;
+        if (isLast || std::find(messages.begin(), messages.end(), message) != messages.end()) {
+            continue;
+        }
+        messages.push_back(message);
+        if (messages.size() <= MostLines) {
+            text += LineOf(problem) + message.substr(problem.message.size());
+        }
+    }
+    return messages.size() <= MostLines
+               ? text
+               : text + "\n  and " + std::to_string(messages.size() - MostLines) + " more messages";
+}
+
+// With the code of the cause, whose line comes last. Of a tool or a folder that is gone nothing is "not found" that the
+// user has named.
+Failure FailureOfCode(const ToolProblem& cause, const std::string& what, const std::vector<ToolProblem>& problems) {
+    Failure failure = Failure::OfCode(what + Lines(problems, &cause) + LineOf(cause), cause.code);
+    return failure.Kind().exitCode == ExitNotFound ? failure.As(Errors::Failed) : failure;
+}
+
+Failure FailureOf(const ToolProblem& cause, const std::string& what, const std::vector<ToolProblem>& problems) {
     const std::string tool = Quoted(cause.command.substr(0, cause.command.find(' ')));
+    const std::string lines = Lines(problems);
     switch (cause.kind) {
     case ToolProblem::Kind::Missing:
         return Failure(Errors::ToolMissing,
                        what + ": the VCS tool " + tool + " is missing from the search path (PATH)" + lines);
     case ToolProblem::Kind::NotStarted:
-        return Failure(what + ": the VCS tool " + tool + " cannot be started" + lines);
-    case ToolProblem::Kind::Lost:
-        return Failure(what + ": what the VCS tool " + tool + " said is lost, or a part of it" + lines);
+    case ToolProblem::Kind::Lost: {
+        const std::string sentence = what + (cause.kind == ToolProblem::Kind::NotStarted
+                                                 ? ": the VCS tool " + tool + " cannot be started"
+                                                 : ": what the VCS tool " + tool + " said is lost, or a part of it");
+        return cause.code == 0 ? Failure(sentence + lines) : FailureOfCode(cause, sentence, problems);
+    }
     case ToolProblem::Kind::EngineDown:
         return Failure(Errors::EngineDown, what + ": the VCS engine is not running" + lines);
     case ToolProblem::Kind::ReadOnly:
@@ -136,25 +173,6 @@ Failure FailureOf(const ToolProblem& cause, const std::string& what, const std::
     default:
         return Failure(what + ": the VCS tool " + tool + " failed" + lines);
     }
-}
-
-// The messages, each once, with the first command that gave it.
-std::string Lines(const std::vector<ToolProblem>& problems) {
-    std::vector<std::string> messages;
-    std::string text;
-    for (const ToolProblem& problem : problems) {
-        if (std::find(messages.begin(), messages.end(), problem.message) != messages.end()) {
-            continue;
-        }
-        messages.push_back(problem.message);
-        if (messages.size() <= MostLines) {
-            text +=
-                "\n  " + Shortened(problem.command, LongestCommand) + ": " + Shortened(problem.message, LongestLine);
-        }
-    }
-    return messages.size() <= MostLines
-               ? text
-               : text + "\n  and " + std::to_string(messages.size() - MostLines) + " more messages";
 }
 
 } // namespace
@@ -198,6 +216,15 @@ bool ToolWatch::HasMessage(const std::string& number) const {
                        [&number](const ToolRun& run) { return NumberOf(run.firstLine) == number; });
 }
 
+bool ToolWatch::HasOpened() const {
+    const std::vector<ToolRun> runs = Runs();
+    return std::any_of(runs.begin(), runs.end(), [](const ToolRun& run) {
+        ToolProblem problem;
+        return run.isStarted && ToolOf(run) == "haconf" && run.command.find(" -makerw") != std::string::npos &&
+               (!FindProblem(run, problem) || problem.kind == ToolProblem::Kind::Lost);
+    });
+}
+
 void ToolWatch::Require(bool succeeded, const std::string& what) const {
     const std::vector<ToolProblem> problems = Problems();
     if (!problems.empty()) {
@@ -210,7 +237,7 @@ void ToolWatch::Require(bool succeeded, const std::string& what) const {
 }
 
 Failure ToolFailure(const std::string& what, const std::vector<ToolProblem>& problems) {
-    return FailureOf(CauseOf(problems), what, Lines(problems));
+    return FailureOf(CauseOf(problems), what, problems);
 }
 
 void ToolWatch::RequireNames(const VcsNames& names, const std::string& what) const {

@@ -25,6 +25,7 @@ struct ToolProblem {
     Kind kind;
     std::string command; // as ToolRun
     std::string message;
+    unsigned long code = 0; // Win32 code, of NotStarted and Lost: it belongs behind the message
 };
 
 // Watches the tools that the library runs from now on.
@@ -40,6 +41,9 @@ public:
 
     // Whether VCS answers, and does not do what it was told.
     bool IsRefused() const;
+
+    // Whether the configuration was opened, or was open when that was tried.
+    bool HasOpened() const;
 
     // Throws Failure, with what the tools said, when one of them went wrong or the library reported a failure.
     // `what`: "cannot list the systems".
