@@ -2,6 +2,8 @@
 #include "ClusterEngine.h"
 #include "Operations.h"
 
+#include <algorithm>
+
 namespace vcssim {
 
 namespace {
@@ -26,14 +28,15 @@ bool CheckNotOnline(Context& context, const CfGroup& group, const std::string& s
         context.output.Simulated("50996", subject + "being brought online on system " + system + " already");
         return false;
     }
-    for (const std::string& other : context.cluster.SystemsOf(group)) {
-        if (!context.cluster.IsParallel(group) && other != system &&
-            context.cluster.GroupState(group, other) == "PARTIAL") {
-            context.output.Simulated("50997", subject + "partially online on system " + other);
-            return false;
-        }
+    const std::vector<std::string> systems = context.cluster.SystemsOf(group);
+    const auto other = std::find_if(systems.begin(), systems.end(), [&](const std::string& place) {
+        return place != system && context.cluster.GroupState(group, place) == "PARTIAL";
+    });
+    if (other == systems.end() || context.cluster.IsParallel(group)) {
+        return true;
     }
-    return true;
+    context.output.Simulated("50997", subject + "partially online on system " + *other);
+    return false;
 }
 
 void Online(Context& context, const CfGroup& group, const std::string& system) {

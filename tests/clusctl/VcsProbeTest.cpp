@@ -16,7 +16,6 @@
 #include <set>
 #include <sstream>
 
-
 namespace {
 
 typedef std::set<std::string> Rules;

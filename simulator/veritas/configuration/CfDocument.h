@@ -104,7 +104,7 @@ public:
     void SetAttribute(const std::string& resource, const std::string& attribute, const std::string& system,
                       const std::string& written);
     void RemoveAttribute(const std::string& resource, const std::string& attribute); // of all systems
-    void AddGroup(const std::string& name); // without systems
+    void AddGroup(const std::string& name);                                          // without systems
     void AddGroupLink(const std::string& parent, const std::string& child, const std::string& relationship);
     void RemoveGroupLink(const std::string& parent, const std::string& child);
     void SetGroupAttribute(const std::string& group, const std::string& attribute, const std::string& written);
