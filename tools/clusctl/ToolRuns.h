@@ -11,7 +11,7 @@
 #include <vector>
 
 // Of a longer output clusctl takes nothing: what it makes of one takes a multiple of its size.
-const size_t LongestToolOutput = 64 * 1024 * 1024; // characters
+const size_t LongestToolOutput = size_t{64} << 20; // characters
 
 // Secrets are masked in all of it.
 struct ToolRun {

@@ -103,7 +103,7 @@ VcsNames ListAllReplications(const LogCapture& log, const std::wstring& group) {
 Json ReadKeys(const LogCapture& log, const std::wstring& replication) {
     const std::string what = "cannot read the keys of " + Quoted(replication);
     const ToolWatch watch(log);
-    const Json keys = ReadVcsAttribute(replication, KeysAttribute);
+    Json keys = ReadVcsAttribute(replication, KeysAttribute);
     watch.Require(true, what);
     if (keys.is_string() && !keys.get<std::string>().empty()) {
         return keys;
