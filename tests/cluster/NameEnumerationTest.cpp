@@ -73,6 +73,7 @@ TEST_F(NameEnumeration, AClosedClusterFailsSilently) {
     CCluster closed;
     NameList names{L"before"};
     EXPECT_FALSE(closed.EnumNames(CCluster::CCLUSTER_OBJ_RESOURCE, names));
+    EXPECT_FALSE(closed.EnumResourceNamesByType(L"clusRDLL", names));
     EXPECT_FALSE(closed.EnumNames(static_cast<CCluster::CCLUSTER_OBJ_ENUM>(7), names));
     EXPECT_EQ(names, NameList{L"before"});
     EXPECT_EQ(TakeLog(), "");

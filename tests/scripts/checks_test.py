@@ -15,6 +15,8 @@ import check_layers  # noqa: E402
 import check_log_places  # noqa: E402
 import check_size  # noqa: E402
 import choose_tests  # noqa: E402
+import coverage  # noqa: E402
+import fuzz_report  # noqa: E402
 import sources  # noqa: E402
 
 
@@ -318,6 +320,65 @@ class ChosenTests(unittest.TestCase):
 
     def test_an_exclusion_leaves_doubtful_programs_in(self):
         self.assertEqual(self.chosen("-R", "Names", "-E", "^a_test"), {"b_test", "c_test"})
+
+
+class FuzzReport(unittest.TestCase):
+    LOG = "INFO: Loaded 1 modules (200 inline 8-bit counters): 200\n#2 INITED cov: 15 ft: 9\n#9 NEW cov: 60 ft: 70\n"
+
+    def test_rows_of_the_table_are_read(self):
+        self.assertEqual(fuzz_report.rows_of("| target | runs | edges reached |\n| `a_b` | 1,234 | 56 of 7,890 |\n| all | 1 | |\n"),
+                         {"a_b": (1234, 56, 7890)})
+
+    def test_runs_are_added_to_those_of_the_table(self):
+        self.assertEqual(fuzz_report.runs_by_target("a 3\nb 4\na 5\n"), {"a": 8, "b": 4})
+        self.assertEqual(fuzz_report.merged((10, 50, 200), 5, None), (15, 50, 200))
+        self.assertEqual(fuzz_report.merged(None, 5, self.LOG), (5, 60, 200))
+
+    def test_what_was_reached_of_the_same_program_stays(self):
+        self.assertEqual(fuzz_report.merged((10, 90, 200), 5, self.LOG), (15, 90, 200))
+        self.assertEqual(fuzz_report.merged((10, 90, 300), 5, self.LOG), (15, 60, 200))
+
+
+class Coverage(unittest.TestCase):
+    TABLE = code("""
+        Before.
+        | place | left | why |
+        |---|---|---|
+        | `core/A.cpp` `TakeField`, `~CAny`; `core/B.h` `Start` | 2 | memory |
+
+        | `core/C.cpp` `Other` | 1 | another table |
+        """)
+    LISTED = {("src/core/A.cpp", "TakeField"): 1, ("src/core/A.cpp", "~CAny"): 1, ("src/core/B.h", "Start"): 0}
+
+    def compared(self, more=None):
+        left = {place: count for place, count in self.LISTED.items() if count}
+        left.update(more or {})
+        return coverage.compared(left, coverage.listed_places(self.TABLE))
+
+    def test_a_function_s_name_is_bare(self):
+        for demangled, name in (
+                ("clus::(anonymous namespace)::Text::TakeField(unsigned long&)", "TakeField"),
+                ("CAny::~CAny()", "~CAny"),
+                ("CVeritasCluster::Names[abi:cxx11](std::vector<std::pair<int, int> > const&) const", "Names"),
+                ("void clus::Add<std::vector<wchar_t> >(std::vector<wchar_t>&)", "Add"),
+                ("clus::Run(int)::{lambda(int)#1}::operator()(int) const", "operator")):
+            self.assertEqual(coverage.bare_name(demangled), name)
+
+    def test_places_of_the_table_are_read(self):
+        self.assertEqual(coverage.listed_places(self.TABLE), [(set(self.LISTED), 2)])
+
+    def test_what_is_left_has_to_be_listed(self):
+        more = {("src/core/B.h", "Start"): 0}
+        self.assertEqual(self.compared(more=more), [])
+        self.assertEqual(self.compared(more={**more, ("src/core/A.cpp", "Else"): 1}),
+                         ["src/core/A.cpp, Else: 1 left, and not listed"])
+
+    def test_no_more_may_be_left_than_is_told(self):
+        self.assertEqual(self.compared(more={("src/core/B.h", "Start"): 1}),
+                         ["TakeField, ~CAny, Start: 3 left instead of 2"])
+
+    def test_what_is_listed_has_to_be_left(self):
+        self.assertEqual(self.compared(), ["src/core/B.h, Start: listed, and nothing is left"])
 
 
 if __name__ == "__main__":
