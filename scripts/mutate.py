@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Changes src/ in one small place at a time and tells which changes no unit test notices.
 
-usage: mutate.py BUILD_TREE [COUNT] [--seed N] [--jobs J] [--only TEXT]
+usage: mutate.py BUILD_TREE [COUNT] [--seed N] [--jobs J] [--only TEXT] [--patience N]
 
 COUNT mutants (default 100) are taken from all over src/, or from the files with TEXT in their names; the seed (default 1) says
 which. Each is compiled and linked to a clusutil.dll of its own, beside copies of the test programs in BUILD_TREE/../mutation;
-src/ itself is not touched. A mutant is caught when a test fails, crashes or takes too long. Those that do not compile, and those
+src/ itself is not touched. A mutant is caught when a test fails, crashes or takes N times as long (default 3) as without it, and
+20 seconds: more patience is for a machine with much else to do. Those that do not compile, and those
 of which the compiler makes the same code, are not counted. What is known from an earlier run with the same sources is kept.
 
 Survivors are printed with what was changed. One that is no other behaviour is listed, with the reason, in
@@ -108,7 +109,8 @@ class Results:
 class Laboratory:
     """The worker folders, and what the tests do with the library as it is."""
 
-    def __init__(self, build, work, jobs):
+    def __init__(self, build, work, jobs, patience):
+        self.patience = patience
         self.tree = trees.Tree(build, work)
         self.work = work
         self.workers = queue.Queue()
@@ -199,7 +201,7 @@ class Laboratory:
             if self.tree.link(folder, mutant.file):
                 return "not compiled", None
             for program, choice in self.rounds(mutant.file):
-                code, output = wine.run(program, 3 * self.seconds[program] + 20, "--gtest_fail_fast", choice)
+                code, output = wine.run(program, self.patience * self.seconds[program] + 20, "--gtest_fail_fast", choice)
                 if code != 0:
                     return "caught", (trees.failed_tests(output) or [program])[0]
             return "survived", None
@@ -277,6 +279,7 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--only", default="")
+    parser.add_argument("--patience", type=float, default=3)
     options = parser.parse_args()
 
     texts = {str(file.relative_to(ROOT)): file.read_text(encoding="utf-8") for file in product_sources("src")}
@@ -290,7 +293,7 @@ def main():
     work.mkdir(parents=True, exist_ok=True)
     programs = "".join(trees.digest(build / "bin" / (program + ".exe")) for program in trees.PROGRAMS)
     results = Results(work / "results.jsonl", hashlib.sha256(programs.encode()).hexdigest())
-    laboratory = Laboratory(build, work, options.jobs)
+    laboratory = Laboratory(build, work, options.jobs, options.patience)
     signal.signal(signal.SIGTERM, lambda number, frame: sys.exit(128 + number))
     try:
         laboratory.open()

@@ -158,6 +158,7 @@ TEST(ToolSecretInAMessage, HidesTheWholeTextWhenTheSecretIsNotAscii) {
     EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10 bad\n", L"\u0080"), L"VCS ERROR V-16-1-10 ***\n"); // the first such
     EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10 bad\n", L"\x7f"), L"VCS ERROR V-16-1-10 bad\n");   // the last one before
     EXPECT_EQ(Messages(L"VCS ERROR V-16-1-10", L"p\u00e4ss"), L"VCS ERROR V-16-1-10");
+    EXPECT_EQ(Messages(L"VCS ERROR bad p\u00c3\u00a4ss\n", L"p\u00e4ss"), L"VCS ERROR ***\n"); // without a number
 }
 
 TEST(TextEraser, LeavesNothing) {

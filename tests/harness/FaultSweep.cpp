@@ -1,18 +1,12 @@
 #include "FaultSweep.h"
 
+#include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <new>
 
 namespace harness {
 
 namespace {
-
-const DWORD Codes[] = {ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY, ERROR_DISK_FULL, RPC_S_SERVER_UNAVAILABLE};
-
-bool IsEverySweep() {
-    return GetEnvironmentVariableW(L"CLUSUTIL_SWEEP", nullptr, 0) != 0;
-}
 
 // What calls on open handles give then.
 DWORD CodeAfter(const SweepEvent& event) {
@@ -26,8 +20,21 @@ DWORD CodeAfter(const SweepEvent& event) {
 
 const std::vector<SweepEvent> SweepEvents = {ServiceStops, HandlesGoStale, {"move", "EVS1", "NODE-B"}};
 
-std::vector<DWORD> CodesOfFailingCalls() {
-    return std::vector<DWORD>(std::begin(Codes), IsEverySweep() ? std::end(Codes) : std::begin(Codes) + 1);
+const std::vector<DWORD>& CodesOfFailingCalls() {
+    static const std::vector<DWORD> codes = {ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY, RPC_S_SERVER_UNAVAILABLE,
+                                             ERROR_DISK_FULL};
+    return codes;
+}
+
+bool IsWholeSweep() {
+    return GetEnvironmentVariableW(L"CLUSUTIL_SWEEP", nullptr, 0) != 0;
+}
+
+void TellSwept(unsigned long runs, unsigned long failures) {
+    if (IsWholeSweep()) {
+        std::printf("swept: %lu runs, %lu failures\n", runs, failures);
+        std::fflush(stdout);
+    }
 }
 
 void SweepRuns::Operate(const Sweep& sweep, SweepRun& run, const std::function<std::string(SweepRun&)>& describe) {
@@ -86,13 +93,16 @@ bool SweepRuns::RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mod
                             (mode == FaultMode::Once ? "" : " and all after it") + ": " + run.fault +
                             (what == What::Call ? ", code " + std::to_string(code) : "");
     });
+    ++m_runs;
+    m_failures += done.faulted ? 1 : 0;
     return done.faulted;
 }
 
-void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code) {
-    const unsigned step = IsEverySweep() ? 1 : sweep.step;
+void SweepRuns::RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, const std::vector<DWORD>& codes) {
+    const unsigned step = IsWholeSweep() ? 1 : sweep.step;
+    std::size_t turn = 0;
     for (unsigned n = 1; n <= sweep.limit; n += step) {
-        if (!RunOnce(sweep, what, n, mode, code)) {
+        if (!RunOnce(sweep, what, n, mode, codes[turn++ % codes.size()])) {
             // An operation may do without memory.
             EXPECT_TRUE(what == What::Allocation || (n > 1) != sweep.callsNothing)
                 << (n > 1 ? "the operation made a call" : "the operation made no call that could fail");
@@ -111,10 +121,14 @@ void SweepRuns::Run(const Sweep& sweep) {
         return;
     }
     for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
-        for (const DWORD code : CodesOfFailingCalls()) {
-            RunUntilNothingFails(sweep, What::Call, mode, code);
+        if (IsWholeSweep()) {
+            for (const DWORD code : CodesOfFailingCalls()) {
+                RunUntilNothingFails(sweep, What::Call, mode, {code});
+            }
+        } else {
+            RunUntilNothingFails(sweep, What::Call, mode, CodesOfFailingCalls());
         }
-        RunUntilNothingFails(sweep, What::Allocation, mode, 0);
+        RunUntilNothingFails(sweep, What::Allocation, mode, {ERROR_SUCCESS});
     }
 }
 
@@ -125,6 +139,7 @@ void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& eve
     ASSERT_TRUE(code == ERROR_SUCCESS || code == ERROR_IO_PENDING) << event.event << ": " << code << " " << error;
 
     const std::string text = std::string(event.event) + " " + event.name + " " + event.node;
+    SweepRuns runs(test);
     bool happened = true;
     for (unsigned n = 1; happened && !::testing::Test::HasFailure(); ++n) {
         ASSERT_LE(n, sweep.limit);
@@ -132,7 +147,8 @@ void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& eve
         test.AddFault("*#" + std::to_string(n) + "=event:\"" + text.substr(0, text.find_last_not_of(' ') + 1) + "\"");
         test.Forget();
         SweepRun done;
-        SweepRuns(test).Operate(sweep, done, [&](SweepRun& run) {
+        ++runs.m_runs;
+        runs.Operate(sweep, done, [&](SweepRun& run) {
             happened = test.Cluster().Journal().find("\"event\": ") != std::string::npos;
             run.faulted = happened;
             run.isEvent = happened;
@@ -142,6 +158,7 @@ void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& eve
             EXPECT_EQ(happened, test.Cluster().CallCount(nullptr) >= n);
             return text + " before cluster call " + std::to_string(n);
         });
+        runs.m_failures += happened ? 1 : 0;
     }
 }
 

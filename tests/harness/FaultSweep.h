@@ -5,8 +5,9 @@
 //
 // EventSweep does the same with something that befalls the cluster just before the 1st, 2nd, ... call of its API.
 //
-// With the environment variable CLUSUTIL_SWEEP, as ./dev sweep sets it, every call and allocation fails whatever the
-// step is, and each call with every one of several codes.
+// Failing calls take turns with several codes. With the environment variable CLUSUTIL_SWEEP, as ./dev sweep sets it,
+// every call and allocation fails whatever the step is, each call with every one of the codes, and what was done is
+// printed: "swept: RUNS runs, FAILURES failures".
 //
 //     FaultSweep(*this, {
 //         [&] { Load(model); },
@@ -45,9 +46,14 @@ struct Sweep {
     bool callsNothing = false; // asks nothing of the platform: only memory can be short
 };
 
-// What failing calls give, one run each: access is denied, memory or disk is full, the cluster does not answer. Only
-// the first of them in a sweep that is not the whole one.
-std::vector<DWORD> CodesOfFailingCalls();
+// What failing calls give: access is denied, memory or disk is full, the cluster does not answer.
+const std::vector<DWORD>& CodesOfFailingCalls();
+
+// Whether all of it is swept.
+bool IsWholeSweep();
+
+// For a sweep that runs on its own: in a whole one its runs, and how many of them met a failure, are printed.
+void TellSwept(unsigned long runs, unsigned long failures);
 
 // One of ClusSimHappen's events: {"move", "EVS1", "NODE-B"}.
 struct SweepEvent {
@@ -69,6 +75,11 @@ class SweepRuns {
 public:
     explicit SweepRuns(LibraryTest& test) : m_test(test) {
     }
+    ~SweepRuns() {
+        TellSwept(m_runs, m_failures);
+    }
+    SweepRuns(const SweepRuns&) = delete;
+    SweepRuns& operator=(const SweepRuns&) = delete;
     void Run(const Sweep& sweep);
     static void Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& event);
 
@@ -82,9 +93,12 @@ private:
     bool RunOnce(const Sweep& sweep, What what, unsigned n, FaultMode mode, DWORD code);
     // The operation as it was prepared. `described`: what is in its way, once it is done.
     void Operate(const Sweep& sweep, SweepRun& run, const std::function<std::string(SweepRun&)>& describe);
-    void RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, DWORD code);
+    // The codes are those of the 1st, 2nd, ... step, from the first one again behind the last one.
+    void RunUntilNothingFails(const Sweep& sweep, What what, FaultMode mode, const std::vector<DWORD>& codes);
 
     LibraryTest& m_test;
+    unsigned long m_runs = 0;
+    unsigned long m_failures = 0;
 };
 
 inline void FaultSweep(LibraryTest& test, const Sweep& sweep) {

@@ -192,11 +192,12 @@ void TapOperatingSystem(PlatformTap& tap) {
     TAP("kernel32", GetModuleFileNameW, Null, ([](HMODULE, LPWSTR, DWORD) { return std::string(); }), nullptr);
     TAP("kernel32", GetVolumeNameForVolumeMountPointW, Null, ([](LPCWSTR path, LPWSTR, DWORD) { return Utf8(path); }),
         nullptr);
-    // Both do their work also when they fail: the library does not look at their results, and stops what it started.
-    TAP("ws2_32", WSAStartup, CloseCode, ([](WORD, LPWSADATA) { return std::string(); }),
+    // The library does not look at the results: after a start that failed it stops what is not started.
+    TAP("ws2_32", WSAStartup, Code, ([](WORD, LPWSADATA) { return std::string(); }),
         ([&tap](int result, WORD, LPWSADATA) { tap.CountWinsock(result == 0 ? 1 : 0); }));
     TAP(
-        "ws2_32", WSACleanup, CloseInvalid, []() { return std::string(); }, ([&tap](int) { tap.CountWinsock(-1); }));
+        "ws2_32", WSACleanup, CloseInvalid, []() { return std::string(); },
+        ([&tap](int result) { tap.CountWinsock(result == 0 ? -1 : 0); }));
     TAP("ws2_32", gethostbyaddr, Null, ([](const char*, int, int) { return std::string(); }), nullptr);
     if (!FindImports(LibraryModule(), "kernel32.dll", "Sleep").empty()) {
         tap.Install(std::make_unique<TappedSleep>(tap));

@@ -83,6 +83,7 @@ TEST_P(FirstReadSweep, LeavesNoLockHeldAndNoHalfAnswer) {
         EXPECT_FALSE(fired) << "there is more to fail";
     }
     EndFailing();
+    TellSwept(1, fired ? 1 : 0);
     const std::string journal = TakeJournal();
     EXPECT_EQ(Platform().OpenKeys(), 0);
 
@@ -108,10 +109,24 @@ TEST_P(FirstReadSweep, LeavesNoLockHeldAndNoHalfAnswer) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, FirstReadSweep,
-                         ::testing::Combine(::testing::Values(What::Call), ::testing::Range(1u, LastCall + 1),
-                                            ::testing::Values(FaultMode::Once, FaultMode::FromThenOn),
-                                            ::testing::ValuesIn(CodesOfFailingCalls())));
+// The codes take turns, or each call has all of them.
+std::vector<FirstReadSweep::ParamType> FailingCalls() {
+    const std::vector<DWORD>& codes = CodesOfFailingCalls();
+    std::vector<FirstReadSweep::ParamType> calls;
+    std::size_t turn = 0;
+    for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
+        for (unsigned n = 1; n <= LastCall; ++n) {
+            const std::size_t first = turn++ % codes.size();
+            for (std::size_t i = 0; i < (IsWholeSweep() ? codes.size() : 1); ++i) {
+                calls.emplace_back(What::Call, n, mode, codes[(first + i) % codes.size()]);
+            }
+        }
+        ++turn; // the same call meets another code
+    }
+    return calls;
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, FirstReadSweep, ::testing::ValuesIn(FailingCalls()));
 INSTANTIATE_TEST_SUITE_P(Allocations, FirstReadSweep,
                          ::testing::Combine(::testing::Values(What::Allocation),
                                             ::testing::Range(1u, LastAllocation + 1),

@@ -28,6 +28,16 @@ TEST_F(UtilInstance, ClusteredConstructorReadsIsClusterOnly) {
     EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()"}));
 }
 
+TEST_F(UtilInstance, StopsWindowsSocketsThatDidNotStart) {
+    SetNumber(L"IsCluster", 1);
+    Platform().FailCall("WSAStartup", WSASYSNOTREADY);
+    auto util = std::make_unique<CVirtualServerUtil>();
+    EXPECT_EQ(TakeJournal(), Lines({"WSAStartup()=10091", Opened, "RegQueryValueExW(IsCluster)", "RegCloseKey()"}));
+    util.reset();
+    EXPECT_EQ(TakeJournal(), Lines({"WSACleanup()=10093"})) << "it was started all the same";
+    EXPECT_EQ(TakeLog(), Lines(ClusteredConstructor) + Lines(Destructor));
+}
+
 TEST_F(UtilInstance, PlainConstructorFillsItsRecord) {
     SetNumber(L"IsCluster", 0);
     SetText(L"HomeDir", L"D:\\Product");
