@@ -331,8 +331,8 @@ try 11 "[product-resource-missing]" doctor EXVS-MAIL1
 saidToo 'Do: clusctl resource create "EXVS-MAIL1" --name "Zyntra Gate (EXVS-MAIL1)"'
 say "Done as it says, on the disk of that server:" ""
 try 0 'KOVA_DATA_PATH: F:\Zyntra Gate' resource create EXVS-MAIL1 --name "Zyntra Gate (EXVS-MAIL1)" --data-path 'F:\Zyntra Gate'
-say "Is that all? It is a warning now, no error:" ""
-try 11 "[product-offline]" doctor EXVS-MAIL1
+say "Is that all? It is there now, and offline:" ""
+try 12 "[product-offline]" doctor EXVS-MAIL1
 rejects "[product-resource-missing]"
 try 0 "online" resource online EXVS-MAIL1 --wait
 try 0 "[server-served]" doctor EXVS-MAIL1

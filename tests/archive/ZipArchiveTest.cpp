@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 
 using namespace archive;
@@ -41,6 +42,18 @@ TEST(ZipArchive, WhatIsWrittenIsRead) {
     EXPECT_EQ(files[0].bytes, binary);
     EXPECT_EQ(files[1].bytes, large);
     EXPECT_EQ(files[2].bytes, "");
+}
+
+// Of 8 megabytes, or of as many as the variable ARCHIVE_MEGABYTES says.
+TEST(ZipArchive, ManyMegabytesAreWrittenAndRead) {
+    const char* const asked = std::getenv("ARCHIVE_MEGABYTES");
+    const std::size_t megabytes = asked == nullptr ? 8 : std::strtoul(asked, nullptr, 10);
+    std::string log(megabytes * 1000 * 1000, 'x');
+    log.back() = 'y';
+    const std::vector<File> files = ReadZip(WriteZip({{"log.txt", log}, {"last", "z"}}));
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_TRUE(files[0].bytes == log);
+    EXPECT_EQ(files[1].bytes, "z");
 }
 
 TEST(ZipArchive, TheSameFilesGiveTheSameBytes) {

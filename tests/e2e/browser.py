@@ -18,8 +18,15 @@ LOOK = """(() => {
     const inside = (inner, outer) => inner.left >= outer.left - 1 && inner.right <= outer.right + 1 &&
         inner.top >= outer.top - 1 && inner.bottom <= outer.bottom + 1;
     document.querySelectorAll('.frame').forEach((frame, number) => {
-        const picture = frame.querySelector('svg').getBoundingClientRect();
-        if (!inside(picture, frame.getBoundingClientRect())) wrong.push('picture ' + number + ' is not inside its frame');
+        const drawn = frame.querySelector('svg'), picture = drawn.getBoundingClientRect(), room = frame.getBoundingClientRect();
+        // One that would be too small to be read is scrolled in its frame, which shows nothing outside.
+        const isScrolled = getComputedStyle(frame).overflowX === 'auto' && picture.left >= room.left - 1 &&
+            picture.right <= room.left + frame.scrollWidth + 1 && picture.bottom <= room.bottom + 1;
+        if (!inside(picture, room) && !isScrolled) wrong.push('picture ' + number + ' is not inside its frame');
+        if (room.left < 0 || room.right > width + 1) wrong.push('frame ' + number + ' is not inside the window');
+        const scale = picture.width / drawn.viewBox.baseVal.width;
+        const small = Array.from(drawn.querySelectorAll('text')).find(text => parseFloat(getComputedStyle(text).fontSize) * scale < 8);
+        if (small) wrong.push('picture ' + number + ' is too small to be read: ' + small.textContent);
         frame.querySelectorAll('.cp-box').forEach(box => {
             const room = box.getBoundingClientRect();
             if (!inside(room, picture)) wrong.push('a box is not inside its picture');

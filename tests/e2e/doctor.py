@@ -1,4 +1,4 @@
-"""The doctor's codes: documented, found in a case and not found in another, and one for each branch of the library that leads to less.
+"""The doctor's codes: documented, judged as the status judges, found in a case and not found in another, and one for each branch of the library that leads to less.
 
 The branches are those of all source files in two folders, but for the files that the table names with a reason."""
 import re
@@ -8,6 +8,7 @@ import schemas
 ROOT = schemas.FOLDER.parent.parent
 HERE = schemas.CASES.parent
 TABLE = ROOT / "tools" / "clusctl" / "DoctorCodes.cpp"
+RULE = ROOT / "tools" / "clusctl" / "picture" / "Problems.cpp"
 MANUAL = ROOT / "docs" / "doctor.md"
 BRANCHES = HERE / "doctor-branches.txt"
 FOLDERS = ("src/virtualserver", "src/veritas")
@@ -32,6 +33,21 @@ def problems_of_manual(table):
     problems = [f"docs/doctor.md: {code} stands there twice" for code, _ in told if [name for name, _ in told].count(code) > 1]
     problems += [f"docs/doctor.md: {code} is no {level}" for code, level in told if table.get(code) != level]
     return problems + [f"docs/doctor.md: {code} is missing" for code in table if code not in dict(told)]
+
+
+def problems_of_rule(table):
+    """The status judges as the doctor does, by codes of its table, and docs/doctor.md says how."""
+    rows = dict(re.findall(r"(?m)^\| (critical|warning|unknown) \| [a-z ]+ \| (.*) \|$", MANUAL.read_text(encoding="utf-8")))
+    judged = re.findall(r'\{"([a-z-]+)", Level::(\w+)\}', RULE.read_text(encoding="utf-8"))
+    allowed = {"Critical": ("error",), "Warning": ("warning",), "Unknown": ("error", "warning")}
+    problems = [] if judged else ["the status has no codes"]
+    for code, level in judged:
+        if table.get(code) not in allowed[level]:
+            problems.append(f"the status calls {code} {level.lower()}, the doctor {table.get(code, 'does not know it')}")
+        if f"`{code}`" not in rows.get(level.lower(), ""):
+            problems.append(f"docs/doctor.md: {code} is not among what the status calls {level.lower()}")
+    told = re.findall(r"`([a-z-]+)`", " ".join(rows.values()))
+    return problems + [f"docs/doctor.md: the status does not tell {code}" for code in told if code not in dict(judged)]
 
 
 def runs():
@@ -100,4 +116,4 @@ def problems_of_branches(table):
 
 def check(_runner, _update):
     table = codes()
-    return problems_of_manual(table) + problems_of_cases(table) + problems_of_branches(table)
+    return problems_of_manual(table) + problems_of_rule(table) + problems_of_cases(table) + problems_of_branches(table)

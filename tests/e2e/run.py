@@ -743,6 +743,7 @@ PAGES = {
     "failover": ([("model", "two-node-single-copy.json"), ("registry", "cluster.reg")], "exvs-mail2"),
     "odd-names": ([("model", "odd-names.json"), ("registry", "cluster.reg")], "<script>alert(1)"),
     "many": ([("model", "seventy-servers.json"), ("more-resources", "300"), ("registry", "cluster.reg")], "service 299"),
+    "long-names": ([("model", "long-names.json"), ("registry", "cluster.reg")], "physical disk"),
     "vcs": ([("vcs", "vcs-with-product.cf"), ("registry", "vcs.reg")], "genericservice"),
 }
 

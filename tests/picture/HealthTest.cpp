@@ -83,8 +83,13 @@ TEST_F(Server, WhoseProductIsMissingIsAWarning) {
 
 TEST_F(Server, WhoseProductRestsOnTooLittleIsNotInOrder) {
     m_built.Cluster().resources.back().dependsOn = {"Name"};
-    EXPECT_EQ(Problems(), Texts{"warning G: the product does not depend on the server's network name and store"});
+    EXPECT_EQ(Problems(), Texts{"warning Gate: it does not depend on the server's Information Store"});
     EXPECT_FALSE(Found().servers[0].isInOrder);
+    EXPECT_TRUE(Found().servers[0].isProtected);
+    m_built.Cluster().resources.back().dependsOn = {"Store"}; // and the name only by that
+    EXPECT_EQ(Problems(),
+              Texts{"critical Gate: it does not depend on the server's network name: the library finds no server"});
+    EXPECT_FALSE(Found().servers[0].isProtected);
     m_built.Cluster().resources.back().hasDependenciesRead = false; // nobody knows
     EXPECT_TRUE(Found().servers[0].isInOrder);
 }
@@ -97,6 +102,16 @@ TEST_F(Server, ThatIsOfflineIsToldOnce) {
     m_built.Cluster().groups[0].condition = Condition::Offline;
     EXPECT_EQ(Problems(), Texts{"critical G: the virtual server is offline"});
     EXPECT_EQ(Found().serversOnline, 0U);
+}
+
+TEST_F(Server, OfWhichTheGroupCannotBeReadIsOfflineWhereNothingIsOnline) {
+    m_built.Cluster().groups[0].condition = Condition::Unknown;
+    Set("Store", "offline", Condition::Offline);
+    EXPECT_EQ(Problems(), (Texts{"critical Store: the resource is offline, and its virtual server is not",
+                                 "unknown G: its state is not known"}));
+    Set("Name", "offline", Condition::Offline);
+    Set("Gate", "offline", Condition::Offline);
+    EXPECT_EQ(Problems(), Texts{"unknown G: its state is not known"});
 }
 
 TEST_F(Server, TheWorstComesFirst) {
@@ -122,10 +137,100 @@ TEST_F(Server, OnVcsLacksServices) {
     cluster.kind = Kind::Vcs;
     cluster.productServices = {"Host", "Second"};
     cluster.resources.back().service = "Host";
-    EXPECT_EQ(Problems(), Texts{"warning G: the product's \"G-Second\" is missing"});
+    EXPECT_EQ(Problems(), Texts{"critical G: the product's \"G-Second\" is missing"});
     EXPECT_EQ(Found().servers[0].product, "incomplete");
     cluster.groups[0].states = {{"N", "ONLINE"}, {"N2", "OFFLINE|FAULTED"}};
-    EXPECT_EQ(Problems().front(), "warning G: it cannot go to N2, where it is faulted");
+    EXPECT_EQ(Problems().back(), "warning G: it cannot go to N2, where it is faulted");
+}
+
+TEST_F(Server, OnVcsIsToldOfWhatIsFaultedElsewhere) {
+    ClusterPicture& cluster = m_built.Cluster();
+    cluster.kind = Kind::Vcs;
+    cluster.groups[0].states = {{"N", "ONLINE"}, {"N2", "OFFLINE"}};
+    cluster.resources[1].states = {{"N", "ONLINE"}, {"N2", "FAULTED"}};
+    EXPECT_EQ(Problems(), Texts{"warning Store: the resource is faulted on N2"});
+    cluster.groups[0].states[1].state = "OFFLINE|FAULTED"; // says it for all of it
+    EXPECT_EQ(Problems(), Texts{"warning G: it cannot go to N2, where it is faulted"});
+}
+
+TEST_F(Server, OnVcsIsToldOfWhatIsSwitchedOff) {
+    ClusterPicture& cluster = m_built.Cluster();
+    cluster.kind = Kind::Vcs;
+    cluster.groups[0].isFrozen = true;
+    cluster.groups[0].disabledOn = {"N2"};
+    cluster.resources.back().isEnabled = false;
+    EXPECT_EQ(Problems(), (Texts{"warning G: the group is frozen: VCS does nothing when it fails",
+                                 "warning G: the group is disabled on N2, and cannot come online there",
+                                 "warning Gate: the resource is disabled: VCS does not look at it"}));
+    EXPECT_TRUE(Found().servers[0].isProtected);
+    EXPECT_EQ(Found().servers[0].level, Level::Warning);
+}
+
+TEST_F(Server, OfAnOwnerInAnotherLetterCaseIsNotProtected) {
+    m_built.Cluster().groups[0].isOwnerMisspelt = true;
+    EXPECT_EQ(Problems(), Texts{"critical Gate: its owner \"N\" is this computer in another letter case: the library "
+                                "serves nothing of it here"});
+    EXPECT_FALSE(Found().servers[0].isProtected);
+    Remove("Gate"); // nothing of it could be served
+    EXPECT_EQ(Problems(), Texts{"warning G: the product's resources are missing in the virtual server's group"});
+}
+
+TEST_F(Server, WithoutNetworkNameIsNotProtected) {
+    Remove("Name");
+    m_built.Cluster().resources[0].dependsOn.clear();
+    m_built.Cluster().resources[1].dependsOn = {"Store"};
+    EXPECT_EQ(Problems(), Texts{"critical G: the virtual server has no network name"});
+    EXPECT_FALSE(Found().servers[0].isProtected);
+    EXPECT_EQ(Found().problems[0].code, std::string("network-name-missing"));
+}
+
+TEST_F(Server, WhatIsOfNoKnownTypeIsNotMissing) {
+    Remove("Name");
+    Remove("Gate");
+    m_built.Add("Unread");
+    m_built.Cluster().resources.back().type.clear();
+    m_built.Cluster().resources.back().group.clear(); // which group's, is not known either
+    EXPECT_EQ(Problems(), Texts());
+    EXPECT_EQ(Found().servers[0].product, "unknown");
+    EXPECT_FALSE(Found().servers[0].isProtected);
+    EXPECT_EQ(Found(false).level, Level::Unknown);
+}
+
+TEST_F(Server, EachProblemHasACodeAndAGroup) {
+    m_built.Cluster().nodes.push_back({"N2", "down", false});
+    Set("Gate", "failed", Condition::Failed);
+    Set("Store", "offline", Condition::Offline);
+    Texts texts;
+    for (const Problem& problem : Found(false).problems) {
+        texts.push_back(std::string(problem.code) + " in " + problem.group);
+    }
+    EXPECT_EQ(texts, (Texts{"server-part-offline in G", "product-failed in G", "cluster-unread in ", "node-down in "}));
+}
+
+TEST_F(Server, KeepsWhatWasKnownWhileItCannotBeRead) {
+    Set("Gate", "failed", Condition::Failed);
+    m_built.Cluster().groups[0].condition = Condition::Failed;
+    const ClusterPicture before = m_built.Cluster();
+    ClusterPicture& now = m_built.Cluster();
+    now.nodes[0] = {"N", "unknown", false};
+    now.groups[0] = {"G", "unknown", Condition::Unknown, "", {}};
+    for (Resource& resource : now.resources) {
+        const std::string name = resource.name;
+        resource = Resource();
+        resource.name = name;
+        resource.state = "unknown";
+        resource.hasDependenciesRead = false;
+    }
+    m_built.Add("New");
+    KeepKnown(before, now);
+    Texts texts;
+    for (const Change& change : ChangesBetween(before, now)) {
+        texts.push_back(change.name + " " + change.what);
+    }
+    EXPECT_EQ(texts, Texts{"New presence"});
+    EXPECT_EQ(Problems(), (Texts{"critical Gate: the resource is failed", "critical G: the virtual server is online"}));
+    EXPECT_EQ(Found().servers[0].name, "MAIL1");
+    EXPECT_TRUE(Found().servers[0].isInOrder);
 }
 
 TEST_F(Server, AGroupWithoutExchangeMayBeOffline) {
@@ -147,6 +252,40 @@ TEST_F(Server, TheLineForMonitoringHasAVerdictAndFigures) {
     const std::string line = MonitoringLine(m_built.Cluster(), Found());
     EXPECT_NE(line.find("CLUSTER WARNING - "), std::string::npos);
     EXPECT_NE(line.find("; D2: the node is down; and 2 more |"), std::string::npos) << line;
+}
+
+TEST_F(Server, ChangesAreToldWithItsProblems) {
+    const Health well = Found();
+    const auto changed = [](const Health& before, const Health& after) {
+        Texts texts;
+        for (const Change& change : ChangesBetween(before, after)) {
+            texts.push_back(std::string(change.kind) + " " + change.name + " " + change.what + " " + change.from + ">" +
+                            change.to);
+        }
+        return texts;
+    };
+    EXPECT_EQ(changed(well, Found()), Texts());
+    Set("Gate", "failed", Condition::Failed);
+    m_built.Cluster().groups[0].node = "N2";
+    const Health failed = Found();
+    EXPECT_EQ(changed(well, failed),
+              (Texts{"server MAIL1 node N>N2", "server MAIL1 product online>failed", "server MAIL1 protected yes>no",
+                     "problem Gate product-failed >critical: the resource is failed"}));
+    m_built.Cluster().resources.clear();
+    EXPECT_EQ(changed(failed, Found()), (Texts{"server MAIL1 presence present>absent",
+                                               "problem Gate product-failed critical: the resource is failed>"}));
+    EXPECT_EQ(changed(Found(), well), Texts{"server MAIL1 presence absent>present"});
+}
+
+TEST_F(Server, AProblemThatChangesItsTextIsTheSame) {
+    m_built.Cluster().kind = Kind::Vcs;
+    m_built.Cluster().groups[0].states = {{"N", "ONLINE"}, {"N2", "FAULTED"}, {"N3", "FAULTED"}};
+    const Health before = Found();
+    m_built.Cluster().groups[0].states = {{"N", "ONLINE"}, {"N3", "FAULTED"}, {"N4", "FAULTED"}};
+    const std::vector<Change> changes = ChangesBetween(before, Found());
+    ASSERT_EQ(changes.size(), 1U);
+    EXPECT_EQ(changes[0].from, "warning: it cannot go to N2, where it is faulted");
+    EXPECT_EQ(changes[0].to, "warning: it cannot go to N4, where it is faulted");
 }
 
 TEST(Changes, OfStatesPlacesAndPresence) {

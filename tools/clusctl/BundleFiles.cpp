@@ -84,11 +84,18 @@ void RequireAsManifestSays(const std::wstring& file, const std::vector<archive::
     }
 }
 
+// Values that the library can read, and those that are there in another type.
 Json SettingsIn(const std::vector<archive::File>& files) {
     const archive::File* const found = Find(files, BundleFiles::Settings);
     const Json settings = found == nullptr ? Json() : Json::parse(found->bytes, nullptr, false);
-    const auto values = settings.is_object() ? settings.find("values") : settings.end();
-    return values == settings.end() || !values->is_object() || values->empty() ? Json() : *values;
+    Json values = Json::object();
+    for (const char* const member : {"values", "odd"}) {
+        const auto part = settings.is_object() ? settings.find(member) : settings.end();
+        if (part != settings.end() && part->is_object()) {
+            values.update(*part);
+        }
+    }
+    return values.empty() ? Json() : values;
 }
 
 OpenedBundle Open(const std::wstring& file) {

@@ -1,5 +1,6 @@
 #include "BundleNames.h"
 
+#include "LogNames.h"
 #include "ThisComputer.h"
 
 #include "common/Environment.h"
@@ -25,7 +26,8 @@ const char* const UserAttributes[] = {
 // Of accounts that every computer has, and of a main.cf.
 const char* const KeptWords[] = {"administrator", "root",      "guest", "include", "types",  "cf",     "requires",
                                  "online",        "offline",   "firm",  "soft",    "hard",   "ro",     "rw",
-                                 "groups",        "resources", "nodes", "systems", "remote", "failed", "pending"};
+                                 "groups",        "resources", "nodes", "systems", "remote", "failed", "pending",
+                                 "reg",           "dword",     "sz",    "expand",  "multi",  "binary", "qword"};
 
 template <std::size_t Size> bool IsOneOf(const char* const (&words)[Size], const std::string& word) {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
@@ -115,6 +117,12 @@ void BundleNames::LearnMainCf(const std::string& text) {
     }
 }
 
+void BundleNames::LearnLog(const std::string& text) {
+    for (const std::string& name : NamesInLog(text)) {
+        m_names.Name(name);
+    }
+}
+
 std::string BundleNames::Renamed(const std::string& text) {
     return m_names.Text(text);
 }
@@ -165,6 +173,7 @@ void BundleNames::Rename(picture::ClusterPicture& cluster) {
     for (picture::Group& group : cluster.groups) {
         rename(group.name);
         rename(group.node);
+        std::for_each(group.disabledOn.begin(), group.disabledOn.end(), rename);
         renameStates(group.states);
     }
     for (picture::Resource& resource : cluster.resources) {

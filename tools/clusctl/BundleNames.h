@@ -22,6 +22,9 @@ public:
     // The same of VCS; what its format and its types give the names to stays.
     void LearnMainCf(const std::string& text);
 
+    // What the lines of a log show to be names; also where the cluster has them no more.
+    void LearnLog(const std::string& text);
+
     // Any text, and addresses in it.
     std::string Renamed(const std::string& text);
     // In all texts of a document, but for what a format gives the words to.

@@ -84,6 +84,19 @@ Json DeploymentJson(const Deployment& deployment) {
     return {{"kind", deployment.kind}, {"reason", deployment.reason}};
 }
 
+IntendedCluster ReadIntendedCluster() {
+    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
+    HKEY key = nullptr;
+    const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
+    if (code != ERROR_SUCCESS) {
+        return code == ERROR_FILE_NOT_FOUND ? IntendedCluster::None : IntendedCluster::Unknown;
+    }
+    DWORD isCluster = 0;
+    const bool isOne = ReadNumber(key, L"IsCluster", isCluster) && isCluster == 1;
+    RegCloseKey(key);
+    return isOne ? IntendedCluster::One : IntendedCluster::None;
+}
+
 void AddDeployment(const Deployment& deployment, bool isExplained, Report& report) {
     const Json record = DeploymentJson(deployment);
     if (isExplained) {

@@ -17,6 +17,15 @@ constexpr char ModeReason[] = "--mode says so";
 // As the product's registry key says, read as the library reads it.
 Deployment ReadDeployment();
 
+// Whether the product's key says that this computer is to be a node of a failover cluster. Also an account that may
+// only read the key learns it; the library takes such a computer for a plain server.
+enum class IntendedCluster {
+    None, // or the product is not installed
+    One,
+    Unknown // the key cannot be read
+};
+IntendedCluster ReadIntendedCluster();
+
 // For a quorum mode (CVirtualServerUtil::CLUSTER_QUORUM_MODE, or 0) of a cluster.
 const char* KindOfCluster(int quorumMode);
 

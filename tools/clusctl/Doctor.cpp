@@ -53,12 +53,18 @@ Findings Diagnose(const LogCapture& log, const DoctorRequest& request) {
     if (ClusterInUse() == Answering::Vcs) {
         DiagnoseVcs(log, request, findings);
     } else {
-        DiagnoseFailoverCluster(request.wanted, findings);
+        DiagnoseFailoverCluster(log, request.wanted, findings);
     }
     return findings;
 }
 
 void TellNoServer(const std::wstring& wanted, const std::string& lister, Findings& findings) {
+    if (IsSomethingUnread(findings)) {
+        if (!wanted.empty()) {
+            findings.Add("server-unread", Printable(wanted), "No group that can be read is it, or holds it.", lister);
+        }
+        return;
+    }
     if (!wanted.empty()) {
         throw Failure(Errors::ServerNotFound,
                       "the cluster has no virtual server or group " + Quoted(wanted) + " that could be a server")

@@ -1,6 +1,7 @@
 // The doctor's look at the failover cluster: can it be asked, is this one of its nodes, which groups may be servers.
 #include "DoctorParts.h"
 
+#include "Deployment.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
@@ -40,7 +41,13 @@ void DiagnosePlainServer(const std::wstring& wanted, Findings& findings) {
     }
     CClusterVirtualServerLookupRequest request;
     request.m_wsNameOrIP = wanted;
-    if (!wanted.empty() && !util.QueryServerInfo(request, *info)) {
+    if (wanted.empty() || util.QueryServerInfo(request, *info)) {
+        return;
+    }
+    if (findings.Worst() == FindingLevel::Error) {
+        findings.Add("server-unread", Printable(wanted), "This computer counts as a plain server, and is not it.",
+                     "mend the errors that are told above");
+    } else {
         throw Failure(Errors::ServerNotFound, "this plain server is not " + Quoted(wanted));
     }
 }
@@ -119,7 +126,7 @@ void DiagnoseTypes(const CCluster& cluster, const std::vector<Json>& resources, 
                          "The cluster has no resource type of that name.", "run the product's set-up on a node");
         }
     } catch (const Failure& failure) {
-        findings.Add("product-type-missing", Printable(std::wstring(wanted)), AsSentence(failure.what()),
+        findings.Add("types-unlisted", Printable(std::wstring(wanted)), AsSentence(failure.what()),
                      "clusctl doctor, again");
     }
 }
@@ -154,6 +161,13 @@ std::vector<ServerGroup> GroupsOf(const std::vector<Json>& resources) {
         }
         found->members.push_back(resource);
     }
+    for (const Json& resource : resources) {
+        const std::wstring name = TextMember(resource, "group");
+        for (ServerGroup& group : groups) {
+            const bool isMember = group.name == name;
+            group.isWhole = group.isWhole && !name.empty() && !(isMember && TextMember(resource, "type").empty());
+        }
+    }
     return groups;
 }
 
@@ -161,6 +175,21 @@ bool CouldBeServer(const ServerGroup& group) {
     return !group.name.empty() && std::any_of(group.members.begin(), group.members.end(), [](const Json& member) {
         return IsOneOf(std::begin(ServerTypes), std::end(ServerTypes), TextMember(member, "type"));
     });
+}
+
+// Which of its Network Name resources tell no name: the wanted one may be theirs.
+void TellUnreadNames(const CCluster& cluster, const ServerGroup& group, Findings& findings) {
+    for (const Json& member : group.members) {
+        std::wstring networkName;
+        const bool isNamed = TextMember(member, "type") == clus::NetworkNameType;
+        if (isNamed && !ReadNetworkName(cluster, member, networkName)) {
+            const std::wstring name = TextMember(member, "name");
+            findings.SetGroup(group.name);
+            findings.Add("network-name-unread", Printable(name), "The cluster does not tell its network name.",
+                         "clusctl resources " + Quoted(name));
+        }
+    }
+    findings.SetGroup(std::wstring());
 }
 
 // Whether it is the group of that name, or one with a Network Name resource of it.
@@ -174,7 +203,7 @@ bool IsWanted(const CCluster& cluster, const ServerGroup& group, const std::wstr
     });
 }
 
-void DiagnoseGroups(CCluster& cluster, const std::wstring& wanted, Findings& findings) {
+void DiagnoseGroups(CCluster& cluster, const ClusterHealth& health, const std::wstring& wanted, Findings& findings) {
     std::vector<Json> resources;
     if (!ReadResources(cluster, resources, findings)) {
         return;
@@ -183,13 +212,19 @@ void DiagnoseGroups(CCluster& cluster, const std::wstring& wanted, Findings& fin
     ServersHere here;
     const bool isListed = ListServersHere(here);
     bool isFound = false;
-    for (const ServerGroup& group : GroupsOf(resources)) {
+    const std::vector<ServerGroup> groups = GroupsOf(resources);
+    for (const ServerGroup& group : groups) {
         if (CouldBeServer(group) && IsWanted(cluster, group, wanted)) {
             isFound = true;
-            DiagnoseServer(cluster, group, isListed ? &here : nullptr, findings);
+            DiagnoseServer(cluster, group, isListed ? &here : nullptr, health, findings);
         }
     }
     findings.SetGroup(std::wstring());
+    for (const ServerGroup& group : groups) {
+        if (!isFound && CouldBeServer(group)) {
+            TellUnreadNames(cluster, group, findings);
+        }
+    }
     if (!isFound) {
         TellNoServer(wanted, "clusctl groups", findings);
     }
@@ -209,12 +244,12 @@ bool ReadNetworkName(const CCluster& cluster, const Json& resource, std::wstring
     return text != nullptr;
 }
 
-void DiagnoseFailoverCluster(const std::wstring& wanted, Findings& findings) {
+void DiagnoseFailoverCluster(const LogCapture& log, const std::wstring& wanted, Findings& findings) {
     const bool isDeployed = CVirtualServerUtil::CheckIsClusterByRegKey();
     CCluster cluster;
     if (!cluster.OpenByLPC()) {
         const DWORD code = GetLastError();
-        if (isDeployed) {
+        if (isDeployed || ReadIntendedCluster() == IntendedCluster::One) {
             findings.Add("cluster-not-open", "cluster",
                          "This computer's cluster cannot be opened: " + ErrorText(code) + ".", "net start clussvc");
         } else {
@@ -229,5 +264,11 @@ void DiagnoseFailoverCluster(const std::wstring& wanted, Findings& findings) {
                          " /v IsCluster /t REG_DWORD /d 1 /f");
     }
     DiagnoseNodes(cluster, findings);
-    DiagnoseGroups(cluster, wanted, findings);
+    const ClusterHealth health = ReadClusterHealth(log);
+    DiagnoseProblems(health, std::wstring(), findings);
+    DiagnoseGroups(cluster, health, wanted, findings);
+    if (wanted.empty()) {
+        DiagnoseOtherProblems(health, findings);
+    }
+    TellUnreadHealth(health, findings);
 }

@@ -25,14 +25,11 @@ bool Lists(const Json& names, const std::wstring& name) {
     return names.is_array() && std::find(names.begin(), names.end(), Json(name)) != names.end();
 }
 
-std::string OnResource(const std::string& verb, const std::wstring& resource, const std::string& rest) {
-    return "cluster res " + Quoted(resource) + " /" + verb + rest;
-}
-
 class ServerRound {
 public:
-    ServerRound(CCluster& cluster, const ServerGroup& group, const ServersHere* here, Findings& findings)
-        : m_cluster(cluster), m_group(group), m_here(here), m_findings(findings) {
+    ServerRound(CCluster& cluster, const ServerGroup& group, const ServersHere* here, const picture::Health& health,
+                Findings& findings)
+        : m_cluster(cluster), m_group(group), m_here(here), m_health(health), m_findings(findings) {
     }
 
     void Run() {
@@ -40,7 +37,9 @@ public:
         LookAtExchange();
         const std::vector<const Json*> products = Products();
         if (products.empty()) {
-            TellProductMissing(networkName);
+            if (m_group.isWhole) { // otherwise it may be one that cannot be read
+                TellProductMissing(networkName);
+            }
             return;
         }
         if (products.size() > 1) {
@@ -77,10 +76,15 @@ private:
         return found;
     }
 
-    // The first whose name can be read, or null.
+    // That which the server goes by, or else the first whose name can be read, or null.
     const Json* LookAtNetworkNames() {
-        const Json* first = nullptr;
-        for (const Json* resource : OfType(clus::NetworkNameType)) {
+        const auto server = std::find_if(m_health.servers.begin(), m_health.servers.end(), [this](const auto& each) {
+            return common::ToUtf16(each.group) == m_group.name;
+        });
+        const std::wstring known = server == m_health.servers.end() ? std::wstring() : common::ToUtf16(server->name);
+        const std::vector<const Json*> all = OfType(clus::NetworkNameType);
+        const Json* chosen = nullptr;
+        for (const Json* resource : all) {
             const std::wstring name = TextMember(*resource, "name");
             std::wstring text;
             if (!ReadNetworkName(m_cluster, *resource, text)) {
@@ -92,17 +96,17 @@ private:
                 Add("network-name-lower-case", name, "Its network name " + Quoted(text) + " has small letters.",
                     OnResource("priv", name, " Name=NAME-IN-CAPITALS, while it is offline"));
             }
-            if (first == nullptr) {
-                first = resource;
+            if (chosen == nullptr || text == known) {
+                chosen = resource;
                 m_serverName = Quoted(text);
                 m_networkName = text;
             }
         }
-        if (first == nullptr) {
-            Add("network-name-missing", m_group.name, "The group has no Network Name resource that can be read.",
+        if (all.empty() && m_group.isWhole) {
+            Add("network-name-missing", m_group.name, "The group has no Network Name resource.",
                 "clusctl resources --group " + Quoted(m_group.name));
         }
-        return first;
+        return chosen;
     }
 
     void LookAtExchange() {
@@ -114,7 +118,7 @@ private:
                      {clus::InformationStoreType, "store-missing", "store-several"}};
         for (const auto& part : parts) {
             const std::vector<const Json*> found = OfType(part.type);
-            if (found.empty()) {
+            if (found.empty() && m_group.isWhole) {
                 Add(part.missing, m_group.name,
                     "The group has no resource of the type " + Quoted(std::wstring(part.type)) + ".",
                     "install Exchange in the group, or bring its resources there");
@@ -166,9 +170,11 @@ private:
             Add("product-detail-unread", name, AsSentence(unread.Warnings().front()),
                 "clusctl resources " + Quoted(name));
         }
-        LookAtNames(resource, name);
-        LookAtDataPath(resource, name);
-        LookAtStorage(resource, detail, isHere);
+        LookAtNames(resource, detail);
+        LookAtDataPath(resource, detail);
+        if (TextMember(line, "type") == clus::SingleCopyType) {
+            DiagnoseStorage(m_cluster, resource, detail, m_dataPath, isHere, m_findings);
+        }
         LookAtOwners(detail);
         if (detail["restartAction"].is_number() && detail["restartAction"] != Json(ClusterResourceRestartNoNotify)) {
             Add("restart-action", name,
@@ -229,34 +235,76 @@ private:
         }
     }
 
+    void TellUnread(const std::wstring& object, const Report& unread, const std::string& otherwise) {
+        Add("product-detail-unread", object, unread.IsComplete() ? otherwise : AsSentence(unread.Warnings().front()),
+            "clusctl resources " + Quoted(object));
+    }
+
+    // False also when a name cannot be looked up.
+    bool LacksType(const Json& dependsOn, const wchar_t* type) const {
+        return dependsOn.is_array() && std::none_of(dependsOn.begin(), dependsOn.end(), [&](const Json& name) {
+                   const auto member = std::find_if(m_group.members.begin(), m_group.members.end(),
+                                                    [&name](const Json& each) { return each["name"] == name; });
+                   return member == m_group.members.end() || (*member)["type"].is_null() ||
+                          TextMember(*member, "type") == type;
+               });
+    }
+
     // The dependencies through which the library finds name and address.
-    void LookAtNames(CClusterResource& resource, const std::wstring& name) {
+    void LookAtNames(CClusterResource& resource, const Json& detail) {
+        const std::wstring name = TextMember(detail, "name");
         CClusterResource networkName;
-        CClusterResource address;
         if (!resource.GetResourceDependencyByType(networkName, clus::NetworkNameType)) {
-            Add("network-name-dependency-missing", name, "It depends on no Network Name that can be read.",
-                OnResource("adddep", name, ":NETWORK-NAME-RESOURCE"));
+            if (LacksType(detail["dependsOn"], clus::NetworkNameType)) {
+                Add("network-name-dependency-missing", name, "It depends on no Network Name.",
+                    OnResource("adddep", name, ":NETWORK-NAME-RESOURCE"));
+            } else if (detail["dependsOn"].is_array()) { // otherwise that is told already
+                TellUnread(name, Report(), "The Network Name that it depends on cannot be read.");
+            }
             return;
         }
         if (networkName.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false) == nullptr) {
             Add("network-name-id-unread", name, "The cluster does not tell the ID of its Network Name.",
                 "clusctl resources --group " + Quoted(m_group.name));
         }
-        std::wstring text;
+        LookAtAddress(networkName, name);
+    }
+
+    void LookAtAddress(CClusterResource& networkName, const std::wstring& name) {
+        const wchar_t* const text = networkName.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false);
+        const std::wstring nameResource = text == nullptr ? L"" : text;
+        CClusterResource address;
+        std::wstring value;
+        Report unread;
         if (!networkName.GetResourceDependencyByType(address, clus::IpAddressType)) {
-            Add("address-dependency-missing", name, "Its Network Name depends on no IP Address that can be read.",
-                OnResource("adddep", L"NETWORK-NAME-RESOURCE", ":ADDRESS-RESOURCE"));
-        } else if (!address.GetPrivateStringProperty(L"Address", text)) {
-            Add("address-missing", name, "The IP Address that it rests on has no Address.",
-                OnResource("priv", L"ADDRESS-RESOURCE", " Address=A.B.C.D"));
+            const Json detail = ReadResource(m_cluster, nameResource, ResourceParts::Detail, unread);
+            if (LacksType(detail["dependsOn"], clus::IpAddressType)) {
+                Add("address-dependency-missing", name, "Its Network Name depends on no IP Address.",
+                    OnResource("adddep", nameResource, ":ADDRESS-RESOURCE"));
+            } else {
+                TellUnread(nameResource, unread, "The IP Address that it depends on cannot be read.");
+            }
+        } else if (!address.GetPrivateStringProperty(L"Address", value)) {
+            const wchar_t* const addressText = address.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false);
+            const std::wstring addressResource = addressText == nullptr ? L"" : addressText;
+            const Json detail = ReadResource(m_cluster, addressResource, ResourceParts::Detail, unread);
+            if (detail["privateProperties"].is_object()) {
+                Add("address-missing", name, "The IP Address that it rests on has no Address.",
+                    OnResource("priv", addressResource, " Address=A.B.C.D"));
+            } else {
+                TellUnread(addressResource, unread, "Its private properties cannot be read.");
+            }
         }
     }
 
-    void LookAtDataPath(CClusterResource& resource, const std::wstring& name) {
+    void LookAtDataPath(CClusterResource& resource, const Json& detail) {
+        const std::wstring name = TextMember(detail, "name");
         const std::string mend = OnResource("priv", name, " KOVA_DATA_PATH=FOLDER");
         std::wstring path;
         if (!resource.GetPrivateStringProperty(clus::DataPathProperty, path)) {
-            Add("data-path-missing", name, "It has no KOVA_DATA_PATH.", mend);
+            if (detail["privateProperties"].is_object()) { // otherwise that is told already
+                Add("data-path-missing", name, "It has no KOVA_DATA_PATH.", mend);
+            }
         } else if (path.empty()) {
             Add("data-path-empty", name, "Its KOVA_DATA_PATH is empty.", mend);
         } else if (!IsAbsolutePath(path)) {
@@ -271,48 +319,6 @@ private:
         m_dataPath = path;
     }
 
-    void LookAtStorage(CClusterResource& resource, const Json& detail, bool isHere) {
-        const std::wstring name = TextMember(detail, "name");
-        const std::vector<const Json*> stores = OfType(clus::InformationStoreType);
-        const auto isNeeded = [&detail](const Json* store) {
-            return Lists(detail["dependsOn"], TextMember(*store, "name"));
-        };
-        if (!stores.empty() && detail["dependsOn"].is_array() && std::none_of(stores.begin(), stores.end(), isNeeded)) {
-            Add("store-dependency-missing", name, "It does not depend on the group's Information Store.",
-                OnResource("adddep", name, ":" + Quoted(TextMember(*stores.front(), "name"))));
-        }
-        if (TextMember(detail, "type") != clus::SingleCopyType) {
-            return;
-        }
-        CClusterResource disk;
-        if (!resource.GetResourceStorageDependency(disk)) {
-            Add("disk-dependency-missing", name, "It depends on no disk.", OnResource("adddep", name, ":DISK"));
-            return;
-        }
-        if (isHere) { // only there its paths can be told
-            LookAtDisk(disk);
-        }
-    }
-
-    void LookAtDisk(CClusterResource& disk) {
-        const wchar_t* const text = disk.GetSystemStringProperty(CClusterResource::RES_PROP_NAME, false);
-        const std::wstring name = text == nullptr ? L"" : text;
-        std::vector<std::wstring> paths;
-        if (!GetDiskLettersFromResource(disk.GetResourceHandle(), paths) || paths.empty()) {
-            Add("disk-path-unknown", name, "None of its partitions has a path that can be told.",
-                "clusctl disk " + Quoted(name));
-            return;
-        }
-        try {
-            if (IsAbsolutePath(m_dataPath)) {
-                RequirePathOnDisk(disk.GetResourceHandle(), name, m_dataPath);
-            }
-        } catch (const Failure& failure) {
-            Add("data-path-off-disk", name, AsSentence(failure.what()),
-                "let the product's resource depend on the disk of its data path");
-        }
-    }
-
     // The product's resource has to go wherever the System Attendant goes.
     void LookAtOwners(const Json& detail) {
         const std::vector<const Json*> attendants = OfType(clus::SystemAttendantType);
@@ -322,13 +328,18 @@ private:
         const std::wstring name = TextMember(detail, "name");
         const ResourceHandle attendant = OpenResource(m_cluster, TextMember(*attendants.front(), "name"));
         Names owners;
-        if (attendant && ListRelated(attendant.get(), CLUSTER_RESOURCE_ENUM_NODES, owners) == ERROR_SUCCESS) {
-            for (const std::wstring& node : owners) {
-                if (!Lists(detail["possibleOwners"], node)) {
-                    Add("possible-owner-missing", name,
-                        "The node " + Quoted(node) + " is a possible owner of the System Attendant, and not of it.",
-                        OnResource("addowner", name, ":" + Printable(node)));
-                }
+        const DWORD code =
+            attendant ? ListRelated(attendant.get(), CLUSTER_RESOURCE_ENUM_NODES, owners) : GetLastError();
+        if (code != ERROR_SUCCESS) {
+            TellUnread(TextMember(*attendants.front(), "name"), Report(),
+                       "Its possible owners cannot be listed: " + ErrorText(code) + ".");
+            return;
+        }
+        for (const std::wstring& node : owners) {
+            if (!Lists(detail["possibleOwners"], node)) {
+                Add("possible-owner-missing", name,
+                    "The node " + Quoted(node) + " is a possible owner of the System Attendant, and not of it.",
+                    OnResource("addowner", name, ":" + Printable(node)));
             }
         }
     }
@@ -375,15 +386,18 @@ private:
     CCluster& m_cluster;
     const ServerGroup& m_group;
     const ServersHere* m_here;
+    const picture::Health& m_health;
     Findings& m_findings;
-    std::string m_serverName; // quoted, of the first Network Name
+    std::string m_serverName = "SERVER"; // quoted, of the Network Name
     std::wstring m_networkName;
-    std::wstring m_dataPath;
+    std::wstring m_dataPath; // of the resource that is looked at
 };
 
 } // namespace
 
-void DiagnoseServer(CCluster& cluster, const ServerGroup& group, const ServersHere* here, Findings& findings) {
+void DiagnoseServer(CCluster& cluster, const ServerGroup& group, const ServersHere* here, const ClusterHealth& health,
+                    Findings& findings) {
     findings.SetGroup(group.name);
-    ServerRound(cluster, group, here, findings).Run();
+    ServerRound(cluster, group, here, health.health, findings).Run();
+    DiagnoseProblems(health, group.name, findings);
 }

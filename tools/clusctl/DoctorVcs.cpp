@@ -144,7 +144,7 @@ bool IsWanted(const CVeritasVirtualServerInfo& server, const std::wstring& wante
     return name.is_string() && IsSameName(common::ToUtf16(name.get<std::string>()), wanted);
 }
 
-void LookAtServers(const LogCapture& log, const std::wstring& wanted, Findings& findings) {
+void LookAtServers(const LogCapture& log, const ClusterHealth& health, const std::wstring& wanted, Findings& findings) {
     std::vector<CVeritasVirtualServerInfo> servers;
     const ToolWatch watch(log);
     if (!CVeritasCluster().CollectExchangeEVSInfo(servers) || !watch.Problems().empty()) {
@@ -152,9 +152,15 @@ void LookAtServers(const LogCapture& log, const std::wstring& wanted, Findings& 
     }
     bool isFound = false;
     for (const CVeritasVirtualServerInfo& server : servers) {
+        const ToolWatch asked(log);
         if (IsWanted(server, wanted)) {
             isFound = true;
             DiagnoseVcsServer(log, server, findings);
+            DiagnoseProblems(health, server.sGroupName, findings);
+        } else if (!asked.Problems().empty()) {
+            findings.SetGroup(server.sGroupName);
+            findings.Add("vcs-server-unread", Printable(server.sGroupName), "Its network name cannot be read.",
+                         "clusctl vcs servers " + Printable(server.sGroupName));
         }
     }
     try {
@@ -176,5 +182,11 @@ void DiagnoseVcs(const LogCapture& log, const DoctorRequest& request, Findings& 
         return;
     }
     LookAtMode(findings);
-    LookAtServers(log, request.wanted, findings);
+    const ClusterHealth health = ReadClusterHealth(log);
+    DiagnoseProblems(health, std::wstring(), findings);
+    LookAtServers(log, health, request.wanted, findings);
+    if (request.wanted.empty()) {
+        DiagnoseOtherProblems(health, findings);
+    }
+    TellUnreadHealth(health, findings);
 }

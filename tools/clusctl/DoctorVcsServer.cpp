@@ -41,11 +41,19 @@ public:
     }
 
 private:
+    // Null of one that is empty. Throws Failure when the tool does not tell it.
+    Json ReadAttribute(const std::wstring& resource, const wchar_t* attribute) const {
+        const ToolWatch watch(m_log);
+        Json value = ReadVcsAttribute(resource, attribute);
+        watch.Require(true, "cannot read " + Printable(attribute) + " of " + Quoted(resource));
+        return value;
+    }
+
     void LookAtLanman() {
         if (m_server.sLanmanResName.empty()) {
             m_findings.Add("vcs-lanman-missing", m_group, "It has no Lanman resource.",
                            "hares -add " + m_group + "-Lanman Lanman " + m_group);
-        } else if (ReadVcsAttribute(m_server.sLanmanResName, VirtualNameAttribute).is_null()) {
+        } else if (ReadAttribute(m_server.sLanmanResName, VirtualNameAttribute).is_null()) {
             m_findings.Add("vcs-virtual-name-missing", Printable(m_server.sLanmanResName), "It has no VirtualName.",
                            "hares -modify " + Printable(m_server.sLanmanResName) + " VirtualName NAME");
         }
@@ -54,7 +62,11 @@ private:
     void LookAtGroup() {
         const GroupState state = LastGroupState(m_log, m_server.sGroupName);
         for (const SystemState& row : state.states) {
-            if (Says(row.state, L"FAULTED")) {
+            if (Says(row.state, L"FAULTED") && !state.system.empty() && row.system != state.system) {
+                m_findings.Add("vcs-group-faulted-elsewhere", m_group,
+                               "It is faulted on " + Printable(row.system) + ", and cannot go there.",
+                               "hagrp -clear " + m_group + " -sys " + Printable(row.system));
+            } else if (Says(row.state, L"FAULTED")) {
                 m_findings.Add("vcs-group-faulted", m_group, "It is faulted on " + Printable(row.system) + ".",
                                "hagrp -clear " + m_group + " -sys " + Printable(row.system));
             }
@@ -95,10 +107,15 @@ private:
 
     void LookAtProduct() {
         VcsNames all;
-        CVeritasCluster().CollectKOVAResNames(m_server.sGroupName.c_str(), all);
+        const ToolWatch watch(m_log);
+        const bool isCollected = CVeritasCluster().CollectKOVAResNames(m_server.sGroupName.c_str(), all);
+        const bool areAll = isCollected && watch.Problems().empty(); // not with a blank in the data root, for example
         const RegistryReplication replication = FindRegistryReplication(m_log, m_server.sGroupName);
         LookAtReplications(replication);
-        if (all.empty() && replication.resource.empty()) {
+        const bool hasNone = areAll ? all.empty()
+                                    : ListResourcesOfService(m_log, m_server.sGroupName, HostService).empty() &&
+                                          ListResourcesOfService(m_log, m_server.sGroupName, SAService).empty();
+        if (hasNone && replication.resource.empty()) {
             m_findings.Add("vcs-product-missing", m_group, "It holds none of the product's resources.",
                            "clusctl vcs product create " + m_group + " --rw");
             return;
@@ -128,7 +145,7 @@ private:
         for (const std::wstring& name :
              ListVcsNames(m_log, &CVeritasCluster::EnumResourceNamesW, "resources",
                           {{GroupAttribute, m_server.sGroupName}, {TypeAttribute, RegRepType}})) {
-            const Json keys = ReadVcsAttribute(name, KeysAttribute);
+            const Json keys = ReadAttribute(name, KeysAttribute);
             const std::string text = keys.is_string() ? keys.get<std::string>() : std::string();
             if (text.empty()) {
                 m_findings.Add("vcs-replication-half-made", Printable(name), "It replicates no key.",
@@ -163,7 +180,10 @@ private:
         const std::string probe = "hares -probe " + name + " -sys ";
         for (const SystemState& row : states) {
             const std::string system = Printable(row.system);
-            if (Says(row.state, L"FAULTED")) {
+            if (Says(row.state, L"FAULTED") && m_server.bGroupOnline && row.system != m_server.sOnlineNode) {
+                m_findings.Add("vcs-resource-faulted-elsewhere", name, "It is faulted on " + system + ".",
+                               "hares -clear " + name + " -sys " + system);
+            } else if (Says(row.state, L"FAULTED")) {
                 m_findings.Add("vcs-resource-faulted", name, "It is faulted on " + system + ".", switchOn + system);
             } else if (Says(row.state, L"UNKNOWN")) {
                 m_findings.Add("vcs-resource-not-probed", name, "VCS does not know its state on " + system + ".",

@@ -11,7 +11,9 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <cstdint>
 #include <cwchar>
+#include <utility>
 #include <vector>
 
 const wchar_t CompiledInProductKey[] = L"SOFTWARE\\Plinthcore\\Zyntra Gate\\CurrentVersion";
@@ -36,34 +38,71 @@ std::wstring KeyOf(const std::wstring& name) {
     return std::wstring(ParentKey) + L"\\" + name;
 }
 
+const std::uint64_t MostOddBytes = 65536; // of a value that is no text or number
+
 bool IsInForce = false;
 
-// Null when the value is missing or of another type.
-Json ReadValue(const std::wstring& path, const wchar_t* name, DWORD wantedType) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-        return Json();
-    }
+struct RegistryValue {
+    bool isThere = false;
     DWORD type = 0;
     DWORD size = 0;
-    std::vector<wchar_t> value;
-    LSTATUS code = RegQueryValueExW(key, name, nullptr, &type, nullptr, &size);
+    std::vector<wchar_t> data; // terminated, whatever is stored
+};
+
+RegistryValue ReadAnyValue(const std::wstring& path, const wchar_t* name) {
+    RegistryValue value;
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return value;
+    }
+    LSTATUS code = RegQueryValueExW(key, name, nullptr, &value.type, nullptr, &value.size);
     if (code == ERROR_SUCCESS) {
-        value.resize(size / sizeof(wchar_t) + 2); // terminated, whatever is stored
-        code = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(value.data()), &size);
+        value.data.resize(value.size / sizeof(wchar_t) + 2);
+        code =
+            RegQueryValueExW(key, name, nullptr, &value.type, reinterpret_cast<BYTE*>(value.data.data()), &value.size);
     }
     RegCloseKey(key);
-    if (code != ERROR_SUCCESS || type != wantedType) {
-        return Json();
-    }
-    return type == REG_SZ ? Json(std::wstring(value.data())) : Json(*reinterpret_cast<const DWORD*>(value.data()));
+    value.isThere = code == ERROR_SUCCESS;
+    return value;
 }
 
-void AddValue(Json& settings, const std::wstring& path, const wchar_t* name, DWORD type) {
-    const Json value = ReadValue(path, name, type);
-    if (!value.is_null()) {
-        settings[common::ToUtf8(name)] = value;
+const struct {
+    DWORD type;
+    const char* name;
+} TypeNames[] = {{REG_NONE, "REG_NONE"},           {REG_SZ, "REG_SZ"},
+                 {REG_EXPAND_SZ, "REG_EXPAND_SZ"}, {REG_BINARY, "REG_BINARY"},
+                 {REG_DWORD, "REG_DWORD"},         {REG_DWORD_BIG_ENDIAN, "REG_DWORD_BIG_ENDIAN"},
+                 {REG_MULTI_SZ, "REG_MULTI_SZ"},   {REG_QWORD, "REG_QWORD"}};
+
+std::string NameOfType(DWORD type) {
+    for (const auto& known : TypeNames) {
+        if (known.type == type) {
+            return known.name;
+        }
     }
+    return "type " + std::to_string(type);
+}
+
+bool IsText(DWORD type) {
+    return type == REG_SZ || type == REG_EXPAND_SZ;
+}
+
+Json JsonOf(const RegistryValue& value) {
+    return IsText(value.type) ? Json(std::wstring(value.data.data()))
+                              : Json(*reinterpret_cast<const DWORD*>(value.data.data()));
+}
+
+// Does something with each value that the library reads, and the type in which it does.
+template <typename Look> void LookAtEach(const Look& look) {
+    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
+    for (const wchar_t* name : NumberNames) {
+        look(name, ReadAnyValue(path, name), REG_DWORD);
+    }
+    for (const wchar_t* name : TextNames) {
+        look(name, ReadAnyValue(path, name), REG_SZ);
+    }
+    look(DataRootName, ReadAnyValue(CompiledInProductKey, DataRootName), REG_SZ);
+    look(ThirdPartyName, ReadAnyValue(CompiledInProductKey, ThirdPartyName), REG_DWORD);
 }
 
 // The model's settings; null when there is no simulator, no model file or no settings.
@@ -99,14 +138,44 @@ HKEY CreateVolatile(HKEY parent, const std::wstring& path) {
     return key;
 }
 
-LSTATUS Write(HKEY key, const std::wstring& name, const Json& value) {
-    if (value.is_number()) {
-        const auto number = value.get<DWORD>();
-        return RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
-    }
+LSTATUS WriteText(HKEY key, const std::wstring& name, DWORD type, const Json& value) {
     const std::wstring text = common::ToUtf16(value.get<std::string>());
-    return RegSetValueExW(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+    return RegSetValueExW(key, name.c_str(), 0, type, reinterpret_cast<const BYTE*>(text.c_str()),
                           static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+LSTATUS WriteNumber(HKEY key, const std::wstring& name, const Json& value) {
+    const auto number = value.get<DWORD>();
+    return RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number), sizeof(number));
+}
+
+// As ReadOddSettings has it. What only its size is known of is zeros.
+LSTATUS WriteOdd(HKEY key, const std::wstring& name, const Json& value) {
+    const Json text = value.value("text", Json());
+    const Json number = value.value("number", Json());
+    const Json size = value.value("size", Json());
+    for (const auto& known : TypeNames) {
+        if (value.value("type", Json()) != Json(known.name)) {
+            continue;
+        }
+        if (IsText(known.type) && text.is_string()) {
+            return WriteText(key, name, known.type, text);
+        }
+        if (known.type == REG_DWORD && number.is_number_unsigned()) {
+            return WriteNumber(key, name, number);
+        }
+        if (size.is_number_unsigned() && size.get<std::uint64_t>() <= MostOddBytes) {
+            const std::vector<BYTE> zeros(size.get<std::size_t>() + 1);
+            return RegSetValueExW(key, name.c_str(), 0, known.type, zeros.data(), static_cast<DWORD>(zeros.size() - 1));
+        }
+    }
+    return ERROR_INVALID_DATA;
+}
+
+LSTATUS Write(HKEY key, const std::wstring& name, const Json& value) {
+    return value.is_object()   ? WriteOdd(key, name, value)
+           : value.is_number() ? WriteNumber(key, name, value)
+                               : WriteText(key, name, REG_SZ, value);
 }
 
 std::vector<std::wstring> ChildrenOf(HKEY key) {
@@ -164,16 +233,37 @@ void DeleteLeftKeys() {
 } // namespace
 
 Json ReadProductSettings() {
-    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
     Json settings = Json::object();
-    for (const wchar_t* name : NumberNames) {
-        AddValue(settings, path, name, REG_DWORD);
-    }
-    for (const wchar_t* name : TextNames) {
-        AddValue(settings, path, name, REG_SZ);
-    }
-    AddValue(settings, CompiledInProductKey, DataRootName, REG_SZ);
-    AddValue(settings, CompiledInProductKey, ThirdPartyName, REG_DWORD);
+    LookAtEach([&settings](const wchar_t* name, const RegistryValue& value, DWORD wanted) {
+        if (value.isThere && value.type == wanted) {
+            settings[common::ToUtf8(name)] = JsonOf(value);
+        }
+    });
+    return settings;
+}
+
+Json ReadProductSettingTypes() {
+    Json types = Json::object();
+    LookAtEach([&types](const wchar_t* name, const RegistryValue& value, DWORD /*wanted*/) {
+        if (value.isThere) {
+            types[common::ToUtf8(name)] = NameOfType(value.type);
+        }
+    });
+    return types;
+}
+
+Json ReadOddSettings() {
+    Json settings = Json::object();
+    LookAtEach([&settings](const wchar_t* name, const RegistryValue& value, DWORD wanted) {
+        if (value.isThere && value.type != wanted) {
+            Json odd = {{"type", NameOfType(value.type)}};
+            const bool isNumber = value.type == REG_DWORD && value.size == sizeof(DWORD);
+            odd[IsText(value.type) ? "text"
+                : isNumber         ? "number"
+                                   : "size"] = IsText(value.type) || isNumber ? JsonOf(value) : Json(value.size);
+            settings[common::ToUtf8(name)] = std::move(odd);
+        }
+    });
     return settings;
 }
 

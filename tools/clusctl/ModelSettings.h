@@ -16,6 +16,13 @@ extern const wchar_t CompiledInProductKey[];
 // The registry values of the product that the library reads, those that are there.
 Json ReadProductSettings();
 
+// The registry types of those that are there: "REG_DWORD".
+Json ReadProductSettingTypes();
+
+// Those that are there in another type than the library reads: {"type": "REG_EXPAND_SZ", "text": TEXT}, of a number
+// "number", of anything else "size". They may stand among the settings of a bundle.
+Json ReadOddSettings();
+
 // While it lives, the library finds the settings of the simulator's model where it looks for the product's registry
 // key: HKEY_LOCAL_MACHINE of this process is a volatile key of its own then, which nobody else sees. Nothing happens
 // without a simulator, or when the model has no settings; a recording and a support bundle always say whether the

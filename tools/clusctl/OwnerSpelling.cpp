@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <map>
 
-namespace {
-
 bool IsSpelledOtherwise(const std::wstring& owner) {
     static std::map<std::wstring, bool> judged; // there are as many owners as nodes, and many that they own
     const auto known = judged.find(owner);
@@ -16,8 +14,6 @@ bool IsSpelledOtherwise(const std::wstring& owner) {
                ? known->second
                : judged.emplace(owner, owner != ComputerName() && IsThisComputer(owner)).first->second;
 }
-
-} // namespace
 
 void WarnOfOwnerSpelling(const std::wstring& owner, Report& report) {
     if (!IsSpelledOtherwise(owner)) {

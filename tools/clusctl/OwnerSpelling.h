@@ -9,6 +9,9 @@
 
 #include <string>
 
+// Whether a node's name, as the cluster tells it of an owner, is this computer's but for letter case.
+bool IsSpelledOtherwise(const std::wstring& owner);
+
 // Warns when a node's name, as the cluster tells it of an owner, is this computer's but for letter case; once for each
 // spelling.
 void WarnOfOwnerSpelling(const std::wstring& owner, Report& report);

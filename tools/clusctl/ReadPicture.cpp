@@ -3,12 +3,14 @@
 #include "ClusterInUse.h"
 #include "ClusterObjects.h"
 #include "FailoverPicture.h"
+#include "OwnerSpelling.h"
 #include "Progress.h"
 #include "StateNames.h"
 #include "Text.h"
 
 #include "core/ValueList.h"
 
+#include <memory>
 #include <utility>
 
 using namespace picture;
@@ -43,6 +45,7 @@ Group ReadOneGroup(const CCluster& cluster, const std::wstring& name, Report& re
     }
     SetGroupState(result, state);
     result.node = common::ToUtf8(owner);
+    result.isOwnerMisspelt = IsSpelledOtherwise(owner);
     return result;
 }
 
@@ -108,7 +111,7 @@ template <typename Object> std::string Stored(const std::vector<Object>& objects
 
 } // namespace
 
-ClusterPicture ReadFailoverPicture(const LogCapture& log, Report& report) {
+ClusterPicture ReadFailoverPicture(const LogCapture* log, Report& report) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     ClusterPicture result;
@@ -125,16 +128,18 @@ ClusterPicture ReadFailoverPicture(const LogCapture& log, Report& report) {
         result.groups.push_back(ReadOneGroup(cluster, name, report));
     }
     const Names names = ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
-    CountedProgress progress(log, "resources", names.size());
+    const auto progress = log == nullptr ? nullptr : std::make_unique<CountedProgress>(*log, "resources", names.size());
     for (const std::wstring& name : names) {
-        progress.Next();
+        if (progress) {
+            progress->Next();
+        }
         result.resources.push_back(ReadOneResource(cluster, name, report));
     }
     return result;
 }
 
 ClusterPicture ReadPicture(const LogCapture& log, Report& report) {
-    return ClusterInUse() == Answering::Vcs ? ReadVcsPicture(log) : ReadFailoverPicture(log, report);
+    return ClusterInUse() == Answering::Vcs ? ReadVcsPicture(log) : ReadFailoverPicture(&log, report);
 }
 
 std::string StoredGroup(const ClusterPicture& cluster, const std::wstring& name) {

@@ -12,8 +12,8 @@
 // is.
 picture::ClusterPicture ReadPicture(const LogCapture& log, Report& report);
 
-// The same of one kind.
-picture::ClusterPicture ReadFailoverPicture(const LogCapture& log, Report& report);
+// The same of one kind. `log`: null to leave the progress to the caller.
+picture::ClusterPicture ReadFailoverPicture(const LogCapture* log, Report& report);
 picture::ClusterPicture ReadVcsPicture(const LogCapture& log);
 
 // The name as the cluster writes it, of a name in any letter case; empty when there is none. One in the same case goes

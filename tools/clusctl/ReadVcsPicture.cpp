@@ -7,6 +7,8 @@
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTable.h"
+#include "VcsToolFiles.h"
+#include "VcsToolProcess.h"
 #include "VcsTools.h"
 
 #include "core/ToolOutput.h"
@@ -22,6 +24,9 @@ namespace {
 const wchar_t AllOfThem[] = L"";
 const wchar_t StateAttribute[] = L"State";
 const wchar_t SystemStateAttribute[] = L"SysState";
+const wchar_t GroupTool[] = L"hagrp";
+const wchar_t ClusterTool[] = L"haclus";
+const wchar_t EverySystem[] = L"global";
 const char NoDependencies[] = "50034";
 const size_t DependencyColumns = 3; // group, parent, child
 
@@ -44,7 +49,8 @@ std::vector<VcsRow> ReadGroupStates(const LogCapture& log) {
 
 std::vector<VcsRow> ReadAttributes(const LogCapture& log) {
     const std::wstring names = std::wstring(TypeAttribute) + L" " + GroupAttribute + L" " + StateAttribute + L" " +
-                               ServiceAttribute + L" " + ServiceNameAttribute + L" " + VirtualNameAttribute;
+                               ServiceAttribute + L" " + ServiceNameAttribute + L" " + VirtualNameAttribute + L" " +
+                               EnabledAttribute;
     return ReadVcsTable(Answer(log, "cannot read the resources", [&names](const CVeritasCluster& cluster) {
         std::wstring ofFirst;
         cluster.GetResourceAttribute(AllOfThem, names.c_str(), ofFirst);
@@ -85,6 +91,44 @@ std::vector<Node> ReadSystems(const LogCapture& log) {
     return nodes;
 }
 
+// What somebody has switched off. An attribute that the tool does not show is as it is mostly.
+void ReadSwitches(const LogCapture& log, std::vector<Group>& groups) {
+    const ToolWatch watch(log);
+    const std::string output = RunVcsTool(GroupTool, L"-display -attribute Frozen TFrozen Enabled").output;
+    watch.Require(true, "cannot read which groups are frozen or disabled");
+    std::map<std::string, Group*> byName;
+    for (Group& group : groups) {
+        byName.emplace(group.name, &group);
+    }
+    for (const VcsRow& row : ReadVcsTable(common::ToUtf16(output))) {
+        const auto found = byName.find(common::ToUtf8(row.object));
+        if (found == byName.end()) {
+            continue;
+        }
+        Group& group = *found->second;
+        if (row.attribute != EnabledAttribute) {
+            group.isFrozen = group.isFrozen || row.value == L"1";
+        } else if (row.value == L"0" && row.system != EverySystem) {
+            group.disabledOn.push_back(common::ToUtf8(row.system));
+        } else if (row.value == L"0") {
+            for (const StateOnNode& state : group.states) {
+                group.disabledOn.push_back(state.node);
+            }
+        }
+    }
+}
+
+// Empty when the tool that tells it is missing, or tells something else.
+std::string ReadVcsName(const LogCapture& log) {
+    if (FindVcsTool(ClusterTool).empty()) {
+        return std::string();
+    }
+    const ToolWatch watch(log);
+    std::string name = RunVcsTool(ClusterTool, L"-value ClusterName").output;
+    name.erase(name.find_last_not_of(" \t\n") + 1);
+    return watch.Problems().empty() && name.find('\n') == std::string::npos ? name : std::string();
+}
+
 std::vector<Group> ReadGroups(const LogCapture& log) {
     const VcsNames names = ListVcsGroups(log);
     std::map<std::wstring, SystemStates> states;
@@ -96,6 +140,9 @@ std::vector<Group> ReadGroups(const LogCapture& log) {
     std::vector<Group> groups;
     for (const std::wstring& name : names) {
         groups.push_back(VcsGroup(name, states[name]));
+    }
+    if (!groups.empty()) {
+        ReadSwitches(log, groups);
     }
     return groups;
 }
@@ -136,6 +183,7 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
 ClusterPicture ReadVcsPicture(const LogCapture& log) {
     ClusterPicture result;
     result.kind = Kind::Vcs;
+    result.name = ReadVcsName(log);
     result.productServices = {common::ToUtf8(HostService), common::ToUtf8(SAService)};
     result.nodes = ReadSystems(log);
     result.groups = ReadGroups(log);

@@ -1,13 +1,12 @@
 #include "Status.h"
 
 #include "ClusterInUse.h"
+#include "Deployment.h"
 #include "OwnerSpelling.h"
 #include "PictureJson.h"
 #include "ReadPicture.h"
 
 #include "common/Text.h"
-
-#include <clus_VirtualServerUtil.h>
 
 using namespace picture;
 
@@ -16,7 +15,10 @@ namespace {
 Json ProblemRecords(const Health& health) {
     Json records = Json::array();
     for (const Problem& problem : health.problems) {
-        records.push_back({{"level", NameOf(problem.level)}, {"object", problem.object}, {"text", problem.text}});
+        records.push_back({{"level", NameOf(problem.level)},
+                           {"code", problem.code},
+                           {"object", problem.object},
+                           {"text", problem.text}});
     }
     return records;
 }
@@ -63,9 +65,15 @@ Status ReadStatus(const LogCapture& log, Report& report) {
         status.cluster = ReadPicture(log, report);
         WarnOfOwners(status.cluster, report);
     } catch (const Failure& failure) {
-        const bool isPlain = ClusterInUse() == Answering::FailoverCluster && failure.Kind().exitCode == ExitNoAnswer &&
-                             !CVirtualServerUtil::CheckIsClusterByRegKey();
-        if (!isPlain) {
+        if (ClusterInUse() != Answering::FailoverCluster || failure.Kind().exitCode != ExitNoAnswer) {
+            throw;
+        }
+        const IntendedCluster intended = ReadIntendedCluster();
+        if (intended == IntendedCluster::Unknown) {
+            throw Failure(std::string(failure.what()) + "; whether there is to be one cannot be told either: the "
+                                                        "product's registry key cannot be read");
+        }
+        if (intended == IntendedCluster::One) {
             throw;
         }
     }

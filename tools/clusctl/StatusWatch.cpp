@@ -29,7 +29,8 @@ void Print(const Stream& output, const std::string& text) {
     }
 }
 
-// What is shown, in one of three forms. `problem`: why the cluster cannot be read at present; empty when it can.
+// What is shown, in one of three forms. `problem`: why the cluster, or a part of it, cannot be read at present; empty
+// when it can.
 class View {
 public:
     View() = default;
@@ -105,19 +106,23 @@ public:
             line["simulated"] = TextOrNull(simulation.HasAnswered(true) ? simulation.File() : std::wstring());
             Write(line);
             m_hasBegun = true;
-        } else {
-            WriteChange("cluster", m_last.cluster.name, "answer", m_problem.empty() ? "" : m_problem, problem);
-            for (const Change& change : ChangesBetween(m_last.cluster, status.cluster)) {
-                WriteChange(change.kind, change.name, change.what, change.from, change.to);
-            }
-            WriteChange("cluster", status.cluster.name, "health", NameOf(m_last.health.level),
-                        NameOf(status.health.level));
+            m_last = status;
         }
+        WriteChange("cluster", m_last.cluster.name, "answer", m_problem, problem);
+        WriteChanges(ChangesBetween(m_last.cluster, status.cluster));
+        WriteChanges(ChangesBetween(m_last.health, status.health));
+        WriteChange("cluster", status.cluster.name, "health", NameOf(m_last.health.level), NameOf(status.health.level));
         m_last = status;
         m_problem = problem;
     }
 
 private:
+    void WriteChanges(const std::vector<Change>& changes) const {
+        for (const Change& change : changes) {
+            WriteChange(change.kind, change.name, change.what, change.from, change.to);
+        }
+    }
+
     void WriteChange(const char* kind, const std::string& name, const char* what, const std::string& from,
                      const std::string& to) const {
         if (from != to) {
@@ -150,6 +155,28 @@ std::unique_ptr<View> MakeView(const WatchOptions& options) {
     return std::make_unique<TextView>();
 }
 
+// Why not all of what is shown is as the cluster is now; empty when it is.
+std::string ProblemOf(const Report& unread) {
+    const std::vector<std::string>& warnings = unread.Warnings();
+    if (unread.IsComplete() || warnings.empty()) {
+        return std::string();
+    }
+    return warnings.size() == 1 ? warnings.front()
+                                : warnings.front() + ", and " + std::to_string(warnings.size() - 1) + " more";
+}
+
+// A part that cannot be read now is shown as it was, instead of taking its server away. `status`: of the time before.
+std::string ReadAgain(const LogCapture& log, Status& status) {
+    Report unread;
+    Status now = ReadStatus(log, unread);
+    if (!unread.IsComplete()) {
+        KeepKnown(status.cluster, now.cluster);
+        now.health = HealthOf(now.cluster, false);
+    }
+    status = std::move(now);
+    return ProblemOf(unread);
+}
+
 } // namespace
 
 Report WatchStatus(const LogCapture& log, const WatchOptions& options) {
@@ -158,13 +185,12 @@ Report WatchStatus(const LogCapture& log, const WatchOptions& options) {
     try {
         ClusterNotices notices(ClusterInUse() == Answering::FailoverCluster);
         Status status = ReadStatus(log, unread);
-        view->Show(status, std::string());
+        view->Show(status, ProblemOf(unread));
         for (;;) {
             notices.Await(options.interval);
             std::string problem;
             try {
-                Report ofThisTime;
-                status = ReadStatus(log, ofThisTime);
+                problem = ReadAgain(log, status);
             } catch (const Interrupted&) {
                 throw;
             } catch (const Failure& failure) { // the cluster may come back

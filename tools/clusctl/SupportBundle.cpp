@@ -110,7 +110,9 @@ private:
         m_parts.Add(BundleFiles::Settings, "the product's registry values that the library reads",
                     {{"key", CVirtualServerUtil::GetProductRegistryKey()},
                      {"deployment", {{"kind", deployment.kind}, {"reason", deployment.reason}}},
-                     {"values", ReadProductSettings()}});
+                     {"values", ReadProductSettings()},
+                     {"types", ReadProductSettingTypes()},
+                     {"odd", ReadOddSettings()}});
     }
 
     void ReadWholeStatus() {
@@ -172,7 +174,9 @@ private:
     }
 
     void AddLog(const char* name, const char* what, const std::wstring& path) {
-        m_parts.AddText(name, what, LastLines(path, MostLogLines));
+        const std::string lines = LastLines(path, MostLogLines);
+        m_parts.AddText(name, what, lines);
+        m_logs += lines + "\n";
         m_parts.TellMasked("secrets on command lines of VCS tools", "what is one is told by the library's own rule");
     }
 
@@ -220,14 +224,25 @@ private:
             if (code != ERROR_SUCCESS) {
                 m_parts.TellUnread("events", {"the log " + common::ToUtf8(name) + ": " + ErrorText(code)});
             }
+            LearnTexts(events);
             logs.push_back({{"log", name}, {"events", std::move(events)}});
         }
         m_parts.Add("events.json", "the latest events of the cluster's services, of Exchange and of the product",
                     {{"sources", query.sources}, {"most", MostEvents}, {"logs", std::move(logs)}});
     }
 
+    // Of events, what the log shows beside the texts is the system's.
+    void LearnTexts(const Json& events) {
+        for (const Json& event : events) {
+            for (const Json& text : event.value("texts", Json::array())) {
+                m_logs += text.is_string() ? text.get<std::string>() + "\n" : std::string();
+            }
+        }
+    }
+
     // All that was read so far. The status, which the page is made of, too, is made of what was renamed.
     void Rename() {
+        m_names.LearnLog(m_logs);
         for (BundlePart& part : m_parts.All()) {
             if (!part.document.is_null()) {
                 m_names.Rename(part.document);
@@ -296,6 +311,7 @@ private:
     const Simulation m_simulation;
     BundleParts m_parts;
     BundleNames m_names;
+    std::string m_logs; // of all logs and events
     Status m_status;
     bool m_hasStatus = false;
     bool m_isWhole = false;

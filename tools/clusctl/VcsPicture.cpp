@@ -82,6 +82,7 @@ bool IsProductService(const std::wstring& service) {
 void SetRole(Resource& resource, const VcsAttributes& attributes) {
     const std::wstring type = ValueOf(attributes, TypeAttribute);
     const std::wstring service = ValueOf(attributes, type == ExchServiceType ? ServiceAttribute : ServiceNameAttribute);
+    resource.isEnabled = ValueOf(attributes, EnabledAttribute) != L"0";
     if (type == LanmanType) {
         resource.role = Role::NetworkName;
         resource.networkName = common::ToUtf8(ValueOf(attributes, VirtualNameAttribute));

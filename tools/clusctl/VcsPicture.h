@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+const wchar_t EnabledAttribute[] = L"Enabled";
+
 typedef std::map<std::wstring, std::wstring> VcsAttributes; // the first value of each
 
 // The states of systems that have a word of their own, the most frequent first.

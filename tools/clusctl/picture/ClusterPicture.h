@@ -52,7 +52,10 @@ struct Group {
     std::string state;
     Condition condition = Condition::Unknown;
     std::string node; // where it is, or of VCS where it is at least partly online; empty: nowhere, or not known
-    std::vector<StateOnNode> states; // of VCS
+    std::vector<StateOnNode> states;          // of VCS
+    bool isOwnerMisspelt = false;             // of a failover cluster: it is this computer, in another letter case
+    bool isFrozen = false;                    // of VCS, as is the next
+    std::vector<std::string> disabledOn = {}; // nodes
 };
 
 struct Resource {
@@ -66,13 +69,14 @@ struct Resource {
     Role role = Role::Other;
     std::string networkName; // of a network name: the name that it carries; empty when it is not known
     std::string service;     // of the product's services on VCS: the Windows service
+    bool isEnabled = true;   // of VCS, which looks at no other
     bool hasDependenciesRead = true;
     std::vector<std::string> dependsOn;
 };
 
 struct ClusterPicture {
     Kind kind = Kind::None;
-    std::string name; // empty: not known, as of VCS, whose tools do not tell it
+    std::string name; // empty: not known, as of VCS without the tool that tells it
     std::vector<Node> nodes;
     std::vector<Group> groups;
     std::vector<Resource> resources; // in the cluster's order

@@ -1,6 +1,7 @@
 #include "Health.h"
 
 #include "Printable.h"
+#include "Problems.h"
 
 #include <algorithm>
 #include <map>
@@ -9,8 +10,6 @@
 namespace picture {
 
 namespace {
-
-const std::size_t MostNamed = 3; // problems in the line for monitoring
 
 std::string Quoted(const std::string& name) {
     return "\"" + Printable(name) + "\"";
@@ -43,18 +42,27 @@ const char* WordOf(Condition condition) {
     }
 }
 
+bool IsFaulted(const StateOnNode& state) {
+    return state.state.find("FAULTED") != std::string::npos;
+}
+
 class Examination {
 public:
     Examination(const ClusterPicture& cluster, bool isComplete) : m_cluster(cluster) {
         for (const Resource& resource : cluster.resources) {
             m_members[resource.group].push_back(&resource);
+            m_resources.emplace(resource.name, &resource);
+            if (resource.type.empty() || resource.group.empty()) {
+                m_groupsNotWhole.insert(resource.group);
+            }
         }
         ExamineNodes();
         for (const Group& group : cluster.groups) {
             ExamineGroup(group);
         }
         if (!isComplete) {
-            Add(Level::Unknown, cluster.name, "not all of the cluster can be read");
+            m_group.clear();
+            Add("cluster-unread", cluster.name, "not all of the cluster can be read");
         }
         Finish();
     }
@@ -64,29 +72,42 @@ public:
     }
 
 private:
-    void Add(Level level, const std::string& object, const std::string& text) {
-        m_health.problems.push_back({level, object, text});
+    typedef std::vector<const Resource*> Members;
+
+    void Add(const char* code, const std::string& object, const std::string& text) {
+        m_health.problems.push_back({LevelOf(code), object, text, code, m_group});
+    }
+
+    const char* OfKind(const char* failover, const char* vcs) const {
+        return m_cluster.kind == Kind::Vcs ? vcs : failover;
     }
 
     void ExamineNodes() {
         for (const Node& node : m_cluster.nodes) {
             if (node.isUp) {
                 ++m_health.nodesUp;
-            } else {
-                Add(node.state == "unknown" ? Level::Unknown : Level::Warning, node.name,
-                    "the node is " + Printable(node.state));
+                continue;
             }
+            const char* const code = node.state == "unknown"       ? "node-unread"
+                                     : m_cluster.kind == Kind::Vcs ? "vcs-system-down"
+                                     : node.state == "paused"      ? "node-paused"
+                                     : node.state == "joining"     ? "node-joining"
+                                                                   : "node-down";
+            Add(code, node.name, "the node is " + Printable(node.state));
         }
     }
 
     void ExamineGroup(const Group& group) {
-        const std::vector<const Resource*>& members = m_members[group.name];
+        const Members& members = m_members[group.name];
         const bool isServer = std::any_of(members.begin(), members.end(), [](const Resource* member) {
             return member->role == Role::Store || member->role == Role::Attendant || member->role == Role::Product;
         });
         const std::size_t before = m_health.problems.size();
+        m_group = group.name;
         ExamineStates(group, members, isServer);
+        ExamineElsewhere(group, members);
         if (isServer) {
+            ExamineSwitches(group, members);
             AddServer(group, members);
             VirtualServer& server = m_health.servers.back();
             for (std::size_t i = before; i < m_health.problems.size(); ++i) {
@@ -96,53 +117,95 @@ private:
     }
 
     // What is down with its whole group is told once, as the group.
-    void ExamineStates(const Group& group, const std::vector<const Resource*>& members, bool isServer) {
+    void ExamineStates(const Group& group, const Members& members, bool isServer) {
         const std::string what = isServer ? "the virtual server is " : "the group is ";
         const std::size_t before = m_health.problems.size();
-        const bool isDown = group.condition == Condition::Offline;
+        const bool isOffline = group.condition == Condition::Offline;
+        const bool isOneOnline = std::any_of(members.begin(), members.end(), [](const Resource* member) {
+            return member->condition == Condition::Online;
+        });
+        const bool isDown = isOffline || (group.condition == Condition::Unknown && !isOneOnline);
         for (const Resource* const member : members) {
             ExamineResource(*member, isDown, isServer);
         }
         const bool isExplained = m_health.problems.size() != before;
-        if (group.condition == Condition::Failed || (isDown && isServer)) {
-            Add(Level::Critical, group.name, what + group.state);
+        if (group.condition == Condition::Failed) {
+            Add(OfKind("group-failed", "vcs-group-faulted"), group.name, what + group.state);
+        } else if (isOffline && isServer) {
+            Add(OfKind("group-offline", "vcs-group-offline"), group.name, what + group.state);
         } else if (group.condition == Condition::Pending && !isExplained) {
-            Add(Level::Warning, group.name, what + group.state);
+            Add("resource-pending", group.name, what + group.state);
         } else if (group.condition == Condition::Unknown) {
-            Add(Level::Unknown, group.name, "its state is not known");
+            Add("group-unread", group.name, "its state is not known");
         }
+    }
+
+    // What is faulted where the group is not shows when the group has to go there.
+    void ExamineElsewhere(const Group& group, const Members& members) {
+        if (group.node.empty()) {
+            return;
+        }
+        std::set<std::string> told;
         for (const StateOnNode& state : group.states) {
-            if (!group.node.empty() && state.node != group.node && state.state.find("FAULTED") != std::string::npos) {
-                Add(Level::Warning, group.name, "it cannot go to " + Printable(state.node) + ", where it is faulted");
+            if (state.node != group.node && IsFaulted(state)) {
+                told.insert(state.node);
+                Add("vcs-group-faulted-elsewhere", group.name,
+                    "it cannot go to " + Printable(state.node) + ", where it is faulted");
+            }
+        }
+        for (const Resource* const member : members) {
+            for (const StateOnNode& state : member->states) {
+                if (state.node != group.node && IsFaulted(state) && told.count(state.node) == 0) {
+                    Add("vcs-resource-faulted-elsewhere", member->name,
+                        "the resource is faulted on " + Printable(state.node));
+                }
+            }
+        }
+    }
+
+    // What somebody has switched off in VCS.
+    void ExamineSwitches(const Group& group, const Members& members) {
+        if (group.isFrozen) {
+            Add("vcs-group-frozen", group.name, "the group is frozen: VCS does nothing when it fails");
+        }
+        for (const std::string& node : group.disabledOn) {
+            Add("vcs-group-disabled", group.name,
+                "the group is disabled on " + Printable(node) + ", and cannot come online there");
+        }
+        for (const Resource* const member : members) {
+            if (!member->isEnabled && member->role != Role::Other) {
+                Add("vcs-resource-disabled", member->name, "the resource is disabled: VCS does not look at it");
             }
         }
     }
 
     void ExamineResource(const Resource& resource, bool isGroupDown, bool isOfServer) {
+        const bool isProduct = resource.role == Role::Product;
         switch (resource.condition) {
         case Condition::Failed:
             ++m_health.resourcesFailed;
-            Add(Level::Critical, resource.name, "the resource is " + resource.state);
+            Add(OfKind(isProduct ? "product-failed" : "resource-failed", "vcs-resource-faulted"), resource.name,
+                "the resource is " + resource.state);
             break;
         case Condition::Pending:
             ++m_health.resourcesPending;
-            Add(Level::Warning, resource.name, "the resource is " + resource.state);
+            Add(isProduct ? "product-pending" : "resource-pending", resource.name, "the resource is " + resource.state);
             break;
         case Condition::Offline:
-            if (!isGroupDown && isOfServer && resource.role != Role::Product) { // the product's are told by themselves
-                Add(resource.role == Role::Other ? Level::Warning : Level::Critical, resource.name,
+            if (!isGroupDown && isOfServer && !isProduct) { // the product's are told by themselves
+                Add(resource.role == Role::Other ? "resource-offline" : "server-part-offline", resource.name,
                     "the resource is offline, and its virtual server is not");
             }
             break;
         case Condition::Unknown:
-            Add(Level::Unknown, resource.name, "its state is not known");
+            Add(OfKind("resource-unread", "vcs-resource-not-probed"), resource.name, "its state is not known");
             break;
         default:
             break;
         }
     }
 
-    void AddServer(const Group& group, const std::vector<const Resource*>& members) {
+    void AddServer(const Group& group, const Members& members) {
         VirtualServer server;
         server.name = NetworkName(members);
         server.name = server.name.empty() ? group.name : server.name;
@@ -160,7 +223,7 @@ private:
     }
 
     // That on which the store, or what there is of Exchange or the product, rests; the group may hold others.
-    std::string NetworkName(const std::vector<const Resource*>& members) const {
+    std::string NetworkName(const Members& members) const {
         for (const Role role : {Role::Store, Role::Attendant, Role::Product}) {
             for (const Resource* const member : members) {
                 if (member->role != role) {
@@ -177,10 +240,16 @@ private:
         return std::string();
     }
 
+    // Whether a resource that is not known to be anything may be what the group lacks.
+    bool IsWhole(const Group& group) const {
+        return m_groupsNotWhole.count(group.name) == 0 && m_groupsNotWhole.count(std::string()) == 0;
+    }
+
     void AddMissing(const Group& group, VirtualServer& server) const {
         if (m_cluster.kind == Kind::Failover) {
             if (server.parts.empty()) {
-                server.parts.push_back({std::string(), std::string(), "missing", Condition::Unknown, false});
+                server.parts.push_back(
+                    {std::string(), std::string(), IsWhole(group) ? "missing" : "unknown", Condition::Unknown, false});
             }
             return;
         }
@@ -193,33 +262,58 @@ private:
         }
     }
 
-    void Judge(const Group& group, const std::vector<const Resource*>& members, VirtualServer& server) {
-        const auto there = std::count_if(server.parts.begin(), server.parts.end(),
-                                         [](const ProductPart& part) { return part.isThere; });
+    void Judge(const Group& group, const Members& members, VirtualServer& server) {
         const bool isServerUp = group.condition == Condition::Online || group.condition == Condition::Partly;
         m_health.serversOnline += isServerUp ? 1 : 0;
+        const bool hasName = HasNetworkName(group, members);
+        const auto there = std::count_if(server.parts.begin(), server.parts.end(),
+                                         [](const ProductPart& part) { return part.isThere; });
         if (there == 0) {
-            server.product = "missing";
-            Add(Level::Warning, server.group, "the product's resources are missing in the virtual server's group");
+            server.product = IsWhole(group) ? "missing" : "unknown";
+            if (IsWhole(group)) {
+                Add(OfKind("product-resource-missing", "vcs-product-missing"), server.group,
+                    "the product's resources are missing in the virtual server's group");
+            }
             return;
         }
         const Condition worst = WorstOf(server.parts);
         const bool isWhole = static_cast<std::size_t>(there) == server.parts.size();
         server.product = isWhole || worst != Condition::Online ? WordOf(worst) : "incomplete";
         if (!isWhole) {
-            Add(Level::Warning, server.group, "the product's " + MissingNames(server) + " is missing");
+            Add("vcs-service-missing", server.group, "the product's " + MissingNames(server) + " is missing");
         }
         for (const ProductPart& part : server.parts) {
             if (part.isThere && part.condition == Condition::Offline && isServerUp) {
-                Add(Level::Critical, part.name, "the product's resource is offline, and its virtual server is not");
+                Add(OfKind("product-offline", "vcs-resource-offline"), part.name,
+                    "the product's resource is offline, and its virtual server is not");
             }
         }
-        server.isInOrder = IsInOrder(members);
-        if (!server.isInOrder) {
-            Add(Level::Warning, server.group, "the product does not depend on the server's network name and store");
-        }
-        server.isProtected = isWhole && worst == Condition::Online && isServerUp;
+        const bool isOwned = JudgeOwner(group, server);
+        const bool isFound = JudgeOrder(members, hasName, server);
+        server.isProtected = hasName && isOwned && isFound && isWhole && worst == Condition::Online && isServerUp;
         m_health.serversProtected += server.isProtected ? 1 : 0;
+    }
+
+    bool HasNetworkName(const Group& group, const Members& members) {
+        const bool hasOne = std::any_of(members.begin(), members.end(),
+                                        [](const Resource* member) { return member->role == Role::NetworkName; });
+        if (hasOne || !IsWhole(group)) {
+            return true;
+        }
+        Add(OfKind("network-name-missing", "vcs-lanman-missing"), group.name, "the virtual server has no network name");
+        return m_cluster.kind == Kind::Vcs; // whose services run all the same
+    }
+
+    // The library compares letter for letter, and serves nothing of an owner that is spelled otherwise.
+    bool JudgeOwner(const Group& group, const VirtualServer& server) {
+        for (const ProductPart& part : server.parts) {
+            if (group.isOwnerMisspelt && part.isThere) {
+                Add("owner-case", part.name,
+                    "its owner " + Quoted(group.node) +
+                        " is this computer in another letter case: the library serves nothing of it here");
+            }
+        }
+        return !group.isOwnerMisspelt;
     }
 
     static std::string MissingNames(const VirtualServer& server) {
@@ -230,26 +324,65 @@ private:
         return names;
     }
 
-    // On VCS it is enough that one of the services does.
-    bool IsInOrder(const std::vector<const Resource*>& members) const {
+    // False when the library finds no server for want of a dependency.
+    bool JudgeOrder(const Members& members, bool hasName, VirtualServer& server) {
+        if (m_cluster.kind == Kind::Vcs) {
+            server.isInOrder = IsInOrderOnVcs(members);
+            if (!server.isInOrder) {
+                Add("vcs-service-order", server.group,
+                    "the product does not depend on the server's network name and store");
+            }
+            return true;
+        }
+        bool areServed = true;
+        for (const Resource* const member : members) {
+            if (member->role != Role::Product || !member->hasDependenciesRead) {
+                continue;
+            }
+            const bool isNamed = !hasName || NeedsNetworkName(*member);
+            if (!isNamed) {
+                Add("network-name-dependency-missing", member->name,
+                    "it does not depend on the server's network name: the library finds no server");
+            }
+            const bool isStored = RestsOn(Role::Store, members, BaseOf(m_cluster, *member));
+            if (!isStored) {
+                Add("store-dependency-missing", member->name, "it does not depend on the server's Information Store");
+            }
+            areServed = areServed && isNamed;
+            server.isInOrder = server.isInOrder && isNamed && isStored;
+        }
+        return areServed;
+    }
+
+    // By itself, as the library looks for it. One that cannot be read may be it.
+    bool NeedsNetworkName(const Resource& product) const {
+        return std::any_of(product.dependsOn.begin(), product.dependsOn.end(), [this](const std::string& name) {
+            const auto found = m_resources.find(name);
+            return found == m_resources.end() || found->second->role == Role::NetworkName ||
+                   found->second->type.empty();
+        });
+    }
+
+    // Whether one of the role is in the base, if there is one at all.
+    static bool RestsOn(Role role, const Members& members, const std::set<std::string>& base) {
+        bool isOneThere = false;
+        bool isOneNeeded = false;
+        for (const Resource* const member : members) {
+            isOneThere = isOneThere || member->role == role;
+            isOneNeeded = isOneNeeded || (member->role == role && base.count(member->name) != 0);
+        }
+        return isOneNeeded || !isOneThere;
+    }
+
+    // It is enough that one of the services does.
+    bool IsInOrderOnVcs(const Members& members) const {
         std::set<std::string> base;
-        bool isKnown = true;
         for (const Resource* const member : members) {
             if (member->role == Role::Product) {
-                isKnown = isKnown && member->hasDependenciesRead;
                 base.merge(BaseOf(m_cluster, *member));
             }
         }
-        const auto isNeeded = [&](Role role) {
-            bool isOneThere = false;
-            bool isOneNeeded = false;
-            for (const Resource* const member : members) {
-                isOneThere = isOneThere || member->role == role;
-                isOneNeeded = isOneNeeded || (member->role == role && base.count(member->name) != 0);
-            }
-            return isOneNeeded || !isOneThere;
-        };
-        return !isKnown || (isNeeded(Role::NetworkName) && isNeeded(Role::Store));
+        return RestsOn(Role::NetworkName, members, base) && RestsOn(Role::Store, members, base);
     }
 
     void Finish() {
@@ -261,20 +394,13 @@ private:
     }
 
     const ClusterPicture& m_cluster;
-    std::map<std::string, std::vector<const Resource*>> m_members; // of each group
+    std::map<std::string, Members> m_members; // of each group
+    std::map<std::string, const Resource*> m_resources;
+    std::set<std::string>
+        m_groupsNotWhole; // with resources of a type that is not known; "" for those of no known group
+    std::string m_group;  // that is being examined
     Health m_health;
 };
-
-// Of the text of the line only: a bar begins the figures.
-std::string WithoutBars(std::string text) {
-    std::replace(text.begin(), text.end(), '|', '/');
-    return text;
-}
-
-// "name=value;;;least;most"
-std::string Figure(const char* name, std::size_t value, std::size_t most) {
-    return std::string(" ") + name + "=" + std::to_string(value) + ";;;0;" + std::to_string(most);
-}
 
 } // namespace
 
@@ -293,29 +419,6 @@ const char* NameOf(Level level) {
 
 Health HealthOf(const ClusterPicture& cluster, bool isComplete) {
     return Examination(cluster, isComplete).Result();
-}
-
-std::string MonitoringLine(const ClusterPicture& cluster, const Health& health) {
-    const std::string level = NameOf(health.level);
-    std::string text = "CLUSTER ";
-    for (const char c : level) {
-        text += static_cast<char>(c - 'a' + 'A');
-    }
-    text += " - " + (cluster.name.empty() ? "" : Printable(cluster.name) + ": ") +
-            std::to_string(health.serversProtected) + " of " + std::to_string(health.servers.size()) +
-            " virtual servers protected, " + std::to_string(health.nodesUp) + " of " +
-            std::to_string(cluster.nodes.size()) + " nodes up";
-    for (std::size_t i = 0; i < health.problems.size() && i < MostNamed; ++i) {
-        text += "; " + Printable(health.problems[i].object) + ": " + health.problems[i].text;
-    }
-    if (health.problems.size() > MostNamed) {
-        text += "; and " + std::to_string(health.problems.size() - MostNamed) + " more";
-    }
-    return WithoutBars(text) + " |" + Figure("nodes_up", health.nodesUp, cluster.nodes.size()) +
-           Figure("servers_online", health.serversOnline, health.servers.size()) +
-           Figure("servers_protected", health.serversProtected, health.servers.size()) +
-           Figure("resources_failed", health.resourcesFailed, cluster.resources.size()) +
-           Figure("resources_pending", health.resourcesPending, cluster.resources.size());
 }
 
 } // namespace picture

@@ -23,8 +23,10 @@ const char* NameOf(Level level);
 
 struct Problem {
     Level level = Level::Warning;
-    std::string object; // the name of a node, group or resource
-    std::string text;   // what is wrong with it
+    std::string object;     // the name of a node, group or resource
+    std::string text;       // what is wrong with it
+    const char* code = "";  // one of the doctor's, which judges by the same rule
+    std::string group = {}; // that it is in; empty of what is in none
 };
 
 // One of the product's resources of a virtual server, or one that should be there.

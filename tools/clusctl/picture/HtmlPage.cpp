@@ -25,14 +25,15 @@ const char Style[] =
     "20px}"
     ".badge{display:inline-block;padding:1px 10px;border-radius:12px;border:1px solid currentColor;font-weight:600}"
     ".good{color:var(--good)}.fair{color:var(--fair)}.bad{color:var(--bad)}"
-    ".frame{overflow:hidden;margin:12px 0}.frame svg{display:block;max-width:100%;height:auto}"
+    ".frame{overflow-x:auto;margin:12px 0}.frame svg{display:block;max-width:100%;height:auto}"
     ".wide{overflow-x:auto}table{border-collapse:collapse;width:100%;font-size:14px}"
     "th,td{text-align:left;vertical-align:top;padding:5px 10px;border-bottom:1px solid var(--line);min-width:5em}"
     "th{background:var(--soft)}tr[hidden]{display:none}"
     "input{font:inherit;color:inherit;background:var(--soft);border:1px solid var(--line);border-radius:6px;"
     "padding:5px 10px;margin:4px 0 10px;width:100%;max-width:420px}.search{display:none}"
     "@media print{body{font-size:11px}main,header,footer{max-width:none;padding:0}.search{display:none!important}"
-    "tr[hidden]{display:table-row}tr,.frame{break-inside:avoid}h2{break-after:avoid}.wide{overflow:visible}}";
+    "tr[hidden]{display:table-row}.frame "
+    "svg{min-width:0!important}tr,.frame{break-inside:avoid}h2{break-after:avoid}.wide{overflow:visible}}";
 
 // Hides the rows that lack one of the words; says how many are left.
 const char Script[] = "document.querySelectorAll('.search').forEach(function(box){"
@@ -177,8 +178,9 @@ std::string Pictures(const PageContent& content) {
         "they depend on. The product's have a bold frame; what it rests on is tinted.</p>\n";
     for (const VirtualServer& server : content.health.servers) {
         const Group* const group = GroupNamed(content.cluster, server.group);
-        text += "<figure class=\"frame\">" + SvgPicture(DrawGroups(content.cluster, {group}), SvgForm::Inline) +
-                "<figcaption>" + EscapedXml(server.name) + "</figcaption></figure>\n";
+        text += "<figure class=\"frame\" tabindex=\"0\">" +
+                SvgPicture(DrawGroups(content.cluster, {group}), SvgForm::Inline) + "<figcaption>" +
+                EscapedXml(server.name) + "</figcaption></figure>\n";
     }
     return content.health.servers.empty() ? std::string() : text;
 }

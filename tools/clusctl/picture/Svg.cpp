@@ -24,7 +24,8 @@ const double FramePadding = 18;
 const double FrameTitle = 34; // the room above the boxes of a frame
 const double BetweenFrames = 20;
 const double Margin = 8;
-const double Dot = 4; // radius
+const double LeastScale = 0.75; // on a page; what is wider is scrolled there
+const double Dot = 4;           // radius
 const double Arrow = 7;
 
 const char Style[] =
@@ -263,7 +264,9 @@ std::string SvgPicture(const std::vector<GroupDrawing>& drawings, SvgForm form) 
     height = std::ceil(height + margin + 1);
     const std::string size = Number(width) + "\" height=\"" + Number(height);
     const std::string head = "<svg class=\"cp\" xmlns=\"http://www.w3.org/2000/svg\" role=\"img\" width=\"" + size +
-                             "\" viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\">\n";
+                             "\" viewBox=\"0 0 " + Number(width) + " " + Number(height) + "\"" +
+                             (isFile ? "" : " style=\"min-width:" + Number(std::floor(width * LeastScale)) + "px\"") +
+                             ">\n";
     return (isFile ? "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + head + "<style>" + Style +
                          "</style>\n<rect class=\"cp-back\" width=\"" + size + "\"/>\n"
                    : head) +
