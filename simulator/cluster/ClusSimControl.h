@@ -62,6 +62,9 @@ CLUSSIM_API unsigned long ClusSimHappen(const char* event, const char* name, con
 CLUSSIM_API void ClusSimRecordEvents(int on);
 CLUSSIM_API size_t ClusSimReadEvents(char* buffer, size_t cb);
 
+// How many calls each fault of CLUSSIM_FAULTS and of ClusSimAddFault has matched so far, one number a line.
+CLUSSIM_API size_t ClusSimReadFaultCounts(char* buffer, size_t cb);
+
 // The journal: one JSON object per line and call. Recording is on by default for a model loaded with ClusSimLoadModel.
 CLUSSIM_API void ClusSimRecordJournal(int on);
 CLUSSIM_API size_t ClusSimReadJournal(char* buffer, size_t cb);

@@ -2,6 +2,8 @@
 #include "Call.h"
 #include "ExportedApi.h"
 
+#include <algorithm>
+
 using namespace clussim;
 
 namespace {
@@ -25,6 +27,17 @@ Handle OpenObject(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKi
     }
     const std::wstring object = find(*model);
     return object.empty() ? call.NotOpened<Handle>(notFound) : call.Opened<Handle>(HandleEntry(kind, object));
+}
+
+// Up to 2003 the size of the quorum's log, since 2008 the kind of the quorum.
+DWORD QuorumNumber(const Model& model) {
+    const DWORD legacy = 4194304;
+    const DWORD hybrid = 1024;
+    const DWORD nodeMajority = 0;
+    if (model.behaviour.protocol < 2008 || model.quorum == Quorum::Shared) {
+        return legacy;
+    }
+    return model.witness == Witness::None ? nodeMajority : hybrid;
 }
 
 BOOL CloseObject(const char* callName, const void* handle, HandleKind kind) {
@@ -94,6 +107,34 @@ DWORD WINAPI GetClusterInformation(HCLUSTER cluster, LPWSTR name, LPDWORD cch, L
         }
     }
     return call.Return(CopyName(model->name, name, cch));
+}
+
+// A name is wanted in each buffer, and both lengths are told whichever is too short.
+DWORD WINAPI GetClusterQuorumResource(HCLUSTER cluster, LPWSTR name, LPDWORD cchName, LPWSTR device, LPDWORD cchDevice,
+                                      LPDWORD type) {
+    Call call("GetClusterQuorumResource",
+              {Arg("cluster", cluster), Arg("cch", cchName ? static_cast<long long>(*cchName) : 0)});
+    if (const Fault* fault = call.Hit()) {
+        return call.Return(fault->code);
+    }
+    if (!call.service().handles.Find(cluster, HandleKind::Cluster)) {
+        return call.Return(ERROR_INVALID_HANDLE);
+    }
+    if (!name || !cchName || !device || !cchDevice || !type) {
+        return call.Return(ERROR_INVALID_PARAMETER);
+    }
+    const Model* model = call.service().Running();
+    if (!model) {
+        return call.Return(call.service().LostCode());
+    }
+    const auto holder = std::find_if(model->resources.begin(), model->resources.end(),
+                                     [](const Resource& resource) { return resource.isQuorum; });
+    const bool hasDisk = holder != model->resources.end() && holder->disk && !holder->disk->partitions.empty();
+    *type = QuorumNumber(*model);
+    const Code ofDevice =
+        CopyName(hasDisk ? holder->disk->partitions.front().device + L"\\MSCS\\" : L"", device, cchDevice);
+    const Code ofName = CopyName(holder != model->resources.end() ? holder->name : L"", name, cchName);
+    return call.Return(ofName != ERROR_SUCCESS ? ofName : ofDevice);
 }
 
 HRESOURCE WINAPI OpenClusterResource(HCLUSTER cluster, LPCWSTR name) {

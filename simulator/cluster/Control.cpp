@@ -115,6 +115,12 @@ size_t ClusSimReadEvents(char* buffer, size_t cb) {
     return CopyOut(EventLines(service.Events()), buffer, cb);
 }
 
+size_t ClusSimReadFaultCounts(char* buffer, size_t cb) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    return CopyOut(service.FaultCounts(), buffer, cb);
+}
+
 void ClusSimRecordJournal(int on) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);

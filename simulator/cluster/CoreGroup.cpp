@@ -22,17 +22,26 @@ const wchar_t UsualAddress[] = L"192.0.2.1";
 const wchar_t UsualMask[] = L"255.255.255.0";
 const std::uint32_t UsualSignature = 0x51554F52;
 
+const wchar_t UsualShare[] = L"\\\\WITNESS\\Quorum";
+
 struct QuorumKind {
     const wchar_t* name; // null: the nodes alone hold it
     const wchar_t* type;
+    bool isDisk;
+    const wchar_t* share; // the private property that names the witness; null: there is none
 };
 
 QuorumKind QuorumOf(const Model& model) {
     const bool is2008 = model.behaviour.protocol >= 2008;
-    if (model.quorum == Quorum::Shared) {
-        return {is2008 ? L"Cluster Disk 1" : L"Disk Q:", L"Physical Disk"};
+    const bool isShare = model.witness == Witness::Share;
+    if (model.quorum == Quorum::Shared || model.witness == Witness::Disk) {
+        return {is2008 ? L"Cluster Disk 1" : L"Disk Q:", L"Physical Disk", true, nullptr};
     }
-    return is2008 ? QuorumKind{nullptr, nullptr} : QuorumKind{L"Majority Node Set", L"Majority Node Set"};
+    if (!is2008) {
+        return {MajorityNodeSet, MajorityNodeSet, false, isShare ? L"MNSFileShare" : nullptr};
+    }
+    return isShare ? QuorumKind{FileShareWitness, FileShareWitness, false, L"SharePath"}
+                   : QuorumKind{nullptr, nullptr, false, nullptr};
 }
 
 bool TakesPart(const Node& node) {
@@ -104,8 +113,11 @@ void AddCoreGroup(Model& model) {
     if (quorum.name) {
         Resource& holder = add(quorum.name, QuorumId, quorum.type);
         holder.isQuorum = true;
-        if (model.quorum == Quorum::Shared) {
+        if (quorum.isDisk) {
             holder.disk = QuorumDisk(model);
+        }
+        if (quorum.share) {
+            holder.privateProperties.Set(quorum.share, PropertyValue::OfText(UsualShare));
         }
     }
 }

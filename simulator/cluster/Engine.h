@@ -16,7 +16,7 @@ public:
     // On request. 997 while something still goes on.
     Code Online(Resource& resource);
     Code Offline(Resource& resource);
-    Code Fail(Resource& resource); // as if its monitor had found it so
+    Code Fail(Resource& resource, const std::string& why = ""); // as if its monitor had found it so
     Code Online(Group& group);
     Code Offline(Group& group);
     Code Move(Group& group, Node* destination); // null: the next node that may host it
@@ -40,6 +40,7 @@ public:
 
 private:
     // Transitions (EngineTransitions.cpp).
+    Code Refusal(const Resource& resource, std::string& why) const;
     Code BringOnline(Resource& resource);
     Code TakeOffline(Resource& resource);
     void SetPending(Resource& resource, State state, bool neverEnds, std::int64_t dueAt);
@@ -48,8 +49,10 @@ private:
     void DoNext();
 
     // Failures and moves (EngineFailover.cpp).
-    void HasFailed(Resource& resource);
+    void HasFailed(Resource& resource, const std::string& why);
     void ActOn(Resource& failed);
+    bool Restart(Resource& failed, std::size_t restarts, std::uint32_t threshold);
+    void ActOnFailuresOf(Group& group);
     bool FailOver(Group& group, const Resource& failed);
     void BeginMove(Group& group, Node& destination, const std::string& why);
     void ContinueMove(Group& group);
@@ -62,7 +65,9 @@ private:
     void PlanFailback(Group& group);
     void FailBack(Group& group);
     void StopCluster(const std::string& why);
+    void ServeHere(Node& node);
 
+    static std::string Seconds(std::int64_t milliseconds);
     void Tell(const char* kind, const std::wstring& name, const std::string& what, const std::string& why = "");
 
     Model& m_model;

@@ -8,6 +8,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace clussim {
 
@@ -35,10 +36,32 @@ bool IsActive(const Resource& resource) {
            resource.state == StateOfflinePending;
 }
 
+// What is reached from a resource that way, each once, and behind what is reached from it; the resource last. In a
+// diamond of dependencies there are more ways than anybody can walk.
+void Collect(Resource& resource, std::vector<Resource*> Resource::*next, std::unordered_set<const Resource*>& seen,
+             std::vector<Resource*>& found) {
+    if (!seen.insert(&resource).second) {
+        return;
+    }
+    for (Resource* other : resource.*next) {
+        Collect(*other, next, seen, found);
+    }
+    found.push_back(&resource);
+}
+
+std::vector<Resource*> Reached(Resource& resource, std::vector<Resource*> Resource::*next) {
+    std::unordered_set<const Resource*> seen;
+    std::vector<Resource*> found;
+    Collect(resource, next, seen, found);
+    return found;
+}
+
 // Whether something that it rests on stays failed.
-bool IsBlocked(const Resource& resource) {
-    return std::any_of(resource.dependsOn.begin(), resource.dependsOn.end(),
-                       [](const Resource* provider) { return provider->state == StateFailed || IsBlocked(*provider); });
+bool IsBlocked(Resource& resource) {
+    const std::vector<Resource*> providers = Reached(resource, &Resource::dependsOn);
+    return std::any_of(providers.begin(), providers.end(), [&resource](const Resource* provider) {
+        return provider != &resource && provider->state == StateFailed;
+    });
 }
 
 // Why there is no more of it.
@@ -52,18 +75,23 @@ std::string UsedUp(std::size_t count, const char* what, std::uint32_t threshold,
 
 } // namespace
 
+std::string Engine::Seconds(std::int64_t milliseconds) {
+    const std::string rest = std::to_string(1000 + milliseconds % 1000).substr(1);
+    return std::to_string(milliseconds / 1000) + (milliseconds % 1000 == 0 ? "" : "." + rest) + " s";
+}
+
 void Engine::Tell(const char* kind, const std::wstring& name, const std::string& what, const std::string& why) {
     if (m_model.events.isOn) {
         m_model.events.entries.push_back({m_now, kind, name, what, why});
     }
 }
 
-void Engine::HasFailed(Resource& resource) {
+void Engine::HasFailed(Resource& resource, const std::string& why) {
     resource.dueAt = 0;
     if (resource.state == StateFailed) {
-        Tell("resource", resource.name, "has failed again");
+        Tell("resource", resource.name, "has failed again", why);
     }
-    SetState(resource, StateFailed);
+    SetState(resource, StateFailed, why);
     if (!m_model.behaviour.actsOnFailures) {
         return;
     }
@@ -79,12 +107,13 @@ void Engine::HasFailed(Resource& resource) {
 }
 
 void Engine::Terminate(Resource& resource, const std::string& why) {
-    for (Resource* dependant : resource.dependants) {
-        Terminate(*dependant, why);
-    }
-    resource.dueAt = 0;
-    if (IsActive(resource)) {
-        SetState(resource, StateOffline, why);
+    for (Resource* item : Reached(resource, &Resource::dependants)) {
+        item->dueAt = 0;
+        const bool isActedOn = item->state == StateFailed && item->actAt != 0;
+        if (IsActive(*item) || isActedOn) { // what waits to be restarted comes back with what it rests on
+            item->actAt = 0;
+            SetState(*item, StateOffline, why);
+        }
     }
 }
 
@@ -118,24 +147,57 @@ void Engine::ActOn(Resource& failed) {
     const std::uint32_t threshold = NumberOf(failed.common, L"RestartThreshold", 3);
     const std::size_t restarts = CountSince(failed.restarts, m_now - period);
     if (restarts < threshold) {
-        failed.restarts.push_back(m_now);
-        Tell("resource", failed.name, "is restarted",
-             "attempt " + std::to_string(restarts + 1) + " of " + std::to_string(threshold));
-        BringOnline(failed);
-        BringBack(*failed.group);
-        return;
+        if (Restart(failed, restarts, threshold)) {
+            return;
+        }
+    } else {
+        Tell("resource", failed.name, "is not restarted",
+             UsedUp(restarts, "restart", threshold, "RestartThreshold", std::to_string(period) + " ms"));
     }
-    Tell("resource", failed.name, "is not restarted",
-         UsedUp(restarts, "restart", threshold, "RestartThreshold", std::to_string(period) + " ms"));
     if (action == RestartAndFailOver && FailOver(*failed.group, failed)) {
         return;
     }
     const std::uint32_t retry =
         NumberOf(failed.common, L"RetryPeriodOnFailure", m_model.behaviour.protocol >= 2008 ? 3600000 : Never);
-    if (retry != Never) {
+    if (retry != Never && threshold != 0) { // a series of no restarts is none
+        const std::int64_t delay = std::max<std::int64_t>(retry, ShortestRetry);
         failed.restarts.clear(); // another series
-        failed.actAt = m_now + std::max<std::int64_t>(retry, ShortestRetry);
+        failed.actAt = m_now + delay;
+        Tell("resource", failed.name, "will be tried again in " + Seconds(delay));
         Expect(failed);
+    }
+}
+
+// False when the resource cannot be online here at all. On a paused node it waits until that is resumed.
+bool Engine::Restart(Resource& failed, std::size_t restarts, std::uint32_t threshold) {
+    std::string why;
+    const Code refusal = Refusal(failed, why);
+    if (refusal != ERROR_SUCCESS) {
+        Tell("resource", failed.name, "is not restarted", why);
+        return refusal == ERROR_SHARING_PAUSED;
+    }
+    failed.restarts.push_back(m_now);
+    Tell("resource", failed.name, "is restarted",
+         "attempt " + std::to_string(restarts + 1) + " of " + std::to_string(threshold));
+    if (BringOnline(failed) == ProviderFailed) {
+        SetState(failed, StateOffline, "what it depends on does not come online");
+    }
+    BringBack(*failed.group);
+    return true;
+}
+
+// What failed while its node was paused, and may be restarted.
+void Engine::ActOnFailuresOf(Group& group) {
+    for (Resource* resource : group.resources) {
+        const std::uint32_t period = NumberOf(resource->common, L"RestartPeriod", 900000);
+        const bool isLeft =
+            resource->state != StateFailed || !resource->isWanted || resource->actAt != 0 ||
+            NumberOf(resource->common, L"RestartAction", RestartAndFailOver) == DontRestart ||
+            CountSince(resource->restarts, m_now - period) >= NumberOf(resource->common, L"RestartThreshold", 3);
+        if (m_model.behaviour.actsOnFailures && !isLeft) {
+            resource->actAt = m_now;
+            Expect(*resource);
+        }
     }
 }
 
@@ -215,22 +277,27 @@ void Engine::BringBack(Group& group) {
         if (!resource->isWanted || resource->state != StateOffline || IsBlocked(*resource)) {
             continue;
         }
-        if (BringOnline(*resource) == ERROR_HOST_NODE_NOT_RESOURCE_OWNER) {
-            Tell("resource", resource->name, "stays offline",
-                 ToUtf8(group.owner->name) + " is none of its possible owners");
+        std::string why;
+        if (Refusal(*resource, why) != ERROR_SUCCESS) {
+            Tell("resource", resource->name, "stays offline", why);
+        } else {
+            BringOnline(*resource);
         }
     }
 }
 
-Code Engine::Fail(Resource& resource) {
+Code Engine::Fail(Resource& resource, const std::string& why) {
     if (!IsActive(resource)) {
-        return ERROR_INVALID_STATE;
+        return ERROR_RESMON_INVALID_STATE;
     }
-    HasFailed(resource);
+    HasFailed(resource, why);
     return ERROR_SUCCESS;
 }
 
 Code Engine::Online(Group& group) {
+    if (!RunsOn(m_model, *group.owner)) {
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
     if (group.owner->status == Node::Status::Paused) {
         return ERROR_SHARING_PAUSED;
     }
@@ -248,6 +315,9 @@ Code Engine::Online(Group& group) {
 }
 
 Code Engine::Offline(Group& group) {
+    if (!RunsOn(m_model, *group.owner)) {
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
     if (group.movingTo) {
         return ERROR_INVALID_STATE;
     }
@@ -263,6 +333,9 @@ Code Engine::Offline(Group& group) {
 }
 
 Code Engine::Move(Group& group, Node* destination) {
+    if (!HasQuorum(m_model)) {
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
     if (group.movingTo || std::any_of(group.resources.begin(), group.resources.end(), [](const Resource* resource) {
             return resource->state == StateOfflinePending;
         })) {

@@ -14,25 +14,18 @@ using common::ToUtf8;
 
 namespace {
 
-std::size_t Members(const Model& model) {
-    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(), [](const Node& node) {
-        return node.status == Node::Status::Up || node.status == Node::Status::Paused;
-    }));
-}
-
-// Whether those that are up may run the cluster.
-bool HasQuorum(const Model& model) {
-    const std::size_t members = Members(model);
-    return model.quorum == Quorum::Majority ? members * 2 > model.nodes.size() : members > 0;
-}
-
-std::string NoMajority(const Model& model) {
-    return std::to_string(Members(model)) + " of " + std::to_string(model.nodes.size()) + " nodes are no majority";
+// That it is paused is kept with the cluster's configuration, and holds when its service starts again.
+void TakeDown(Node& node) {
+    node.isPaused = node.isPaused || node.status == Node::Status::Paused;
+    node.status = Node::Status::Down;
 }
 
 } // namespace
 
 Code Engine::Pause(Node& node) {
+    if (!HasQuorum(m_model)) {
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
     if (node.status == Node::Status::Up) {
         node.status = Node::Status::Paused;
         m_model.isChanged = true;
@@ -53,6 +46,7 @@ Code Engine::Resume(Node& node) {
     Tell("node", node.name, "is resumed");
     for (Group& group : m_model.groups) {
         if (group.owner == &node && !group.movingTo) {
+            ActOnFailuresOf(group);
             BringBack(group);
         }
         PlanFailback(group);
@@ -64,7 +58,7 @@ void Engine::NodeGoesDown(Node& node) {
     if (node.status == Node::Status::Down) {
         return;
     }
-    node.status = Node::Status::Down;
+    TakeDown(node);
     m_model.isChanged = true;
     Tell("node", node.name, "goes down");
     if (node.isThisComputer) {
@@ -90,12 +84,14 @@ void Engine::NodeGoesDown(Node& node) {
 
 void Engine::NodeComesUp(Node& node) {
     if (node.status != Node::Status::Down && node.status != Node::Status::Joining) {
+        ServeHere(node);
         return;
     }
     const bool wasRunning = HasQuorum(m_model);
-    node.status = Node::Status::Up;
+    node.status = node.isPaused ? Node::Status::Paused : Node::Status::Up;
     m_model.isChanged = true;
-    Tell("node", node.name, "comes up");
+    Tell("node", node.name, node.isPaused ? "comes up, and is paused as before" : "comes up");
+    node.isPaused = false;
     if (!HasQuorum(m_model)) {
         Tell("cluster", m_model.name, "does not start", NoMajority(m_model));
         return;
@@ -113,6 +109,22 @@ void Engine::NodeComesUp(Node& node) {
     }
 }
 
+// The service of this computer starts in a model that only says that it does not run.
+void Engine::ServeHere(Node& node) {
+    if (!node.isThisComputer || m_model.running || !HasQuorum(m_model)) {
+        return;
+    }
+    m_model.running = true;
+    m_model.isChanged = true;
+    Tell("node", node.name, "comes up");
+    for (Group& group : m_model.groups) {
+        if (group.owner == &node && !group.movingTo) {
+            BringBack(group);
+        }
+        PlanFailback(group);
+    }
+}
+
 void Engine::SetNetwork(Network& network, NetworkState state) {
     if (network.state == state) {
         return;
@@ -122,7 +134,7 @@ void Engine::SetNetwork(Network& network, NetworkState state) {
     Tell("network", network.name, state == NetworkState::Up ? "comes up" : "goes down");
     for (Resource& resource : m_model.resources) {
         if (resource.state == StateOnline && LacksNetwork(m_model, resource)) {
-            Fail(resource);
+            Fail(resource, NetworkMissing(resource));
         }
     }
 }
@@ -161,7 +173,7 @@ void Engine::StopCluster(const std::string& why) {
         TerminateAll(group, "the cluster stops");
     }
     for (Node& node : m_model.nodes) {
-        node.status = Node::Status::Down;
+        TakeDown(node);
     }
 }
 
@@ -175,6 +187,7 @@ void Engine::PlanFailback(Group& group) {
     if (best == group.preferredOwners.end() || *best == group.owner) {
         return;
     }
+    const std::int64_t plannedBefore = group.failbackAt;
     group.failbackAt = m_now;
     const std::uint32_t start = NumberOf(group.common, L"FailbackWindowStart", Never);
     const std::uint32_t end = NumberOf(group.common, L"FailbackWindowEnd", Never);
@@ -186,6 +199,11 @@ void Engine::PlanFailback(Group& group) {
         }
     }
     m_model.isChanged = true;
+    if (group.failbackAt > m_now && group.failbackAt != plannedBefore) {
+        Tell("group", group.name,
+             "will fail back to " + ToUtf8((*best)->name) + " in " + Seconds(group.failbackAt - m_now),
+             "its failback window begins at " + std::to_string(start) + " h (UTC)");
+    }
     Expect(group);
 }
 
@@ -201,6 +219,7 @@ void Engine::FailBack(Group& group) {
             return;
         }
     }
+    Tell("group", group.name, "does not fail back", "no preferred owner that is up can host it");
 }
 
 } // namespace clussim

@@ -13,6 +13,8 @@
 
 namespace clussim {
 
+using common::ToUtf8;
+
 namespace {
 
 // No cluster does more between two calls; a model whose times never move on must not hang its reader.
@@ -42,6 +44,19 @@ bool Waits(const Resource& resource) {
 
 bool Waits(const Group& group) {
     return group.failbackAt != 0;
+}
+
+// Whether it comes online once all that it depends on is.
+bool MayStart(const Model& model, const Resource& resource, std::string& why) {
+    if (resource.failsOnline) {
+        why = "it does not come online";
+        return false;
+    }
+    if (LacksNetwork(model, resource)) {
+        why = NetworkMissing(resource);
+        return false;
+    }
+    return true;
 }
 
 template <typename Item> void DropIdle(std::vector<Item*>& items) {
@@ -91,10 +106,33 @@ void Engine::SetPending(Resource& resource, State state, bool neverEnds, std::in
 
 Code Engine::Online(Resource& resource) {
     const Code code = BringOnline(resource);
-    if (code != ERROR_INVALID_STATE && code != ERROR_SHARING_PAUSED) {
+    if (code != ERROR_INVALID_STATE && code != ERROR_SHARING_PAUSED && code != ERROR_CLUSTER_NODE_DOWN) {
         resource.isWanted = true; // even when the attempt fails
     }
     return code;
+}
+
+// Why nothing is done to bring it online; 0 when it is tried.
+Code Engine::Refusal(const Resource& resource, std::string& why) const {
+    const Node& owner = *resource.group->owner;
+    if (!RunsOn(m_model, owner)) {
+        why = "the cluster does not run";
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
+    if (owner.status == Node::Status::Paused) {
+        why = ToUtf8(owner.name) + " is paused";
+        return ERROR_SHARING_PAUSED;
+    }
+    if (!Contains(resource.possibleOwners, owner)) {
+        why = ToUtf8(owner.name) + " is none of its possible owners";
+        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
+    }
+    const wchar_t* const missing = m_model.behaviour.needsRequired ? MissingType(m_model, resource) : nullptr;
+    if (missing) {
+        why = "it depends on no " + ToUtf8(missing) + ", which its type requires";
+        return ERROR_DEPENDENCY_NOT_FOUND;
+    }
+    return ERROR_SUCCESS;
 }
 
 Code Engine::BringOnline(Resource& resource) {
@@ -104,14 +142,10 @@ Code Engine::BringOnline(Resource& resource) {
     if (resource.state != StateOffline && resource.state != StateFailed && resource.state != StateInitializing) {
         return ERROR_INVALID_STATE;
     }
-    if (resource.group->owner->status == Node::Status::Paused) {
-        return ERROR_SHARING_PAUSED;
-    }
-    if (!Contains(resource.possibleOwners, *resource.group->owner)) {
-        return ERROR_HOST_NODE_NOT_RESOURCE_OWNER;
-    }
-    if (m_model.behaviour.needsRequired && LacksRequired(m_model, resource)) {
-        return ERROR_DEPENDENCY_NOT_FOUND;
+    std::string why;
+    const Code refusal = Refusal(resource, why);
+    if (refusal != ERROR_SUCCESS) {
+        return refusal;
     }
     // What it depends on comes first.
     std::int64_t start = m_now;
@@ -124,7 +158,7 @@ Code Engine::BringOnline(Resource& resource) {
             waitsForever = waitsForever || provider->dueAt == 0;
             start = std::max(start, provider->dueAt);
         } else if (code != ERROR_SUCCESS) {
-            return 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
+            return ProviderFailed;
         }
     }
     resource.actAt = 0;
@@ -132,8 +166,8 @@ Code Engine::BringOnline(Resource& resource) {
         SetPending(resource, StateOnlinePending, waitsForever, start + resource.onlineMs);
         return ERROR_IO_PENDING;
     }
-    if (resource.failsOnline || LacksNetwork(m_model, resource)) {
-        HasFailed(resource);
+    if (!MayStart(m_model, resource, why)) {
+        HasFailed(resource, why);
         return ERROR_RESMON_ONLINE_FAILED;
     }
     SetState(resource, StateOnline);
@@ -141,6 +175,9 @@ Code Engine::BringOnline(Resource& resource) {
 }
 
 Code Engine::Offline(Resource& resource) {
+    if (!RunsOn(m_model, *resource.group->owner)) {
+        return ERROR_CLUSTER_NODE_DOWN;
+    }
     const Code code = TakeOffline(resource);
     if (code != ERROR_INVALID_STATE) {
         resource.isWanted = false;
@@ -193,20 +230,25 @@ void Engine::Complete(Resource& resource) {
         ContinueMove(*resource.group);
         return;
     }
-    bool areProvidersOnline = true;
+    if (!RunsOn(m_model, *resource.group->owner)) {
+        SetState(resource, StateOffline, "the cluster does not run");
+        return;
+    }
+    const Resource* missing = nullptr;
     for (Resource* provider : resource.dependsOn) {
         if (provider->state == StateOnlinePending && provider->dueAt != 0 && provider->dueAt <= m_now) {
             Complete(*provider);
         }
-        areProvidersOnline = areProvidersOnline && provider->state == StateOnline;
+        missing = provider->state == StateOnline ? missing : provider;
     }
     if (resource.state != state) { // what it depends on has failed, and took it down
         return;
     }
-    if (areProvidersOnline && !resource.failsOnline) {
+    std::string why = missing ? ToUtf8(missing->name) + ", on which it depends, is not online" : "";
+    if (!missing && MayStart(m_model, resource, why)) {
         SetState(resource, StateOnline);
     } else {
-        HasFailed(resource);
+        HasFailed(resource, why);
     }
 }
 

@@ -31,9 +31,32 @@ bool IsUp(const Node& node) {
     return node.status == Node::Status::Up;
 }
 
+std::size_t Members(const Model& model) {
+    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(), [](const Node& node) {
+        return node.status == Node::Status::Up || node.status == Node::Status::Paused;
+    }));
+}
+
+bool HasQuorum(const Model& model) {
+    const std::size_t members = Members(model);
+    const std::size_t ofWitness = model.witness == Witness::None ? 0 : 1;
+    const bool isMajority = (members + ofWitness) * 2 > model.nodes.size() + ofWitness;
+    return members > 0 && (model.quorum == Quorum::Shared || isMajority);
+}
+
+std::string NoMajority(const Model& model) {
+    const std::string nodes = std::to_string(Members(model)) + " of " + std::to_string(model.nodes.size()) + " nodes";
+    return nodes + (model.witness == Witness::None ? " are no majority" : " and the witness are no majority");
+}
+
+bool RunsOn(const Model& model, const Node& node) {
+    return HasQuorum(model) && (model.running || !node.isThisComputer);
+}
+
 namespace {
 
-// What a built-in type requires its resources to depend on. Since 2008 a mailbox server may do without a shared disk.
+// What a built-in type requires its resources to depend on. Since 2008, and with continuous replication, whose nodes
+// share no disk that could hold the quorum, a mailbox server may do without a shared disk.
 struct Requirement {
     const wchar_t* type;
     const wchar_t* required;
@@ -50,22 +73,25 @@ const Requirement Requirements[] = {
 
 } // namespace
 
-std::vector<std::wstring> RequiredTypes(const Resource& resource, int protocol) {
-    std::vector<std::wstring> types;
+std::vector<const wchar_t*> RequiredTypes(const Resource& resource, const Model& model) {
+    const int generation = model.quorum == Quorum::Majority ? 2008 : model.behaviour.protocol;
+    std::vector<const wchar_t*> types;
     for (const Requirement& requirement : Requirements) {
-        if (protocol <= requirement.until && Folded(resource.type->name) == Folded(requirement.type)) {
-            types.emplace_back(requirement.required);
+        if (generation <= requirement.until && Folded(resource.type->name) == Folded(requirement.type)) {
+            types.push_back(requirement.required);
         }
     }
     return types;
 }
 
-bool LacksRequired(const Model& model, const Resource& resource) {
-    const std::vector<std::wstring> required = RequiredTypes(resource, model.behaviour.protocol);
-    return std::any_of(required.begin(), required.end(), [&resource](const std::wstring& type) {
-        return std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
-                            [&type](const Resource* provider) { return Folded(provider->type->name) == Folded(type); });
-    });
+const wchar_t* MissingType(const Model& model, const Resource& resource) {
+    for (const wchar_t* type : RequiredTypes(resource, model)) {
+        if (std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
+                         [type](const Resource* provider) { return Folded(provider->type->name) == Folded(type); })) {
+            return type;
+        }
+    }
+    return nullptr;
 }
 
 bool LacksNetwork(const Model& model, const Resource& resource) {
@@ -78,6 +104,12 @@ bool LacksNetwork(const Model& model, const Resource& resource) {
         return card.node == resource.group->owner && card.state == InterfaceState::Up &&
                card.network->state == NetworkState::Up && Folded(card.network->name) == wanted;
     });
+}
+
+std::string NetworkMissing(const Resource& resource) {
+    const PropertyValue* const bound = resource.privateProperties.Find(L"Network");
+    return common::ToUtf8(resource.group->owner->name) + " has no interface that is up on a network " +
+           (bound ? common::ToUtf8(bound->text) + " " : "") + "that is up";
 }
 
 namespace {

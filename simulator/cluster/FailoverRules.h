@@ -8,18 +8,29 @@ namespace clussim {
 
 const std::uint32_t Never = 0xFFFFFFFF; // of periods and hours
 const std::int64_t MsPerHour = 3600000;
+const Code ProviderFailed = 5942; // ERROR_CLUSTER_RESOURCE_PROVIDER_FAILED
 
 std::uint32_t NumberOf(const PropertySet& properties, const wchar_t* name, std::uint32_t otherwise);
 
 bool IsUp(const Node& node);
 
+// How many nodes take part, and whether they may run the cluster.
+std::size_t Members(const Model& model);
+bool HasQuorum(const Model& model);
+std::string NoMajority(const Model& model); // why not
+
+// Whether the service runs there, as far as the quorum and this computer's own service are concerned.
+bool RunsOn(const Model& model, const Node& node);
+
 // The types of which a resource is required to depend on one each.
-std::vector<std::wstring> RequiredTypes(const Resource& resource, int protocol);
-bool LacksRequired(const Model& model, const Resource& resource);
+std::vector<const wchar_t*> RequiredTypes(const Resource& resource, const Model& model);
+// The first of which it has none; null when it has all.
+const wchar_t* MissingType(const Model& model, const Resource& resource);
 
 // Whether an IP address is bound to a network that is not there, not up, or that the node where it is has no interface
 // on that is up. In a model without networks nothing is.
 bool LacksNetwork(const Model& model, const Resource& resource);
+std::string NetworkMissing(const Resource& resource); // says so
 
 // Whether all that shall be online in the group can be so on the node.
 bool MayHost(const Group& group, const Node& node);

@@ -19,6 +19,8 @@ const char* const Calls[] = {
     "AddClusterResourceNode",
     "CloseCluster",
     "CloseClusterGroup",
+    "CloseClusterNetInterface",
+    "CloseClusterNetwork",
     "CloseClusterNode",
     "CloseClusterNotifyPort",
     "CloseClusterResource",
@@ -28,6 +30,7 @@ const char* const Calls[] = {
     "ClusterGroupControl",
     "ClusterGroupEnum",
     "ClusterGroupOpenEnum",
+    "ClusterNetInterfaceControl",
     "ClusterOpenEnum",
     "ClusterResourceCloseEnum",
     "ClusterResourceControl",
@@ -40,8 +43,11 @@ const char* const Calls[] = {
     "GetClusterFromResource",
     "GetClusterGroupState",
     "GetClusterInformation",
+    "GetClusterNetInterfaceState",
+    "GetClusterNetworkState",
     "GetClusterNodeState",
     "GetClusterNotify",
+    "GetClusterQuorumResource",
     "GetClusterResourceState",
     "MoveClusterGroup",
     "OfflineClusterGroup",
@@ -50,6 +56,8 @@ const char* const Calls[] = {
     "OnlineClusterResource",
     "OpenCluster",
     "OpenClusterGroup",
+    "OpenClusterNetInterface",
+    "OpenClusterNetwork",
     "OpenClusterNode",
     "OpenClusterResource",
     "PauseClusterNode",
@@ -140,6 +148,14 @@ std::optional<std::string> Faults::TakeDue(std::int64_t now) {
     std::string event = *found->written.event;
     m_faults.erase(found);
     return event;
+}
+
+std::string Faults::Counts() const {
+    std::string counts;
+    for (const Fault& fault : m_faults) {
+        counts += fault.isOfModel ? "" : std::to_string(fault.written.seen) + "\n";
+    }
+    return counts;
 }
 
 const Fault* Faults::Hit(const char* call, const std::vector<std::wstring>& objects) {

@@ -42,6 +42,9 @@ public:
     // The event of the first that is due, which is gone then.
     std::optional<std::string> TakeDue(std::int64_t now);
 
+    // How many calls each fault has matched so far, one a line; without those that the model gives.
+    std::string Counts() const;
+
     bool Empty() const {
         return m_faults.empty();
     }

@@ -16,6 +16,10 @@ const char* KindName(HandleKind kind) {
         return "group";
     case HandleKind::Node:
         return "node";
+    case HandleKind::Network:
+        return "network";
+    case HandleKind::NetInterface:
+        return "interface";
     case HandleKind::Port:
         return "port";
     default:

@@ -19,6 +19,8 @@ enum class HandleKind {
     Resource,
     Group,
     Node,
+    Network,
+    NetInterface,
     ClusterEnum,
     GroupEnum,
     ResourceEnum,

@@ -29,11 +29,22 @@ const ResourceType* Model::FindType(const std::wstring& typeName) const {
     return Lookup(m_typesByName, typeName);
 }
 
-Network* Model::FindNetwork(const std::wstring& networkName) {
+const Network* Model::FindNetwork(const std::wstring& networkName) const {
     const std::wstring key = Folded(networkName);
     const auto found = std::find_if(networks.begin(), networks.end(),
                                     [&key](const Network& network) { return Folded(network.name) == key; });
     return found == networks.end() ? nullptr : &*found;
+}
+
+Network* Model::FindNetwork(const std::wstring& networkName) {
+    return const_cast<Network*>(static_cast<const Model*>(this)->FindNetwork(networkName));
+}
+
+const NetworkInterface* Model::FindInterface(const std::wstring& interfaceName) const {
+    const std::wstring key = Folded(interfaceName);
+    const auto found = std::find_if(interfaces.begin(), interfaces.end(),
+                                    [&key](const NetworkInterface& card) { return Folded(card.name) == key; });
+    return found == interfaces.end() ? nullptr : &*found;
 }
 
 bool Model::AnswersTo(const std::wstring& nameOrAddress) const {
@@ -140,7 +151,10 @@ void Model::AddBuiltInTypes() {
         AddType(type);
     }
     if (quorum == Quorum::Majority && !hasNetworkClass) {
-        AddType({L"Majority Node Set", 0, 0, {}}); // since 2008 the nodes hold the quorum without a resource
+        AddType({MajorityNodeSet, 0, 0, {}}); // since 2008 the nodes hold the quorum without a resource
+    }
+    if (witness == Witness::Share && hasNetworkClass) {
+        AddType({FileShareWitness, 0, 0, {}});
     }
 }
 

@@ -58,6 +58,7 @@ struct Node {
     std::wstring name;
     bool isThisComputer = false; // "." in the model file
     Status status = Status::Up;
+    bool isPaused = false; // while it is down or joining: it will be paused again when it comes up
 };
 
 // States as the cluster API numbers them.
@@ -164,6 +165,10 @@ struct EventLog {
     std::vector<Event> entries;
 };
 
+// The types of what else than a disk holds the quorum, or has a vote in it.
+const wchar_t MajorityNodeSet[] = L"Majority Node Set";
+const wchar_t FileShareWitness[] = L"File Share Witness";
+
 // How the service behaves where its generations differ, or nobody knows.
 struct Behaviour {
     bool emptyMaskIsEmptyList = false; // else an empty enumeration mask is an error
@@ -181,7 +186,14 @@ struct Behaviour {
 // Who goes on when nodes are lost.
 enum class Quorum {
     Shared,  // whoever owns the quorum resource, be it a single node
-    Majority // more than half of the nodes
+    Majority // more than half of the votes: of the nodes and, where there is one, of the witness
+};
+
+// Who has a vote besides the nodes. It is taken to be within reach.
+enum class Witness {
+    None,
+    Share, // a file share outside the cluster
+    Disk   // since 2008
 };
 
 class Model {
@@ -194,6 +206,7 @@ public:
     std::wstring domain; // of the DNS names of cluster and nodes; empty: they have none
     bool running = true;
     Quorum quorum = Quorum::Shared;
+    Witness witness = Witness::None;
     Behaviour behaviour;
     std::int64_t clock = 0; // where the model's own clock stands, in milliseconds; 0: it goes by the computer's
     std::vector<std::string> faults; // as the file gives them
@@ -216,7 +229,9 @@ public:
     Resource* ResourceNamed(const std::wstring& nameOrId) const;
     Resource* ResourceWithId(const std::wstring& id) const;
     const ResourceType* FindType(const std::wstring& typeName) const;
+    const Network* FindNetwork(const std::wstring& networkName) const;
     Network* FindNetwork(const std::wstring& networkName);
+    const NetworkInterface* FindInterface(const std::wstring& interfaceName) const;
 
     // Whether a program may open the cluster by this name: the cluster's or a node's, with the domain or without it, or
     // an address that is in use: of a core resource, or of a node that takes part.

@@ -118,6 +118,11 @@ private:
             Fail("cluster.quorum", "\"shared\" or \"majority\" is expected");
         }
         m_model.quorum = quorum == "majority" ? Quorum::Majority : Quorum::Shared;
+        const std::string witness = reader.TextOr("witness", "none");
+        if (witness != "none" && witness != "share" && witness != "disk") {
+            Fail("cluster.witness", "\"none\", \"share\" or \"disk\" is expected");
+        }
+        m_model.witness = witness == "share" ? Witness::Share : witness == "disk" ? Witness::Disk : Witness::None;
         m_model.clock = Time(reader, "clock");
         const std::string coreGroup = reader.TextOr("coreGroup", "standard");
         if (coreGroup != "standard" && coreGroup != "none") {
@@ -168,7 +173,17 @@ private:
             m_model.behaviour.leavesGroupOffline = exhausted == "group-offline";
             switches.Done();
         }
+        CheckWitness();
         reader.Done();
+    }
+
+    void CheckWitness() const {
+        if (m_model.witness != Witness::None && m_model.quorum != Quorum::Majority) {
+            Fail("cluster.witness", "there is one only where the majority goes on");
+        }
+        if (m_model.witness == Witness::Disk && m_model.behaviour.protocol < 2008) {
+            Fail("cluster.witness", "a disk is one since 2008 only");
+        }
     }
 
     void ReadType(const Json& json, const std::string& place) {
@@ -199,6 +214,10 @@ private:
         node.isThisComputer = name == L".";
         if (!StatusByName(reader.TextOr("state", "up"), node.status)) {
             Fail(place + ".state", "up, down, paused or joining is expected");
+        }
+        node.isPaused = reader.FlagOr("paused", false);
+        if (node.isPaused && !IsAway(node)) {
+            Fail(place + ".paused", "so is a node only that is down or joining; else it is its state");
         }
         reader.Done();
         if (!m_model.AddNode(node)) {
@@ -233,6 +252,9 @@ private:
                 Fail(place + ".state", "up, failed, unreachable or unavailable is expected");
             }
             card.Done();
+            if (m_model.FindInterface(result.name)) {
+                Fail(place + ".name", "the interface stands twice");
+            }
             m_model.interfaces.push_back(result);
         });
     }

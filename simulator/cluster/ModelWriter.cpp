@@ -145,6 +145,9 @@ Json ClusterJson(const Model& model) {
     if (model.quorum == Quorum::Majority) {
         json["quorum"] = "majority";
     }
+    if (model.witness != Witness::None) {
+        json["witness"] = model.witness == Witness::Share ? "share" : "disk";
+    }
     if (LacksCoreGroup(model)) {
         json["coreGroup"] = "none"; // that it is not added when this is read
     }
@@ -233,6 +236,9 @@ std::string WriteModel(const Model& model) {
         Json item = {{"name", NodeText(node)}};
         if (node.status != Node::Status::Up) {
             item["state"] = StatusName(node.status);
+        }
+        if (node.isPaused) {
+            item["paused"] = true;
         }
         json["nodes"].push_back(item);
     }

@@ -244,9 +244,9 @@ Bytes NameList(const PropertySet& properties) {
     return names;
 }
 
-Bytes RequiredDependencies(const std::vector<std::wstring>& types) {
+Bytes RequiredDependencies(const std::vector<const wchar_t*>& types) {
     Bytes bytes;
-    for (const std::wstring& type : types) {
+    for (const wchar_t* type : types) {
         AppendEntry(bytes, SyntaxName, TextBytes(type));
     }
     AppendDword(bytes, SyntaxEndMark);

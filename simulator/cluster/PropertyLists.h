@@ -9,8 +9,8 @@ namespace clussim {
 typedef std::vector<unsigned char> Bytes;
 
 Bytes PropertyList(const PropertySet& properties);
-Bytes NameList(const PropertySet& properties);                      // a multi-text of the names
-Bytes RequiredDependencies(const std::vector<std::wstring>& types); // a value list
+Bytes NameList(const PropertySet& properties);                        // a multi-text of the names
+Bytes RequiredDependencies(const std::vector<const wchar_t*>& types); // a value list
 Bytes DiskInformation(const Disk& disk);
 Bytes TextBytes(const std::wstring& text); // UTF-16 with its terminator
 

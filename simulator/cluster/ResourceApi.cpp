@@ -65,7 +65,9 @@ DWORD WINAPI OfflineClusterResource(HRESOURCE handle) {
 DWORD WINAPI FailClusterResource(HRESOURCE handle) {
     Call call("FailClusterResource", {Arg("resource", handle)});
     return ChangeResource(call, handle, [&](Model& model, Resource& resource) {
-        return Engine(model, call.service().Now()).Fail(resource);
+        // What comes online or goes offline may fail by itself, but not on request.
+        return resource.state == StateOnline ? Engine(model, call.service().Now()).Fail(resource)
+                                             : static_cast<Code>(ERROR_RESMON_INVALID_STATE);
     });
 }
 

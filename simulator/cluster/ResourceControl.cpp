@@ -123,7 +123,8 @@ bool ProbeSucceeds(DWORD code) {
 }
 
 // The bytes a reading control gives.
-Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
+Code Read(const Model& model, const Resource& resource, DWORD code, Bytes& bytes) {
+    const int protocol = model.behaviour.protocol;
     const Code unread = resource.unread.empty() ? static_cast<Code>(ERROR_SUCCESS) : CodeOfUnread(resource, code);
     if (unread != ERROR_SUCCESS) {
         return unread;
@@ -136,7 +137,7 @@ Code Read(const Resource& resource, int protocol, DWORD code, Bytes& bytes) {
         bytes = NumberBytes(FlagsOf(resource));
         return ERROR_SUCCESS;
     case ControlGetRequiredDependencies:
-        bytes = RequiredDependencies(RequiredTypes(resource, protocol));
+        bytes = RequiredDependencies(RequiredTypes(resource, model));
         return ERROR_SUCCESS;
     case ControlEnumCommon:
         bytes = NameList(CommonOf(resource, protocol));
@@ -262,6 +263,6 @@ DWORD WINAPI ClusterResourceControl(HRESOURCE handle, HNODE node, DWORD code, LP
     }
     Bytes bytes;
     const int protocol = model->behaviour.protocol;
-    const Code read = Read(*resource, protocol, code, bytes);
+    const Code read = Read(*model, *resource, code, bytes);
     return read != ERROR_SUCCESS ? answer.Fail(read) : answer.Give(bytes, ProbeSucceeds(code) && protocol >= 2008);
 }

@@ -51,6 +51,9 @@ public:
     bool HasFaults() const {
         return !m_faults.Empty();
     }
+    std::string FaultCounts() const {
+        return m_faults.Counts();
+    }
 
     // The fault that hits this call, or null. Counts.
     const Fault* Hit(const char* call, const std::vector<std::wstring>& objects);

@@ -53,6 +53,9 @@ TEST_F(CoreGroup, HasWhatHoldsTheQuorum) {
         {R"(, "quorum": "majority")", L"Majority Node Set"},
         {R"(, "behaviour": {"protocol": 2008})", L"Cluster Disk 1"},
         {R"(, "quorum": "majority", "behaviour": {"protocol": 2008})", nullptr},
+        {R"(, "quorum": "majority", "witness": "share")", L"Majority Node Set"},
+        {R"(, "quorum": "majority", "witness": "share", "behaviour": {"protocol": 2008})", L"File Share Witness"},
+        {R"(, "quorum": "majority", "witness": "disk", "behaviour": {"protocol": 2008})", L"Cluster Disk 1"},
     };
     for (const auto& row : rows) {
         Load(Model(row.cluster));
@@ -63,6 +66,64 @@ TEST_F(CoreGroup, HasWhatHoldsTheQuorum) {
         }
         EXPECT_EQ(Names(CLUSTER_ENUM_RESOURCE), expected) << row.cluster;
     }
+}
+
+TEST_F(CoreGroup, TheClusterTellsWhatHoldsTheQuorum) {
+    const DWORD legacy = 4194304;
+    const DWORD hybrid = 1024;
+    const struct {
+        const char* cluster;
+        const wchar_t* resource;
+        const wchar_t* device;
+        DWORD number;
+    } rows[] = {
+        {"", L"Disk Q:", L"Q:\\MSCS\\", legacy},
+        {R"(, "quorum": "majority")", L"Majority Node Set", L"", legacy},
+        {R"(, "behaviour": {"protocol": 2008})", L"Cluster Disk 1", L"Q:\\MSCS\\", legacy},
+        {R"(, "quorum": "majority", "behaviour": {"protocol": 2008})", L"", L"", 0},
+        {R"(, "quorum": "majority", "witness": "share", "behaviour": {"protocol": 2008})", L"File Share Witness", L"",
+         hybrid},
+        {R"(, "quorum": "majority", "witness": "disk", "behaviour": {"protocol": 2008})", L"Cluster Disk 1",
+         L"Q:\\MSCS\\", hybrid},
+    };
+    for (const auto& row : rows) {
+        Load(Model(row.cluster));
+        wchar_t name[40] = L"";
+        wchar_t device[40] = L"";
+        DWORD nameLength = 40;
+        DWORD deviceLength = 40;
+        DWORD number = 1;
+        EXPECT_EQ(GetClusterQuorumResource(m_cluster, name, &nameLength, device, &deviceLength, &number), 0u);
+        EXPECT_STREQ(name, row.resource) << row.cluster;
+        EXPECT_STREQ(device, row.device) << row.cluster;
+        EXPECT_EQ(number, row.number) << row.cluster;
+    }
+}
+
+TEST_F(CoreGroup, TheRoomForWhatHoldsTheQuorumIsToldWhereItIsShort) {
+    Load(Model(""));
+    wchar_t name[3] = L"";
+    wchar_t device[40] = L"";
+    DWORD nameLength = 3;
+    DWORD deviceLength = 40;
+    DWORD number = 0;
+    EXPECT_EQ(GetClusterQuorumResource(m_cluster, name, &nameLength, device, &deviceLength, &number),
+              static_cast<DWORD>(ERROR_MORE_DATA));
+    EXPECT_EQ(nameLength, 7u);
+    EXPECT_EQ(deviceLength, 8u);
+    EXPECT_EQ(GetClusterQuorumResource(m_cluster, nullptr, &nameLength, device, &deviceLength, &number),
+              static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+}
+
+TEST_F(CoreGroup, AWitnessIsWhereAMajorityGoesOn) {
+    EXPECT_EQ(LoadError(Model(R"(, "witness": "share")")),
+              "cluster.witness: there is one only where the majority goes on");
+    EXPECT_EQ(LoadError(Model(R"(, "quorum": "majority", "witness": "disk")")),
+              "cluster.witness: a disk is one since 2008 only");
+    EXPECT_EQ(LoadError(Model(R"(, "quorum": "majority", "witness": "all")")),
+              "cluster.witness: \"none\", \"share\" or \"disk\" is expected");
+    Load(Model(R"(, "quorum": "majority", "witness": "share")"));
+    EXPECT_THAT(ReadModel(), HasSubstr("\"witness\": \"share\""));
 }
 
 TEST_F(CoreGroup, AMajorityNodeSetMayHoldTheQuorum) {

@@ -197,6 +197,18 @@ TEST_F(Failover, OfNodesThatAreLostAndComeBack) {
     PlayAll("nodes.txt");
 }
 
+TEST_F(Failover, OfEightNodes) {
+    PlayAll("eight-nodes.txt");
+}
+
+TEST_F(Failover, OfNodesThatArePaused) {
+    PlayAll("paused.txt");
+}
+
+TEST_F(Failover, OfAClusterThatHasItsQuorumOrHasNot) {
+    PlayAll("quorum.txt");
+}
+
 TEST_F(Failover, OfTheClustersOwnGroup) {
     PlayAll("core.txt");
 }
@@ -211,4 +223,65 @@ TEST_F(Failover, ByHandAndBack) {
 
 TEST_F(Failover, OfSeveralThingsAtOnce) {
     PlayAll("together.txt");
+}
+
+namespace {
+
+// So many floors of two resources, each of which depends on both of the floor below.
+Json Diamonds(int floors) {
+    Json model =
+        common::ParseJson(R"({"cluster": {"name": "C", "coreGroup": "none", "behaviour": {"failures": "acted-on"}},
+        "nodes": [{"name": "N1"}, {"name": "N2"}], "groups": [{"name": "G", "owner": "N1"}]})");
+    for (int floor = 0; floor < floors; ++floor) {
+        for (const char* side : {"a", "b"}) {
+            const std::string name = side + std::to_string(floor);
+            Json resource = {
+                {"name", name}, {"type", "Generic Service"}, {"id", name}, {"group", "G"}, {"state", "Online"}};
+            if (floor > 0) {
+                resource["dependsOn"] = {"a" + std::to_string(floor - 1), "b" + std::to_string(floor - 1)};
+            }
+            model["resources"].push_back(resource);
+        }
+    }
+    return model;
+}
+
+bool IsAllOnline(const Json& model) {
+    for (const Json& resource : model["resources"]) {
+        if (resource["state"] != "Online") {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+// There are 2 to the power of 60 ways through the diamonds.
+TEST_F(Failover, LooksAtEachResourceOfDiamondsOfDependenciesOnce) {
+    Load(Diamonds(60).dump());
+    EXPECT_EQ(ClusSimHappen("fail", "a0", nullptr, nullptr, 0), 0u);
+    EXPECT_TRUE(IsAllOnline(common::ParseJson(ReadModel())));
+    EXPECT_EQ(ClusSimHappen("move", "G", "N2", nullptr, 0), 0u);
+    EXPECT_TRUE(IsAllOnline(common::ParseJson(ReadModel())));
+    EXPECT_EQ(ClusSimHappen("node-down", "N2", nullptr, nullptr, 0), 0u);
+    const Json model = common::ParseJson(ReadModel());
+    EXPECT_TRUE(IsAllOnline(model));
+    EXPECT_EQ(model["groups"][0]["owner"], "N1");
+    EXPECT_EQ(ClusSimHappen("offline", "a0", nullptr, nullptr, 0), 0u);
+    EXPECT_FALSE(IsAllOnline(common::ParseJson(ReadModel())));
+}
+
+TEST_F(Failover, IsShownByManyScenariosEachWithASentence) {
+    std::size_t count = 0;
+    for (const char* file : {"core", "eight-nodes", "failures", "moves", "nodes", "paused", "quorum", "together"}) {
+        std::istringstream text(ReadFile(std::string(file) + ".txt"));
+        for (std::string line; std::getline(text, line);) {
+            if (line.rfind("== ", 0) == 0) {
+                ++count;
+                EXPECT_GE(Words(line).size(), 6u) << line;
+            }
+        }
+    }
+    EXPECT_GE(count, 80u);
 }

@@ -32,6 +32,21 @@ protected:
     }
 };
 
+TEST_F(Fault, HowManyCallsItMatchedIsTold) {
+    Load();
+    ASSERT_TRUE(Accepts("OpenClusterResource@EVS1 IP#2=5007"));
+    ASSERT_TRUE(Accepts("OpenClusterGroup=5"));
+    const auto counts = [] {
+        char text[40] = "";
+        ClusSimReadFaultCounts(text, sizeof(text));
+        return std::string(text);
+    };
+    EXPECT_EQ(counts(), "0\n0\n");
+    EXPECT_EQ(OpenError(L"EVS1 IP"), 0u);
+    EXPECT_EQ(OpenError(L"EVS1 Disk"), 0u);
+    EXPECT_EQ(counts(), "1\n0\n");
+}
+
 TEST_F(Fault, EveryCallWithoutAnOccurrence) {
     Load();
     ASSERT_TRUE(Accepts("OpenClusterResource=5007"));

@@ -85,7 +85,16 @@ TEST_F(GroupMove, AFailedResourceIsRestartedWhereFailuresAreActedOn) {
     EXPECT_EQ(FailClusterResource(Resource(L"EVS1 IP")), 0u);
     EXPECT_EQ(StateOf(L"EVS1 Name"), ClusterResourceOnline);
     EXPECT_THAT(ReadModel(), HasSubstr("\"restartsAt\""));
-    EXPECT_EQ(FailClusterResource(Resource(L"EVS1 Store")), Code(ERROR_INVALID_STATE));
+    EXPECT_EQ(FailClusterResource(Resource(L"EVS1 Store")), Code(ERROR_RESMON_INVALID_STATE)) << "it is offline";
+}
+
+TEST_F(GroupMove, OnlyWhatIsOnlineFailsOnRequest) {
+    Load(Replaced(TwoNodes(), "\"private\": {\"Name\": \"MAIL1\"}",
+                  "\"private\": {\"Name\": \"MAIL1\"}, \"offlineMs\": 5000"));
+    ClusSimUseManualClock();
+    EXPECT_EQ(OfflineClusterResource(Resource(L"EVS1 Name")), Code(ERROR_IO_PENDING));
+    EXPECT_EQ(FailClusterResource(Resource(L"EVS1 Name")), Code(ERROR_RESMON_INVALID_STATE));
+    EXPECT_EQ(StateOf(L"EVS1 Name"), ClusterResourceOfflinePending);
 }
 
 TEST_F(GroupMove, AFailedResourceStaysSoWhereFailuresAreLeft) {

@@ -74,6 +74,65 @@ TEST_F(ClusterNetwork, AddressesFailWhenTheirNetworkGoesDown) {
     EXPECT_STREQ(error, "network-down: there is no network NoSuch");
 }
 
+TEST_F(ClusterNetwork, AnAddressNeedsItsNetworkWhenItsTimeIsOver) {
+    Load(Replaced(TwoNetworks, "{\"Network\": \"public\", \"Address\": \"10.0.0.9\"}",
+                  "{\"Network\": \"public\", \"Address\": \"10.0.0.9\"}, \"onlineMs\": 2000"));
+    ClusSimUseManualClock();
+    EXPECT_EQ(OnlineClusterResource(Resource(L"Address")), static_cast<DWORD>(ERROR_IO_PENDING));
+    EXPECT_EQ(ClusSimHappen("network-down", "Public", nullptr, nullptr, 0), 0u);
+    EXPECT_EQ(StateOf(L"Address"), ClusterResourceOnlinePending);
+    ClusSimAdvanceClock(2000);
+    EXPECT_EQ(StateOf(L"Address"), ClusterResourceFailed);
+}
+
+TEST_F(ClusterNetwork, NetworksAreOpenedAndTellTheirStates) {
+    Load(TwoNetworks);
+    const HNETWORK network = OpenClusterNetwork(m_cluster, L"PUBLIC");
+    EXPECT_EQ(GetClusterNetworkState(network), ClusterNetworkUp);
+    EXPECT_TRUE(CloseClusterNetwork(network));
+    const HNETWORK other = OpenClusterNetwork(m_cluster, L"Private");
+    EXPECT_EQ(GetClusterNetworkState(other), ClusterNetworkDown);
+    EXPECT_TRUE(ClusSimAddFault("GetClusterNetworkState@Private=5"));
+    EXPECT_EQ(GetClusterNetworkState(other), ClusterNetworkStateUnknown);
+    EXPECT_EQ(GetLastError(), 5u);
+    EXPECT_TRUE(CloseClusterNetwork(other));
+    EXPECT_EQ(OpenClusterNetwork(m_cluster, L"None"), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_CLUSTER_NETWORK_NOT_FOUND));
+}
+
+TEST_F(ClusterNetwork, InterfacesAreOpenedAndTellStateNodeNetworkAndAddress) {
+    Load(TwoNetworks);
+    const HNETINTERFACE card = OpenClusterNetInterface(m_cluster, L"N2 - Public");
+    ASSERT_NE(card, nullptr);
+    EXPECT_EQ(GetClusterNetInterfaceState(card), ClusterNetInterfaceFailed);
+    const auto control = [card](DWORD code) {
+        Bytes bytes(400);
+        DWORD size = 0;
+        EXPECT_EQ(ClusterNetInterfaceControl(card, nullptr, code, nullptr, 0, bytes.data(), 400, &size), 0u);
+        bytes.resize(size);
+        return bytes;
+    };
+    EXPECT_EQ(control(CLUSCTL_NETINTERFACE_GET_NAME), TextOf(L"N2 - Public"));
+    EXPECT_EQ(control(CLUSCTL_NETINTERFACE_GET_NODE), TextOf(L"N2"));
+    EXPECT_EQ(control(CLUSCTL_NETINTERFACE_GET_NETWORK), TextOf(L"Public"));
+    const Bytes properties = control(CLUSCTL_NETINTERFACE_GET_RO_COMMON_PROPERTIES);
+    LPWSTR address = nullptr;
+    EXPECT_EQ(ResUtilFindSzProperty(const_cast<unsigned char*>(properties.data()),
+                                    static_cast<DWORD>(properties.size()), L"Address", &address),
+              0u);
+    EXPECT_STREQ(address, L"10.0.0.2");
+    LocalFree(address);
+    DWORD size = 7;
+    EXPECT_EQ(ClusterNetInterfaceControl(card, nullptr, CLUSCTL_NETINTERFACE_GET_NAME, nullptr, 0, nullptr, 0, &size),
+              static_cast<DWORD>(ERROR_MORE_DATA));
+    EXPECT_EQ(size, 24u);
+    EXPECT_EQ(ClusterNetInterfaceControl(card, nullptr, 0x06000011, nullptr, 0, nullptr, 0, &size),
+              static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+    EXPECT_TRUE(CloseClusterNetInterface(card));
+    EXPECT_EQ(OpenClusterNetInterface(m_cluster, L"None"), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_CLUSTER_NETINTERFACE_NOT_FOUND));
+}
+
 TEST_F(ClusterNetwork, TheClusterIsOpenedByNameDnsNameAndAddress) {
     Load(TwoNetworks);
     for (const wchar_t* const name :
@@ -118,6 +177,9 @@ TEST_F(ClusterNetwork, AModelThatContradictsItselfIsRefused) {
               "networks[0].state: up, down, partitioned or unavailable is expected");
     EXPECT_EQ(LoadError(start + R"("networkInterfaces": [{"name": "I", "node": "N1", "network": "A"}]})"),
               "networkInterfaces[0].network: there is no network A");
+    EXPECT_EQ(LoadError(start + R"("networks": [{"name": "A"}],
+                  "networkInterfaces": [{"name": "I", "node": "N1", "network": "A"}, {"name": "i", "node": "N1", "network": "A"}]})"),
+              "networkInterfaces[1].name: the interface stands twice");
     EXPECT_EQ(LoadError(start + R"("networks": [{"name": "A"}],
                                    "networkInterfaces": [{"name": "I", "node": "N2", "network": "A"}]})"),
               "networkInterfaces[0].node: there is no node N2");
