@@ -12,6 +12,7 @@
 #include <winternl.h>
 
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <numeric>
 #include <vector>
@@ -165,6 +166,67 @@ void MeasureRecording(Report& report) {
     DeleteFileW(RecordingFile);
 }
 
+// A cluster whose first server has no resource of the product.
+void WriteModelWithoutProduct(std::size_t resources) {
+    std::string text = ClusterText(resources);
+    const std::string product = R"("Product 0", "type": "clusRDLL")";
+    const std::size_t at = text.find(product);
+    Require(at != std::string::npos, "the model");
+    WriteText(ModelFile, text.replace(at, product.size(), R"("Product 0", "type": "Generic Service")"));
+    Sleep(100); // as above
+}
+
+// The lines of a file that hold the text.
+std::size_t LinesWith(const wchar_t* path, const char* text) {
+    std::FILE* file = _wfopen(path, L"rb");
+    Require(file != nullptr, "_wfopen");
+    std::size_t count = 0;
+    char line[4096];
+    while (std::fgets(line, sizeof(line), file) != nullptr) {
+        count += std::strstr(line, text) != nullptr ? 1 : 0;
+    }
+    std::fclose(file);
+    return count;
+}
+
+const wchar_t Creation[] = L"resource create EXVS0 --name Created --mode single-copy --data-path F:\\data";
+
+void MeasureRehearsals(Report& report) {
+    report.Begin(
+        "Rehearsals",
+        "\"resource create\" on a model file and its rehearsal on a copy take turns; then one rehearsal for each "
+        "call of the cluster that it makes, with that one failing. Times on the wall.",
+        "resources");
+    const std::size_t resources = 1000;
+    std::vector<double> creations, rehearsals, ratios;
+    for (int round = 0; round < Rounds; ++round) {
+        WriteModelWithoutProduct(resources);
+        rehearsals.push_back(TimeOfRun(Clusctl(std::wstring(L"rehearse -- ") + Creation)).wall);
+        creations.push_back(TimeOfRun(Clusctl(Creation)).wall);
+        ratios.push_back(rehearsals.back() / creations.back());
+    }
+    report.Add({resources, "clusctl resource create, median", Median(creations), "ms"});
+    report.Add({resources, "its rehearsal, median", Median(rehearsals), "ms"});
+    report.Add({resources, "rehearsal / creation, median of rounds", Median(ratios), "x", 3});
+
+    const std::size_t few = 10;
+    const wchar_t journal[] = L"journal.txt";
+    WriteModelWithoutProduct(few);
+    const double sweep = TimeOfRun(Clusctl(std::wstring(L"rehearse --each-call-fails -- ") + Creation)).wall;
+    std::vector<double> single;
+    for (int round = 0; round < Rounds; ++round) {
+        WriteModelWithoutProduct(few);
+        SetEnvironmentVariableW(L"CLUSSIM_JOURNAL", round == 0 ? journal : nullptr);
+        single.push_back(TimeOfRun(Clusctl(Creation)).wall);
+    }
+    const auto calls = static_cast<double>(LinesWith(journal, "\"args\""));
+    DeleteFileW(journal);
+    report.Add({few, "clusctl resource create, median", Median(single), "ms"});
+    report.Add({few, "its calls of the cluster", calls, ""});
+    report.Add({few, "each of them failing in turn", sweep, "ms"});
+    report.Add({few, "that / (calls x command)", sweep / (calls * Median(single)), "x", 1});
+}
+
 // Groups of ten resources on two systems.
 std::string MainCf(std::size_t resources) {
     std::string text = "cluster Bench (\n\t)\n\nsystem NODE1 (\n\t)\n\nsystem NODE2 (\n\t)\n";
@@ -294,6 +356,7 @@ void MeasureCommands(Report& report, Scale wanted) {
         }
     }
     MeasureRecording(report);
+    MeasureRehearsals(report);
     report.Begin("A call on a model file that does not change",
                  "GetClusterResourceState, again and again; the file is asked for its time and size at most each 5 us.",
                  "resources");
