@@ -1,4 +1,4 @@
-// Asking groups and resources by control codes.
+// Asking groups, resources and network interfaces by control codes.
 #include "ClusterObjects.h"
 
 #include "common/AnswerRoom.h"
@@ -35,6 +35,14 @@ bool QueryGroup(HGROUP group, DWORD controlCode, std::vector<unsigned char>& ans
     return Query(
         [=](void* out, DWORD size, DWORD* needed) {
             return ClusterGroupControl(group, nullptr, controlCode, nullptr, 0, out, size, needed);
+        },
+        answer, code);
+}
+
+bool QueryInterface(HNETINTERFACE card, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code) {
+    return Query(
+        [=](void* out, DWORD size, DWORD* needed) {
+            return ClusterNetInterfaceControl(card, nullptr, controlCode, nullptr, 0, out, size, needed);
         },
         answer, code);
 }

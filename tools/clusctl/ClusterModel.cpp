@@ -1,5 +1,6 @@
 #include "ClusterModel.h"
 
+#include "ClusterNetworks.h"
 #include "ClusterObjects.h"
 #include "ModelSettings.h"
 #include "Progress.h"
@@ -65,7 +66,10 @@ public:
         if (!m_hasCore) {
             model["cluster"]["coreGroup"] = "none"; // what there is stands in the model
         }
+        AddNetworks(
+            m_cluster, [this](const std::wstring& node) { return NodeName(node); }, model, m_report);
         ReadVersion(model);
+        AddQuorum(m_cluster, model, resources, m_report);
         if (m_downNodeOwns) {
             model["cluster"]["behaviour"]["downOwners"] = "accepted";
         }
@@ -242,7 +246,8 @@ private:
         DWORD code = 0;
         if (!QueryResource(resource, CLUSCTL_RESOURCE_GET_FLAGS, m_answer, code)) {
             Refused(model, "flags", "the flags", name, code);
-        } else if (MarkCore(model, m_answer)) {
+        } else if (IsCore(m_answer)) {
+            model["core"] = true;
             m_hasCore = true;
         }
     }

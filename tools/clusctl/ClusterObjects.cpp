@@ -171,24 +171,6 @@ const ObjectKind& Find(CCluster::CCLUSTER_OBJ_ENUM kind) {
     throw Failure("there is no such kind of object");
 }
 
-Names ListObjects(const CCluster& cluster, DWORD mask, const char* plural) {
-    Names names;
-    DWORD code = ERROR_SUCCESS;
-    const HCLUSENUM list = ClusterOpenEnum(cluster.GetHandle(), mask);
-    if (list == nullptr) {
-        code = GetLastError();
-    } else {
-        DWORD type = 0;
-        code = ReadNames(
-            [&](DWORD i, wchar_t* name, DWORD* length) { return ClusterEnum(list, i, &type, name, length); }, names);
-        ClusterCloseEnum(list);
-    }
-    if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode(std::string("cannot list the cluster's ") + plural, code, Errors::Incomplete);
-    }
-    return names;
-}
-
 // The storage resources among the members of a group.
 Json ReadDisks(const CCluster& cluster, const Names& members, Report& report) {
     Json disks = Json::array();
@@ -320,6 +302,24 @@ GroupHandle RequireGroup(const CCluster& cluster, const std::wstring& name) {
                               Errors::GroupNotFound);
     }
     return group;
+}
+
+Names ListObjects(const CCluster& cluster, DWORD mask, const char* plural) {
+    Names names;
+    DWORD code = ERROR_SUCCESS;
+    const HCLUSENUM list = ClusterOpenEnum(cluster.GetHandle(), mask);
+    if (list == nullptr) {
+        code = GetLastError();
+    } else {
+        DWORD type = 0;
+        code = ReadNames(
+            [&](DWORD i, wchar_t* name, DWORD* length) { return ClusterEnum(list, i, &type, name, length); }, names);
+        ClusterCloseEnum(list);
+    }
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode(std::string("cannot list the cluster's ") + plural, code, Errors::Incomplete);
+    }
+    return names;
 }
 
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind) {

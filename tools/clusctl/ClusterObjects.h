@@ -48,6 +48,7 @@ GroupHandle RequireGroup(const CCluster& cluster, const std::wstring& name);
 // All names of one kind, in the cluster's order. Throws Failure when they cannot be listed.
 Names ListNames(const CCluster& cluster, CCluster::CCLUSTER_OBJ_ENUM kind);
 Names ListResourceTypes(const CCluster& cluster);
+Names ListObjects(const CCluster& cluster, DWORD mask, const char* plural); // of any kind
 
 // The cluster's name, however long. Throws Failure.
 std::wstring ReadClusterName(const CCluster& cluster);
@@ -57,6 +58,9 @@ bool QueryResource(HRESOURCE resource, DWORD controlCode, std::vector<unsigned c
 
 // The same of a group.
 bool QueryGroup(HGROUP group, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
+
+// The same of a node's interface on a network.
+bool QueryInterface(HNETINTERFACE card, DWORD controlCode, std::vector<unsigned char>& answer, DWORD& code);
 
 // CLUSCTL_RESOURCE_GET_CLASS_INFO. The Win32 code; `resourceClass` is untouched on failure.
 DWORD ReadResourceClass(HRESOURCE resource, DWORD& resourceClass);

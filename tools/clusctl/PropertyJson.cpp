@@ -203,8 +203,12 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
     return disk;
 }
 
+bool IsCore(const std::vector<unsigned char>& flags) {
+    return !flags.empty() && (flags.front() & 1) != 0; // CLUS_FLAG_CORE
+}
+
 bool MarkCore(Json& resource, const std::vector<unsigned char>& flags) {
-    const bool isCore = !flags.empty() && (flags.front() & 1) != 0; // CLUS_FLAG_CORE
+    const bool isCore = IsCore(flags);
     if (isCore) {
         resource[resource.contains("disk") ? "quorum" : "core"] = true;
     }

@@ -17,8 +17,10 @@ size_t MaskSecretProperties(Json& properties);
 // The value list of CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO. Throws Failure when it is malformed.
 Json DiskJson(const std::vector<unsigned char>& valueList);
 
-// Marks a resource in a model as one of the cluster's own when CLUSCTL_RESOURCE_GET_FLAGS says so. Of these only what
-// holds the quorum is a disk. Whether it is one.
+// Whether CLUSCTL_RESOURCE_GET_FLAGS says that a resource is one of the cluster's own.
+bool IsCore(const std::vector<unsigned char>& flags);
+
+// Marks it in a model then. Of these a disk counts as what holds the quorum. Whether it is one.
 bool MarkCore(Json& resource, const std::vector<unsigned char>& flags);
 
 #endif
