@@ -96,3 +96,16 @@ TEST(VcsToolCalls, AnEncryptionChangesNothingAndARunThatHangsHasNoCode) {
     EXPECT_TRUE(calls[1].changes);
     EXPECT_NE(calls[1].code, 0U);
 }
+
+TEST(ClusterCalls, FaultsThatMatchedTooFewCallsAreNamed) {
+    const std::vector<std::size_t> matched = ReadFaultCounts("2\n0\n1\n98\n");
+    EXPECT_EQ(matched, (std::vector<std::size_t>{2, 0, 1, 98}));
+    EXPECT_EQ(
+        FaultsNotMet({"OpenClusterNode#2=5", "OpenClusterGroup@NoSuch=5", "hares@-link *#2+=1", "OpenCluster#99=5"},
+                     matched),
+        (std::vector<std::string>{
+            "the failure \"OpenClusterGroup@NoSuch=5\" did not come about: the command made 0 such calls",
+            "the failure \"hares@-link *#2+=1\" did not come about: the command made 1 such call",
+            "the failure \"OpenCluster#99=5\" did not come about: the command made 98 such calls"}));
+    EXPECT_EQ(FaultsNotMet({"hares=1"}, {}).size(), 1U); // no tool ran
+}

@@ -68,7 +68,9 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   same-rehearsal M E .. rehearses the events E on the model M twice; prints how the second output, and model, differ from the first
   at-most N WHAT FILE  fails when a file has more "lines" or "bytes"
   asked-only FILE     fails when a journal of a simulator holds a call, or the run of a tool, that changes something
-  documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps
+  documented-ends CMD .. runs "clusctl CMD --json" with --each-call-fails; prints what ended in between, without the numbers of the steps;
+                      with --fail first which of the command's calls failed in their turn
+  add-up CASE CASE .. whether these lines of the cases name all calls, each once
   unchanged A B       tells whether A is the same as B of the case's folder, models/ or examples/
   unzip FILE.zip      unpacks an archive into the folder FILE; prints what is in it, what of it was masked, and whether its manifest is right
   files [FOLDER]      lists the case's folder, or one in it
@@ -148,6 +150,17 @@ def normalised(text):
 
 def expanded(text):
     return re.sub(r"\{(\w)\*(\d+)\}", lambda match: match[1] * int(match[2]), text)
+
+
+def ranges(numbers):
+    """1-3, 7"""
+    parts = []
+    for number in sorted(numbers):
+        if parts and parts[-1][1] == number - 1:
+            parts[-1][1] = number
+        else:
+            parts.append([number, number])
+    return ", ".join(str(first) if first == last else f"{first}-{last}" for first, last in parts)
 
 
 class Runner:
@@ -469,7 +482,7 @@ class Case:
     def terminal(self, arguments, variables, shown=r"[^\r\n]*(?:: (?:[a-z]+ pending|stopped|some of \d+)|reading servers)"):
         text, exit_code = self.on_terminal(arguments, variables)
         words = re.sub(r"\x1b\[\d*[A-Za-z]", "", text)
-        words = re.sub(r"(reading \w+): \d+ of ", r"\1: some of ", words)
+        words = re.sub(r"(reading \w+|with each call failing): \d+ of ", r"\1: some of ", words)
         drawn = dict.fromkeys(re.findall(rf"\r?({shown}), \d+ s", words))
         screen = "".join(f"{on_screen(line)}\n" for line in text.split("\n")[:-1])
         return "".join(f"[drawn] {line}\n" for line in drawn) + normalised(screen) + f"[exit {exit_code}]\n"
@@ -510,10 +523,24 @@ class Case:
             return result
         rows = [run for run in document["runs"] if run["ended"] == "in between"]
         texts = [f"{run['call']}: exit {run['exitCode']}: {run['message'] or 'no failure'}\n" for run in rows]
+        steps = f"calls {ranges(run['step'] for run in document['runs'])} of {document['plain']['calls']}\n" if "--fail" in arguments else ""
         count = document["ended"]
         if count["inBetween"] + count["asBefore"] + count["asWanted"] != len(document["runs"]) or len(document["runs"]) < 10:
             return f"{len(document['runs'])} runs do not add up to {count}\n"
-        return "".join(dict.fromkeys(texts)) or "nothing ends in between\n"
+        return steps + ("".join(dict.fromkeys(texts)) or "nothing ends in between\n")
+
+    @staticmethod
+    def add_up(cases):
+        numbers, totals = [], set()
+        for case in cases:
+            for steps, total in re.findall(r"(?m)^calls ([\d, -]+) of (\d+)$", (HERE / "cases" / f"{case}.txt").read_text(encoding="utf-8")):
+                totals.add(int(total))
+                for part in steps.split(", "):
+                    first, _, last = part.partition("-")
+                    numbers += range(int(first), int(last or first) + 1)
+        if len(totals) != 1 or sorted(numbers) != list(range(1, max(totals) + 1)):
+            return f"not each of {sorted(totals)} calls once: {ranges(sorted(numbers))}\n"
+        return f"all {max(totals)} calls\n"
 
     def run(self, line):
         words = shlex.split(line)
@@ -586,6 +613,8 @@ class Case:
             return asked_only((self.folder / arguments[0]).read_text(encoding="utf-8"))
         if verb == "documented-ends":
             return self.documented_ends(arguments, variables)
+        if verb == "add-up":
+            return self.add_up(arguments)
         if verb == "unchanged":
             other = self.folder / arguments[1]
             other = other if other.is_file() and arguments[0] != arguments[1] else find_input(arguments[1])

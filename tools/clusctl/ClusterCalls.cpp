@@ -3,6 +3,8 @@
 #include "Json.h"
 #include "Text.h"
 
+#include "common/FaultGrammar.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
@@ -136,6 +138,27 @@ std::vector<ClusterCall> ReadClusterCalls(const std::string& journal) {
         calls.push_back(call);
     }
     return calls;
+}
+
+std::vector<std::size_t> ReadFaultCounts(const std::string& lines) {
+    std::vector<std::size_t> counts;
+    std::istringstream stream(lines);
+    for (std::size_t count = 0; stream >> count;) {
+        counts.push_back(count);
+    }
+    return counts;
+}
+
+std::vector<std::string> FaultsNotMet(const std::vector<std::string>& faults, const std::vector<std::size_t>& matched) {
+    std::vector<std::string> sentences;
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const std::size_t count = i < matched.size() ? matched[i] : 0;
+        if (count < common::ParseFault(faults[i]).first) {
+            sentences.push_back("the failure " + Quoted(faults[i]) + " did not come about: the command made " +
+                                std::to_string(count) + " such call" + (count == 1 ? "" : "s"));
+        }
+    }
+    return sentences;
 }
 
 unsigned long UsualCodeOf(const std::string& call) {

@@ -18,6 +18,12 @@ struct ClusterCall {
 // Of the lines of a journal, in their order. Lines that are none are passed over.
 std::vector<ClusterCall> ReadClusterCalls(const std::string& journal);
 
+// How many calls faults have matched: numbers, one a line.
+std::vector<std::size_t> ReadFaultCounts(const std::string& lines);
+
+// What there is to be said of the faults that did not come about.
+std::vector<std::string> FaultsNotMet(const std::vector<std::string>& faults, const std::vector<std::size_t>& matched);
+
 // What a call fails with when nothing else is told.
 unsigned long UsualCodeOf(const std::string& call);
 

@@ -12,6 +12,8 @@
 #include <winsock2.h>
 #include <windows.h>
 
+#include <clus_VirtualServerUtil.h>
+
 namespace {
 
 const Columns NodeColumns = {{"name", "NODE"}, {"stateBefore", "BEFORE"}, {"stateAfter", "AFTER"}};
@@ -181,6 +183,9 @@ Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Rep
     if (state != "up" && state != "paused") {
         return Json();
     }
+    if (!CVirtualServerUtil::CheckIsClusterByRegKey() && node != m_thisComputer) {
+        return Json::array(); // the library would tell of this computer
+    }
     ClusterSimulator::Load(SeenFrom(model, node, m_thisComputer));
     Report told;
     Json servers;
@@ -211,6 +216,10 @@ Json ClusterRehearsal::Nodes(Report& report) {
 
 void ClusterRehearsal::TellCluster(Report& report) {
     const Json nodes = Nodes(report);
+    if (!CVirtualServerUtil::CheckIsClusterByRegKey()) {
+        report.AddWarning("the product's settings make this computer a plain server: which servers the nodes would "
+                          "serve in a cluster deployment is not known");
+    }
     report.AddTable("nodes", nodes, NodeColumns, "The cluster has no nodes.");
     report.AddTable("servers", ServerRows(nodes), ServerColumns, "No node serves a server, before or after.");
     report.AddTable("down", StaysDown(m_before, m_model, m_timeline), DownColumns,

@@ -93,6 +93,10 @@ std::string ReadCalls() {
     return Text("ClusSimReadJournal");
 }
 
+std::string ReadFaultCounts() {
+    return Text("ClusSimReadFaultCounts");
+}
+
 bool IsFault(const std::string& text) {
     const bool isOne = Need<int(const char*)>("ClusSimAddFault")(text.c_str()) != 0;
     Need<void()>("ClusSimClearFaults")();

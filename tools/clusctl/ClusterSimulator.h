@@ -36,6 +36,9 @@ ClusterEvents TakeEvents();
 void RecordCalls();
 std::string ReadCalls();
 
+// How many calls each fault has matched so far, a number a line.
+std::string ReadFaultCounts();
+
 // Whether it is a fault as the simulator knows them.
 bool IsFault(const std::string& text);
 

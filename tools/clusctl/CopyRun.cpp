@@ -56,7 +56,8 @@ CopyRun::CopyRun(const Json& model, const Words& command, const FaultTexts& faul
 CopyResult CopyRun::Finish() const {
     CopyResult result;
     const ProgramResult program = m_program->Finish();
-    result.command = {program, ReadClusterCalls(ReadTold(*m_folder, L"calls", program))};
+    result.command = {program, ReadClusterCalls(ReadTold(*m_folder, L"calls", program)),
+                      ReadFaultCounts(ReadTold(*m_folder, L"matched", program))};
     std::istringstream events(ReadTold(*m_folder, L"events", program));
     for (std::string line; std::getline(events, line);) {
         result.events.push_back(common::ParseJson(line));

@@ -201,6 +201,10 @@ Password ReadPassword() {
     return password;
 }
 
+void KeepPassword() {
+    Taken() = ReadPassword();
+}
+
 Password AsArgument(const Password& password) {
     const wchar_t* const text = password.Text();
     const bool isQuoted = std::wcspbrk(text, L" \t\"") != nullptr;

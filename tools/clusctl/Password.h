@@ -66,6 +66,9 @@ const Password* GivenPassword();
 // there is none.
 Password ReadPassword();
 
+// Reads it as ReadPassword does, and keeps it for other runs of this program, as if the variable had held it.
+void KeepPassword();
+
 // As an argument that reaches a program unchanged: in quotes when it holds a blank or a quote.
 Password AsArgument(const Password& password);
 

@@ -15,7 +15,8 @@ typedef std::vector<std::string> FaultTexts;
 
 struct RehearsedCommand {
     ProgramResult program;
-    std::vector<ClusterCall> calls; // of the cluster, or runs of its tools
+    std::vector<ClusterCall> calls;   // of the cluster, or runs of its tools
+    std::vector<std::size_t> matched; // how many calls each of the faults has matched
 };
 
 class Rehearsal {

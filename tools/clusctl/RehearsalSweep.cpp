@@ -59,6 +59,11 @@ CallFilter FilterOf(const std::string& fault) {
     return {place.substr(0, number), number == std::string::npos ? "" : place.substr(number + 1), fault.substr(equals)};
 }
 
+bool Passes(const CallFilter& filter, const ClusterCall& call) {
+    return filter.call == call.call &&
+           (filter.occurrence.empty() || filter.occurrence == std::to_string(call.occurrence));
+}
+
 // On one line.
 std::string MessageOf(const ProgramResult& result) {
     const Json document = Json::parse(result.output, nullptr, false);
@@ -92,9 +97,8 @@ std::vector<SweepStep> SweepSteps(const std::vector<ClusterCall>& calls, const s
     for (std::size_t i = 0; i < calls.size(); ++i) {
         const ClusterCall& call = calls[i];
         const std::string occurrence = std::to_string(call.occurrence);
-        const auto filter = std::find_if(filters.begin(), filters.end(), [&](const CallFilter& candidate) {
-            return candidate.call == call.call && (candidate.occurrence.empty() || candidate.occurrence == occurrence);
-        });
+        const auto filter = std::find_if(filters.begin(), filters.end(),
+                                         [&call](const CallFilter& candidate) { return Passes(candidate, call); });
         if (filters.empty() || filter != filters.end()) {
             std::string fault = call.call;
             fault.append("#").append(occurrence).append(filters.empty() ? "" : filter->effect);
@@ -102,6 +106,17 @@ std::vector<SweepStep> SweepSteps(const std::vector<ClusterCall>& calls, const s
         }
     }
     return steps;
+}
+
+std::vector<std::string> FiltersWithoutStep(const std::vector<ClusterCall>& calls,
+                                            const std::vector<std::string>& faults) {
+    std::vector<std::string> without;
+    std::copy_if(faults.begin(), faults.end(), std::back_inserter(without), [&calls](const std::string& fault) {
+        const CallFilter filter = FilterOf(fault);
+        return std::none_of(calls.begin(), calls.end(),
+                            [&filter](const ClusterCall& call) { return Passes(filter, call); });
+    });
+    return without;
 }
 
 Json Sweep(const LogCapture& log, const std::vector<SweepStep>& steps, const StartRehearsal& start) {

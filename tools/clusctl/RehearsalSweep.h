@@ -50,6 +50,10 @@ public:
 std::vector<SweepStep> SweepSteps(const std::vector<ClusterCall>& calls, const std::vector<std::string>& faults,
                                   const std::function<std::string(const std::string& fault)>& complete);
 
+// Those of them that name no call.
+std::vector<std::string> FiltersWithoutStep(const std::vector<ClusterCall>& calls,
+                                            const std::vector<std::string>& faults);
+
 typedef std::function<std::unique_ptr<SweptRehearsal>(const SweepStep& step)> StartRehearsal;
 
 // Two at a time, with a progress line. The rows "step", "call", "fault", "exitCode", "message", "ended": those that

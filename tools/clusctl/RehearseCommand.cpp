@@ -32,6 +32,7 @@ struct RehearseOptions {
     bool eachCallFails = false;
     std::wstring save;
     Words command;
+    bool readsPassword = false; // the command does, from standard input
 };
 
 typedef std::function<void(CommandLine&)> AddAll;
@@ -50,8 +51,18 @@ Json ReadModelFile(const std::wstring& file) {
     }
 }
 
+// Whether the command, as it was given, asks for a password.
+bool ReadsPassword(const CommandLine& command) {
+    const std::string name = command.ChosenName();
+    const std::vector<std::string>& words = command.Arguments();
+    return name == "vcs encrypt" || name == "vcs product add-remote-config" ||
+           (name == "vcs product create" && std::any_of(words.begin(), words.end(), [](const std::string& word) {
+                return StartsWith(word, "--account-user");
+            }));
+}
+
 // The command to be rehearsed has to be one that asks a cluster, or changes it.
-Answering KindOfCommand(const Words& words, const AddAll& addAll) {
+Answering KindOfCommand(const Words& words, const AddAll& addAll, bool* readsPassword = nullptr) {
     CommandLine commandLine;
     addAll(commandLine);
     std::vector<std::string> texts;
@@ -68,6 +79,9 @@ Answering KindOfCommand(const Words& words, const AddAll& addAll) {
     if (!commandLine.Shared().model.empty()) {
         throw WrongUsage("the command is rehearsed on a copy: --model belongs before the events");
     }
+    if (readsPassword != nullptr) {
+        *readsPassword = ReadsPassword(commandLine);
+    }
     return commandLine.Asked();
 }
 
@@ -81,6 +95,9 @@ FaultTexts CompletedFaults(const Rehearsal& rehearsal, const std::vector<std::st
 
 Report SweepCalls(const LogCapture& log, Rehearsal& rehearsal, const RehearseOptions& options) {
     const Words& command = options.command;
+    if (options.readsPassword) {
+        KeepPassword(); // standard input has it for one run only
+    }
     const RehearsedCommand plain = rehearsal.Run(command, {}, true);
     if (!rehearsal.Settle()) {
         throw Failure("something goes on in the cluster an hour after the command: there is no end to compare with");
@@ -89,6 +106,9 @@ Report SweepCalls(const LogCapture& log, Rehearsal& rehearsal, const RehearseOpt
         SweepSteps(plain.calls, options.faults,
                    [&rehearsal](const std::string& fault) { return rehearsal.CompletedFault(fault); });
     Report report;
+    for (const std::string& fault : FiltersWithoutStep(plain.calls, options.faults)) {
+        report.AddWarning("no failure " + Quoted(fault) + " came about: the command makes no such call");
+    }
     AddSweep(report, Sweep(log, steps, [&](const SweepStep& step) { return rehearsal.RunAgain(command, step.fault); }));
     report.AddMember("plain", {{"exitCode", plain.program.exitCode}, {"calls", plain.calls.size()}});
     return report;
@@ -115,17 +135,9 @@ void AddCalls(Report& report, const Rehearsal& rehearsal, const std::vector<Clus
     report.AddSentence("calls", CallRecords(calls), TitledBlock(rehearsal.TitleOfCalls(), CallLines(calls), "none"));
 }
 
-void WarnOfFaultsNotMet(Report& report, const FaultTexts& faults, const std::vector<ClusterCall>& calls) {
-    for (const std::string& fault : faults) {
-        const std::string call = fault.substr(0, fault.find_first_of("@#="));
-        const std::size_t number = fault.find('#');
-        const std::size_t nth = number == std::string::npos ? 1 : std::strtoul(fault.c_str() + number + 1, nullptr, 10);
-        const auto made = std::count_if(calls.begin(), calls.end(),
-                                        [&call](const ClusterCall& candidate) { return candidate.call == call; });
-        if (static_cast<std::size_t>(made) < nth) {
-            report.AddWarning("the failure " + Quoted(fault) + " did not come about: the command made " +
-                              std::to_string(made) + " such calls");
-        }
+void WarnOfFaultsNotMet(Report& report, const FaultTexts& faults, const RehearsedCommand& command) {
+    for (const std::string& sentence : FaultsNotMet(faults, command.matched)) {
+        report.AddWarning(sentence);
     }
 }
 
@@ -175,7 +187,7 @@ Report RehearseModel(const LogCapture& log, const RehearseOptions& options, cons
     RehearsedCommand command;
     if (!options.command.empty()) {
         command = rehearsal->Run(options.command, faults, isJson);
-        WarnOfFaultsNotMet(report, faults, command.calls);
+        WarnOfFaultsNotMet(report, faults, command);
     }
     if (!rehearsal->Settle()) {
         report.AddWarning("something still goes on in the cluster after an hour: 'wait' lets more time pass");
@@ -257,8 +269,7 @@ Report RehearseLive(const LogCapture& log, const CommandLine& commandLine) {
     return Report::Printed(static_cast<ExitCode>(again.Finish().exitCode));
 }
 
-Report Rehearse(const LogCapture& log, const RehearseOptions& options, const CommandLine& commandLine,
-                const AddAll& addAll) {
+Report Rehearse(const LogCapture& log, RehearseOptions& options, const CommandLine& commandLine, const AddAll& addAll) {
     if (options.events.empty() && options.command.empty()) {
         throw WrongUsage("there is nothing to rehearse: no event, and no command behind --");
     }
@@ -269,7 +280,8 @@ Report Rehearse(const LogCapture& log, const RehearseOptions& options, const Com
         throw WrongUsage("--each-call-fails has many ends: --save takes one");
     }
     ParseEvents(options.events, commandLine.Asked()); // nothing is begun with wrong ones
-    const Answering asked = options.command.empty() ? Answering::Either : KindOfCommand(options.command, addAll);
+    const Answering asked =
+        options.command.empty() ? Answering::Either : KindOfCommand(options.command, addAll, &options.readsPassword);
     if (asked != Answering::Either && asked != commandLine.Asked()) {
         throw WrongUsage("the command to be rehearsed asks the other kind of cluster");
     }

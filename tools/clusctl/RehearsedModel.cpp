@@ -14,7 +14,7 @@ const char ThisNode[] = ".";
 // Of copies without a clock: some Monday, 00:00 (UTC). Always the same, so that rehearsals are.
 const std::int64_t UsualClock = 13348540800000;
 
-const char* const Lists[] = {"nodes", "groups", "resources"};
+const char* const Lists[] = {"nodes", "networks", "networkInterfaces", "groups", "resources"};
 const char* const Times[] = {"dueAt", "actAt", "restartsAt", "failoversAt", "failbackAt"};
 
 bool IsSame(const std::string& a, const std::string& b) {
@@ -255,6 +255,13 @@ Json SeenFrom(const Json& model, const std::string& node, const std::string& thi
                 }
                 if (list == std::string("nodes")) {
                     RenameNodes(object["name"], names);
+                }
+            }
+        }
+        if (seen.contains("resourceTypes")) {
+            for (Json& type : seen["resourceTypes"]) {
+                if (type.contains("nodes")) {
+                    RenameNodes(type["nodes"], names);
                 }
             }
         }

@@ -70,6 +70,7 @@ RehearsedRun::~RehearsedRun() {
             events += common::DumpJsonLine(event) + "\n";
         }
         common::WriteWholeFile(g_folder + L"\\events", events);
+        common::WriteWholeFile(g_folder + L"\\matched", ClusterSimulator::ReadFaultCounts());
         common::WriteWholeFile(g_folder + L"\\calls", ClusterSimulator::ReadCalls());
     } catch (const std::exception&) {
         // The rehearsal finds no files, and says so.

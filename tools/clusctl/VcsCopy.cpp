@@ -282,6 +282,11 @@ std::vector<ClusterCall> VcsCopy::Calls() const {
     return common::FileExists(journal) ? ReadToolCalls(ReadCopied(journal)) : std::vector<ClusterCall>();
 }
 
+std::vector<std::size_t> VcsCopy::MatchedByFaults() const {
+    const std::wstring counts = m_folder->File(L"faults.counts"); // where the tools keep them
+    return common::FileExists(counts) ? ReadFaultCounts(ReadCopied(counts)) : std::vector<std::size_t>();
+}
+
 std::unique_ptr<ChildProgram> VcsCopy::Ask(const Words& command) const {
     Words words = {L"--model", MainCf(), L"--json"};
     words.insert(words.end(), command.begin(), command.end());

@@ -43,6 +43,8 @@ public:
 
     // The runs of tools by the command that was started.
     std::vector<ClusterCall> Calls() const;
+    // How many of them each of its faults has matched.
+    std::vector<std::size_t> MatchedByFaults() const;
 
     // Starts "clusctl --json COMMAND", which only asks: no fault meets it, and its runs of tools do not count.
     std::unique_ptr<ChildProgram> Ask(const Words& command) const;

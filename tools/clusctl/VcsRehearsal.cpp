@@ -145,7 +145,7 @@ RehearsedCommand VcsRehearsal::Run(const Words& command, const FaultTexts& fault
     const ProgramResult result = m_copy->Start(command, faults, asJson, m_rehearsed)->Finish();
     TakeEvents();
     Tell("command", line, "ends with exit code " + std::to_string(result.exitCode));
-    return {result, m_copy->Calls()};
+    return {result, m_copy->Calls(), m_copy->MatchedByFaults()};
 }
 
 std::unique_ptr<SweptRehearsal> VcsRehearsal::RunAgain(const Words& command, const std::string& fault) const {
