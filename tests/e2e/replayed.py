@@ -15,8 +15,8 @@ KINDS = {"failover": "model", "vcs": "vcs"}
 # Settings of a case that are about the program and its libraries, not about the cluster.
 APART = {"settings", "simulator", "missing", "replaced", "tools", "planted-tool", "environment-tool", "disk", "vcs-tools", "debug-log", "model-file"}
 # Command lines that say something else in a recording, or nothing about a cluster.
-UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|\b(record|encrypt|snapshot|host|help|manual|completion|"
-                        r"rehearse|probe|doctor|support-bundle|report|model)\b|STDOUT=|STDIN|CLUSSIM_FILE=|VCSSIM_MAIN_CF=")
+UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|\b(record|encrypt|vcs snapshot|host|help|manual|completion|"
+                        r"rehearse|doctor|support-bundle|report|model)\b|VCSSIM_OPTIONS=\S+ clusctl probe|STDOUT=|STDIN|CLUSSIM_FILE=|VCSSIM_MAIN_CF=")
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed"}  # a replay always says that the settings are those of the recording
@@ -86,7 +86,9 @@ def player_folder(runner):
 
 
 def without_stray_codes(text):
-    """Without the last-error values that the library logs where no call has set one: they are of the process, not of the cluster."""
+    """Without the last-error values that the library logs where no call has set one: they are of the process, not of the cluster.
+    And without binary values, which no recording has."""
+    text = re.sub(r'("binary": ?")[0-9a-f]+', r"\1BYTES", text)
     return re.sub(r"(GetVirtualServerInfo for server .* fail, code: |Cannot open registry .*, Last err:)\d+( \([^)]*\))?", r"\1CODE", text)
 
 

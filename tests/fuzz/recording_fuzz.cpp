@@ -54,8 +54,10 @@ void CheckTools(const std::string& text) {
     FUZZ_CHECK(recording::MaskedCommand(masked) == masked);
     recording::MaskedOutput(common::ToUtf16(command), common::ToUtf16(text.substr(end)));
     common::Anonymiser anonymiser;
-    const std::string anonymous = recording::AnonymousOutput(command, text.substr(end), anonymiser);
-    FUZZ_CHECK(recording::AnonymousOutput(command, text.substr(end), anonymiser) == anonymous);
+    const recording::Printed printed = {!command.empty() && command.back() == 'e', text.substr(end)};
+    const std::string anonymous = recording::AnonymousPrint(anonymiser).Of(printed);
+    FUZZ_CHECK(recording::AnonymousPrint(anonymiser).Of(printed) == anonymous);
+    recording::ReplayedOutput(common::ToUtf16(command), printed.text);
 }
 
 } // namespace

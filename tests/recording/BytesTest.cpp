@@ -80,6 +80,41 @@ TEST(RecordedBytes, NamesAreReplacedAndBinaryValuesAreErasedOnDemand) {
     EXPECT_EQ(binary, ListOf(L"Blob", Binary, {0, 0, 0}));
 }
 
+// A network name's, for one, holds the password of its account.
+TEST(RecordedBytes, BinaryValuesAreErased) {
+    Bytes binary = ListOf(L"ResourceData", Binary, {1, 2, 3});
+    Clean(binary, ControlData::Properties, nullptr);
+    EXPECT_EQ(binary, ListOf(L"ResourceData", Binary, {0, 0, 0}));
+    for (const std::uint32_t number : {0x00010002, 0x00010006, 0x00010007, 0x0001000C}) {
+        Bytes kept = ListOf(L"Count", number, {1, 2, 3, 4, 5, 6, 7, 8});
+        Clean(kept, ControlData::Properties, nullptr);
+        EXPECT_EQ(kept, ListOf(L"Count", number, {1, 2, 3, 4, 5, 6, 7, 8}));
+    }
+}
+
+TEST(RecordedBytes, NothingOfAnotherTextStaysBehindTheOneThatIsReplaced) {
+    Bytes left = TextBytes(L"EXVS1");
+    const Bytes rest = TextBytes(L"OTHER");
+    Bytes erased = TextBytes(L"nnnnn");
+    erased.resize(erased.size() + rest.size());
+    left.insert(left.end(), rest.begin(), rest.end());
+    Bytes list = ListOf(L"Path", Sz, left);
+    Clean(list, ControlData::Properties, Renamed);
+    EXPECT_EQ(list, ListOf(L"Path", Sz, erased));
+    Clean(left, ControlData::Name, Renamed);
+    EXPECT_EQ(left, erased);
+}
+
+// The bytes up to the next entry are whatever lay in the cluster's memory.
+TEST(RecordedBytes, WhatIsBetweenTheEntriesIsErased) {
+    Bytes list = ListOf(L"Path", Sz, TextBytes(L"F:"));
+    const Bytes clean = list;
+    list[list.size() - 4 - 1] = 0xcc;
+    list[list.size() - 4 - 2] = 0xcc;
+    Clean(list, ControlData::Properties, nullptr);
+    EXPECT_EQ(list, clean);
+}
+
 TEST(RecordedBytes, AListThatIsCutIsErasedFromThere) {
     Bytes list = ListOf(L"Password", Sz, TextBytes(L"hunter2"));
     const std::size_t value = list.size() - 4 - 16;

@@ -58,6 +58,13 @@ TEST(Recordings, AreReadAsTheyWereWritten) {
     EXPECT_EQ(LineOf(recording.tools[0]), LineOf(tool));
 }
 
+TEST(Recordings, NameTheFunctionsWhoseCallsTheyLack) {
+    Header header = SomeHeader();
+    EXPECT_EQ(LineOf(header).find("unseen"), std::string::npos);
+    header.unseen = {"ClusterRegOpenKey"};
+    EXPECT_EQ(ReadRecording(LineOf(header)).header.unseen, header.unseen);
+}
+
 TEST(Recordings, OfProgramsThatWereEndedByForceAreReadToTheirLastWholeLine) {
     const std::string text = LineOf(SomeHeader()) + LineOf(SomeCall()) + LineOf(SomeCall()).substr(0, 30);
     const Recording recording = ReadRecording(text);

@@ -1,6 +1,9 @@
 #include "ClusterNotices.h"
 
 #include "Interruption.h"
+#include "Replay.h"
+
+#include <Interception.h>
 
 #include <algorithm>
 #include <vector>
@@ -14,10 +17,14 @@ const DWORD Wanted = CLUSTER_CHANGE_NODE_STATE | CLUSTER_CHANGE_NODE_ADDED | CLU
 const std::chrono::milliseconds Step(250);     // how soon Ctrl+C is obeyed
 const std::chrono::milliseconds Settling(300); // one move of a group is many notifications
 
-// Looked up when they are needed: a cluster API without them does for everything else.
+// Looked up when they are needed: a cluster API without them does for everything else. Calls of what is found go where
+// those of imports go, into a recording too.
 template <typename Function> Function Find(const char* name) {
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
-    return api == nullptr ? nullptr : reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(api, name)));
+    const bool isThere = IsReplaying() || (api != nullptr && GetProcAddress(api, name) != nullptr);
+    return isThere ? reinterpret_cast<Function>(
+                         reinterpret_cast<void*>(recording::Interception::Replacement("clusapi.dll", name)))
+                   : nullptr;
 }
 
 } // namespace
@@ -59,20 +66,16 @@ bool ClusterNotices::TakeOne(DWORD milliseconds) {
     return code == ERROR_SUCCESS || code == ERROR_MORE_DATA;
 }
 
+// Counts its steps and looks at no clock, so that a replay asks as often as the recording did.
 void ClusterNotices::Await(std::chrono::milliseconds longest) {
-    const auto end = std::chrono::steady_clock::now() + longest;
-    const auto left = [&end]() {
-        return std::max(std::chrono::milliseconds(0),
-                        std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()));
-    };
-    while (left().count() > 0) {
+    for (std::chrono::milliseconds left = longest; left.count() > 0; left -= std::min(Step, left)) {
         if (m_port == nullptr || m_isLost) {
-            Interruption::Wait(std::min(Step, left()));
+            Interruption::Wait(std::min(Step, left));
             continue;
         }
         Interruption::Check();
-        if (TakeOne(static_cast<DWORD>(std::min(Step, left()).count()))) {
-            Interruption::Wait(std::min(Settling, left()));
+        if (TakeOne(static_cast<DWORD>(std::min(Step, left).count()))) {
+            Interruption::Wait(std::min(Settling, left));
             while (!m_isLost && TakeOne(0)) {
             }
             return;

@@ -13,6 +13,10 @@
 
 namespace {
 
+std::vector<HMODULE> RecordedModules() {
+    return {nullptr, GetModuleHandleW(L"clusutil.dll")};
+}
+
 recording::Header HeaderFor(const RecordOptions& options, Answering asked, const std::string& commandName,
                             const std::vector<VcsToolFile>& tools) {
     recording::Header header;
@@ -28,6 +32,7 @@ recording::Header HeaderFor(const RecordOptions& options, Answering asked, const
     }
     header.isAnonymised = options.isAnonymised;
     header.allowsChanges = options.allowsChanges;
+    header.unseen = recording::Interception::UnknownOf(RecordedModules());
     return header;
 }
 
@@ -35,10 +40,11 @@ recording::Header HeaderFor(const RecordOptions& options, Answering asked, const
 
 struct RecordedWork::State {
     State(const std::wstring& file, const recording::Header& header)
-        : recorder(file, header), interception(recorder, {nullptr, GetModuleHandleW(L"clusutil.dll")}) {
+        : recorder(file, header), interception(recorder, RecordedModules()), unseen(header.unseen) {
     }
     recording::Recorder recorder;
     recording::Interception interception;
+    const std::vector<std::string> unseen;
 };
 
 void AddRecordCommand(CommandLine& commandLine, RecordOptions& options) {
@@ -76,6 +82,9 @@ RecordedWork::RecordedWork(const RecordOptions& options, Answering asked, const 
 RecordedWork::~RecordedWork() = default;
 
 int RecordedWork::Finish(int exitCode, const Stream& errors) {
+    for (const std::string& name : m_state->unseen) {
+        errors.Write("clusctl: warning: calls of " + name + " are not in the recording\n");
+    }
     const DWORD code = m_state->recorder.Finish(exitCode);
     if (code == ERROR_SUCCESS) {
         return exitCode;

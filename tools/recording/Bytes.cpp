@@ -19,7 +19,12 @@ const std::size_t UnitSize = 2; // of UTF-16
 
 const std::uint32_t SyntaxListValueExpandSz = 0x00010004;
 const std::uint32_t SyntaxListValueMultiSz = 0x00010005;
+const std::uint32_t SyntaxListValueULargeInteger = 0x00010006;
+const std::uint32_t SyntaxListValueLong = 0x00010007;
 const std::uint32_t SyntaxListValueExpandedSz = 0x00010008;
+const std::uint32_t SyntaxListValueLargeInteger = 0x0001000A;
+const std::uint32_t SyntaxListValueWord = 0x0001000B;
+const std::uint32_t SyntaxListValueFileTime = 0x0001000C;
 const std::size_t PartitionSerialOffset = clus::PartitionLabelOffset + clus::PartitionTextSize;
 
 int DigitOf(char c) {
@@ -72,18 +77,34 @@ void HideValue(std::uint32_t syntax, unsigned char* value, std::size_t size) {
     Erase(value + size / UnitSize * UnitSize, size % UnitSize);
 }
 
-void RenameValue(std::uint32_t syntax, unsigned char* value, std::size_t size, const Rename& rename) {
-    if (!rename || syntax == clus::SyntaxListValueDword) {
+bool IsNumber(std::uint32_t syntax) {
+    for (const std::uint32_t number : {clus::SyntaxListValueDword, SyntaxListValueULargeInteger, SyntaxListValueLong,
+                                       SyntaxListValueLargeInteger, SyntaxListValueWord, SyntaxListValueFileTime}) {
+        if (syntax == number) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// What is in binary values nobody knows: a network name keeps its account's password in one. What lies behind a text
+// may be the rest of another one.
+void CleanValue(std::uint32_t syntax, unsigned char* value, std::size_t size, const Rename& rename) {
+    if (!IsText(syntax)) {
+        Erase(value, IsNumber(syntax) && (!rename || syntax == clus::SyntaxListValueDword) ? 0 : size);
         return;
     }
-    if (!IsText(syntax)) {
-        Erase(value, size);
+    if (!rename) {
         return;
     }
     std::size_t at = 0;
+    bool isText = false;
     do {
-        at += (ReplaceText(value + at, size - at, rename) + 1) * UnitSize;
-    } while (syntax == SyntaxListValueMultiSz && at < size);
+        const std::size_t length = ReplaceText(value + at, size - at, rename);
+        isText = length > 0;
+        at = std::min(size, at + (length + 1) * UnitSize);
+    } while (syntax == SyntaxListValueMultiSz && isText && at < size);
+    Erase(value + at, size - at);
 }
 
 // One entry after the other: a syntax, and but for the end mark a length and a value.
@@ -123,6 +144,10 @@ public:
     }
     std::size_t Length() const {
         return m_length;
+    }
+    // Behind the value, up to the next entry.
+    std::size_t Padding() const {
+        return m_next - std::min(m_next, m_value + m_length);
     }
     // The bytes behind the entry.
     std::size_t End() const {
@@ -184,11 +209,12 @@ void CleanProperties(Bytes& bytes, const Rename& rename) {
     bool isWhole = false;
     const std::size_t end =
         WalkProperties(bytes.data(), bytes.size(), isWhole, [&rename](const std::wstring& name, const Entries& entry) {
-            if (IsSecretPropertyName(AsciiOf(name))) {
+            if (IsSecretProperty(name)) {
                 HideValue(entry.Syntax(), entry.Value(), entry.Length());
             } else {
-                RenameValue(entry.Syntax(), entry.Value(), entry.Length(), rename);
+                CleanValue(entry.Syntax(), entry.Value(), entry.Length(), rename);
             }
+            Erase(entry.Value() + entry.Length(), entry.Padding());
         });
     Erase(bytes.data() + end, bytes.size() - end);
 }
@@ -277,7 +303,7 @@ void Clean(Bytes& bytes, ControlData data, const Rename& rename) {
     case ControlData::Kept:
         break;
     case ControlData::Name:
-        ReplaceText(bytes.data(), bytes.size(), rename);
+        CleanValue(clus::SyntaxListValueSz, bytes.data(), bytes.size(), rename);
         break;
     case ControlData::Properties:
         CleanProperties(bytes, rename);
@@ -299,8 +325,12 @@ std::size_t PropertyListSize(const void* list, std::size_t size) {
     return isWhole ? end : size;
 }
 
+bool IsSecretProperty(const std::wstring& name) {
+    return IsSecretPropertyName(AsciiOf(name));
+}
+
 std::wstring CleanProperty(const std::wstring& property, std::wstring value, const Rename& rename) {
-    if (IsSecretPropertyName(AsciiOf(property))) {
+    if (IsSecretProperty(property)) {
         return std::wstring(value.size(), L'*');
     }
     if (rename) {

@@ -161,7 +161,7 @@ std::string Output(const Call& call, const Argument& argument, const Slot* slots
     }
     switch (argument.kind) {
     case Kind::NumberOut:
-        return std::to_string(*PointerAt<DWORD>(slots, at));
+        return std::to_string(IsSecretProperty(PropertyAsked(call, slots)) ? 0 : *PointerAt<DWORD>(slots, at));
     case Kind::KeyOut:
         return std::to_string(*PointerAt<DWORD_PTR>(slots, at));
     case Kind::Version: {

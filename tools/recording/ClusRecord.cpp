@@ -21,10 +21,10 @@ namespace {
 
 struct State {
     State(const std::wstring& file, const recording::Header& header, const std::vector<HMODULE>& modules)
-        : recorder(file, header), interception(recorder, modules) {
+        : recorder(file, header), interception(std::make_unique<recording::Interception>(recorder, modules)) {
     }
     recording::Recorder recorder;
-    recording::Interception interception;
+    std::unique_ptr<recording::Interception> interception;
 };
 
 std::mutex g_mutex;
@@ -39,6 +39,13 @@ HMODULE OwnModule() {
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCWSTR>(&OwnModule), &module);
     return module;
+}
+
+// Other modules call this one while it records, and threads may be inside at any time.
+bool StayLoaded() {
+    HMODULE module = nullptr;
+    return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                              reinterpret_cast<LPCWSTR>(&OwnModule), &module) != 0;
 }
 
 // All that are loaded but the cluster's own, whose calls among themselves nobody wants, and this one.
@@ -65,7 +72,7 @@ std::string ProgramName() {
     return common::ToUtf8(path.substr(path.find_last_of(L"\\/") + 1));
 }
 
-recording::Header HeaderFor(DWORD flags) {
+recording::Header HeaderFor(DWORD flags, const std::vector<HMODULE>& modules) {
     wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = {};
     DWORD length = MAX_COMPUTERNAME_LENGTH + 1;
     GetComputerNameW(name, &length);
@@ -73,6 +80,7 @@ recording::Header HeaderFor(DWORD flags) {
     header.program = ProgramName();
     header.begun = common::UtcNow();
     header.computer = common::ToUtf8(name);
+    header.unseen = recording::Interception::UnknownOf(modules);
     header.isAnonymised = (flags & CLUSRECORD_ANONYMISE) != 0;
     header.allowsChanges = (flags & CLUSRECORD_ALLOW_CHANGES) != 0;
     return header;
@@ -83,7 +91,11 @@ DWORD Begin(const wchar_t* file, DWORD flags) {
         return ERROR_ALREADY_EXISTS;
     }
     try {
-        g_state = std::make_unique<State>(file, HeaderFor(flags), ModulesToRecord()).release();
+        if (!StayLoaded()) {
+            return GetLastError();
+        }
+        const std::vector<HMODULE> modules = ModulesToRecord();
+        g_state = std::make_unique<State>(file, HeaderFor(flags, modules), modules).release();
     } catch (const common::FileError& error) {
         return error.Code();
     } catch (const std::exception&) {
@@ -98,6 +110,8 @@ DWORD End() {
     }
     const std::unique_ptr<State> state(g_state);
     g_state = nullptr;
+    state->interception.reset();
+    recording::Interception::AwaitCalls(); // behind the last call comes the end
     try {
         return state->recorder.Finish(nullptr);
     } catch (const std::exception&) {

@@ -7,19 +7,49 @@
 #include <cctype>
 #include <cstring>
 #include <mutex>
+#include <set>
 
 namespace recording {
 
 namespace {
 
 std::atomic<Interceptor*> g_interceptor(nullptr);
+std::atomic<unsigned> g_inside(0); // calls that the interceptor is answering
+
+// Whom a call goes to: it is there as long as this is.
+class Answerer {
+public:
+    Answerer() {
+        ++g_inside; // before the look: who ends the interception looks here behind that
+        m_interceptor = g_interceptor;
+        if (m_interceptor == nullptr) {
+            --g_inside;
+        }
+    }
+    ~Answerer() {
+        if (m_interceptor != nullptr) {
+            --g_inside;
+        }
+    }
+    Answerer(const Answerer&) = delete;
+    Answerer& operator=(const Answerer&) = delete;
+    Interceptor* Get() const {
+        return m_interceptor;
+    }
+    Interceptor* operator->() const {
+        return m_interceptor;
+    }
+
+private:
+    Interceptor* m_interceptor = nullptr;
+};
 
 BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATTRIBUTES process,
                          LPSECURITY_ATTRIBUTES thread, BOOL inherits, DWORD flags, LPVOID environment, LPCWSTR folder,
                          LPSTARTUPINFOW startup, LPPROCESS_INFORMATION information) {
-    Interceptor* const interceptor = g_interceptor;
+    const Answerer interceptor;
     // The library starts its tools by their names, with nothing but a command line.
-    if (interceptor == nullptr || application != nullptr || commandLine == nullptr || environment != nullptr ||
+    if (interceptor.Get() == nullptr || application != nullptr || commandLine == nullptr || environment != nullptr ||
         folder != nullptr) {
         return CreateProcessW(application, commandLine, process, thread, inherits, flags, environment, folder, startup,
                               information);
@@ -28,13 +58,14 @@ BOOL WINAPI StartProcess(LPCWSTR application, LPWSTR commandLine, LPSECURITY_ATT
 }
 
 BOOL WINAPI ExitCodeOf(HANDLE process, LPDWORD exitCode) {
-    Interceptor* const interceptor = g_interceptor;
-    return interceptor == nullptr ? GetExitCodeProcess(process, exitCode) : interceptor->ExitCodeOf(process, exitCode);
+    const Answerer interceptor;
+    return interceptor.Get() == nullptr ? GetExitCodeProcess(process, exitCode)
+                                        : interceptor->ExitCodeOf(process, exitCode);
 }
 
 BOOL WINAPI NameOfComputer(LPWSTR buffer, LPDWORD length) {
-    Interceptor* const interceptor = g_interceptor;
-    const std::wstring name = interceptor == nullptr ? std::wstring() : interceptor->ComputerName();
+    const Answerer interceptor;
+    const std::wstring name = interceptor.Get() == nullptr ? std::wstring() : interceptor->ComputerName();
     if (name.empty()) {
         // Not by an import, which may be a replaced one.
         typedef BOOL(WINAPI * Function)(LPWSTR, LPDWORD);
@@ -153,6 +184,14 @@ void Write(void** entry, void* value) {
     VirtualProtect(entry, sizeof(*entry), old, &old);
 }
 
+// Somebody may have freed it since: what was patched is gone with it then.
+bool IsLoaded(HMODULE module) {
+    HMODULE there = nullptr;
+    return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                              reinterpret_cast<LPCWSTR>(module), &there) != 0 &&
+           there == module;
+}
+
 void FindOriginals() {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
@@ -168,16 +207,27 @@ void FindOriginals() {
 } // namespace
 
 Slot Intercept(const Call& call, const Slot* slots, Invocation invoke) {
-    Interceptor* const interceptor = g_interceptor;
-    return interceptor == nullptr ? invoke(call.original, slots) : interceptor->Answer(call, slots, invoke);
+    const Answerer interceptor;
+    return interceptor.Get() == nullptr ? invoke(OriginalOf(call), slots) : interceptor->Answer(call, slots, invoke);
+}
+
+// A module that loads the DLL with its first call has left that to the function in its place.
+void* OriginalOf(const Call& call) {
+    if (call.original == nullptr) {
+        const DWORD lastError = GetLastError();
+        LoadLibraryA(call.library);
+        FindOriginals();
+        SetLastError(lastError);
+    }
+    return call.original;
 }
 
 BOOL StartTool(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
                PROCESS_INFORMATION* information) {
-    Interceptor* const interceptor = g_interceptor;
-    return interceptor == nullptr ? CreateProcessW(program, commandLine, nullptr, nullptr, TRUE, flags, nullptr,
-                                                   nullptr, startup, information)
-                                  : interceptor->StartProcess(program, commandLine, flags, startup, information);
+    const Answerer interceptor;
+    return interceptor.Get() == nullptr ? CreateProcessW(program, commandLine, nullptr, nullptr, TRUE, flags, nullptr,
+                                                         nullptr, startup, information)
+                                        : interceptor->StartProcess(program, commandLine, flags, startup, information);
 }
 
 BOOL ExitCodeOfTool(HANDLE process, DWORD* exitCode) {
@@ -200,22 +250,42 @@ Interception::Interception(Interceptor& interceptor, const std::vector<HMODULE>&
 
 Interception::~Interception() {
     for (auto patch = m_patches.rbegin(); patch != m_patches.rend(); ++patch) {
-        Write(patch->entry, patch->original);
+        if (IsLoaded(patch->module) && *patch->entry == patch->replacement) {
+            Write(patch->entry, patch->original);
+        }
     }
     g_interceptor = m_former;
 }
 
+void Interception::AwaitCalls() {
+    while (g_inside != 0) {
+        Sleep(1);
+    }
+}
+
 void Interception::PatchModule(HMODULE module) {
     const bool isLibrary = module == GetModuleHandleW(L"clusutil.dll");
-    ForEachImport(module, [this, isLibrary](const char* library, const char* name, void** entry) {
+    ForEachImport(module, [this, isLibrary, module](const char* library, const char* name, void** entry) {
         void* const replacement = EntryFor(library, name, isLibrary);
         if (replacement != nullptr) {
-            m_patches.push_back({entry, *entry});
+            m_patches.push_back({entry, replacement, *entry, module});
             Write(entry, replacement);
-        } else if (IsOfCluster(library) && std::strncmp(name, "ClusSim", 7) != 0) {
-            m_unknown.emplace_back(name);
         }
     });
+}
+
+std::vector<std::string> Interception::UnknownOf(const std::vector<HMODULE>& modules) {
+    std::set<std::string> names;
+    for (const HMODULE module : modules) {
+        ForEachImport(module == nullptr ? GetModuleHandleW(nullptr) : module,
+                      [&names](const char* library, const char* name, void**) {
+                          const bool isOfSimulator = std::strncmp(name, "ClusSim", 7) == 0;
+                          if (IsOfCluster(library) && !isOfSimulator && EntryFor(library, name, false) == nullptr) {
+                              names.insert(name);
+                          }
+                      });
+    }
+    return std::vector<std::string>(names.begin(), names.end());
 }
 
 FARPROC Interception::Replacement(const char* library, const char* name) {

@@ -80,6 +80,9 @@ public:
     }
 };
 
+// The function that the call is made of; null when the DLL does not have it, or cannot be loaded.
+void* OriginalOf(const Call& call);
+
 // Start a VCS tool and tell its exit code, for a program that starts one itself: as CreateProcessW and
 // GetExitCodeProcess, through the interceptor. All handles that can be inherited are.
 BOOL StartTool(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
@@ -95,30 +98,33 @@ public:
 
     // `modules`: null stands for the program itself. Of a DLL that is not loaded, calls are found by `Replacement`.
     Interception(Interceptor& interceptor, const std::vector<HMODULE>& modules);
-    // Puts everything back.
+    // Puts everything back, but in modules that are gone. Others may still be in calls.
     ~Interception();
     Interception(const Interception&) = delete;
     Interception& operator=(const Interception&) = delete;
+
+    // Waits until nobody is in a call that was intercepted.
+    static void AwaitCalls();
 
     // The function that takes the place of this one, which it calls as long as nobody intercepts; null when it is none
     // of the cluster API. For functions that a module looks up by their name.
     static FARPROC Replacement(const char* library, const char* name);
 
-    // Functions of the cluster's DLLs that a module imports, and of which nothing is known: their calls pass by.
-    const std::vector<std::string>& Unknown() const {
-        return m_unknown;
-    }
+    // Functions of the cluster's DLLs that the modules import, and of which nothing is known: their calls pass by. In
+    // order, each once.
+    static std::vector<std::string> UnknownOf(const std::vector<HMODULE>& modules);
 
 private:
     struct Patch {
         void** entry;
+        void* replacement;
         void* original;
+        HMODULE module;
     };
     void PatchModule(HMODULE module);
 
     Interceptor* m_former;
     std::vector<Patch> m_patches;
-    std::vector<std::string> m_unknown;
 };
 
 } // namespace recording

@@ -48,13 +48,8 @@ std::string Player::Shown(const Question& question) {
     return question.in.empty() ? shown : shown.append(" ").append(question.in);
 }
 
-unsigned Player::Thread() {
-    const auto number = static_cast<unsigned>(m_threads.size());
-    return m_threads.emplace(GetCurrentThreadId(), number).first->second;
-}
-
 std::size_t Player::Next(std::map<unsigned, Book>& books, const Question& question) {
-    Book& book = books[Thread()];
+    Book& book = books[m_threads.Own()];
     const auto found = book.find(question);
     m_hasAnswered = true;
     if (found == book.end() || found->second.given == found->second.indexes.size()) {
@@ -112,7 +107,7 @@ BOOL Player::StartProcess(const wchar_t*, wchar_t* commandLine, DWORD, STARTUPIN
     }
     if ((startup->dwFlags & STARTF_USESTDHANDLES) != 0) {
         for (const Printed& printed : tool.output) {
-            const std::string bytes = BytesOfText(printed.text);
+            const std::string bytes = BytesOfText(ReplayedOutput(commandLine, printed.text));
             DWORD written = 0;
             const HANDLE file = printed.isError ? startup->hStdError : startup->hStdOutput;
             WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);

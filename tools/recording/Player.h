@@ -5,6 +5,7 @@
 #include "CallData.h"
 #include "Interception.h"
 #include "Recording.h"
+#include "ThreadNumbers.h"
 
 #include <functional>
 #include <map>
@@ -71,7 +72,6 @@ private:
     typedef std::unordered_map<Question, Answers, Hash> Book; // the texts are the recording's
 
     static std::string Shown(const Question& question);
-    unsigned Thread();
     // The next index; throws NotRecorded.
     std::size_t Next(std::map<unsigned, Book>& books, const Question& question);
     Slot HandleOf(std::int64_t number);
@@ -81,7 +81,7 @@ private:
     mutable std::mutex m_mutex;
     std::map<unsigned, Book> m_calls; // by thread
     std::map<unsigned, Book> m_tools;
-    std::map<DWORD, unsigned> m_threads;
+    ThreadNumbers m_threads;
     std::map<HANDLE, DWORD> m_exitCodes;
     std::string m_missing;
     bool m_hasAnswered = false;

@@ -54,12 +54,13 @@ private:
     DWORD m_count = 0;
 };
 
-Slot Refused(const Call& call) {
+// The answer of a call that is not made.
+Slot Failed(const Call& call, DWORD code) {
     if (call.result == Result::Code) {
-        return ERROR_ACCESS_DENIED;
+        return code;
     }
-    SetLastError(ERROR_ACCESS_DENIED);
-    return 0;
+    SetLastError(code);
+    return call.result == Result::State ? static_cast<DWORD>(-1) : 0;
 }
 
 } // namespace
@@ -86,6 +87,11 @@ Recorder::Recorder(const std::wstring& file, Header header)
         header.tools = Json::array();
     }
     Write(LineOf(header));
+    if (m_writeError != ERROR_SUCCESS) {
+        m_file.Close();
+        DeleteFileW(file.c_str());
+        throw common::FileError(file, "written", m_writeError);
+    }
 }
 
 Recorder::~Recorder() = default;
@@ -94,14 +100,8 @@ std::string Recorder::Shown(const std::string& name) {
     return m_anonymiser ? m_anonymiser->Name(name) : name;
 }
 
-unsigned Recorder::Thread() {
-    const auto number = static_cast<unsigned>(m_threads.size());
-    return m_threads.emplace(GetCurrentThreadId(), number).first->second;
-}
-
 Recorder::Begin Recorder::Now() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return {Ticks(), Thread()};
+    return {Ticks(), m_threads.Own()};
 }
 
 double Recorder::MillisecondsSince(LONGLONG ticks) const {
@@ -151,11 +151,11 @@ Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invok
     RecordedCall recorded;
     recorded.isRefused = !m_allowsChanges && Changes(call, slots);
     const Counts before(call, slots);
-    Begin begin = {};
+    void* const original = OriginalOf(call);
+    Begin begin = Now();
     try {
         recorded.name = call.name;
         const std::lock_guard<std::mutex> lock(m_mutex);
-        begin.thread = Thread();
         recorded.in = Inputs(
             call, slots, [this](Slot handle) { return NumberOf(handle); }, m_rename);
     } catch (const std::exception&) {
@@ -163,7 +163,9 @@ Slot Recorder::Answer(const Call& call, const Slot* theirSlots, Invocation invok
     }
     begin.ticks = Ticks();
     SetLastError(lastErrorBefore);
-    const Slot result = recorded.isRefused ? Refused(call) : invoke(call.original, slots);
+    const Slot result = recorded.isRefused    ? Failed(call, ERROR_ACCESS_DENIED)
+                        : original == nullptr ? Failed(call, ERROR_PROC_NOT_FOUND)
+                                              : invoke(original, slots);
     const DWORD lastError = GetLastError();
     recorded.took = MillisecondsSince(begin.ticks);
     const std::int64_t code = ResultOf(call, result);
@@ -192,10 +194,11 @@ void Recorder::WriteTool(const std::wstring& commandLine, RecordedTool& tool, co
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_anonymiser) {
-        for (Printed& printed : tool.output) {
-            printed.text = AnonymousOutput(tool.commandLine, printed.text, *m_anonymiser);
-        }
         tool.commandLine = AnonymousCommand(tool.commandLine, *m_anonymiser);
+        AnonymousPrint print(*m_anonymiser);
+        for (Printed& printed : tool.output) {
+            printed.text = print.Of(printed);
+        }
     }
     tool.thread = begin.thread;
     tool.time = static_cast<double>(begin.ticks - m_begun) * 1000 / static_cast<double>(m_frequency);

@@ -5,11 +5,11 @@
 #include "CallData.h"
 #include "Interception.h"
 #include "Recording.h"
+#include "ThreadNumbers.h"
 
 #include "common/Anonymiser.h"
 #include "common/Handle.h"
 
-#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -20,7 +20,7 @@ namespace recording {
 class Recorder : public Interceptor {
 public:
     // Makes the file, which must not be there, and writes its head. With `header.isAnonymised` names are replaced,
-    // those of the header too. Throws common::FileError.
+    // those of the header too. Throws common::FileError, and leaves no file then.
     Recorder(const std::wstring& file, Header header);
     ~Recorder() override;
 
@@ -41,7 +41,6 @@ private:
         LONGLONG ticks;
         unsigned thread;
     };
-    unsigned Thread();
     Begin Now();
     double MillisecondsSince(LONGLONG ticks) const;
     std::uint64_t NumberOf(Slot handle);
@@ -59,7 +58,7 @@ private:
     Rename m_rename;
     std::unordered_map<Slot, std::uint64_t> m_handles;
     std::uint64_t m_lastHandle = 0;
-    std::map<DWORD, unsigned> m_threads;
+    ThreadNumbers m_threads;
     std::uint64_t m_calls = 0;
     std::uint64_t m_tools = 0;
     LONGLONG m_begun = 0;

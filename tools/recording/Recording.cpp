@@ -88,6 +88,9 @@ Header ReadHeader(const Json& line, const std::string& place) {
     });
     header.isAnonymised = reader.FlagOr("anonymised", false);
     header.allowsChanges = reader.FlagOr("allowsChanges", false);
+    reader.Each("unseen", [&header](const Json& name, const std::string& at) {
+        header.unseen.push_back(common::TextItem(name, at));
+    });
     reader.Done();
     return header;
 }
@@ -183,6 +186,9 @@ std::string LineOf(const Header& header) {
     line["tools"] = header.tools;
     line["anonymised"] = header.isAnonymised;
     line["allowsChanges"] = header.allowsChanges;
+    if (!header.unseen.empty()) {
+        line["unseen"] = header.unseen;
+    }
     return common::DumpJsonLine(line) + "\n";
 }
 

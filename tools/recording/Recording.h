@@ -25,6 +25,7 @@ struct Header {
     common::Json tools = common::Json::array();
     bool isAnonymised = false;
     bool allowsChanges = false;
+    std::vector<std::string> unseen; // functions that the recorded modules import, and whose calls are not recorded
 };
 
 const char EmptyObject[] = "{}";

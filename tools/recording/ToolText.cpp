@@ -12,32 +12,38 @@ namespace {
 
 const char Blanks[] = " \t\r";
 
-const char* const WordsOfVcs[] = {"online",        "offline",
-                                  "faulted",       "partial",
-                                  "starting",      "stopping",
-                                  "restarting",    "unknown",
-                                  "running",       "exited",
-                                  "admin",         "wait",
-                                  "leaving",       "remote",
-                                  "build",         "state",
-                                  "waiting",       "going",
-                                  "not",           "up",
-                                  "down",          "true",
-                                  "false",         "failover",
-                                  "parallel",      "hybrid",
-                                  "priority",      "load",
-                                  "roundrobin",    "frozen",
-                                  "probed",        "enabled",
-                                  "critical",      "autostart",
-                                  "vcs",           "warning",
-                                  "error",         "notice",
-                                  "yes",           "no",
-                                  "ignoresubkeys", "read_only",
-                                  "phantom",       "servicemonitor",
-                                  "process",       "application",
-                                  "fileshare",     "printshare",
-                                  "diskres",       "diskreservation",
-                                  "proxy"};
+const char WordsOfVcs[] =
+    "admin application autostart build critical current discover diskres diskreservation down enabled error "
+    "exited exiting failover false faulted fileshare frozen going hybrid ignoresubkeys initing leaving load no "
+    "not notice offline online parallel partial peer phantom printshare priority probed process proxy read_only "
+    "remote restarting roundrobin running servicemonitor stale starting state stopping true unknown up vcs wait "
+    "waiting warning yes";
+
+// In lower case, of the messages that VCS words itself.
+const char WordsOfMessages[] =
+    "a above added adding again agent already and are as at attribute available be been before being between by "
+    "cannot clear cluster command configuration configured connect connection dependencies dependency does "
+    "elsewhere enabled engine enter entry error exist exists failed failing faulted for found from group groups "
+    "had has in invalid is it keylist local monitors must no node not notice of offline on online operation or "
+    "out over parallel password persistently populating process readwrite ready recommended rejected resource "
+    "resource's resources set setting simulated specified state such system systemlist systems that the there "
+    "timed timeout to type use user value vcs warning was with writable";
+
+// Of command lines; another word with a dash may be a value.
+const char Options[] =
+    "-add -agent -all -any -attribute -clear -clus -delete -dep -display -dump -evacuate -force -freeze -global "
+    "-help -ignoreparent -keys -link -list -local -localclus -makero -makerw -modify -nodeid -offline -online "
+    "-persistent -probe -resources -state -sum -summary -switch -sys -time -to -unfreeze -unlink -update -value "
+    "-vcs -verify -wait";
+
+const char PunctuationBefore[] = "'\"([";
+const char PunctuationBehind[] = "'\".,:;)]";
+
+// vcsencrypt may ask, and then prints what it asks before its result.
+const wchar_t* const Prompts[] = {L"Enter Password:", L"Enter Again:"};
+const wchar_t MaskedWords[] = L"*** ***"; // no password can be made of it
+const char MaskedWord[] = "***";
+const char EncryptedStandIn[] = "xxxxxxxx"; // has the form of an encrypted password
 
 std::string Lowered(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -113,16 +119,48 @@ std::size_t FindSecretOf(const std::wstring& commandLine) {
     return ToolOf(commandLine) == L"vcsencrypt" ? FindEncrypted(commandLine) : clus::FindSecret(commandLine);
 }
 
-// Of a row of a table: object, attribute, system and value, of systems without the third; or names only.
-std::string AnonymousRow(const std::vector<Word>& words, bool isTable, bool isOfSystems, bool keepsValues,
-                         common::Anonymiser& anonymiser) {
-    const std::size_t firstOfValue = isOfSystems ? 2 : 3;
-    std::string row;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        const bool isKept = isTable && (i == 1 || (i >= firstOfValue && keepsValues));
-        row += (isKept ? words[i].text : anonymiser.Name(words[i].text)) + words[i].blanks;
+bool IsListed(const char* list, const std::string& lower) {
+    const std::vector<Word> words = WordsOf(list);
+    return std::any_of(words.begin(), words.end(), [&lower](const Word& word) { return word.text == lower; });
+}
+
+// What VCS itself says stays, all else is names.
+std::string AnonymousMessage(const std::vector<Word>& words, common::Anonymiser& anonymiser) {
+    std::string message;
+    for (const Word& word : words) {
+        const std::size_t begin = std::min(word.text.find_first_not_of(PunctuationBefore), word.text.size());
+        const std::size_t last = word.text.find_last_not_of(PunctuationBehind);
+        const std::size_t end = last == std::string::npos || last < begin ? begin : last + 1;
+        const std::string core = Lowered(word.text.substr(begin, end - begin));
+        const bool isKept = core.compare(0, 4, "v-16") == 0 || IsListed(WordsOfMessages, core);
+        message += (isKept ? word.text : anonymiser.Name(word.text)) + word.blanks;
     }
-    return row;
+    return message;
+}
+
+// The result of vcsencrypt: prompts stay, and whether it is a word that can be an encrypted password.
+std::wstring MaskedResult(const std::wstring& output) {
+    std::wstring masked;
+    std::size_t at = 0;
+    for (bool isPrompt = true; isPrompt;) {
+        at = std::min(output.find_first_not_of(L" \t\r\n", at), output.size());
+        isPrompt = false;
+        for (const std::wstring prompt : Prompts) {
+            if (output.compare(at, prompt.size(), prompt) == 0) {
+                masked += prompt + L"\n";
+                at += prompt.size();
+                isPrompt = true;
+            }
+        }
+    }
+    const std::size_t end = output.find_last_not_of(L" \t\r\n");
+    if (at == output.size()) {
+        return masked;
+    }
+    const bool isWord = std::all_of(
+        output.begin() + static_cast<std::ptrdiff_t>(at), output.begin() + static_cast<std::ptrdiff_t>(end + 1),
+        [](wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9'); });
+    return masked + (isWord ? clus::SecretMask : MaskedWords) + (end + 1 < output.size() ? L"\n" : L"");
 }
 
 } // namespace
@@ -154,11 +192,27 @@ std::wstring MaskedOutput(const std::wstring& commandLine, const std::wstring& o
     const std::size_t begin = FindSecretOf(commandLine);
     const clus::ToolSecret secret(begin == std::wstring::npos ? std::wstring_view()
                                                               : std::wstring_view(commandLine).substr(begin));
-    if (ToolOf(commandLine) == L"vcsencrypt" || (ShowsOneValue(commandLine) && AsksForPassword(commandLine))) {
+    const bool isEncryption = ToolOf(commandLine) == L"vcsencrypt";
+    const bool isMessage = output.compare(0, 4, L"VCS ") == 0;
+    if (isEncryption && !isMessage) {
+        return MaskedResult(output);
+    }
+    if (isEncryption || (ShowsOneValue(commandLine) && AsksForPassword(commandLine))) {
         std::wstring masked = clus::MessagesWithoutSecrets(output, secret);
         return !masked.empty() && masked.back() != L'\n' && output.back() == L'\n' ? masked + L"\n" : masked;
     }
     return clus::WithoutSecrets(output, secret);
+}
+
+std::string ReplayedOutput(const std::wstring& commandLine, std::string output) {
+    const std::size_t end = output.find_last_not_of('\n');
+    const std::size_t length = sizeof(MaskedWord) - 1;
+    if (ToolOf(commandLine) != L"vcsencrypt" || end == std::string::npos || end + 1 < length) {
+        return output;
+    }
+    const std::size_t begin = end + 1 - length;
+    const bool isOnItsOwn = output.compare(begin, length, MaskedWord) == 0 && (begin == 0 || output[begin - 1] == '\n');
+    return isOnItsOwn ? output.replace(begin, length, EncryptedStandIn) : output;
 }
 
 std::string AnonymousCommand(const std::string& commandLine, common::Anonymiser& anonymiser) {
@@ -166,21 +220,22 @@ std::string AnonymousCommand(const std::string& commandLine, common::Anonymiser&
     const char* const verbs[] = {"-modify", "-value", "-local", "-global"};
     const bool namesAttribute = // behind the object
         std::any_of(std::begin(verbs), std::end(verbs), [&words](const char* verb) { return Has(words, verb); });
+    const bool hasConditions = Has(words, "-list");
     std::size_t object = words.size();
     std::string result;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i].text;
-        const bool isOption = !word.empty() && word[0] == '-';
+        const bool isOption = i > 0 && IsListed(Options, word);
         const bool isAttribute = (i > 0 && words[i - 1].text == "-attribute") ||
                                  (namesAttribute && object != words.size() && i == object + 1);
-        const std::size_t equals = word.find('=');
+        const std::size_t equals = word.find_first_of("=!");
         if (!isOption && i > 0 && object == words.size()) {
             object = i;
         }
         if (i == 0 || isOption || isAttribute) {
             result += word;
-        } else if (equals != std::string::npos) {
-            const std::size_t value = word.find_first_not_of("=~", equals);
+        } else if (hasConditions && equals != std::string::npos) {
+            const std::size_t value = word.find_first_not_of("!=~", equals);
             const std::size_t begin = std::min(value, word.size());
             result += word.substr(0, begin) + anonymiser.Name(word.substr(begin));
         } else {
@@ -191,35 +246,49 @@ std::string AnonymousCommand(const std::string& commandLine, common::Anonymiser&
     return result;
 }
 
-std::string AnonymousOutput(const std::string& commandLine, const std::string& output, common::Anonymiser& anonymiser) {
-    const std::vector<Word> command = WordsOf(commandLine);
-    const bool isState = Has(command, "-state");
-    const bool isTable = isState || Has(command, "-display");
-    const bool isOfSystems = !command.empty() && command[0].text == "hasys";
+std::string AnonymousPrint::Of(const Printed& printed) {
+    const std::string& output = printed.text;
     std::string result;
     for (std::size_t begin = 0; begin < output.size();) {
         const std::size_t end = std::min(output.find('\n', begin), output.size());
         const std::string line = output.substr(begin, end - begin);
-        const std::vector<Word> words = WordsOf(line);
-        const bool isMessage = words.size() > 1 && words[0].text == "VCS";
-        const bool isHeader = !line.empty() && line[0] == '#';
-        if (isMessage) {
-            result += anonymiser.Text(line);
-        } else if (isHeader || (isState && words.size() < 2)) {
-            result += line;
-        } else {
-            const bool keepsValues = isState || (words.size() > 1 && Lowered(words[1].text) == "state");
-            result += AnonymousRow(words, isTable, isOfSystems, keepsValues, anonymiser);
-        }
-        result += end < output.size() ? "\n" : "";
+        result += Line(line, printed.isError) + (end < output.size() ? "\n" : "");
         begin = end + 1;
     }
     return result;
 }
 
+std::string AnonymousPrint::Line(const std::string& line, bool isError) {
+    const std::vector<Word> words = WordsOf(line);
+    if (isError || (words.size() > 1 && words[0].text == "VCS")) {
+        return AnonymousMessage(words, m_anonymiser);
+    }
+    if (!line.empty() && line[0] == '#') {
+        m_titles.clear();
+        for (const Word& word : words) {
+            m_titles.push_back(Lowered(word.text.substr(word.text[0] == '#' ? 1 : 0)));
+        }
+        return line;
+    }
+    if (line.compare(0, 3, "-- ") == 0) { // a title of hastatus
+        return line;
+    }
+    // An attribute stays, and a state. The last column may be of several words, or of none.
+    std::string row;
+    bool isState = false;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string title = m_titles.empty() ? std::string() : m_titles[std::min(i, m_titles.size() - 1)];
+        const bool isAttribute = title == "attribute" && i < m_titles.size();
+        isState = isState || (isAttribute && Lowered(words[i].text) == "state");
+        const bool isKept = isAttribute || (isState && title == "value");
+        row += (isKept ? words[i].text : m_anonymiser.Name(words[i].text)) + words[i].blanks;
+    }
+    return row;
+}
+
 void KeepWordsOfVcs(common::Anonymiser& anonymiser) {
-    for (const char* const word : WordsOfVcs) {
-        anonymiser.Keep(word);
+    for (const Word& word : WordsOf(WordsOfVcs)) {
+        anonymiser.Keep(word.text);
     }
 }
 
