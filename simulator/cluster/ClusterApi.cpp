@@ -8,7 +8,17 @@ using namespace clussim;
 
 namespace {
 
-// Opens an object of the cluster by name. `find(model)` gives what the handle stands for; empty when there is none.
+// What a handle shall stand for.
+struct Found {
+    std::wstring object; // empty when there is none
+    Code code;           // with which it is refused
+};
+
+template <typename Object> Found FoundAs(const Object* object, const std::wstring Object::*id) {
+    return object ? Found{object->*id, CodeOf(object->unread, "open")} : Found{std::wstring(), ERROR_SUCCESS};
+}
+
+// Opens an object of the cluster by name. `find(model)` gives what was found.
 template <typename Handle, typename Find>
 Handle OpenObject(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKind kind, Code notFound, Find find) {
     Call call(callName, {Arg("cluster", cluster), Arg("name", name)});
@@ -25,8 +35,9 @@ Handle OpenObject(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKi
     if (!model) {
         return call.NotOpened<Handle>(call.service().LostCode());
     }
-    const std::wstring object = find(*model);
-    return object.empty() ? call.NotOpened<Handle>(notFound) : call.Opened<Handle>(HandleEntry(kind, object));
+    const Found found = find(*model);
+    const Code code = found.object.empty() ? notFound : found.code;
+    return code != ERROR_SUCCESS ? call.NotOpened<Handle>(code) : call.Opened<Handle>(HandleEntry(kind, found.object));
 }
 
 // Up to 2003 the size of the quorum's log, since 2008 the kind of the quorum.
@@ -138,27 +149,19 @@ DWORD WINAPI GetClusterQuorumResource(HCLUSTER cluster, LPWSTR name, LPDWORD cch
 }
 
 HRESOURCE WINAPI OpenClusterResource(HCLUSTER cluster, LPCWSTR name) {
-    return OpenObject<HRESOURCE>("OpenClusterResource", cluster, name, HandleKind::Resource, ERROR_RESOURCE_NOT_FOUND,
-                                 [name](const Model& model) {
-                                     const Resource* found = model.ResourceNamed(name);
-                                     return found ? found->id : std::wstring();
-                                 });
+    return OpenObject<HRESOURCE>(
+        "OpenClusterResource", cluster, name, HandleKind::Resource, ERROR_RESOURCE_NOT_FOUND,
+        [name](const Model& model) { return FoundAs(model.ResourceNamed(name), &Resource::id); });
 }
 
 HGROUP WINAPI OpenClusterGroup(HCLUSTER cluster, LPCWSTR name) {
     return OpenObject<HGROUP>("OpenClusterGroup", cluster, name, HandleKind::Group, ERROR_GROUP_NOT_FOUND,
-                              [name](const Model& model) {
-                                  const Group* found = model.FindGroup(name);
-                                  return found ? found->name : std::wstring();
-                              });
+                              [name](const Model& model) { return FoundAs(model.FindGroup(name), &Group::name); });
 }
 
 HNODE WINAPI OpenClusterNode(HCLUSTER cluster, LPCWSTR name) {
     return OpenObject<HNODE>("OpenClusterNode", cluster, name, HandleKind::Node, ERROR_CLUSTER_NODE_NOT_FOUND,
-                             [name](const Model& model) {
-                                 const Node* found = model.FindNode(name);
-                                 return found ? found->name : std::wstring();
-                             });
+                             [name](const Model& model) { return FoundAs(model.FindNode(name), &Node::name); });
 }
 
 BOOL WINAPI CloseClusterResource(HRESOURCE resource) {

@@ -116,8 +116,11 @@ CLUSTER_NODE_STATE WINAPI GetClusterNodeState(HNODE handle) {
         return failed(call.service().LostCode());
     }
     const Node* node = model->FindNode(entry->object);
-    return node ? static_cast<CLUSTER_NODE_STATE>(call.ReturnState(StateOf(*node)))
-                : failed(ERROR_CLUSTER_NODE_NOT_FOUND);
+    if (!node) {
+        return failed(ERROR_CLUSTER_NODE_NOT_FOUND);
+    }
+    const Code unread = CodeOf(node->unread, "state");
+    return unread != ERROR_SUCCESS ? failed(unread) : static_cast<CLUSTER_NODE_STATE>(call.ReturnState(StateOf(*node)));
 }
 
 CLUSTER_GROUP_STATE WINAPI GetClusterGroupState(HGROUP handle, LPWSTR nodeName, LPDWORD cch) {
@@ -139,6 +142,10 @@ CLUSTER_GROUP_STATE WINAPI GetClusterGroupState(HGROUP handle, LPWSTR nodeName, 
     const Group* group = model->FindGroup(entry->object);
     if (!group) {
         return failed(ERROR_GROUP_NOT_FOUND);
+    }
+    const Code unread = CodeOf(group->unread, "owner");
+    if (unread != ERROR_SUCCESS) {
+        return failed(unread);
     }
     const Code code = nodeName ? CopyName(OwnerName(*group), nodeName, cch) : ERROR_SUCCESS;
     return code != ERROR_SUCCESS ? failed(code) : static_cast<CLUSTER_GROUP_STATE>(call.ReturnState(StateOf(*group)));

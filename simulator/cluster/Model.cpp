@@ -133,6 +133,11 @@ Resource* Model::AddResource(const std::wstring& resourceName, const std::wstrin
     return &*resource;
 }
 
+Code CodeOf(const Unread& unread, const char* part) {
+    const auto found = unread.empty() ? unread.end() : unread.find(part);
+    return found == unread.end() ? Code() : found->second;
+}
+
 void Model::AddBuiltInTypes() {
     const bool hasNetworkClass = behaviour.protocol >= 2008;
     const ResourceType builtIn[] = {

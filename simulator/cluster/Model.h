@@ -47,6 +47,11 @@ struct Disk {
     std::vector<Partition> partitions;
 };
 
+// Parts that a snapshot could not read, such as "disk", and the code with which the cluster refused them.
+typedef std::map<std::string, Code> Unread;
+// ERROR_SUCCESS for a part that is told.
+Code CodeOf(const Unread& unread, const char* part);
+
 struct Node {
     enum class Status { // as the cluster API numbers them
         Up,
@@ -59,6 +64,7 @@ struct Node {
     bool isThisComputer = false; // "." in the model file
     Status status = Status::Up;
     bool isPaused = false; // while it is down or joining: it will be paused again when it comes up
+    Unread unread;
 };
 
 // States as the cluster API numbers them.
@@ -98,9 +104,6 @@ struct ResourceType {
 };
 
 struct Resource;
-
-// Parts that a snapshot could not read, such as "disk", and the code with which the cluster refused them.
-typedef std::map<std::string, Code> Unread;
 
 struct Group {
     std::wstring name;

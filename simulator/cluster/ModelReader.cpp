@@ -219,6 +219,7 @@ private:
         if (node.isPaused && !IsAway(node)) {
             Fail(place + ".paused", "so is a node only that is down or joining; else it is its state");
         }
+        ReadUnread(reader, {"open", "state"}, node.unread);
         reader.Done();
         if (!m_model.AddNode(node)) {
             Fail(place + ".name", "the node stands twice");
@@ -274,7 +275,7 @@ private:
             group.preferredOwners.push_back(NodeItem(WideItem(item, itemPlace), itemPlace));
         });
         ReadProperties(reader.Member("common"), place + ".common", group.common);
-        ReadUnread(reader, {"common", "preferredOwners"}, group.unread);
+        ReadUnread(reader, {"common", "open", "owner", "preferredOwners"}, group.unread);
         group.failovers = Times(reader, "failoversAt");
         const std::string movingTo = reader.TextOr("movingTo", "");
         if (!movingTo.empty()) {
@@ -356,7 +357,9 @@ private:
         if (const Json* disk = reader.Member("disk")) {
             ReadDisk(*disk, place + ".disk", *resource);
         }
-        ReadUnread(reader, {"class", "common", "dependsOn", "disk", "flags", "id", "possibleOwners", "private", "type"},
+        ReadUnread(reader,
+                   {"class", "common", "dependsOn", "disk", "flags", "id", "open", "possibleOwners", "private", "state",
+                    "type"},
                    resource->unread);
         reader.Done();
         return resource;

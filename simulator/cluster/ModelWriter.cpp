@@ -240,6 +240,9 @@ std::string WriteModel(const Model& model) {
         if (node.isPaused) {
             item["paused"] = true;
         }
+        if (!node.unread.empty()) {
+            item["unread"] = node.unread;
+        }
         json["nodes"].push_back(item);
     }
     WriteNetworks(model, json);

@@ -76,7 +76,10 @@ CLUSTER_RESOURCE_STATE WINAPI GetClusterResourceState(HRESOURCE handle, LPWSTR n
     Call call("GetClusterResourceState", {Arg("resource", handle)});
     const Fault* fault = call.HitHandle(handle);
     Resource* resource = nullptr;
-    const Code code = call.ResourceOf(call.service().Running(), handle, resource);
+    Code code = call.ResourceOf(call.service().Running(), handle, resource);
+    if (code == ERROR_SUCCESS && !fault) {
+        code = CodeOf(resource->unread, "state");
+    }
     if (code != ERROR_SUCCESS || (fault && !fault->forcesState)) {
         const Code reason = fault && !fault->forcesState ? fault->code : code;
         return static_cast<CLUSTER_RESOURCE_STATE>(call.ReturnState(StateUnknown, reason));

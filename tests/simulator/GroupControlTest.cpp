@@ -107,6 +107,32 @@ TEST_F(GroupControl, WhatASnapshotCouldNotReadIsRefusedWithItsCode) {
     EXPECT_THAT(ReadModel(), HasSubstr("\"disk\": 5004"));
 }
 
+TEST_F(GroupControl, WhatCouldNotBeOpenedOrHasNoStateIsRefusedWithItsCode) {
+    Load(R"({"cluster": {"name": "C", "coreGroup": "none"},
+             "nodes": [{"name": "N"}, {"name": "S", "unread": {"state": 31}}, {"name": "O", "unread": {"open": 32}}],
+             "groups": [{"name": "G", "owner": "N", "unread": {"owner": 33}},
+                        {"name": "H", "owner": "N", "unread": {"open": 34}}],
+             "resources": [{"name": "R", "type": "IP Address", "id": "1", "group": "G", "unread": {"state": 35}},
+                           {"name": "T", "type": "IP Address", "id": "2", "group": "G", "unread": {"open": 36}}]})");
+    const NodeOwner node = Node(L"S");
+    const GroupOwner group = Group(L"G");
+    const ResourceOwner resource = Resource(L"R");
+    EXPECT_EQ(GetClusterNodeState(node), ClusterNodeStateUnknown);
+    EXPECT_EQ(GetLastError(), 31u);
+    EXPECT_EQ(OpenClusterNode(m_cluster, L"O"), nullptr);
+    EXPECT_EQ(GetLastError(), 32u);
+    EXPECT_EQ(GetClusterGroupState(group, nullptr, nullptr), ClusterGroupStateUnknown);
+    EXPECT_EQ(GetLastError(), 33u);
+    EXPECT_EQ(OpenClusterGroup(m_cluster, L"H"), nullptr);
+    EXPECT_EQ(GetLastError(), 34u);
+    EXPECT_EQ(GetClusterResourceState(resource, nullptr, nullptr, nullptr, nullptr), ClusterResourceStateUnknown);
+    EXPECT_EQ(GetLastError(), 35u);
+    EXPECT_EQ(OpenClusterResource(m_cluster, L"T"), nullptr);
+    EXPECT_EQ(GetLastError(), 36u);
+    EXPECT_EQ(LoadError(ReadModel()), "") << "it is written as it was read";
+    EXPECT_THAT(ReadModel(), HasSubstr("\"open\": 32"));
+}
+
 TEST_F(GroupControl, OnlyPartsThatThereAreCanBeUnread) {
     EXPECT_EQ(LoadError(Replaced(RefusingCluster, "\"class\": 11", "\"colour\": 11")),
               "resources[0].unread.colour: unknown member");

@@ -29,6 +29,10 @@ Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
     return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
 }
 
+bool IsOfLostCluster(const Failure& failure) {
+    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
+}
+
 // Since Windows Server 2008 clusters follow other rules; `behaviour.protocol` of the model.
 const DWORD MajorVersionOf2008 = 6;
 
@@ -51,7 +55,10 @@ public:
         CountedProgress progress(log, "resources", names.size());
         for (const std::wstring& name : names) {
             progress.Next();
-            resources.push_back(ReadResourceModel(name));
+            Json resource = ReadResourceModel(name);
+            if (!resource.is_null()) {
+                resources.push_back(std::move(resource));
+            }
         }
         AddTypesWithoutClass();
         model["resourceTypes"] = m_types;
@@ -61,7 +68,7 @@ public:
         }
         model["groups"] = Json::array();
         for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
-            model["groups"].push_back(ReadGroupModel(name));
+            model["groups"].push_back(ReadGroupModel(name, model["nodes"]));
         }
         if (!m_hasCore) {
             model["cluster"]["coreGroup"] = "none"; // what there is stands in the model
@@ -118,22 +125,30 @@ private:
 
     // A part that the cluster refuses is left out of the object, and marked. A lost cluster is no refusal.
     void Refused(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
-        const Failure failure = CannotRead(what, name, code);
-        if (failure.Kind().exitCode == ExitNoAnswer) {
+        Mark(model, part, CannotRead(what, name, code));
+    }
+    void NotOpened(Json& model, const char* what, const std::wstring& name, DWORD code) {
+        Mark(model, "open", Failure::OfCode(std::string("cannot open ") + what + " " + Quoted(name), code));
+    }
+    void Mark(Json& model, const char* part, const Failure& failure) {
+        if (IsOfLostCluster(failure)) {
             throw failure;
         }
-        model["unread"][part] = code;
+        model["unread"][part] = failure.Win32();
         m_report.MarkIncomplete(failure.what());
     }
 
     Json ReadNodeModel(const std::wstring& name) {
-        CClusterNode node;
-        if (!m_cluster.OpenNodeByName(node, name.c_str())) {
-            throw Failure::OfCode("cannot open the node " + Quoted(name), GetLastError());
-        }
         Json model = {{"name", NodeName(name)}};
-        const CLUSTER_NODE_STATE state = GetClusterNodeState(node.GetNodeHandle());
-        if (state != ClusterNodeUp) {
+        const NodeHandle node = OpenNode(m_cluster, name);
+        if (!node) {
+            NotOpened(model, "the node", name, GetLastError());
+            return model;
+        }
+        const CLUSTER_NODE_STATE state = GetClusterNodeState(node.get());
+        if (state == ClusterNodeStateUnknown) {
+            Refused(model, "state", "the state", name, GetLastError());
+        } else if (state != ClusterNodeUp) {
             model["state"] = ModelState(state);
         }
         if (state == ClusterNodeDown || state == ClusterNodeJoining) {
@@ -142,41 +157,82 @@ private:
         return model;
     }
 
-    Json ReadGroupModel(const std::wstring& name) {
-        CClusterGroup group;
-        if (!m_cluster.OpenGroupByName(group, name.c_str())) {
-            throw Failure::OfCode("cannot open the group " + Quoted(name), GetLastError());
+    // The owner of a group that does not tell it: that of its resources, or a node that can be one.
+    Json OtherOwner(const std::wstring& group, const Json& nodes) const {
+        const auto known = m_owners.find(common::Folded(group));
+        if (known != m_owners.end()) {
+            return NodeName(known->second);
+        }
+        const auto up = std::find_if(nodes.begin(), nodes.end(), [](const Json& node) {
+            return !node.contains("state") || node["state"] == ModelState(ClusterNodePaused);
+        });
+        return up == nodes.end() ? nodes.at(0).at("name") : up->at("name");
+    }
+
+    Json ReadGroupModel(const std::wstring& name, const Json& nodes) {
+        Json model = {{"name", name}, {"owner", nullptr}};
+        const GroupHandle group = OpenGroup(m_cluster, name);
+        if (!group) {
+            const DWORD code = GetLastError();
+            model["owner"] = OtherOwner(name, nodes);
+            NotOpened(model, "the group", name, code);
+            return model;
         }
         std::wstring owner;
-        if (ReadGroupState(group.GetGroupHandle(), owner) == ClusterGroupStateUnknown) {
-            throw CannotRead("the owner", name, GetLastError());
+        if (ReadGroupState(group.get(), owner) == ClusterGroupStateUnknown) {
+            const DWORD code = GetLastError();
+            model["owner"] = OtherOwner(name, nodes);
+            Refused(model, "owner", "the owner", name, code);
+        } else {
+            m_downNodeOwns = m_downNodeOwns || m_downNodes.count(common::Folded(owner)) != 0;
+            model["owner"] = NodeName(owner);
         }
-        m_downNodeOwns = m_downNodeOwns || m_downNodes.count(common::Folded(owner)) != 0;
-        Json model = {{"name", name}, {"owner", NodeName(owner)}};
         Names preferred;
-        const DWORD code = ListInGroup(group.GetGroupHandle(), CLUSTER_GROUP_ENUM_NODES, preferred);
+        const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_NODES, preferred);
         if (code != ERROR_SUCCESS) {
             Refused(model, "preferredOwners", "the preferred owners", name, code);
         } else if (!preferred.empty()) {
             model["preferredOwners"] = NodeNames(preferred);
         }
         AddProperties(model, "common", "the common properties", name, [&group](Bytes& answer, DWORD& reason) {
-            return QueryGroup(group.GetGroupHandle(), CLUSCTL_GROUP_GET_COMMON_PROPERTIES, answer, reason);
+            return QueryGroup(group.get(), CLUSCTL_GROUP_GET_COMMON_PROPERTIES, answer, reason);
         });
         return model;
     }
 
-    Json ReadResourceModel(const std::wstring& name) {
-        CClusterResource resource;
-        if (!m_cluster.OpenResourceByName(resource, name.c_str())) {
-            throw Failure::OfCode("cannot open the resource " + Quoted(name), GetLastError());
+    // The group that has the resource in its list; empty when none tells it.
+    std::wstring GroupOf(const std::wstring& resource) {
+        if (m_groups.empty()) {
+            for (const std::wstring& name : ListNames(m_cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
+                Names members;
+                const GroupHandle group = OpenGroup(m_cluster, name);
+                if (group) {
+                    ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, members);
+                }
+                for (const std::wstring& member : members) {
+                    m_groups[common::Folded(member)] = name;
+                }
+            }
         }
-        const HRESOURCE handle = resource.GetResourceHandle();
+        return m_groups[common::Folded(resource)];
+    }
+
+    // Null when no group is known to have it: no model can have it then.
+    Json ReadResourceModel(const std::wstring& name) {
+        const ResourceHandle resource = OpenResource(m_cluster, name);
+        DWORD stateCode = GetLastError();
+        const HRESOURCE handle = resource.get();
         std::wstring owner;
         std::wstring group;
-        const CLUSTER_RESOURCE_STATE state = ReadResourceState(handle, owner, group);
+        CLUSTER_RESOURCE_STATE state = ClusterResourceStateUnknown;
+        if (resource) {
+            state = ReadResourceState(handle, owner, group);
+            stateCode = GetLastError();
+        }
         if (state == ClusterResourceStateUnknown) {
-            throw CannotRead("the state", name, GetLastError());
+            group = GroupOf(name);
+        } else {
+            m_owners[common::Folded(group)] = owner;
         }
         Json model = Json::object();
         model.get_ref<Json::object_t&>().reserve(12); // an object that grows copies the names of its members
@@ -184,7 +240,21 @@ private:
         model["type"] = UnknownType;
         model["id"] = ""; // in its place; made up below if need be
         model["group"] = group;
-        model["state"] = ModelState(state);
+        model["state"] = ModelState(state == ClusterResourceStateUnknown ? ClusterResourceOffline : state);
+        if (!resource) {
+            NotOpened(model, "the resource", name, stateCode);
+            m_classless.insert(UnknownType);
+            model["id"] = "unread-" + std::to_string(++m_idsMadeUp);
+        } else if (state == ClusterResourceStateUnknown) {
+            Refused(model, "state", "the state", name, stateCode);
+        }
+        if (group.empty()) {
+            m_report.MarkIncomplete("the cluster does not tell the group of " + Quoted(name) + ": it is left out");
+            return Json();
+        }
+        if (!resource) {
+            return model;
+        }
         AddText(model, "type", "the type", CLUSCTL_RESOURCE_GET_RESOURCE_TYPE, handle, name);
         AddText(model, "id", "the ID", CLUSCTL_RESOURCE_GET_ID, handle, name);
         if (model["id"].get<std::string>().empty()) {
@@ -265,9 +335,10 @@ private:
     void AddRelated(Json& model, const char* member, DWORD kind, HRESOURCE resource, const std::wstring& name) {
         Names names;
         const DWORD code = ListRelated(resource, kind, names);
-        if (code == ERROR_SUCCESS) {
-            model[member] = kind == CLUSTER_RESOURCE_ENUM_NODES ? NodeNames(names) : Json(names);
-        } else {
+        const bool isOfNodes = kind == CLUSTER_RESOURCE_ENUM_NODES;
+        if (code == ERROR_SUCCESS && !(isOfNodes && names.empty())) { // a model has at least one, or says nothing
+            model[member] = isOfNodes ? NodeNames(names) : Json(names);
+        } else if (code != ERROR_SUCCESS) {
             Refused(model, member, kind == CLUSTER_RESOURCE_ENUM_NODES ? "the possible owners" : "the dependencies",
                     name, code);
         }
@@ -299,7 +370,9 @@ private:
     const CCluster& m_cluster;
     Report& m_report;
     const std::wstring m_thisComputer;
-    std::set<std::wstring> m_downNodes; // folded
+    std::set<std::wstring> m_downNodes;                      // folded
+    std::unordered_map<std::wstring, std::wstring> m_owners; // by group, folded, as its resources tell them
+    std::unordered_map<std::wstring, std::wstring> m_groups; // by resource, folded, where one did not tell it
     bool m_hasCore = false;
     bool m_downNodeOwns = false; // what the simulator accepts only when it is told to
     Bytes m_answer;              // of the control asked last

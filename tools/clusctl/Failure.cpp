@@ -44,6 +44,10 @@ const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise) {
     }
 }
 
+bool IsLost(unsigned long code) {
+    return &KindOfCode(code, Errors::Failed) == &Errors::ClusterLost;
+}
+
 Failure Failure::OfCode(const std::string& what, unsigned long code, const ErrorKind& otherwise) {
     Failure failure(KindOfCode(code, otherwise), what + ": " + ErrorText(code));
     failure.m_win32 = code;

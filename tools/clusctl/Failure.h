@@ -56,6 +56,9 @@ constexpr ErrorKind Interrupted = {"interrupted", ExitInterrupted};
 constexpr ErrorKind NotRecorded = {"not-recorded", ExitNotRecorded};
 } // namespace Errors
 
+// Whether a Win32 code says that the cluster no longer answers, so that nothing more can be asked.
+bool IsLost(unsigned long code);
+
 // The kind of failure that a Win32 code of the cluster or the system stands for; `otherwise` when it stands for none.
 const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise);
 

@@ -196,5 +196,6 @@ std::vector<ModelFinding> CheckVcsModel(const std::wstring& mainCf) {
 } // namespace
 
 std::vector<ModelFinding> CheckModel(const std::wstring& model) {
+    RequireModel(model);
     return IsModelOfVcs(model) ? CheckVcsModel(ModelFile(model)) : CheckFailoverModel(ModelFile(model));
 }

@@ -209,6 +209,8 @@ private:
 } // namespace
 
 std::vector<ModelDifference> CompareModels(const std::wstring& before, const std::wstring& after) {
+    RequireModel(before);
+    RequireModel(after);
     const bool isVcs = IsModelOfVcs(before);
     if (IsModelOfVcs(after) != isVcs) {
         throw Failure(Quoted(before) + " and " + Quoted(after) + " are models of different kinds of clusters");

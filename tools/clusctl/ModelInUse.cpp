@@ -90,6 +90,15 @@ bool IsModelOfVcs(const std::wstring& file) {
     return IsRecording(text) ? IsRecordingOfVcs(text) : !IsJson(text);
 }
 
+void RequireModel(const std::wstring& file) {
+    const std::string text = TextOfModel(ModelFile(file));
+    if (IsRecording(text)) {
+        throw Failure(Errors::NotPossible, Quoted(file) + " is a recording, not a model")
+            .Hint(IsRecordingOfVcs(text) ? "Of a recorded \"vcs snapshot\", the same command with --model makes one."
+                                         : "\"clusctl model from-recording\" makes one of it.");
+    }
+}
+
 void UseModel(const std::wstring& file, Answering asked) {
     const std::wstring model = ModelFile(file);
     const std::string text = TextOfModel(model);

@@ -18,6 +18,9 @@ void UseModel(const std::wstring& file, Answering asked);
 // read.
 bool IsModelOfVcs(const std::wstring& file);
 
+// Throws Failure when it is a recording, which answers like a cluster and is no model of one.
+void RequireModel(const std::wstring& file);
+
 // The file that a model is read from: itself, the main.cf of a folder, or that of a bundle, which is unpacked
 // (BundleFiles.h). Throws Failure when there is none.
 std::wstring ModelFile(const std::wstring& named);

@@ -62,6 +62,7 @@ public:
             const auto state = static_cast<CLUSTER_NODE_STATE>(
                 NumberOf(clussim::NodeStates, TextOr(node, "state", "up"), ClusterNodeStateUnknown));
             m_result.cluster.nodes.push_back({NodeName(node["name"]), StateWord(state), state == ClusterNodeUp});
+            NoteUnread(node);
         }
         std::map<std::wstring, std::string> owners;
         for (const Json& group : Items("groups")) {

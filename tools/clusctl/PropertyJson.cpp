@@ -199,6 +199,9 @@ Json DiskJson(const std::vector<unsigned char>& valueList) {
             break;
         }
     }
+    if (disk.contains("guid")) {
+        disk.erase("signature"); // a model has one of them
+    }
     disk["partitions"] = std::move(partitions);
     return disk;
 }
