@@ -29,7 +29,8 @@ typedef std::unique_ptr<std::remove_pointer<HRESOURCE>::type, HandleCloser> Reso
 typedef std::unique_ptr<std::remove_pointer<HGROUP>::type, HandleCloser> GroupHandle;
 typedef std::unique_ptr<std::remove_pointer<HNODE>::type, HandleCloser> NodeHandle;
 
-// Marks the report incomplete; `what` is what could not be done. With the meaning of the code unless it is 0.
+// Marks the report incomplete; `what` is what could not be done. With the meaning of the code unless it is 0, which may
+// be that the cluster was lost.
 void MarkUnread(Report& report, const std::string& what, DWORD code);
 
 // Throws Failure, with the system's reason, when the local cluster cannot be opened.

@@ -20,7 +20,8 @@ enum ExitCode {
     ExitInterrupted = 10,
     ExitWarnings = 11, // of the doctor: its worst finding
     ExitErrors = 12,
-    ExitNotRecorded = 13 // what the recording in use was asked
+    ExitNotRecorded = 13, // what the recording in use was asked
+    ExitLost = 14         // the cluster, while the command was at work
 };
 
 struct ErrorKind {
@@ -47,7 +48,7 @@ constexpr ErrorKind NoSimulator = {"no-simulator", ExitNotPossible};
 constexpr ErrorKind Refused = {"refused", ExitRefused};
 constexpr ErrorKind TimedOut = {"timed-out", ExitTimedOut};
 constexpr ErrorKind NoCluster = {"no-cluster", ExitNoAnswer};
-constexpr ErrorKind ClusterLost = {"cluster-lost", ExitNoAnswer};
+constexpr ErrorKind ClusterLost = {"cluster-lost", ExitLost};
 constexpr ErrorKind ToolMissing = {"tool-missing", ExitNoAnswer};
 constexpr ErrorKind EngineDown = {"engine-down", ExitNoAnswer};
 constexpr ErrorKind Incomplete = {"incomplete", ExitIncomplete};

@@ -54,6 +54,14 @@ public:
     // the command ends with ExitIncomplete.
     void MarkIncomplete(const std::string& warning);
 
+    // What is not in it could not be read because the cluster was lost: the command fails, and shows it all the same.
+    void MarkLost() {
+        m_isLost = true;
+    }
+    bool IsLost() const {
+        return m_isLost;
+    }
+
     // The command has done its work, and ends with this code all the same.
     void EndWith(ExitCode code) {
         m_exitCode = code;
@@ -100,6 +108,7 @@ private:
     bool m_isComplete = true;
     bool m_isVerbatim = false;
     bool m_isPrinted = false;
+    bool m_isLost = false;
 };
 
 // The work failed halfway; what there is to show of it is printed like a result.

@@ -72,6 +72,9 @@ void TellLeftOut(const CCluster& cluster, const std::wstring& name, Report& repo
     const Json record = ReadResource(cluster, name, ResourceParts::Line, unread);
     if (!unread.IsComplete()) {
         report.MarkIncomplete(what + unread.Warnings().front());
+        if (unread.IsLost()) {
+            report.MarkLost();
+        }
         return;
     }
     if (!clus::IsProductType(common::ToUtf16(record["type"].get<std::string>()).c_str()) ||

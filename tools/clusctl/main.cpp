@@ -151,6 +151,9 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
                                                                  : "interrupted, but the work was done by then"),
                                 report);
     }
+    if (report.IsLost() && !report.IsPrinted() && !IsCheck(commandLine)) {
+        throw FailureWithReport(Failure(Errors::ClusterLost, "the cluster was lost while it was asked"), report);
+    }
     return report;
 }
 
