@@ -21,9 +21,6 @@ using common::ToUtf8;
 
 namespace {
 
-// What follows from it later still is a time.
-const std::uint64_t LatestTime = INT64_MAX / 2; // clock milliseconds
-
 class ModelReader {
 public:
     ModelReader(Model& model, const std::wstring& thisComputer) : m_model(model), m_thisComputer(thisComputer) {
@@ -297,21 +294,6 @@ private:
 
     static bool IsAway(const Node& node) {
         return node.status == Node::Status::Down || node.status == Node::Status::Joining;
-    }
-
-    static std::int64_t Time(ObjectReader& reader, const char* member) {
-        return static_cast<std::int64_t>(reader.NumberOr(member, 0, LatestTime));
-    }
-
-    static std::vector<std::int64_t> Times(ObjectReader& reader, const char* member) {
-        std::vector<std::int64_t> times;
-        reader.Each(member, [&](const Json& item, const std::string& place) {
-            if (!item.is_number_unsigned() || item.get<std::uint64_t>() > LatestTime) {
-                Fail(place, "a time is expected");
-            }
-            times.push_back(item.get<std::int64_t>());
-        });
-        return times;
     }
 
     Resource* ReadResource(const Json& json, const std::string& place,

@@ -35,6 +35,28 @@ std::uint32_t DwordOr(ObjectReader& reader, const char* member, std::uint32_t fa
 
 namespace {
 
+// What follows from it later still is a time.
+const std::uint64_t LatestTime = INT64_MAX / 2; // clock milliseconds
+
+} // namespace
+
+std::int64_t Time(ObjectReader& reader, const char* member) {
+    return static_cast<std::int64_t>(reader.NumberOr(member, 0, LatestTime));
+}
+
+std::vector<std::int64_t> Times(ObjectReader& reader, const char* member) {
+    std::vector<std::int64_t> times;
+    reader.Each(member, [&](const Json& item, const std::string& place) {
+        if (!item.is_number_unsigned() || item.get<std::uint64_t>() > LatestTime) {
+            Fail(place, "a time is expected");
+        }
+        times.push_back(item.get<std::int64_t>());
+    });
+    return times;
+}
+
+namespace {
+
 int HexDigit(char c) {
     return c >= '0' && c <= '9'   ? c - '0'
            : c >= 'a' && c <= 'f' ? c - 'a' + 10

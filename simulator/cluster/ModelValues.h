@@ -20,6 +20,10 @@ std::wstring Name(common::ObjectReader& reader, const char* member = "name");
 
 std::uint32_t DwordOr(common::ObjectReader& reader, const char* member, std::uint32_t fallback);
 
+// Clock milliseconds, 0 when the member is absent; a list of them.
+std::int64_t Time(common::ObjectReader& reader, const char* member);
+std::vector<std::int64_t> Times(common::ObjectReader& reader, const char* member);
+
 // `json` may be null.
 void ReadProperties(const common::Json* json, const std::string& place, PropertySet& properties);
 
