@@ -24,12 +24,20 @@ def commands_with_schema():
 
 
 def load(name):
-    """A schema with the common definitions in it, so that nothing has to be looked up."""
-    common = json.loads((FOLDER / COMMON).read_text(encoding="utf-8"))
-    text = (FOLDER / name).read_text(encoding="utf-8").replace(COMMON + "#/", "#/")
+    """A schema with the definitions of others that it refers to in it, so that nothing has to be looked up."""
+    text = (FOLDER / name).read_text(encoding="utf-8")
+    others = sorted({COMMON} | set(re.findall(r"[\w-]+" + re.escape(SUFFIX) + "(?=#/)", text)))
+    definitions = {}
+    for other in others:
+        text = text.replace(other + "#/", "#/")
+        definitions.update(load(other)["$defs"] if other not in (name, COMMON) else definitions_of(other))
     schema = json.loads(text)
-    schema["$defs"] = {**common["$defs"], **schema.get("$defs", {})}
+    schema["$defs"] = {**definitions, **schema.get("$defs", {})}
     return schema
+
+
+def definitions_of(name):
+    return json.loads((FOLDER / name).read_text(encoding="utf-8"))["$defs"]
 
 
 def command_of(arguments):

@@ -29,10 +29,6 @@ Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
     return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
 }
 
-bool IsOfLostCluster(const Failure& failure) {
-    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
-}
-
 // Since Windows Server 2008 clusters follow other rules; `behaviour.protocol` of the model.
 const DWORD MajorVersionOf2008 = 6;
 
@@ -383,6 +379,10 @@ private:
 };
 
 } // namespace
+
+bool IsOfLostCluster(const Failure& failure) {
+    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
+}
 
 Json ReadClusterModel(const LogCapture& log, Report& report) {
     CCluster cluster;

@@ -1,5 +1,6 @@
 #include "ClusterNetworks.h"
 
+#include "ClusterModel.h"
 #include "PropertyJson.h"
 #include "Text.h"
 
@@ -150,7 +151,7 @@ void AddNetworks(const CCluster& cluster, const std::function<std::wstring(const
             interfaces.push_back(ReadInterface(cluster, name, nodeName));
         }
     } catch (const Failure& failure) {
-        if (failure.Kind().exitCode == ExitNoAnswer) {
+        if (IsOfLostCluster(failure)) {
             throw;
         }
         report.MarkIncomplete(std::string("the networks are left out: ") + failure.what());
@@ -161,11 +162,14 @@ void AddNetworks(const CCluster& cluster, const std::function<std::wstring(const
 }
 
 void AddQuorum(const CCluster& cluster, Json& model, Json& resources, Report& report) {
+    if (resources.empty()) {
+        return; // nothing holds it, and not every stand-in for the cluster's API has the call
+    }
     QuorumAnswer answer;
     const DWORD code = ReadQuorum(cluster, answer);
     if (code != ERROR_SUCCESS) {
         const Failure failure = Failure::OfCode("cannot read what holds the quorum", code);
-        if (failure.Kind().exitCode == ExitNoAnswer) {
+        if (IsOfLostCluster(failure)) {
             throw failure;
         }
         report.MarkIncomplete(failure.what() + std::string("; a disk of the cluster's own counts as it"));

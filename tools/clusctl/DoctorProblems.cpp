@@ -21,15 +21,18 @@ bool EndsWith(const char* text, const char* end) {
     return length >= endLength && std::strcmp(text + length - endLength, end) == 0;
 }
 
-// Whether one of the doctor's own steps has told the same, perhaps of the group's parts one by one.
+// Whether one of the doctor's own steps has told the same, perhaps under a narrower code, or of the group's parts one
+// by one.
 bool IsTold(const Problem& problem, const Findings& findings) {
     const std::string object = Printable(problem.object);
     const std::wstring group = common::ToUtf16(problem.group);
     const std::vector<Finding>& all = findings.All();
     return std::any_of(all.begin(), all.end(), [&](const Finding& finding) {
-        const bool isSameCode = std::strcmp(finding.code->name, problem.code) == 0;
         const bool isOfGroup = !group.empty() && problem.object == problem.group && finding.group == group;
-        return isSameCode && (finding.object == object || isOfGroup);
+        const bool isPart = std::strcmp(problem.code, "vcs-product-missing") == 0 &&
+                            std::strcmp(finding.code->name, "vcs-service-missing") == 0;
+        return isPart ? isOfGroup
+                      : EndsWith(finding.code->name, problem.code) && (finding.object == object || isOfGroup);
     });
 }
 

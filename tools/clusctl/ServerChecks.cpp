@@ -115,8 +115,8 @@ void RequireNodeStarts(const CCluster& cluster, const std::wstring& name) {
 }
 
 std::string UnlessLost(const std::string& refusal, DWORD code) {
-    const bool isLost = code != ERROR_CLUSTER_NODE_DOWN && KindOfCode(code, Errors::Refused).exitCode == ExitNoAnswer;
-    return isLost ? "the cluster was lost" : refusal;
+    const bool isStopped = code == ERROR_SERVICE_NOT_ACTIVE || code == ERROR_SERVICE_DOES_NOT_EXIST;
+    return isStopped || IsLost(code) ? "the cluster was lost" : refusal;
 }
 
 DWORD AskAgain(const CCluster& cluster, const std::wstring& name, DWORD(WINAPI* change)(HRESOURCE)) {

@@ -110,8 +110,9 @@ double Recorder::MillisecondsSince(LONGLONG ticks) const {
 
 // One that was opened before the recording began gets its number when it is first seen.
 std::uint64_t Recorder::NumberOf(Slot handle) {
-    if (handle == 0) {
-        return 0;
+    const bool isNone = handle == 0 || handle == reinterpret_cast<Slot>(INVALID_HANDLE_VALUE);
+    if (isNone) {
+        return handle;
     }
     const auto known = m_handles.find(handle);
     return known == m_handles.end() ? NumberOpened(handle) : known->second;
