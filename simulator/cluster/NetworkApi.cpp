@@ -1,7 +1,7 @@
 // The exports of clusapi.dll about networks and the interfaces of nodes on them. Reading only.
-#include "Call.h"
 #include "ControlAnswer.h"
 #include "ExportedApi.h"
+#include "OpenObject.h"
 
 using namespace clussim;
 
@@ -17,22 +17,10 @@ enum ControlCode : DWORD {
 // `find(model, name)` gives the object; null when there is none.
 template <typename Handle, typename Find>
 Handle Open(const char* callName, HCLUSTER cluster, LPCWSTR name, HandleKind kind, Code notFound, Find find) {
-    Call call(callName, {Arg("cluster", cluster), Arg("name", name)});
-    if (const Fault* fault = call.Hit(name)) {
-        return call.NotOpened<Handle>(fault->code);
-    }
-    if (!call.service().handles.Find(cluster, HandleKind::Cluster)) {
-        return call.NotOpened<Handle>(ERROR_INVALID_HANDLE);
-    }
-    if (!name) {
-        return call.NotOpened<Handle>(ERROR_INVALID_PARAMETER);
-    }
-    const Model* model = call.service().Running();
-    if (!model) {
-        return call.NotOpened<Handle>(call.service().LostCode());
-    }
-    const auto* const object = find(*model, name);
-    return object ? call.Opened<Handle>(HandleEntry(kind, object->name)) : call.NotOpened<Handle>(notFound);
+    return OpenObject<Handle>(callName, cluster, name, kind, notFound, [&](const Model& model) {
+        const auto* const object = find(model, name);
+        return object ? Found{object->name, ERROR_SUCCESS} : Found{std::wstring(), ERROR_SUCCESS};
+    });
 }
 
 BOOL Close(const char* callName, const void* handle, HandleKind kind) {

@@ -7,8 +7,8 @@
 class LogCapture;
 
 // Reads the cluster of this computer, which becomes the node ".". What the cluster refuses to tell of an object, or to
-// open, is marked in the model ("unread"), so that the simulator refuses it too, and marks the report incomplete. Throws
-// Failure when the cluster is lost, or does not tell which objects there are. Shows how far it is.
+// open, is marked in the model ("unread"), so that the simulator refuses it too, and marks the report incomplete.
+// Throws Failure when the cluster is lost, or does not tell which objects there are. Shows how far it is.
 Json ReadClusterModel(const LogCapture& log, Report& report);
 
 // Whether nothing more can be asked after it.

@@ -26,8 +26,7 @@ void AddOnce(Json& list, const std::string& name) {
 // Too little room, the end of a list, and a lost cluster tell nothing of the object.
 bool IsRefusal(std::uint32_t code) {
     return code != ERROR_SUCCESS && code != ERROR_MORE_DATA && code != ERROR_NO_MORE_ITEMS &&
-           code != ERROR_INVALID_HANDLE && !IsLost(code) &&
-           KindOfCode(code, Errors::Failed).exitCode != ExitNoAnswer;
+           code != ERROR_INVALID_HANDLE && !IsLost(code) && KindOfCode(code, Errors::Failed).exitCode != ExitNoAnswer;
 }
 
 // What stands for one item of a mask.

@@ -26,9 +26,9 @@ struct RecordedCluster {
 };
 
 // The parts: of nodes, networks and interfaces "state" (a number); of interfaces also "node" and "network"; of groups
-// "owner", "ownerByResource", "preferredOwners", "common"; of resources "state", "group", "type", "id", "dependsOn", "possibleOwners",
-// "common", "private", "class", "disk" and "flags" (whether it is the cluster's own). Of all "open", which is never
-// told but may be refused.
+// "owner", "ownerByResource", "preferredOwners", "common"; of resources "state", "group", "type", "id", "dependsOn",
+// "possibleOwners", "common", "private", "class", "disk" and "flags" (whether it is the cluster's own). Of all "open",
+// which is never told but may be refused.
 RecordedCluster HearRecording(const recording::Recording& recording);
 
 #endif

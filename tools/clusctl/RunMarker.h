@@ -12,7 +12,8 @@
 // writing knows that the run is gone.
 class RunMarker {
 public:
-    // `command`: what the run is about, "vcs product create EVS1 --rw". A run that cannot be marked goes on all the same.
+    // `command`: what the run is about, "vcs product create EVS1 --rw". A run that cannot be marked goes on all the
+    // same.
     explicit RunMarker(const std::string& command);
     ~RunMarker();
     RunMarker(const RunMarker&) = delete;

@@ -13,7 +13,7 @@ namespace {
 
 const DWORD PipeSize = 65536;
 const std::uint64_t MostKept = std::uint64_t{64} << 20; // bytes of a run
-const DWORD Patience = 200;                      // milliseconds: for what others hold open behind the end of the tool
+const DWORD Patience = 200; // milliseconds: for what others hold open behind the end of the tool
 
 // The reading end of a pipe whose other end a tool prints to.
 class Stream {

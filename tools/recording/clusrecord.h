@@ -18,8 +18,8 @@
 // starts, to a file, which must not be there. With a null pointer for the file ends the recording, once the calls and
 // tool runs under way are done, and gives back the code of the first write that failed; so does the end of the process,
 // but for the last line. Not to be called from within such a call. Other threads may be asking the cluster. The DLL
-// stays loaded from the first recording on. The Win32 code: 0; ERROR_FILE_EXISTS and the like; ERROR_ALREADY_EXISTS when
-// one is being made; ERROR_INVALID_PARAMETER for unknown flags; ERROR_NOT_FOUND when there is none to end;
+// stays loaded from the first recording on. The Win32 code: 0; ERROR_FILE_EXISTS and the like; ERROR_ALREADY_EXISTS
+// when one is being made; ERROR_INVALID_PARAMETER for unknown flags; ERROR_NOT_FOUND when there is none to end;
 // ERROR_NOT_ENOUGH_MEMORY.
 CLUSRECORD_API DWORD WINAPI ClusRecord(LPCWSTR file, DWORD flags);
 
