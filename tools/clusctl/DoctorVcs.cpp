@@ -95,7 +95,7 @@ bool LookAtEngine(const LogCapture& log, Findings& findings) {
 
 // Empty when the tool is missing, or says nothing of use.
 std::string ReadOnlyValue() {
-    if (FindVcsTool(ClusterTool).empty()) {
+    if (!HasVcsTool(ClusterTool)) {
         return std::string();
     }
     const std::string answer = RunVcsTool(ClusterTool, L"-value ReadOnly").output;

@@ -7,7 +7,6 @@
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTable.h"
-#include "VcsToolFiles.h"
 #include "VcsToolProcess.h"
 #include "VcsTools.h"
 
@@ -120,7 +119,7 @@ void ReadSwitches(const LogCapture& log, std::vector<Group>& groups) {
 
 // Empty when the tool that tells it is missing, or tells something else.
 std::string ReadVcsName(const LogCapture& log) {
-    if (FindVcsTool(ClusterTool).empty()) {
+    if (!HasVcsTool(ClusterTool)) {
         return std::string();
     }
     const ToolWatch watch(log);

@@ -79,6 +79,10 @@ Json ReplayedSettings() {
     return g_replay->player.Head().settings;
 }
 
+bool IsToolRecorded(const std::string& tool) {
+    return g_replay->player.HasRunOf(tool);
+}
+
 std::vector<VcsToolFile> ReplayedTools() {
     std::vector<VcsToolFile> tools;
     for (const Json& tool : g_replay->player.Head().tools) {

@@ -35,6 +35,9 @@ Json ReplayedSettings();
 // The VCS tools as they were found then.
 std::vector<VcsToolFile> ReplayedTools();
 
+// Whether a run of the VCS tool was recorded.
+bool IsToolRecorded(const std::string& tool);
+
 // Does the work. Throws Failure, with what there is to show, when something was asked that was not recorded, whatever
 // the work made of that.
 Report WorkReplayed(const std::function<Report()>& work);

@@ -132,3 +132,7 @@ ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments) {
     ToolRuns::Tell(run, roomError);
     return result;
 }
+
+bool HasVcsTool(const std::wstring& tool) {
+    return IsReplaying() ? IsToolRecorded(common::ToUtf8(tool)) : !FindVcsTool(tool).empty();
+}

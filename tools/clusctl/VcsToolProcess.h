@@ -17,4 +17,7 @@ struct ToolOutput {
 // cannot be started or fails. Throws Interrupted. To be called by one thread.
 ToolOutput RunVcsTool(const std::wstring& tool, const std::wstring& arguments);
 
+// Whether there is such a tool to run; in a replay, whether the recorded command ran it.
+bool HasVcsTool(const std::wstring& tool);
+
 #endif

@@ -4,6 +4,7 @@
 
 #include "common/Text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace recording {
@@ -140,6 +141,11 @@ std::wstring Player::ComputerName() const {
 std::string Player::Missing() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_missing;
+}
+
+bool Player::HasRunOf(const std::string& tool) const {
+    return std::any_of(m_recording.tools.begin(), m_recording.tools.end(),
+                       [&](const RecordedTool& run) { return run.commandLine.rfind(tool + ' ', 0) == 0; });
 }
 
 bool Player::HasAnswered() const {

@@ -49,6 +49,8 @@ public:
     std::string Missing() const;
     // Whether anything has been asked.
     bool HasAnswered() const;
+    // Whether a run of the tool was recorded.
+    bool HasRunOf(const std::string& tool) const;
 
 private:
     // What is asked: a call's name and its inputs, or the command line of a tool and nothing.
