@@ -380,10 +380,6 @@ private:
 
 } // namespace
 
-bool IsOfLostCluster(const Failure& failure) {
-    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
-}
-
 Json ReadClusterModel(const LogCapture& log, Report& report) {
     CCluster cluster;
     OpenLocalCluster(cluster);

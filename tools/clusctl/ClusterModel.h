@@ -11,7 +11,4 @@ class LogCapture;
 // Throws Failure when the cluster is lost, or does not tell which objects there are. Shows how far it is.
 Json ReadClusterModel(const LogCapture& log, Report& report);
 
-// Whether nothing more can be asked after it.
-bool IsOfLostCluster(const Failure& failure);
-
 #endif

@@ -1,6 +1,5 @@
 #include "ClusterNetworks.h"
 
-#include "ClusterModel.h"
 #include "PropertyJson.h"
 #include "Text.h"
 

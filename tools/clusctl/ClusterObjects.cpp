@@ -192,7 +192,7 @@ Json ReadDisks(const CCluster& cluster, const Names& members, Report& report) {
 void MarkUnread(Report& report, const std::string& what, DWORD code) {
     report.MarkIncomplete(code == ERROR_SUCCESS ? what : what + ": " + ErrorText(code));
     if (IsLost(code)) {
-        report.MarkLost();
+        report.MarkLost(code);
     }
 }
 

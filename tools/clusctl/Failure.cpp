@@ -48,6 +48,15 @@ bool IsLost(unsigned long code) {
     return &KindOfCode(code, Errors::Failed) == &Errors::ClusterLost;
 }
 
+std::string UnlessLost(const std::string& refusal, unsigned long code) {
+    const bool isStopped = code == ERROR_SERVICE_NOT_ACTIVE || code == ERROR_SERVICE_DOES_NOT_EXIST;
+    return isStopped || IsLost(code) ? "the cluster was lost" : refusal;
+}
+
+bool IsOfLostCluster(const Failure& failure) {
+    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
+}
+
 Failure Failure::OfCode(const std::string& what, unsigned long code, const ErrorKind& otherwise) {
     Failure failure(KindOfCode(code, otherwise), what + ": " + ErrorText(code));
     failure.m_win32 = code;

@@ -60,6 +60,9 @@ constexpr ErrorKind NotRecorded = {"not-recorded", ExitNotRecorded};
 // Whether a Win32 code says that the cluster no longer answers, so that nothing more can be asked.
 bool IsLost(unsigned long code);
 
+// What is said of a call that failed with this code: a cluster that was lost refuses nothing.
+std::string UnlessLost(const std::string& refusal, unsigned long code);
+
 // The kind of failure that a Win32 code of the cluster or the system stands for; `otherwise` when it stands for none.
 const ErrorKind& KindOfCode(unsigned long code, const ErrorKind& otherwise);
 
@@ -101,5 +104,8 @@ private:
     unsigned long m_win32 = 0;
     std::string m_hint;
 };
+
+// Whether nothing more can be asked after it.
+bool IsOfLostCluster(const Failure& failure);
 
 #endif

@@ -160,7 +160,7 @@ Report Report::Verbatim(Json document, const Report& warned) {
     Report report;
     report.m_warnings = warned.m_warnings;
     report.m_isComplete = warned.m_isComplete;
-    report.m_isLost = warned.m_isLost;
+    report.m_lostCode = warned.m_lostCode;
     report.m_document = std::move(document);
     report.m_isVerbatim = true;
     return report;

@@ -55,11 +55,15 @@ public:
     void MarkIncomplete(const std::string& warning);
 
     // What is not in it could not be read because the cluster was lost: the command fails, and shows it all the same.
-    void MarkLost() {
-        m_isLost = true;
+    void MarkLost(unsigned long code) {
+        m_lostCode = code;
     }
     bool IsLost() const {
-        return m_isLost;
+        return m_lostCode != 0;
+    }
+    // The Win32 code of the call that found it lost; 0 when it was not.
+    unsigned long LostCode() const {
+        return m_lostCode;
     }
 
     // The command has done its work, and ends with this code all the same.
@@ -108,7 +112,7 @@ private:
     bool m_isComplete = true;
     bool m_isVerbatim = false;
     bool m_isPrinted = false;
-    bool m_isLost = false;
+    unsigned long m_lostCode = 0;
 };
 
 // The work failed halfway; what there is to show of it is printed like a result.

@@ -16,6 +16,9 @@ std::wstring TextOf(const Json& text) {
 }
 
 void RequireComplete(const Report& report, const std::string& what) {
+    if (report.IsLost()) {
+        throw Failure::OfCode(what, report.LostCode());
+    }
     if (!report.IsComplete()) {
         throw Failure(Errors::Incomplete, what + ": " + report.Warnings().front());
     }
@@ -112,11 +115,6 @@ void RequireNodeStarts(const CCluster& cluster, const std::wstring& name) {
         throw Failure::OfCode("the node " + Quoted(name) + " is paused and starts nothing", ERROR_SHARING_PAUSED)
             .Hint("Resume the node, then try again.");
     }
-}
-
-std::string UnlessLost(const std::string& refusal, DWORD code) {
-    const bool isStopped = code == ERROR_SERVICE_NOT_ACTIVE || code == ERROR_SERVICE_DOES_NOT_EXIST;
-    return isStopped || IsLost(code) ? "the cluster was lost" : refusal;
 }
 
 DWORD AskAgain(const CCluster& cluster, const std::wstring& name, DWORD(WINAPI* change)(HRESOURCE)) {

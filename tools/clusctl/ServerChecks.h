@@ -38,9 +38,6 @@ CLUSTER_NODE_STATE RequireNodeRuns(const CCluster& cluster, const std::wstring& 
 // The same, and throws Failure (NodePaused) when the node is paused, which keeps what it owns and starts nothing.
 void RequireNodeStarts(const CCluster& cluster, const std::wstring& node);
 
-// What is said of a call that failed with this code: a cluster that was lost refuses nothing.
-std::string UnlessLost(const std::string& refusal, DWORD code);
-
 // After the library could not change a resource, which tells no code: asks the cluster for the same once more. The
 // code, ERROR_SUCCESS also when the change is under way now.
 DWORD AskAgain(const CCluster& cluster, const std::wstring& name, DWORD(WINAPI* change)(HRESOURCE));

@@ -85,6 +85,9 @@ Report Query(const std::wstring& nameOrAddress, bool isExplained) {
     if (!util.QueryServerInfo(request, *info)) {
         Report unread;
         ListServers(unread);
+        if (unread.IsLost()) {
+            throw Failure::OfCode("cannot tell whether this node serves " + Quoted(nameOrAddress), unread.LostCode());
+        }
         if (!unread.IsComplete()) {
             throw Failure(Errors::Incomplete, "cannot tell whether this node serves " + Quoted(nameOrAddress) + ": " +
                                                   unread.Warnings().front());

@@ -73,7 +73,7 @@ void TellLeftOut(const CCluster& cluster, const std::wstring& name, Report& repo
     if (!unread.IsComplete()) {
         report.MarkIncomplete(what + unread.Warnings().front());
         if (unread.IsLost()) {
-            report.MarkLost();
+            report.MarkLost(unread.LostCode());
         }
         return;
     }
