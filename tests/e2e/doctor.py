@@ -1,6 +1,6 @@
 """The doctor's codes: documented, judged as the status judges, found in a case and not found in another, and one for each branch of the library that leads to less.
 
-The branches are those of all source files in two folders, but for the files that the table names with a reason."""
+The branches are those of the source files that enumerate, look up and create, but for the functions that the table names with a reason."""
 import re
 
 import schemas
@@ -11,10 +11,11 @@ TABLE = ROOT / "tools" / "clusctl" / "DoctorCodes.cpp"
 RULE = ROOT / "tools" / "clusctl" / "picture" / "Problems.cpp"
 MANUAL = ROOT / "docs" / "doctor.md"
 BRANCHES = HERE / "doctor-branches.txt"
-FOLDERS = ("src/virtualserver", "src/veritas")
+FOLDERS = ("src/virtualserver", "src/veritas", "src/cluster", "src/settings")
+FILES = ("src/core/SettingsFile.cpp",)
 
 # A branch that leaves something out, passes it over, or gives up.
-EXIT = re.compile(r"\b(?:return (?:false|-1|[\w:]+::(?:NotHere|Unknown|ENUM_VS_RESULT_FAIL)|(?:served|owner).*)|continue|succeeded = false);")
+EXIT = re.compile(r"\b(?:return (?:false|-1|[\w:]+::(?:NotHere|Unknown|ENUM_VS_RESULT_FAIL)|(?:served|owner).*)|continue|succeeded = false|return 0);|\.erase\(|\bSleep\(retryInterval\);")
 CONDITION = re.compile(r"^\s*(?:\} else )?(?:if|while|for) \(")
 
 
@@ -51,18 +52,18 @@ def problems_of_rule(table):
 
 
 def runs():
-    """The codes that each run of the doctor in the cases found, as its readable form or its document has them."""
+    """The case of each run of the doctor, and the codes that it found, as its readable form or its document has them."""
     for case in sorted(schemas.CASES.glob("*.txt")):
         for run in case.read_text(encoding="utf-8").split("\n$ ")[1:]:
             if re.match(r"(\S+=(\"[^\"]*\"|\S+) )*clusctl (\S+ )*doctor\b", run):
                 found = set(re.findall(r"(?m)^  (?:ok|note|warning|error) .* \[([a-z-]+)\]$", run))
                 found |= set(re.findall(r'(?m)^      "code": "([a-z-]+)",$', run))
                 if found:
-                    yield found
+                    yield case.stem, found
 
 
 def problems_of_cases(table):
-    all_runs = list(runs())
+    all_runs = [found for _, found in runs()]
     found = set().union(*all_runs)
     problems = [f"no case makes the doctor find {code}" for code in table if code not in found]
     problems += [f"the doctor finds {code} in each case" for code in table if table[code] != "ok" and all(code in run for run in all_runs)]
@@ -88,13 +89,13 @@ def branches_in(file):
 
 def read_branches():
     """The branches with the codes that tell of them, as the table of this test has them: a line that begins with a blank holds the codes
-    of the branch above it, or after a dash why there is none. And the files that are not looked at, "not FILE - WHY"."""
+    of the branch above it with the cases that show them, "code, code: case, case", or after a dash why there is none. And the functions that are not looked at, "not FILE FUNCTION - WHY"."""
     table, passed_over = {}, []
     for line in BRANCHES.read_text(encoding="utf-8").splitlines():
         if line.startswith("  "):
             table[branch] = line.strip()
         elif line.startswith("not "):
-            passed_over.append(re.fullmatch(r"not (\S+) - \S.*", line)[1])
+            passed_over.append(re.fullmatch(r"not (\S+ \S+) - \S.*", line)[1])
         elif line and not line.startswith("#"):
             branch = line
     return table, passed_over
@@ -102,15 +103,25 @@ def read_branches():
 
 def problems_of_branches(table):
     told, passed_over = read_branches()
-    files = [file.relative_to(ROOT).as_posix() for folder in FOLDERS for file in sorted((ROOT / folder).iterdir())]
-    problems = [f"{BRANCHES.name} passes over {file}, which has no such branch, or is not there" for file in passed_over
-                if file not in files or not any(branches_in(file))]
-    found = {branch for file in files if file not in passed_over for branch in branches_in(file)}
+    files = [file.relative_to(ROOT).as_posix() for folder in FOLDERS for file in sorted((ROOT / folder).iterdir())] + list(FILES)
+    every = {branch for file in files for branch in branches_in(file)}
+    found = {branch for branch in every if branch.split(": ")[0] not in passed_over}
+    problems = [f"{BRANCHES.name} passes over {function}, which has no such branch, or is not there" for function in passed_over
+                if not any(branch.startswith(f"{function}: ") for branch in every)]
     problems += [f"{BRANCHES.name} lacks: {branch}" for branch in sorted(found - set(told))]
     problems += [f"{BRANCHES.name}: the library has no such branch: {branch}" for branch in sorted(set(told) - found)]
-    for branch, names in told.items():
-        unknown = [] if names.startswith("- ") else [name for name in names.split(", ") if name not in table]
-        problems += [f"{BRANCHES.name}: {branch}: there is no code {name}" for name in unknown]
+    shown = {}
+    for case, codes_of_run in runs():
+        shown.setdefault(case, set()).update(codes_of_run)
+    for branch, line in told.items():
+        if line.startswith("- "):
+            continue
+        names, _, cases = line.partition(": ")
+        found = set().union(*(shown.get(case, set()) for case in cases.split(", ")))
+        problems += [f"{BRANCHES.name}: {branch}: there is no code {name}" for name in names.split(", ") if name not in table]
+        problems += [f"{BRANCHES.name}: {branch}: none of the cases '{cases}' shows {name}" for name in names.split(", ") if name not in found]
+        problems += [f"{BRANCHES.name}: {branch}: the case {case} shows none of its codes" for case in cases.split(", ")
+                     if not shown.get(case, set()) & set(names.split(", "))]
     return problems
 
 
