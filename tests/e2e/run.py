@@ -78,6 +78,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   left FOLDER SECONDS  there is an empty temporary folder that has not changed for so long
   mark NAME BEGUN COMMAND  there is the mark of a run that was ended, in a file of this name, begun at this time ("2026-01-02 03:04:05 UTC",
                       or with units of 100 ns behind it, "2026-01-02 03:04:05 UTC+7")
+  long-log LINES BYTES FILE  there is a log of so many lines of so many bytes
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -640,6 +641,10 @@ class Case:
             folder = self.runner.prefix / "drive_c/ProgramData/clusctl"
             folder.mkdir(exist_ok=True)
             (folder / f"{arguments[0]}.run").write_text(json.dumps(mark), encoding="utf-8")
+            return ""
+        if verb == "long-log":
+            text = "x" * (int(arguments[1]) - 1) + "\n"
+            (self.folder / arguments[2]).write_text(text * int(arguments[0]), encoding="ascii")
             return ""
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
