@@ -7,9 +7,9 @@ Prints a table; BUILD_TREE/coverage.txt gets the table and every uncovered line 
 exception takes (gcov marks them "throw") are not counted. Code that is compiled several times (headers, templates)
 counts as covered when one of its copies ran. A source without run-time data counts as never run.
 
---compare, after all tests: the exit code is 1 when a line or branch is left in a function that the table of what cannot
-be reached, in docs/testing.md, does not name, when one has more of them than it tells, or when it names one in which
-nothing is left.
+--compare, after all tests: the exit code is 1 when docs/testing.md tells other totals, when a line or branch is left in
+a function that its table of what cannot be reached does not name, when one has more or fewer of them than the table
+tells, or when it names one in which nothing is left.
 """
 import collections
 import json
@@ -23,6 +23,7 @@ GCOV = os.environ.get("GCOV", "x86_64-w64-mingw32-gcov-posix")
 
 DOCUMENT = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "docs/testing.md")
 TABLE = "| place | left | why |"
+TOTALS = "Of {:,} lines {:,} are run, of {:,} branches {:,} are taken."
 
 
 class SourceFile:
@@ -97,9 +98,15 @@ def compared(left, rows):
     wrong += [f"{file}, {function}: listed, and nothing is left" for file, function in sorted(listed - set(left))]
     for places, count in rows:
         found = sum(left.get(place, 0) for place in places)
-        if found > count:
+        if found != count:
             wrong.append(f"{', '.join(function for _, function in sorted(places))}: {found} left instead of {count}")
     return wrong
+
+
+def compared_totals(totals, text):
+    """What is wrong: `totals` are lines, those run, branches, those taken."""
+    sentence = TOTALS.format(*totals)
+    return [] if sentence in " ".join(text.split()) else [f"it does not say: {sentence}"]
 
 
 def read_object(gcno):
@@ -186,7 +193,8 @@ def main():
     if sys.argv[2:]:
         left = {(name, function): count for name, source in files.items() for function, count in source.left().items()}
         with open(DOCUMENT, encoding="utf-8") as document:
-            wrong = compared(left, listed_places(document.read()))
+            text = document.read()
+        wrong = compared_totals((totals[1], totals[0], totals[3], totals[2]), text) + compared(left, listed_places(text))
         if wrong:
             sys.exit("\n".join(["docs/testing.md and the branches that are left differ:", *wrong]))
 

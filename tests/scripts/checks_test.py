@@ -373,9 +373,17 @@ class Coverage(unittest.TestCase):
         self.assertEqual(self.compared(more={**more, ("src/core/A.cpp", "Else"): 1}),
                          ["src/core/A.cpp, Else: 1 left, and not listed"])
 
-    def test_no_more_may_be_left_than_is_told(self):
+    def test_as_many_have_to_be_left_as_are_told(self):
         self.assertEqual(self.compared(more={("src/core/B.h", "Start"): 1}),
                          ["TakeField, ~CAny, Start: 3 left instead of 2"])
+        self.assertEqual(self.compared(more={("src/core/A.cpp", "~CAny"): 0, ("src/core/B.h", "Start"): 0}),
+                         ["TakeField, ~CAny, Start: 1 left instead of 2"])
+
+    def test_the_totals_have_to_be_those_of_the_page(self):
+        page = "Before. Of 1,062 lines 1,053 are\nrun, of 2,861 branches 2,829 are taken. These remain."
+        self.assertEqual(coverage.compared_totals((1062, 1053, 2861, 2829), page), [])
+        for totals in ((1063, 1053, 2861, 2829), (1062, 1052, 2861, 2829), (1062, 1053, 2860, 2829), (1062, 1053, 2861, 829)):
+            self.assertEqual(len(coverage.compared_totals(totals, page)), 1, totals)
 
     def test_what_is_listed_has_to_be_left(self):
         self.assertEqual(self.compared(), ["src/core/B.h, Start: listed, and nothing is left"])
