@@ -1,13 +1,17 @@
 #!/usr/bin/env python3
-"""Checks that operations.txt beside this file names every function that clusutil.dll exports, and nothing else, with a test of
-this folder that sweeps it.
+"""Checks that every function that clusutil.dll exports is tested in two ways.
 
 usage: check_operations.py
 
-A line: the function without its parameters, two blanks, and
+operations.txt beside this file names each of them, and nothing else, with a test of this folder that sweeps it. A line: the
+function without its parameters, two blanks, and
   Suite.Name         the test that calls it
   within Suite.Name  the test that calls another one, which calls it
   - reason           why it is not swept
+
+The tests THREADED call each of them on 16 threads at once, but for those of threads.txt:
+  within FUNCTION    they call that one, which calls it, or must have an object of that class
+  - reason           why it is not called
 """
 import re
 import sys
@@ -15,6 +19,7 @@ from pathlib import Path
 
 HERE = Path(__file__).parent
 EXPORTS = HERE.parents[1] / "src/clusutil.exports.txt"
+THREADED = ("virtualserver/EveryOperationThreadsTest.cpp", "veritas/EveryOperationThreadsTest.cpp")
 
 
 def exported():
@@ -36,12 +41,16 @@ def tests():
     return found
 
 
-def main():
-    listed = [line.split("  ", 1) for line in (HERE / "operations.txt").read_text(encoding="utf-8").splitlines()]
+def rows(name):
+    return [line.split("  ", 1) for line in (HERE / name).read_text(encoding="utf-8").splitlines()]
+
+
+def problems_of_sweeps(functions):
+    listed = rows("operations.txt")
     known = tests()
     names = [name for name, _ in listed]
-    problems = [f"{name}: is exported, and not in operations.txt" for name in sorted(exported() - set(names))]
-    problems += [f"{name}: is not exported" for name in sorted(set(names) - exported())]
+    problems = [f"{name}: is exported, and not in operations.txt" for name in sorted(functions - set(names))]
+    problems += [f"{name}: is not exported" for name in sorted(set(names) - functions)]
     problems += [f"{name}: stands there twice" for name in sorted({name for name in names if names.count(name) > 1})]
     for name, sweep in listed:
         test = sweep.removeprefix("within ")
@@ -51,7 +60,37 @@ def main():
             problems.append(f"{name}: there is no test {test}")
         elif test == sweep and not re.search(rf"\b{name.split('::')[-1]}\b", known[test]):
             problems.append(f"{name}: {test} does not call it")
-    print("\n".join(problems) if problems else f"{len(listed)} operations are swept or need not be")
+    return problems
+
+
+def called(functions, cluster_text, veritas_text):
+    """Those that the two texts call, and the classes of which they have objects as their constructors."""
+    found = set()
+    for function in functions:
+        scope, _, name = function.rpartition("::")
+        text = veritas_text if "Veritas" in function else cluster_text
+        pattern = rf"\b{name}\b[ &]" if name == scope else rf"(?<![\w~]){re.escape(name)}(?=\()|&{name}\b"
+        if re.search(pattern, text):
+            found.add(function)
+    return found
+
+
+def problems_of_threads(functions, listed, done):
+    names = {name for name, _ in listed}
+    problems = [f"{name}: no thread calls it, and it is not in threads.txt" for name in sorted(functions - done - names)]
+    problems += [f"{name}: threads call it, and it is in threads.txt" for name in sorted(names & done)]
+    problems += [f"{name}: of threads.txt, is not exported" for name in sorted(names - functions)]
+    problems += [f"{name}: no thread calls {how.removeprefix('within ')}" for name, how in listed
+                 if not how.startswith("- ") and how.removeprefix("within ") not in done]
+    return problems
+
+
+def main():
+    functions = exported()
+    texts = [(HERE.parent / name).read_text(encoding="utf-8") for name in THREADED]
+    problems = problems_of_sweeps(functions)
+    problems += problems_of_threads(functions, rows("threads.txt"), called(functions, *texts))
+    print("\n".join(problems) if problems else f"{len(functions)} operations are swept and called by threads, or need not be")
     return 1 if problems else 0
 
 

@@ -159,6 +159,10 @@ void Ask(const CVeritasCluster& cluster, const std::wstring& group, Results& res
 
 void FindServers(const CVeritasCluster& cluster, const std::wstring& group, Results& results) {
     CVeritasVirtualServerInfo info;
+    CVeritasVirtualServerInfo named;
+    named.SetGroupAndKOVAResourceName(group.c_str());
+    info = named;
+    results.Add(info);
     std::vector<CVeritasVirtualServerInfo> infos;
     Names names;
     std::wstring text;
@@ -209,6 +213,9 @@ void NoteRun(const CVeritasToolRun& run, void* context) {
 std::string EveryOperation(const CVeritasCluster& cluster, int number) {
     const std::wstring group = L"EVS" + std::to_wstring(100 + number);
     Results results;
+    CVeritasCluster own;
+    own = cluster;
+    Ask(own, group, results);
     Ask(cluster, group, results);
     FindServers(cluster, group, results);
     Change(cluster, group, results);

@@ -63,8 +63,12 @@ private:
 void AskResource(CCluster& cluster, CClusterResource& resource, const std::wstring& server, Results& results) {
     std::wstring node;
     std::wstring group;
-    results.Add(static_cast<DWORD>(resource.GetResourceState(&node, &group)));
+    const CClusterResource::RES_STATE state = resource.GetResourceState(&node, &group);
+    results.Add(CClusterResource::GetStateString(state));
     results.Add(node + L" " + group);
+    CClusterResource same(resource.GetResourceHandle(), false);
+    results.Add(same.GetResourceState(nullptr, nullptr) == state);
+    same.SetAutoClose(false); // the handle stays the other object's
     results.Add(resource.IsOnlineOnCurrentNode(nullptr));
     results.Add(resource.IsOnCurrentNode(&group));
     for (const auto id : {CClusterResource::RES_PROP_NAME, CClusterResource::RES_PROP_TYPE}) {
@@ -95,7 +99,11 @@ void AskGroup(CCluster& cluster, const std::wstring& server, Results& results) {
     Names names;
     std::wstring disk;
     DWORD visited = 0;
-    results.Add(cluster.OpenGroupByName(group, server.c_str()));
+    CClusterGroup opened;
+    results.Add(cluster.OpenGroupByName(opened, server.c_str()));
+    group = opened;
+    results.Add(group.GetGroupHandle() == opened.GetGroupHandle());
+    opened = CClusterGroup(); // one object closes the handle
     results.Add(group.EnumResourceNamesInGroup(names));
     results.AddOwn(names);
     results.Add(group.EnumResourceNamesInGroupByType(cluster, names, L"IP Address"));
@@ -157,7 +165,10 @@ void ChangeCluster(CCluster& cluster, const std::wstring& server, Results& resul
     results.Add(text);
     results.Add(cluster.OpenGroupByName(group, server.c_str()));
     results.Add(CCluster::CreateResource(group, resource, (server + L" Spare").c_str(), L"IP Address"));
-    results.Add(cluster.OpenNodeByName(node, L"NODE-A"));
+    CClusterNode opened;
+    results.Add(cluster.OpenNodeByName(opened, L"NODE-A"));
+    node = opened;
+    opened = CClusterNode(); // one object closes the handle
     results.Add(resource.AddOwner(node.GetNodeHandle()));
     results.Add(cluster.OpenResourceByName(disk, (server + L" Disk").c_str()));
     results.Add(resource.AddDependency(disk.GetResourceHandle()));
