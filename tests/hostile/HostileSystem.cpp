@@ -182,6 +182,12 @@ void LogLine(HMODULE, unsigned int, const char* file, int, const wchar_t* format
     va_end(arguments);
 }
 
+bool PathIsWellFormed(const wchar_t* path, std::size_t cch) {
+    const PlatformCall call;
+    Touch(path, cch * sizeof(wchar_t));
+    return TheChance().OneIn(2);
+}
+
 void* OpenService_(void* self, const wchar_t* service, const wchar_t* machine) {
     const PlatformCall call;
     Touch(service);
@@ -237,6 +243,7 @@ void ReplaceSystem(Replacements& replacements) {
     replacements.Add("ws2_32.dll", "inet_addr", &HostileInetAddr);
     replacements.Add("ws2_32.dll", "gethostbyaddr", &HostileGetHostByAddr);
     replacements.AddAt(reinterpret_cast<const void*>(&DBG::DebugLogEx), reinterpret_cast<void*>(&LogLine));
+    replacements.AddAt(reinterpret_cast<const void*>(&CheckPathFormat), reinterpret_cast<void*>(&PathIsWellFormed));
     replacements.Add("CommonUtil.dll", Decorated("_ZN15CServiceManagerC1EPKwS1_", "??0CServiceManager@@QEAA@PEB_W0@Z"),
                      &OpenService_);
     replacements.Add("CommonUtil.dll", Decorated("_ZN15CServiceManagerD1Ev", "??1CServiceManager@@QEAA@XZ"),
