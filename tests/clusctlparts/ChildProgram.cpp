@@ -1,5 +1,6 @@
 #include "ChildProgram.h"
 
+#include "ChildMain.h"
 #include "Failure.h"
 #include "NewFile.h"
 
@@ -7,10 +8,6 @@
 
 #include <CallTable.h>
 #include <Recorder.h>
-
-#include <shellapi.h>
-
-#include <gmock/gmock.h>
 
 namespace {
 
@@ -93,11 +90,5 @@ std::wstring ChildCommand(const std::wstring& arguments) {
 }
 
 int main(int argc, char** argv) {
-    if (argc > 2 && std::string(argv[1]) == "--child") {
-        int count = 0;
-        wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-        return RunChild(count - 2, arguments + 2);
-    }
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    return harness::RunChildOrTests(argc, argv, &RunChild);
 }

@@ -1,53 +1,40 @@
 // Recordings of eight processes that are killed: each can be read, and holds every call that its process has come back
 // from.
 #include "ChildProgram.h"
-#include "Kills.h"
+#include "KilledProcesses.h"
 
 #include "common/Files.h"
 #include "common/TemporaryFolder.h"
+#include "common/Text.h"
 
 #include <Recording.h>
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <memory>
-#include <random>
 
 namespace {
 
-const int Writers = 8;
 const int UsualKills = 24;
-
-struct RecordingProcess {
-    std::wstring file;
-    std::string tag;
-    std::unique_ptr<Child> child;
-};
 
 class KilledRecorders : public testing::Test {
 protected:
-    RecordingProcess Start() {
-        RecordingProcess process;
-        const std::wstring tag = std::to_wstring(1000 + m_started++).substr(1);
-        process.file = m_folder.File(tag + L".rec");
-        process.tag = std::string(tag.begin(), tag.end());
-        process.child = std::make_unique<Child>(L"record \"" + process.file + L"\" " + tag);
-        return process;
+    std::unique_ptr<Child> Start(const std::wstring& number) const {
+        return std::make_unique<Child>(L"record \"" + File(number) + L"\" " + number);
     }
 
-    // Stops it, and looks at what it has recorded.
-    void Stop(RecordingProcess& process) {
-        process.child->Stop();
-        const std::wstring counted = process.file + L".count";
+    // Looks at what a process has recorded that was killed.
+    void LookAt(const std::wstring& number) {
+        const std::wstring counted = File(number) + L".count";
         if (!common::FileExists(counted)) {
             return; // it had just been started
         }
         const std::string count = common::ReadWholeFile(counted);
-        const auto recording = recording::ReadRecording(common::ReadWholeFile(process.file));
+        const auto recording = recording::ReadRecording(common::ReadWholeFile(File(number)));
         EXPECT_TRUE(recording.isCut);
         EXPECT_GE(recording.calls.size(), count.empty() ? 0 : std::stoul(count));
-        const std::string in = R"({"cluster":1,"name":")" + TaggedText(process.tag, RecordedNameLength) + R"("})";
+        const std::string in =
+            R"({"cluster":1,"name":")" + TaggedText(common::ToUtf8(number), RecordedNameLength) + R"("})";
         for (const recording::RecordedCall& call : recording.calls) {
             ASSERT_EQ(call.in, in);
         }
@@ -57,27 +44,24 @@ protected:
     std::size_t m_calls = 0;
 
 private:
+    std::wstring File(const std::wstring& number) const {
+        return m_folder.File(number + L".rec");
+    }
+
     common::TemporaryFolder m_folder{L"killed recorders"};
-    int m_started = 0;
 };
 
 } // namespace
 
 TEST_F(KilledRecorders, LeaveEveryCallThatWasAnswered) {
-    const int kills = harness::KillCount(UsualKills);
-    std::mt19937 random(1);
-    std::array<RecordingProcess, Writers> processes;
-    for (RecordingProcess& process : processes) {
-        process = Start();
+    harness::KilledProcesses recorders([this](const std::wstring& number) { return Start(number); }, UsualKills);
+    while (recorders.Count() < recorders.Wanted() && !HasFailure()) {
+        const std::wstring killed = recorders.KillOne(static_cast<DWORD>(recorders.Random(100)));
+        ASSERT_NO_THROW(LookAt(killed)) << "after " << recorders.Count() << " kills";
+        recorders.StartAnother();
     }
-    for (int kill = 0; kill < kills && !HasFailure(); ++kill) {
-        RecordingProcess& process = processes[random() % Writers];
-        EXPECT_TRUE(process.child->RunsFor(random() % 100)) << "it ended by itself";
-        ASSERT_NO_THROW(Stop(process)) << "after " << kill << " kills";
-        process = Start();
+    for (const std::wstring& number : recorders.StopAll()) {
+        LookAt(number);
     }
-    for (RecordingProcess& process : processes) {
-        Stop(process);
-    }
-    EXPECT_GT(m_calls, static_cast<std::size_t>(kills)) << "nobody recorded";
+    EXPECT_GT(m_calls, static_cast<std::size_t>(recorders.Wanted())) << "nobody recorded";
 }

@@ -1,20 +1,17 @@
 // Files and folders that clusctl makes (reports, support bundles, snapshots of VCS), while eight processes make such
 // under the same names and are killed: whatever has its name is whole, and of one writer.
 #include "ChildProgram.h"
-#include "Kills.h"
+#include "KilledProcesses.h"
 
 #include "common/Files.h"
 #include "common/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <memory>
-#include <random>
 
 namespace {
 
-const int Writers = 8;
 const int UsualKills = 30;
 
 bool EndsWith(const std::wstring& name, const std::wstring& ending) {
@@ -30,10 +27,8 @@ protected:
         EXPECT_TRUE(m_folder.Remove()) << GetLastError();
     }
 
-    // `number`: that of the process, three digits.
-    std::unique_ptr<Child> Start(int number) const {
-        const std::wstring digits = std::to_wstring(1000 + number).substr(1);
-        return std::make_unique<Child>(L"files \"" + m_folder.Path() + L"\" " + digits);
+    std::unique_ptr<Child> Start(const std::wstring& number) const {
+        return std::make_unique<Child>(L"files \"" + m_folder.Path() + L"\" " + number);
     }
 
     // The tag of a whole text; empty when it is not.
@@ -71,32 +66,22 @@ protected:
 } // namespace
 
 TEST_F(KilledWritersOfNewFiles, LeaveWholeFilesAndWholeFolders) {
-    const int kills = harness::KillCount(UsualKills);
-    std::mt19937 random(1);
-    std::array<std::unique_ptr<Child>, Writers> children;
-    int started = 0;
-    for (auto& child : children) {
-        child = Start(started++);
-    }
+    harness::KilledProcesses writers([this](const std::wstring& number) { return Start(number); }, UsualKills);
     for (int attempt = 0; attempt < 3000 && m_folder.Entries().empty(); ++attempt) {
         Sleep(10);
     }
-    for (int kill = 0; kill < kills && !HasFailure(); ++kill) {
-        auto& child = children[random() % Writers];
+    while (writers.Count() < writers.Wanted() && !HasFailure()) {
         // Whoever writes meanwhile is seen at it.
-        for (const DWORD begin = GetTickCount(), wait = random() % 40;
+        for (const DWORD begin = GetTickCount(), wait = static_cast<DWORD>(writers.Random(40));
              GetTickCount() - begin < wait && !HasFailure();) {
-            ASSERT_NO_THROW(LookAtAll()) << "after " << kill << " kills";
+            ASSERT_NO_THROW(LookAtAll()) << "after " << writers.Count() << " kills";
         }
-        EXPECT_TRUE(child->RunsFor(0)) << "it ended by itself";
-        child->Stop();
-        ASSERT_NO_THROW(LookAtAll()) << "after " << kill << " kills";
-        child = Start(started++ % 1000);
+        writers.KillOne(0);
+        ASSERT_NO_THROW(LookAtAll()) << "after " << writers.Count() << " kills";
+        writers.StartAnother();
     }
-    for (auto& child : children) {
-        child->Stop();
-    }
+    writers.StopAll();
     LookAtAll();
-    EXPECT_GT(m_files, kills / 4) << "nobody made files";
-    EXPECT_GT(m_folders, kills / 4) << "nobody made folders";
+    EXPECT_GT(m_files, writers.Wanted() / 4) << "nobody made files";
+    EXPECT_GT(m_folders, writers.Wanted() / 4) << "nobody made folders";
 }

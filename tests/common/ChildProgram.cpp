@@ -1,13 +1,11 @@
 #include "ChildProgram.h"
 
+#include "ChildMain.h"
+
 #include "common/AppendFile.h"
 #include "common/FileLock.h"
 #include "common/Files.h"
 #include "common/Text.h"
-
-#include <shellapi.h>
-
-#include <gmock/gmock.h>
 
 namespace {
 
@@ -88,11 +86,5 @@ Child::Child(const std::wstring& arguments)
 }
 
 int main(int argc, char** argv) {
-    if (argc > 2 && std::string(argv[1]) == "--child") {
-        int count = 0;
-        wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-        return RunChild(count - 2, arguments + 2);
-    }
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    return harness::RunChildOrTests(argc, argv, &RunChild);
 }

@@ -1,4 +1,6 @@
 // The language of the faults, new and old spellings.
+#include "ErrorOf.h"
+
 #include "common/FaultGrammar.h"
 
 #include <gmock/gmock.h>
@@ -11,15 +13,6 @@ using common::ParseFault;
 using common::ParseFaults;
 
 namespace {
-
-template <typename Action> std::string ErrorOf(Action action) {
-    try {
-        action();
-    } catch (const FaultError& error) {
-        return error.what();
-    }
-    return "none";
-}
 
 // Everything that was said, one after the other.
 std::string Told(const Fault& fault) {
@@ -45,7 +38,7 @@ std::string ToldOf(const std::string& text) {
 }
 
 std::string ProblemOf(const std::string& text) {
-    return ErrorOf([&text] { ParseFault(text); });
+    return ErrorOf<FaultError>([&text] { ParseFault(text); });
 }
 
 std::string ToldOfFile(const std::string& text) {
@@ -57,7 +50,7 @@ std::string ToldOfFile(const std::string& text) {
 }
 
 std::string ProblemOfFile(const std::string& text) {
-    return ErrorOf([&text] { ParseFaults(text); });
+    return ErrorOf<FaultError>([&text] { ParseFaults(text); });
 }
 
 } // namespace

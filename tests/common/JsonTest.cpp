@@ -1,4 +1,6 @@
 // JSON with the place of what is wrong.
+#include "ErrorOf.h"
+
 #include "common/Json.h"
 
 #include <gmock/gmock.h>
@@ -13,17 +15,8 @@ using common::ParseJson;
 
 namespace {
 
-template <typename Action> std::string ErrorOf(Action action) {
-    try {
-        action();
-    } catch (const JsonError& error) {
-        return error.what();
-    }
-    return "none";
-}
-
 std::string ParseErrorOf(const std::string& text) {
-    return ErrorOf([&text] { ParseJson(text); });
+    return ErrorOf<JsonError>([&text] { ParseJson(text); });
 }
 
 } // namespace
@@ -53,7 +46,7 @@ TEST(JsonText, IsWrittenAsUtf8WhateverTheBytes) {
 
 TEST(JsonText, OfAnItem) {
     EXPECT_EQ(common::TextItem(Json("a"), "list[0]"), "a");
-    EXPECT_EQ(ErrorOf([] { common::TextItem(Json(1), "list[0]"); }), "list[0]: a text is expected");
+    EXPECT_EQ(ErrorOf<JsonError>([] { common::TextItem(Json(1), "list[0]"); }), "list[0]: a text is expected");
 }
 
 TEST(JsonObjectReader, ReadsWhatIsThere) {
@@ -84,24 +77,25 @@ TEST(JsonObjectReader, WhatIsAbsentHasItsFallback) {
 TEST(JsonObjectReader, SaysWhatIsWrongAndWhere) {
     const Json json = ParseJson(R"({"text": 1, "big": 9, "minus": -1, "half": 1.5, "flag": 0, "list": {}})");
     ObjectReader reader(json, "groups[1]");
-    EXPECT_EQ(ErrorOf([&] { reader.Text("absent"); }), "groups[1].absent: a text is expected");
-    EXPECT_EQ(ErrorOf([&] { reader.TextOr("text", ""); }), "groups[1].text: a text is expected");
+    EXPECT_EQ(ErrorOf<JsonError>([&] { reader.Text("absent"); }), "groups[1].absent: a text is expected");
+    EXPECT_EQ(ErrorOf<JsonError>([&] { reader.TextOr("text", ""); }), "groups[1].text: a text is expected");
     for (const char* name : {"big", "minus", "half", "text"}) {
-        const std::string message = ErrorOf([&] { reader.NumberOr(name, 0, name == std::string("text") ? 0 : 8); });
+        const std::string message =
+            ErrorOf<JsonError>([&] { reader.NumberOr(name, 0, name == std::string("text") ? 0 : 8); });
         EXPECT_THAT(message, HasSubstr(std::string("groups[1].") + name + ": a whole number from 0 to "));
     }
-    EXPECT_EQ(ErrorOf([&] { reader.FlagOr("flag", true); }), "groups[1].flag: true or false is expected");
-    EXPECT_EQ(ErrorOf([&] { reader.Each("list", [](const Json&, const std::string&) {}); }),
+    EXPECT_EQ(ErrorOf<JsonError>([&] { reader.FlagOr("flag", true); }), "groups[1].flag: true or false is expected");
+    EXPECT_EQ(ErrorOf<JsonError>([&] { reader.Each("list", [](const Json&, const std::string&) {}); }),
               "groups[1].list: a list is expected");
-    EXPECT_EQ(ErrorOf([] { ObjectReader(Json::array(), "x"); }), "x: an object is expected");
+    EXPECT_EQ(ErrorOf<JsonError>([] { ObjectReader(Json::array(), "x"); }), "x: an object is expected");
 }
 
 TEST(JsonObjectReader, RefusesMembersThatNobodyAskedFor) {
     const Json json = ParseJson(R"({"known": 1, "colour": 2})");
     ObjectReader outermost(json, "");
     outermost.Member("known");
-    EXPECT_EQ(ErrorOf([&] { outermost.Done(); }), "colour: unknown member");
+    EXPECT_EQ(ErrorOf<JsonError>([&] { outermost.Done(); }), "colour: unknown member");
     ObjectReader inner(json, "nodes[0]");
     inner.Member("known");
-    EXPECT_EQ(ErrorOf([&] { inner.Done(); }), "nodes[0].colour: unknown member");
+    EXPECT_EQ(ErrorOf<JsonError>([&] { inner.Done(); }), "nodes[0].colour: unknown member");
 }

@@ -2,19 +2,15 @@
 // others, each writer with a suffix of its own), and logs and journals (appended lines).
 #include "ChildProgram.h"
 #include "FolderTest.h"
-#include "Kills.h"
+#include "KilledProcesses.h"
 
 #include "common/Files.h"
 
-#include <array>
 #include <fstream>
 #include <memory>
-#include <random>
-#include <sstream>
 
 namespace {
 
-const int Writers = 8;
 const int UsualKills = 60;
 
 // "TAG:TAG:...": some texts of one writer, each of them of one length.
@@ -30,40 +26,29 @@ bool IsWhole(const std::string& text, std::size_t length) {
 
 class KilledWriters : public FolderTest {
 protected:
-    // `number`: that of the process, three digits.
-    std::unique_ptr<Child> Start(int number) const {
-        const std::wstring digits = std::to_wstring(1000 + number).substr(1);
-        return std::make_unique<Child>(L"write \"" + Path(L"whole") + L"\" \"" + Path(L"lines") + L"\" " + digits);
+    std::unique_ptr<Child> Start(const std::wstring& number) const {
+        return std::make_unique<Child>(L"write \"" + Path(L"whole") + L"\" \"" + Path(L"lines") + L"\" " + number);
     }
 };
 
 TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
-    const int kills = harness::KillCount(UsualKills);
-    std::mt19937 random(1);
-    std::array<std::unique_ptr<Child>, Writers> children;
-    int started = 0;
-    for (auto& child : children) {
-        child = Start(started++);
-    }
+    harness::KilledProcesses writers([this](const std::wstring& number) { return Start(number); }, UsualKills);
     for (int attempt = 0; attempt < 3000 && !common::FileExists(Path(L"whole")); ++attempt) {
         Sleep(10);
     }
     std::string last;
     int changes = 0;
-    for (int kill = 0; kill < kills; ++kill) {
-        auto& child = children[random() % Writers];
-        EXPECT_TRUE(child->RunsFor(random() % 20)) << "it ended by itself";
-        child->Stop();
+    while (writers.Count() < writers.Wanted()) {
+        writers.KillOne(static_cast<DWORD>(writers.Random(20)));
         const std::string whole = common::ReadWholeFile(Path(L"whole"));
-        ASSERT_TRUE(IsWhole(whole, WholeFileLength)) << "after " << kill << " kills: " << whole.substr(0, 100);
+        ASSERT_TRUE(IsWhole(whole, WholeFileLength))
+            << "after " << writers.Count() << " kills: " << whole.substr(0, 100);
         changes += whole != last ? 1 : 0;
         last = whole;
-        child = Start(started++);
+        writers.StartAnother();
     }
-    for (auto& child : children) {
-        child->Stop();
-    }
-    EXPECT_GT(changes, kills / 2) << "nobody wrote";
+    writers.StopAll();
+    EXPECT_GT(changes, writers.Wanted() / 2) << "nobody wrote";
 
     std::ifstream lines(Path(L"lines").c_str(), std::ios::binary);
     int count = 0;
@@ -71,5 +56,5 @@ TEST_F(KilledWriters, LeaveWholeFilesAndWholeLines) {
         ASSERT_TRUE(IsWhole(line, AppendedLineLength)) << "line " << count << ": " << line.substr(0, 100);
         EXPECT_FALSE(lines.eof()) << "the last line has no end";
     }
-    EXPECT_GT(count, kills) << "nobody appended";
+    EXPECT_GT(count, writers.Wanted()) << "nobody appended";
 }

@@ -1,5 +1,6 @@
 #include "ChildProgram.h"
 
+#include "ChildMain.h"
 #include "ExportedApi.h"
 
 #include <cwchar>
@@ -76,11 +77,5 @@ std::string Child::Errors() {
 }
 
 int main(int argc, char** argv) {
-    if (argc > 2 && std::string(argv[1]) == "--child") {
-        int count = 0;
-        wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-        return RunChild(count - 2, arguments + 2);
-    }
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    return harness::RunChildOrTests(argc, argv, &RunChild);
 }
