@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
 namespace recording {
@@ -119,9 +120,18 @@ std::size_t FindSecretOf(const std::wstring& commandLine) {
     return ToolOf(commandLine) == L"vcsencrypt" ? FindEncrypted(commandLine) : clus::FindSecret(commandLine);
 }
 
-bool IsListed(const char* list, const std::string& lower) {
-    const std::vector<Word> words = WordsOf(list);
-    return std::any_of(words.begin(), words.end(), [&lower](const Word& word) { return word.text == lower; });
+// `list`: words with a blank between them.
+bool IsListed(std::string_view list, const std::string& lower) {
+    if (lower.empty() || lower.find(' ') != std::string::npos) {
+        return false;
+    }
+    for (std::size_t at = list.find(lower); at != std::string_view::npos; at = list.find(lower, at + 1)) {
+        const std::size_t end = at + lower.size();
+        if ((at == 0 || list[at - 1] == ' ') && (end == list.size() || list[end] == ' ')) {
+            return true;
+        }
+    }
+    return false;
 }
 
 // What VCS itself says stays, all else is names.
