@@ -161,6 +161,7 @@ void FindServers(const CVeritasCluster& cluster, const std::wstring& group, Resu
     CVeritasVirtualServerInfo info;
     CVeritasVirtualServerInfo named;
     named.SetGroupAndKOVAResourceName(group.c_str());
+    named.bGroupOnline = true;
     info = named;
     results.Add(info);
     std::vector<CVeritasVirtualServerInfo> infos;
@@ -215,7 +216,7 @@ std::string EveryOperation(const CVeritasCluster& cluster, int number) {
     Results results;
     CVeritasCluster own;
     own = cluster;
-    Ask(own, group, results);
+    results.Add(own.GetThirdPartyClusterType() == THIRD_PARTY_CLUSTER_TYPE_NONE);
     Ask(cluster, group, results);
     FindServers(cluster, group, results);
     Change(cluster, group, results);

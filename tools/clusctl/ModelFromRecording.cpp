@@ -35,7 +35,7 @@ void WriteMade(const std::wstring& file, const Json& model) {
         }
     } catch (const common::FileError& error) {
         DeleteFileW(fresh.c_str());
-        throw Failure::OfCode("cannot create " + Quoted(file), error.Code());
+        throw Failure::OfCode("cannot create " + QuotedPath(file), error.Code());
     }
 }
 

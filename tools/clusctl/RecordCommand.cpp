@@ -74,7 +74,7 @@ RecordedWork::RecordedWork(const RecordOptions& options, Answering asked, const 
         if (error.Code() == ERROR_FILE_EXISTS) {
             throw Failure(Errors::AlreadyExists, "there is a file " + Quoted(options.file) + " already");
         }
-        throw Failure::OfCode("cannot create " + Quoted(options.file), error.Code());
+        throw Failure::OfCode("cannot create " + QuotedPath(options.file), error.Code());
     }
     SetLastError(lastError);
 }

@@ -313,7 +313,9 @@ void AddRehearseCommand(CommandLine& commandLine, const AddAll& addAll) {
     command.add_flag("--each-call-fails", options->eachCallFails,
                      "Rehearse the command once for each call it makes, with that one failing; --fail names some");
     CommandLine::AddText(command, "--save", options->save, "FILE",
-                         "Write the cluster as it is in the end as a model, for the next rehearsal");
+                         "Write the cluster as it is in the end as a model, for the next rehearsal")
+        // Rehearsals of VCS do not run where the user is.
+        .transform([](const std::string& text) { return common::ToUtf8(common::FullPath(common::ToUtf16(text))); });
     commandLine.AddTail(command, options->command, "The command, with its options");
     commandLine.AsksBy(command, [options, &commandLine, addAll]() {
         const bool isTold = options->command.empty() || !commandLine.Shared().model.empty();

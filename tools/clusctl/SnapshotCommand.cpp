@@ -68,7 +68,7 @@ void WriteModel(const std::wstring& file, const Json& model) {
     } catch (const common::FileError& error) {
         DeleteFileW(fresh.c_str());
         const bool isComplete = std::string(error.Attempt()) == "replaced"; // and stands beside what is in its way
-        throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + Quoted(file), error.Code());
+        throw Failure::OfCode((isComplete ? "cannot write " : "cannot create ") + QuotedPath(file), error.Code());
     }
 }
 

@@ -70,11 +70,6 @@ std::wstring VcsFolder::CallersFolder() {
     return g_former.empty() ? CurrentFolder() : g_former;
 }
 
-std::wstring VcsFolder::FromCaller(const std::wstring& path) {
-    const bool isRelative = path.find(L':') == std::wstring::npos && path.find_first_of(L"\\/") != 0;
-    return isRelative ? common::FullPath(CallersFolder() + L"\\" + path) : common::FullPath(path);
-}
-
 void VcsFolder::NameAbsolutely(const wchar_t* variable) {
     const std::wstring given = common::EnvironmentVariable(variable);
     if (!given.empty()) {

@@ -23,9 +23,6 @@ public:
     // The folder in which the caller started this program, whether or not one of these lives.
     static std::wstring CallersFolder();
 
-    // A path that the caller gave, absolute.
-    static std::wstring FromCaller(const std::wstring& path);
-
 private:
     struct Variable {
         const wchar_t* name;

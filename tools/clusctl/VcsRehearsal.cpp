@@ -6,7 +6,6 @@
 #include "Secrets.h"
 #include "Text.h"
 #include "TextDifference.h"
-#include "VcsFolder.h"
 
 #include "common/FaultGrammar.h"
 
@@ -196,7 +195,7 @@ void VcsRehearsal::TellDifference(Report& report) const {
 }
 
 void VcsRehearsal::Save(const std::wstring& path) const {
-    m_copy->Save(VcsFolder::FromCaller(path));
+    m_copy->Save(path);
 }
 
 std::string VcsRehearsal::CompletedFault(const std::string& fault) const {

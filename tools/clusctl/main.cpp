@@ -39,6 +39,7 @@
 #include "VcsTools.h"
 
 #include "common/AppendFile.h"
+#include "common/Files.h"
 #include "common/Text.h"
 
 #include <exception>
@@ -52,7 +53,8 @@ namespace {
 void RequireWritable(const std::wstring& logFile) {
     const DWORD code = common::AppendFile(logFile).Open();
     if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot open the log file " + Quoted(logFile), code);
+        const common::FileError error(logFile, "opened", code); // knows why a name that is too long is not found
+        throw Failure::OfCode("cannot open the log file " + QuotedPath(logFile), error.Code());
     }
 }
 
