@@ -11,7 +11,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <set>
 
 using ::testing::IsEmpty;
@@ -187,7 +186,7 @@ TEST_F(ClusterProbe, TakesWhatASnapshotCouldNotReadForNoDifference) {
     }
 }
 
-TEST_F(ClusterProbe, LooksAtAThousandResourcesInTimeAndWithAtMost40CallsEach) {
+TEST_F(ClusterProbe, LooksAtEachResourceWithAtMost40Calls) {
     const char* const kinds[] = {R"("type": "IP Address", "private": {"Address": "192.0.2.9"})",
                                  R"("type": "Network Name", "private": {"Name": "X"})",
                                  R"("type": "Physical Disk", "disk": {"signature": 7, "number": 2})",
@@ -206,10 +205,7 @@ TEST_F(ClusterProbe, LooksAtAThousandResourcesInTimeAndWithAtMost40CallsEach) {
                          ", \"id\": \"27036a50-4c94-53d7-9803-4fb02866" + number + "\"}";
             }
             Load(model + "]}");
-            const auto start = std::chrono::steady_clock::now();
             ProbeFailoverCluster();
-            const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-            EXPECT_LT(took.count(), 2.5); // a quarter of what 1,000 may take
             calls[hundreds] = ClusSimCallCount(nullptr);
         }
         EXPECT_LE(calls[1] - calls[0], 40U * 250) << kind;
