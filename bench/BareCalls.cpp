@@ -20,22 +20,6 @@ template <std::size_t Size> void StoreProperty(HRESOURCE resource, const wchar_t
     LocalFree(text);
 }
 
-void FillRecord(HRESOURCE resource, CClusterVirtualServerInfo& record) {
-    const Reply type(resource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
-    HRESOURCE networkName = ResUtilGetResourceDependency(resource, L"Network Name");
-    Require(networkName != nullptr, "no Network Name");
-    HRESOURCE address = ResUtilGetResourceDependency(networkName, L"IP Address");
-    Require(address != nullptr, "no IP Address");
-    Store(record.m_wsServerName, Reply(networkName, CLUSCTL_RESOURCE_GET_NETWORK_NAME).Text());
-    StoreProperty(resource, L"KOVA_DATA_PATH", record.m_wsDataPath);
-    Require(ResUtilResourceTypesEqual(L"clusRDLL", resource) != FALSE, "not the product's type");
-    StoreProperty(resource, L"KOVA_DATA_PATH", record.m_wsDataPath); // required twice
-    Store(record.m_wsServerGUID, Reply(networkName, CLUSCTL_RESOURCE_GET_ID).Text());
-    StoreProperty(address, L"Address", record.m_wsServerIP);
-    CloseClusterResource(address);
-    CloseClusterResource(networkName);
-}
-
 // Calls visit(name, resource, type) for every resource. Names are taken first: the list of resources may change while
 // they are looked at.
 template <typename Visit> void ForEachResource(Visit visit) {
@@ -51,7 +35,23 @@ template <typename Visit> void ForEachResource(Visit visit) {
 
 } // namespace
 
-std::size_t BareEnumServers(CClusterVirtualServerInfo* records, std::size_t capacity) {
+void BareFillRecord(HRESOURCE resource, CClusterVirtualServerInfo& record) {
+    const Reply type(resource, CLUSCTL_RESOURCE_GET_RESOURCE_TYPE);
+    HRESOURCE networkName = ResUtilGetResourceDependency(resource, L"Network Name");
+    Require(networkName != nullptr, "no Network Name");
+    HRESOURCE address = ResUtilGetResourceDependency(networkName, L"IP Address");
+    Require(address != nullptr, "no IP Address");
+    Store(record.m_wsServerName, Reply(networkName, CLUSCTL_RESOURCE_GET_NETWORK_NAME).Text());
+    StoreProperty(resource, L"KOVA_DATA_PATH", record.m_wsDataPath);
+    Require(ResUtilResourceTypesEqual(L"clusRDLL", resource) != FALSE, "not the product's type");
+    StoreProperty(resource, L"KOVA_DATA_PATH", record.m_wsDataPath); // required twice
+    Store(record.m_wsServerGUID, Reply(networkName, CLUSCTL_RESOURCE_GET_ID).Text());
+    StoreProperty(address, L"Address", record.m_wsServerIP);
+    CloseClusterResource(address);
+    CloseClusterResource(networkName);
+}
+
+std::size_t BareEnumServers(const NextRecord& next) {
     wchar_t computer[16] = L"";
     DWORD cchComputer = 16;
     GetComputerNameW(computer, &cchComputer);
@@ -64,9 +64,11 @@ std::size_t BareEnumServers(CClusterVirtualServerInfo* records, std::size_t capa
         DWORD cchNode = 16;
         DWORD cchGroup = 0;
         const CLUSTER_RESOURCE_STATE state = GetClusterResourceState(resource, node, &cchNode, nullptr, &cchGroup);
-        if (std::wcscmp(node, computer) == 0 && count < capacity) {
-            records[count].m_bIsOnline = state == ClusterResourceOnline;
-            FillRecord(resource, records[count++]);
+        if (std::wcscmp(node, computer) == 0) {
+            CClusterVirtualServerInfo& record = next();
+            record.m_bIsOnline = state == ClusterResourceOnline;
+            BareFillRecord(resource, record);
+            ++count;
         }
     });
     return count;

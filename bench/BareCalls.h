@@ -6,13 +6,21 @@
 
 #include "clus_VirtualServerUtil.h"
 
+#include <winsock2.h>
+#include <windows.h>
+
 #include <cstddef>
+#include <functional>
 #include <string>
 
 namespace bench {
 
-// Fills at most `capacity` records of the virtual servers on this node; their number.
-std::size_t BareEnumServers(CClusterVirtualServerInfo* records, std::size_t capacity);
+// Fills a record of each virtual server on this node, which `next` hands out; their number.
+typedef std::function<CClusterVirtualServerInfo&()> NextRecord;
+std::size_t BareEnumServers(const NextRecord& next);
+
+// What a record of a server takes, but for whether it is online, when its resource has been found.
+void BareFillRecord(HRESOURCE resource, CClusterVirtualServerInfo& record);
 
 // Collects the names of the resources of one type; their number.
 std::size_t BareNamesOfType(const wchar_t* type);

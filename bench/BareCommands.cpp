@@ -2,6 +2,9 @@
 #include "BareSupport.h"
 #include "BenchCommands.h"
 
+#include <deque>
+#include <set>
+
 namespace bench {
 
 namespace {
@@ -28,7 +31,8 @@ NameList RelatedTo(HRESOURCE resource, DWORD kind) {
     return names;
 }
 
-void ReadGroups(HCLUSTER cluster, DWORD related) {
+// Calls visit(group) for every group, after its state and what is related to it have been read.
+template <typename Visit> void ReadGroups(HCLUSTER cluster, DWORD related, Visit visit) {
     for (const std::wstring& name : NamesOf(cluster, CLUSTER_ENUM_GROUP)) {
         HGROUP group = OpenClusterGroup(cluster, name.c_str());
         Require(group != nullptr, "OpenClusterGroup");
@@ -42,6 +46,7 @@ void ReadGroups(HCLUSTER cluster, DWORD related) {
             return ClusterGroupEnum(list, index, &type, text, cch);
         });
         ClusterGroupCloseEnum(list);
+        visit(group);
         CloseClusterGroup(group);
     }
 }
@@ -63,12 +68,17 @@ template <typename Visit> void ReadResources(HCLUSTER cluster, Visit visit) {
 }
 
 void ReadSnapshot(HCLUSTER cluster) {
-    ReadResources(cluster, [](HRESOURCE resource, const wchar_t* type) {
+    std::set<std::wstring> types;
+    ReadResources(cluster, [&types](HRESOURCE resource, const wchar_t* type) {
         const Reply id(resource, CLUSCTL_RESOURCE_GET_ID);
         RelatedTo(resource, CLUSTER_RESOURCE_ENUM_DEPENDS);
         RelatedTo(resource, CLUSTER_RESOURCE_ENUM_NODES);
         const Reply common(resource, CLUSCTL_RESOURCE_GET_COMMON_PROPERTIES, LargeReplyBytes);
         const Reply own(resource, CLUSCTL_RESOURCE_GET_PRIVATE_PROPERTIES, LargeReplyBytes);
+        const Reply flags(resource, CLUSCTL_RESOURCE_GET_FLAGS);
+        if (types.insert(type).second) {
+            const Reply typeClass(resource, CLUSCTL_RESOURCE_GET_CLASS_INFO);
+        }
         if (std::wstring(type) == L"Physical Disk") {
             const Reply disk(resource, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, LargeReplyBytes);
         }
@@ -79,21 +89,28 @@ void ReadSnapshot(HCLUSTER cluster) {
         Require(GetClusterNodeState(node) != ClusterNodeStateUnknown, "GetClusterNodeState");
         CloseClusterNode(node);
     }
-    ReadGroups(cluster, CLUSTER_GROUP_ENUM_NODES);
+    ReadGroups(cluster, CLUSTER_GROUP_ENUM_NODES, [](HGROUP group) {
+        unsigned char reply[LargeReplyBytes];
+        DWORD cb = 0;
+        Require(ClusterGroupControl(group, nullptr, CLUSCTL_GROUP_GET_COMMON_PROPERTIES, nullptr, 0, reply,
+                                    LargeReplyBytes, &cb) == ERROR_SUCCESS,
+                "ClusterGroupControl");
+    });
 }
 
 } // namespace
 
 void RunBareCommand(const std::string& command) {
     if (command == "servers") {
-        std::vector<CClusterVirtualServerInfo> records(10000);
-        Require(BareEnumServers(records.data(), records.size()) > 0, "no server is found");
+        std::deque<CClusterVirtualServerInfo> records; // grows without copies: a record takes 4 KB
+        Require(BareEnumServers([&records]() -> CClusterVirtualServerInfo& { return records.emplace_back(); }) > 0,
+                "no server is found");
         return;
     }
     HCLUSTER cluster = OpenCluster(nullptr);
     Require(cluster != nullptr, "OpenCluster");
     if (command == "groups") {
-        ReadGroups(cluster, CLUSTER_GROUP_ENUM_CONTAINS);
+        ReadGroups(cluster, CLUSTER_GROUP_ENUM_CONTAINS, [](HGROUP) {});
     } else if (command == "resources") {
         ReadResources(cluster, [](HRESOURCE, const wchar_t*) {});
     } else {

@@ -65,7 +65,8 @@ void AddGroup(ModelText& model, std::size_t group) {
 
 } // namespace
 
-std::string ClusterText(std::size_t resources) {
+std::string ClusterText(std::size_t resources, OtherNode other) {
+    const bool isDown = other == OtherNode::Down;
     std::string groups;
     ModelText model;
     for (std::size_t group = 0; group < resources / ResourcesPerGroup; ++group) {
@@ -74,9 +75,11 @@ std::string ClusterText(std::size_t resources) {
                   R"(", "owner": ")" + (group % 2 == 0 ? "." : "OTHERNODE") + "\"}";
         AddGroup(model, group);
     }
-    return R"({"cluster": {"name": "BENCHCLUSTER", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "OTHERNODE"}],
-"groups": [)" +
-           groups + "],\n\"resources\": [" + model.Text() + "]}\n";
+    return std::string(R"({"cluster": {"name": "BENCHCLUSTER", "coreGroup": "none")") +
+           (isDown ? R"(, "behaviour": {"downOwners": "accepted"})" : "") + R"(}, "nodes": [{"name": "."},
+{"name": "OTHERNODE")" +
+           (isDown ? R"(, "state": "down")" : "") + "}],\n\"groups\": [" + groups + "],\n\"resources\": [" +
+           model.Text() + "]}\n";
 }
 
 void LoadCluster(std::size_t resources) {

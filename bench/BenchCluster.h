@@ -14,8 +14,14 @@ namespace bench {
 // Groups of ten resources, one of them the product's; every second group is on this node.
 const std::size_t ResourcesPerGroup = 10;
 
+// The node that owns the other groups.
+enum class OtherNode {
+    Up,
+    Down // the groups stay there
+};
+
 // The model text of a cluster of so many resources (a multiple of ten).
-std::string ClusterText(std::size_t resources);
+std::string ClusterText(std::size_t resources, OtherNode other = OtherNode::Up);
 
 // Loads that cluster. Throws std::runtime_error when the simulator refuses it.
 void LoadCluster(std::size_t resources);

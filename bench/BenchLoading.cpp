@@ -5,19 +5,22 @@
 #include "PrivateFolder.h"
 #include "ToolRuns.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace bench {
 
 namespace {
 
-const int Rounds = 21;
+const double Milli = 1e3;
+const std::size_t Rounds = 21;
 const wchar_t EmptyDll[] = L"lz32.dll"; // of the system, and next to nothing in it
 
-// Loads a DLL in a process of its own; milliseconds.
-double TimeOfLoading(const std::wstring& dll) {
-    return std::atof(OutputOfProcess(BenchToolPath(), L"load \"" + dll + L"\"").c_str());
+// Loads a DLL in a process of its own, which tells what that took on the wall. The processor time is that of the
+// whole process.
+RunTime TimeOfLoading(const std::wstring& dll) {
+    double seconds = 0;
+    const std::string milliseconds = OutputOfProcess(BenchToolPath(), L"load \"" + dll + L"\"", &seconds);
+    return {seconds, std::atof(milliseconds.c_str()) / Milli};
 }
 
 double Megabytes(const wchar_t* file) {
@@ -30,20 +33,20 @@ double Megabytes(const wchar_t* file) {
 } // namespace
 
 void MeasureLoading(Report& report) {
-    report.Begin("Loading",
-                 "LoadLibraryW of clusutil.dll with all that it needs, in a process of its own each time; against a "
-                 "small DLL of the system. Times on the wall.",
-                 "files");
+    report.Begin(
+        "Loading",
+        "LoadLibraryW of clusutil.dll with all that it needs, in a process of its own each time; in turns with "
+        "a small DLL of the system.",
+        "files");
     const harness::PrivateFolder folder; // for the output of the processes
-    std::vector<double> library, empty;
     const std::wstring path = BenchFolder() + L"clusutil.dll";
-    for (int round = 0; round < Rounds; ++round) {
-        library.push_back(TimeOfLoading(path));
-        empty.push_back(TimeOfLoading(EmptyDll));
-    }
-    report.Add({0, "clusutil.dll, median", Median(library), "ms", 8});
-    report.Add({0, "clusutil.dll, fastest", *std::min_element(library.begin(), library.end()), "ms"});
-    report.Add({0, "small DLL of the system, median", Median(empty), "ms"});
+    const Comparison times = CompareTimed(
+        {{"library", [&path]() { return TimeOfLoading(path); }}, {"empty", []() { return TimeOfLoading(EmptyDll); }}},
+        Rounds);
+    report.Add({0, "clusutil.dll, on the wall", times.WallSeconds("library") * Milli, "ms", 8});
+    report.Add({0, "small DLL of the system, on the wall", times.WallSeconds("empty") * Milli, "ms"});
+    report.Add(
+        {0, "clusutil.dll, processor time beyond the small DLL's", times.Difference("library", "empty") * Milli, "ms"});
     for (const wchar_t* file : {L"clusutil.dll", L"DebugLog.dll", L"CommonUtil.dll", L"WebServerUtil.dll"}) {
         const std::wstring name = file;
         report.Add({0, "size of " + std::string(name.begin(), name.end()), Megabytes(file), "MB"});

@@ -3,6 +3,7 @@
 #include "BareCalls.h"
 #include "BareSupport.h"
 #include "BenchCluster.h"
+#include "Growth.h"
 #include "Measurement.h"
 #include "StubCluster.h"
 #include "StubLoops.h"
@@ -21,7 +22,8 @@ namespace {
 
 const double Nano = 1e9;
 const double Milli = 1e3;
-const std::size_t GoalSize = 10000; // goals are set for so many resources
+const std::size_t GoalSize = 10000;        // goals are set for so many resources
+const std::size_t GrowthGoalSize = 100000; // those of growth for so many
 
 double GoalAt(std::size_t size, double goal) {
     return size >= GoalSize ? goal : 0;
@@ -44,6 +46,8 @@ void AddOwnCost(Report& report, std::size_t size, const Comparison& times, doubl
                 GoalAt(size, goal)});
     report.Add({size, "best loop, own cost", times.Difference("best", "calls") * Nano / parts, "ns per resource"});
     report.Add({size, "stub calls", times.Seconds("calls") * Nano / parts, "ns per resource"});
+    report.Add(
+        {size, "library with the calls, on the wall", times.WallSeconds("library") * Nano / parts, "ns per resource"});
     if (times.Allocations("library") != 0) {
         report.Add({size, "allocations", static_cast<double>(times.Allocations("library")) / parts, "per resource",
                     GoalAt(size, 0.5)});
@@ -52,31 +56,29 @@ void AddOwnCost(Report& report, std::size_t size, const Comparison& times, doubl
     }
 }
 
-// How much longer it takes than a tenth of it did.
-class Growth {
-public:
-    // Gives it too: 0 for the first size.
-    double Add(Report& report, std::size_t size, const Comparison& times, const char* contestant, const char* measure,
-               double goal = 0) {
-        const double seconds = times.Seconds(contestant);
-        const double growth = m_last != 0 ? seconds / m_last : 0;
-        if (growth != 0) {
-            report.Add({size, measure, growth, "times a tenth", goal});
-        }
-        m_last = seconds;
-        return growth;
-    }
-
-private:
-    double m_last = 0;
+// What the last size took, in seconds.
+struct OwnTimes {
+    double list = 0;
+    double best = 0;
+    double library = 0;
 };
+
+// That of the own costs, against that of the time of "list".
+void AddGrowths(Report& report, std::size_t size, const Comparison& times, const char* list, OwnTimes& last) {
+    const double most = AddGrowth(report, size, list, times.Seconds("list"), last.list);
+    AddGrowth(report, size, "growth, best loop's own cost", times.Difference("best", "calls"), last.best);
+    AddGrowth(report, size, "growth, own cost", times.Difference("library", "calls"), last.library,
+              size == GrowthGoalSize ? most : 0);
+}
 
 void MeasureServersOnStubs(Report& report, Scale scale) {
     report.Begin("EnumServersOnCurrentNode on stubs",
                  "Calls that make up names; own cost is the time beyond that of the same calls alone. No "
-                 "server is on this node. The best loop is written for this case alone and logs the same lines.",
+                 "server is on this node. The best loop is written for this case alone and logs the same lines. The "
+                 "names of all resources have to be kept until each is opened: the list is that of these names, one "
+                 "behind the other in one block, and nothing else.",
                  "resources");
-    Growth growth;
+    OwnTimes last;
     for (const std::size_t size : ResourceCounts(scale)) {
         const StubCluster cluster(size);
         CVirtualServerUtil util;
@@ -86,22 +88,32 @@ void MeasureServersOnStubs(Report& report, Scale scale) {
                         count == 0,
                     "EnumServersOnCurrentNode failed");
         };
-        const auto best = []() { Require(BestEnumServers() == 0, "the best loop finds a server"); };
+        const auto best = []() {
+            Require(BestEnumServers([](HRESOURCE, bool) {}) == 0, "the best loop finds a server");
+        };
         const auto calls = [size]() { CallsOfEnumServers(size); };
+        const auto list = [size]() {
+            std::vector<wchar_t> names;
+            wchar_t text[LongestName];
+            for (DWORD i = 0; i < size; ++i) {
+                names.insert(names.end(), text, text + StubName(i, text, LongestName) + 1);
+            }
+            Require(names.size() > size, "names are missing");
+        };
         Require(cluster.CallsOf(library) == cluster.CallsOf(calls) && cluster.CallsOf(best) == cluster.CallsOf(calls),
                 "the contestants make other numbers of calls");
-        const Comparison times = Compare({{"library", library}, {"best", best}, {"calls", calls}});
+        const Comparison times = Compare({{"library", library}, {"best", best}, {"calls", calls}, {"list", list}});
         AddOwnCost(report, size, times, 250);
-        growth.Add(report, size, times, "library", "growth");
+        AddGrowths(report, size, times, "growth of the list of names alone", last);
     }
 }
 
 void MeasureNamesOnStubs(Report& report, Scale scale) {
     report.Begin("EnumResourceNamesByType on stubs",
                  "The same; one resource in ten is of the type asked for. The result list is that of the names found, "
-                 "and nothing else.",
+                 "made one by one as the calls make them, and nothing else.",
                  "resources");
-    Growth growth, growthOfList;
+    OwnTimes last;
     for (const std::size_t size : ResourceCounts(scale)) {
         const StubCluster cluster(size);
         const std::list<std::wstring> expected = BestNamesByType(StubStoreType);
@@ -112,18 +124,22 @@ void MeasureNamesOnStubs(Report& report, Scale scale) {
             Require(BestNamesByType(StubStoreType).size() == expected.size(), "the best loop finds another number");
         };
         const auto calls = [size]() { CallsOfNamesByType(size); };
-        const auto list = [&expected]() {
+        const auto namesAlone = [size]() {
             std::list<std::wstring> names;
-            names.insert(names.end(), expected.begin(), expected.end());
-            Require(names.size() == expected.size(), "a list of another length");
+            wchar_t text[LongestName];
+            for (DWORD i = StubStores; i < size; i += StubTypes) {
+                StubName(i, text, LongestName);
+                names.emplace_back(text);
+            }
+            return names;
         };
-        Require(NamesByType() == expected, "the library and the best loop find other names");
+        const auto list = [&]() { Require(namesAlone().size() == expected.size(), "a list of another length"); };
+        Require(NamesByType() == expected && namesAlone() == expected, "the contestants find other names");
         Require(cluster.CallsOf(library) == cluster.CallsOf(calls) && cluster.CallsOf(best) == cluster.CallsOf(calls),
                 "the contestants make other numbers of calls");
         const Comparison times = Compare({{"library", library}, {"best", best}, {"calls", calls}, {"list", list}});
         AddOwnCost(report, size, times, 150);
-        const double most = growthOfList.Add(report, size, times, "list", "growth of the result list alone");
-        growth.Add(report, size, times, "library", "growth", GoalAt(size, most));
+        AddGrowths(report, size, times, "growth of the result list alone", last);
     }
 }
 
@@ -133,6 +149,9 @@ void MeasureNamesOnStubs(Report& report, Scale scale) {
 void AddRatio(Report& report, std::size_t size, const Comparison& times, double goal) {
     Require(times.Calls("library") >= times.Calls("bare"), "the bare calls are more than the library's");
     report.Add({size, "library / bare calls", times.Ratio("library", "bare"), "", goal});
+    if (times.Has("best")) {
+        report.Add({size, "best loop / bare calls", times.Ratio("best", "bare"), ""});
+    }
     report.Add({size, "library", times.Seconds("library") * Milli, "ms"});
     report.Add({size, "bare calls", times.Seconds("bare") * Milli, "ms"});
     report.Add({size, "library, on the wall", times.WallSeconds("library") * Milli, "ms"});
@@ -147,28 +166,41 @@ Comparison CompareServers(std::size_t size) {
     CVirtualServerUtil util;
     const std::size_t servers = size / ResourcesPerGroup - size / ResourcesPerGroup / 2; // every second group's
     std::vector<CClusterVirtualServerInfo> records(servers);
-    return Compare({{"library",
-                     [&]() {
-                         int count = static_cast<int>(servers);
-                         Require(util.EnumServersOnCurrentNode(records.data(), &count) ==
-                                         CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS &&
-                                     static_cast<std::size_t>(count) == servers,
-                                 "EnumServersOnCurrentNode failed");
-                     }},
-                    {"bare", [&]() {
-                         Require(BareEnumServers(records.data(), records.size()) == servers,
-                                 "the bare loop finds another number of servers");
-                     }}});
+    const auto library = [&]() {
+        int count = static_cast<int>(servers);
+        Require(util.EnumServersOnCurrentNode(records.data(), &count) == CVirtualServerUtil::ENUM_VS_RESULT_SUCCESS &&
+                    static_cast<std::size_t>(count) == servers,
+                "EnumServersOnCurrentNode failed");
+    };
+    const auto bare = [&]() {
+        std::size_t next = 0;
+        Require(BareEnumServers([&]() -> CClusterVirtualServerInfo& { return records.at(next++); }) == servers,
+                "the bare loop finds another number of servers");
+    };
+    const auto best = [&]() {
+        std::size_t next = 0;
+        const auto fill = [&](HRESOURCE resource, bool isOnline) {
+            CClusterVirtualServerInfo& record = records.at(next++);
+            record.m_bIsOnline = isOnline;
+            BareFillRecord(resource, record);
+        };
+        Require(BestEnumServers(fill) == servers, "the best loop finds another number of servers");
+    };
+    return Compare({{"library", library}, {"bare", bare}, {"best", best}});
 }
 
 Comparison CompareNames(std::size_t size) {
     const std::size_t expected = size / ResourcesPerGroup;
-    return Compare(
-        {{"library",
-          [&]() { Require(NamesByType().size() == expected, "EnumResourceNamesByType finds another number"); }},
-         {"bare", [&]() {
-              Require(BareNamesOfType(StubStoreType) == expected, "the bare loop finds another number of stores");
-          }}});
+    const auto library = [=]() {
+        Require(NamesByType().size() == expected, "EnumResourceNamesByType finds another number");
+    };
+    const auto bare = [=]() {
+        Require(BareNamesOfType(StubStoreType) == expected, "the bare loop finds another number of stores");
+    };
+    const auto best = [=]() {
+        Require(BestNamesByType(StubStoreType).size() == expected, "the best loop finds another number of stores");
+    };
+    return Compare({{"library", library}, {"bare", bare}, {"best", best}});
 }
 
 // The deletion of the first virtual server's product resource and its creation.
@@ -217,9 +249,13 @@ struct Member {
 };
 
 const Member Members[] = {
-    {"EnumServersOnCurrentNode on the simulator", "One resource in twenty is a server of this node.", 1.02,
-     &CompareServers},
-    {"EnumResourceNamesByType on the simulator", "One resource in ten is of the type.", 1.02, &CompareNames},
+    {"EnumServersOnCurrentNode on the simulator",
+     "One resource in twenty is a server of this node. The best loop keeps the names in one block and logs the lines "
+     "of "
+     "the loop.",
+     1.02, &CompareServers},
+    {"EnumResourceNamesByType on the simulator",
+     "One resource in ten is of the type. The best loop keeps the names in one block.", 1.02, &CompareNames},
     {"GetDiskLettersFromResource on the simulator", "One partition, whose device name is a drive.", 0,
      [](std::size_t) { return CompareDiskPaths(); }},
     {"DeleteKOVAResurceOnCurrentNode and CreateKOVAResource on the simulator", // last: it changes the cluster

@@ -4,6 +4,7 @@
 #include "BenchLoading.h"
 #include "BenchMembers.h"
 #include "BenchVeritas.h"
+#include "ProcessClock.h"
 #include "Report.h"
 #include "Scale.h"
 #include "ThreadClock.h"
@@ -58,6 +59,10 @@ bool ReadOptions(const std::vector<std::string>& arguments, Options& options) {
     return true;
 }
 
+const char* NameOf(bench::Scale scale) {
+    return scale == bench::Scale::Brief ? "brief" : scale == bench::Scale::Normal ? "normal" : "large";
+}
+
 void Write(const std::string& file, const std::string& text) {
     std::FILE* const out = file == "-" ? stdout : std::fopen(file.c_str(), "wb");
     if (!out || std::fwrite(text.data(), 1, text.size(), out) != text.size() || std::fflush(out) != 0) {
@@ -71,10 +76,10 @@ void Write(const std::string& file, const std::string& text) {
 void Run(const Options& options) {
     bench::Report report(options.jsonFile == "-");
     if (options.jsonFile != "-") {
-        std::printf("Medians of rounds in which all that is compared takes turns; log off. Times are processor times "
-                    "(%s)\nunless said otherwise. Memory is what malloc of the C++ runtime and the library's "
-                    "LocalAlloc hand out.\n",
-                    bench::ThreadClockName().c_str());
+        std::printf("Version %s. Medians of rounds in which all that is compared takes turns; log off. Times are "
+                    "processor times (%s;\nof processes %s) unless said otherwise. Memory is what malloc of the C++ "
+                    "runtime and the library's LocalAlloc hand out.\n",
+                    CLUSUTIL_BENCH_VERSION, bench::ThreadClockName().c_str(), bench::ProcessClockName().c_str());
     }
     if (options.Has("cluster")) {
         bench::MeasureMembers(report, options.scale);
@@ -89,7 +94,10 @@ void Run(const Options& options) {
         bench::MeasureCommands(report, options.scale);
     }
     if (!options.jsonFile.empty()) {
-        Write(options.jsonFile, common::DumpJson(report.Document()));
+        common::Json document = report.Document();
+        document["parts"] = options.parts.empty() ? common::Json("all") : common::Json(options.parts);
+        document["scale"] = NameOf(options.scale);
+        Write(options.jsonFile, common::DumpJson(document));
     }
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 const std::size_t MinimumRounds = 9;
 const std::size_t MaximumRounds = 201;
-const double SecondsPerTurn = 0.002; // at least
+const double SecondsPerTurn = 0.001; // of the slowest, at least
 
 std::size_t CallsOf(const std::function<void()>& run) {
     ClusSimClearJournal();
@@ -23,11 +23,56 @@ std::size_t CallsOf(const std::function<void()>& run) {
     return ClusSimCallCount(nullptr);
 }
 
-std::size_t RepetitionsOf(const std::function<void()>& run) {
-    const double started = ThreadSeconds();
-    run();
-    const double once = std::max(ThreadSeconds() - started, 1e-7);
-    return static_cast<std::size_t>(std::ceil(SecondsPerTurn / once));
+// The numbers of one run. Nothing else is watched meanwhile: the timed rounds run as they are.
+void WatchMemory(const Contestant& contestant, std::size_t& peakBytes, std::size_t& allocations) {
+    MemoryMeter meter;
+    if (meter.Works()) {
+        meter.Start();
+        contestant.run();
+        meter.Stop();
+        peakBytes = meter.PeakBytes();
+        allocations = meter.Allocations();
+    }
+}
+
+// The same for all of them.
+std::size_t RepetitionsOf(const std::vector<Contestant>& contestants) {
+    double slowest = 1e-7;
+    for (const Contestant& contestant : contestants) {
+        const double started = ThreadSeconds();
+        contestant.run();
+        slowest = std::max(slowest, ThreadSeconds() - started);
+    }
+    return static_cast<std::size_t>(std::ceil(SecondsPerTurn / slowest));
+}
+
+RunTime TimeOf(const std::function<void()>& run, std::size_t repetitions) {
+    const double wallStarted = WallSeconds();
+    const double threadStarted = ThreadSeconds();
+    for (std::size_t n = 0; n < repetitions; ++n) {
+        run();
+    }
+    const double count = static_cast<double>(repetitions);
+    const double seconds = (ThreadSeconds() - threadStarted) / count;
+    return {seconds, (WallSeconds() - wallStarted) / count};
+}
+
+// Calls take(i) for each contestant; the first turn goes round.
+template <typename Take> void TakeTurns(std::size_t contestants, std::size_t round, const Take& take) {
+    for (std::size_t turn = 0; turn < contestants; ++turn) {
+        take((round + turn) % contestants);
+    }
+}
+
+// A clock that ticks may tell no time of a short run: such rounds say nothing.
+double MedianRatio(const std::vector<double>& times, const std::vector<double>& baseTimes) {
+    std::vector<double> ratios;
+    for (std::size_t round = 0; round < times.size(); ++round) {
+        if (baseTimes[round] > 0) {
+            ratios.push_back(times[round] / baseTimes[round]);
+        }
+    }
+    return ratios.empty() ? 0 : Median(ratios);
 }
 
 } // namespace
@@ -40,52 +85,51 @@ double Median(std::vector<double> values) {
 
 Comparison Compare(const std::vector<Contestant>& contestants, double seconds) {
     Comparison result;
-    MemoryMeter meter;
-    std::vector<std::size_t> repetitions;
     for (const Contestant& contestant : contestants) {
         Comparison::Side side;
         side.name = contestant.name;
         side.calls = CallsOf(contestant.run);
-        if (meter.Works()) {
-            meter.Start();
-            contestant.run();
-            meter.Stop();
-            side.peakBytes = meter.PeakBytes();
-            side.allocations = meter.Allocations();
-        }
-        repetitions.push_back(RepetitionsOf(contestant.run));
+        WatchMemory(contestant, side.peakBytes, side.allocations);
         result.m_sides.push_back(side);
     }
-
+    const std::size_t repetitions = RepetitionsOf(contestants);
     const double started = WallSeconds();
     for (std::size_t round = 0; round < MinimumRounds || (round < MaximumRounds && WallSeconds() - started < seconds);
          ++round) {
-        for (std::size_t turn = 0; turn < contestants.size(); ++turn) {
-            const std::size_t i = (round + turn) % contestants.size();
-            const double wallStarted = WallSeconds();
-            const double threadStarted = ThreadSeconds();
-            for (std::size_t n = 0; n < repetitions[i]; ++n) {
-                contestants[i].run();
-            }
-            const double count = static_cast<double>(repetitions[i]);
-            result.m_sides[i].seconds.push_back((ThreadSeconds() - threadStarted) / count);
-            result.m_sides[i].wallSeconds.push_back((WallSeconds() - wallStarted) / count);
-        }
+        TakeTurns(contestants.size(), round,
+                  [&](std::size_t i) { result.m_sides[i].Add(TimeOf(contestants[i].run, repetitions)); });
     }
     return result;
 }
 
-const Comparison::Side& Comparison::Of(const std::string& contestant) const {
-    const auto found = std::find_if(m_sides.begin(), m_sides.end(),
-                                    [&contestant](const Side& side) { return side.name == contestant; });
-    if (found == m_sides.end()) {
-        throw std::logic_error("there is no contestant " + contestant);
+Comparison CompareTimed(const std::vector<TimedContestant>& contestants, std::size_t rounds) {
+    Comparison result;
+    for (const TimedContestant& contestant : contestants) {
+        result.m_sides.emplace_back();
+        result.m_sides.back().name = contestant.name;
     }
-    return *found;
+    for (std::size_t round = 0; round < rounds; ++round) {
+        TakeTurns(contestants.size(), round, [&](std::size_t i) { result.m_sides[i].Add(contestants[i].run()); });
+    }
+    return result;
 }
 
-std::size_t Comparison::Rounds() const {
-    return m_sides.front().seconds.size();
+const Comparison::Side* Comparison::Find(const std::string& contestant) const {
+    const auto found = std::find_if(m_sides.begin(), m_sides.end(),
+                                    [&contestant](const Side& side) { return side.name == contestant; });
+    return found == m_sides.end() ? nullptr : &*found;
+}
+
+const Comparison::Side& Comparison::Of(const std::string& contestant) const {
+    const Side* const side = Find(contestant);
+    if (!side) {
+        throw std::logic_error("there is no contestant " + contestant);
+    }
+    return *side;
+}
+
+bool Comparison::Has(const std::string& contestant) const {
+    return Find(contestant) != nullptr;
 }
 
 double Comparison::Seconds(const std::string& contestant) const {
@@ -97,10 +141,11 @@ double Comparison::WallSeconds(const std::string& contestant) const {
 }
 
 double Comparison::Ratio(const std::string& contestant, const std::string& base) const {
-    std::vector<double> ratios = Of(contestant).seconds;
-    std::transform(ratios.begin(), ratios.end(), Of(base).seconds.begin(), ratios.begin(),
-                   [](double time, double baseTime) { return time / baseTime; });
-    return Median(ratios);
+    return MedianRatio(Of(contestant).seconds, Of(base).seconds);
+}
+
+double Comparison::WallRatio(const std::string& contestant, const std::string& base) const {
+    return MedianRatio(Of(contestant).wallSeconds, Of(base).wallSeconds);
 }
 
 double Comparison::Difference(const std::string& contestant, const std::string& base) const {

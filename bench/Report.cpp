@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "ProcessClock.h"
 #include "ThreadClock.h"
 
 #include "common/Text.h"
@@ -89,12 +90,14 @@ void Report::Add(const Figure& figure) {
 }
 
 Json Report::Document() const {
-    return {{"date", Today()},
+    return {{"version", CLUSUTIL_BENCH_VERSION},
+            {"date", Today()},
             {"machine",
              {{"processor", Processor()},
               {"processors", Processors()},
               {"system", System()},
-              {"clock", ThreadClockName()}}},
+              {"clock", ThreadClockName()},
+              {"processClock", ProcessClockName()}}},
             {"subjects", m_subjects}};
 }
 

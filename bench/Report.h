@@ -26,7 +26,7 @@ public:
     void Begin(const std::string& subject, const std::string& explanation, const std::string& things);
     void Add(const Figure& figure);
 
-    // With the figures the date, the machine and the clock.
+    // With the figures the version, the date, the machine and the clocks.
     common::Json Document() const;
 
 private:

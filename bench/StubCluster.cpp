@@ -57,32 +57,17 @@ HCLUSENUM WINAPI StubOpenEnum(HCLUSTER, DWORD) {
     return HandleOf<HCLUSENUM>(1);
 }
 
-// "KIND NUMBER", put together at each call: a list of prepared names would push what is measured out of the caches.
+// Put together at each call: a list of prepared names would push what is measured out of the caches.
 DWORD WINAPI StubEnum(HCLUSENUM, DWORD index, LPDWORD type, LPWSTR text, LPDWORD cch) {
     ++TheCalls;
     if (index >= TheResources) {
         return ERROR_NO_MORE_ITEMS;
     }
-    const std::wstring& kind = Kinds[index % StubTypes].name;
-    DWORD number = index / StubTypes;
-    DWORD digits = 1;
-    for (DWORD rest = number; rest >= 10; rest /= 10) {
-        ++digits;
-    }
-    const DWORD size = static_cast<DWORD>(kind.size()) + 1 + digits;
-    if (size >= *cch) {
-        *cch = size;
-        return ERROR_MORE_DATA;
-    }
-    *type = CLUSTER_ENUM_RESOURCE;
+    const DWORD size = StubName(index, text, *cch);
+    const bool isStored = size < *cch;
     *cch = size;
-    std::memcpy(text, kind.data(), kind.size() * sizeof(wchar_t));
-    text[kind.size()] = L' ';
-    text[size] = L'\0';
-    for (wchar_t* digit = text + size; digits != 0; --digits, number /= 10) {
-        *--digit = static_cast<wchar_t>(L'0' + number % 10);
-    }
-    return ERROR_SUCCESS;
+    *type = CLUSTER_ENUM_RESOURCE;
+    return isStored ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 DWORD WINAPI StubCloseEnum(HCLUSENUM) {
@@ -134,6 +119,27 @@ const Stub Stubs[] = {{"OpenCluster", reinterpret_cast<void*>(&StubOpenCluster)}
                       {"GetClusterResourceState", reinterpret_cast<void*>(&StubResourceState)}};
 
 } // namespace
+
+// "KIND NUMBER".
+DWORD StubName(DWORD index, wchar_t* text, DWORD capacity) {
+    const std::wstring& kind = Kinds[index % StubTypes].name;
+    DWORD number = index / StubTypes;
+    DWORD digits = 1;
+    for (DWORD rest = number; rest >= 10; rest /= 10) {
+        ++digits;
+    }
+    const DWORD size = static_cast<DWORD>(kind.size()) + 1 + digits;
+    if (size >= capacity) {
+        return size;
+    }
+    std::memcpy(text, kind.data(), kind.size() * sizeof(wchar_t));
+    text[kind.size()] = L' ';
+    text[size] = L'\0';
+    for (wchar_t* digit = text + size; digits != 0; --digits, number /= 10) {
+        *--digit = static_cast<wchar_t>(L'0' + number % 10);
+    }
+    return size;
+}
 
 struct StubCluster::Patches {
     std::vector<std::unique_ptr<harness::ImportEntryPatch>> patches;

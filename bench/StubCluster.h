@@ -31,6 +31,10 @@ private:
 // Resources of this type are one in ten.
 const wchar_t StubStoreType[] = L"Microsoft Exchange Information Store";
 const std::size_t StubTypes = 10;
+const std::size_t StubStores = 4; // the first of them
+
+// Stores the name of a resource, if it fits with its terminator; its length.
+DWORD StubName(DWORD index, wchar_t* text, DWORD capacity);
 
 } // namespace bench
 

@@ -81,7 +81,7 @@ void CallsOfNamesByType(std::size_t resources) {
     CallForEach(resources, [](std::size_t, HRESOURCE) {});
 }
 
-std::size_t BestEnumServers() {
+std::size_t BestEnumServers(const FoundServer& found) {
     std::size_t count = 0;
     wchar_t computer[NodeCharacters];
     DWORD cchComputer = NodeCharacters;
@@ -98,11 +98,12 @@ std::size_t BestEnumServers() {
         wchar_t node[NodeCharacters];
         DWORD cchNode = NodeCharacters;
         DWORD cchGroup = 0;
-        GetClusterResourceState(resource, node, &cchNode, nullptr, &cchGroup);
+        const CLUSTER_RESOURCE_STATE state = GetClusterResourceState(resource, node, &cchNode, nullptr, &cchGroup);
         if (std::wcscmp(node, computer) != 0) {
             Log(L"This resource: %s is online on node:%s, skip.", name, static_cast<const wchar_t*>(node));
             return;
         }
+        found(resource, state == ClusterResourceOnline);
         ++count;
     });
     CloseCluster(cluster);

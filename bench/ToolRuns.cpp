@@ -1,6 +1,7 @@
 #include "ToolRuns.h"
 
 #include "BareSupport.h"
+#include "ProcessClock.h"
 
 #include "ImportPatch.h"
 
@@ -20,7 +21,7 @@ std::wstring BenchToolPath() {
     return BenchFolder() + L"clusutil_bench_tool.exe";
 }
 
-std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments) {
+std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments, double* processorTime) {
     wchar_t fileName[MAX_PATH] = L"";
     Require(GetTempFileNameW(L".", L"ha-", 0, fileName) != 0, "GetTempFileNameW");
     SECURITY_ATTRIBUTES inheritable = {sizeof(inheritable), nullptr, TRUE};
@@ -34,10 +35,14 @@ std::string OutputOfProcess(const std::wstring& program, const std::wstring& arg
     startup.hStdError = file;
     PROCESS_INFORMATION process = {};
     std::wstring commandLine = L"tool " + arguments;
+    const ProcessTimer timer;
     Require(CreateProcessW(program.c_str(), &commandLine[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                            &process),
             "CreateProcessW");
     WaitForSingleObject(process.hProcess, INFINITE);
+    if (processorTime) {
+        *processorTime = timer.Seconds(process);
+    }
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     char text[LargeReplyBytes];

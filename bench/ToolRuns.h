@@ -20,8 +20,10 @@ std::wstring BenchToolPath();
 const std::size_t BenchToolBytes = 14;
 
 // Starts a program with its output in a file, waits for it and reads the file: at most 4,096 bytes of it. These are the
-// calls that a run of a VCS tool needs. Throws std::runtime_error when one fails.
-std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments);
+// calls that a run of a VCS tool needs. Throws std::runtime_error when one fails. `processorTime`, in seconds, is that
+// of the program.
+std::string OutputOfProcess(const std::wstring& program, const std::wstring& arguments,
+                            double* processorTime = nullptr);
 
 // Replaces the library's CreateProcessW while one lives.
 class ToolReplacement {

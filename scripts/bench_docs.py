@@ -3,7 +3,8 @@
 
 usage: bench_docs.py FIGURES
 
-FIGURES is the JSON document that clusutil_bench writes with --json. What stands above the mark in the file stays.
+FIGURES is the JSON document that clusutil_bench writes with --json, of all parts at the large scale: anything less
+would drop what it did not measure. What stands above the mark in the file stays.
 """
 import json
 import sys
@@ -49,8 +50,9 @@ def table(subject):
 
 def text_of(document):
     machine = document["machine"]
-    lines = wrapped(f"Measured on {document['date']}: {machine['processor']}, {machine['processors']} processors, "
-                    f"{machine['system']}; processor times from {machine['clock']}.")
+    lines = wrapped(f"Version {document['version']}, measured on {document['date']}: {machine['processor']}, "
+                    f"{machine['processors']} processors, {machine['system']}; processor times from "
+                    f"{machine['clock']}, of processes from {machine['processClock']}.")
     for subject in document["subjects"]:
         lines += ["", f"## {subject['subject']}", ""] + wrapped(subject["explanation"]) + [""] + table(subject)
     return "\n".join(lines) + "\n"
@@ -61,6 +63,9 @@ def main(arguments):
         print(__doc__.strip(), file=sys.stderr)
         return 2
     document = json.loads(Path(arguments[0]).read_text(encoding="utf-8"))
+    if (document["parts"], document["scale"]) != ("all", "large"):
+        print(f"{arguments[0]}: not of all parts at the large scale; {DOCUMENT} stays as it is", file=sys.stderr)
+        return 1
     text = DOCUMENT.read_text(encoding="utf-8")
     if MARK not in text:
         print(f"{DOCUMENT}: the mark is missing: {MARK}", file=sys.stderr)

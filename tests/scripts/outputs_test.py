@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Examples for what ./dev docs and ./dev package make: the reference's input and checks, the package's documents and checks."""
+"""Examples for what ./dev docs, ./dev package and ./dev bench make: the reference's input and checks, the package's
+documents and checks, and the tables of figures."""
+import contextlib
+import io
 import json
 import sys
 import tempfile
@@ -10,6 +13,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 SCRIPTS = Path(__file__).resolve().parent.parent.parent / "scripts"
 sys.path[:0] = [str(SCRIPTS), str(SCRIPTS / "package")]
+import bench_docs  # noqa: E402
 import check_package  # noqa: E402
 import package  # noqa: E402
 import reference  # noqa: E402
@@ -147,6 +151,39 @@ class ListOfContents(Folder):
     def test_a_reference_to_nothing_is_found(self):
         self.assertEqual(self.change(lambda found: found["relationships"][0].update(relatedSpdxElement="SPDXRef-none")),
                          ["clusutil.spdx.json: SPDXRef-none is named and not there"])
+
+
+class Figures(Folder):
+    DOCUMENT = {
+        "version": "1.2.3", "date": "2026-01-02", "parts": "all", "scale": "large",
+        "machine": {"processor": "P", "processors": 2, "system": "S", "clock": "C", "processClock": "D"},
+        "subjects": [{"subject": "Loading", "explanation": "Why.", "things": "files",
+                      "figures": [{"size": 10, "measure": "load", "value": 1.25, "unit": "ms"},
+                                  {"size": 100, "measure": "load", "value": 3, "unit": "ms", "goal": 8}]}]}
+
+    def setUp(self):
+        super().setUp()
+        kept = bench_docs.DOCUMENT
+        self.addCleanup(lambda: setattr(bench_docs, "DOCUMENT", kept))
+        bench_docs.DOCUMENT = self.page = self.write("benchmarks.md", f"Head.\n\n{bench_docs.MARK}\n\nold\n")
+
+    def code_of(self, **changes):
+        figures = self.write("figures.json", json.dumps({**self.DOCUMENT, **changes}))
+        with contextlib.redirect_stderr(io.StringIO()):
+            return bench_docs.main([str(figures)])
+
+    def test_a_table_has_a_row_for_each_measure_and_a_column_for_each_size(self):
+        self.assertEqual(self.code_of(), 0)
+        self.assertEqual(self.page.read_text(encoding="utf-8"),
+                         f"Head.\n\n{bench_docs.MARK}\n\nVersion 1.2.3, measured on 2026-01-02: P, 2 processors, S; "
+                         "processor times from C, of processes from D.\n\n## Loading\n\nWhy.\n\n"
+                         "| measure | 10 files | 100 files | goal |\n|---|--:|--:|--:|\n"
+                         "| load, ms | 1.25 | 3 | at most 8 |\n")
+
+    def test_figures_of_less_than_everything_do_not_replace_the_tables(self):
+        for changes in ({"parts": ["cluster"]}, {"scale": "normal"}):
+            self.assertEqual(self.code_of(**changes), 1)
+            self.assertIn("old", self.page.read_text(encoding="utf-8"))
 
 
 if __name__ == "__main__":
