@@ -57,6 +57,11 @@ CLUSSIM_API void ClusSimAdvanceClock(unsigned milliseconds);
 CLUSSIM_API unsigned long ClusSimHappen(const char* event, const char* name, const char* node, char* error,
                                         size_t cbError);
 
+// What this process sees from now on is what a program on that node would: the node has this computer's name and the
+// other way round, and the cluster service runs. The next call begins with the model as it was; one without a name
+// leaves it so. For a model held in memory that nothing changes meanwhile. 0 when there is no such node.
+CLUSSIM_API int ClusSimSeeFrom(const char* node);
+
 // What happens in the cluster from now on, as far as this process sees it: one JSON object per line with "at"
 // (milliseconds since 1601, UTC), "kind" ("cluster", "node", "group" or "resource"), "name", "what" and "why".
 CLUSSIM_API void ClusSimRecordEvents(int on);

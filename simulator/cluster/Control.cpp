@@ -103,6 +103,12 @@ unsigned long ClusSimHappen(const char* event, const char* name, const char* nod
     }
 }
 
+int ClusSimSeeFrom(const char* node) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    return service.SeeFrom(node ? node : "") ? 1 : 0;
+}
+
 void ClusSimRecordEvents(int on) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);

@@ -92,6 +92,17 @@ bool Model::AddNode(Node node) {
     return true;
 }
 
+void Model::Rename(Node& node, const std::wstring& nodeName) {
+    Node* const holder = FindNode(nodeName);
+    m_nodesByName.erase(Folded(node.name));
+    if (holder) {
+        m_nodesByName[Folded(node.name)] = holder;
+        holder->name = node.name;
+    }
+    m_nodesByName[Folded(nodeName)] = &node;
+    node.name = nodeName;
+}
+
 bool Model::AddType(ResourceType type) {
     const std::wstring key = Folded(type.name);
     if (m_typesByName.count(key)) {

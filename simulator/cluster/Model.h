@@ -240,6 +240,9 @@ public:
     // an address that is in use: of a core resource, or of a node that takes part.
     bool AnswersTo(const std::wstring& nameOrAddress) const;
 
+    // Gives the node this name; the one that has it gets the node's.
+    void Rename(Node& node, const std::wstring& nodeName);
+
     // Building. False when the name is taken.
     bool AddNode(Node node);
     bool AddType(ResourceType type);

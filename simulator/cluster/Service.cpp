@@ -168,6 +168,7 @@ bool Service::LoadModel(const char* json, std::string& error) {
         m_configured = true; // an in-memory model ignores the environment
         m_file.SetPath(L"");
         m_memory = std::move(model);
+        m_seeAsBefore = nullptr;
     } catch (const ModelError& problem) {
         error = problem.what();
         return false;
@@ -188,7 +189,47 @@ std::string Service::ReadModel() {
     return model ? WriteModel(*model) : std::string();
 }
 
+bool Service::SeeFrom(const std::string& node) {
+    if (m_seeAsBefore) {
+        m_seeAsBefore();
+        m_seeAsBefore = nullptr;
+    }
+    if (node.empty()) {
+        return true;
+    }
+    Node* const seen = m_memory ? m_memory->FindNode(common::ToUtf16(node)) : nullptr;
+    if (!seen) {
+        return false;
+    }
+    Model& model = *m_memory;
+    const std::wstring here = ThisComputer();
+    const Node* const own = model.FindNode(here);
+    if (seen == own) {
+        return true;
+    }
+    std::vector<std::pair<Group*, std::wstring>> spellings;
+    for (Group& group : model.groups) {
+        if (group.owner == seen || group.owner == own) { // of names that are exchanged
+            spellings.emplace_back(&group, std::move(group.ownerAs));
+            group.ownerAs.clear();
+        }
+    }
+    const std::wstring name = seen->name;
+    const bool wasRunning = model.running;
+    model.Rename(*seen, here);
+    model.running = true;
+    m_seeAsBefore = [&model, seen, name, wasRunning, spellings]() {
+        model.Rename(*seen, name);
+        model.running = wasRunning;
+        for (const auto& spelling : spellings) {
+            spelling.first->ownerAs = spelling.second;
+        }
+    };
+    return true;
+}
+
 void Service::Reset() {
+    m_seeAsBefore = nullptr;
     m_memory.reset();
     m_file.SetPath(L"");
     m_configured = false;

@@ -70,6 +70,7 @@ public:
     void ClearFaults();
     void UseManualClock();
     Code AdvanceClock(std::uint64_t milliseconds);
+    bool SeeFrom(const std::string& node);
     void RecordEvents(bool on);
     const std::vector<Event>& Events() const {
         return m_events;
@@ -95,6 +96,7 @@ private:
     bool m_recordsEvents = false;
     bool m_hasStopped = false; // as far as this process has seen: the service did not run when it looked last
     std::vector<Event> m_events;
+    std::function<void()> m_seeAsBefore; // undoes SeeFrom
 };
 
 } // namespace clussim

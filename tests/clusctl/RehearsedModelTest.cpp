@@ -51,26 +51,6 @@ TEST(RehearsedModel, ThisComputerIsTheNodeWithoutAName) {
     EXPECT_EQ(NodeState(model, "NODE3", "NODE1"), "");
 }
 
-TEST(RehearsedModel, SeenFromAnotherNodeItsInterfacesAndTypesAreThatComputersToo) {
-    Json model = TwoNodes();
-    model["networks"] = Json::parse(R"([{"name": "Public"}])");
-    model["networkInterfaces"] = Json::parse(R"([{"name": "A", "node": ".", "network": "Public"},
-                                                 {"name": "B", "node": "NODE2", "network": "Public"}])");
-    model["resourceTypes"] = Json::parse(R"([{"name": "Store", "nodes": ["NODE2"]}])");
-    const Json seen = SeenFrom(model, "NODE2", "NODE1");
-    EXPECT_EQ(seen["networkInterfaces"][0]["node"], "NODE2"); // so is called now who was this computer
-    EXPECT_EQ(seen["networkInterfaces"][1]["node"], ".");
-    EXPECT_EQ(seen["resourceTypes"][0]["nodes"][0], ".");
-}
-
-TEST(RehearsedModel, SeenFromAnotherNodeTheNamesAreExchanged) {
-    const Json seen = SeenFrom(TwoNodes(), "NODE2", "NODE1");
-    EXPECT_EQ(seen["groups"][0]["owner"], "NODE2"); // which this computer's own name stands for there
-    EXPECT_EQ(seen["groups"][0]["preferredOwners"], Json::parse(R"([".", "NODE2"])"));
-    EXPECT_EQ(seen["nodes"][1]["name"], ".");
-    EXPECT_EQ(SeenFrom(TwoNodes(), "NODE1", "NODE1"), TwoNodes());
-}
-
 TEST(RehearsedModel, EndsAreComparedWithoutTimesAndNewIds) {
     const Json before = TwoNodes();
     Json first = before;

@@ -1,6 +1,8 @@
 // The control interface itself.
 #include "SimulatorTest.h"
 
+#include "common/Text.h"
+
 using testing::HasSubstr;
 
 class ControlInterface : public SimulatorTest {};
@@ -34,6 +36,65 @@ TEST_F(ControlInterface, AModelWithoutSettingsHasAnEmptyText) {
 
 TEST_F(ControlInterface, WithoutAModelThereAreNoSettings) {
     EXPECT_EQ(ClusSimReadSettings(nullptr, 0), 0u);
+}
+
+namespace {
+
+std::wstring ThisComputerName() {
+    wchar_t name[MAX_COMPUTERNAME_LENGTH + 1] = L"";
+    DWORD cch = MAX_COMPUTERNAME_LENGTH + 1;
+    GetComputerNameW(name, &cch);
+    return name;
+}
+
+std::wstring OwnerByName(const wchar_t* group) {
+    const HCLUSTER cluster = OpenCluster(nullptr);
+    const HGROUP handle = OpenClusterGroup(cluster, group);
+    wchar_t owner[64] = L"";
+    DWORD cch = 64;
+    GetClusterGroupState(handle, owner, &cch);
+    CloseClusterGroup(handle);
+    CloseCluster(cluster);
+    return owner;
+}
+
+// One group of this computer, one of another node that spells itself otherwise there.
+const char TwoOwners[] = R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "NODE-B"}],
+"groups": [{"name": "Here", "owner": "."}, {"name": "There", "owner": "node-b"}], "resources": []})";
+
+} // namespace
+
+TEST_F(ControlInterface, SeenFromAnotherNodeTheNamesAreExchanged) {
+    Load(TwoOwners);
+    const std::wstring here = ThisComputerName();
+    ASSERT_EQ(ClusSimSeeFrom("node-b"), 1);
+    EXPECT_EQ(OwnerByName(L"There"), here);
+    EXPECT_EQ(OwnerByName(L"Here"), L"NODE-B");
+    const HCLUSTER cluster = OpenCluster(nullptr);
+    const HNODE other = OpenClusterNode(cluster, L"NODE-B");
+    EXPECT_NE(other, nullptr) << "it is found by the name that it has now";
+    CloseClusterNode(other);
+    CloseCluster(cluster);
+    ASSERT_EQ(ClusSimSeeFrom(common::ToUtf8(here).c_str()), 1);
+    EXPECT_EQ(OwnerByName(L"Here"), here);
+    EXPECT_EQ(OwnerByName(L"There"), L"node-b") << "as it was";
+}
+
+TEST_F(ControlInterface, SeenFromANodeWhoseServiceRunsTheClusterAnswers) {
+    ASSERT_EQ(LoadError(Replaced(TwoOwners, "\"C\"", "\"C\", \"running\": false")), "");
+    EXPECT_EQ(OpenCluster(nullptr), nullptr);
+    const std::string before = ReadModel();
+    ASSERT_EQ(ClusSimSeeFrom("NODE-B"), 1);
+    EXPECT_EQ(OwnerByName(L"There"), ThisComputerName());
+    ASSERT_EQ(ClusSimSeeFrom(nullptr), 1);
+    EXPECT_EQ(ReadModel(), before);
+    EXPECT_EQ(OpenCluster(nullptr), nullptr);
+}
+
+TEST_F(ControlInterface, ThereIsNoViewFromANodeThatTheModelLacks) {
+    Load(TwoOwners);
+    EXPECT_EQ(ClusSimSeeFrom("NODE-C"), 0);
+    EXPECT_EQ(OwnerByName(L"Here"), ThisComputerName());
 }
 
 TEST_F(ControlInterface, AModelReadBackIsTheSameModel) {

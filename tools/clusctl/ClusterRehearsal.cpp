@@ -49,9 +49,9 @@ Json Settled(const Json& model) {
 
 class SweptCopy : public SweptRehearsal {
 public:
-    SweptCopy(const Json& before, const Json& wanted, const Words& command, const std::string& fault,
+    SweptCopy(const Json& before, const SweptEnds& ends, const Words& command, const std::string& fault,
               const std::wstring& rehearsed)
-        : m_before(before), m_wanted(wanted), m_run(before, command, {fault}, rehearsed, true) {
+        : m_before(before), m_ends(ends), m_run(before, command, {fault}, rehearsed, true) {
     }
     const ChildProgram& Program() const override {
         return m_run.Program();
@@ -59,13 +59,12 @@ public:
     SweepRun Finish() override {
         const CopyResult result = m_run.Finish();
         const Json end = ComparableEnd(m_before, Settled(result.model));
-        return SweepRunOf(result.command.program, end == ComparableEnd(m_before, m_before),
-                          end == ComparableEnd(m_before, m_wanted));
+        return SweepRunOf(result.command.program, end == m_ends.asBefore, end == m_ends.asWanted);
     }
 
 private:
     const Json& m_before;
-    const Json& m_wanted;
+    const SweptEnds& m_ends;
     CopyRun m_run;
 };
 
@@ -163,21 +162,37 @@ RehearsedCommand ClusterRehearsal::Run(const Words& command, const FaultTexts& f
     const CopyResult result = CopyRun(m_model, command, faults, m_rehearsed, asJson).Finish();
     TakeEvents(result.events);
     m_model = result.model;
-    ClusterSimulator::Load(m_model);
+    m_isLoaded = false;
     Tell("command", line, "ends with exit code " + std::to_string(result.command.program.exitCode));
     return result.command;
 }
 
-std::unique_ptr<SweptRehearsal> ClusterRehearsal::RunAgain(const Words& command, const std::string& fault) const {
-    return std::make_unique<SweptCopy>(m_beforeCommand, m_model, command, fault, m_rehearsed);
+std::unique_ptr<SweptRehearsal> ClusterRehearsal::RunAgain(const Words& command, const std::string& fault) {
+    if (m_ends.asBefore.empty()) {
+        m_ends = {ComparableEnd(m_beforeCommand, m_beforeCommand), ComparableEnd(m_beforeCommand, m_model)};
+    }
+    return std::make_unique<SweptCopy>(m_beforeCommand, m_ends, command, fault, m_rehearsed);
+}
+
+// Loading takes long for a large model: only what is asked is loaded.
+void ClusterRehearsal::Load() {
+    if (!m_isLoaded) {
+        ClusterSimulator::Load(m_model);
+        m_isLoaded = true;
+    }
 }
 
 bool ClusterRehearsal::Settle() {
+    if (NextEnd(m_model) == 0) {
+        return true;
+    }
+    Load();
     const bool hasEnded = LetEnd(m_model);
     TakeEvents(ClusterSimulator::TakeEvents());
     return hasEnded;
 }
 
+// Of the loaded model, which is this one.
 Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Report& report) const {
     const std::string state = NodeState(model, node, m_thisComputer);
     if (state != "up" && state != "paused") {
@@ -186,7 +201,7 @@ Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Rep
     if (!CVirtualServerUtil::CheckIsClusterByRegKey() && node != m_thisComputer) {
         return Json::array(); // the library would tell of this computer
     }
-    ClusterSimulator::Load(SeenFrom(model, node, m_thisComputer));
+    ClusterSimulator::SeeFrom(node);
     Report told;
     Json servers;
     try {
@@ -202,15 +217,20 @@ Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Rep
 
 Json ClusterRehearsal::Nodes(Report& report) {
     Json nodes = Json::array();
-    Report earlier; // what is not as it should be at first is no matter of the rehearsal
+    Load();
     for (const std::string& node : NodesOf(m_before, m_thisComputer)) {
         nodes.push_back({{"name", node},
                          {"stateBefore", NodeState(m_before, node, m_thisComputer)},
                          {"stateAfter", NodeState(m_model, node, m_thisComputer)},
-                         {"serversBefore", ServersOn(m_before, node, earlier)},
+                         {"serversBefore", nullptr},
                          {"serversAfter", ServersOn(m_model, node, report)}});
     }
-    ClusterSimulator::Load(m_model);
+    Report earlier; // what is not as it should be at first is no matter of the rehearsal
+    ClusterSimulator::Load(m_before);
+    m_isLoaded = false;
+    for (Json& node : nodes) {
+        node["serversBefore"] = ServersOn(m_before, node["name"].get<std::string>(), earlier);
+    }
     return nodes;
 }
 

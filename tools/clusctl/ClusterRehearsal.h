@@ -7,6 +7,12 @@
 
 #include <cstdint>
 
+// The ends that are told apart, as they are compared.
+struct SweptEnds {
+    Json asBefore;
+    Json asWanted;
+};
+
 class ClusterRehearsal : public Rehearsal {
 public:
     // `rehearsed`: what the model is one of, as people are told. Throws Failure when the model contradicts itself.
@@ -14,7 +20,7 @@ public:
 
     void Happen(const RehearsalEvent& event) override;
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
-    std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const override;
+    std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) override;
     bool Settle() override;
     const char* TitleOfCalls() const override {
         return "Calls of the cluster:";
@@ -28,6 +34,7 @@ private:
     void TakeEvents(const ClusterEvents& events);
     void Tell(const char* kind, const std::string& name, const std::string& what);
     double SecondsAt(std::int64_t time) const;
+    void Load();
     Json Nodes(Report& report);
     Json ServersOn(const Json& model, const std::string& node, Report& report) const;
 
@@ -36,6 +43,8 @@ private:
     Json m_before = Json::object();        // at first
     Json m_beforeCommand = Json::object(); // where Run began
     Json m_model = Json::object();         // by now
+    bool m_isLoaded = true; // m_model, by the simulator
+    SweptEnds m_ends;
     std::int64_t m_start = 0;
 };
 

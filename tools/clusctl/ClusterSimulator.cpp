@@ -1,6 +1,7 @@
 #include "ClusterSimulator.h"
 
 #include "Failure.h"
+#include "Text.h"
 
 #include <winsock2.h>
 #include <windows.h>
@@ -24,15 +25,20 @@ template <typename Function> Function& Need(const char* name) {
     return *function;
 }
 
-// What a function that fills a buffer gives.
+// What a function that fills a buffer gives. It does its work each time, which is much for a large model: it is called
+// once when the room suffices that was needed before.
 std::string Text(const char* name) {
     auto& read = Need<size_t(char*, size_t)>(name);
-    std::vector<char> text(read(nullptr, 0));
-    if (text.empty()) {
-        return std::string();
+    static std::size_t room = 65536;
+    for (;;) {
+        std::string text(room, '\0');
+        const std::size_t needed = read(&text[0], text.size());
+        if (needed <= room) {
+            text.resize(needed == 0 ? 0 : needed - 1);
+            return text;
+        }
+        room = needed + needed / 8;
     }
-    read(text.data(), text.size());
-    return text.data();
 }
 
 } // namespace
@@ -54,6 +60,12 @@ void Load(const Json& model) {
 
 Json Read() {
     return common::ParseJson(Text("ClusSimReadModel"));
+}
+
+void SeeFrom(const std::string& node) {
+    if (Need<int(const char*)>("ClusSimSeeFrom")(node.c_str()) == 0) {
+        throw Failure(Errors::NodeNotFound, "the model has no node " + Quoted(node));
+    }
 }
 
 unsigned long Happen(const std::string& event, const std::string& name, const std::string& node) {

@@ -21,6 +21,10 @@ void Load(const Json& model);
 // The model as it is by now.
 Json Read();
 
+// The answers are those on this node until the next call, or for "" as they were. The loaded model must not be changed
+// meanwhile.
+void SeeFrom(const std::string& node);
+
 // A word of the cluster's events, and its names; empty ones that it does not have. The code of the cluster API, 997
 // while something goes on. Throws Failure when there is nothing of that name.
 unsigned long Happen(const std::string& event, const std::string& name, const std::string& node);

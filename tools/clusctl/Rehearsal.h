@@ -31,7 +31,7 @@ public:
 
     // Starts the command again where Run began it, with one fault. To be compared with how the cluster was then, and
     // how it is now.
-    virtual std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const = 0;
+    virtual std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) = 0;
 
     // Lets end what goes on, for an hour at most. False when it goes on then.
     virtual bool Settle() = 0;

@@ -57,22 +57,6 @@ const Json* FindNode(const Json& model, const std::string& node, const std::stri
     return nullptr;
 }
 
-// Names of nodes, wherever a model has them.
-void RenameNodes(Json& value, const std::vector<std::pair<std::string, std::string>>& names) {
-    if (value.is_array()) {
-        for (Json& item : value) {
-            RenameNodes(item, names);
-        }
-    } else if (value.is_string()) {
-        const auto text = value.get<std::string>();
-        const auto found =
-            std::find_if(names.begin(), names.end(), [&text](const auto& pair) { return IsSame(pair.first, text); });
-        if (found != names.end()) {
-            value = found->second;
-        }
-    }
-}
-
 // The objects of a list by their names; they stay the model's.
 class Index {
 public:
@@ -236,38 +220,6 @@ std::string NodeState(const Json& model, const std::string& node, const std::str
     const std::string state = found == nullptr ? "" : TextOf(*found, "state", "up");
     const bool isRunning = model.at("cluster").value("running", true);
     return !isRunning && state != "down" && IsSame(node, thisComputer) ? "stopped" : state;
-}
-
-Json SeenFrom(const Json& model, const std::string& node, const std::string& thisComputer) {
-    Json seen = model;
-    if (!IsSame(node, thisComputer)) {
-        const std::vector<std::pair<std::string, std::string>> names = {
-            {node, ThisNode}, {ThisNode, node}, {thisComputer, node}};
-        for (const char* list : Lists) {
-            if (!seen.contains(list)) {
-                continue;
-            }
-            for (Json& object : seen[list]) {
-                for (const char* member : {"owner", "preferredOwners", "movingTo", "possibleOwners", "node"}) {
-                    if (object.contains(member)) {
-                        RenameNodes(object[member], names);
-                    }
-                }
-                if (list == std::string("nodes")) {
-                    RenameNodes(object["name"], names);
-                }
-            }
-        }
-        if (seen.contains("resourceTypes")) {
-            for (Json& type : seen["resourceTypes"]) {
-                if (type.contains("nodes")) {
-                    RenameNodes(type["nodes"], names);
-                }
-            }
-        }
-        seen["cluster"]["running"] = true; // it is asked on a node that is up
-    }
-    return seen;
 }
 
 Json Essence(const Json& model) {

@@ -27,9 +27,6 @@ std::vector<std::string> NodesOf(const Json& model, const std::string& thisCompu
 // "up", "down", "paused", "joining"; "stopped" where the cluster does not run.
 std::string NodeState(const Json& model, const std::string& node, const std::string& thisComputer);
 
-// The same cluster with another node as this computer.
-Json SeenFrom(const Json& model, const std::string& node, const std::string& thisComputer);
-
 // What is compared and shown: without times, with secrets masked.
 Json Essence(const Json& model);
 

@@ -147,7 +147,7 @@ RehearsedCommand VcsRehearsal::Run(const Words& command, const FaultTexts& fault
     return {result, m_copy->Calls(), m_copy->MatchedByFaults()};
 }
 
-std::unique_ptr<SweptRehearsal> VcsRehearsal::RunAgain(const Words& command, const std::string& fault) const {
+std::unique_ptr<SweptRehearsal> VcsRehearsal::RunAgain(const Words& command, const std::string& fault) {
     return std::make_unique<SweptVcs>(*m_beforeCommand, End(*m_copy), command, fault, m_rehearsed);
 }
 

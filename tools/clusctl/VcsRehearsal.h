@@ -12,7 +12,7 @@ public:
 
     void Happen(const RehearsalEvent& event) override;
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
-    std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) const override;
+    std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) override;
     bool Settle() override;
     void TellCluster(Report& report) override;
     void TellDifference(Report& report) const override;
