@@ -47,6 +47,10 @@ Json Settled(const Json& model) {
     return settled;
 }
 
+bool HasFaults(const Json& model) {
+    return model.contains("faults") && !model.at("faults").empty();
+}
+
 class SweptCopy : public SweptRehearsal {
 public:
     SweptCopy(const Json& before, const SweptEnds& ends, const Words& command, const std::string& fault,
@@ -143,6 +147,18 @@ void ClusterRehearsal::Tell(const char* kind, const std::string& name, const std
     m_timeline.push_back(TimelineEntry(SecondsAt(ClockOf(m_model)), kind, name, what));
 }
 
+void ClusterRehearsal::NoteServers() {
+    Report earlier; // what is not as it should be at first is no matter of the rehearsal
+    for (const std::string& node : NodesOf(m_before, m_thisComputer)) {
+        m_serversBefore[node] = ServersOn(m_before, node, earlier);
+    }
+    ClusterSimulator::SeeFrom("");
+    if (HasFaults(m_before)) { // which may have made something happen
+        ClusterSimulator::Load(m_before);
+        ClusterSimulator::TakeEvents();
+    }
+}
+
 void ClusterRehearsal::Happen(const RehearsalEvent& event) {
     Tell("event", event.Text(), "");
     const std::vector<std::string>& names = event.names;
@@ -201,6 +217,9 @@ Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Rep
     if (!CVirtualServerUtil::CheckIsClusterByRegKey() && node != m_thisComputer) {
         return Json::array(); // the library would tell of this computer
     }
+    if (HasFaults(model)) {
+        ClusterSimulator::Load(model); // they count anew for each node
+    }
     ClusterSimulator::SeeFrom(node);
     Report told;
     Json servers;
@@ -222,14 +241,8 @@ Json ClusterRehearsal::Nodes(Report& report) {
         nodes.push_back({{"name", node},
                          {"stateBefore", NodeState(m_before, node, m_thisComputer)},
                          {"stateAfter", NodeState(m_model, node, m_thisComputer)},
-                         {"serversBefore", nullptr},
+                         {"serversBefore", m_serversBefore.at(node)},
                          {"serversAfter", ServersOn(m_model, node, report)}});
-    }
-    Report earlier; // what is not as it should be at first is no matter of the rehearsal
-    ClusterSimulator::Load(m_before);
-    m_isLoaded = false;
-    for (Json& node : nodes) {
-        node["serversBefore"] = ServersOn(m_before, node["name"].get<std::string>(), earlier);
     }
     return nodes;
 }

@@ -18,6 +18,7 @@ public:
     // `rehearsed`: what the model is one of, as people are told. Throws Failure when the model contradicts itself.
     ClusterRehearsal(const Json& model, const std::wstring& rehearsed);
 
+    void NoteServers() override;
     void Happen(const RehearsalEvent& event) override;
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
     std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) override;
@@ -43,6 +44,7 @@ private:
     Json m_before = Json::object();        // at first
     Json m_beforeCommand = Json::object(); // where Run began
     Json m_model = Json::object();         // by now
+    Json m_serversBefore = Json::object(); // by node
     bool m_isLoaded = true; // m_model, by the simulator
     SweptEnds m_ends;
     std::int64_t m_start = 0;

@@ -23,6 +23,9 @@ class Rehearsal {
 public:
     virtual ~Rehearsal() = default;
 
+    // Notes which servers the nodes serve at first, for TellCluster. To be called before anything happens.
+    virtual void NoteServers() = 0;
+
     // Throws Failure when there is nothing of the event's names, or the cluster refuses it.
     virtual void Happen(const RehearsalEvent& event) = 0;
 
@@ -41,7 +44,7 @@ public:
         return m_timeline;
     }
 
-    // Adds the nodes and servers, before and by now, and what stays down.
+    // Adds the nodes and servers, as noted and by now, and what stays down.
     virtual void TellCluster(Report& report) = 0;
 
     // Adds what changed of the configuration.

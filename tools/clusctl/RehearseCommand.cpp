@@ -177,6 +177,9 @@ Report RehearseModel(const LogCapture& log, const RehearseOptions& options, cons
     const bool isJson = commandLine.Shared().json;
     const std::unique_ptr<Rehearsal> rehearsal = Begin(commandLine.Asked());
     const FaultTexts faults = CompletedFaults(*rehearsal, options.faults);
+    if (!options.eachCallFails) {
+        rehearsal->NoteServers();
+    }
     for (const RehearsalEvent& event : ParseEvents(options.events, commandLine.Asked())) {
         Happen(*rehearsal, event);
     }

@@ -10,6 +10,8 @@ public:
     // itself.
     VcsRehearsal(const std::wstring& mainCf, const std::wstring& rehearsed);
 
+    void NoteServers() override {
+    } // they are asked for in the end, of the copy that is kept
     void Happen(const RehearsalEvent& event) override;
     RehearsedCommand Run(const Words& command, const FaultTexts& faults, bool asJson) override;
     std::unique_ptr<SweptRehearsal> RunAgain(const Words& command, const std::string& fault) override;
