@@ -1,4 +1,4 @@
-// Asking groups, resources and network interfaces by control codes.
+// Asking groups, resources and network interfaces by control codes, and why no cluster can be asked.
 #include "ClusterObjects.h"
 
 #include "common/AnswerRoom.h"
@@ -61,4 +61,26 @@ DWORD ResourceClass(HRESOURCE resource) {
     DWORD result = CLUS_RESCLASS_UNKNOWN;
     ReadResourceClass(resource, result);
     return result;
+}
+
+namespace {
+
+// What the user can do about a cluster that does not open.
+const char* HintOfClosed(DWORD code) {
+    switch (code) {
+    case ERROR_ACCESS_DENIED:
+        return "An account that administers the cluster may open it.";
+    case ERROR_SERVICE_DOES_NOT_EXIST:
+        return "This computer is no node of a cluster: give the command on one.";
+    default:
+        return "Its service may not be running on this computer: 'net start clussvc' starts it.";
+    }
+}
+
+} // namespace
+
+Failure FailureToOpenCluster(DWORD code) {
+    Failure failure = Failure::OfCode("cannot open this computer's cluster", code);
+    failure.Hint(HintOfClosed(code));
+    return code == ERROR_ACCESS_DENIED ? failure : failure.As(Errors::NoCluster);
 }

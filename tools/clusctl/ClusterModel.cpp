@@ -123,6 +123,10 @@ private:
     void Refused(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
         Mark(model, part, CannotRead(what, name, code));
     }
+    void RefusedList(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
+        Mark(model, part,
+             FailureOfList(std::string("cannot read ") + what + " of " + Quoted(name), code, Errors::Failed));
+    }
     void NotOpened(Json& model, const char* what, const std::wstring& name, DWORD code) {
         Mark(model, "open", Failure::OfCode(std::string("cannot open ") + what + " " + Quoted(name), code));
     }
@@ -186,7 +190,7 @@ private:
         Names preferred;
         const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_NODES, preferred);
         if (code != ERROR_SUCCESS) {
-            Refused(model, "preferredOwners", "the preferred owners", name, code);
+            RefusedList(model, "preferredOwners", "the preferred owners", name, code);
         } else if (!preferred.empty()) {
             model["preferredOwners"] = NodeNames(preferred);
         }
@@ -196,6 +200,15 @@ private:
         return model;
     }
 
+    // Of a group that is not listed nothing is known; a lost cluster lists none.
+    static void RequireGroupListed(const std::wstring& name, DWORD code) {
+        const Failure failure =
+            FailureOfList("cannot list the resources of the group " + Quoted(name), code, Errors::Failed);
+        if (code != ERROR_SUCCESS && IsOfLostCluster(failure)) {
+            throw failure;
+        }
+    }
+
     // The group that has the resource in its list; empty when none tells it.
     std::wstring GroupOf(const std::wstring& resource) {
         if (m_groups.empty()) {
@@ -203,7 +216,7 @@ private:
                 Names members;
                 const GroupHandle group = OpenGroup(m_cluster, name);
                 if (group) {
-                    ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, members);
+                    RequireGroupListed(name, ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, members));
                 }
                 for (const std::wstring& member : members) {
                     m_groups[common::Folded(member)] = name;
@@ -335,8 +348,7 @@ private:
         if (code == ERROR_SUCCESS && !(isOfNodes && names.empty())) { // a model has at least one, or says nothing
             model[member] = isOfNodes ? NodeNames(names) : Json(names);
         } else if (code != ERROR_SUCCESS) {
-            Refused(model, member, kind == CLUSTER_RESOURCE_ENUM_NODES ? "the possible owners" : "the dependencies",
-                    name, code);
+            RefusedList(model, member, isOfNodes ? "the possible owners" : "the dependencies", name, code);
         }
     }
 

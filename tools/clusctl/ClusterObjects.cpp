@@ -39,7 +39,7 @@ Json NamesOrNull(DWORD code, const Names& names, const std::string& what, Report
     if (code == ERROR_SUCCESS) {
         return Json(names);
     }
-    MarkUnread(report, what, code);
+    MarkUnlisted(report, what, code);
     return Json();
 }
 
@@ -196,6 +196,17 @@ void MarkUnread(Report& report, const std::string& what, DWORD code) {
     }
 }
 
+void MarkUnlisted(Report& report, const std::string& what, DWORD code) {
+    MarkUnread(report, what, code);
+    if (code == ERROR_INVALID_HANDLE) {
+        report.MarkLost(code);
+    }
+}
+
+Failure FailureOfList(const std::string& what, DWORD code, const ErrorKind& otherwise) {
+    return Failure::OfCode(what, code, code == ERROR_INVALID_HANDLE ? Errors::ClusterLost : otherwise);
+}
+
 const Columns& ResourceTitles() {
     static const Columns titles = {
         {"name", "Resource"},
@@ -234,7 +245,7 @@ Names ListMembers(const CCluster& cluster, const std::wstring& groupName) {
     Names names;
     const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, names);
     if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
+        throw FailureOfList("cannot list the resources of the group " + Quoted(groupName), code, Errors::Incomplete);
     }
     return names;
 }
@@ -252,28 +263,9 @@ DWORD ListRelated(HRESOURCE resource, DWORD kind, Names& names) {
     return code;
 }
 
-namespace {
-
-// What the user can do about a cluster that does not open.
-const char* HintOfClosed(DWORD code) {
-    switch (code) {
-    case ERROR_ACCESS_DENIED:
-        return "An account that administers the cluster may open it.";
-    case ERROR_SERVICE_DOES_NOT_EXIST:
-        return "This computer is no node of a cluster: give the command on one.";
-    default:
-        return "Its service may not be running on this computer: 'net start clussvc' starts it.";
-    }
-}
-
-} // namespace
-
 void OpenLocalCluster(CCluster& cluster) {
     if (!cluster.OpenByLPC()) {
-        const DWORD code = GetLastError();
-        Failure failure = Failure::OfCode("cannot open this computer's cluster", code);
-        failure.Hint(HintOfClosed(code));
-        throw code == ERROR_ACCESS_DENIED ? failure : failure.As(Errors::NoCluster);
+        throw FailureToOpenCluster(GetLastError());
     }
 }
 
@@ -320,7 +312,7 @@ Names ListObjects(const CCluster& cluster, DWORD mask, const char* plural) {
         ClusterCloseEnum(list);
     }
     if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode(std::string("cannot list the cluster's ") + plural, code, Errors::Incomplete);
+        throw FailureOfList(std::string("cannot list the cluster's ") + plural, code, Errors::Incomplete);
     }
     return names;
 }

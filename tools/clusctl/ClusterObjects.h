@@ -33,8 +33,14 @@ typedef std::unique_ptr<std::remove_pointer<HNODE>::type, HandleCloser> NodeHand
 // be that the cluster was lost.
 void MarkUnread(Report& report, const std::string& what, DWORD code);
 
+// The same of a list, and the failure for want of one. A list of a cluster that was lost may say only that its handle
+// is none (ERROR_INVALID_HANDLE).
+void MarkUnlisted(Report& report, const std::string& what, DWORD code);
+Failure FailureOfList(const std::string& what, DWORD code, const ErrorKind& otherwise);
+
 // Throws Failure, with the system's reason, when the local cluster cannot be opened.
 void OpenLocalCluster(CCluster& cluster);
+Failure FailureToOpenCluster(DWORD code);
 
 // Null, with the reason as last error, when it cannot be opened. Unlike the library's classes, nothing is logged: a log
 // may change the last error.

@@ -80,7 +80,7 @@ Names ListPossibleOwners(const CCluster& cluster, const std::wstring& attendant)
     Names nodes;
     const DWORD code = ListRelated(resource.get(), CLUSTER_RESOURCE_ENUM_NODES, nodes);
     if (code != ERROR_SUCCESS) {
-        throw Failure::OfCode("cannot list the possible owners of " + Quoted(attendant), code, Errors::Incomplete);
+        throw FailureOfList("cannot list the possible owners of " + Quoted(attendant), code, Errors::Incomplete);
     }
     return nodes;
 }

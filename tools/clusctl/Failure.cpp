@@ -54,7 +54,8 @@ std::string UnlessLost(const std::string& refusal, unsigned long code) {
 }
 
 bool IsOfLostCluster(const Failure& failure) {
-    return failure.Kind().exitCode == ExitNoAnswer || IsLost(failure.Win32());
+    const ExitCode code = failure.Kind().exitCode;
+    return code == ExitNoAnswer || code == ExitLost || IsLost(failure.Win32());
 }
 
 Failure Failure::OfCode(const std::string& what, unsigned long code, const ErrorKind& otherwise) {

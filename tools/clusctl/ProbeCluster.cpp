@@ -305,7 +305,7 @@ void ClusterProbe::RequireCluster() const {
 ProbeAnswers ProbeFailoverCluster() {
     const ClusterHandle cluster(OpenCluster(nullptr));
     if (!cluster) {
-        throw Failure::OfCode("cannot open this computer's cluster", GetLastError());
+        throw FailureToOpenCluster(GetLastError());
     }
     return ClusterProbe(cluster.get()).Run();
 }

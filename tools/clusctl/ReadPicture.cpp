@@ -53,7 +53,7 @@ void ReadDependencies(HRESOURCE handle, Resource& resource, Report& report) {
     Names names;
     const DWORD code = ListRelated(handle, CLUSTER_RESOURCE_ENUM_DEPENDS, names);
     if (code != ERROR_SUCCESS) {
-        MarkUnread(report, "cannot list the dependencies of " + Quoted(resource.name), code);
+        MarkUnlisted(report, "cannot list the dependencies of " + Quoted(resource.name), code);
         resource.hasDependenciesRead = false;
         return;
     }

@@ -21,7 +21,7 @@ Names ListMembersHere(const CCluster& cluster, const std::wstring& name, Report&
     }
     const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_CONTAINS, members);
     if (code != ERROR_SUCCESS) {
-        MarkUnread(report, "cannot list the resources of the group " + Quoted(name), code);
+        MarkUnlisted(report, "cannot list the resources of the group " + Quoted(name), code);
     }
     return members;
 }

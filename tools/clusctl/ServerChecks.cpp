@@ -17,7 +17,7 @@ std::wstring TextOf(const Json& text) {
 
 void RequireComplete(const Report& report, const std::string& what) {
     if (report.IsLost()) {
-        throw Failure::OfCode(what, report.LostCode());
+        throw Failure::OfCode(what, report.LostCode(), Errors::ClusterLost);
     }
     if (!report.IsComplete()) {
         throw Failure(Errors::Incomplete, what + ": " + report.Warnings().front());

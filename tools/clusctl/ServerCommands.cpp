@@ -86,7 +86,8 @@ Report Query(const std::wstring& nameOrAddress, bool isExplained) {
         Report unread;
         ListServers(unread);
         if (unread.IsLost()) {
-            throw Failure::OfCode("cannot tell whether this node serves " + Quoted(nameOrAddress), unread.LostCode());
+            throw Failure::OfCode("cannot tell whether this node serves " + Quoted(nameOrAddress), unread.LostCode(),
+                                  Errors::ClusterLost);
         }
         if (!unread.IsComplete()) {
             throw Failure(Errors::Incomplete, "cannot tell whether this node serves " + Quoted(nameOrAddress) + ": " +
