@@ -68,8 +68,9 @@ const char* UsageOf(const std::string& tool) {
     }
     if (tool == "hagrp") {
         return "hagrp -list [CONDITION...] | -state [GROUP] [-sys SYSTEM] | -display [GROUP...] [-attribute "
-               "ATTRIBUTE...] | -value GROUP ATTRIBUTE [SYSTEM] | -dep [GROUP] | -add GROUP | -link PARENT CHILD "
-               "online|offline local|global|remote [soft|firm|hard] | -unlink PARENT CHILD | -modify GROUP SystemList "
+               "ATTRIBUTE...] | -value GROUP ATTRIBUTE [SYSTEM] | -dep [GROUP] | -add GROUP | -delete GROUP | -link "
+               "PARENT CHILD online|offline local|global|remote [soft|firm|hard] | -unlink PARENT CHILD | -modify "
+               "GROUP SystemList "
                "[-add | "
                "-update | -delete] VALUE... | -modify GROUP SystemList -delete -keys | -online GROUP -sys SYSTEM | "
                "-offline GROUP -sys SYSTEM | -switch GROUP "
@@ -96,8 +97,8 @@ const char* UsageOf(const std::string& tool) {
     }
     if (tool == "vcssim") {
         return "vcssim system-down SYSTEM | system-exit [-evacuate] SYSTEM | system-up SYSTEM | fault RESOURCE SYSTEM "
-               "| "
-               "recover RESOURCE SYSTEM | clock [SECONDS] | wait SECONDS | state | timeline";
+               "| recover RESOURCE SYSTEM | move GROUP SYSTEM | engine-stop | engine-start | clock [SECONDS] | wait "
+               "SECONDS | state | timeline";
     }
     return "vcsencrypt -agent TEXT | -vcs TEXT";
 }

@@ -183,7 +183,7 @@ void RunHagrp(Context& context, Arguments arguments) {
         ShowValue(context, arguments);
     } else if (command == "-dep") {
         ShowDependencies(context, arguments);
-    } else if (command == "-add" || command == "-link" || command == "-unlink") {
+    } else if (command == "-add" || command == "-delete" || command == "-link" || command == "-unlink") {
         RunHagrpChange(context, command, arguments);
     } else {
         RunHagrpControl(context, command, arguments);

@@ -1,4 +1,4 @@
-// hagrp: -add, -link, -unlink.
+// hagrp: -add, -delete, -link, -unlink.
 #include "Tools.h"
 
 #include <algorithm>
@@ -29,6 +29,36 @@ void Add(Context& context, Arguments& arguments) {
         context.output.Notice("10136", "Group added; populating SystemList and setting the Parallel attribute "
                                        "recommended before adding resources");
     }
+}
+
+// What stands in the way of deleting a group has no source: the simulator deletes only what nothing is lost with.
+void Delete(Context& context, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    arguments.NeedEnd();
+    if (!CheckWritable(context)) {
+        return;
+    }
+    CfDocument& configuration = context.cluster.configuration;
+    const CfGroup* const group = configuration.GroupNamed(name);
+    if (!group) {
+        context.output.Simulated("12130", "Group " + name + " does not exist in the local cluster");
+        return;
+    }
+    if (!group->resources.empty()) {
+        context.output.Simulated("99071", "Group " + name + " has resources");
+        return;
+    }
+    for (const CfGroup& other : configuration.Groups()) {
+        for (const CfLink& link : other.requires_) {
+            if (link.parent == name || link.child == name) {
+                context.output.Simulated("99072", "Group " + name + " has a dependency with group " +
+                                                      (link.parent == name ? link.child : link.parent));
+                return;
+            }
+        }
+    }
+    configuration.RemoveGroup(name);
+    context.cluster.state.ForgetGroup(name);
 }
 
 bool DependsOn(const CfGroup& group, const std::string& child) {
@@ -92,6 +122,8 @@ void LinkOrUnlink(Context& context, const std::string& command, Arguments& argum
 void RunHagrpChange(Context& context, const std::string& command, Arguments& arguments) {
     if (command == "-add") {
         Add(context, arguments);
+    } else if (command == "-delete") {
+        Delete(context, arguments);
     } else {
         LinkOrUnlink(context, command, arguments);
     }

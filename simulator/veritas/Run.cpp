@@ -1,6 +1,7 @@
 #include "Run.h"
 
 #include "ClusterEngine.h"
+#include "ControlEvents.h"
 #include "Secrets.h"
 #include "ToolFaults.h"
 #include "ToolTurn.h"
@@ -121,6 +122,33 @@ int Finish(const Environment& environment, const std::string& tool, const std::v
     return exitCode;
 }
 
+// Whether the tools of this computer find no engine. A state that cannot be read is told by who needs it.
+bool IsEngineStopped(const Environment& environment) {
+    const std::wstring file = ClusterFiles(environment.mainCf).State();
+    try {
+        return !environment.mainCf.empty() && common::FileExists(file) &&
+               ReadState(common::ReadWholeFile(file)).isEngineStopped;
+    } catch (const common::FileError&) {
+        return false;
+    } catch (const StateError&) {
+        return false;
+    }
+}
+
+// Lets the event of a fault happen. Empty, or why it does not.
+std::string Happen(const std::string& event, const Environment& environment) {
+    const Output happened = RunCommand("vcssim", WordsOfEvent(event), environment);
+    common::Json entry = {{"event", event}, {"exit", happened.ExitCode()}, {"output", happened.Joined()}};
+    if (!environment.journal.empty()) {
+        common::AppendFile(environment.journal).Append(common::DumpJsonLine(entry) + "\n");
+    }
+    if (happened.ExitCode() == 0) {
+        return std::string();
+    }
+    const std::string said = happened.Joined();
+    return "event \"" + event + "\": " + said.substr(0, said.find_first_of("\r\n"));
+}
+
 } // namespace
 
 Output RunCommand(const std::string& tool, const std::vector<std::string>& arguments, const Environment& environment) {
@@ -130,7 +158,7 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
             output.Print(std::string("usage: ") + UsageOf(tool) + "\n");
         } else if (tool == "hacf") {
             RunHacf(output, Arguments(arguments));
-        } else if (!environment.options.engineIsUp && tool != "vcssim") {
+        } else if (tool != "vcssim" && (!environment.options.engineIsUp || IsEngineStopped(environment))) {
             output.EngineDown();
             if (tool == "hastatus") {
                 output.Simulated("11046", "The state of the local system is not available");
@@ -170,6 +198,12 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
         return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
     }
     if (fault) {
+        const std::string why = fault->event ? Happen(*fault->event, environment) : std::string();
+        if (!why.empty()) {
+            Output output(environment.options);
+            output.Failure(why);
+            return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
+        }
         if (fault->delayMs > 0) {
             SetConsoleCtrlHandler(nullptr, TRUE);
             Sleep(fault->delayMs);

@@ -1,5 +1,7 @@
 #include "ToolFaults.h"
 
+#include "ControlEvents.h"
+
 #include <algorithm>
 #include <new>
 #include <random>
@@ -74,8 +76,8 @@ ToolFaults::ToolFaults(const std::string& text) : m_faults(common::ParseFaults(t
         if (fault.state) {
             throw common::FaultError("state: a tool has none");
         }
-        if (fault.event) {
-            throw common::FaultError("event: vcssim tells the cluster what happens");
+        if (fault.event && !IsControlEvent(*fault.event)) {
+            throw common::FaultError("event: vcssim has no command '" + *fault.event + "' that changes the cluster");
         }
     }
 }

@@ -121,6 +121,19 @@ void Clock(Context& context, Arguments& arguments) {
     clock = seconds;
 }
 
+void MoveGroup(Context& context, Arguments& arguments) {
+    const std::string group = arguments.Next();
+    const std::string system = arguments.Next();
+    arguments.NeedEnd();
+    RunHagrp(context, Arguments({"-switch", group, "-to", system}));
+}
+
+// The cluster goes on as it did: only the tools of this computer find no engine.
+void SetEngine(Context& context, bool isStopped, Arguments& arguments) {
+    arguments.NeedEnd();
+    context.cluster.state.isEngineStopped = isStopped;
+}
+
 void ShowState(Context& context, Arguments& arguments) {
     arguments.NeedEnd();
     const Cluster& cluster = context.cluster;
@@ -161,6 +174,10 @@ void RunVcssim(Context& context, Arguments arguments) {
         AskOfSystem(context, command, arguments);
     } else if (command == "fault" || command == "recover") {
         AskOfResource(context, command, arguments);
+    } else if (command == "move") {
+        MoveGroup(context, arguments);
+    } else if (command == "engine-stop" || command == "engine-start") {
+        SetEngine(context, command == "engine-stop", arguments);
     } else if (command == "wait") {
         Wait(context, arguments);
     } else if (command == "clock") {

@@ -107,6 +107,14 @@ bool Change(const Edit& edit, CfDocument& document) {
             document.RemoveResource(name);
         }
         return isResource;
+    case 'D': {
+        const CfGroup* const group = document.GroupNamed(other);
+        const bool isEmpty = group != nullptr && group->resources.empty();
+        if (isEmpty) {
+            document.RemoveGroup(other);
+        }
+        return isEmpty;
+    }
     case 'L':
     case 'U': {
         if (!isResource || document.ResourceNamed(other) == nullptr || name == other) {

@@ -66,6 +66,52 @@ TEST_F(ToolDependency, ListsThoseOfOneGroupAsParentAndAsChild) {
     EXPECT_EQ(m_exitCode, 1);
 }
 
+using ToolGroups = ToolTest;
+
+TEST_F(ToolGroups, AreAddedOnce) {
+    EXPECT_EQ(Run("hagrp", "-add New"), "VCS NOTICE V-16-1-10136 Group added; populating SystemList and setting the "
+                                        "Parallel attribute recommended before adding resources\n");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hagrp", "-add New"), "VCS WARNING V-16-1-99024 (simulated) Group New exists already\n");
+    EXPECT_EQ(m_exitCode, 1);
+}
+
+TEST_F(ToolGroups, AreDeletedWhenNothingIsLostWithThem) {
+    WriteFile(
+        L"",
+        "system NODE1\nsystem NODE2\n\ngroup A (\n\t)\n\ngroup B (\n\t)\n\n\trequires group A online local firm\n\n"
+        "group C (\n\t)\n\n\tT c (\n\t\t)\n");
+    WriteFile(L".state.json", R"({"mode": "rw", "groups": {"A": {"NODE1": "ONLINE"}, "C": {"NODE1": "ONLINE"}}})");
+    const std::string warning = "VCS WARNING V-16-1-";
+    EXPECT_EQ(Run("hagrp", "-delete A"), warning + "99072 (simulated) Group A has a dependency with group B\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-delete B"), warning + "99072 (simulated) Group B has a dependency with group A\n");
+    EXPECT_EQ(Run("hagrp", "-delete C"), warning + "99071 (simulated) Group C has resources\n");
+    EXPECT_EQ(Run("hagrp", "-unlink B A"), "");
+    EXPECT_EQ(Run("hagrp", "-delete A"), "");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hagrp", "-delete A"), warning + "12130 (simulated) Group A does not exist in the local cluster\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-delete B"), "");
+    EXPECT_EQ(ReadFile(L".live"), "system NODE1\nsystem NODE2\n\ngroup C (\n\t)\n\n\tT c (\n\t\t)\n");
+    EXPECT_THAT(ReadFile(L".state.json"), ::testing::Not(HasSubstr("\"A\"")));
+    EXPECT_THAT(ReadFile(L".state.json"), HasSubstr("\"C\""));
+}
+
+TEST_F(ToolGroups, AreDeletedOnlyFromAWritableConfiguration) {
+    EXPECT_EQ(Run("haconf", "-dump -makero"), "");
+    EXPECT_THAT(Run("hagrp", "-delete H"), HasSubstr("V-16-1-11309"));
+    EXPECT_EQ(m_exitCode, 1);
+}
+
+TEST_F(ToolGroups, ShowNoStateOnASystemThatIsNotThere) {
+    EXPECT_EQ(Run("hagrp", "-state -sys NOPE"),
+              "VCS WARNING V-16-1-51051 (simulated) System NOPE does not exist in the local cluster\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_EQ(Run("hagrp", "-state G -sys NOPE"),
+              "VCS WARNING V-16-1-51051 (simulated) System NOPE does not exist in the local cluster\n");
+}
+
 TEST_F(ToolDependency, LinksGroupsOnceAndTakesTheLinkAway) {
     EXPECT_EQ(Run("hagrp", "-link G H online local"), "");
     EXPECT_EQ(m_exitCode, 0);

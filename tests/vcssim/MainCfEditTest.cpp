@@ -95,6 +95,22 @@ TEST(MainCfEdit, RemovesAResourceWithItsLinksAndNothingElse) {
     EXPECT_TRUE(document.GroupNamed("G")->links.empty());
 }
 
+TEST(MainCfEdit, RemovesAGroupWithAllThatStandsInIt) {
+    CfDocument document(std::string(Dumped) + "\ngroup Other (\n\t)\n\n\trequires group G online local "
+                                              "firm\n\trequires atleast 1 group G online local firm\n");
+    document.RemoveGroup("Other");
+    EXPECT_EQ(document.GroupNamed("Other"), nullptr);
+    EXPECT_TRUE(document.Kept().empty());
+    EXPECT_EQ(document.Text().substr(0, std::string(Dumped).size()), Dumped);
+    EXPECT_EQ(document.Text().find_first_not_of(" \t\n", std::string(Dumped).size()), std::string::npos);
+}
+
+TEST(MainCfEdit, RemovesAGroupBetweenOthers) {
+    CfDocument document("group A (\n\t)\n\ngroup B (\n\t)\n\ngroup C (\n\t)\n\n\tT c (\n\t\t)\n");
+    document.RemoveGroup("B");
+    EXPECT_EQ(document.Text(), "group A (\n\t)\n\ngroup C (\n\t)\n\n\tT c (\n\t\t)\n");
+}
+
 TEST(MainCfEdit, EditsStatementsThatShareALine) {
     CfDocument document("group G(A=1)T r1(X=\"1\"Y=2)T r2()r1 requires r2 r2 requires\"r3\"T r3()");
     document.SetAttribute("r1", "X", "", "5");

@@ -157,6 +157,12 @@ TEST(ToolFaults, RefuseWhatTheyDoNotKnow) {
     EXPECT_EQ(messageOf(R"([{"exit": "x"}])"), "fault 0: exit is no number");
     EXPECT_EQ(messageOf(R"([{"stream": "both"}])"), "fault 0: stream is neither \"out\" nor \"errors\"");
     EXPECT_THAT(messageOf("["), HasSubstr("parse error"));
+    EXPECT_EQ(messageOf("*#2=event:\"system-down A\",event:\"wait 1\""), "line 1: event: the effect stands twice");
+    for (const char* event : {"service-stop", "clock 5", "state", ""}) {
+        EXPECT_EQ(messageOf(("hasys=event:\"" + std::string(event) + "\"").c_str()),
+                  "event: vcssim has no command '" + std::string(event) + "' that changes the cluster");
+    }
+    EXPECT_EQ(messageOf("*#2=event:\" system-down  A\""), "");
 }
 
 TEST(ToolFaults, MatchPatterns) {

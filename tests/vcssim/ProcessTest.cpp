@@ -99,6 +99,37 @@ TEST_F(ToolPrograms, WritesAJournal) {
     EXPECT_EQ(entries[1]["exit"], 2);
 }
 
+TEST_F(ToolPrograms, LetsEventsHappenBetweenRuns) {
+    UseFaults(
+        "hagrp@-state G -sys *#2=event:\"move G NODE2\"\n*#5=event:\"engine-stop\"\n*#7=event:\"engine-start\"\n");
+    WriteFile(L"", "system NODE1\nsystem NODE2\n\ngroup G (\n\tSystemList = { NODE1 = 0, NODE2 = 1 }\n\t)\n\n\tIP G-IP "
+                   "(\n\t\t)\n");
+    WriteFile(L".state.json", R"({"resources": {"G-IP": {"NODE1": "ONLINE"}}, "clock": 0})");
+    const std::string noEngine = "VCS ERROR V-16-1-10600 Cannot connect to VCS engine\n";
+    EXPECT_EQ(RunProcess(L"hagrp -state G -sys NODE1"), "ONLINE\n");
+    EXPECT_EQ(RunProcess(L"hagrp -state G -sys NODE2"), "ONLINE\n");
+    EXPECT_EQ(RunProcess(L"hagrp -state G -sys NODE1"), "OFFLINE\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"), noEngine);
+    EXPECT_EQ(m_processExit, 1u);
+    EXPECT_EQ(RunProcess(L"vcsencrypt -agent secret"), noEngine);
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+    const std::vector<nlohmann::json> entries = Journal();
+    ASSERT_EQ(entries.size(), 10u);
+    EXPECT_EQ(entries[1]["event"], "move G NODE2");
+    EXPECT_EQ(entries[5].dump(), R"({"event":"engine-stop","exit":0,"output":""})");
+    EXPECT_THAT(RunProcess(L"vcssim timeline"), HasSubstr("group G is ONLINE on NODE2"));
+}
+
+TEST_F(ToolPrograms, DoNothingWhenTheirEventCannotHappen) {
+    UseFaults("hasys#1=event:\"system-down NOPE\"\n");
+    EXPECT_EQ(RunProcess(L"hasys -list"),
+              "VCS ERROR V-16-1-99001 (simulated) event \"system-down NOPE\": VCS WARNING V-16-1-10357 (simulated) "
+              "System NOPE does not exist in the local cluster\n");
+    EXPECT_EQ(m_processExit, 2u);
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+}
+
 TEST_F(ToolPrograms, KeepsTheStreamsOfTheJournalApart) {
     SetEnvironmentVariableW(L"VCSSIM_OPTIONS", nullptr);
     RunProcess(L"hares -dep H-Service");

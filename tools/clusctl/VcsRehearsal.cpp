@@ -9,6 +9,8 @@
 
 #include "common/FaultGrammar.h"
 
+#include <ControlEvents.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -199,12 +201,14 @@ void VcsRehearsal::Save(const std::wstring& path) const {
 }
 
 std::string VcsRehearsal::CompletedFault(const std::string& fault) const {
-    static const char* const tools[] = {"haclus", "haconf", "hagrp", "hares", "hasys", "vcsencrypt", "*"};
+    static const char* const tools[] = {"haclus", "haconf", "hagrp", "hares", "hasys", "vcsencrypt"};
     for (const std::string& text : {fault, fault + "=1"}) {
         try {
             const common::Fault parsed = common::ParseFault(text);
-            const bool isTool = std::find(std::begin(tools), std::end(tools), parsed.call) != std::end(tools);
-            if (isTool && !parsed.state && !parsed.event && !parsed.hangs) {
+            const bool isTool =
+                StartsWith(fault, "*") || std::find(std::begin(tools), std::end(tools), parsed.call) != std::end(tools);
+            const bool isHappening = !parsed.event || vcssim::IsControlEvent(*parsed.event);
+            if (isTool && !parsed.state && isHappening && !parsed.hangs) {
                 return text;
             }
         } catch (const common::FaultError&) {

@@ -213,6 +213,29 @@ void CfDocument::AddGroup(const std::string& name) {
     Take(m_text + (isEnded ? "" : lineEnd) + lineEnd + "group " + name + " (" + lineEnd + "\t)" + lineEnd);
 }
 
+void CfDocument::RemoveGroup(const std::string& name) {
+    const CfGroup& group = *GroupNamed(name);
+    std::vector<CfSpan> spans = {group.block.span};
+    for (const CfLink& link : group.requires_) {
+        spans.push_back(link.span);
+    }
+    // What is not understood stands in the group that it follows.
+    const auto next = std::find_if(m_groups.begin(), m_groups.end(), [&](const CfGroup& other) {
+        return other.block.span.begin > group.block.span.begin;
+    });
+    for (const CfSpan& kept : m_kept) {
+        if (kept.begin > group.block.span.end && (next == m_groups.end() || kept.begin < next->block.span.begin)) {
+            spans.push_back(kept);
+        }
+    }
+    std::sort(spans.begin(), spans.end(), [](const CfSpan& a, const CfSpan& b) { return a.begin > b.begin; });
+    std::string text = m_text;
+    for (const CfSpan& span : spans) {
+        Erase(span, text);
+    }
+    Take(std::move(text));
+}
+
 void CfDocument::AddGroupLink(const std::string& parent, const std::string& child, const std::string& relationship) {
     const CfGroup& group = *GroupNamed(parent);
     const std::string line =

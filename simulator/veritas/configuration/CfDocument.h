@@ -105,6 +105,7 @@ public:
                       const std::string& written);
     void RemoveAttribute(const std::string& resource, const std::string& attribute); // of all systems
     void AddGroup(const std::string& name);                                          // without systems
+    void RemoveGroup(const std::string& name);                                       // one without resources
     void AddGroupLink(const std::string& parent, const std::string& child, const std::string& relationship);
     void RemoveGroupLink(const std::string& parent, const std::string& child);
     void SetGroupAttribute(const std::string& group, const std::string& attribute, const std::string& written);

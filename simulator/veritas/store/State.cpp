@@ -4,6 +4,8 @@
 
 #include "common/Json.h"
 
+#include <algorithm>
+
 namespace vcssim {
 
 namespace {
@@ -50,6 +52,11 @@ void ReadMember(const std::string& name, const Json& value, State& state) {
             throw StateError("mode: is neither \"rw\" nor \"ro\"");
         }
         state.writable = value == "rw";
+    } else if (name == "engine") {
+        if (value != "stopped") {
+            throw StateError("engine: is not \"stopped\"");
+        }
+        state.isEngineStopped = true;
     } else if (name == "resources" || name == "groups") {
         if (!IsTableOf(value, true)) {
             throw StateError(name + ": is no object of objects");
@@ -85,6 +92,16 @@ void State::Forget(const std::string& resource) {
     progress.restarts.erase(resource);
 }
 
+void State::ForgetGroup(const std::string& group) {
+    groups.erase(group);
+    progress.frozenGroups.erase(group);
+    progress.retries.erase(group);
+    std::vector<MoveRecord>& moves = progress.moves;
+    moves.erase(
+        std::remove_if(moves.begin(), moves.end(), [&group](const MoveRecord& move) { return move.group == group; }),
+        moves.end());
+}
+
 State ReadState(const std::string& json) {
     State state;
     try {
@@ -104,6 +121,9 @@ State ReadState(const std::string& json) {
 std::string WriteState(const State& state) {
     Json root;
     root["mode"] = state.writable ? "rw" : "ro";
+    if (state.isEngineStopped) {
+        root["engine"] = "stopped";
+    }
     root["systems"] = state.systems;
     root["groups"] = state.groups;
     root["resources"] = state.resources;

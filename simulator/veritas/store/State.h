@@ -25,10 +25,12 @@ struct State {
     Table groups;                               // only where it shall not follow from the resources: "PARTIAL|FAULTED"
     std::map<std::string, std::string> systems; // other than RUNNING
     Marks probed;
-    Marks failing; // going online ends in FAULTED
+    Marks failing;                // going online ends in FAULTED
+    bool isEngineStopped = false; // for the tools of this computer
     Progress progress;
 
     void Forget(const std::string& resource);
+    void ForgetGroup(const std::string& group);
 };
 
 State ReadState(const std::string& json); // throws StateError
