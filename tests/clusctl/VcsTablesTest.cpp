@@ -1,4 +1,5 @@
 #include "MainCfText.h"
+#include "VcsTable.h"
 
 #include <CfDocument.h>
 
@@ -68,4 +69,48 @@ TEST(MainCfText, AConfigurationIsMadeOfWhatTheToolsShow) {
     EXPECT_EQ(address->value.text, "192.0.2.1");
     ASSERT_EQ(made.Groups()[0].links.size(), 1U);
     EXPECT_EQ(made.Groups()[0].links[0].child, "EVS1-NIC");
+}
+
+namespace {
+
+bool Shows(const wchar_t* value, const wchar_t* given) {
+    return ShowsGiven({L"EVS1-Gate", L"ServiceName", L"global", value}, given);
+}
+
+} // namespace
+
+TEST(GivenValues, AreShownWhateverIsBetweenTheWords) {
+    EXPECT_TRUE(Shows(L"GateHost", L"GateHost"));
+    EXPECT_TRUE(Shows(L"GateHost", L"\"GateHost\""));
+    EXPECT_TRUE(Shows(L"NT Authority", L" \"NT  Authority\""));
+    EXPECT_TRUE(Shows(L"HKLM\\SOFTWARE\\A B\t", L"\"HKLM\\SOFTWARE\\A B\" \"\""));
+    EXPECT_TRUE(Shows(L"\\Gate\\RegRep", L"\\\\Gate\\RegRep"));
+    EXPECT_TRUE(Shows(L"b\ta", L"a b a"));
+    EXPECT_TRUE(Shows(L"", L"\"\""));
+}
+
+TEST(GivenValues, AreNotShownByOthers) {
+    EXPECT_FALSE(Shows(L"", L"GateHost"));
+    EXPECT_FALSE(Shows(L"GateHost", L"\"\""));
+    EXPECT_FALSE(Shows(L"gatehost", L"GateHost"));
+    EXPECT_FALSE(Shows(L"10", L"600"));
+    EXPECT_FALSE(Shows(L"NT", L"\"NT Authority\""));
+    EXPECT_FALSE(Shows(L"NT Authority more", L"\"NT Authority\""));
+}
+
+TEST(GivenValues, OfWhatIsPutTogetherAnyWillDo) {
+    for (const wchar_t* given : {L"-add a", L"%-5", L"{a, b}", L"\"say \\\"hi\\\"\"", L"\"Stra\u00dfe\""}) {
+        EXPECT_TRUE(Shows(L"x", given));
+        EXPECT_FALSE(Shows(L"", given));
+    }
+}
+
+TEST(GivenValues, OfASecretItCountsWhetherThereIsOne) {
+    const auto shows = [](const wchar_t* value, const wchar_t* given) {
+        return ShowsGiven({L"EVS1-Gate", L"Password", L"global", value}, given);
+    };
+    EXPECT_TRUE(shows(L"***", L"\"gnFHkn\""));
+    EXPECT_TRUE(shows(L"", L"\"\""));
+    EXPECT_FALSE(shows(L"", L"***"));
+    EXPECT_FALSE(shows(L"***", L"\"\""));
 }

@@ -5,6 +5,7 @@
 #include "Progress.h"
 #include "Services.h"
 #include "Text.h"
+#include "VcsAttributes.h"
 #include "VcsMode.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
@@ -69,6 +70,8 @@ void CheckOptions(const ProductCreateOptions& options) {
         if (!reason.empty()) {
             throw WrongUsage(reason);
         }
+    } else if (CVirtualServerUtil::GetDataRootPath().empty()) { // as of "resource create"
+        throw WrongUsage("--data-path is required: the product's settings name no data root");
     }
 }
 
@@ -116,10 +119,6 @@ Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options) {
     plan.info.sMountResName = ChosenMount(log, options, plan.info.sGroupName);
     plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
     plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataPath;
-    if (plan.info.sDataPath.empty()) {
-        throw Failure(Errors::WrongUsage, // as of "resource create"
-                      "the product's settings name no data root: --data-path has to give a path on the shared disk");
-    }
     const std::string reason = ReasonAgainstDataPath(plan.info.sDataPath);
     if (!reason.empty()) {
         throw Failure(reason + "; it comes from the product's settings, and --data-path gives another one");
@@ -175,7 +174,8 @@ std::vector<std::wstring> Words(const std::wstring& command) {
 }
 
 // Whether VCS refused a step only because its result was there before: a resource, or a dependency.
-bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
+bool IsThereAlready(const LogCapture& log, const ToolProblem& problem, const VcsNames& before,
+                    const std::string& what) {
     const std::vector<std::wstring> words = Words(common::ToUtf16(problem.command));
     if (problem.kind != ToolProblem::Kind::Message || words.size() < 4) {
         return false;
@@ -183,12 +183,7 @@ bool IsThereAlready(const ToolProblem& problem, const VcsNames& before) {
     if (words[1] == L"-add") {
         return Contains(before, words[2]);
     }
-    if (words[1] != L"-link" || !Contains(before, words[2])) {
-        return false;
-    }
-    VcsNames parents;
-    VcsNames children;
-    return CVeritasCluster().EnumResDependencies(words[2].c_str(), parents, children) && Contains(children, words[3]);
+    return words[1] == L"-link" && Contains(before, words[2]) && ShowsDependency(log, words[2], words[3], what);
 }
 
 struct Member {
@@ -221,27 +216,31 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     const std::string what = NotComplete(options);
     std::vector<ToolProblem> problems;
     for (const ToolProblem& problem : watch.Problems()) {
-        if (!IsThereAlready(problem, plan.before)) {
+        if (!IsThereAlready(log, problem, plan.before, what)) {
             problems.push_back(problem);
         }
     }
     if (!problems.empty()) {
         throw ToolFailure(what, problems);
     }
+    const std::vector<ToolRun> runs = watch.Runs();
     const VcsNames after = ListVcsResources(log, plan.info.sGroupName);
     Json records = Json::array();
     for (const Member& member : MembersOf(options, plan.info)) {
         if (!Contains(after, member.name)) {
             throw Failure(Errors::Refused, what + ": " + Quoted(member.name) + " is missing");
         }
-        if (!member.service.empty() &&
-            !Contains(ListResourcesOfService(log, plan.info.sGroupName, member.service), member.name)) {
-            throw Failure(Errors::Refused,
-                          what + ": " + Quoted(member.name) + " does not run the service " + Quoted(member.service));
-        }
+        NameValuePairList given = GivenAttributes(runs, member.name);
+        given.emplace_back(TypeAttribute, member.service.empty() ? RegRepType : GenericServiceType);
+        RequireAttributes(log, member.name, given, what);
+        VcsNames parents;
+        VcsNames children;
+        ReadDependencies(log, member.name, parents, children, what);
         for (const std::wstring& child : member.children) {
-            RequireDependency(member.name, child,
+            if (!Contains(children, child)) {
+                throw Failure(Errors::Refused,
                               what + ": " + Quoted(member.name) + " does not depend on " + Quoted(child));
+            }
         }
         records.push_back(ProductRecord(member.name, member.service, Contains(plan.before, member.name)));
     }
@@ -252,24 +251,34 @@ Json ResultOf(const LogCapture& log, const ProductCreateOptions& options, const 
     return records;
 }
 
-// Of a set whose creation was interrupted or failed. A resource is linked last of all.
-Json WhatThereIs(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+// What has become of a resource. It is linked last of all; then it has all that it was given, unless a tool did
+// nothing.
+const char* WordOf(const LogCapture& log, const Member& member, const Plan& plan, const std::vector<ToolRun>& runs,
+                   const std::string& what) {
+    if (!Contains(ListVcsResources(log, plan.info.sGroupName), member.name)) {
+        return "not created";
+    }
+    if (Contains(plan.before, member.name)) {
+        return "existed already";
+    }
+    VcsNames parents;
+    VcsNames children;
+    ReadDependencies(log, member.name, parents, children, what);
+    const bool isLinked = std::all_of(member.children.begin(), member.children.end(),
+                                      [&](const std::wstring& child) { return Contains(children, child); });
+    return isLinked && AttributesNotAsGiven(log, member.name, GivenAttributes(runs, member.name), what).empty()
+               ? "created"
+               : "half created";
+}
+
+// Of a set whose creation was interrupted or failed.
+Json WhatThereIs(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan, const ToolWatch& watch) {
+    const std::vector<ToolRun> runs = watch.Runs();
     Json records = Json::array();
     for (const Member& member : MembersOf(options, plan.info)) {
         std::string result = "unknown";
         try {
-            VcsNames parents;
-            VcsNames children;
-            const bool isThere = Contains(ListVcsResources(log, plan.info.sGroupName), member.name);
-            if (isThere) {
-                ReadDependencies(log, member.name, parents, children, NotComplete(options));
-            }
-            const bool isLinked = std::all_of(member.children.begin(), member.children.end(),
-                                              [&](const std::wstring& child) { return Contains(children, child); });
-            result = !isThere                             ? "not created"
-                     : Contains(plan.before, member.name) ? "existed already"
-                     : isLinked                           ? "created"
-                                                          : "half created";
+            result = WordOf(log, member, plan, runs, NotComplete(options));
         } catch (const Failure&) {
             // VCS no longer answers.
         }
@@ -322,7 +331,7 @@ Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& optio
     } catch (const Failure& failure) {
         // Only now: what the tools did last belongs to it.
         report = Report();
-        report.AddTable("resources", WhatThereIs(log, options, plan), ProductColumns, std::string());
+        report.AddTable("resources", WhatThereIs(log, options, plan, watch), ProductColumns, std::string());
         throw FailureWithReport(failure, report);
     }
     return report;

@@ -5,6 +5,7 @@
 #include "Services.h"
 #include "Text.h"
 #include "ThisComputer.h"
+#include "VcsAttributes.h"
 #include "VcsCommands.h"
 #include "VcsMode.h"
 #include "VcsProduct.h"
@@ -68,6 +69,22 @@ void RequireStarted(const LogCapture& log, const std::wstring& service, std::uin
     }
 }
 
+// That a new resource is set up as the library told VCS to. Throws Failure, with `done` and how it is removed.
+void RequireAsGiven(const LogCapture& log, const ToolWatch& watch, const std::wstring& name, const std::wstring& child,
+                    const std::string& done, bool opens) {
+    const std::string what = done + ", but is not set up completely";
+    try {
+        RequireAttributes(log, name, GivenAttributes(watch.Runs(), name), what);
+        if (!ShowsDependency(log, name, child, what)) {
+            throw Failure(Errors::Refused, what + ": " + Quoted(name) + " does not depend on " + Quoted(child));
+        }
+    } catch (Failure& failure) {
+        failure.Hint("It stays: 'clusctl vcs resource delete " + Printable(name) + (opens ? " --rw" : "") +
+                     "' removes it.");
+        throw;
+    }
+}
+
 // Runs one of the members that add a service's resource above `child` and switch it on, and asks what became of it.
 Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, const wchar_t* service,
                   const std::wstring& child, const WaitOptions& wait, const std::function<bool()>& add) {
@@ -90,7 +107,7 @@ Report AddService(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
             throw Failure(Errors::Refused, what + ": VCS shows none");
         }
         if (!existed) {
-            RequireDependency(names.front(), child, what);
+            RequireAsGiven(log, watch, names.front(), child, done, wait.opens);
         }
         Report told;
         told.AddTable("resources", Json::array({ProductRecord(names.front(), service, existed)}), ProductColumns,

@@ -7,11 +7,11 @@
 #include "VcsMode.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
+#include "VcsTable.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
 
 #include "common/Text.h"
-#include "core/ToolSecrets.h"
 #include "core/VeritasNames.h"
 
 #include <clus_VeritasCluster.h>
@@ -54,16 +54,9 @@ struct SwitchOptions {
     std::wstring system;
 };
 
-// Whether VCS shows the value that was set. What VCS makes of lists and of several words is its own affair.
-bool IsSet(const Json& shown, const std::wstring& value) {
-    const bool isQuoted = value.size() > 1 && value.front() == L'"' && value.back() == L'"';
-    const std::wstring wanted = isQuoted ? value.substr(1, value.size() - 2) : value;
-    if (wanted.empty()) {
-        return shown.is_null();
-    }
-    const bool isOneWord = wanted.find_first_of(L" \t\"\\{}") == std::wstring::npos && wanted.front() != L'-';
-    return !shown.is_null() &&
-           (!isOneWord || shown == common::ToUtf8(clus::SecretMask) || shown == common::ToUtf8(wanted));
+bool IsSet(const std::string& name, const Json& shown, const std::wstring& value) {
+    const std::wstring text = shown.is_null() ? std::wstring() : common::ToUtf16(shown.get<std::string>());
+    return ShowsGiven({std::wstring(), common::ToUtf16(name), std::wstring(), text}, value);
 }
 
 VcsNames ListOfType(const LogCapture& log, const std::wstring& type) {
@@ -83,7 +76,7 @@ void RequireAsAsked(const AddOptions& options, const VcsNames& children, const J
         last[common::ToUtf8(pair.first)] = pair.second;
     }
     for (const auto& pair : last) {
-        if (!IsSet(record.at("attributes").at(pair.first), pair.second)) {
+        if (!IsSet(pair.first, record.at("attributes").at(pair.first), pair.second)) {
             throw Failure(Errors::Refused, what + ": VCS does not show the value given of " + Quoted(pair.first));
         }
     }
@@ -205,7 +198,9 @@ Report Link(const LogCapture& log, const LinkOptions& options) {
     }
     return OpenConfiguration::Tell(log, watch, options.opens, done, [&]() {
         watch.Require(isDone, what);
-        RequireDependency(options.parent, options.child, what);
+        if (!ShowsDependency(log, options.parent, options.child, what)) {
+            throw Failure(Errors::Refused, what + ": VCS shows no such dependency");
+        }
         Report report;
         report.AddSentence("linked", {{"parent", options.parent}, {"child", options.child}}, done + ".");
         return report;

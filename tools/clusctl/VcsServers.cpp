@@ -65,12 +65,12 @@ void ReadDependencies(const LogCapture& log, const std::wstring& resource, VcsNa
     }
 }
 
-void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what) {
+bool ShowsDependency(const LogCapture& log, const std::wstring& parent, const std::wstring& child,
+                     const std::string& what) {
     VcsNames parents;
     VcsNames children;
-    if (!CVeritasCluster().EnumResDependencies(parent.c_str(), parents, children) || !Contains(children, child)) {
-        throw Failure(Errors::Refused, what + ": VCS shows no such dependency");
-    }
+    ReadDependencies(log, parent, parents, children, what);
+    return Contains(children, child);
 }
 
 RegistryReplication FindRegistryReplication(const LogCapture& log, const std::wstring& group) {

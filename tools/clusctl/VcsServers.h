@@ -25,8 +25,9 @@ VcsNames TopMountResources(const LogCapture& log, const std::wstring& group);
 void ReadDependencies(const LogCapture& log, const std::wstring& resource, VcsNames& parents, VcsNames& children,
                       const std::string& what);
 
-// Throws Failure unless VCS shows the dependency, whatever a tool said.
-void RequireDependency(const std::wstring& parent, const std::wstring& child, const std::string& what);
+// Whether VCS shows the dependency, whatever a tool said. Throws Failure, too, when the answer was lost.
+bool ShowsDependency(const LogCapture& log, const std::wstring& parent, const std::wstring& child,
+                     const std::string& what);
 
 // The RegRep resource that replicates the product's key, and its disk; empty texts when there is none.
 struct RegistryReplication {

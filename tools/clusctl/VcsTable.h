@@ -15,4 +15,9 @@ struct VcsRow {
 // All rows but the header, which begins with '#'. Lines of fewer than three words are none.
 std::vector<VcsRow> ReadVcsTable(const std::wstring& output);
 
+// Whether a row shows its attribute with a value as it stood on the command line of a tool. Of a secret it counts only
+// whether there is one. Words count whatever is between them and in which order: what a list becomes is VCS' own
+// affair. Of what is put together, or written in characters that the tools show in others, any value will do.
+bool ShowsGiven(const VcsRow& row, const std::wstring& given);
+
 #endif
