@@ -6,6 +6,7 @@
 #include "Text.h"
 #include "ThisComputer.h"
 
+#include "common/Files.h"
 #include "common/Text.h"
 #include "core/ResourceTypes.h"
 #include "core/ValueList.h"
@@ -120,35 +121,69 @@ std::wstring DiskOf(CCluster& cluster, const std::wstring& attendantName) {
     return NameOf(disk.GetResourceHandle());
 }
 
-// A slash separates folders as a backslash does.
 bool IsBelow(const std::wstring& path, const std::wstring& folder) {
-    std::wstring whole = common::Folded(path + L"\\");
-    std::replace(whole.begin(), whole.end(), L'/', L'\\');
-    return whole.compare(0, folder.size(), common::Folded(folder)) == 0;
+    return common::Folded(path + L"\\").compare(0, folder.size(), common::Folded(folder)) == 0;
+}
+
+// The longest of the folders that a path is below; empty when there is none.
+std::wstring DeepestOf(const std::vector<std::wstring>& folders, const std::wstring& path) {
+    std::wstring deepest;
+    for (const std::wstring& folder : folders) {
+        if (folder.size() > deepest.size() && IsBelow(path, folder)) {
+            deepest = folder;
+        }
+    }
+    return deepest;
+}
+
+// Of a disk that is online here, which alone tells its paths; empty of any other resource.
+std::vector<std::wstring> FoldersHere(const CCluster& cluster, const std::wstring& name) {
+    const ResourceHandle resource = OpenResource(cluster, name);
+    std::wstring owner;
+    std::wstring group;
+    std::vector<std::wstring> folders;
+    if (resource && ResourceClass(resource.get()) == CLUS_RESCLASS_STORAGE &&
+        ReadResourceState(resource.get(), owner, group) == ClusterResourceOnline && IsThisComputer(owner)) {
+        GetDiskLettersFromResource(resource.get(), folders);
+    }
+    return folders;
 }
 
 } // namespace
 
-bool RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path) {
+bool RequirePathOnDisk(const CCluster& cluster, const std::wstring& diskName, const Names& mounted,
+                       const std::wstring& path) {
+    const ResourceHandle disk = OpenResource(cluster, diskName);
     std::vector<unsigned char> answer;
     DWORD code = 0;
     std::vector<std::wstring> folders;
-    if (!QueryResource(disk, CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, answer, code) ||
-        !GetDiskLettersFromResource(disk, folders) || folders.size() != DiskJson(answer)["partitions"].size()) {
+    if (!disk || !QueryResource(disk.get(), CLUSCTL_RESOURCE_STORAGE_GET_DISK_INFO, answer, code) ||
+        !GetDiskLettersFromResource(disk.get(), folders) || folders.size() != DiskJson(answer)["partitions"].size()) {
         return false;
     }
-    std::string known;
-    for (const std::wstring& folder : folders) {
-        if (IsBelow(path, folder)) {
-            return true;
+    const std::string notThere = "the data path " + Quoted(path) + " is not on " + Quoted(diskName);
+    const std::wstring full = common::FullPath(path); // with backslashes, and without ".."
+    const std::wstring deepest = DeepestOf(folders, full);
+    if (deepest.empty()) {
+        std::string known;
+        for (const std::wstring& folder : folders) {
+            known += (known.empty() ? "" : ", ") + Printable(folder);
         }
-        known += (known.empty() ? "" : ", ") + Printable(folder);
+        if (known.empty()) {
+            return false;
+        }
+        throw Failure(Errors::NotPossible, notThere + ", whose paths are " + known);
     }
-    if (!known.empty()) {
-        throw Failure(Errors::NotPossible, "the data path " + Quoted(path) + " is not on " + Quoted(diskName) +
-                                               ", whose paths are " + known);
+    for (const std::wstring& other : mounted) {
+        if (common::Folded(other) != common::Folded(diskName)) {
+            const std::wstring below = DeepestOf(FoldersHere(cluster, other), full);
+            if (below.size() > deepest.size()) {
+                throw Failure(Errors::NotPossible,
+                              notThere + ": " + Quoted(other) + " is mounted at " + Printable(below));
+            }
+        }
     }
-    return false;
+    return true;
 }
 
 namespace {
@@ -178,7 +213,8 @@ void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::w
                       "the disk " + Quoted(name) + " is " + StateWord(state) + " on the node " + Quoted(owner))
             .Hint("It has to be online on this node.");
     }
-    if (!dataPath.empty() && !RequirePathOnDisk(disk.get(), name, dataPath)) {
+    if (!dataPath.empty() &&
+        !RequirePathOnDisk(cluster, name, ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE), dataPath)) {
         report.AddWarning("whether the data path " + Quoted(dataPath) + " is on " + Quoted(name) +
                           " could not be checked: the disk does not tell the path of each of its partitions");
     }

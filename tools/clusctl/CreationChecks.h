@@ -28,9 +28,11 @@ std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequ
 // wants it. `record` is the new resource in detail.
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report);
 
-// Throws Failure when a path is on none of the disk's. False when it cannot be told: the disk does not tell the path of
-// each of its partitions.
-bool RequirePathOnDisk(HRESOURCE disk, const std::wstring& diskName, const std::wstring& path);
+// Throws Failure when a path is on none of the disk's, or on another disk that is mounted further down: of `mounted`,
+// those that are online here are asked for their paths. False when it cannot be told: the disk does not tell the path
+// of each of its partitions.
+bool RequirePathOnDisk(const CCluster& cluster, const std::wstring& diskName, const Names& mounted,
+                       const std::wstring& path);
 
 // Whether a path begins with a drive: "F:\Zyntra Gate".
 bool IsAbsolutePath(const std::wstring& path);

@@ -38,8 +38,19 @@ void DiagnosePaths(CClusterResource& disk, Findings& findings) {
     }
 }
 
+// What may be mounted below a disk of the group: the cluster lets a disk depend on others of its group only.
+Names MembersOf(const CCluster& cluster, const std::wstring& group) {
+    try {
+        return ListMembers(cluster, group);
+    } catch (const Failure&) {
+        return Names(); // told where the group is looked at
+    }
+}
+
 // The data may be on any of the disks, as far as these tell their paths.
-void DiagnosePlace(const CCluster& cluster, const Names& disks, const std::wstring& dataPath, Findings& findings) {
+void DiagnosePlace(const CCluster& cluster, const Names& disks, const std::wstring& group, const std::wstring& dataPath,
+                   Findings& findings) {
+    const Names members = MembersOf(cluster, group);
     std::wstring first;
     std::string why;
     for (const std::wstring& name : disks) {
@@ -49,7 +60,7 @@ void DiagnosePlace(const CCluster& cluster, const Names& disks, const std::wstri
             return;
         }
         try {
-            RequirePathOnDisk(disk.get(), name, dataPath);
+            RequirePathOnDisk(cluster, name, members, dataPath);
             return;
         } catch (const Failure& failure) {
             if (why.empty()) {
@@ -91,6 +102,6 @@ void DiagnoseStorage(const CCluster& cluster, CClusterResource& resource, const 
     }
     DiagnosePaths(disk, findings);
     if (IsAbsolutePath(dataPath)) {
-        DiagnosePlace(cluster, disks, dataPath, findings);
+        DiagnosePlace(cluster, disks, TextMember(detail, "group"), dataPath, findings);
     }
 }

@@ -305,6 +305,7 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     if (!before.empty()) {
         RequireOwnedHere(place, server);
         RequireNodeRuns(cluster, place.owner);
+        RequireNoOtherDependants(cluster, before, "cannot delete the product's resource of " + Quoted(server));
     }
     Interruption::RequireNone();
     const LibraryCalls calls;

@@ -9,6 +9,8 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <algorithm>
+
 namespace {
 
 std::wstring TextOf(const Json& text) {
@@ -91,6 +93,34 @@ void RequireOwnedHere(const ServerPlace& place, const std::wstring& server) {
         throw Failure(Errors::NotPossible, "the virtual server " + Quoted(server) + " is on the node " +
                                                Quoted(place.owner) + ", not on this one")
             .Hint("Run the command on that node, or move the group " + Quoted(place.group) + " to this one.");
+    }
+}
+
+void RequireNoOtherDependants(const CCluster& cluster, const Names& resources, const std::string& what) {
+    std::string reasons;
+    for (const std::wstring& name : resources) {
+        const ResourceHandle resource = RequireResource(cluster, name);
+        Names dependants;
+        const DWORD code = ListRelated(resource.get(), CLUSTER_RESOURCE_ENUM_PROVIDES, dependants);
+        if (code != ERROR_SUCCESS) {
+            throw Failure::OfCode(what + ": cannot list what depends on " + Quoted(name), code, Errors::Incomplete);
+        }
+        std::string others;
+        size_t count = 0;
+        for (const std::wstring& dependant : dependants) {
+            if (std::find(resources.begin(), resources.end(), dependant) == resources.end()) {
+                others += (count == 0 ? "" : ", ") + Quoted(dependant);
+                ++count;
+            }
+        }
+        if (count != 0) {
+            reasons +=
+                (reasons.empty() ? "" : "; ") + others + (count == 1 ? " depends on " : " depend on ") + Quoted(name);
+        }
+    }
+    if (!reasons.empty()) {
+        throw Failure(Errors::NotPossible, what + ": " + reasons)
+            .Hint("Delete these resources, or their dependencies, first.");
     }
 }
 

@@ -31,6 +31,10 @@ Names FindProductResources(const CCluster& cluster, const std::wstring& server, 
 // Throws Failure (NotPossible, with the node to go to) unless the virtual server is this node's.
 void RequireOwnedHere(const ServerPlace& place, const std::wstring& server);
 
+// Throws Failure (NotPossible) when resources besides these depend on one of them: the cluster deletes none that others
+// depend on, but the library takes all of these offline before it tries.
+void RequireNoOtherDependants(const CCluster& cluster, const Names& resources, const std::string& what);
+
 // The state of a node. Throws Failure (NotPossible) when it is down: what it is said to own and do is then only what
 // the cluster remembers. Throws Failure with the cluster's code when the state cannot be read.
 CLUSTER_NODE_STATE RequireNodeRuns(const CCluster& cluster, const std::wstring& node);
