@@ -77,7 +77,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   temporary           lists the temporary folders of clusctl with what is in them
   left FOLDER SECONDS  there is an empty temporary folder that has not changed for so long
   mark NAME BEGUN COMMAND  there is the mark of a run that was ended, in a file of this name, begun at this time ("2026-01-02 03:04:05 UTC",
-                      or with units of 100 ns behind it, "2026-01-02 03:04:05 UTC+7")
+                      or with units of 100 ns behind it, "2026-01-02 03:04:05 UTC+7"), perhaps on a model: mark NAME BEGUN COMMAND FILE
   long-log LINES BYTES FILE  there is a log of so many lines of so many bytes
   left-keys           counts the registry keys of runs on models with settings
 """
@@ -637,7 +637,8 @@ class Case:
             return ""
         if verb == "mark":
             begun, _, moment = arguments[1].partition("+")
-            mark = {"command": arguments[2], "process": 7, "begun": begun, **({"begunAt": int(moment)} if moment else {})}
+            model = {"model": "Z:" + str(self.folder / arguments[3]).replace("/", "\\")} if len(arguments) > 3 else {}
+            mark = {"command": arguments[2], "process": 7, "begun": begun, **({"begunAt": int(moment)} if moment else {}), **model}
             folder = self.runner.prefix / "drive_c/ProgramData/clusctl"
             folder.mkdir(exist_ok=True)
             (folder / f"{arguments[0]}.run").write_text(json.dumps(mark), encoding="utf-8")

@@ -15,6 +15,7 @@
 namespace {
 
 const wchar_t Extension[] = L".run";
+const char ModelMember[] = "model";        // null of the cluster of this computer
 const std::string OpeningOption = " --rw"; // the last word of a command that opens the configuration
 
 // With its separator; empty when the system names no place for it.
@@ -72,11 +73,20 @@ bool BeganBefore(const Left& one, const Left& other) {
     return std::tie(one.begun, one.begunAt, one.path) < std::tie(other.begun, other.begunAt, other.path);
 }
 
+// The simulated cluster that the run changed; empty of the one of this computer, and when the mark does not tell.
+std::wstring ModelOf(const Json& mark) {
+    const Json model = mark.value(ModelMember, Json());
+    return model.is_string() ? common::ToUtf16(model.get<std::string>()) : std::wstring();
+}
+
 std::string SentenceOf(const Json& mark) {
     const std::string command = mark.at("command").get<std::string>();
     const std::string process = std::to_string(mark.at("process").get<unsigned long>());
-    std::string text = "an earlier run was ended before it was done: " + Quoted(command) + ", process " + process +
-                       ", begun " + mark.at("begun").get<std::string>() + "; it may be half done";
+    const std::wstring model = ModelOf(mark);
+    std::string text = "an earlier run" +
+                       (model.empty() ? std::string() : " on the simulated cluster " + QuotedPath(model)) +
+                       " was ended before it was done: " + Quoted(command) + ", process " + process + ", begun " +
+                       mark.at("begun").get<std::string>() + "; it may be half done";
     if (command.size() > OpeningOption.size() &&
         command.compare(command.size() - OpeningOption.size(), std::string::npos, OpeningOption) == 0) {
         text += "; the configuration may be open for writing still: 'clusctl vcs mode ro' closes it";
@@ -89,7 +99,7 @@ std::string SentenceOf(const Json& mark) {
 
 } // namespace
 
-RunMarker::RunMarker(const std::string& command) : m_file(INVALID_HANDLE_VALUE) {
+RunMarker::RunMarker(const std::string& command, const std::wstring& model) : m_file(INVALID_HANDLE_VALUE) {
     const std::wstring folder = Folder();
     if (folder.empty()) {
         return;
@@ -99,6 +109,7 @@ RunMarker::RunMarker(const std::string& command) : m_file(INVALID_HANDLE_VALUE) 
     m_file = CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (m_file != INVALID_HANDLE_VALUE) {
         const std::string text = common::DumpJson({{"command", command},
+                                                   {ModelMember, TextOrNull(model)},
                                                    {"process", GetCurrentProcessId()},
                                                    {"begun", common::ShownUtcNow()},
                                                    {"begunAt", Now()}});
@@ -114,7 +125,13 @@ RunMarker::~RunMarker() {
     }
 }
 
-KilledRuns::KilledRuns() {
+KilledRuns::KilledRuns() : KilledRuns(nullptr) {
+}
+
+KilledRuns::KilledRuns(const std::wstring& model) : KilledRuns(&model) {
+}
+
+KilledRuns::KilledRuns(const std::wstring* model) {
     const std::wstring folder = Folder();
     if (folder.empty()) {
         return;
@@ -126,6 +143,14 @@ KilledRuns::KilledRuns() {
         }
         try {
             const Json mark = Json::parse(common::ReadWholeFile(folder + name));
+            const std::wstring changed = ModelOf(mark);
+            if (!changed.empty() && !common::FileExists(changed)) {
+                DeleteFileW((folder + name).c_str()); // nothing is left of what it changed
+                continue;
+            }
+            if (model != nullptr && mark.contains(ModelMember) && common::Folded(changed) != common::Folded(*model)) {
+                continue;
+            }
             left.push_back({mark.at("begun").get<std::string>(), mark.value("begunAt", std::uint64_t(0)), folder + name,
                             SentenceOf(mark)});
         } catch (const common::FileError&) {

@@ -12,9 +12,9 @@
 // writing knows that the run is gone.
 class RunMarker {
 public:
-    // `command`: what the run is about, "vcs product create EVS1 --rw". A run that cannot be marked goes on all the
-    // same.
-    explicit RunMarker(const std::string& command);
+    // `command`: what the run is about, "vcs product create EVS1 --rw"; `model`: the whole path of the simulated
+    // cluster that it changes, empty of the one of this computer. A run that cannot be marked goes on all the same.
+    RunMarker(const std::string& command, const std::wstring& model);
     ~RunMarker();
     RunMarker(const RunMarker&) = delete;
     RunMarker& operator=(const RunMarker&) = delete;
@@ -27,7 +27,11 @@ private:
 // Finds the marks of runs that were ended.
 class KilledRuns {
 public:
+    // All of them.
     KilledRuns();
+
+    // Those that changed this cluster, as of RunMarker, and those of releases that did not note which.
+    explicit KilledRuns(const std::wstring& model);
 
     // One sentence for each, in the order in which they began: what it was doing, and what it left behind.
     const std::vector<std::string>& Sentences() const;
@@ -36,6 +40,8 @@ public:
     void Forget() const;
 
 private:
+    explicit KilledRuns(const std::wstring* model);
+
     std::vector<std::wstring> m_paths;
     std::vector<std::string> m_sentences;
 };

@@ -39,6 +39,7 @@
 #include "VcsTools.h"
 
 #include "common/AppendFile.h"
+#include "common/Environment.h"
 #include "common/Files.h"
 #include "common/Text.h"
 
@@ -84,6 +85,12 @@ std::string NamedCommand(const CommandLine& commandLine) {
     return commandLine.OpensConfiguration() ? text + " --rw" : text;
 }
 
+// The whole path of the simulated cluster that the command works on; empty of the one of this computer.
+std::wstring SimulatedCluster(const CommandLine& commandLine) {
+    const std::wstring file = common::EnvironmentVariable(Simulation(commandLine.Asked()).Variable());
+    return file.empty() ? file : common::FullPath(file);
+}
+
 // What is said of models themselves asks no cluster, so that it may be asked of one that no simulator reads.
 bool AsksNone(const CommandLine& commandLine) {
     return StartsWith(commandLine.ChosenName(), "model ");
@@ -113,7 +120,7 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
     }
     std::unique_ptr<const RunMarker> marker;
     if (commandLine.Changes() && !RehearsedRun::IsOne()) {
-        marker = std::make_unique<const RunMarker>(NamedCommand(commandLine));
+        marker = std::make_unique<const RunMarker>(NamedCommand(commandLine), SimulatedCluster(commandLine));
     }
     const bool asksVcs = commandLine.Asked() == Answering::Vcs;
     const bool isVcs = asksVcs && !commandLine.IsRehearsal(); // whose tools change a copy only
@@ -221,7 +228,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
         answer.SetBesides(simulation, simulation.HasAnswered(log.Tools().Count() != 0),
                           log.IsShown() ? std::vector<std::string>() : log.Problems());
     };
-    const KilledRuns killed;
+    const KilledRuns killed(SimulatedCluster(commandLine));
     const auto withKilled = [&killed](Report report) {
         if (RehearsedRun::IsOne()) {
             return report;
