@@ -28,6 +28,9 @@ public:
 
     void Read(const Json& json) {
         ObjectReader reader(json, "");
+        for (const char* const name : {"complete", "warnings", "log", "simulated"}) {
+            reader.Member(name); // of "clusctl snapshot --json": about the answer, not of the cluster
+        }
         if (const Json* cluster = reader.Member("cluster")) {
             ReadCluster(*cluster);
         } else {

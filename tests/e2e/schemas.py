@@ -9,6 +9,7 @@ FOLDER = Path(__file__).resolve().parent.parent.parent / "docs" / "schemas"
 SUFFIX = ".schema.json"
 COMMON = "common" + SUFFIX
 DRY_RUN = "dry-run"  # what it answers is not the command's own document
+WATCH = "status-watch"  # nor is what "status --watch" does: a document a line
 TELLING = ("help", "completion", "manual")  # commands whose answer is a text
 PASSING = ("record",)  # commands whose answer is that of another one, behind "--"
 
@@ -20,7 +21,7 @@ def validator(schema):
 
 
 def commands_with_schema():
-    return {file.name[:-len(SUFFIX)] for file in FOLDER.glob("*" + SUFFIX)} - {"common", DRY_RUN}
+    return {file.name[:-len(SUFFIX)] for file in FOLDER.glob("*" + SUFFIX)} - {"common", DRY_RUN, WATCH}
 
 
 def load(name):
@@ -60,20 +61,24 @@ def command_of(arguments):
 
 def problems_of(arguments, output):
     """What is wrong with what a command line printed, given that it is to be a JSON document: a list of sentences."""
+    if "--watch" in arguments and not output.startswith("{\n"): # else it failed before it showed anything
+        taken = validator(load(WATCH + SUFFIX))
+        return [problem for line in output.splitlines() for problem in problems_of_document(taken, line)]
+    command = command_of(arguments)
+    return problems_of_document(validator(load(command + SUFFIX) if command else {**load(COMMON), "$ref": "#/$defs/failure"}), output)
+
+
+def problems_of_document(taken, text):
     try:
-        document = json.loads(output)
+        document = json.loads(text)
     except ValueError as error:
         return [f"no JSON document: {error}"]
-    command = command_of(arguments)
-    schema = load(command + SUFFIX) if command else {**load(COMMON), "$ref": "#/$defs/failure"}
-    errors = sorted(validator(schema).iter_errors(document), key=lambda error: list(map(str, error.path)))
+    errors = sorted(taken.iter_errors(document), key=lambda error: list(map(str, error.path)))
     return [f"{error.json_path}: {error.message}" for error in errors]
 
 
 def is_expected(arguments, output):
     """Whether a command line has to print a document: with --json all but those that print a text do."""
-    if "--watch" in arguments: # a document a line, of another kind
-        return False
     wants = "--json" in arguments and not {"--help", "-h", "--version"} & set(arguments)
     words = [argument for argument in arguments if not argument.startswith("-")]
     tells = bool(words) and words[0] in TELLING
@@ -105,6 +110,21 @@ def problems_of_answer(command, document):
     return [f"docs/schemas/{command}{SUFFIX} takes {document}" for document in wrong if taken.is_valid(document)]
 
 
+def problems_of_watching():
+    """That the schema of "status --watch" takes the lines that the cases show, of both kinds, and refuses them changed."""
+    taken = validator(load(WATCH + SUFFIX))
+    text = "".join(case.read_text(encoding="utf-8") for case in sorted(CASES.glob("*watch*.txt")))
+    lines = [json.loads(line.replace('"TIME"', '"2026-01-02T03:04:05Z"')) for line in re.findall(r'(?m)^\{"time":.*\}$', text)]
+    problems = [f"no case shows {what}" for what, member in (("the status", "cluster"), ("a change", "kind"))
+                if not any(member in line for line in lines)]
+    for line in lines:
+        wrong = [{**line, "more": 1}, *({name: value for name, value in line.items() if name != left} for left in line)]
+        wrong += [{**line, "what": "none of these"}] if "kind" in line else []
+        problems += [] if taken.is_valid(line) else [f"docs/schemas/{WATCH}{SUFFIX} refuses {line}"]
+        problems += [f"docs/schemas/{WATCH}{SUFFIX} takes {changed}" for changed in wrong if taken.is_valid(changed)]
+    return problems
+
+
 def problems_of_strictness():
     """That every schema takes the document of a failure, and refuses it changed; that the cases show both kinds of documents of every
     command, and the schemas refuse the answers changed."""
@@ -127,4 +147,5 @@ def problems_of_strictness():
             answered.add(command)
             problems += problems_of_answer(command, document)
     problems += [f"no case shows an answer of {command} --json" for command in sorted(commands_with_schema() - answered)]
+    problems += problems_of_watching()
     return problems + [f"no case shows a failure of {command} --json" for command in sorted(commands_with_schema() - failed)]

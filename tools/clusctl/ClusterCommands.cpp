@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -110,13 +111,11 @@ public:
         if (state != "down" && state != "joining") {
             return;
         }
-        const Json& group = record[groupMember];
-        if (std::find(m_told.begin(), m_told.end(), group) != m_told.end()) {
-            return;
+        const std::string group = record[groupMember].get<std::string>();
+        if (m_told.insert(group).second) {
+            m_report.AddWarning("the group " + Quoted(group) + " is said to be on the node " +
+                                Quoted(record["owner"].get<std::string>()) + ", which is " + state.get<std::string>());
         }
-        m_told.push_back(group);
-        m_report.AddWarning("the group " + Quoted(group.get<std::string>()) + " is said to be on the node " +
-                            Quoted(record["owner"].get<std::string>()) + ", which is " + state.get<std::string>());
     }
 
 private:
@@ -147,7 +146,7 @@ private:
     const Json m_nodes;
     const Json m_nobodys;
     std::unordered_map<std::string, Json> m_states;
-    std::vector<Json> m_told;
+    std::unordered_set<std::string> m_told; // groups
     Report& m_report;
 };
 

@@ -33,9 +33,19 @@ std::string CellText(const Json& value) {
     return value.dump();
 }
 
+// Behind an owner that is down or only joins: what it is said to own is what the cluster remembers.
+std::string MarkOfOwner(const Json& record) {
+    const Json state = record.value("ownerState", Json());
+    return state == "down" || state == "joining" ? " (" + state.get<std::string>() + ")" : std::string();
+}
+
 std::string Cell(const Json& record, const Column& column) {
     const auto found = record.find(column.key);
-    return found == record.end() ? Nothing : CellText(*found);
+    if (found == record.end()) {
+        return Nothing;
+    }
+    const bool isOwner = std::string(column.key) == "owner";
+    return CellText(*found) + (isOwner ? MarkOfOwner(record) : std::string());
 }
 
 std::string Padded(const std::string& text, size_t width) {
@@ -198,11 +208,9 @@ std::string Report::ToText() const {
 }
 
 std::string Report::ToJson(const Json& besides) && {
-    if (!m_isVerbatim) {
-        const bool isComplete = m_isComplete && !m_document.empty();
-        m_document["complete"] = isComplete;
-        m_document["warnings"] = m_warnings;
-        m_document.update(besides);
-    }
+    const bool isComplete = m_isComplete && !m_document.empty();
+    m_document["complete"] = isComplete;
+    m_document["warnings"] = m_warnings;
+    m_document.update(besides);
     return common::DumpJson(m_document);
 }

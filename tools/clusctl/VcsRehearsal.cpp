@@ -20,9 +20,9 @@ const Columns SystemColumns = {{"name", "SYSTEM"}, {"stateBefore", "BEFORE"}, {"
 const Columns ServerColumns = {{"name", "SERVER"},
                                {"group", "GROUP"},
                                {"nodeBefore", "SYSTEM BEFORE"},
-                               {"onlineBefore", "ONLINE"},
+                               {"stateBefore", "STATE"},
                                {"nodeAfter", "SYSTEM AFTER"},
-                               {"onlineAfter", "ONLINE"}};
+                               {"stateAfter", "STATE"}};
 const Columns StateColumns = {
     {"kind", "KIND"}, {"name", "NAME"}, {"system", "SYSTEM"}, {"before", "BEFORE"}, {"after", "AFTER"}};
 const Columns DownColumns = {{"name", "STAYS DOWN"}, {"group", "GROUP"}, {"state", "STATE"}, {"reason", "WHY"}};
@@ -44,7 +44,7 @@ Json ServersIn(const ProgramResult& result, const char* when, Report& report) {
 
 Json ServerRows(const Json& before, const Json& after) {
     Json rows = Json::array();
-    const auto take = [&rows](const Json& servers, const char* node, const char* online) {
+    const auto take = [&rows](const Json& servers, const char* node, const char* online, const char* state) {
         for (const Json& server : servers) {
             auto row = std::find_if(rows.begin(), rows.end(),
                                     [&server](const Json& known) { return known.at("group") == server.at("group"); });
@@ -54,16 +54,19 @@ Json ServerRows(const Json& before, const Json& after) {
                                 {"address", nullptr},
                                 {"nodeBefore", nullptr},
                                 {"onlineBefore", nullptr},
+                                {"stateBefore", nullptr},
                                 {"nodeAfter", nullptr},
-                                {"onlineAfter", nullptr}});
+                                {"onlineAfter", nullptr},
+                                {"stateAfter", nullptr}});
                 row = std::prev(rows.end());
             }
             (*row)[node] = server.at("onlineNode");
             (*row)[online] = server.at("online");
+            (*row)[state] = server.at("state");
         }
     };
-    take(before, "nodeBefore", "onlineBefore");
-    take(after, "nodeAfter", "onlineAfter");
+    take(before, "nodeBefore", "onlineBefore", "stateBefore");
+    take(after, "nodeAfter", "onlineAfter", "stateAfter");
     return rows;
 }
 
