@@ -65,6 +65,8 @@ private:
     void PlanFailback(Group& group);
     void FailBack(Group& group);
     void StopCluster(const std::string& why);
+    void StartCluster();
+    void Join(Node& node, const char* how);
     void ServeHere(Node& node);
 
     static std::string Seconds(std::int64_t milliseconds);

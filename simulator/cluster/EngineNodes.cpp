@@ -15,9 +15,14 @@ using common::ToUtf8;
 namespace {
 
 // That it is paused is kept with the cluster's configuration, and holds when its service starts again.
-void TakeDown(Node& node) {
+void TakeAway(Node& node, Node::Status status) {
     node.isPaused = node.isPaused || node.status == Node::Status::Paused;
-    node.status = Node::Status::Down;
+    node.status = status;
+}
+
+bool IsThisComputerDown(const Model& model) {
+    return std::any_of(model.nodes.begin(), model.nodes.end(),
+                       [](const Node& node) { return node.isThisComputer && node.status == Node::Status::Down; });
 }
 
 } // namespace
@@ -58,14 +63,18 @@ void Engine::NodeGoesDown(Node& node) {
     if (node.status == Node::Status::Down) {
         return;
     }
-    TakeDown(node);
+    const bool wasRunning = HasQuorum(m_model) || m_model.running;
+    TakeAway(node, Node::Status::Down);
     m_model.isChanged = true;
     Tell("node", node.name, "goes down");
     if (node.isThisComputer) {
         m_model.running = false;
     }
     if (!HasQuorum(m_model)) {
-        StopCluster(Members(m_model) == 0 ? "no node is left" : NoMajority(m_model));
+        const std::size_t left = Members(m_model);
+        if (wasRunning) {
+            StopCluster(left == 0 ? "no node is left" : Votes(m_model, left) + " are no majority");
+        }
         return;
     }
     const std::string why = ToUtf8(node.name) + " is down";
@@ -87,25 +96,45 @@ void Engine::NodeComesUp(Node& node) {
         ServeHere(node);
         return;
     }
-    const bool wasRunning = HasQuorum(m_model);
-    node.status = node.isPaused ? Node::Status::Paused : Node::Status::Up;
-    m_model.isChanged = true;
-    Tell("node", node.name, node.isPaused ? "comes up, and is paused as before" : "comes up");
-    node.isPaused = false;
-    if (!HasQuorum(m_model)) {
-        Tell("cluster", m_model.name, "does not start", NoMajority(m_model));
+    if (HasQuorum(m_model)) {
+        Join(node, "comes up");
+        m_model.running = (m_model.running || node.isThisComputer) && !IsThisComputerDown(m_model);
+        for (Group& group : m_model.groups) {
+            PlanFailback(group);
+        }
         return;
     }
-    m_model.running = m_model.running || !wasRunning || node.isThisComputer;
-    for (const Node& other : m_model.nodes) {
-        m_model.running = m_model.running && !(other.isThisComputer && other.status == Node::Status::Down);
+    node.status = Node::Status::Joining;
+    m_model.isChanged = true;
+    if (CanStart(m_model)) {
+        Join(node, "comes up");
+        StartCluster();
+    } else {
+        Tell("node", node.name, "comes up");
+        Tell("cluster", m_model.name, "does not start", Votes(m_model, Candidates(m_model)) + " are no majority");
     }
-    for (Group& group : m_model.groups) {
-        if (wasRunning) {
-            PlanFailback(group);
-        } else {
-            Arrive(group, *Refuge(m_model, group));
+}
+
+// It takes part from now on.
+void Engine::Join(Node& node, const char* how) {
+    Tell("node", node.name, std::string(how) + (node.isPaused ? ", and is paused as before" : ""));
+    node.status = node.isPaused ? Node::Status::Paused : Node::Status::Up;
+    node.isPaused = false;
+    m_model.isChanged = true;
+}
+
+// The services that have tried to join until now find each other.
+void Engine::StartCluster() {
+    for (Node& node : m_model.nodes) {
+        if (node.status == Node::Status::Joining) {
+            Join(node, "joins");
         }
+    }
+    m_model.running = !IsThisComputerDown(m_model);
+    const bool isCounted = m_model.quorum == Quorum::Majority;
+    Tell("cluster", m_model.name, "starts", isCounted ? Votes(m_model, Members(m_model)) + " are a majority" : "");
+    for (Group& group : m_model.groups) {
+        Arrive(group, *Refuge(m_model, group));
     }
 }
 
@@ -162,7 +191,7 @@ void Engine::LoseQuorum() {
     StopCluster("the quorum is lost");
 }
 
-// The service ends on every node: nobody owns anything until it runs again.
+// The service ends on every node, and tries to join again: nobody owns anything until it runs.
 void Engine::StopCluster(const std::string& why) {
     m_model.running = false;
     m_model.isChanged = true;
@@ -173,7 +202,9 @@ void Engine::StopCluster(const std::string& why) {
         TerminateAll(group, "the cluster stops");
     }
     for (Node& node : m_model.nodes) {
-        TakeDown(node);
+        if (node.status != Node::Status::Down) {
+            TakeAway(node, Node::Status::Joining);
+        }
     }
 }
 

@@ -37,16 +37,32 @@ std::size_t Members(const Model& model) {
     }));
 }
 
-bool HasQuorum(const Model& model) {
-    const std::size_t members = Members(model);
+namespace {
+
+bool AreEnough(const Model& model, std::size_t nodes) {
     const std::size_t ofWitness = model.witness == Witness::None ? 0 : 1;
-    const bool isMajority = (members + ofWitness) * 2 > model.nodes.size() + ofWitness;
-    return members > 0 && (model.quorum == Quorum::Shared || isMajority);
+    const bool isMajority = (nodes + ofWitness) * 2 > model.nodes.size() + ofWitness;
+    return nodes > 0 && (model.quorum == Quorum::Shared || isMajority);
 }
 
-std::string NoMajority(const Model& model) {
-    const std::string nodes = std::to_string(Members(model)) + " of " + std::to_string(model.nodes.size()) + " nodes";
-    return nodes + (model.witness == Witness::None ? " are no majority" : " and the witness are no majority");
+} // namespace
+
+bool HasQuorum(const Model& model) {
+    return AreEnough(model, Members(model));
+}
+
+std::size_t Candidates(const Model& model) {
+    return static_cast<std::size_t>(std::count_if(model.nodes.begin(), model.nodes.end(),
+                                                  [](const Node& node) { return node.status != Node::Status::Down; }));
+}
+
+bool CanStart(const Model& model) {
+    return AreEnough(model, Candidates(model));
+}
+
+std::string Votes(const Model& model, std::size_t nodes) {
+    return std::to_string(nodes) + " of " + std::to_string(model.nodes.size()) + " nodes" +
+           (model.witness == Witness::None ? "" : " and the witness");
 }
 
 bool RunsOn(const Model& model, const Node& node) {

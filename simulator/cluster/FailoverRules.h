@@ -17,7 +17,13 @@ bool IsUp(const Node& node);
 // How many nodes take part, and whether they may run the cluster.
 std::size_t Members(const Model& model);
 bool HasQuorum(const Model& model);
-std::string NoMajority(const Model& model); // why not
+
+// While the cluster does not run: how many nodes would take part, and whether it starts with them. Their services try
+// to join again and again.
+std::size_t Candidates(const Model& model);
+bool CanStart(const Model& model);
+
+std::string Votes(const Model& model, std::size_t nodes); // "2 of 3 nodes and the witness"
 
 // Whether the service runs there, as far as the quorum and this computer's own service are concerned.
 bool RunsOn(const Model& model, const Node& node);
