@@ -51,6 +51,7 @@ private:
     // Failures and moves (EngineFailover.cpp).
     void HasFailed(Resource& resource, const std::string& why);
     void ActOn(Resource& failed);
+    bool StopWithout(const Resource& failed);
     bool Restart(Resource& failed, std::size_t restarts, std::uint32_t threshold);
     void ActOnFailuresOf(Group& group);
     bool FailOver(Group& group, const Resource& failed);

@@ -92,18 +92,17 @@ void Engine::HasFailed(Resource& resource, const std::string& why) {
         Tell("resource", resource.name, "has failed again", why);
     }
     SetState(resource, StateFailed, why);
-    if (!m_model.behaviour.actsOnFailures) {
-        return;
-    }
-    for (Resource* dependant : resource.dependants) {
-        Terminate(*dependant, ToUtf8(resource.name) + " failed");
+    if (m_model.behaviour.actsOnFailures) {
+        for (Resource* dependant : resource.dependants) {
+            Terminate(*dependant, ToUtf8(resource.name) + " failed");
+        }
     }
     if (resource.group->movingTo) {
         ContinueMove(*resource.group);
-        return;
+    } else if (m_model.behaviour.actsOnFailures) {
+        resource.actAt = m_now;
+        Expect(resource);
     }
-    resource.actAt = m_now;
-    Expect(resource);
 }
 
 void Engine::Terminate(Resource& resource, const std::string& why) {
@@ -141,6 +140,7 @@ void Engine::ActOn(Resource& failed) {
     const std::uint32_t action = NumberOf(failed.common, L"RestartAction", RestartAndFailOver);
     if (action == DontRestart) {
         Tell("resource", failed.name, "is left failed", "its RestartAction is not to restart it");
+        StopWithout(failed);
         return;
     }
     const std::uint32_t period = NumberOf(failed.common, L"RestartPeriod", 900000);
@@ -154,7 +154,7 @@ void Engine::ActOn(Resource& failed) {
         Tell("resource", failed.name, "is not restarted",
              UsedUp(restarts, "restart", threshold, "RestartThreshold", std::to_string(period) + " ms"));
     }
-    if (action == RestartAndFailOver && FailOver(*failed.group, failed)) {
+    if ((action == RestartAndFailOver && FailOver(*failed.group, failed)) || StopWithout(failed)) {
         return;
     }
     const std::uint32_t retry =
@@ -166,6 +166,15 @@ void Engine::ActOn(Resource& failed) {
         Tell("resource", failed.name, "will be tried again in " + Seconds(delay));
         Expect(failed);
     }
+}
+
+// True when it was the disk that holds the quorum: without it no node goes on.
+bool Engine::StopWithout(const Resource& failed) {
+    const bool isNeeded = failed.isQuorum && m_model.quorum == Quorum::Shared;
+    if (isNeeded) {
+        StopCluster(ToUtf8(failed.name) + ", which holds the quorum, has failed");
+    }
+    return isNeeded;
 }
 
 // False when the resource cannot be online here at all. On a paused node it waits until that is resumed.
@@ -182,7 +191,9 @@ bool Engine::Restart(Resource& failed, std::size_t restarts, std::uint32_t thres
     if (BringOnline(failed) == ProviderFailed) {
         SetState(failed, StateOffline, "what it depends on does not come online");
     }
-    BringBack(*failed.group);
+    if (IsUp(*failed.group->owner)) {
+        BringBack(*failed.group);
+    }
     return true;
 }
 
@@ -208,6 +219,10 @@ bool Engine::FailOver(Group& group, const Resource& failed) {
     const std::uint32_t byNodes = static_cast<std::uint32_t>(m_model.nodes.size()) - 1;
     std::uint32_t threshold =
         NumberOf(group.common, L"FailoverThreshold", m_model.behaviour.protocol >= 2008 ? Never : 10);
+    if (threshold == Never && byNodes == 0) {
+        Tell("group", group.name, "does not fail over", "no other node can host it");
+        return false;
+    }
     threshold = threshold == Never ? byNodes : threshold;
     const std::size_t failovers = CountSince(group.failovers, m_now - period * MsPerHour);
     if (failovers >= threshold) {
@@ -233,7 +248,6 @@ bool Engine::FailOver(Group& group, const Resource& failed) {
 void Engine::BeginMove(Group& group, Node& destination, const std::string& why) {
     m_model.isChanged = true;
     group.movingTo = &destination;
-    group.failbackAt = 0;
     Tell("group", group.name, "moves from " + ToUtf8(group.owner->name) + " to " + ToUtf8(destination.name), why);
     for (Resource* resource : group.resources) {
         resource->actAt = 0;
@@ -263,18 +277,24 @@ void Engine::Arrive(Group& group, Node& node) {
     TerminateAll(group, ""); // a failure stays on the node where it was
     Tell("group", group.name, "is on " + ToUtf8(node.name));
     BringBack(group);
+    if (group.failbackAt != 0) { // from here, if there is still a better node
+        PlanFailback(group);
+    }
 }
 
-// Brings online what was asked to be.
+// Brings online what was asked to be; on a paused node only what holds the quorum.
 void Engine::BringBack(Group& group) {
-    if (!IsUp(*group.owner)) {
-        if (group.owner->status == Node::Status::Paused) {
-            Tell("group", group.name, "stays offline", ToUtf8(group.owner->name) + " is paused");
-        }
-        return;
+    const bool isPaused = group.owner->status == Node::Status::Paused;
+    if (isPaused) {
+        const auto quorum = std::find_if(group.resources.begin(), group.resources.end(),
+                                         [](const Resource* resource) { return resource->isQuorum; });
+        Tell("group", group.name,
+             "stays offline" + (quorum == group.resources.end() ? "" : " but for " + ToUtf8((*quorum)->name)),
+             ToUtf8(group.owner->name) + " is paused");
     }
     for (Resource* resource : group.resources) {
-        if (!resource->isWanted || resource->state != StateOffline || IsBlocked(*resource)) {
+        const bool isHeldBack = !IsUp(*group.owner) && !(isPaused && resource->isQuorum);
+        if (isHeldBack || !resource->isWanted || resource->state != StateOffline || IsBlocked(*resource)) {
             continue;
         }
         std::string why;
@@ -345,7 +365,7 @@ Code Engine::Move(Group& group, Node* destination) {
         return ERROR_SUCCESS;
     }
     if (!destination) {
-        destination = NextNode(m_model, group);
+        destination = BestNode(m_model, group);
         if (!destination) {
             return ERROR_HOST_NODE_NOT_AVAILABLE;
         }
@@ -356,6 +376,10 @@ Code Engine::Move(Group& group, Node* destination) {
     }
     if (!MayHost(group, *destination)) {
         return ERROR_HOST_NODE_NOT_GROUP_OWNER;
+    }
+    if (group.failbackAt != 0) {
+        group.failbackAt = 0;
+        Tell("group", group.name, "does not fail back", "it is moved by hand");
     }
     BeginMove(group, *destination, "asked for");
     return group.movingTo ? static_cast<Code>(ERROR_IO_PENDING) : static_cast<Code>(ERROR_SUCCESS);

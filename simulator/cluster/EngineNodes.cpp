@@ -134,7 +134,7 @@ void Engine::StartCluster() {
     const bool isCounted = m_model.quorum == Quorum::Majority;
     Tell("cluster", m_model.name, "starts", isCounted ? Votes(m_model, Members(m_model)) + " are a majority" : "");
     for (Group& group : m_model.groups) {
-        Arrive(group, *Refuge(m_model, group));
+        Arrive(group, *FirstRefuge(m_model, group));
     }
 }
 
@@ -175,7 +175,9 @@ void Engine::Vanish(Resource& resource) {
     }
     m_model.SetState(resource, StateOffline);
     resource.isCore = resource.isQuorum = false; // no rule holds back what befalls the cluster
+    Group& group = *resource.group;
     m_model.Delete(resource);
+    ContinueMove(group);
 }
 
 Code Engine::Appear(Group& group, const std::wstring& resourceName) {
@@ -210,16 +212,22 @@ void Engine::StopCluster(const std::string& why) {
 
 // The best of its preferred owners that is up takes the group back, at once or in the hours that are set for it.
 void Engine::PlanFailback(Group& group) {
-    if (NumberOf(group.common, L"AutoFailbackType", 0) == 0 || group.preferredOwners.empty() || group.movingTo) {
+    if (NumberOf(group.common, L"AutoFailbackType", 0) == 0 || group.preferredOwners.empty()) {
+        return;
+    }
+    m_model.isChanged = true;
+    const std::int64_t plannedBefore = group.failbackAt;
+    group.failbackAt = m_now;
+    if (group.movingTo) { // it is seen to when the group has arrived
+        Expect(group);
         return;
     }
     const auto best = std::find_if(group.preferredOwners.begin(), group.preferredOwners.end(),
                                    [&group](const Node* node) { return IsUp(*node) && MayHost(group, *node); });
     if (best == group.preferredOwners.end() || *best == group.owner) {
+        group.failbackAt = 0;
         return;
     }
-    const std::int64_t plannedBefore = group.failbackAt;
-    group.failbackAt = m_now;
     const std::uint32_t start = NumberOf(group.common, L"FailbackWindowStart", Never);
     const std::uint32_t end = NumberOf(group.common, L"FailbackWindowEnd", Never);
     if (start < 24 && end < 24) {
@@ -229,11 +237,10 @@ void Engine::PlanFailback(Group& group) {
             group.failbackAt = m_now - m_now % MsPerHour + (24 - sinceStart) % 24 * MsPerHour;
         }
     }
-    m_model.isChanged = true;
     if (group.failbackAt > m_now && group.failbackAt != plannedBefore) {
         Tell("group", group.name,
              "will fail back to " + ToUtf8((*best)->name) + " in " + Seconds(group.failbackAt - m_now),
-             "its failback window begins at " + std::to_string(start) + " h (UTC)");
+             "its failback window begins at " + std::to_string(start) + " h of the cluster's time");
     }
     Expect(group);
 }
@@ -242,7 +249,9 @@ void Engine::FailBack(Group& group) {
     group.failbackAt = 0;
     m_model.isChanged = true;
     for (Node* node : group.preferredOwners) {
-        if (node == group.owner || group.movingTo) {
+        if (node == group.owner) {
+            Tell("group", group.name, "does not fail back",
+                 "of its preferred owners that are up " + ToUtf8(node->name) + " is the best");
             return;
         }
         if (IsUp(*node) && MayHost(group, *node)) {

@@ -35,7 +35,7 @@ std::int64_t DueAt(const Resource& resource) {
 }
 
 std::int64_t DueAt(const Group& group) {
-    return group.failbackAt;
+    return group.movingTo ? 0 : group.failbackAt; // not before it has arrived
 }
 
 bool Waits(const Resource& resource) {
@@ -105,6 +105,9 @@ void Engine::SetPending(Resource& resource, State state, bool neverEnds, std::in
 }
 
 Code Engine::Online(Resource& resource) {
+    if (resource.group->movingTo) {
+        return ERROR_INVALID_STATE;
+    }
     const Code code = BringOnline(resource);
     if (code != ERROR_INVALID_STATE && code != ERROR_SHARING_PAUSED && code != ERROR_CLUSTER_NODE_DOWN) {
         resource.isWanted = true; // even when the attempt fails
@@ -119,7 +122,7 @@ Code Engine::Refusal(const Resource& resource, std::string& why) const {
         why = "the cluster does not run";
         return ERROR_CLUSTER_NODE_DOWN;
     }
-    if (owner.status == Node::Status::Paused) {
+    if (owner.status == Node::Status::Paused && !resource.isQuorum) {
         why = ToUtf8(owner.name) + " is paused";
         return ERROR_SHARING_PAUSED;
     }
@@ -177,6 +180,9 @@ Code Engine::BringOnline(Resource& resource) {
 Code Engine::Offline(Resource& resource) {
     if (!RunsOn(m_model, *resource.group->owner)) {
         return ERROR_CLUSTER_NODE_DOWN;
+    }
+    if (resource.isQuorum) {
+        return ERROR_INVALID_OPERATION_ON_QUORUM;
     }
     const Code code = TakeOffline(resource);
     if (code != ERROR_INVALID_STATE) {

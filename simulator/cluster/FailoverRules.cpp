@@ -24,7 +24,7 @@ bool MayHost(const Resource& resource, const Node& node) {
 
 bool MayHost(const Group& group, const Node& node) {
     return std::all_of(group.resources.begin(), group.resources.end(),
-                       [&node](const Resource* resource) { return !resource->isWanted || MayHost(*resource, node); });
+                       [&node](const Resource* resource) { return MayHost(*resource, node); });
 }
 
 bool IsUp(const Node& node) {
@@ -140,28 +140,44 @@ std::vector<Node*> NodesInOrder(Model& model, const Group& group) {
     return nodes;
 }
 
+std::vector<Node*> NodesBehindOwner(Model& model, const Group& group) {
+    std::vector<Node*> nodes = NodesInOrder(model, group);
+    std::rotate(nodes.begin(), std::find(nodes.begin(), nodes.end(), group.owner), nodes.end());
+    return nodes;
+}
+
+template <typename Fits> Node* First(const std::vector<Node*>& nodes, Fits fits) {
+    const auto found = std::find_if(nodes.begin(), nodes.end(), fits);
+    return found == nodes.end() ? nullptr : *found;
+}
+
+Node* FirstOther(const std::vector<Node*>& nodes, const Group& group) {
+    return First(nodes,
+                 [&group](const Node* node) { return node != group.owner && IsUp(*node) && MayHost(group, *node); });
+}
+
+Node* RefugeAmong(const std::vector<Node*>& nodes, const Group& group) {
+    Node* node = First(nodes, [&group](const Node* item) { return IsUp(*item) && MayHost(group, *item); });
+    node = node ? node : First(nodes, [](const Node* item) { return IsUp(*item); });
+    return node ? node : First(nodes, [](const Node* item) { return item->status == Node::Status::Paused; });
+}
+
 } // namespace
 
 Node* NextNode(Model& model, const Group& group) {
-    std::vector<Node*> nodes = NodesInOrder(model, group);
-    std::rotate(nodes.begin(), std::find(nodes.begin(), nodes.end(), group.owner), nodes.end());
-    for (Node* node : nodes) {
-        if (node != group.owner && IsUp(*node) && MayHost(group, *node)) {
-            return node;
-        }
-    }
-    return nullptr;
+    return FirstOther(NodesBehindOwner(model, group), group);
+}
+
+Node* BestNode(Model& model, const Group& group) {
+    return FirstOther(NodesInOrder(model, group), group);
 }
 
 Node* Refuge(Model& model, const Group& group) {
-    const std::vector<Node*> nodes = NodesInOrder(model, group);
-    const auto first = [&nodes](const auto& fits) -> Node* {
-        const auto found = std::find_if(nodes.begin(), nodes.end(), fits);
-        return found == nodes.end() ? nullptr : *found;
-    };
-    Node* node = first([&group](const Node* item) { return IsUp(*item) && MayHost(group, *item); });
-    node = node ? node : first([](const Node* item) { return IsUp(*item); });
-    return node ? node : first([](const Node* item) { return item->status == Node::Status::Paused; });
+    return RefugeAmong(NodesBehindOwner(model, group), group);
+}
+
+Node* FirstRefuge(Model& model, const Group& group) {
+    return RefugeAmong(NodesInOrder(model, group), group);
 }
 
 } // namespace clussim

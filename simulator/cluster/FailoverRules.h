@@ -38,16 +38,20 @@ const wchar_t* MissingType(const Model& model, const Resource& resource);
 bool LacksNetwork(const Model& model, const Resource& resource);
 std::string NetworkMissing(const Resource& resource); // says so
 
-// Whether all that shall be online in the group can be so on the node.
+// Whether the node is a possible owner of all resources of the group, be they online or not.
 bool MayHost(const Group& group, const Node& node);
 
 // In the order of the group's preferred owners, then that of the other nodes: the next behind the owner, from the end
 // to the beginning, that is up and may host the group; or null.
 Node* NextNode(Model& model, const Group& group);
 
-// Where a group goes whose node is lost: the first in that order that may host it, else any that is up, else one that
-// is paused; null when all are down.
+// The first in that order, the owner apart: where a group goes that is moved without saying where.
+Node* BestNode(Model& model, const Group& group);
+
+// Where a group goes whose node is lost: the next behind it that may host it, else any that is up, else one that is
+// paused; null when all are down. When its cluster starts: the same from the beginning.
 Node* Refuge(Model& model, const Group& group);
+Node* FirstRefuge(Model& model, const Group& group);
 
 } // namespace clussim
 

@@ -136,6 +136,7 @@ TEST_F(CoreGroup, ItsResourcesAreNotDeleted) {
     for (const wchar_t* const name : {L"Cluster Name", L"Cluster IP Address", L"Disk Q:"}) {
         EXPECT_EQ(Control(Resource(name), CLUSCTL_RESOURCE_GET_FLAGS), (Bytes{1, 0, 0, 0})) << name;
     }
+    EXPECT_EQ(OfflineClusterResource(Resource(L"Disk Q:")), static_cast<DWORD>(ERROR_INVALID_OPERATION_ON_QUORUM));
     EXPECT_EQ(OfflineClusterResource(Resource(L"Cluster Name")), 0u);
     EXPECT_EQ(DeleteClusterResource(Resource(L"Cluster Name")), static_cast<DWORD>(ERROR_CORE_RESOURCE));
 }

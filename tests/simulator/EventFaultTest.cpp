@@ -6,7 +6,8 @@ using testing::HasSubstr;
 class EventFault : public SimulatorTest {};
 
 TEST_F(EventFault, AGroupMovesJustBeforeACall) {
-    Load(Replaced(MailCluster, "\"state\": \"down\"", "\"state\": \"up\""));
+    const std::string model = Replaced(MailCluster, "\"state\": \"down\"", "\"state\": \"up\"");
+    Load(Replaced(model, R"(, "possibleOwners": ["NODE-A"])", ""));
     ASSERT_TRUE(ClusSimAddFault("GetClusterGroupState@EVS1#2=event:\"move EVS1 NODE-B\""));
     const GroupOwner group = Group(L"EVS1");
     const auto owner = [&group] { return OwnerOf(group); };

@@ -6,9 +6,10 @@ using testing::Not;
 
 namespace {
 
-// Two nodes that are up; what fails is acted on.
+// Two nodes that are up, and on which everything may run; what fails is acted on.
 std::string TwoNodes() {
     std::string model = Replaced(MailCluster, R"({"name": "NODE-B", "state": "down"})", R"({"name": "NODE-B"})");
+    model = Replaced(model, R"(, "possibleOwners": ["NODE-A"])", "");
     return Replaced(model, R"("MAILCLUSTER")", R"("MAILCLUSTER", "behaviour": {"failures": "acted-on"})");
 }
 
@@ -44,6 +45,14 @@ TEST_F(GroupMove, GoesToTheNextNodeWithoutAName) {
     EXPECT_EQ(OwnerOf(L"EVS1"), L"NODE-A");
 }
 
+TEST_F(GroupMove, GoesToTheMostPreferredNodeWithoutAName) {
+    Load(R"({"cluster": {"name": "C", "coreGroup": "none"},
+        "nodes": [{"name": "N1"}, {"name": "N2"}, {"name": "N3"}],
+        "groups": [{"name": "G", "owner": "N2", "preferredOwners": ["N3", "N2"]}]})");
+    EXPECT_EQ(MoveClusterGroup(Group(L"G"), nullptr), 0u);
+    EXPECT_EQ(OwnerOf(L"G"), L"N3") << "behind N2 is N1";
+}
+
 TEST_F(GroupMove, IsRefusedWithTheCodeOfItsReason) {
     Load();
     EXPECT_EQ(MoveClusterGroup(Group(L"EVS1"), Node(L"NODE-B")), Code(ERROR_CLUSTER_NODE_DOWN));
@@ -64,6 +73,7 @@ TEST_F(GroupMove, ThatTakesTimeIsPendingAndNotToBeMixedWithAnother) {
     EXPECT_EQ(MoveClusterGroup(Group(L"EVS1"), Node(L"NODE-B")), Code(ERROR_INVALID_STATE));
     EXPECT_EQ(OnlineClusterGroup(Group(L"EVS1"), nullptr), Code(ERROR_INVALID_STATE));
     EXPECT_EQ(OfflineClusterGroup(Group(L"EVS1")), Code(ERROR_INVALID_STATE));
+    EXPECT_EQ(OnlineClusterResource(Resource(L"EVS1 Disk")), Code(ERROR_INVALID_STATE));
     ClusSimAdvanceClock(5000);
     EXPECT_EQ(OwnerOf(L"EVS1"), L"NODE-B");
     EXPECT_EQ(StateOf(L"EVS1 Name"), ClusterResourceOnline);
@@ -75,9 +85,11 @@ TEST_F(GroupMove, OnlineAndOfflineConcernAllOfTheGroup) {
     EXPECT_EQ(StateOf(L"EVS1 Disk"), ClusterResourceOffline);
     EXPECT_EQ(OnlineClusterGroup(Group(L"EVS1"), nullptr), 0u);
     EXPECT_EQ(StateOf(L"EVS1 Store"), ClusterResourceOnline);
-    EXPECT_EQ(OnlineClusterGroup(Group(L"EVS1"), Node(L"NODE-B")), Code(ERROR_HOST_NODE_NOT_GROUP_OWNER))
-        << "the attendant may run on NODE-A only";
     EXPECT_EQ(OnlineClusterGroup(Group(L"EVS2"), nullptr), Code(ERROR_SHARING_PAUSED));
+    Load(Replaced(TwoNodes(), R"(["EVS1 Name", "EVS1 Disk"])",
+                  R"(["EVS1 Name", "EVS1 Disk"], "possibleOwners": ["NODE-A"])"));
+    EXPECT_EQ(OnlineClusterGroup(Group(L"EVS1"), Node(L"NODE-B")), Code(ERROR_HOST_NODE_NOT_GROUP_OWNER))
+        << "the attendant, which is offline, may run on NODE-A only";
 }
 
 TEST_F(GroupMove, AFailedResourceIsRestartedWhereFailuresAreActedOn) {

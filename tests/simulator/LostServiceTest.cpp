@@ -79,7 +79,8 @@ class TimedEvent : public LostService {};
 
 TEST_F(TimedEvent, HappensWhenItsTimeHasCome) {
     ClusSimUseManualClock();
-    Load(Replaced(MailCluster, "\"state\": \"down\"", "\"state\": \"up\""));
+    const std::string model = Replaced(MailCluster, "\"state\": \"down\"", "\"state\": \"up\"");
+    Load(Replaced(model, R"(, "possibleOwners": ["NODE-A"])", ""));
     ASSERT_TRUE(ClusSimAddFault("time@5=event:\"move EVS1 NODE-B\""));
     ASSERT_TRUE(ClusSimAddFault("time@8=event:\"fail EVS1 IP\""));
     ASSERT_TRUE(ClusSimAddFault("time@9=event:\"quorum-loss\""));
