@@ -219,7 +219,8 @@ std::string NodeState(const Json& model, const std::string& node, const std::str
     const Json* const found = FindNode(model, node, thisComputer);
     const std::string state = found == nullptr ? "" : TextOf(*found, "state", "up");
     const bool isRunning = model.at("cluster").value("running", true);
-    return !isRunning && state != "down" && IsSame(node, thisComputer) ? "stopped" : state;
+    const bool takesPart = state == "up" || state == "paused";
+    return !isRunning && takesPart && IsSame(node, thisComputer) ? "stopped" : state;
 }
 
 Json Essence(const Json& model) {
