@@ -9,8 +9,8 @@ namespace {
 
 // In lower case, separated by blanks.
 const char Vocabulary[] =
-    "active address administrators agent and attendant attribute authority available backup builtin ccr clus "
-    "clusrdll clusrdllccr cluster com computer configuration currentversion data database default disk domain "
+    "active address administrators agent and asp attendant attribute authority available backup builtin ccr clus "
+    "clusrdll clusrdllccr cluster com command computer configuration currentversion data database default disk domain "
     "exchange exchprotocol exchservice file first gate generic genericservice global group hkcu hkey hklm "
     "host http imap4 information instance ip is kova lanman local localhost localsystem log logs machine mail "
     "mailbox majority message microsoft monitor mount mountv msexchangeis msexchangesa mta name network "
@@ -18,6 +18,11 @@ const char Vocabulary[] =
     "print private program protocol public qav quorum registry regrep remoteconfig replication resource "
     "routing sa search server service services set share smtp smtpsvc software spooler stack storage store "
     "system the transfer transport type users virtual vmdg volume web winnt windows witness zyntra";
+
+// The last labels by which a domain name of two is told from a file's name and the like.
+const char LastLabels[] =
+    "com net org local lan internal intern intra intranet corp edu gov mil eu de at ch uk fr nl es "
+    "se dk fi pl cz hu ru jp cn kr au nz br ca mx za tr";
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -102,12 +107,32 @@ std::vector<std::string> Split(const std::string& text, char separator) {
     return parts;
 }
 
+std::set<std::string> SetOf(const char* words) {
+    const std::vector<std::string> list = Split(words, ' ');
+    return std::set<std::string>(list.begin(), list.end());
+}
+
 bool IsOfVocabulary(const std::string& lower) {
-    static const std::set<std::string> words = [] {
-        const std::vector<std::string> list = Split(Vocabulary, ' ');
-        return std::set<std::string>(list.begin(), list.end());
-    }();
+    static const std::set<std::string> words = SetOf(Vocabulary);
     return words.count(lower) != 0;
+}
+
+bool IsLastLabel(const std::string& label) {
+    static const std::set<std::string> labels = SetOf(LastLabels);
+    return labels.count(Lowered(label)) != 0;
+}
+
+// The words of a text; what is between them is skipped.
+std::vector<std::string> WordsOf(const std::string& text) {
+    std::vector<std::string> words;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = EndOf(text, at, IsWordCharacter);
+        if (end > at) {
+            words.push_back(text.substr(at, end - at));
+        }
+        at = std::max(end, at + 1);
+    }
+    return words;
 }
 
 bool IsOctet(const std::string& text) {
@@ -147,12 +172,53 @@ std::string Anonymiser::Text(const std::string& text) {
     return Words(text, false);
 }
 
+void Anonymiser::Identity(const std::string& name) {
+    for (const std::string& word : WordsOf(name)) {
+        m_identities.insert(Lowered(word));
+    }
+    Name(name);
+}
+
+bool Anonymiser::Whole(const std::string& name) {
+    Identity(name);
+    const std::vector<std::string> words = WordsOf(name);
+    const bool isCommon = std::all_of(words.begin(), words.end(), [this](const auto& word) { return IsCommon(word); });
+    const bool hasLetters =
+        std::any_of(words.begin(), words.end(), [this](const auto& word) { return IsKept(Lowered(word)); });
+    if (!isCommon || !hasLetters) {
+        return true;
+    }
+    if (words.size() == 1) {
+        return false;
+    }
+    std::string& standIn = m_phrases[Lowered(name)];
+    if (standIn.empty()) {
+        for (std::size_t at = 0; at < name.size();) {
+            const std::size_t end = EndOf(name, at, IsWordCharacter);
+            const std::string word = name.substr(at, std::max(end, at + 1) - at);
+            standIn += IsKept(Lowered(word)) ? NextStandIn(word.size()) : word;
+            at += word.size();
+        }
+    }
+    return true;
+}
+
 void Anonymiser::Keep(const std::string& word) {
     m_kept.insert(Lowered(word));
 }
 
+void Anonymiser::Spare(const std::string& word) {
+    m_spared.insert(Lowered(word));
+}
+
 bool Anonymiser::IsKept(const std::string& lower) const {
-    return IsOfVocabulary(lower) || m_kept.count(lower) != 0;
+    return IsOfVocabulary(lower) || m_kept.count(lower) != 0 ||
+           (m_spared.count(lower) != 0 && m_identities.count(lower) == 0);
+}
+
+// Whether it is left as it is in names.
+bool Anonymiser::IsCommon(const std::string& word) const {
+    return Shape(word).size() < 2 || std::all_of(word.begin(), word.end(), IsDigit) || IsKept(Lowered(word));
 }
 
 std::string Anonymiser::Words(const std::string& text, bool areNames) {
@@ -163,7 +229,8 @@ std::string Anonymiser::Words(const std::string& text, bool areNames) {
             continue;
         }
         const bool isWithin = at > 0 && (IsWordCharacter(text[at - 1]) || text[at - 1] == '.');
-        if (!isWithin && (TakeAddress(text, at, result) || TakeDomain(text, at, result))) {
+        if (!isWithin &&
+            (TakePhrase(text, at, result) || TakeAddress(text, at, result) || TakeDomain(text, at, result))) {
             continue;
         }
         const std::size_t end = EndOf(text, at, IsWordCharacter);
@@ -181,20 +248,12 @@ std::string Anonymiser::Words(const std::string& text, bool areNames) {
 std::string Anonymiser::StandIn(const std::string& word) {
     const std::string lower = Lowered(word);
     const std::string shape = Shape(word);
-    if (shape.size() < 2 || std::all_of(word.begin(), word.end(), IsDigit) || IsKept(lower)) {
+    if (IsCommon(word)) {
         return word;
     }
     std::string& standIn = m_words[lower];
     if (standIn.empty()) {
-        // A short one is longer than what it stands for when all of its length are taken.
-        for (std::size_t length = shape.size(); standIn.empty(); ++length) {
-            while (standIn.empty() && m_counts[length] < CountOf(length)) {
-                const std::string next = Spoken(m_counts[length]++, length);
-                if (!IsKept(next) && m_used.insert(next).second) {
-                    standIn = next;
-                }
-            }
-        }
+        standIn = NextStandIn(shape.size());
     }
     std::string result = standIn;
     for (std::size_t i = 0; i < result.size(); ++i) {
@@ -203,6 +262,37 @@ std::string Anonymiser::StandIn(const std::string& word) {
         }
     }
     return result;
+}
+
+// One that stands for nothing yet. A short one is longer than it is to be when all of its length are taken.
+std::string Anonymiser::NextStandIn(std::size_t length) {
+    for (;; ++length) {
+        while (m_counts[length] < CountOf(length)) {
+            const std::string next = Spoken(m_counts[length]++, length);
+            if (!IsKept(next) && m_used.insert(next).second) {
+                return next;
+            }
+        }
+    }
+}
+
+// Identities that are replaced as a whole.
+bool Anonymiser::TakePhrase(const std::string& text, std::size_t& at, std::string& result) const {
+    for (const auto& phrase : m_phrases) {
+        const std::size_t end = at + phrase.first.size();
+        if (Lowered(text.substr(at, phrase.first.size())) != phrase.first ||
+            (end < text.size() && IsWordCharacter(text[end]))) {
+            continue;
+        }
+        for (std::size_t i = 0; i < phrase.second.size(); ++i) {
+            const char c = phrase.second[i];
+            const char like = text[std::min(at + i, end - 1)];
+            result += IsUpper(like) && IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
+        }
+        at = end;
+        return true;
+    }
+    return false;
 }
 
 bool Anonymiser::TakeAddress(const std::string& text, std::size_t& at, std::string& result) {
@@ -233,7 +323,8 @@ bool Anonymiser::TakeAddress(const std::string& text, std::size_t& at, std::stri
     return false;
 }
 
-// "someone@example.com", "mail.example.com"; the last label has no digits, which versions of programs have.
+// "someone@example.com", "mail.example.com", "example.com"; the last label has no digits, which versions of programs
+// have.
 bool Anonymiser::TakeDomain(const std::string& text, std::size_t& at, std::string& result) {
     std::size_t end =
         EndOf(text, at, [](char c) { return IsWordCharacter(c) || c == '.' || c == '-' || c == '@' || c == '_'; });
@@ -247,12 +338,16 @@ bool Anonymiser::TakeDomain(const std::string& text, std::size_t& at, std::strin
     const bool areLabels =
         std::none_of(labels.begin(), labels.end(), [](const std::string& label) { return label.empty(); });
     const bool endsInLetters = std::none_of(labels.back().begin(), labels.back().end(), IsDigit);
-    if (!areLabels || !endsInLetters || labels.size() < (sign == std::string::npos ? 3 : 2)) {
+    const bool isShort = labels.size() == 2 && sign == std::string::npos;
+    if (!areLabels || !endsInLetters || labels.size() < 2 || (isShort && !IsLastLabel(labels.back()))) {
         return false;
     }
+    const std::size_t last = whole.size() - labels.back().size();
     for (std::size_t i = 0; i < whole.size();) {
         const std::size_t wordEnd = EndOf(whole, i, IsWordCharacter);
-        result += wordEnd == i ? whole.substr(i++, 1) : StandIn(whole.substr(i, wordEnd - i));
+        result += wordEnd == i           ? whole.substr(i++, 1)
+                  : isShort && i == last ? whole.substr(i, wordEnd - i) // not a name where it stands alone: "net start"
+                                         : StandIn(whole.substr(i, wordEnd - i));
         i = std::max(i, wordEnd);
     }
     at = end;

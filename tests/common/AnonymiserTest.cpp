@@ -88,3 +88,34 @@ TEST(Anonymiser, ReplacesDomainsMailAddressesAndDomainsInSids) {
     EXPECT_EQ(anonymiser.Text("S-1-5-21-1004336348-1177238915-682003330-512 S-1-5-18"),
               "S-1-5-21-1000000001-1000000002-100000003-512 S-1-5-18");
 }
+
+TEST(Anonymiser, ReplacesDomainsOfTwoLabelsByTheirEnd) {
+    Anonymiser anonymiser;
+    EXPECT_EQ(anonymiser.Text("DnsSuffix contoso.com, corp.local"), "DnsSuffix bababab.com, baba.local");
+    EXPECT_EQ(anonymiser.Text("contoso.net"), "bababab.net");
+    EXPECT_EQ(anonymiser.Text("net start clussvc; clusapi.dll types.cf"), "net start clussvc; clusapi.dll types.cf");
+}
+
+TEST(Anonymiser, SparesWordsUnlessTheyAreOfAnIdentity) {
+    Anonymiser anonymiser;
+    anonymiser.Spare("Contoso");
+    anonymiser.Spare("Archive");
+    EXPECT_EQ(anonymiser.Name("Contoso Archive"), "Contoso Archive");
+    EXPECT_TRUE(anonymiser.Whole("CONTOSO"));
+    EXPECT_EQ(anonymiser.Text("CONTOSO\\svc, Contoso Archive"), "BABABAB\\svc, Bababab Archive");
+    anonymiser.Keep("Wingtip"); // whatever it is in
+    EXPECT_FALSE(anonymiser.Whole("WINGTIP"));
+    EXPECT_EQ(anonymiser.Text("WINGTIP"), "WINGTIP");
+}
+
+TEST(Anonymiser, ReplacesIdentitiesOfCommonWordsAsAWhole) {
+    Anonymiser anonymiser;
+    EXPECT_TRUE(anonymiser.Whole("MAIL-01"));
+    EXPECT_TRUE(anonymiser.Whole("NODE-2"));
+    EXPECT_EQ(anonymiser.Text("Mail-01 and node-2, MAIL-012, XMAIL-01, mail, node 2"),
+              "Baba-01 and babe-2, MAIL-012, XMAIL-01, mail, node 2");
+    anonymiser.Identity("NT AUTHORITY\\LocalSystem"); // an account that all have
+    EXPECT_EQ(anonymiser.Text("NT AUTHORITY\\LocalSystem"), "NT AUTHORITY\\LocalSystem");
+    EXPECT_FALSE(anonymiser.Whole("EXCHANGE"));
+    EXPECT_EQ(anonymiser.Text("Microsoft Exchange"), "Microsoft Exchange");
+}

@@ -61,7 +61,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   shown PATTERN clusctl ..  the same with what it drew that matches the pattern
-  colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
+  colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which; for each of these
+                      three UNTIL=TEXT says after which text Ctrl+C is pressed
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
@@ -79,6 +80,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   mark NAME BEGUN COMMAND  there is the mark of a run that was ended, in a file of this name, begun at this time ("2026-01-02 03:04:05 UTC",
                       or with units of 100 ns behind it, "2026-01-02 03:04:05 UTC+7"), perhaps on a model: mark NAME BEGUN COMMAND FILE
   long-log LINES BYTES FILE  there is a log of so many lines of so many bytes
+  elsewhere NAME      from now on this is another computer of that name, without the product and its settings file
+  without FILE A.zip B.zip  copies the bundle A but for one file, which the manifest of B does not name either
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -443,7 +446,7 @@ class Case:
     def on_terminal(self, arguments, variables):
         """What is written on a terminal, and the exit code."""
         variables = dict(variables)
-        told = variables.pop("STDIN", None)
+        told, until = variables.pop("STDIN", None), variables.pop("UNTIL", None)
         primary, secondary = pty.openpty()
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
                                    env=self.environment({"CLUSUTIL_RUN_FOREGROUND": "1", **variables}), stdin=secondary, stdout=secondary,
@@ -458,6 +461,9 @@ class Case:
                     time.sleep(1) # the console is switched over with the first key that is asked for
                     os.write(primary, told.encode("utf-8") + b"\r")
                     told = None
+                if until is not None and until.encode("utf-8") in out:
+                    os.write(primary, b"\x03")
+                    until = None
         except OSError: # the program has closed its end
             pass
         os.close(primary)
@@ -529,6 +535,23 @@ class Case:
         if count["inBetween"] + count["asBefore"] + count["asWanted"] != len(document["runs"]) or len(document["runs"]) < 10:
             return f"{len(document['runs'])} runs do not add up to {count}\n"
         return steps + ("".join(dict.fromkeys(texts)) or "nothing ends in between\n")
+
+    def elsewhere(self, name):
+        if self.restricted:
+            self.set_access("full")
+        for file in (self.program.parent / "cfg_ProductRegistry.txt", self.program.parent / "config" / "cfg_ProductRegistry.txt"):
+            if self.program.parent != self.runner.bin:
+                file.unlink(missing_ok=True)
+        self.runner.set_registry(self.folder, name, None)
+
+    def without(self, name, bundle, other):
+        with zipfile.ZipFile(self.folder / bundle) as archive, zipfile.ZipFile(self.folder / other, "w") as copy:
+            manifest = json.loads(archive.read("manifest.json"))
+            manifest["files"] = [file for file in manifest["files"] if file["name"] != name]
+            copy.writestr("manifest.json", json.dumps(manifest))
+            for file in manifest["files"]:
+                copy.writestr(file["name"], archive.read(file["name"]))
+        return ""
 
     @staticmethod
     def add_up(cases):
@@ -647,6 +670,11 @@ class Case:
             text = "x" * (int(arguments[1]) - 1) + "\n"
             (self.folder / arguments[2]).write_text(text * int(arguments[0]), encoding="ascii")
             return ""
+        if verb == "elsewhere":
+            self.elsewhere(arguments[0])
+            return ""
+        if verb == "without":
+            return self.without(*arguments)
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
             return f"{keys.count(b'clusctl-')}\n"

@@ -56,11 +56,12 @@ TEST(TerminalPage, HasTheLinesStylesUnlessTheyChanged) {
               Padded("2", 19) + "\n" + Reversed(Padded("worse", 15)) + "\n");
 }
 
-TEST(TerminalPage, HasNoSequencesWithoutColours) {
+TEST(TerminalPage, HighlightsWithoutColours) {
     TerminalPage page;
-    page.Draw("1", {{"bad", Styles::Red}}, Wide, High, false);
+    EXPECT_EQ(page.Draw("1", {{"bad", Styles::Red}}, Wide, High, false),
+              Padded("1", 19) + "\n" + Padded("bad", 17) + "\n");
     EXPECT_EQ(page.Draw("2", {{"worse", Styles::Red}}, Wide, High, false),
-              Padded("2", 19) + "\n" + Padded("worse", 15) + "\n");
+              Padded("2", 19) + "\n" + Reversed(Padded("worse", 15)) + "\n");
 }
 
 TEST(TerminalPage, BlanksLinesThatAreGone) {

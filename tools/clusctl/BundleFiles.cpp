@@ -18,7 +18,7 @@ const wchar_t FolderName[] = L"clusctl-bundle";
 
 struct OpenedBundle {
     std::wstring model;
-    Json settings = Json::object();
+    BundledComputer computer;
     std::unique_ptr<PrivateFolder> folder; // removed when the program ends
 };
 
@@ -84,18 +84,34 @@ void RequireAsManifestSays(const std::wstring& file, const std::vector<archive::
     }
 }
 
-// Values that the library can read, and those that are there in another type.
-Json SettingsIn(const std::vector<archive::File>& files) {
-    const archive::File* const found = Find(files, BundleFiles::Settings);
-    const Json settings = found == nullptr ? Json() : Json::parse(found->bytes, nullptr, false);
+// Null when it is not there, or no document.
+Json DocumentIn(const std::vector<archive::File>& files, const char* name) {
+    const archive::File* const found = Find(files, name);
+    const Json document = found == nullptr ? Json() : Json::parse(found->bytes, nullptr, false);
+    return document.is_object() ? document : Json();
+}
+
+BundledComputer ComputerIn(const std::vector<archive::File>& files) {
+    BundledComputer computer;
+    computer.name = common::ToUtf16(TextMember(DocumentIn(files, BundleFiles::Versions), "computer"));
+    const Json settings = DocumentIn(files, BundleFiles::Settings);
+    computer.productKey = common::ToUtf16(TextMember(settings, "key"));
     Json values = Json::object();
-    for (const char* const member : {"values", "odd"}) {
+    for (const char* const member : {"values", "odd"}) { // what the library can read, and what has another type
         const auto part = settings.is_object() ? settings.find(member) : settings.end();
         if (part != settings.end() && part->is_object()) {
             values.update(*part);
         }
     }
-    return values.empty() ? Json() : values;
+    computer.settings = values.empty() ? Json() : values;
+    const std::string access = TextMember(settings, "access");
+    computer.hasProductKey = access.empty() ? !values.empty() : access != BundleFiles::AccessMissing;
+    computer.isKeyReadable = access != BundleFiles::AccessNone;
+    computer.isKeyWritable = computer.isKeyReadable && access != BundleFiles::AccessRead;
+    const Json doctor = DocumentIn(files, BundleFiles::Doctor);
+    const auto findings = doctor.is_object() ? doctor.find("findings") : doctor.end();
+    computer.findings = findings != doctor.end() && findings->is_array() ? *findings : Json();
+    return computer;
 }
 
 OpenedBundle Open(const std::wstring& file) {
@@ -116,7 +132,7 @@ OpenedBundle Open(const std::wstring& file) {
         throw Failure::OfCode("cannot write the files of the bundle to " + QuotedPath(error.Path()), error.Code());
     }
     opened.model = opened.folder->File(common::ToUtf16(model));
-    opened.settings = SettingsIn(files);
+    opened.computer = ComputerIn(files);
     return opened;
 }
 
@@ -140,7 +156,7 @@ std::wstring ModelOfBundle(const std::wstring& file) {
                                           : OpenedBundles().emplace(file, Open(file)).first->second.model;
 }
 
-Json SettingsOfBundle(const std::wstring& file) {
+const BundledComputer& ComputerOfBundle(const std::wstring& file) {
     ModelOfBundle(file);
-    return OpenedBundles().at(file).settings;
+    return OpenedBundles().at(file).computer;
 }

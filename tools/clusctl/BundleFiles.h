@@ -11,7 +11,15 @@ constexpr char Manifest[] = "manifest.json";
 constexpr char Model[] = "model.json"; // of a failover cluster
 constexpr char MainCf[] = "main.cf";   // of VCS
 constexpr char Settings[] = "settings.json";
+constexpr char Versions[] = "versions.json"; // with the computer's name
+constexpr char Doctor[] = "doctor.json";
 constexpr int Format = 1; // of the manifest
+
+// What may be done with the product's registry key.
+constexpr char AccessFull[] = "full"; // as the library asks for it
+constexpr char AccessRead[] = "read";
+constexpr char AccessNone[] = "none";
+constexpr char AccessMissing[] = "missing"; // the key
 } // namespace BundleFiles
 
 // Whether a file begins as an archive does. Throws Failure when it cannot be read.
@@ -21,7 +29,18 @@ bool IsBundle(const std::wstring& file);
 // Later calls with the same file give the same. Throws Failure when it is no bundle, was changed, or holds no model.
 std::wstring ModelOfBundle(const std::wstring& file);
 
-// The product's registry values in an opened bundle; null when the product was not installed.
-Json SettingsOfBundle(const std::wstring& file);
+// What a bundle tells of the computer that it was made on.
+struct BundledComputer {
+    std::wstring name;       // empty when it is not told
+    std::wstring productKey; // the same
+    Json settings;           // the product's registry values; null when there are none
+    bool hasProductKey = false;
+    bool isKeyReadable = true; // by the account that made the bundle
+    bool isKeyWritable = true;
+    Json findings; // of the doctor; null when they are not told
+};
+
+// Of an opened bundle. Throws Failure as ModelOfBundle does.
+const BundledComputer& ComputerOfBundle(const std::wstring& file);
 
 #endif

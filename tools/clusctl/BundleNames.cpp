@@ -1,6 +1,7 @@
 #include "BundleNames.h"
 
 #include "LogNames.h"
+#include "Text.h"
 #include "ThisComputer.h"
 
 #include "common/Environment.h"
@@ -20,8 +21,8 @@ const char* const FormatMembers[] = {"type", "state", "class", "code",    "level
 
 // Attributes of VCS, and private properties of resources, that name accounts, computers and domains.
 const char* const UserAttributes[] = {
-    "UserAccount",         "Domain",         "UserName",       "UserNames",  "Administrators", "Operators",
-    "AdministratorGroups", "OperatorGroups", "ServiceAccount", "DomainName", "HostName"};
+    "UserAccount",    "Domain",         "UserName",   "UserNames", "Administrators", "Operators", "AdministratorGroups",
+    "OperatorGroups", "ServiceAccount", "DomainName", "HostName",  "DnsSuffix",      "DnsName",   "DnsDomain"};
 
 // Of accounts that every computer has, and of a main.cf.
 const char* const KeptWords[] = {"administrator", "root",      "guest", "include", "types",  "cf",     "requires",
@@ -31,6 +32,11 @@ const char* const KeptWords[] = {"administrator", "root",      "guest", "include
 
 template <std::size_t Size> bool IsOneOf(const char* const (&words)[Size], const std::string& word) {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+bool IsUserAttribute(const std::string& name) {
+    return std::any_of(std::begin(UserAttributes), std::end(UserAttributes),
+                       [&name](const char* attribute) { return Lower(attribute) == Lower(name); });
 }
 
 std::vector<vcssim::CfBlock> BlocksOf(const vcssim::CfDocument& configuration) {
@@ -49,19 +55,26 @@ BundleNames::BundleNames() {
     for (const char* const word : KeptWords) {
         m_names.Keep(word);
     }
-    m_names.Name(common::ToUtf8(ComputerName()));
-    for (const wchar_t* const variable : {L"USERNAME", L"USERDOMAIN", L"USERDNSDOMAIN"}) {
-        m_names.Name(common::ToUtf8(common::EnvironmentVariable(variable)));
+    LearnIdentity(common::ToUtf8(ComputerName()));
+    m_names.Name(common::ToUtf8(common::EnvironmentVariable(L"USERNAME")));
+    for (const wchar_t* const variable : {L"USERDOMAIN", L"USERDNSDOMAIN"}) {
+        m_names.Identity(common::ToUtf8(common::EnvironmentVariable(variable)));
     }
 }
 
-void BundleNames::KeepWords(const std::string& text) {
+void BundleNames::LearnIdentity(const std::string& name) {
+    if (!m_names.Whole(name) && std::find(m_kept.begin(), m_kept.end(), name) == m_kept.end()) {
+        m_kept.push_back(name);
+    }
+}
+
+void BundleNames::SpareWords(const std::string& text) {
     std::string word;
     for (const char c : text + ' ') {
         if (std::isalnum(static_cast<unsigned char>(c)) != 0) {
             word += c;
         } else {
-            m_names.Keep(word);
+            m_names.Spare(word);
             word.clear();
         }
     }
@@ -69,18 +82,18 @@ void BundleNames::KeepWords(const std::string& text) {
 
 void BundleNames::Learn(const picture::ClusterPicture& cluster) {
     for (const picture::Resource& resource : cluster.resources) {
-        KeepWords(resource.type);
-        KeepWords(resource.service);
+        SpareWords(resource.type);
+        SpareWords(resource.service);
     }
-    m_names.Name(cluster.name);
+    LearnIdentity(cluster.name);
     for (const picture::Node& node : cluster.nodes) {
-        m_names.Name(node.name);
+        LearnIdentity(node.name);
     }
     for (const picture::Group& group : cluster.groups) {
         m_names.Name(group.name);
     }
     for (const picture::Resource& resource : cluster.resources) {
-        m_names.Name(resource.networkName);
+        LearnIdentity(resource.networkName);
         m_names.Name(resource.name);
     }
 }
@@ -89,8 +102,21 @@ void BundleNames::LearnModel(const Json& model) {
     for (const Json& resource : model.at("resources")) {
         const Json properties = resource.value("private", Json::object());
         for (const auto& property : properties.items()) {
-            if (IsOneOf(UserAttributes, property.key()) && property.value().is_string()) {
-                m_names.Name(property.value().get<std::string>());
+            if (IsUserAttribute(property.key()) && property.value().is_string()) {
+                m_names.Identity(property.value().get<std::string>());
+            }
+        }
+    }
+    LearnTexts(model);
+}
+
+void BundleNames::LearnTexts(const Json& document) {
+    if (document.is_string()) {
+        LearnLog(document.get<std::string>());
+    } else if (document.is_structured()) {
+        for (const auto& member : document.items()) {
+            if (!(document.is_object() && IsOneOf(FormatMembers, member.key()))) {
+                LearnTexts(member.value());
             }
         }
     }
@@ -108,10 +134,11 @@ void BundleNames::LearnMainCf(const std::string& text) {
     for (const vcssim::CfBlock& block : blocks) {
         m_names.Name(block.name);
         for (const vcssim::CfAttribute& attribute : block.attributes) {
-            if (IsOneOf(UserAttributes, attribute.name)) {
-                for (const std::string& value : attribute.value.Flat()) {
-                    m_names.Name(value);
+            for (const std::string& value : attribute.value.Flat()) {
+                if (IsUserAttribute(attribute.name)) {
+                    m_names.Identity(value);
                 }
+                LearnLog(value);
             }
         }
     }

@@ -8,6 +8,7 @@
 #include "picture/HtmlPage.h"
 
 #include <string>
+#include <vector>
 
 // First all names are learned, then they are replaced wherever they stand.
 class BundleNames {
@@ -22,8 +23,16 @@ public:
     // The same of VCS; what its format and its types give the names to stays.
     void LearnMainCf(const std::string& text);
 
+    // Of any document: what its texts show to be names, as those of a log do.
+    void LearnTexts(const Json& document);
+
     // What the lines of a log show to be names; also where the cluster has them no more.
     void LearnLog(const std::string& text);
+
+    // Names of the computers and of the cluster that stay: each is a single word that everybody's names have, too.
+    const std::vector<std::string>& Kept() const {
+        return m_kept;
+    }
 
     // Any text, and addresses in it.
     std::string Renamed(const std::string& text);
@@ -36,9 +45,11 @@ public:
     void Rename(picture::PageContent& page);
 
 private:
-    void KeepWords(const std::string& text);
+    void SpareWords(const std::string& text);
+    void LearnIdentity(const std::string& name);
 
     common::Anonymiser m_names;
+    std::vector<std::string> m_kept;
 };
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "ClusterNetworks.h"
 #include "ClusterObjects.h"
+#include "ModelNodes.h"
 #include "ModelSettings.h"
 #include "Progress.h"
 #include "PropertyJson.h"
@@ -35,8 +36,7 @@ const DWORD MajorVersionOf2008 = 6;
 // Reads the open cluster, object by object, in the cluster's order.
 class ModelReader {
 public:
-    ModelReader(const CCluster& cluster, Report& report)
-        : m_cluster(cluster), m_report(report), m_thisComputer(ComputerName()) {
+    ModelReader(const CCluster& cluster, Report& report) : m_cluster(cluster), m_report(report) {
     }
 
     Json Read(const LogCapture& log) {
@@ -69,31 +69,18 @@ public:
         if (!m_hasCore) {
             model["cluster"]["coreGroup"] = "none"; // what there is stands in the model
         }
-        AddNetworks(
-            m_cluster, [this](const std::wstring& node) { return NodeName(node); }, model, m_report);
+        AddNetworks(m_cluster, model, m_report);
         ReadVersion(model);
         AddQuorum(m_cluster, model, resources, m_report);
         if (m_downNodeOwns) {
             model["cluster"]["behaviour"]["downOwners"] = "accepted";
         }
         model["resources"] = std::move(resources);
+        NameThisComputer(model, common::ToUtf8(ComputerName()));
         return model;
     }
 
 private:
-    // A node's name in the model. The library compares node and computer names letter by letter: so does this.
-    std::wstring NodeName(const std::wstring& name) const {
-        return name == m_thisComputer ? L"." : name;
-    }
-
-    Json NodeNames(const Names& names) const {
-        Json list = Json::array();
-        for (const std::wstring& name : names) {
-            list.push_back(NodeName(name));
-        }
-        return list;
-    }
-
     // Types of which no resource told its class. A disk stays one.
     void AddTypesWithoutClass() {
         for (const std::string& type : m_classless) {
@@ -139,7 +126,7 @@ private:
     }
 
     Json ReadNodeModel(const std::wstring& name) {
-        Json model = {{"name", NodeName(name)}};
+        Json model = {{"name", name}};
         const NodeHandle node = OpenNode(m_cluster, name);
         if (!node) {
             NotOpened(model, "the node", name, GetLastError());
@@ -161,7 +148,7 @@ private:
     Json OtherOwner(const std::wstring& group, const Json& nodes) const {
         const auto known = m_owners.find(common::Folded(group));
         if (known != m_owners.end()) {
-            return NodeName(known->second);
+            return known->second;
         }
         const auto up = std::find_if(nodes.begin(), nodes.end(), [](const Json& node) {
             return !node.contains("state") || node["state"] == ModelState(ClusterNodePaused);
@@ -185,14 +172,14 @@ private:
             Refused(model, "owner", "the owner", name, code);
         } else {
             m_downNodeOwns = m_downNodeOwns || m_downNodes.count(common::Folded(owner)) != 0;
-            model["owner"] = NodeName(owner);
+            model["owner"] = owner;
         }
         Names preferred;
         const DWORD code = ListInGroup(group.get(), CLUSTER_GROUP_ENUM_NODES, preferred);
         if (code != ERROR_SUCCESS) {
             RefusedList(model, "preferredOwners", "the preferred owners", name, code);
         } else if (!preferred.empty()) {
-            model["preferredOwners"] = NodeNames(preferred);
+            model["preferredOwners"] = Json(preferred);
         }
         AddProperties(model, "common", "the common properties", name, [&group](Bytes& answer, DWORD& reason) {
             return QueryGroup(group.get(), CLUSCTL_GROUP_GET_COMMON_PROPERTIES, answer, reason);
@@ -346,7 +333,7 @@ private:
         const DWORD code = ListRelated(resource, kind, names);
         const bool isOfNodes = kind == CLUSTER_RESOURCE_ENUM_NODES;
         if (code == ERROR_SUCCESS && !(isOfNodes && names.empty())) { // a model has at least one, or says nothing
-            model[member] = isOfNodes ? NodeNames(names) : Json(names);
+            model[member] = names;
         } else if (code != ERROR_SUCCESS) {
             RefusedList(model, member, isOfNodes ? "the possible owners" : "the dependencies", name, code);
         }
@@ -377,7 +364,6 @@ private:
 
     const CCluster& m_cluster;
     Report& m_report;
-    const std::wstring m_thisComputer;
     std::set<std::wstring> m_downNodes;                      // folded
     std::unordered_map<std::wstring, std::wstring> m_owners; // by group, folded, as its resources tell them
     std::unordered_map<std::wstring, std::wstring> m_groups; // by resource, folded, where one did not tell it

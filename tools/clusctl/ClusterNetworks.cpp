@@ -65,8 +65,7 @@ std::wstring TextOf(const Json& properties, const char* member) {
                                                            : std::wstring();
 }
 
-Json ReadInterface(const CCluster& cluster, const std::wstring& name,
-                   const std::function<std::wstring(const std::wstring&)>& nodeName) {
+Json ReadInterface(const CCluster& cluster, const std::wstring& name) {
     const InterfaceHandle card(OpenClusterNetInterface(cluster.GetHandle(), name.c_str()));
     if (!card) {
         throw Failure::OfCode("cannot open the network interface " + Quoted(name), GetLastError());
@@ -77,8 +76,7 @@ Json ReadInterface(const CCluster& cluster, const std::wstring& name,
         throw CannotRead("the common properties", name, code);
     }
     const Json properties = PropertiesJson(list);
-    Json object = {
-        {"name", name}, {"node", nodeName(TextOf(properties, "Node"))}, {"network", TextOf(properties, "Network")}};
+    Json object = {{"name", name}, {"node", TextOf(properties, "Node")}, {"network", TextOf(properties, "Network")}};
     const std::wstring address = TextOf(properties, "Address");
     if (!address.empty()) {
         object["address"] = address;
@@ -135,8 +133,7 @@ std::string WitnessOf(bool is2008, DWORD number, const Json& holder) {
 
 } // namespace
 
-void AddNetworks(const CCluster& cluster, const std::function<std::wstring(const std::wstring&)>& nodeName, Json& model,
-                 Report& report) {
+void AddNetworks(const CCluster& cluster, Json& model, Report& report) {
     Json networks = Json::array();
     Json interfaces = Json::array();
     try {
@@ -147,7 +144,7 @@ void AddNetworks(const CCluster& cluster, const std::function<std::wstring(const
             return;
         }
         for (const std::wstring& name : ListObjects(cluster, CLUSTER_ENUM_NETINTERFACE, "network interfaces")) {
-            interfaces.push_back(ReadInterface(cluster, name, nodeName));
+            interfaces.push_back(ReadInterface(cluster, name));
         }
     } catch (const Failure& failure) {
         if (IsOfLostCluster(failure)) {

@@ -1,6 +1,7 @@
 #include "CopyRun.h"
 
 #include "Failure.h"
+#include "ModelInUse.h"
 #include "RehearsedRun.h"
 #include "Text.h"
 
@@ -48,6 +49,7 @@ CopyRun::CopyRun(const Json& model, const Words& command, const FaultTexts& faul
     m_program = std::make_unique<ChildProgram>(OwnPath(), words,
                                                Variables{{RehearsalVariable, m_folder->Path()},
                                                          {RehearsedVariable, rehearsed},
+                                                         {RehearsedBundleVariable, BundleInUse()},
                                                          {L"CLUSSIM_JOURNAL", L""},
                                                          {L"CLUSSIM_FAULTS", common::ToUtf16(given)}},
                                                m_folder->Path(), GivenPassword());

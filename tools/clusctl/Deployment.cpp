@@ -1,6 +1,7 @@
 #include "Deployment.h"
 
 #include "CommandLine.h"
+#include "ModelSettings.h"
 #include "Text.h"
 
 #include <clus_VirtualServerUtil.h>
@@ -52,7 +53,7 @@ Deployment ReadDeployment() {
     HKEY key = nullptr;
     // With the access that the library asks for: a key that refuses it is none.
     const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key);
-    const std::string name = "HKEY_LOCAL_MACHINE\\" + Printable(path);
+    const std::string name = "HKEY_LOCAL_MACHINE\\" + Printable(ProductKey());
     if (code != ERROR_SUCCESS) {
         return {kind, "the product's registry key " + name +
                           " cannot be opened: " + ErrorText(static_cast<unsigned long>(code))};

@@ -48,7 +48,10 @@ Json Findings::Records() const {
 
 Findings Diagnose(const LogCapture& log, const DoctorRequest& request) {
     Findings findings;
-    DiagnoseMachine(log, findings);
+    TellBundle(findings);
+    if (!TellRecorded(RecordedPart::Machine, findings)) {
+        DiagnoseMachine(log, findings);
+    }
     DiagnoseSettings(findings);
     if (ClusterInUse() == Answering::Vcs) {
         DiagnoseVcs(log, request, findings);

@@ -2,6 +2,7 @@
 #include "DoctorParts.h"
 
 #include "Deployment.h"
+#include "ModelSettings.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
@@ -260,8 +261,7 @@ void DiagnoseFailoverCluster(const LogCapture& log, const std::wstring& wanted, 
     findings.Add("cluster-open", "cluster", "This computer's cluster can be opened.");
     if (!isDeployed) {
         findings.Add("cluster-not-deployed", "cluster", "There is one, and the registry does not say so.",
-                     "reg add " + Quoted(L"HKLM\\" + CVirtualServerUtil::GetProductRegistryKey()) +
-                         " /v IsCluster /t REG_DWORD /d 1 /f");
+                     "reg add " + Quoted(L"HKLM\\" + ProductKey()) + " /v IsCluster /t REG_DWORD /d 1 /f");
     }
     DiagnoseNodes(cluster, findings);
     const ClusterHealth health = ReadClusterHealth(log);

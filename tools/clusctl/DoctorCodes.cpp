@@ -20,6 +20,8 @@ const char NoCreation[] = "The library does not create the product's resource in
 // docs/doctor.md has a section for each that is not ok.
 const DoctorCode Codes[] = {
     // this computer
+    {"bundle", Ok, ""},
+    {"bundle-without-findings", Note, "The library's own decisions go by none of them."},
     {"library", Ok, ""},
     {"library-version-differs", Warning, "The library calls it all the same; what it does may differ."},
     {"log-not-handed-out", Note, "The library works as ever; --verbose shows nothing, and failures have less detail."},
@@ -188,6 +190,11 @@ const DoctorCode Codes[] = {
 };
 
 } // namespace
+
+bool IsDoctorCode(const std::string& name) {
+    return std::any_of(std::begin(Codes), std::end(Codes),
+                       [&name](const DoctorCode& code) { return code.name == name; });
+}
 
 const DoctorCode& FindDoctorCode(const std::string& name) {
     const auto found =

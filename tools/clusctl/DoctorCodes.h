@@ -4,6 +4,8 @@
 
 #include "Doctor.h"
 
+bool IsDoctorCode(const std::string& name);
+
 // The code of that name. Throws Failure when the table does not have it.
 const DoctorCode& FindDoctorCode(const std::string& name);
 

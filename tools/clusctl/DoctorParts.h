@@ -13,6 +13,19 @@
 #include <string>
 #include <vector>
 
+// What only the computer that a support bundle was made on can show of itself.
+enum class RecordedPart {
+    Machine,
+    SettingsFile,
+    VcsTools,
+    VcsMode
+};
+
+// With a bundle in use: whose computer it is about.
+void TellBundle(Findings& findings);
+// The same: what was found there, which is nothing where it is not told. False without a bundle.
+bool TellRecorded(RecordedPart part, Findings& findings);
+
 // Libraries, runs that were ended, files that were left.
 void DiagnoseMachine(const LogCapture& log, Findings& findings);
 

@@ -28,7 +28,7 @@ bool IsTold(const Problem& problem, const Findings& findings) {
     const std::wstring group = common::ToUtf16(problem.group);
     const std::vector<Finding>& all = findings.All();
     return std::any_of(all.begin(), all.end(), [&](const Finding& finding) {
-        const bool isOfGroup = !group.empty() && problem.object == problem.group && finding.group == group;
+        const bool isOfGroup = problem.isOfGroup && finding.group == group;
         const bool isPart = std::strcmp(problem.code, "vcs-product-missing") == 0 &&
                             std::strcmp(finding.code->name, "vcs-service-missing") == 0;
         return isPart ? isOfGroup

@@ -236,7 +236,7 @@ void DiagnoseDataRoot(const std::wstring& path, Findings& findings) {
 
 void DiagnoseKey(Findings& findings) {
     const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
-    const std::string name = "HKLM\\" + Printable(path);
+    const std::string name = "HKLM\\" + Printable(ProductKey());
     HKEY key = nullptr;
     LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key);
     if (code == ERROR_SUCCESS) {
@@ -252,9 +252,10 @@ void DiagnoseKey(Findings& findings) {
                      "run the product's set-up, or name the right key in " + Printable(FileName));
         return;
     }
-    const KeyLook look(key, path, findings);
+    const std::wstring told = ProductKey();
+    const KeyLook look(key, told, findings);
     if (ClusterInUse() == Answering::FailoverCluster) { // VCS goes by none of these
-        DiagnoseClusterValues(look, path, findings);
+        DiagnoseClusterValues(look, told, findings);
     }
     DiagnosePlainValues(look, code == ERROR_SUCCESS && ClusterInUse() == Answering::FailoverCluster &&
                                   !CVirtualServerUtil::CheckIsClusterByRegKey());
@@ -264,9 +265,11 @@ void DiagnoseKey(Findings& findings) {
 } // namespace
 
 void DiagnoseSettings(Findings& findings) {
-    DiagnoseFile(findings);
+    if (!TellRecorded(RecordedPart::SettingsFile, findings)) {
+        DiagnoseFile(findings);
+    }
     DiagnoseKey(findings);
-    DiagnoseDataRoot(CVirtualServerUtil::GetProductRegistryKey(), findings);
+    DiagnoseDataRoot(ProductKey(), findings);
     const Deployment deployment = ReadDeployment();
     findings.Add("deployment", deployment.kind, "This computer counts as that because " + deployment.reason + ".");
 }

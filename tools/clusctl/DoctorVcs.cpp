@@ -26,6 +26,9 @@ const wchar_t ClusterTool[] = L"haclus"; // the library does not run it
 
 // Whether all that the library runs are there, and nobody else may change any.
 bool LookAtTools(bool allowsWritable, Findings& findings) {
+    if (TellRecorded(RecordedPart::VcsTools, findings)) {
+        return true; // the simulator's are asked
+    }
     const std::vector<VcsToolFile> tools = FindVcsTools();
     bool areThere = true;
     for (const VcsToolFile& tool : tools) {
@@ -103,6 +106,9 @@ std::string ReadOnlyValue() {
 }
 
 void LookAtMode(Findings& findings) {
+    if (TellRecorded(RecordedPart::VcsMode, findings)) {
+        return;
+    }
     const std::string value = ReadOnlyValue();
     if (value == "0") {
         findings.Add("vcs-mode-open", "configuration", "It is open for writing.", "clusctl vcs mode ro");

@@ -1,6 +1,5 @@
 #include "ModelInUse.h"
 
-#include "BundleFiles.h"
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Replay.h"
@@ -19,7 +18,8 @@ namespace {
 const wchar_t MainCf[] = L"\\main.cf";
 
 std::wstring g_named;
-std::wstring g_bundle; // the path of the one in use; empty without one
+bool g_isBundle = false;
+std::wstring g_bundle; // the path of the one whose computer is in use; empty without one
 
 void SetVariable(const wchar_t* name, const std::wstring& value) {
     if (!SetEnvironmentVariableW(name, value.empty() ? nullptr : value.c_str()) && !value.empty()) {
@@ -123,7 +123,8 @@ void UseModel(const std::wstring& file, Answering asked) {
     }
     g_named = file;
     const std::wstring path = common::FullPath(file);
-    g_bundle = path == model || IsFolder(path) ? std::wstring() : path;
+    g_isBundle = path != model && !IsFolder(path);
+    g_bundle = g_isBundle ? path : std::wstring();
 }
 
 const std::wstring& NamedModel() {
@@ -131,9 +132,17 @@ const std::wstring& NamedModel() {
 }
 
 bool IsBundleInUse() {
-    return !g_bundle.empty();
+    return g_isBundle;
 }
 
-Json BundleSettings() {
-    return SettingsOfBundle(g_bundle);
+const std::wstring& BundleInUse() {
+    return g_bundle;
+}
+
+void UseComputerOf(const std::wstring& bundle) {
+    g_bundle = bundle;
+}
+
+const BundledComputer* BundledComputerInUse() {
+    return g_bundle.empty() ? nullptr : &ComputerOfBundle(g_bundle);
 }

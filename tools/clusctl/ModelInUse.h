@@ -2,7 +2,7 @@
 #ifndef CLUSCTL_MODELINUSE_H
 #define CLUSCTL_MODELINUSE_H
 
-#include "Json.h"
+#include "BundleFiles.h"
 #include "Simulation.h"
 
 #include <string>
@@ -38,7 +38,11 @@ const std::wstring& NamedModel();
 // Whether it is that of a support bundle, which is looked at, not changed.
 bool IsBundleInUse();
 
-// The product's settings in the bundle in use; null when the product was not installed.
-Json BundleSettings();
+// The bundle whose computer this process takes for its own; empty without one.
+const std::wstring& BundleInUse();
+// Of a bundle that the model of this process is a copy from. To be called before the model is asked.
+void UseComputerOf(const std::wstring& bundle);
+// What that bundle tells of its computer; null without one.
+const BundledComputer* BundledComputerInUse();
 
 #endif

@@ -1,6 +1,7 @@
 #include "ModelMaker.h"
 
 #include "ClusterApi.h"
+#include "ModelNodes.h"
 #include "StateNames.h"
 #include "Text.h"
 
@@ -32,19 +33,6 @@ const RecordedObject* Find(const std::vector<RecordedObject>& objects, const std
     const auto found = std::find_if(objects.begin(), objects.end(),
                                     [&name](const RecordedObject& object) { return IsSameName(object.name, name); });
     return found == objects.end() ? nullptr : &*found;
-}
-
-// As a snapshot has it.
-std::string ModelMaker::NodeName(const std::string& name) const {
-    return name == m_recording.header.computer ? "." : name;
-}
-
-Json ModelMaker::NodeNames(const Json& names) const {
-    Json list = Json::array();
-    for (const Json& name : names) {
-        list.push_back(NodeName(name.get<std::string>()));
-    }
-    return list;
 }
 
 void ModelMaker::Untold(const Texts& parts, const std::string& name) {
@@ -100,7 +88,7 @@ void ModelMaker::AddLists() {
 Json ModelMaker::Nodes() {
     Json nodes = Json::array();
     for (const RecordedObject& node : m_cluster.Of(RecordedKind::Node)) {
-        Json model = {{"name", NodeName(node.name)}};
+        Json model = {{"name", node.name}};
         const RecordedPart& state = node.Part("state");
         if (node.Part("open").code != 0) {
             Refused(node, "open", "anything", model);
@@ -130,7 +118,7 @@ Json ModelMaker::Groups() {
             owner = isRefused ? anyNode : MadeUp("owner", group.name, anyNode);
         }
         m_downNodeOwns = m_downNodeOwns || IsDown(owner);
-        Json model = {{"name", group.name}, {"owner", NodeName(owner)}};
+        Json model = {{"name", group.name}, {"owner", owner}};
         if (group.Part("open").code != 0) {
             Refused(group, "open", "anything", model);
             groups.push_back(std::move(model));
@@ -146,7 +134,7 @@ Json ModelMaker::Groups() {
         } else if (preferred.value.is_null() || preferred.isCut) {
             untold.emplace_back("the preferred owners");
         } else if (!preferred.value.empty()) {
-            model["preferredOwners"] = NodeNames(preferred.value);
+            model["preferredOwners"] = preferred.value;
         }
         const RecordedPart& common = group.Part("common");
         if (common.code != 0) {
@@ -187,8 +175,8 @@ void ModelMaker::AddNetworks(Json& model) {
             continue;
         }
         Miss("the recording does not tell the address of " + Quoted(card.name));
-        model["networkInterfaces"].push_back(withState(
-            card, cardStates, {{"name", card.name}, {"node", NodeName(node->name)}, {"network", network->name}}));
+        model["networkInterfaces"].push_back(
+            withState(card, cardStates, {{"name", card.name}, {"node", node->name}, {"network", network->name}}));
     }
 }
 
@@ -245,5 +233,6 @@ RecordedModel ModelMaker::Make() {
         model["cluster"]["behaviour"] = std::move(behaviour);
     }
     model["resources"] = std::move(resources);
+    NameThisComputer(model, m_recording.header.computer);
     return {std::move(model), std::move(m_missing)};
 }

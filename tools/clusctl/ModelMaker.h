@@ -36,8 +36,6 @@ private:
     Json Behaviour();
     void ChooseClasses();
     bool IsDown(const std::string& node) const;
-    std::string NodeName(const std::string& name) const;
-    Json NodeNames(const Json& names) const;
     std::string MadeUp(const std::string& what, const std::string& name, const std::string& otherwise);
     void Refused(const RecordedObject& object, const char* part, const char* what, Json& model);
     void Miss(const std::string& sentence) {

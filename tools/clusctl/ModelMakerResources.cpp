@@ -105,7 +105,7 @@ void ModelMaker::AddRelated(const RecordedObject& resource, Json& model) {
     }
     const Json& owners = resource.Part("possibleOwners").value;
     if (!owners.is_null() && !owners.empty()) {
-        model["possibleOwners"] = NodeNames(owners);
+        model["possibleOwners"] = owners;
     }
 }
 

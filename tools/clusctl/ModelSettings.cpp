@@ -11,6 +11,8 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <sddl.h>
+
 #include <cstdint>
 #include <cwchar>
 #include <utility>
@@ -39,6 +41,10 @@ std::wstring KeyOf(const std::wstring& name) {
 }
 
 const std::uint64_t MostOddBytes = 65536; // of a value that is no text or number
+
+// Rights of everybody to the key of a bundle; it is deleted in the end.
+const wchar_t ReadAndDelete[] = L"D:P(A;;KRSD;;;WD)";
+const wchar_t OnlyDelete[] = L"D:P(A;;SD;;;WD)";
 
 bool IsInForce = false;
 
@@ -191,13 +197,12 @@ std::vector<std::wstring> ChildrenOf(HKEY key) {
 
 void DeleteTree(HKEY parent, const std::wstring& name) {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS) {
-        return;
+    if (RegOpenKeyExW(parent, name.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS) {
+        for (const std::wstring& child : ChildrenOf(key)) {
+            DeleteTree(key, child);
+        }
+        RegCloseKey(key);
     }
-    for (const std::wstring& child : ChildrenOf(key)) {
-        DeleteTree(key, child);
-    }
-    RegCloseKey(key);
     RegDeleteKeyW(parent, name.c_str());
 }
 
@@ -231,6 +236,28 @@ void DeleteLeftKeys() {
 }
 
 } // namespace
+
+std::wstring ProductKey() {
+    const BundledComputer* const bundled = BundledComputerInUse();
+    return bundled == nullptr || bundled->productKey.empty() ? CVirtualServerUtil::GetProductRegistryKey()
+                                                             : bundled->productKey;
+}
+
+const char* ProductKeyAccess() {
+    const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
+    HKEY key = nullptr;
+    const char* access = BundleFiles::AccessFull;
+    LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key);
+    if (code != ERROR_SUCCESS) {
+        access = BundleFiles::AccessRead;
+        code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
+    }
+    if (code != ERROR_SUCCESS) {
+        return code == ERROR_FILE_NOT_FOUND ? BundleFiles::AccessMissing : BundleFiles::AccessNone;
+    }
+    RegCloseKey(key);
+    return access;
+}
 
 Json ReadProductSettings() {
     Json settings = Json::object();
@@ -270,8 +297,11 @@ Json ReadOddSettings() {
 ModelSettings::ModelSettings() {
     const DWORD lastError = GetLastError(); // which the library logs where no call has set another
     DeleteLeftKeys();
-    const bool isWholeComputer = IsReplaying() || IsBundleInUse(); // which tells also that the product is not there
-    const Json settings = IsReplaying() ? ReplayedSettings() : IsBundleInUse() ? BundleSettings() : ReadFromSimulator();
+    const BundledComputer* const bundled = BundledComputerInUse();
+    const bool isWholeComputer = IsReplaying() || bundled != nullptr; // which tells also that the product is not there
+    const Json settings = IsReplaying()        ? ReplayedSettings()
+                          : bundled != nullptr ? bundled->settings
+                                               : ReadFromSimulator();
     SetLastError(lastError);
     if (settings.is_null() && !isWholeComputer) {
         return;
@@ -303,7 +333,14 @@ bool ModelSettings::AreInForce() {
 
 void ModelSettings::Apply(const Json& settings) {
     m_machine = CreateVolatile(HKEY_CURRENT_USER, m_name);
-    const LSTATUS code = settings.is_null() ? ERROR_SUCCESS : WriteProduct(settings);
+    const BundledComputer* const bundled = BundledComputerInUse();
+    LSTATUS code = ERROR_SUCCESS;
+    if (!settings.is_null() || (bundled != nullptr && bundled->hasProductKey)) {
+        code = WriteProduct(settings);
+    }
+    if (code == ERROR_SUCCESS && bundled != nullptr && bundled->hasProductKey && !bundled->isKeyWritable) {
+        code = WriteAccess(bundled->isKeyReadable ? ReadAndDelete : OnlyDelete);
+    }
     const HKEY computer = CreateVolatile(m_machine, ComputerNameKey);
     const LSTATUS named = Write(computer, L"ComputerName", Json(ComputerName()));
     RegCloseKey(computer);
@@ -324,6 +361,19 @@ LSTATUS ModelSettings::WriteProduct(const Json& settings) const {
     }
     RegCloseKey(compiledIn);
     RegCloseKey(product);
+    return code;
+}
+
+// The library asks for all rights to the product's key, and takes what it does not get for missing.
+LSTATUS ModelSettings::WriteAccess(const wchar_t* rights) const {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(rights, SDDL_REVISION_1, &descriptor, nullptr)) {
+        return static_cast<LSTATUS>(GetLastError());
+    }
+    const HKEY product = CreateVolatile(m_machine, CVirtualServerUtil::GetProductRegistryKey());
+    const LSTATUS code = RegSetKeySecurity(product, DACL_SECURITY_INFORMATION, descriptor);
+    RegCloseKey(product);
+    LocalFree(descriptor);
     return code;
 }
 

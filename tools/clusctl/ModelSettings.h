@@ -13,6 +13,13 @@
 // The product's key under HKEY_LOCAL_MACHINE unless the settings file names another one.
 extern const wchar_t CompiledInProductKey[];
 
+// The product's key as it is called on the computer that answers: in a bundle it may be another than the library's own,
+// where the bundle's values stand as long as it is in use.
+std::wstring ProductKey();
+
+// What may be done with it: a word of BundleFiles.
+const char* ProductKeyAccess();
+
 // The registry values of the product that the library reads, those that are there.
 Json ReadProductSettings();
 
@@ -40,6 +47,7 @@ public:
 private:
     void Apply(const Json& settings);
     LSTATUS WriteProduct(const Json& settings) const;
+    LSTATUS WriteAccess(const wchar_t* rights) const;
     void Undo();
 
     std::wstring m_name; // of the key, under HKEY_CURRENT_USER

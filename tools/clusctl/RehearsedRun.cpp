@@ -13,11 +13,13 @@
 
 const wchar_t RehearsalVariable[] = L"CLUSCTL_REHEARSAL";
 const wchar_t RehearsedVariable[] = L"CLUSCTL_REHEARSED";
+const wchar_t RehearsedBundleVariable[] = L"CLUSCTL_REHEARSED_BUNDLE";
 
 namespace {
 
 std::wstring g_folder;
 std::wstring g_rehearsed;
+std::wstring g_bundle;
 bool g_tells = false; // what was done to a failover cluster
 
 std::wstring Take(const wchar_t* name) {
@@ -31,9 +33,11 @@ std::wstring Take(const wchar_t* name) {
 RehearsedRun::RehearsedRun(bool hasModel) {
     const std::wstring folder = Take(RehearsalVariable);
     const std::wstring rehearsed = Take(RehearsedVariable);
+    const std::wstring bundle = Take(RehearsedBundleVariable);
     if (hasModel) {
         g_folder = folder;
         g_rehearsed = rehearsed;
+        g_bundle = bundle;
     }
 }
 
@@ -83,4 +87,8 @@ bool RehearsedRun::IsOne() {
 
 const std::wstring& RehearsedRun::Rehearsed() {
     return g_rehearsed;
+}
+
+const std::wstring& RehearsedRun::Bundle() {
+    return g_bundle;
 }

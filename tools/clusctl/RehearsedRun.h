@@ -12,9 +12,12 @@ extern const wchar_t RehearsalVariable[];
 // What the copy is one of, as people are told.
 extern const wchar_t RehearsedVariable[];
 
+// The support bundle that the copy's cluster comes from; empty for none.
+extern const wchar_t RehearsedBundleVariable[];
+
 class RehearsedRun {
 public:
-    // Takes both variables out of the environment. Nothing else happens without them, or without --model.
+    // Takes these variables out of the environment. Nothing else happens without them, or without --model.
     explicit RehearsedRun(bool hasModel);
     // Writes what has been done to a failover cluster into the folder.
     ~RehearsedRun();
@@ -28,6 +31,7 @@ public:
 
     // Empty when this process is none.
     static const std::wstring& Rehearsed();
+    static const std::wstring& Bundle();
 };
 
 #endif

@@ -72,7 +72,7 @@ PageTable Settings() {
     PageTable table = {"The product's settings on this computer", "", {"Setting", "Value", "Effect"}, {}};
     const Deployment deployment = ReadDeployment();
     table.rows.push_back({"Deployment", deployment.kind, "Because " + deployment.reason + "."});
-    table.rows.push_back({"Registry key", common::ToUtf8(CVirtualServerUtil::GetProductRegistryKey()),
+    table.rows.push_back({"Registry key", common::ToUtf8(ProductKey()),
                           "The library reads the values there, but for DataRootPath and ThirdPartyClusterType."});
     const Json values = ReadProductSettings();
     const Json types = ReadProductSettingTypes();

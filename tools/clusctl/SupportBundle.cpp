@@ -98,7 +98,7 @@ private:
         for (const LoadedLibrary& library : LoadedLibraries()) {
             libraries.push_back({{"name", library.name}, {"file", library.path}, {"version", library.version}});
         }
-        m_parts.Add("versions.json", "versions of clusctl, of the libraries and of the system",
+        m_parts.Add(BundleFiles::Versions, "versions of clusctl, of the libraries and of the system",
                     {{"clusctl", CLUSCTL_VERSION},
                      {"computer", ComputerName()},
                      {"system", FileVersion(InFolder(L"SystemRoot", L"\\system32\\kernel32.dll"))},
@@ -108,7 +108,8 @@ private:
     void AddSettings() {
         const Deployment deployment = ReadDeployment();
         m_parts.Add(BundleFiles::Settings, "the product's registry values that the library reads",
-                    {{"key", CVirtualServerUtil::GetProductRegistryKey()},
+                    {{"key", ProductKey()},
+                     {"access", ProductKeyAccess()},
                      {"deployment", {{"kind", deployment.kind}, {"reason", deployment.reason}}},
                      {"values", ReadProductSettings()},
                      {"types", ReadProductSettingTypes()},
@@ -169,7 +170,7 @@ private:
     void AddDoctor() {
         m_findings = Diagnose(m_log, {std::wstring(), m_request.allowsWritableTools});
         m_hasFindings = true;
-        m_parts.Add("doctor.json", "what the doctor found",
+        m_parts.Add(BundleFiles::Doctor, "what the doctor found",
                     {{"findings", m_findings.Records()}, {"worst", LevelWord(m_findings.Worst())}});
     }
 
@@ -243,6 +244,14 @@ private:
     // All that was read so far. The status, which the page is made of, too, is made of what was renamed.
     void Rename() {
         m_names.LearnLog(m_logs);
+        for (const BundlePart& part : m_parts.All()) {
+            if (part.name == BundleFiles::Settings) {
+                m_names.LearnTexts(part.document);
+            }
+        }
+        for (const std::string& name : m_names.Kept()) {
+            m_parts.TellMissing("another name for " + Quoted(name), "its only word is in everybody's names, too");
+        }
         for (BundlePart& part : m_parts.All()) {
             if (!part.document.is_null()) {
                 m_names.Rename(part.document);

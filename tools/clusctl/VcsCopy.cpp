@@ -256,6 +256,7 @@ std::unique_ptr<ChildProgram> VcsCopy::Start(const Words& command, const FaultTe
                                              const std::wstring& rehearsed) const {
     Variables variables = {{RehearsalVariable, m_folder->Path()},
                            {RehearsedVariable, rehearsed},
+                           {RehearsedBundleVariable, BundleInUse()},
                            {L"VCSSIM_JOURNAL", m_folder->File(L"journal")}};
     if (!faults.empty()) {
         std::string lines;
@@ -291,7 +292,9 @@ std::unique_ptr<ChildProgram> VcsCopy::Ask(const Words& command) const {
     Words words = {L"--model", MainCf(), L"--json"};
     words.insert(words.end(), command.begin(), command.end());
     return std::make_unique<ChildProgram>(
-        OwnPath(), words, Variables{{L"VCSSIM_JOURNAL", L""}, {L"VCSSIM_FAULTS", L""}}, m_folder->Path());
+        OwnPath(), words,
+        Variables{{RehearsedBundleVariable, BundleInUse()}, {L"VCSSIM_JOURNAL", L""}, {L"VCSSIM_FAULTS", L""}},
+        m_folder->Path());
 }
 
 void VcsCopy::Save(const std::wstring& folder) const {

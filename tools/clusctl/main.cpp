@@ -15,6 +15,7 @@
 #include "ModelCommands.h"
 #include "ModelInUse.h"
 #include "ModelSettings.h"
+#include "OtherComputer.h"
 #include "Password.h"
 #include "PictureCommands.h"
 #include "Probe.h"
@@ -194,7 +195,13 @@ void Prepare(CommandLine& commandLine) {
             throw WrongUsage(Quoted(model) + " is a support bundle, which is looked at, not changed");
         }
     }
+    if (!RehearsedRun::Bundle().empty()) {
+        UseComputerOf(RehearsedRun::Bundle());
+    }
     LoadLibraries();
+    if (BundledComputerInUse() != nullptr && !BundledComputerInUse()->name.empty()) {
+        BearComputerName(BundledComputerInUse()->name);
+    }
     if (IsReplaying()) {
         BeginReplay();
     }
@@ -241,7 +248,8 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
     Report report;
     try {
-        if ((commandLine.Asked() == Answering::FailoverCluster && !AsksNone(commandLine)) || IsBundleInUse()) {
+        if ((commandLine.Asked() == Answering::FailoverCluster && !AsksNone(commandLine)) ||
+            BundledComputerInUse() != nullptr) {
             settings = std::make_unique<ModelSettings>();
         }
         std::vector<VcsToolFile> tools;

@@ -14,6 +14,7 @@ namespace recording {
 namespace {
 
 std::atomic<Interceptor*> g_interceptor(nullptr);
+std::wstring g_computerName;       // empty: as the system says
 std::atomic<unsigned> g_inside(0); // calls that the interceptor is answering
 
 // Whom a call goes to: it is there as long as this is.
@@ -65,7 +66,10 @@ BOOL WINAPI ExitCodeOf(HANDLE process, LPDWORD exitCode) {
 
 BOOL WINAPI NameOfComputer(LPWSTR buffer, LPDWORD length) {
     const Answerer interceptor;
-    const std::wstring name = interceptor.Get() == nullptr ? std::wstring() : interceptor->ComputerName();
+    std::wstring name = interceptor.Get() == nullptr ? std::wstring() : interceptor->ComputerName();
+    if (name.empty()) {
+        name = g_computerName;
+    }
     if (name.empty()) {
         // Not by an import, which may be a replaced one.
         typedef BOOL(WINAPI * Function)(LPWSTR, LPDWORD);
@@ -192,6 +196,14 @@ bool IsLoaded(HMODULE module) {
            there == module;
 }
 
+void PutBack(const std::vector<Patch>& patches) {
+    for (auto patch = patches.rbegin(); patch != patches.rend(); ++patch) {
+        if (IsLoaded(patch->module) && *patch->entry == patch->replacement) {
+            Write(patch->entry, patch->original);
+        }
+    }
+}
+
 void FindOriginals() {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
@@ -249,11 +261,7 @@ Interception::Interception(Interceptor& interceptor, const std::vector<HMODULE>&
 }
 
 Interception::~Interception() {
-    for (auto patch = m_patches.rbegin(); patch != m_patches.rend(); ++patch) {
-        if (IsLoaded(patch->module) && *patch->entry == patch->replacement) {
-            Write(patch->entry, patch->original);
-        }
-    }
+    PutBack(m_patches);
     g_interceptor = m_former;
 }
 
@@ -272,6 +280,25 @@ void Interception::PatchModule(HMODULE module) {
             Write(entry, replacement);
         }
     });
+}
+
+GivenComputerName::GivenComputerName(const std::wstring& name, const std::vector<HMODULE>& modules) {
+    g_computerName = name;
+    void* const replacement = reinterpret_cast<void*>(&NameOfComputer);
+    for (const HMODULE module : modules) {
+        const HMODULE named = module == nullptr ? GetModuleHandleW(nullptr) : module;
+        ForEachImport(named, [&](const char* library, const char* function, void** entry) {
+            if (EntryFor(library, function, false) == replacement) {
+                m_patches.push_back({entry, replacement, *entry, named});
+                Write(entry, replacement);
+            }
+        });
+    }
+}
+
+GivenComputerName::~GivenComputerName() {
+    PutBack(m_patches);
+    g_computerName.clear();
 }
 
 std::vector<std::string> Interception::UnknownOf(const std::vector<HMODULE>& modules) {

@@ -89,6 +89,14 @@ BOOL StartTool(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTU
                PROCESS_INFORMATION* information);
 BOOL ExitCodeOfTool(HANDLE process, DWORD* exitCode);
 
+// An import of a module that leads to another function.
+struct Patch {
+    void** entry;
+    void* replacement;
+    void* original;
+    HMODULE module;
+};
+
 // While it lives, the calls of the modules go to the interceptor, and so do those that went to another one before: that
 // one is asked by the new one, or not at all.
 class Interception {
@@ -115,15 +123,21 @@ public:
     static std::vector<std::string> UnknownOf(const std::vector<HMODULE>& modules);
 
 private:
-    struct Patch {
-        void** entry;
-        void* replacement;
-        void* original;
-        HMODULE module;
-    };
     void PatchModule(HMODULE module);
 
     Interceptor* m_former;
+    std::vector<Patch> m_patches;
+};
+
+// While it lives, GetComputerNameW tells the modules this name, unless an interceptor has another.
+class GivenComputerName {
+public:
+    GivenComputerName(const std::wstring& name, const std::vector<HMODULE>& modules);
+    ~GivenComputerName();
+    GivenComputerName(const GivenComputerName&) = delete;
+    GivenComputerName& operator=(const GivenComputerName&) = delete;
+
+private:
     std::vector<Patch> m_patches;
 };
 

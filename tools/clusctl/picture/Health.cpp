@@ -77,6 +77,10 @@ private:
     void Add(const char* code, const std::string& object, const std::string& text) {
         m_health.problems.push_back({LevelOf(code), object, text, code, m_group});
     }
+    void AddOfGroup(const char* code, const std::string& group, const std::string& text) {
+        Add(code, group, text);
+        m_health.problems.back().isOfGroup = true;
+    }
 
     const char* OfKind(const char* failover, const char* vcs) const {
         return m_cluster.kind == Kind::Vcs ? vcs : failover;
@@ -130,13 +134,13 @@ private:
         }
         const bool isExplained = m_health.problems.size() != before;
         if (group.condition == Condition::Failed) {
-            Add(OfKind("group-failed", "vcs-group-faulted"), group.name, what + group.state);
+            AddOfGroup(OfKind("group-failed", "vcs-group-faulted"), group.name, what + group.state);
         } else if (isOffline && isServer) {
-            Add(OfKind("group-offline", "vcs-group-offline"), group.name, what + group.state);
+            AddOfGroup(OfKind("group-offline", "vcs-group-offline"), group.name, what + group.state);
         } else if (group.condition == Condition::Pending && !isExplained) {
-            Add("resource-pending", group.name, what + group.state);
+            AddOfGroup("resource-pending", group.name, what + group.state);
         } else if (group.condition == Condition::Unknown) {
-            Add("group-unread", group.name, "its state is not known");
+            AddOfGroup("group-unread", group.name, "its state is not known");
         }
     }
 
@@ -149,8 +153,8 @@ private:
         for (const StateOnNode& state : group.states) {
             if (state.node != group.node && IsFaulted(state)) {
                 told.insert(state.node);
-                Add("vcs-group-faulted-elsewhere", group.name,
-                    "it cannot go to " + Printable(state.node) + ", where it is faulted");
+                AddOfGroup("vcs-group-faulted-elsewhere", group.name,
+                           "it cannot go to " + Printable(state.node) + ", where it is faulted");
             }
         }
         for (const Resource* const member : members) {
@@ -166,11 +170,11 @@ private:
     // What somebody has switched off in VCS.
     void ExamineSwitches(const Group& group, const Members& members) {
         if (group.isFrozen) {
-            Add("vcs-group-frozen", group.name, "the group is frozen: VCS does nothing when it fails");
+            AddOfGroup("vcs-group-frozen", group.name, "the group is frozen: VCS does nothing when it fails");
         }
         for (const std::string& node : group.disabledOn) {
-            Add("vcs-group-disabled", group.name,
-                "the group is disabled on " + Printable(node) + ", and cannot come online there");
+            AddOfGroup("vcs-group-disabled", group.name,
+                       "the group is disabled on " + Printable(node) + ", and cannot come online there");
         }
         for (const Resource* const member : members) {
             if (!member->isEnabled && member->role != Role::Other) {
@@ -271,8 +275,8 @@ private:
         if (there == 0) {
             server.product = IsWhole(group) ? "missing" : "unknown";
             if (IsWhole(group)) {
-                Add(OfKind("product-resource-missing", "vcs-product-missing"), server.group,
-                    "the product's resources are missing in the virtual server's group");
+                AddOfGroup(OfKind("product-resource-missing", "vcs-product-missing"), server.group,
+                           "the product's resources are missing in the virtual server's group");
             }
             return;
         }
@@ -280,7 +284,7 @@ private:
         const bool isWhole = static_cast<std::size_t>(there) == server.parts.size();
         server.product = isWhole || worst != Condition::Online ? WordOf(worst) : "incomplete";
         if (!isWhole) {
-            Add("vcs-service-missing", server.group, "the product's " + MissingNames(server) + " is missing");
+            AddOfGroup("vcs-service-missing", server.group, "the product's " + MissingNames(server) + " is missing");
         }
         for (const ProductPart& part : server.parts) {
             if (part.isThere && part.condition == Condition::Offline && isServerUp) {
@@ -300,7 +304,8 @@ private:
         if (hasOne || !IsWhole(group)) {
             return true;
         }
-        Add(OfKind("network-name-missing", "vcs-lanman-missing"), group.name, "the virtual server has no network name");
+        AddOfGroup(OfKind("network-name-missing", "vcs-lanman-missing"), group.name,
+                   "the virtual server has no network name");
         return m_cluster.kind == Kind::Vcs; // whose services run all the same
     }
 
@@ -329,8 +334,8 @@ private:
         if (m_cluster.kind == Kind::Vcs) {
             server.isInOrder = IsInOrderOnVcs(members);
             if (!server.isInOrder) {
-                Add("vcs-service-order", server.group,
-                    "the product does not depend on the server's network name and store");
+                AddOfGroup("vcs-service-order", server.group,
+                           "the product does not depend on the server's network name and store");
             }
             return true;
         }

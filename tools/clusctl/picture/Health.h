@@ -27,6 +27,7 @@ struct Problem {
     std::string text;       // what is wrong with it
     const char* code = "";  // one of the doctor's, which judges by the same rule
     std::string group = {}; // that it is in; empty of what is in none
+    bool isOfGroup = false; // the object is the group
 };
 
 // One of the product's resources of a virtual server, or one that should be there.

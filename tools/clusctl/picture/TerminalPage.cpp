@@ -25,7 +25,7 @@ void LeaveOut(std::vector<StyledLine>& lines, std::size_t height) {
 std::string PageText(const std::vector<StyledLine>& lines, bool isColoured) {
     std::string text;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        const bool isStyled = isColoured && !lines[i].style.empty();
+        const bool isStyled = !lines[i].style.empty() && (isColoured || lines[i].style == Styles::Reverse);
         text += i == 0 ? "" : "\n";
         text += isStyled ? lines[i].style + lines[i].text + Styles::Plain : lines[i].text;
     }
