@@ -84,8 +84,8 @@ public:
 
     std::string ToText() const;
 
-    // The document as it is, or with "complete", "warnings" and the members of `besides` unless it is a verbatim one.
-    // Nothing at all is no complete answer. Uses the report up: a document may be large.
+    // The document with "complete", "warnings" and the members of `besides`. Nothing at all is no complete answer. Uses
+    // the report up: a document may be large.
     std::string ToJson(const Json& besides) &&;
 
 private:

@@ -208,8 +208,8 @@ std::string VcsRehearsal::CompletedFault(const std::string& fault) const {
     for (const std::string& text : {fault, fault + "=1"}) {
         try {
             const common::Fault parsed = common::ParseFault(text);
-            const bool isTool =
-                StartsWith(fault, "*") || std::find(std::begin(tools), std::end(tools), parsed.call) != std::end(tools);
+            const bool isTool = (parsed.call.empty() && StartsWith(fault, "*")) ||
+                                std::find(std::begin(tools), std::end(tools), parsed.call) != std::end(tools);
             const bool isHappening = !parsed.event || vcssim::IsControlEvent(*parsed.event);
             if (isTool && !parsed.state && isHappening && !parsed.hangs) {
                 return text;
