@@ -229,8 +229,17 @@ std::string Anonymiser::Words(const std::string& text, bool areNames) {
             continue;
         }
         const bool isWithin = at > 0 && (IsWordCharacter(text[at - 1]) || text[at - 1] == '.');
-        if (!isWithin &&
-            (TakePhrase(text, at, result) || TakeAddress(text, at, result) || TakeDomain(text, at, result))) {
+        const std::size_t begin = at;
+        if (!isWithin && TakePhrase(text, at, result)) {
+            std::size_t end = begin;
+            std::string whole;
+            if (at < text.size() && text[at] == '.' && TakeDomain(text, end, whole) && end > at) { // of that computer
+                result += whole.substr(whole.find('.'));
+                at = end;
+            }
+            continue;
+        }
+        if (!isWithin && (TakeAddress(text, at, result) || TakeDomain(text, at, result))) {
             continue;
         }
         const std::size_t end = EndOf(text, at, IsWordCharacter);

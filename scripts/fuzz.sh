@@ -76,6 +76,7 @@ for target in "${targets[@]}"; do
     if [ -n "$runs" ]; then
         limit=(-runs="$runs" -reload=0)
         folder="build/fuzz/repeatable/$target"
+        log="$folder.log" # the other one is what --report reads
         rm -rf "$folder"
         printf 'Fuzzing %s, %s runs from the seeds, seed %s ... ' "$target" "$runs" "$seed"
     else

@@ -181,7 +181,7 @@ Code Engine::Offline(Resource& resource) {
     if (!RunsOn(m_model, *resource.group->owner)) {
         return ERROR_CLUSTER_NODE_DOWN;
     }
-    if (resource.isQuorum) {
+    if (resource.isQuorum && resource.state == StateOnline) {
         return ERROR_INVALID_OPERATION_ON_QUORUM;
     }
     const Code code = TakeOffline(resource);

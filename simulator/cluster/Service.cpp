@@ -203,7 +203,7 @@ bool Service::SeeFrom(const std::string& node) {
     }
     Model& model = *m_memory;
     const std::wstring here = ThisComputer();
-    const Node* const own = model.FindNode(here);
+    Node* const own = model.FindNode(here);
     if (seen == own) {
         return true;
     }
@@ -215,11 +215,22 @@ bool Service::SeeFrom(const std::string& node) {
         }
     }
     const std::wstring name = seen->name;
+    const std::wstring ownName = own ? own->name : std::wstring(); // which may be spelled otherwise than the computer's
+    const bool isOwnDot = own && own->isThisComputer;
     const bool wasRunning = model.running;
     model.Rename(*seen, here);
+    seen->isThisComputer = true;
+    if (own) {
+        own->isThisComputer = false;
+    }
     model.running = true;
-    m_seeAsBefore = [&model, seen, name, wasRunning, spellings]() {
+    m_seeAsBefore = [&model, seen, own, name, ownName, isOwnDot, wasRunning, spellings]() {
         model.Rename(*seen, name);
+        seen->isThisComputer = false;
+        if (own) {
+            own->name = ownName;
+            own->isThisComputer = isOwnDot;
+        }
         model.running = wasRunning;
         for (const auto& spelling : spellings) {
             spelling.first->ownerAs = spelling.second;

@@ -13,11 +13,11 @@ CASES = Path(__file__).resolve().parent / "cases"
 EXAMPLES = CASES.parents[2] / "examples"
 KINDS = {"failover": "model", "vcs": "vcs"}
 # Settings of a case that are about the program, its libraries, its disk or the files of tools, which no recording has.
-APART = {"simulator", "missing", "replaced", "tools", "writable-tool", "planted-tool", "environment-tool", "disk", "small-disk",
+APART = {"settings", "simulator", "missing", "replaced", "tools", "writable-tool", "planted-tool", "environment-tool", "disk", "small-disk",
          "read-only-disk", "debug-log"}
 # Command lines that say something else in a recording, or nothing about a cluster: docs/testing.md says why.
 UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|STDOUT=|STDIN|CLUSSIM_FILE=|VCSSIM_MAIN_CF=")
-UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|manual|completion|rehearse|doctor|support-bundle|model)\b")
+UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|manual|completion|rehearse|doctor|support-bundle|report|model|probe \S+\.json)\b")
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed"}  # a replay always says that the settings are those of the recording
@@ -41,9 +41,9 @@ def is_asking(line, changing):
     return not UNRECORDED_COMMANDS.match(" ".join(word for word in words[1:] if not word.startswith("-")))
 
 
-def prepares(case, line, changing):
+def prepares(line, expected, changing):
     """Whether what follows in a case may depend on the line. What is refused beforehand changes nothing."""
-    if re.search(r"\[exit [234]\]\n$", expected_of(case, line)):
+    if re.search(r"\[exit [24]\]\n$", expected):
         return False
     verb = next(word for word in shlex.split(line) if "=" not in word)
     if verb == "clusctl":
@@ -58,31 +58,34 @@ def changing_commands():
 
 
 def runs_of(kind, changing):
-    """The cases of a kind of cluster, and of each the lines to run: those that ask for the first time, and those that prepare them."""
+    """The cases of a kind of cluster, and of each the lines to run, with what they print and whether they are recorded: those that ask
+    and say something for the first time; the others prepare them."""
     seen = set()
     for case in sorted(CASES.glob("*.txt")):
         settings = settings_of(case)
         words = {word for word, _ in settings}
         if KINDS[kind] not in words or words & APART or case.stem in ALONE:
             continue
-        lines = [line[2:] for line in case.read_text(encoding="utf-8").splitlines() if line.startswith("$ ")]
-        wanted = []
-        for line in lines:
-            key = (tuple(setting for setting in settings if setting[0] in CLUSTERS), line)
-            if is_asking(line, changing) and key not in seen:
-                seen.add(key)
-                wanted.append(line)
-        if wanted:
-            last = max(i for i, line in enumerate(lines) if line in wanted)
-            yield case.stem, [line for line in lines[:last + 1] if line in wanted or prepares(case.stem, line, changing)], set(wanted)
+        cluster = tuple(setting for setting in settings if setting[0] in CLUSTERS)
+        steps = []
+        for line, expected in steps_of(case):
+            is_wanted = is_asking(line, changing) and (cluster, line, expected) not in seen
+            if is_wanted:
+                seen.add((cluster, line, expected))
+            if is_wanted or prepares(line, expected, changing):
+                steps.append((line, expected, is_wanted))
+        while steps and not steps[-1][2]:
+            steps.pop()
+        if steps:
+            yield case.stem, steps
 
 
-def expected_of(case, line):
-    """What a case says that a line prints."""
-    text = (CASES / f"{case}.txt").read_text(encoding="utf-8")
-    begin = text.index(f"\n$ {line}\n") + len(line) + 4
-    end = text.find("\n\n$ ", begin)
-    return text[begin:] if end < 0 else text[begin:end + 1]
+def steps_of(case):
+    """The lines that a case runs, each with what it prints."""
+    _, *parts = case.read_text(encoding="utf-8").split("\n\n$ ")
+    for part in parts:
+        line, _, expected = part.partition("\n")
+        yield line, expected if expected.endswith("\n") else expected + "\n"
 
 
 def player_folder(runner):
@@ -104,18 +107,18 @@ def without_stray_codes(text):
     return re.sub(r"(GetVirtualServerInfo for server .* fail, code: |Cannot open registry .*, Last err:)\d+( \([^)]*\))?", r"\1CODE", text)
 
 
-def check_case(case, lines, wanted, player, difference):
+def check_case(case, steps, player, difference):
     """Runs the lines; what is wrong, as texts."""
     problems = []
     case.prepare(settings_of(case.file))
-    for number, line in enumerate(lines):
-        if line not in wanted:
+    for number, (line, expected, is_wanted) in enumerate(steps):
+        if not is_wanted:
             case.run(line)
             continue
         name = f"{number}.rec"
         begin, rest = line[:line.index("clusctl ") + 8], line[line.index("clusctl ") + 8:]
         recorded = case.run(f"{begin}record {name} -- {rest}")
-        problems.append(difference(*map(without_stray_codes, (expected_of(case.file.stem, line), recorded)), f"{case.file.name}: {line}", "recorded"))
+        problems.append(difference(*map(without_stray_codes, (expected, recorded)), f"{case.file.name}: {line}", "recorded"))
         if not (case.folder / name).exists(): # nobody was asked
             continue
         program, case.program = case.program, player / "clusctl.exe"
@@ -172,11 +175,11 @@ def check(make_case, runner, kind, update, difference):
     player = player_folder(runner)
     problems = []
     count = 0
-    for name, lines, wanted in runs_of(kind, changing_commands()):
+    for name, steps in runs_of(kind, changing_commands()):
         case = make_case(name)
-        problems += check_case(case, lines, wanted, player, difference)
+        problems += check_case(case, steps, player, difference)
         problems += case.problems
-        count += len(wanted)
+        count += sum(is_wanted for _, _, is_wanted in steps)
     if count < 20:
         problems.append(f"only {count} command lines were found")
     return problems

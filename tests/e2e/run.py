@@ -61,8 +61,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   shown PATTERN clusctl ..  the same with what it drew that matches the pattern
-  colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which; for each of these
-                      three UNTIL=TEXT says after which text Ctrl+C is pressed
+  colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
@@ -446,7 +445,7 @@ class Case:
     def on_terminal(self, arguments, variables):
         """What is written on a terminal, and the exit code."""
         variables = dict(variables)
-        told, until = variables.pop("STDIN", None), variables.pop("UNTIL", None)
+        told = variables.pop("STDIN", None)
         primary, secondary = pty.openpty()
         process = subprocess.Popen(self.runner.wine(self.program, *map(expanded, arguments)), cwd=self.folder,
                                    env=self.environment({"CLUSUTIL_RUN_FOREGROUND": "1", **variables}), stdin=secondary, stdout=secondary,
@@ -461,9 +460,6 @@ class Case:
                     time.sleep(1) # the console is switched over with the first key that is asked for
                     os.write(primary, told.encode("utf-8") + b"\r")
                     told = None
-                if until is not None and until.encode("utf-8") in out:
-                    os.write(primary, b"\x03")
-                    until = None
         except OSError: # the program has closed its end
             pass
         os.close(primary)

@@ -63,6 +63,8 @@ def problems_of(arguments, output):
     """What is wrong with what a command line printed, given that it is to be a JSON document: a list of sentences."""
     if "--watch" in arguments and not output.startswith("{\n"): # else it failed before it showed anything
         taken = validator(load(WATCH + SUFFIX))
+        if not output:
+            return ["it printed nothing"]
         return [problem for line in output.splitlines() for problem in problems_of_document(taken, line)]
     command = command_of(arguments)
     return problems_of_document(validator(load(command + SUFFIX) if command else {**load(COMMON), "$ref": "#/$defs/failure"}), output)

@@ -3,6 +3,9 @@
 
 #include "common/Text.h"
 
+#include <algorithm>
+#include <cctype>
+
 using testing::HasSubstr;
 
 class ControlInterface : public SimulatorTest {};
@@ -89,6 +92,24 @@ TEST_F(ControlInterface, SeenFromANodeWhoseServiceRunsTheClusterAnswers) {
     ASSERT_EQ(ClusSimSeeFrom(nullptr), 1);
     EXPECT_EQ(ReadModel(), before);
     EXPECT_EQ(OpenCluster(nullptr), nullptr);
+}
+
+TEST_F(ControlInterface, AViewLeavesTheSpellingOfThisComputerAsItWas) {
+    const std::string here = common::ToUtf8(ThisComputerName());
+    std::string spelled = here;
+    std::transform(spelled.begin(), spelled.end(), spelled.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (spelled == here) {
+        std::transform(spelled.begin(), spelled.end(), spelled.begin(), [](unsigned char c) { return std::toupper(c); });
+    }
+    ASSERT_NE(spelled, here);
+    ASSERT_EQ(LoadError(R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": ")" + spelled +
+                        R"("}, {"name": "NODE-B"}], "groups": [{"name": "G", "owner": "NODE-B"}], "resources": []})"),
+              "");
+    const std::string before = ReadModel();
+    ASSERT_EQ(ClusSimSeeFrom("NODE-B"), 1);
+    EXPECT_EQ(OwnerByName(L"G"), ThisComputerName());
+    ASSERT_EQ(ClusSimSeeFrom(""), 1);
+    EXPECT_EQ(ReadModel(), before);
 }
 
 TEST_F(ControlInterface, ThereIsNoViewFromANodeThatTheModelLacks) {

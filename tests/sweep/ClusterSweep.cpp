@@ -20,11 +20,13 @@ class ClusterSweep : public ClusterTest {
 protected:
     static ModelBuilder Model() {
         return ExchangeCluster()
+            .Node("NODE-C")
             .Resource("EVS1 Store", "Generic Service")
             .State("Offline")
             .DependsOn("EVS1 Name")
             .DependsOn("EVS1 Disk")
             .PossibleOwner("NODE-A")
+            .PossibleOwner("NODE-B") // else the group could not move
             .Private("Path", "F:\\Data")
             .Private("Id", 3);
     }
@@ -290,7 +292,7 @@ TEST_F(ClusterSweep, AddOwner) {
         [](CCluster& cluster) {
             Res store;
             CClusterNode node;
-            if (!cluster.OpenResourceByName(store, L"EVS1 Store") || !cluster.OpenNodeByName(node, L"NODE-B")) {
+            if (!cluster.OpenResourceByName(store, L"EVS1 Store") || !cluster.OpenNodeByName(node, L"NODE-C")) {
                 return std::string("not open");
             }
             return std::to_string(store.AddOwner(node.GetNodeHandle()));

@@ -17,7 +17,9 @@ namespace {
 
 // Members of documents, and columns of a page, whose texts are words of a format.
 const char* const FormatMembers[] = {"type", "state", "class", "code",    "level", "kind", "worst",
-                                     "part", "id",    "mode",  "clusctl", "Level", "Code", "Setting"};
+                                     "part", "id",    "mode",  "clusctl", "Level", "Code", "Setting", "access"};
+
+const char TypesMember[] = "resourceTypes";
 
 // Attributes of VCS, and private properties of resources, that name accounts, computers and domains.
 const char* const UserAttributes[] = {
@@ -163,9 +165,22 @@ void BundleNames::Rename(Json& document) {
         }
     } else if (document.is_object()) {
         for (auto member = document.begin(); member != document.end(); ++member) {
-            if (!(member.value().is_string() && IsOneOf(FormatMembers, member.key()))) {
+            if (member.key() == TypesMember && member.value().is_array()) {
+                RenameTypes(member.value());
+            } else if (!(member.value().is_string() && IsOneOf(FormatMembers, member.key()))) {
                 Rename(member.value());
             }
+        }
+    }
+}
+
+// A model's: their own names are what the resources have as "type".
+void BundleNames::RenameTypes(Json& types) {
+    for (Json& type : types) {
+        const Json name = type.is_object() ? type.value("name", Json()) : Json();
+        Rename(type);
+        if (name.is_string()) {
+            type["name"] = name;
         }
     }
 }

@@ -46,6 +46,7 @@ public:
 
 private:
     void SpareWords(const std::string& text);
+    void RenameTypes(Json& types);
     void LearnIdentity(const std::string& name);
 
     common::Anonymiser m_names;

@@ -51,8 +51,9 @@ bool TellRecorded(RecordedPart part, Findings& findings) {
     }
     for (const Json& finding : bundled->findings.is_null() ? Json::array() : bundled->findings) {
         const auto text = [&finding](const char* member) { return common::ToUtf8(TextMember(finding, member)); };
+        const auto shown = [&finding](const char* member) { return Printable(TextMember(finding, member)); };
         if (finding.is_object() && IsOf(part, text("code")) && IsDoctorCode(text("code"))) {
-            findings.Add(FindDoctorCode(text("code")).name, text("object"), text("seen"), text("mend"));
+            findings.Add(FindDoctorCode(text("code")).name, text("object"), shown("seen"), shown("mend"));
         }
     }
     return true;

@@ -97,6 +97,11 @@ std::string SentenceOf(const Json& mark) {
     return text;
 }
 
+// Not so on a drive or a share that is not there for the moment.
+bool IsGone(const std::wstring& path) {
+    return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
 } // namespace
 
 RunMarker::RunMarker(const std::string& command, const std::wstring& model) : m_file(INVALID_HANDLE_VALUE) {
@@ -144,11 +149,11 @@ KilledRuns::KilledRuns(const std::wstring* model) {
         try {
             const Json mark = Json::parse(common::ReadWholeFile(folder + name));
             const std::wstring changed = ModelOf(mark);
-            if (!changed.empty() && !common::FileExists(changed)) {
-                DeleteFileW((folder + name).c_str()); // nothing is left of what it changed
+            if (model != nullptr && mark.contains(ModelMember) && common::Folded(changed) != common::Folded(*model)) {
                 continue;
             }
-            if (model != nullptr && mark.contains(ModelMember) && common::Folded(changed) != common::Folded(*model)) {
+            if (!changed.empty() && IsGone(changed)) {
+                DeleteFileW((folder + name).c_str()); // nothing is left of what it changed
                 continue;
             }
             left.push_back({mark.at("begun").get<std::string>(), mark.value("begunAt", std::uint64_t(0)), folder + name,

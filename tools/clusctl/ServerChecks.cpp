@@ -103,7 +103,7 @@ void RequireNoOtherDependants(const CCluster& cluster, const Names& resources, c
         Names dependants;
         const DWORD code = ListRelated(resource.get(), CLUSTER_RESOURCE_ENUM_PROVIDES, dependants);
         if (code != ERROR_SUCCESS) {
-            throw Failure::OfCode(what + ": cannot list what depends on " + Quoted(name), code, Errors::Incomplete);
+            throw FailureOfList(what + ": cannot list what depends on " + Quoted(name), code, Errors::Incomplete);
         }
         std::string others;
         size_t count = 0;

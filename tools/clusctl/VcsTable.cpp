@@ -36,8 +36,10 @@ std::set<std::wstring> WordsOf(const std::wstring& text) {
 bool IsPlain(const std::wstring& given) {
     const wchar_t lastAscii = 0x7F;
     const bool isAscii = std::all_of(given.begin(), given.end(), [](wchar_t c) { return c <= lastAscii; });
+    const std::set<std::wstring> words = WordsOf(given);
     return isAscii && given.find_first_of(L"{}") == std::wstring::npos && given.find(L"\\\"") == std::wstring::npos &&
-           given.find_first_of(L"-%") != 0;
+           std::none_of(words.begin(), words.end(),
+                        [](const std::wstring& word) { return word.front() == L'-' || word.front() == L'%'; });
 }
 
 } // namespace

@@ -88,6 +88,9 @@ std::string NamedCommand(const CommandLine& commandLine) {
 
 // The whole path of the simulated cluster that the command works on; empty of the one of this computer.
 std::wstring SimulatedCluster(const CommandLine& commandLine) {
+    if (IsReplaying()) {
+        return common::FullPath(NamedModel());
+    }
     const std::wstring file = common::EnvironmentVariable(Simulation(commandLine.Asked()).Variable());
     return file.empty() ? file : common::FullPath(file);
 }
