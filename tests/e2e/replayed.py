@@ -20,7 +20,8 @@ UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|S
 UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|manual|completion|rehearse|doctor|support-bundle|report|model|probe \S+\.json)\b")
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
-ALONE = {"deployment-not-installed"}  # a replay always says that the settings are those of the recording
+ALONE = {"deployment-not-installed",  # a replay always says that the settings are those of the recording
+         "vcs-killed"}  # the runs that are told were ended on the simulated cluster, not on the recorded one
 # What changes a case's cluster or files for the lines behind it; all else only looks, and is left out.
 PREPARING = re.compile(r"clusctl (snapshot|model|record)\b|--save\b")
 

@@ -30,9 +30,10 @@ protected:
 } // namespace
 
 TEST(RecordedTools, OnlyQuestionsPass) {
-    for (const wchar_t* command : {L"hares -list ", L"hagrp -state EVS1 ", L"hasys -display NODE1",
-                                   L"hares -dep EVS1-IP", L"haclus -state", L"hares -value EVS1-IP Address",
-                                   L"hastatus -sum", L"vcsencrypt -agent x", L"C:\\vcs\\bin\\hares.exe -list"}) {
+    for (const wchar_t* command :
+         {L"hares -list ", L"hagrp -state EVS1 ", L"hasys -display NODE1", L"hares -dep EVS1-IP", L"haclus -state",
+          L"hares -value EVS1-IP Address", L"hastatus -sum", L"haconf -help", L"vcsencrypt -agent x",
+          L"C:\\vcs\\bin\\hares.exe -list"}) {
         EXPECT_TRUE(IsQuestion(command)) << command;
     }
     for (const wchar_t* command :

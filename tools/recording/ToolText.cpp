@@ -180,7 +180,7 @@ bool IsQuestion(const std::wstring& commandLine) {
     if (tool == L"vcsencrypt" || tool == L"hastatus") {
         return true;
     }
-    const wchar_t* const tools[] = {L"hares", L"hagrp", L"hasys", L"haclus", L"hatype"};
+    const wchar_t* const tools[] = {L"hares", L"hagrp", L"hasys", L"haclus", L"hatype", L"haconf"};
     if (std::find(std::begin(tools), std::end(tools), tool) == std::end(tools)) {
         return false;
     }
@@ -189,7 +189,8 @@ bool IsQuestion(const std::wstring& commandLine) {
         option == std::wstring::npos
             ? std::wstring()
             : commandLine.substr(option + 1, commandLine.find_first_of(L" \t", option + 1) - option - 1);
-    const wchar_t* const verbs[] = {L"-list", L"-display", L"-state", L"-value", L"-dep", L"-nodeid", L"-resources"};
+    const wchar_t* const verbs[] = {L"-list", L"-display", L"-state",     L"-value",
+                                    L"-dep",  L"-nodeid",  L"-resources", L"-help"};
     return std::find(std::begin(verbs), std::end(verbs), verb) != std::end(verbs);
 }
 
