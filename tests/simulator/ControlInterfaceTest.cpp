@@ -62,7 +62,8 @@ std::wstring OwnerByName(const wchar_t* group) {
 }
 
 // One group of this computer, one of another node that spells itself otherwise there.
-const char TwoOwners[] = R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "NODE-B"}],
+const char TwoOwners[] =
+    R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": "."}, {"name": "NODE-B"}],
 "groups": [{"name": "Here", "owner": "."}, {"name": "There", "owner": "node-b"}], "resources": []})";
 
 } // namespace
@@ -99,7 +100,8 @@ TEST_F(ControlInterface, AViewLeavesTheSpellingOfThisComputerAsItWas) {
     std::string spelled = here;
     std::transform(spelled.begin(), spelled.end(), spelled.begin(), [](unsigned char c) { return std::tolower(c); });
     if (spelled == here) {
-        std::transform(spelled.begin(), spelled.end(), spelled.begin(), [](unsigned char c) { return std::toupper(c); });
+        std::transform(spelled.begin(), spelled.end(), spelled.begin(),
+                       [](unsigned char c) { return std::toupper(c); });
     }
     ASSERT_NE(spelled, here);
     ASSERT_EQ(LoadError(R"({"cluster": {"name": "C", "coreGroup": "none"}, "nodes": [{"name": ")" + spelled +

@@ -16,8 +16,8 @@
 namespace {
 
 // Members of documents, and columns of a page, whose texts are words of a format.
-const char* const FormatMembers[] = {"type", "state", "class", "code",    "level", "kind", "worst",
-                                     "part", "id",    "mode",  "clusctl", "Level", "Code", "Setting", "access"};
+const char* const FormatMembers[] = {"type", "state", "class",   "code",  "level", "kind",    "worst", "part",
+                                     "id",   "mode",  "clusctl", "Level", "Code",  "Setting", "access"};
 
 const char TypesMember[] = "resourceTypes";
 

@@ -45,7 +45,7 @@ private:
     Json m_beforeCommand = Json::object(); // where Run began
     Json m_model = Json::object();         // by now
     Json m_serversBefore = Json::object(); // by node
-    bool m_isLoaded = true; // m_model, by the simulator
+    bool m_isLoaded = true;                // m_model, by the simulator
     SweptEnds m_ends;
     std::int64_t m_start = 0;
 };
