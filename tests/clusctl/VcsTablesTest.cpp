@@ -99,7 +99,8 @@ TEST(GivenValues, AreNotShownByOthers) {
 }
 
 TEST(GivenValues, OfWhatIsPutTogetherAnyWillDo) {
-    for (const wchar_t* given : {L"-add a", L"%-5", L"{a, b}", L"\"say \\\"hi\\\"\"", L"\"Stra\u00dfe\""}) {
+    for (const wchar_t* given :
+         {L"-add a", L"%-5", L"\"%-y -n\"", L"a %-b", L"{a, b}", L"\"say \\\"hi\\\"\"", L"\"Stra\u00dfe\""}) {
         EXPECT_TRUE(Shows(L"x", given));
         EXPECT_FALSE(Shows(L"", given));
     }

@@ -96,6 +96,14 @@ TEST(Anonymiser, ReplacesDomainsOfTwoLabelsByTheirEnd) {
     EXPECT_EQ(anonymiser.Text("net start clussvc; clusapi.dll types.cf"), "net start clussvc; clusapi.dll types.cf");
 }
 
+TEST(Anonymiser, ReplacesTheDomainBehindAComputerOfCommonWords) {
+    Anonymiser anonymiser;
+    ASSERT_TRUE(anonymiser.Whole("NODE-2"));
+    const std::string text = anonymiser.Text("NODE-2.contoso.com answers");
+    EXPECT_EQ(text.find("NODE-2"), std::string::npos);
+    EXPECT_EQ(text.find("contoso"), std::string::npos) << text;
+}
+
 TEST(Anonymiser, SparesWordsUnlessTheyAreOfAnIdentity) {
     Anonymiser anonymiser;
     anonymiser.Spare("Contoso");
