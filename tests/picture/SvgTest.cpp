@@ -56,6 +56,22 @@ TEST(Svg, ALongNameIsShortenedAndToldWhole) {
     EXPECT_EQ(CountOf(svg, "M...M"), 1U);
 }
 
+TEST(Svg, HowLongANameIsDoesNotShowInItsShortForm) {
+    const auto shortFormOf = [](std::size_t length) {
+        PictureBuilder built;
+        built.Add(std::string(length, 'M'));
+        const std::string svg = FileOf(built.Cluster());
+        const std::size_t dots = svg.find("M...M");
+        const std::size_t begin = svg.rfind('>', dots) + 1;
+        return svg.substr(begin, svg.find('<', dots) - begin);
+    };
+    const std::string some = shortFormOf(60);
+    EXPECT_EQ(CountOf(some, "M") + 3, some.size());
+    EXPECT_LT(some.size(), 40U);
+    EXPECT_EQ(shortFormOf(200), some);
+    EXPECT_EQ(shortFormOf(100000), some); // at once: not one character after the other is left out
+}
+
 TEST(Svg, AGroupWithoutResourcesSaysSo) {
     EXPECT_EQ(CountOf(FileOf(PictureBuilder().Cluster()), ">no resources</text>"), 1U);
 }

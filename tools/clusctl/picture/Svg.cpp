@@ -73,13 +73,22 @@ double WidthOf(const std::string& text, double size) {
     return ems * size;
 }
 
+const std::size_t FewestCells = 9; // however little room there is
+
 // The text, or as much of its beginning and its end as there is room for.
 std::string Fitted(const std::string& text, double size, double room) {
-    std::string fitted = text;
-    for (std::size_t cells = CellsOf(text); cells > 8 && WidthOf(fitted, size) > room; --cells) {
-        fitted = ShortenedToCells(text, cells);
+    std::size_t tooMany = CellsOf(text);
+    if (tooMany <= FewestCells || WidthOf(text, size) <= room) {
+        return text;
     }
-    return fitted;
+    // The fewer cells, the narrower; halving finds how many, where a name of thousands would be looked at thousands of
+    // times.
+    std::size_t cells = FewestCells;
+    while (tooMany - cells > 1) {
+        const std::size_t middle = cells + (tooMany - cells) / 2;
+        (WidthOf(ShortenedToCells(text, middle), size) > room ? tooMany : cells) = middle;
+    }
+    return ShortenedToCells(text, cells);
 }
 
 // With two decimals at most, and a dot whatever the locale.
