@@ -18,8 +18,6 @@
 
 namespace {
 
-const char Heading[] = "The cluster";
-
 const Columns ClusterTitles = {
     {"name", "Cluster"},
     {"nameResourceId", "Name resource ID"},
@@ -256,21 +254,22 @@ Report Resources(const LogCapture& log, const ResourceOptions& options) {
 } // namespace
 
 void AddClusterCommands(CommandLine& commandLine) {
-    commandLine.Add(Heading, "cluster", "Show the cluster's name and nodes",
+    commandLine.Add(headings::TheCluster, "cluster", "Show the cluster's name and nodes",
                     [](const LogCapture&) { return Cluster(); });
 
-    commandLine.Add(Heading, "nodes", "List the cluster's nodes with their states",
+    commandLine.Add(headings::TheCluster, "nodes", "List the cluster's nodes with their states",
                     [](const LogCapture&) { return Nodes(); });
 
     const auto groupOptions = std::make_shared<GroupOptions>();
-    CLI::App& groups = commandLine.Add(Heading, "groups", "List the cluster's groups, or show one",
+    CLI::App& groups = commandLine.Add(headings::TheCluster, "groups", "List the cluster's groups, or show one",
                                        [groupOptions](const LogCapture& log) { return Groups(log, *groupOptions); });
     CommandLine::AddText(groups, "NAME", groupOptions->name, "NAME", "Show this group in detail");
     groups.add_flag("--detail", groupOptions->detail, "Show each group with its resources and disks");
 
     const auto options = std::make_shared<ResourceOptions>();
-    CLI::App& resources = commandLine.Add(Heading, "resources", "List the cluster's resources, or show one",
-                                          [options](const LogCapture& log) { return Resources(log, *options); });
+    CLI::App& resources =
+        commandLine.Add(headings::TheCluster, "resources", "List the cluster's resources, or show one",
+                        [options](const LogCapture& log) { return Resources(log, *options); });
     CLI::Option& name = CommandLine::AddText(resources, "NAME", options->name, "NAME", "Show this resource in detail");
     CommandLine::AddText(resources, "--type", options->type, "TYPE",
                          "Only resources of this type, letter for letter as the cluster writes it")

@@ -26,10 +26,6 @@ typedef std::vector<unsigned char> Bytes;
 
 const char UnknownType[] = "Unknown"; // of a resource whose type is not told
 
-Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
-    return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
-}
-
 // Since Windows Server 2008 clusters follow other rules; `behaviour.protocol` of the model.
 const DWORD MajorVersionOf2008 = 6;
 
@@ -108,7 +104,7 @@ private:
 
     // A part that the cluster refuses is left out of the object, and marked. A lost cluster is no refusal.
     void Refused(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
-        Mark(model, part, CannotRead(what, name, code));
+        Mark(model, part, Failure::OfReading(what, name, code));
     }
     void RefusedList(Json& model, const char* part, const char* what, const std::wstring& name, DWORD code) {
         Mark(model, part,

@@ -34,15 +34,11 @@ enum QuorumNumber : DWORD {
 const char MajorityNodeSet[] = "Majority Node Set";
 const char WitnessOfNodeSet[] = "MNSFileShare";
 
-Failure CannotRead(const char* what, const std::wstring& name, DWORD code) {
-    return Failure::OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
-}
-
 template <std::size_t count>
 void AddState(Json& object, const clussim::ModelState (&states)[count], int state, const std::wstring& name) {
     const char* const word = clussim::NameOf(states, state, nullptr);
     if (word == nullptr) {
-        throw CannotRead("the state", name, GetLastError());
+        throw Failure::OfReading("the state", name, GetLastError());
     }
     if (std::string(word) != "up") {
         object["state"] = word;
@@ -73,7 +69,7 @@ Json ReadInterface(const CCluster& cluster, const std::wstring& name) {
     std::vector<unsigned char> list;
     DWORD code = 0;
     if (!QueryInterface(card.get(), CLUSCTL_NETINTERFACE_GET_RO_COMMON_PROPERTIES, list, code)) {
-        throw CannotRead("the common properties", name, code);
+        throw Failure::OfReading("the common properties", name, code);
     }
     const Json properties = PropertiesJson(list);
     Json object = {{"name", name}, {"node", TextOf(properties, "Node")}, {"network", TextOf(properties, "Network")}};

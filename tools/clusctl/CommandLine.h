@@ -24,6 +24,16 @@ struct SharedOptions {
 
 class LogCapture;
 
+// Under which the help text lists the sub-commands.
+namespace headings {
+constexpr char ServersHere[] = "The servers of this node";
+constexpr char TheCluster[] = "The cluster";
+constexpr char ProductResource[] = "The product's resource";
+constexpr char ThisComputer[] = "This computer";
+constexpr char Rehearsal[] = "Rehearsal";
+constexpr char ThisProgram[] = "This program";
+} // namespace headings
+
 // Does a sub-command's work. Throws Failure, or WrongUsage before anything is done. The log tells apart a plain "no"
 // from a question that could not be answered.
 typedef std::function<Report(const LogCapture& log)> Action;

@@ -9,8 +9,6 @@
 
 namespace {
 
-const char Heading[] = "The cluster";
-
 Report Disk(const std::wstring& resourceName) {
     CCluster cluster;
     OpenLocalCluster(cluster);
@@ -46,7 +44,8 @@ Report Disk(const std::wstring& resourceName) {
 
 void AddDiskCommand(CommandLine& commandLine) {
     const auto name = std::make_shared<std::wstring>();
-    CLI::App& disk = commandLine.Add(Heading, "disk", "List the paths of a cluster disk's partitions on this node",
-                                     [name](const LogCapture&) { return Disk(*name); });
+    CLI::App& disk =
+        commandLine.Add(headings::TheCluster, "disk", "List the paths of a cluster disk's partitions on this node",
+                        [name](const LogCapture&) { return Disk(*name); });
     CommandLine::AddText(disk, "RESOURCE", *name, "RESOURCE", "The disk's resource").required();
 }

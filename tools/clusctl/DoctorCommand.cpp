@@ -9,8 +9,6 @@
 
 namespace {
 
-const char Heading[] = "The servers of this node";
-
 std::string Line(const Finding& finding) {
     const std::string level = LevelWord(finding.code->level);
     std::string text = "  " + level + std::string(9 - level.size(), ' ') + Printable(finding.object) + ": " +
@@ -58,7 +56,7 @@ Report Doctor(const LogCapture& log, const DoctorRequest& request) {
 
 void AddDoctorCommand(CommandLine& commandLine) {
     const auto wanted = std::make_shared<std::wstring>();
-    CLI::App& doctor = commandLine.Add(Heading, "doctor",
+    CLI::App& doctor = commandLine.Add(headings::ServersHere, "doctor",
                                        "Tell step by step why servers are served on this node or not, and what to do",
                                        [wanted, &commandLine](const LogCapture& log) {
                                            return Doctor(log, {*wanted, commandLine.Shared().allowsWritableTools});

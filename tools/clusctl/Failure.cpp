@@ -63,3 +63,7 @@ Failure Failure::OfCode(const std::string& what, unsigned long code, const Error
     failure.m_win32 = code;
     return failure;
 }
+
+Failure Failure::OfReading(const char* what, const std::wstring& name, unsigned long code) {
+    return OfCode(std::string("cannot read ") + what + " of " + Quoted(name), code);
+}

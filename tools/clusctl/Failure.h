@@ -75,6 +75,8 @@ public:
     }
     // With the Win32 code, which is put behind the sentence and tells the kind where it can.
     static Failure OfCode(const std::string& what, unsigned long code, const ErrorKind& otherwise = Errors::Failed);
+    // "cannot read the state of "EVS1": ..."
+    static Failure OfReading(const char* what, const std::wstring& name, unsigned long code);
 
     // What the user can do about it: a sentence of its own.
     Failure& Hint(const std::string& hint) {

@@ -15,8 +15,6 @@
 
 namespace {
 
-const char Heading[] = "This program";
-
 // Of the words that name a command ("resource", "create") or, if there is one, a topic ("exit-status").
 std::string Help(const CLI::App& root, const std::vector<std::string>& words) {
     std::string subject;
@@ -53,19 +51,20 @@ std::string Manual(const CLI::App& root, const std::wstring& form) {
 void AddHelpCommands(CommandLine& commandLine) {
     const CLI::App& root = commandLine.Root();
     const auto words = std::make_shared<std::vector<std::string>>();
-    CLI::App& help = commandLine.AddTelling(Heading, "help", "Show the help text of a command, or explain a topic",
-                                            [&root, words]() { return Help(root, *words); });
+    CLI::App& help =
+        commandLine.AddTelling(headings::ThisProgram, "help", "Show the help text of a command, or explain a topic",
+                               [&root, words]() { return Help(root, *words); });
     help.add_option("WORDS", *words, "The words of a command, or a topic; without them, what there is")
         ->type_name("COMMAND|TOPIC");
 
     const auto shell = std::make_shared<std::wstring>();
-    CLI::App& completion =
-        commandLine.AddTelling(Heading, "completion", "Print a script that completes command lines in a shell",
-                               [&root, shell]() { return Completion(root, *shell); });
+    CLI::App& completion = commandLine.AddTelling(headings::ThisProgram, "completion",
+                                                  "Print a script that completes command lines in a shell",
+                                                  [&root, shell]() { return Completion(root, *shell); });
     CommandLine::AddChoice(completion, "SHELL", *shell, {"bash", "powershell"}, "The shell").required();
 
     const auto form = std::make_shared<std::wstring>();
-    CLI::App& manual = commandLine.AddTelling(Heading, "manual", "Print the whole manual",
+    CLI::App& manual = commandLine.AddTelling(headings::ThisProgram, "manual", "Print the whole manual",
                                               [&root, form]() { return Manual(root, *form); });
     CommandLine::AddChoice(manual, "FORM", *form, {"man", "markdown"}, "A page for man, or Markdown").required();
 }

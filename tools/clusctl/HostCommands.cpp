@@ -12,8 +12,6 @@
 
 namespace {
 
-const char Heading[] = "This computer";
-
 const Columns HostTitles = {
     {"computerName", "Computer name"},
     {"clustered", "Cluster deployment"},
@@ -66,7 +64,7 @@ Report Host(bool isExplained) {
 
 void AddHostCommands(CommandLine& commandLine) {
     const auto isExplained = std::make_shared<bool>(false);
-    CLI::App& host = commandLine.Add(Heading, "host", "Show the product's settings on this computer",
+    CLI::App& host = commandLine.Add(headings::ThisComputer, "host", "Show the product's settings on this computer",
                                      [isExplained](const LogCapture&) { return Host(*isExplained); });
     AddExplain(host, *isExplained);
 }

@@ -22,14 +22,6 @@ namespace {
 
 const std::size_t MostFindings = 100;
 
-std::string Read(const std::wstring& file) {
-    try {
-        return common::ReadWholeFile(file);
-    } catch (const common::FileError& error) {
-        throw Failure::OfCode("cannot read " + Quoted(file), error.Code());
-    }
-}
-
 // Why the cluster simulator refuses the text; empty when it takes it.
 std::string ReasonAgainst(const std::string& json) {
     typedef int (*LoadFunction)(const char* json, char* error, size_t cbError);
@@ -90,7 +82,7 @@ bool Remove(Json& value, const std::string& place) {
 
 std::vector<ModelFinding> CheckFailoverModel(const std::wstring& file) {
     std::vector<ModelFinding> findings;
-    const std::string text = Read(file);
+    const std::string text = ReadModelText(file);
     std::string rest = text;
     for (std::string reason = ReasonAgainst(rest); !reason.empty() && findings.size() < MostFindings;
          reason = ReasonAgainst(rest)) {
@@ -137,7 +129,7 @@ void NoteStrangers(const vcssim::Cluster& cluster, const Json& states, const std
 
 // What is wrong with the states; `known` is what they are the states of, null when that cannot be read.
 void CheckStates(const std::wstring& file, const vcssim::Cluster* known, std::vector<ModelFinding>& findings) {
-    const std::string text = Read(file);
+    const std::string text = ReadModelText(file);
     try {
         const Json states = common::ParseJson(text);
         vcssim::ReadState(text);

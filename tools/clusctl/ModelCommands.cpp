@@ -12,8 +12,6 @@
 
 namespace {
 
-const char Heading[] = "Rehearsal";
-
 const Columns FindingTitles = {
     {"file", "FILE"}, {"line", "LINE"}, {"column", "COLUMN"}, {"level", "LEVEL"}, {"message", "FINDING"},
 };
@@ -123,7 +121,7 @@ Report Compare(const TwoModels& models) {
 
 void AddModelCommands(CommandLine& commandLine) {
     CLI::App& family = commandLine.AddFamily(
-        Heading, "model", "Show and check models of the simulators, compare them, make them of recordings");
+        headings::Rehearsal, "model", "Show and check models of the simulators, compare them, make them of recordings");
 
     const auto shown = std::make_shared<std::wstring>();
     CLI::App& show = commandLine.AddTo(family, "show", "Show what a model looks like, without asking a cluster",

@@ -26,14 +26,6 @@ struct Object {
 
 typedef std::vector<Object> Objects;
 
-std::string Read(const std::wstring& file) {
-    try {
-        return common::ReadWholeFile(file);
-    } catch (const common::FileError& error) {
-        throw Failure::OfCode("cannot read " + Quoted(file), error.Code());
-    }
-}
-
 // Objects within objects become dotted names; lists are one value.
 void AddFlat(const std::string& name, const Json& value, Properties& properties) {
     if (!value.is_object()) {
@@ -91,7 +83,7 @@ Object ObjectOf(const std::string& title, const vcssim::CfBlock& block) {
 
 Objects ObjectsOfVcsModel(const vcssim::ClusterFiles& files) {
     Objects objects;
-    const vcssim::CfDocument document(Read(files.Running()));
+    const vcssim::CfDocument document(ReadModelText(files.Running()));
     for (const vcssim::CfBlock& cluster : document.Clusters()) {
         objects.push_back(ObjectOf("cluster " + cluster.name, cluster));
     }
@@ -118,7 +110,7 @@ Objects ObjectsOfVcsModel(const vcssim::ClusterFiles& files) {
     }
     if (common::FileExists(files.State())) {
         objects.push_back({"states", {}});
-        AddFlat("", common::ParseJson(Read(files.State())), objects.back().properties);
+        AddFlat("", common::ParseJson(ReadModelText(files.State())), objects.back().properties);
     }
     return objects;
 }
@@ -126,7 +118,7 @@ Objects ObjectsOfVcsModel(const vcssim::ClusterFiles& files) {
 Objects Load(const std::wstring& model, bool isVcs) {
     try {
         return isVcs ? ObjectsOfVcsModel(vcssim::ClusterFiles(ModelFile(model)))
-                     : ObjectsOfFailoverModel(common::ParseJson(Read(ModelFile(model))));
+                     : ObjectsOfFailoverModel(common::ParseJson(ReadModelText(ModelFile(model))));
     } catch (const common::JsonError& error) {
         throw Failure("cannot read the model " + Quoted(model) + ": " + error.what());
     } catch (const vcssim::CfError& error) {
@@ -135,7 +127,7 @@ Objects Load(const std::wstring& model, bool isVcs) {
     }
 }
 
-bool IsSecret(const std::string& property) {
+bool IsSecretMember(const std::string& property) {
     const std::string name = property.substr(0, property.find(" @"));
     const bool isPrivate = name.compare(0, 8, "private.") == 0;
     return isPrivate ? IsSecretProperty(name.substr(8))
@@ -195,7 +187,7 @@ private:
     }
 
     void Add(const char* change, const std::string& object, const std::string& property, Json before, Json after) {
-        if (IsSecret(property)) {
+        if (IsSecretMember(property)) {
             for (Json* value : {&before, &after}) {
                 *value = value->is_null() ? Json() : Json(clus::SecretMask);
             }

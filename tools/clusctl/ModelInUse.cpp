@@ -54,6 +54,14 @@ bool IsJson(const std::string& text) {
 
 } // namespace
 
+std::string ReadModelText(const std::wstring& file) {
+    try {
+        return common::ReadWholeFile(file);
+    } catch (const common::FileError& error) {
+        throw Failure::OfCode("cannot read " + Quoted(file), error.Code());
+    }
+}
+
 std::wstring SimulatorFolder(const wchar_t* file) {
     const std::wstring program = ProgramFolder();
     for (const std::wstring& folder : {common::FullPath(program + L"..\\simulator\\"), program}) {

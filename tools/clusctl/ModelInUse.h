@@ -18,6 +18,9 @@ void UseModel(const std::wstring& file, Answering asked);
 // read.
 bool IsModelOfVcs(const std::wstring& file);
 
+// The text of a model's file. Throws Failure when it cannot be read.
+std::string ReadModelText(const std::wstring& file);
+
 // Throws Failure when it is a recording, which answers like a cluster and is no model of one.
 void RequireModel(const std::wstring& file);
 

@@ -20,8 +20,6 @@ using namespace picture;
 
 namespace {
 
-const char Heading[] = "The cluster";
-
 // Lines of three columns, as wide as the widest cell of each; longer names push the rest of their line.
 class TreeText {
 public:
@@ -214,13 +212,13 @@ void AddTrees(const ClusterPicture& cluster, Report& report) {
 
 void AddPictureCommands(CommandLine& commandLine) {
     const auto wanted = std::make_shared<std::wstring>();
-    CLI::App& tree = commandLine.Add(Heading, "tree", "Show what depends on what, with states",
+    CLI::App& tree = commandLine.Add(headings::TheCluster, "tree", "Show what depends on what, with states",
                                      [wanted](const LogCapture& log) { return Tree(log, *wanted); });
     CommandLine::AddText(tree, "GROUP|RESOURCE", *wanted, "GROUP|RESOURCE",
                          "Only the resources of this group, or this resource: what it depends on, and what needs it");
 
     const auto options = std::make_shared<GraphOptions>();
-    CLI::App& graph = commandLine.Add(Heading, "graph", "Draw what depends on what",
+    CLI::App& graph = commandLine.Add(headings::TheCluster, "graph", "Draw what depends on what",
                                       [options](const LogCapture& log) { return Graph(log, *options); });
     CommandLine::AddText(graph, "GROUP", options->group, "GROUP", "Only this group");
     CommandLine::AddChoice(graph, "--format", options->format, {"svg", "dot", "mermaid"},

@@ -20,8 +20,6 @@
 
 namespace {
 
-const char Heading[] = "The product's resource";
-
 const Columns ResourceColumns = {
     {"name", "NAME"}, {"type", "TYPE"}, {"group", "GROUP"}, {"owner", "OWNER"}, {"state", "STATE"},
 };
@@ -356,8 +354,8 @@ void AddSwitch(CommandLine& commandLine, CLI::App& family, bool isOnline) {
 } // namespace
 
 void AddProductResourceCommands(CommandLine& commandLine) {
-    CLI::App& family =
-        commandLine.AddFamily(Heading, "resource", "Create, switch or delete the product's resource of a server");
+    CLI::App& family = commandLine.AddFamily(headings::ProductResource, "resource",
+                                             "Create, switch or delete the product's resource of a server");
 
     const auto create = std::make_shared<CreateOptions>();
     CLI::App& command =

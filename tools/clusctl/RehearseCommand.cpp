@@ -23,7 +23,6 @@
 
 namespace {
 
-const char Heading[] = "Rehearsal";
 const int MostWords = 10000; // of events; the parser takes one list without a limit only, which the command is
 
 struct RehearseOptions {
@@ -295,11 +294,12 @@ Report Rehearse(const LogCapture& log, RehearseOptions& options, const CommandLi
 
 void AddRehearseCommand(CommandLine& commandLine, const AddAll& addAll) {
     const auto options = std::make_shared<RehearseOptions>();
-    CLI::App& command = commandLine.Add(
-        Heading, "rehearse", "Let events and a command happen on a copy of the cluster, and show what becomes of it",
-        [options, &commandLine, addAll](const LogCapture& log) {
-            return Rehearse(log, *options, commandLine, addAll);
-        });
+    CLI::App& command =
+        commandLine.Add(headings::Rehearsal, "rehearse",
+                        "Let events and a command happen on a copy of the cluster, and show what becomes of it",
+                        [options, &commandLine, addAll](const LogCapture& log) {
+                            return Rehearse(log, *options, commandLine, addAll);
+                        });
     const auto take = [options](const std::vector<std::string>& words) {
         std::transform(words.begin(), words.end(), std::back_inserter(options->events), &common::ToUtf16);
     };

@@ -19,8 +19,6 @@ using namespace picture;
 
 namespace {
 
-const char Heading[] = "The cluster";
-
 Report WriteReport(const LogCapture& log, const std::wstring& file, bool allowsWritableTools) {
     RequireNoFile(file);
     Report report;
@@ -44,10 +42,11 @@ Report WriteReport(const LogCapture& log, const std::wstring& file, bool allowsW
 
 void AddReportCommand(CommandLine& commandLine) {
     const auto file = std::make_shared<std::wstring>();
-    CLI::App& report = commandLine.Add(Heading, "report", "Write how the cluster is as a page for a browser",
-                                       [file, &commandLine](const LogCapture& log) {
-                                           return WriteReport(log, *file, commandLine.Shared().allowsWritableTools);
-                                       });
+    CLI::App& report =
+        commandLine.Add(headings::TheCluster, "report", "Write how the cluster is as a page for a browser",
+                        [file, &commandLine](const LogCapture& log) {
+                            return WriteReport(log, *file, commandLine.Shared().allowsWritableTools);
+                        });
     CommandLine::AddText(report, "FILE", *file, "FILE", "The page to write; there must be none of that name")
         .required()
         // Commands of VCS do not run where the user is.

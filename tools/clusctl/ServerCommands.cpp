@@ -21,8 +21,6 @@
 
 namespace {
 
-const char Heading[] = "The servers of this node";
-
 const Columns ServerColumns = {
     {"name", "NAME"}, {"address", "ADDRESS"}, {"online", "ONLINE"}, {"dataPath", "DATA PATH"}, {"guid", "GUID"},
 };
@@ -190,14 +188,14 @@ Json ReadServers(Report& report) {
 void AddServerCommands(CommandLine& commandLine) {
     const auto isListExplained = std::make_shared<bool>(false);
     CLI::App& servers =
-        commandLine.Add(Heading, "servers", "List the servers that this node serves",
+        commandLine.Add(headings::ServersHere, "servers", "List the servers that this node serves",
                         [isListExplained](const LogCapture& log) { return Servers(log, *isListExplained); });
     AddExplain(servers, *isListExplained);
 
     const auto wanted = std::make_shared<std::wstring>();
     const auto isQueryExplained = std::make_shared<bool>(false);
     CLI::App& query =
-        commandLine.Add(Heading, "query", "Show the server that a name or an IP address denotes",
+        commandLine.Add(headings::ServersHere, "query", "Show the server that a name or an IP address denotes",
                         [wanted, isQueryExplained](const LogCapture&) { return Query(*wanted, *isQueryExplained); });
     CommandLine::AddText(query, "NAME|ADDRESS", *wanted, "NAME|ADDRESS",
                          "Network name, computer name, host name with domain, or IP address")
@@ -207,12 +205,12 @@ void AddServerCommands(CommandLine& commandLine) {
     const auto networkName = std::make_shared<std::wstring>();
     const auto areExplained = std::make_shared<bool>(false);
     CLI::App& instances = commandLine.Add(
-        Heading, "smtp-instances", "List the SMTP instance numbers of a virtual server",
+        headings::ServersHere, "smtp-instances", "List the SMTP instance numbers of a virtual server",
         [networkName, areExplained](const LogCapture&) { return SmtpInstances(*networkName, *areExplained); });
     CommandLine::AddText(instances, "NETWORK-NAME", *networkName, "NETWORK-NAME", "The virtual server's network name")
         .required();
     AddExplain(instances, *areExplained);
 
-    commandLine.Add(Heading, "store-online", "Tell whether an Exchange store is online on this node",
+    commandLine.Add(headings::ServersHere, "store-online", "Tell whether an Exchange store is online on this node",
                     [](const LogCapture&) { return StoreOnline(); });
 }

@@ -16,8 +16,6 @@
 
 namespace {
 
-const char Heading[] = "The servers of this node";
-
 const std::uint32_t OfflineTimeout = 120; // seconds
 
 const Columns InstanceTitles = {
@@ -114,6 +112,7 @@ Report Restart(const LogCapture& log) {
 } // namespace
 
 void AddSmtpCommands(CommandLine& commandLine) {
-    CLI::App& smtp = commandLine.AddFamily(Heading, "smtp", "Work with the Exchange SMTP instance of this node");
+    CLI::App& smtp =
+        commandLine.AddFamily(headings::ServersHere, "smtp", "Work with the Exchange SMTP instance of this node");
     commandLine.AddTo(smtp, "restart", "Restart the first SMTP instance that is online here", Restart);
 }

@@ -13,8 +13,6 @@
 
 namespace {
 
-const char Heading[] = "Rehearsal";
-
 struct SnapshotOptions {
     std::wstring file;
     bool showSecrets = false;
@@ -75,7 +73,7 @@ void WriteModel(const std::wstring& file, const Json& model) {
 void AddSnapshotCommand(CommandLine& commandLine) {
     const auto options = std::make_shared<SnapshotOptions>();
     CLI::App& command =
-        commandLine.Add(Heading, "snapshot", "Write the cluster as a model file of the cluster simulator",
+        commandLine.Add(headings::Rehearsal, "snapshot", "Write the cluster as a model file of the cluster simulator",
                         [options](const LogCapture& log) { return Snapshot(log, *options); });
     CommandLine::AddText(command, "FILE", options->file, "FILE", "The file to write; standard output without it");
     command.add_flag("--show-secrets", options->showSecrets,

@@ -17,7 +17,6 @@ using namespace picture;
 
 namespace {
 
-const char Heading[] = "The cluster";
 const char StatusName[] = "status";
 const char CheckOption[] = "--check";
 
@@ -116,7 +115,7 @@ Report CheckReport(const Failure& failure) {
 void AddStatusCommand(CommandLine& commandLine) {
     const auto options = std::make_shared<StatusOptions>();
     CLI::App& status = commandLine.Add(
-        Heading, StatusName, "Show how the cluster and its virtual servers are",
+        headings::TheCluster, StatusName, "Show how the cluster and its virtual servers are",
         [&commandLine, options](const LogCapture& log) { return ShowStatus(log, commandLine, *options); });
     const auto take = [options](const std::string& text) {
         options->isWatch = true;

@@ -10,7 +10,7 @@
 
 namespace {
 
-const unsigned long Unknown = 0xffffffff; // of a run that never ended
+const unsigned long NeverEnded = 0xffffffff;
 
 bool IsChange(const std::string& tool, const std::vector<std::string>& arguments) {
     static const char* const verbs[] = {"-add",    "-modify",   "-local",   "-global", "-link",  "-unlink",
@@ -51,7 +51,7 @@ std::vector<ClusterCall> ReadToolCalls(const std::string& journal) {
             call.text.append(" ").append(Word(argument));
         }
         const Json exit = line.value("exit", Json());
-        call.code = exit.is_number() ? exit.get<unsigned long>() : Unknown;
+        call.code = exit.is_number() ? exit.get<unsigned long>() : NeverEnded;
         call.said = call.code == 0 ? std::string() : FirstLine(line.value("output", ""));
         call.changes = IsChange(call.call, arguments);
         calls.push_back(call);
