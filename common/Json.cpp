@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+template class nlohmann::basic_json<nlohmann::ordered_map>;
+
 namespace common {
 
 namespace {

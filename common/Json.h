@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+// Compiled once, in Json.cpp: else every file that uses a document would hold some hundred of its functions.
+extern template class nlohmann::basic_json<nlohmann::ordered_map>;
+
 namespace common {
 
 typedef nlohmann::ordered_json Json;
