@@ -124,6 +124,7 @@ runTests() {
     if [ "$testGroups" != all ]; then
         export CLUSUTIL_TEST_GROUPS=$testGroups
     fi
+    [ $# -ne 0 ] || set -- -LE night # those are ./dev sweep's
     withFixedLayout ctest --test-dir "build/$tree" --output-on-failure -j "$((parallel < 2 ? 2 : parallel))" \
         --no-tests=error "$@" 8>&- || result=$?
     if [ "$result" -ne 0 ] && [ -s "$failed" ]; then
