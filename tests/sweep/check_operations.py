@@ -65,11 +65,21 @@ def problems_of_sweeps(functions):
 
 def called(functions, cluster_text, veritas_text):
     """Those that the two texts call, and the classes of which they have objects as their constructors."""
+    scopes = {}
+    for function in functions:
+        scope, _, name = function.rpartition("::")
+        scopes.setdefault(name, set()).add(scope)
     found = set()
     for function in functions:
         scope, _, name = function.rpartition("::")
         text = veritas_text if "Veritas" in function else cluster_text
-        pattern = rf"\b{name}\b[ &]" if name == scope else rf"(?<![\w~]){re.escape(name)}(?=\()|&{name}\b"
+        if name == scope:
+            pattern = rf"\b{name}\b[ &]"
+        elif len(scopes[name]) == 1:
+            pattern = rf"(?<![\w~]){re.escape(name)}(?=\()|&{name}\b"
+        else:  # several classes have one of this name: it has to be called for an object of this one
+            objects = set(re.findall(rf"\b{scope}&? (\w+)\b", text))
+            pattern = rf"\b(?:{'|'.join([scope + '::', *(f'{one}[.]' for one in sorted(objects))])}){re.escape(name)}\("
         if re.search(pattern, text):
             found.add(function)
     return found

@@ -118,6 +118,9 @@ void AskGroup(CCluster& cluster, const std::wstring& server, Results& results) {
     results.Add(visited);
     results.Add(group.FindPhysicalDiskResourceNameByDriveLetter(cluster, L'F', disk));
     results.Add(disk);
+    results.Add(cluster.OpenGroupByName(opened, server.c_str()));
+    opened.Close();
+    opened = CClusterGroup(); // without a handle, which its end would close once more
 }
 
 void AskCluster(CCluster& cluster, const std::wstring& server, Results& results) {
