@@ -9,10 +9,11 @@ import time
 from pathlib import Path
 
 WIDTHS = (400, 1200, 2000)
+WHOLE_WIDTH = 2000  # of a full screen: a cluster of common size is drawn whole there
 TIME_LIMIT = 60  # seconds for one answer of the browser, on a machine with other work
 
 # What is wrong with a page as it is laid out: a list of sentences.
-LOOK = """(() => {
+LOOK = """(isWhole => {
     const wrong = [], width = document.documentElement.clientWidth;
     if (document.documentElement.scrollWidth > width) wrong.push('the page is wider than the window');
     const inside = (inner, outer) => inner.left >= outer.left - 1 && inner.right <= outer.right + 1 &&
@@ -22,6 +23,7 @@ LOOK = """(() => {
         // One that would be too small to be read is scrolled in its frame, which shows nothing outside.
         const isScrolled = getComputedStyle(frame).overflowX === 'auto' && picture.left >= room.left - 1 &&
             picture.right <= room.left + frame.scrollWidth + 1 && picture.bottom <= room.bottom + 1;
+        if (isWhole && frame.scrollWidth > frame.clientWidth) wrong.push('picture ' + number + ' is scrolled');
         if (!inside(picture, room) && !isScrolled) wrong.push('picture ' + number + ' is not inside its frame');
         if (room.left < 0 || room.right > width + 1) wrong.push('frame ' + number + ' is not inside the window');
         const scale = picture.width / drawn.viewBox.baseVal.width;
@@ -36,7 +38,7 @@ LOOK = """(() => {
         });
     });
     return wrong;
-})()"""
+})"""
 
 # Searches in the last list, and tells how many rows are there, are left, and lack the word.
 SEARCH = """(word => {
@@ -199,14 +201,17 @@ def problems_of_search(browser, word, least):
     return problems
 
 
-def problems_of_page(browser, page, pictures, word):
+def problems_of_page(browser, page, pictures, word, is_whole):
+    def look(width):
+        return browser.value(f"({LOOK})({json.dumps(is_whole and width >= WHOLE_WIDTH)})")
+
     problems = []
     browser.set_dark(False)
     browser.set_width(WIDTHS[0])
     browser.open(page)
     for width in WIDTHS:
         browser.set_width(width)
-        problems += [f"{width} wide: {problem}" for problem in browser.value(LOOK)]
+        problems += [f"{width} wide: {problem}" for problem in look(width)]
         browser.picture(pictures / f"{page.stem}-{width}.png")
     problems += problems_of_search(browser, word, 1)
     light = browser.value("getComputedStyle(document.body).backgroundColor")
@@ -223,8 +228,8 @@ def problems_of_page(browser, page, pictures, word):
 
 
 def check(pages, folder, shown=None):
-    """What is wrong with pages, each given with a word that a search in its list of resources finds, in some of the rows. The pictures lie
-    in `folder` afterwards; `shown` is a file for one of the beginning of the first page."""
+    """What is wrong with pages, each given with a word that a search in its list of resources finds, in some of the rows, and whether its
+    cluster is of common size, so that nothing of it has to be scrolled on a full screen. The pictures lie in `folder` afterwards; `shown` is a file for one of the beginning of the first page."""
     if shutil.which("chromium") is None:
         return ["chromium is not installed"]
     pictures = folder / "pictures"
@@ -234,8 +239,8 @@ def check(pages, folder, shown=None):
     browser = Browser(profile)
     problems = []
     try:
-        for page, word in pages:
-            problems += problems_of_page(browser, Path(page), pictures, word)
+        for page, word, is_whole in pages:
+            problems += problems_of_page(browser, Path(page), pictures, word, is_whole)
         if shown:
             browser.set_dark(False)
             browser.set_width(900)
