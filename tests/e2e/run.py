@@ -8,6 +8,7 @@
   run.py ... manual [--update]                                docs/clusctl.md and docs/clusctl.1 against what the program prints
   run.py ... help                                             "clusctl help COMMAND" against "clusctl COMMAND --help"
   run.py ... replayed failover|vcs|examples [--update]        the asking commands of the cases, recorded and replayed (replayed.py)
+  run.py ... bundled failover|vcs                             the asking commands on a support bundle, on another computer (bundled.py)
   run.py ... completion                                       what the completion scripts complete
   run.py ... schemas                                          docs/schemas: one for each command, and strict
   run.py ... browser [--update]                               what "clusctl report" writes, in Chromium; --update writes docs/report.png
@@ -103,6 +104,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True
 import browser  # noqa: E402
+import bundled  # noqa: E402
 import interrupted  # noqa: E402
 import replayed  # noqa: E402
 import schemas  # noqa: E402
@@ -830,7 +832,7 @@ def main():
     parser.add_argument("--work", required=True)
     parser.add_argument("--processor", type=int, help="the one, counted from 0, that all of it runs on")
     parser.add_argument("--update", action="store_true")
-    parser.add_argument("action", choices=["start", "stop", "case", "silent", "replayed", "demo", "browser", *telling.CHECKS])
+    parser.add_argument("action", choices=["start", "stop", "case", "silent", "replayed", "bundled", "demo", "browser", *telling.CHECKS])
     parser.add_argument("names", nargs="*")
     options = parser.parse_args()
     if options.processor is not None and options.action != "browser": # which has processes of its own
@@ -850,6 +852,10 @@ def main():
     elif options.action == "replayed":
         problems = [problem for kind in options.names
                     for problem in replayed.check(lambda name: Case(runner, name), runner, kind, options.update, difference)]
+        print("\n".join(problems), end="\n" if problems else "")
+        sys.exit(1 if problems or not options.names else 0)
+    elif options.action == "bundled":
+        problems = bundled.check(lambda name: Case(runner, name), options.names, difference)
         print("\n".join(problems), end="\n" if problems else "")
         sys.exit(1 if problems or not options.names else 0)
     elif options.action == "demo":
