@@ -1,5 +1,6 @@
 # The system's headers and the standard library's, which are most of what a source takes in, compiled once for many sources. A
-# source includes what it needs all the same: clang-tidy, other compilers and the build for Visual Studio's ABI go without.
+# source includes what it needs all the same: clang-tidy, other compilers and the build for Visual Studio's ABI go without. So do
+# releases: GCC forgets that such headers are the system's, and warns of what it inlines from them.
 include_guard(GLOBAL)
 
 set(clusutil_precompiled_headers
@@ -10,7 +11,7 @@ set(clusutil_precompiled_headers
 # clusutil_precompiled_set(<name> HEADERS <header...> LIBRARIES <target...>): those and more, for clusutil_use_precompiled.
 function(clusutil_precompiled_set name)
   cmake_parse_arguments(arg "" "" "HEADERS;LIBRARIES" ${ARGN})
-  if(NOT MINGW)
+  if(NOT MINGW OR CMAKE_BUILD_TYPE STREQUAL "Release")
     return()
   endif()
   file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp" CONTENT "// Only headers.\n")
@@ -24,7 +25,5 @@ endfunction()
 function(clusutil_use_precompiled target set)
   if(TARGET ${set})
     target_precompile_headers(${target} REUSE_FROM ${set})
-    # GCC forgets that such headers are the system's, and warns of short constants that it copies as wide characters there.
-    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Wno-array-bounds>)
   endif()
 endfunction()
