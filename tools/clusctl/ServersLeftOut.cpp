@@ -37,7 +37,7 @@ bool HasProperty(HRESOURCE resource, const wchar_t* name, const std::string& wha
     }
     const Json properties = PropertiesJson(list);
     const auto found = properties.find(Json(name).get<std::string>());
-    if (found == properties.end() || *found == Json("")) {
+    if (found == properties.end() || (found->is_string() && found->get_ref<const std::string&>().empty())) {
         why = what + " has no " + Printable(name);
         return false;
     }
