@@ -28,6 +28,7 @@ FIRST = (
 )
 CORE_TESTS = "tests/core/"
 LINKED = ("bin/clusutil.dll", "bin/core_test.exe")
+PRECOMPILED = "-Winvalid-pch"  # CMake's, in front of "-include" and the headers
 COMPILE_SECONDS = 600  # for a machine with much else to do
 # Read once for all of the library's sources, which takes more time than the rest of most.
 HEADERS = "headers.h"
@@ -72,6 +73,9 @@ class Tree:
         if kept[0].endswith("ccache"):
             del kept[0]
         del kept[kept.index("-o"):]
+        if PRECOMPILED in kept:  # made for other settings than those below
+            start = kept.index(PRECOMPILED)
+            del kept[start:start + 3]
         # Optimised, so that changes that mean nothing give equal code; -w, since what is unused is no matter.
         kept = [*(part for part in kept if not part.startswith(("-g", "-O"))), "-O2", "-w"]
         headers = [] if "/core/" in source else ["-include", HEADERS]
