@@ -63,6 +63,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   shown PATTERN clusctl ..  the same with what it drew that matches the pattern
   colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
+  screen CALL clusctl ..  runs clusctl on a terminal, and prints what stands there, in which colours, in this call of the cluster, in
+                      which Ctrl+C is pressed
   show FILE           prints a file of the case's folder
   lines TEXT FILE     prints the lines of a file that contain the text
   absent TEXT FILE .. fails when the text, in any letter case, is in one of the files, or of the files of a folder
@@ -108,6 +110,7 @@ import bundled  # noqa: E402
 import interrupted  # noqa: E402
 import replayed  # noqa: E402
 import schemas  # noqa: E402
+import screen  # noqa: E402
 import secret  # noqa: E402
 import telling  # noqa: E402
 
@@ -614,6 +617,9 @@ class Case:
             return self.terminal(arguments[1:], variables)
         if verb == "shown":
             return self.terminal(arguments[2:], variables, arguments[0])
+        if verb == "screen":
+            lines, exit_code = screen.at_call(self, arguments[0], self.program, arguments[2:], variables)
+            return normalised("\n".join(lines).strip("\n")) + f"\n[exit {exit_code}]\n"
         if verb == "show":
             return normalised((self.folder / arguments[0]).read_text(encoding="utf-8"))
         if verb == "lines":
