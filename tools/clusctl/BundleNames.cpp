@@ -147,8 +147,12 @@ void BundleNames::LearnMainCf(const std::string& text) {
 }
 
 void BundleNames::LearnLog(const std::string& text) {
-    for (const std::string& name : NamesInLog(text)) {
-        m_names.Name(name);
+    for (const LogName& found : NamesInLog(text)) {
+        if (found.isIdentity) {
+            m_names.Identity(found.name);
+        } else {
+            m_names.Name(found.name);
+        }
     }
 }
 

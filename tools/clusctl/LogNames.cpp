@@ -20,6 +20,13 @@ const char* const NoNames[] = {"ONLINE",  "OFFLINE", "FAULTED", "RUNNING", "EXIT
                                "ERROR",   "WARNING", "NOTICE",  "INFO",    "VCS",      "GUID",     "TRUE",
                                "FALSE",   "NULL",    "NONE",    "DLL",     "API"};
 
+// What ends a file's name, and no account's.
+const char* const FileEndings[] = {"bak", "bat", "cer", "cfg",  "cmd", "conf", "config", "csv", "dat", "dll",
+                                   "dmp", "doc", "edb", "etl",  "evt", "evtx", "exe",    "hta", "htm", "html",
+                                   "inf", "ini", "js",  "json", "lnk", "lock", "log",    "mdb", "mof", "msi",
+                                   "ocx", "old", "pdb", "pem",  "pl",  "ps1",  "psm1",   "py",  "rec", "reg",
+                                   "sh",  "stm", "sys", "tmp",  "txt", "vbs",  "wsf",    "xls", "xml", "zip"};
+
 bool IsPart(char c) {
     return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '-' || c == '_' ||
            static_cast<unsigned char>(c) >= 0x80;
@@ -47,7 +54,7 @@ public:
     explicit Search(const std::string& text) : m_text(text) {
     }
 
-    std::vector<std::string> Names() {
+    std::vector<LogName> Names() {
         for (std::size_t at = 0; at < m_text.size();) {
             if (!IsPart(m_text[at])) {
                 ++at;
@@ -55,8 +62,8 @@ public:
             }
             const std::size_t end = EndOfWord(at);
             const std::string word = m_text.substr(at, end - at);
-            if (at >= 2 && m_text.compare(at - 2, 2, "\\\\") == 0 && (at == 2 || m_text[at - 3] != '\\')) {
-                m_names.push_back(word);
+            if (IsBehindTwoBackslashes(at)) {
+                m_names.push_back({word, true});
             } else if (IsOneOf(Leads, Lower(word))) {
                 TakeBehind(end);
             }
@@ -67,6 +74,12 @@ public:
     }
 
 private:
+    // And these begin something: within a path they are one backslash, written as in source code.
+    bool IsBehindTwoBackslashes(std::size_t at) const {
+        const char before = at > 2 ? m_text[at - 3] : ' ';
+        return at >= 2 && m_text.compare(at - 2, 2, "\\\\") == 0 && before != '\\' && before != ':' && !IsPart(before);
+    }
+
     std::size_t EndOfWord(std::size_t at) const {
         while (at < m_text.size() && IsPart(m_text[at])) {
             ++at;
@@ -88,13 +101,13 @@ private:
             const std::size_t end = m_text.find(m_text[at], at + 1);
             const std::size_t line = std::min(m_text.find('\n', at), m_text.size());
             if (end < line && end - at <= LongestName) {
-                m_names.push_back(m_text.substr(at + 1, end - at - 1));
+                m_names.push_back({m_text.substr(at + 1, end - at - 1), false});
             }
             return;
         }
         const std::string word = m_text.substr(at, EndOfWord(at) - at);
         if (IsInCapitals(word)) {
-            m_names.push_back(word);
+            m_names.push_back({word, false});
         }
     }
 
@@ -106,20 +119,31 @@ private:
         if (!isOf(end, "\\") || (at > 0 && isOf(at - 1, "\\/:."))) {
             return;
         }
-        const std::size_t behind = EndOfWord(end + 1);
+        const std::size_t behind = EndOfAccount(end + 1);
         const std::string domain = m_text.substr(at, end - at);
-        if (behind > end + 1 && !isOf(behind, "\\/.:") && IsInCapitals(domain)) {
-            m_names.push_back(domain);
-            m_names.push_back(m_text.substr(end + 1, behind - end - 1));
+        if (behind > end + 1 && !isOf(behind, "\\/:") && IsInCapitals(domain)) {
+            m_names.push_back({domain, true});
+            m_names.push_back({m_text.substr(end + 1, behind - end - 1), true});
         }
     }
 
+    // Dots are within it, as in "j.doe"; where it begins when it is a file's name.
+    std::size_t EndOfAccount(std::size_t begin) const {
+        std::size_t last = begin;
+        std::size_t end = EndOfWord(begin);
+        while (end > last && end + 1 < m_text.size() && m_text[end] == '.' && IsPart(m_text[end + 1])) {
+            last = end + 1;
+            end = EndOfWord(last);
+        }
+        return last > begin && IsOneOf(FileEndings, Lower(m_text.substr(last, end - last))) ? begin : end;
+    }
+
     const std::string& m_text;
-    std::vector<std::string> m_names;
+    std::vector<LogName> m_names;
 };
 
 } // namespace
 
-std::vector<std::string> NamesInLog(const std::string& text) {
+std::vector<LogName> NamesInLog(const std::string& text) {
     return Search(text).Names();
 }
