@@ -54,7 +54,8 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   interrupt HOW N ... runs "clusctl ..." on a console of its own and interrupts it in its N-th run of a VCS tool (interrupted.py)
   interrupt-at N,N .. the same at each of these runs, each time afresh; prints one line each
   interrupt-call HOW CALL ..  the same in a call of the cluster, written as in a fault: "AddClusterResourceDependency#2"
-  interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each
+  interrupt-calls CALL CALL ..  the same in each of these calls, each time afresh; prints some lines each; "each-changing" are those that
+                      change the cluster in a run that is not interrupted
   search TEXT FAULT . runs "clusctl ..." and holds it up in the run of a VCS tool that FAULT names ("haconf@-dump*#1"); prints where the
                       text is found: on command lines, in environments, files, and in the memory of clusctl; and its encrypted form
   runs clusctl ...    counts the runs of VCS tools of "clusctl ...", which is not interrupted
@@ -498,6 +499,17 @@ class Case:
     def clusctl(self, arguments, variables):
         return self.finish(self.start(arguments, variables), arguments)
 
+    def changing_calls(self, arguments, variables):
+        """As faults name them."""
+        self.copy_model()
+        self.clusctl(arguments, {**variables, "CLUSSIM_JOURNAL": "change.journal"})
+        journal = self.folder / "change.journal"
+        calls = [json.loads(line) for line in journal.read_text(encoding="utf-8").splitlines()]
+        journal.unlink()
+        kinds = [call["call"] + (f"@0x{call['args']['code']:08x}" if "code" in call["args"] else "")
+                 for call in calls if "call" in call and is_changing(call)]
+        return [f"{kind}#{kinds[:i].count(kind) + 1}" for i, kind in enumerate(kinds)]
+
     def rehearsed(self, arguments, variables):
         """How the runs of VCS tools of a dry run differ from those of the change itself."""
         result = self.clusctl([*arguments, "--dry-run", "--json"], variables)
@@ -586,7 +598,11 @@ class Case:
             return interrupted.in_call(self, arguments[0], arguments[1], arguments[3:], variables)
         if verb == "interrupt-calls":
             program = arguments.index("clusctl")
-            return interrupted.in_each_call(self, arguments[:program], arguments[program + 1:], variables)
+            calls = arguments[:program]
+            if "each-changing" in calls:
+                at = calls.index("each-changing")
+                calls[at:at + 1] = self.changing_calls(arguments[program + 1:], variables)
+            return interrupted.in_each_call(self, calls, arguments[program + 1:], variables)
         if verb == "runs":
             self.clusctl(arguments[1:], {**variables, "VCSSIM_JOURNAL": "runs.journal"})
             journal = self.folder / "runs.journal"
@@ -737,13 +753,17 @@ class Case:
         return not self.problems and (update or not text)
 
 
+def is_changing(call):
+    """Of the cluster's API, as a journal has it."""
+    return (re.match(r"(Add|Change|Create|Delete|Fail|Move|Offline|Online|Pause|Remove|Restart|Resume|Set)[A-Z]", call["call"])
+            or call.get("args", {}).get("code", 0) & 0x400000)
+
+
 def asked_only(journal):
-    changing = re.compile(r"(Add|Change|Create|Delete|Fail|Move|Offline|Online|Pause|Remove|Restart|Resume|Set)[A-Z]")
     asking = {"-display", "-list", "-state", "-dep", "-value"}
     calls = [json.loads(line) for line in journal.splitlines()]
     found = [call["tool"] for call in calls if "tool" in call and call["arguments"][0] not in asking]
-    found += [call["call"] for call in calls if "call" in call
-              and (changing.match(call["call"]) or call.get("args", {}).get("code", 0) & 0x400000)]
+    found += [call["call"] for call in calls if "call" in call and is_changing(call)]
     return "".join(f"{name}\n" for name in found) or "only asked\n" if calls else "the journal is empty\n"
 
 
