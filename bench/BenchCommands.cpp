@@ -155,9 +155,10 @@ void MeasureCommands(Report& report, Scale wanted) {
     MeasureModelCommands(report, scale);
     MeasureRecording(report);
     MeasureRehearsals(report);
-    report.Begin("A call on a model file that does not change",
-                 "GetClusterResourceState, again and again; the file is asked for its time and size at most each 5 us.",
-                 "resources");
+    report.Begin(
+        "A call on a model file that does not change",
+        "GetClusterResourceState, again and again; the file is asked for its time and size at most each 20 us.",
+        "resources");
     for (const std::size_t size : ResourceCounts(scale)) {
         WriteModelFile(ClusterText(size));
         MeasureCall(report, size);

@@ -46,15 +46,23 @@ std::size_t RepetitionsOf(const std::vector<Contestant>& contestants) {
     return static_cast<std::size_t>(std::ceil(SecondsPerTurn / slowest));
 }
 
-RunTime TimeOf(const std::function<void()>& run, std::size_t repetitions) {
+RunTime StandInTime(const Contestant& contestant) {
+    return contestant.standIn ? contestant.standIn() : RunTime{0, 0};
+}
+
+RunTime TimeOf(const Contestant& contestant, std::size_t repetitions) {
+    const RunTime before = StandInTime(contestant);
     const double wallStarted = WallSeconds();
     const double threadStarted = ThreadSeconds();
     for (std::size_t n = 0; n < repetitions; ++n) {
-        run();
+        contestant.run();
     }
+    const double seconds = ThreadSeconds() - threadStarted;
+    const double wallSeconds = WallSeconds() - wallStarted;
+    const RunTime after = StandInTime(contestant);
     const double count = static_cast<double>(repetitions);
-    const double seconds = (ThreadSeconds() - threadStarted) / count;
-    return {seconds, (WallSeconds() - wallStarted) / count};
+    return {(seconds - (after.seconds - before.seconds)) / count,
+            (wallSeconds - (after.wallSeconds - before.wallSeconds)) / count};
 }
 
 // Calls take(i) for each contestant; the first turn goes round.
@@ -97,7 +105,7 @@ Comparison Compare(const std::vector<Contestant>& contestants, double seconds) {
     for (std::size_t round = 0; round < MinimumRounds || (round < MaximumRounds && WallSeconds() - started < seconds);
          ++round) {
         TakeTurns(contestants.size(), round,
-                  [&](std::size_t i) { result.m_sides[i].Add(TimeOf(contestants[i].run, repetitions)); });
+                  [&](std::size_t i) { result.m_sides[i].Add(TimeOf(contestants[i], repetitions)); });
     }
     return result;
 }

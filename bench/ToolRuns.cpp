@@ -2,6 +2,7 @@
 
 #include "BareSupport.h"
 #include "ProcessClock.h"
+#include "ThreadClock.h"
 
 #include "ImportPatch.h"
 
@@ -80,6 +81,7 @@ struct ToolReplacement::Patch {
                         std::move(replacement)) {
     }
     CreateProcessPatch createProcess;
+    std::shared_ptr<RunTime> written = std::make_shared<RunTime>(RunTime{0, 0}); // nothing, where tools are started
 };
 
 ToolReplacement::ToolReplacement(std::unique_ptr<Patch> patch) : m_patch(std::move(patch)) {
@@ -98,11 +100,23 @@ ToolReplacement ToolReplacement::Start(const std::wstring& tool) {
 }
 
 ToolReplacement ToolReplacement::Write(const std::string& output) {
-    return ToolReplacement(
-        std::make_unique<Patch>([&output](LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES, LPSECURITY_ATTRIBUTES, BOOL, DWORD,
-                                          LPVOID, LPCWSTR, LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process) {
-            return WriteOutput(output, *startup, *process);
-        }));
+    auto written = std::make_shared<RunTime>(RunTime{0, 0});
+    auto patch = std::make_unique<Patch>([&output, written](LPCWSTR, LPWSTR, LPSECURITY_ATTRIBUTES,
+                                                            LPSECURITY_ATTRIBUTES, BOOL, DWORD, LPVOID, LPCWSTR,
+                                                            LPSTARTUPINFOW startup, LPPROCESS_INFORMATION process) {
+        const double wallStarted = WallSeconds();
+        const double started = ThreadSeconds();
+        const BOOL isWritten = WriteOutput(output, *startup, *process);
+        written->seconds += ThreadSeconds() - started;
+        written->wallSeconds += WallSeconds() - wallStarted;
+        return isWritten;
+    });
+    patch->written = written;
+    return ToolReplacement(std::move(patch));
+}
+
+RunTime ToolReplacement::Written() const {
+    return *m_patch->written;
 }
 
 } // namespace bench

@@ -2,6 +2,8 @@
 #ifndef TOOLRUNS_H
 #define TOOLRUNS_H
 
+#include "ProcessClock.h"
+
 #include <winsock2.h>
 #include <windows.h>
 
@@ -35,6 +37,9 @@ public:
 
     ToolReplacement(ToolReplacement&& other) noexcept;
     ~ToolReplacement();
+
+    // What writing outputs has taken until now: a tool would do that.
+    RunTime Written() const;
 
 private:
     struct Patch;

@@ -22,7 +22,7 @@ const std::int64_t ClockTick = std::int64_t{50} * 10000;
 
 // Within this time of a look at the file it is taken for unchanged. Whoever writes a file needs longer from the moment
 // at which it changes until it can tell anybody, and before that no order of the two can be seen.
-const std::int64_t LooksPerSecond = 200000;
+const std::int64_t LooksPerSecond = 50000;
 
 // What becomes of invalid text.
 const char ReplacementCharacter[] = "\xEF\xBF\xBD";

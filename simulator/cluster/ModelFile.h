@@ -19,7 +19,7 @@ public:
     }
 
     // The model, read again when the file has changed; else this costs one look at its time and size, and not even that
-    // within 5 microseconds of the last one. Null when there is no file or it is malformed: the reason is then told
+    // within 20 microseconds of the last one. Null when there is no file or it is malformed: the reason is then told
     // once on standard error and to the debugger.
     Model* Current();
 
