@@ -1,5 +1,6 @@
 // "vcs snapshot": the live cluster as a model of the VCS simulator.
 #include "CommandLine.h"
+#include "ModelInUse.h"
 #include "NewFile.h"
 #include "Text.h"
 #include "VcsCommands.h"
@@ -39,8 +40,9 @@ void AddPath(CLI::App& command, const char* name, std::wstring& path, const char
 Report Snapshot(const LogCapture& log, const Options& options) {
     const VcsModel model = ReadVcsModel(log, options.source);
     WriteNewFolder(options.folder, model.files);
+    const std::string copied = IsBundleInUse() ? "the bundle's main.cf" : Printable(model.copied);
     const std::string origin = model.copied.empty() ? "The configuration was made of what the tools show."
-                                                    : "The configuration is a copy of " + Printable(model.copied) + ".";
+                                                    : "The configuration is a copy of " + copied + ".";
     Report report;
     report.AddSentence("snapshot",
                        {{"folder", options.folder},
