@@ -9,7 +9,8 @@ import time
 from pathlib import Path
 
 WIDTHS = (400, 1200, 2000)
-WHOLE_WIDTH = 2000  # of a full screen: a cluster of common size is drawn whole there
+WHOLE_WIDTH = 1200  # from here on a cluster of common size is drawn whole
+PAPER_WIDTH = 964  # of a sheet, lying, between its margins: the narrower one of A4 and Letter
 TIME_LIMIT = 60  # seconds for one answer of the browser, on a machine with other work
 
 # What is wrong with a page as it is laid out: a list of sentences.
@@ -145,8 +146,8 @@ class Browser:
     def set_scripts(self, are_run):
         self.call("Emulation.setScriptExecutionDisabled", value=not are_run)
 
-    def set_dark(self, is_dark):
-        self.call("Emulation.setEmulatedMedia",
+    def set_dark(self, is_dark, media=""):
+        self.call("Emulation.setEmulatedMedia", media=media,
                   features=[{"name": "prefers-color-scheme", "value": "dark" if is_dark else "light"}])
 
     def picture(self, file, height=None, scale=1):
@@ -202,8 +203,8 @@ def problems_of_search(browser, word, least):
 
 
 def problems_of_page(browser, page, pictures, word, is_whole):
-    def look(width):
-        return browser.value(f"({LOOK})({json.dumps(is_whole and width >= WHOLE_WIDTH)})")
+    def look(is_looked_at_whole):
+        return browser.value(f"({LOOK})({json.dumps(is_looked_at_whole)})")
 
     problems = []
     browser.set_dark(False)
@@ -211,7 +212,7 @@ def problems_of_page(browser, page, pictures, word, is_whole):
     browser.open(page)
     for width in WIDTHS:
         browser.set_width(width)
-        problems += [f"{width} wide: {problem}" for problem in look(width)]
+        problems += [f"{width} wide: {problem}" for problem in look(is_whole and width >= WHOLE_WIDTH)]
         browser.picture(pictures / f"{page.stem}-{width}.png")
     problems += problems_of_search(browser, word, 1)
     light = browser.value("getComputedStyle(document.body).backgroundColor")
@@ -219,6 +220,13 @@ def problems_of_page(browser, page, pictures, word, is_whole):
     if browser.value("getComputedStyle(document.body).backgroundColor") == light:
         problems.append("the page is no other where the reader wants it dark")
     browser.picture(pictures / f"{page.stem}-dark.png")
+    browser.set_dark(True, "print")  # what is printed is light
+    browser.set_width(PAPER_WIDTH)
+    problems += [f"on paper: {problem}" for problem in look(is_whole) if is_whole or "too small" not in problem]
+    if browser.value("getComputedStyle(document.body).backgroundColor") != light:
+        problems.append("the page is dark on paper")
+    browser.picture(pictures / f"{page.stem}-paper.png")
+    browser.set_dark(False)
     problems += problems_of_events(browser, page)
     browser.set_scripts(False)
     browser.open(page)

@@ -31,9 +31,11 @@ const char Style[] =
     "th{background:var(--soft)}tr[hidden]{display:none}"
     "input{font:inherit;color:inherit;background:var(--soft);border:1px solid var(--line);border-radius:6px;"
     "padding:5px 10px;margin:4px 0 10px;width:100%;max-width:420px}.search{display:none}"
+    "@page{size:landscape;margin:12mm}"
     "@media print{body{font-size:11px}main,header,footer{max-width:none;padding:0}.search{display:none!important}"
     "tr[hidden]{display:table-row}.frame "
-    "svg{min-width:0!important}tr,.frame{break-inside:avoid}h2{break-after:avoid}.wide{overflow:visible}}";
+    "svg{min-width:0!important}tr,.frame{break-inside:avoid}h2{break-after:avoid}.frame,.wide{overflow:visible}"
+    "table{font-size:11px}th,td{min-width:7em;overflow-wrap:anywhere}}";
 
 // Hides the rows that lack one of the words; says how many are left.
 const char Script[] = "document.querySelectorAll('.search').forEach(function(box){"

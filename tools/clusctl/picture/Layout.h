@@ -24,7 +24,7 @@ struct Line {
 };
 
 struct Spacing {
-    double betweenLayers = 56;
+    double betweenLayers = 40;
     double betweenBoxes = 14; // above each other
     double betweenLines = 10; // that pass through a layer
     double widest = 1100;     // boxes without lines fill rows up to this width, or that of the rest if it is wider

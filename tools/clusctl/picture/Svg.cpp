@@ -15,10 +15,12 @@ namespace {
 const double NameSize = 13;
 const double DetailSize = 11;
 const double TitleSize = 15;
-const double BoxHeight = 44;
+const double NameLine = 16; // from line to line
+const double DetailLine = 14;
 const double BoxPadding = 12;
 const double NarrowestBox = 120;
-const double WidestText = 290;
+const double WidestLine = 206; // a group of common depth is then as wide as a sheet of paper
+const double Bold = 1.06;      // times as wide as plain
 const double WidestTitle = 700;
 const double FramePadding = 18;
 const double FrameTitle = 34; // the room above the boxes of a frame
@@ -26,6 +28,7 @@ const double BetweenFrames = 20;
 const double Margin = 8;
 const double LeastScale = 0.75; // on a page; what is wider is scrolled there
 const double Dot = 4;           // radius
+const double BesideDot = 3 * Dot;
 const double Arrow = 7;
 
 const char Style[] =
@@ -91,6 +94,42 @@ std::string Fitted(const std::string& text, double size, double room) {
     return ShortenedToCells(text, cells);
 }
 
+// In two lines when one is too wide, parted where that makes them most alike: at a blank, or behind what parts words of
+// a name.
+std::vector<std::string> Lines(const std::string& text, double size, double room) {
+    const double width = WidthOf(text, size);
+    std::size_t end = 0; // of the first line
+    std::size_t next = 0;
+    double least = width;
+    double before = 0;
+    for (std::size_t position = 0; width > room && position < text.size();) {
+        const std::size_t start = position;
+        const char32_t character = NextCharacter(text, position);
+        const double behind = before + EmsOf(character) * size;
+        const bool isBlank = character == U' ';
+        const bool isParting = character == U'-' || character == U'_' || character == U'.' || character == U'\\';
+        const double widest = std::max(isBlank ? before : behind, width - behind);
+        if ((isBlank || isParting) && widest < least) {
+            end = isBlank ? start : position;
+            next = position;
+            least = widest;
+        }
+        before = behind;
+    }
+    if (next == 0) {
+        return {Fitted(text, size, room)};
+    }
+    return {Fitted(text.substr(0, end), size, room), Fitted(text.substr(next), size, room)};
+}
+
+double WidthOf(const std::vector<std::string>& lines, double size) {
+    double width = 0;
+    for (const std::string& line : lines) {
+        width = std::max(width, WidthOf(line, size));
+    }
+    return width;
+}
+
 // With two decimals at most, and a dot whatever the locale.
 std::string Number(double value) {
     const auto hundredths = static_cast<long long>(std::llround(value * 100));
@@ -154,11 +193,12 @@ public:
     explicit Frame(const GroupDrawing& drawing) : m_drawing(drawing) {
         std::vector<Size> sizes;
         for (const Box& box : drawing.boxes) {
-            const std::string name = Fitted(box.name, NameSize, WidestText);
-            const std::string detail = Fitted(DetailOf(box), DetailSize, WidestText);
-            const double text = std::max(WidthOf(name, NameSize) * 1.06, WidthOf(detail, DetailSize) + 3 * Dot);
-            m_texts.push_back({name, detail});
-            sizes.push_back({std::max(NarrowestBox, text + 2 * BoxPadding), BoxHeight});
+            BoxTexts texts = {Lines(box.name, NameSize, WidestLine / Bold),
+                              Lines(DetailOf(box), DetailSize, WidestLine - BesideDot)};
+            const double width =
+                std::max(WidthOf(texts.name, NameSize) * Bold, WidthOf(texts.detail, DetailSize) + BesideDot);
+            sizes.push_back({std::max(NarrowestBox, width + 2 * BoxPadding), HeightOf(texts)});
+            m_texts.push_back(std::move(texts));
         }
         m_sizes = sizes;
         m_title = Fitted(drawing.title, TitleSize, WidestTitle);
@@ -194,9 +234,14 @@ public:
 
 private:
     struct BoxTexts {
-        std::string name;
-        std::string detail;
+        std::vector<std::string> name; // lines
+        std::vector<std::string> detail;
     };
+
+    static double HeightOf(const BoxTexts& texts) {
+        return 14 + NameLine * static_cast<double>(texts.name.size()) +
+               DetailLine * static_cast<double>(texts.detail.size());
+    }
 
     static std::string DetailOf(const Box& box) {
         return box.state + (box.type.empty() ? "" : " · " + box.type);
@@ -206,13 +251,24 @@ private:
         const Box& box = m_drawing.boxes[number];
         const Point corner = m_layout.corners[number];
         const double left = corner.x + BoxPadding;
-        return std::string("<g class=\"") + ClassOf(box.look) + " " + ClassOf(box.condition) + "\"><title>" +
-               EscapedXml(box.name) + "\n" + EscapedXml(DetailOf(box)) + "</title><rect class=\"cp-box\" rx=\"5\"" +
-               Attribute("x", corner.x) + Attribute("y", corner.y) + Attribute("width", m_sizes[number].width) +
-               Attribute("height", BoxHeight) + "/>" +
-               TextElement("cp-name", left, corner.y + 18, m_texts[number].name) +
-               DotElement(left + Dot, corner.y + 31) +
-               TextElement("cp-detail", left + 3 * Dot, corner.y + 35, m_texts[number].detail) + "</g>\n";
+        const BoxTexts& texts = m_texts[number];
+        std::string text = std::string("<g class=\"") + ClassOf(box.look) + " " + ClassOf(box.condition) +
+                           "\"><title>" + EscapedXml(box.name) + "\n" + EscapedXml(DetailOf(box)) +
+                           "</title><rect class=\"cp-box\" rx=\"5\"" + Attribute("x", corner.x) +
+                           Attribute("y", corner.y) + Attribute("width", m_sizes[number].width) +
+                           Attribute("height", m_sizes[number].height) + "/>";
+        double y = corner.y + 2;
+        for (const std::string& line : texts.name) {
+            y += NameLine;
+            text += TextElement("cp-name", left, y, line);
+        }
+        y += 3;
+        text += DotElement(left + Dot, y + DetailLine - 4);
+        for (const std::string& line : texts.detail) {
+            y += DetailLine;
+            text += TextElement("cp-detail", left + BesideDot, y, line);
+        }
+        return text + "</g>\n";
     }
 
     std::string LineElement(std::size_t number) const {
