@@ -311,6 +311,27 @@ void FailToCreate(CCluster& cluster, const CreationRequest& request, const Libra
     throw Interruption::IsPending() ? failure.As(Errors::Interrupted) : failure;
 }
 
+std::string MissingParts(const CreationRequest& request, const Json& record,
+                         const std::vector<std::wstring>& dependencies) {
+    std::string missing;
+    const auto add = [&missing](const std::string& part) { missing += (missing.empty() ? "" : ", nor ") + part; };
+    const Json others = record.value("dependsOn", Json()); // of what cannot be read nothing is known
+    for (const std::wstring& name : dependencies) {
+        const auto isThisOne = [folded = common::Folded(name)](const Json& other) {
+            return common::Folded(common::ToUtf16(other.get<std::string>())) == folded;
+        };
+        if (others.is_array() && std::none_of(others.begin(), others.end(), isThisOne)) {
+            add("its dependency on " + Quoted(name));
+        }
+    }
+    const Json properties = record.value("privateProperties", Json());
+    if (properties.is_object() &&
+        properties.value(common::ToUtf8(clus::DataPathProperty), Json()) != Json(request.dataPath)) {
+        add("its data path " + Quoted(request.dataPath));
+    }
+    return missing;
+}
+
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report) {
     const ServerPlace place = FindServer(cluster, request.server);
     const NamesByType members = ReadMembers(cluster, place.group);

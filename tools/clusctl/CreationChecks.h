@@ -24,6 +24,11 @@ std::vector<std::wstring> RequireCreatable(CCluster& cluster, const CreationRequ
 [[noreturn]] void FailToCreate(CCluster& cluster, const CreationRequest& request, const LibraryCall& last,
                                const std::vector<std::wstring>& dependencies);
 
+// What the new resource lacks that the library has told the cluster, and that the product does not work without:
+// dependencies and the data path, in words; empty when it has them. `record` is the new resource in detail.
+std::string MissingParts(const CreationRequest& request, const Json& record,
+                         const std::vector<std::wstring>& dependencies);
+
 // Adds a warning for each possible owner that the new resource lacks, and when it would not be restarted as the product
 // wants it. `record` is the new resource in detail.
 void WarnOfMissingParts(CCluster& cluster, const CreationRequest& request, const Json& record, Report& report);

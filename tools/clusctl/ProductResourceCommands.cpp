@@ -128,6 +128,13 @@ Report Create(const CreateOptions& options) {
     report.AddRecords("resources", Json::array({record}), ResourceTitles(), std::string());
     AddDeployment({KindOfCluster(mode), options.mode.empty() ? ReadDeployment().reason : ModeReason},
                   options.isExplained, report);
+    const std::string missing = MissingParts(request, record, dependencies);
+    if (!missing.empty()) {
+        throw FailureWithReport(Failure(Errors::Refused, "the resource " + Quoted(options.name) +
+                                                             " is there, and the cluster did not take " + missing)
+                                    .Hint("'clusctl resource delete " + Printable(options.server) + "' deletes it."),
+                                report);
+    }
     return report;
 }
 
@@ -314,7 +321,15 @@ Report Delete(const LogCapture& log, const std::wstring& server) {
     const DWORD refusal = calls.RefusedChange();
     // Its result is no answer: it is also true when a resource did not go offline in time.
     Report report;
-    RequireDeleted(cluster, server, FindProductResources(cluster, server, place), refusal, report);
+    const Names left = FindProductResources(cluster, server, place);
+    RequireDeleted(cluster, server, left, refusal, report);
+    if (!left.empty()) { // deleted only now, or so the cluster says
+        const Names still = FindProductResources(cluster, server, place);
+        if (!still.empty()) {
+            throw Failure(Errors::Refused, "the cluster says that it deleted the product's resource of " +
+                                               Quoted(server) + ", and " + Quoted(still.front()) + " is still there");
+        }
+    }
     std::string sentence = "The group of " + Quoted(server) + " has no product resource: nothing was done.";
     if (!before.empty()) {
         sentence = "Deleted";

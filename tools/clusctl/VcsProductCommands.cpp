@@ -16,6 +16,8 @@
 
 #include "core/VeritasNames.h"
 
+#include <clus_VirtualServerUtil.h>
+
 #include <cstdint>
 #include <memory>
 
@@ -168,6 +170,10 @@ Report List(const LogCapture& log, const std::wstring& group) {
         RequireVcsGroup(log, group, what);
     }
     Report report;
+    if (CVirtualServerUtil::GetDataRootPath().empty()) {
+        report.MarkIncomplete("the product's settings name no data root: which RegRep resources are the product's is "
+                              "not known");
+    }
     report.AddTable("resources", NameRecords(names), {{"name", "RESOURCE"}}, "There are none.");
     return report;
 }
