@@ -11,7 +11,7 @@ namespace {
 std::vector<GroupDrawing> Gate() {
     PictureBuilder built;
     built.Add("Gate", {"Disk \"F\\n\" & <b>"}, Role::Product).Add("Disk \"F\\n\" & <b>");
-    return DrawCluster(built.Cluster());
+    return DrawCluster(PictureIndex(built.Cluster()));
 }
 
 bool Holds(const std::string& text, const std::string& piece) {
@@ -23,7 +23,8 @@ bool Holds(const std::string& text, const std::string& piece) {
 TEST(Drawing, ADependencyOutsideTheGroupIsDrawnAsForeign) {
     PictureBuilder built;
     built.Add("Here", {"There", "Gone"}).AddGroup("H").Add("There");
-    const std::vector<GroupDrawing> drawings = DrawGroups(built.Cluster(), {&built.Cluster().groups.front()});
+    const std::vector<GroupDrawing> drawings =
+        DrawGroups(PictureIndex(built.Cluster()), {&built.Cluster().groups.front()});
     ASSERT_EQ(drawings.size(), 1U);
     ASSERT_EQ(drawings[0].boxes.size(), 3U);
     EXPECT_EQ(drawings[0].boxes[1].look, Look::Foreign);
@@ -36,7 +37,7 @@ TEST(Drawing, ResourcesOfUnknownGroupsStandLast) {
     PictureBuilder built;
     built.Add("One");
     built.Cluster().resources.back().group.clear();
-    const std::vector<GroupDrawing> drawings = DrawCluster(built.Cluster());
+    const std::vector<GroupDrawing> drawings = DrawCluster(PictureIndex(built.Cluster()));
     ASSERT_EQ(drawings.size(), 2U);
     EXPECT_EQ(drawings[1].title, "Group not known");
 }

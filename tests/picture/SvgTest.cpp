@@ -19,7 +19,7 @@ std::size_t CountOf(const std::string& text, const std::string& piece) {
 }
 
 std::string FileOf(const ClusterPicture& cluster) {
-    return SvgPicture(DrawCluster(cluster), SvgForm::File);
+    return SvgPicture(DrawCluster(PictureIndex(cluster)), SvgForm::File);
 }
 
 } // namespace
@@ -90,7 +90,7 @@ TEST(Svg, AGroupWithoutResourcesSaysSo) {
 TEST(Svg, InAPageItBringsNoRules) {
     PictureBuilder built;
     built.Add("One");
-    const std::string svg = SvgPicture(DrawCluster(built.Cluster()), SvgForm::Inline);
+    const std::string svg = SvgPicture(DrawCluster(PictureIndex(built.Cluster())), SvgForm::Inline);
     EXPECT_EQ(CountOf(svg, "<style>"), 0U);
     EXPECT_EQ(svg.find("<svg "), 0U);
     EXPECT_EQ(FileOf(built.Cluster()).find("<?xml "), 0U);

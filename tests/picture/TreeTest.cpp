@@ -13,7 +13,7 @@ typedef std::vector<std::string> Texts;
 // "├── name", with "..." behind a name whose children stand further up, and "?" behind one that is not there.
 Texts Drawn(const ClusterPicture& cluster, const Texts& roots, Direction direction = Direction::DependsOn) {
     Texts lines;
-    for (const TreeLine& line : TreeOf(cluster, roots, direction)) {
+    for (const TreeLine& line : TreeOf(PictureIndex(cluster), roots, direction)) {
         lines.push_back(line.branches + line.name + (line.isRepeated ? "..." : "") +
                         (line.resource == nullptr ? "?" : ""));
     }
@@ -45,7 +45,8 @@ TEST(Tree, WhatStandsTwiceHasItsDependenciesOnce) {
 TEST(Tree, ACircleEndsWhereItBegan) {
     PictureBuilder built;
     built.Add("One", {"Other"}).Add("Other", {"One"});
-    EXPECT_EQ(Drawn(built.Cluster(), RootsOf(built.Cluster(), "G")), (Texts{"One", "└── Other", "    └── One..."}));
+    EXPECT_EQ(Drawn(built.Cluster(), RootsOf(PictureIndex(built.Cluster()), "G")),
+              (Texts{"One", "└── Other", "    └── One..."}));
 }
 
 TEST(Tree, AResourceThatIsNotThereIsALineOfItsOwn) {
@@ -60,7 +61,7 @@ TEST(Tree, AChainMayBeLong) {
     for (int i = 0; i < length; ++i) {
         built.Add("R" + std::to_string(i), {"R" + std::to_string(i + 1)});
     }
-    EXPECT_EQ(TreeOf(built.Cluster(), {"R0"}, Direction::DependsOn).size(), length + 1U);
+    EXPECT_EQ(TreeOf(PictureIndex(built.Cluster()), {"R0"}, Direction::DependsOn).size(), length + 1U);
 }
 
 TEST(ProductBase, IsFoundThroughAnyNumberOfResources) {
@@ -69,17 +70,18 @@ TEST(ProductBase, IsFoundThroughAnyNumberOfResources) {
     for (int i = 0; i < length; ++i) {
         built.Add("R" + std::to_string(i), {"R" + std::to_string(i + 1)});
     }
-    EXPECT_EQ(BaseOf(built.Cluster(), built.Cluster().resources.front()).size(), static_cast<std::size_t>(length));
+    EXPECT_EQ(PictureIndex(built.Cluster()).BaseOf(built.Cluster().resources.front()).size(),
+              static_cast<std::size_t>(length));
 }
 
 TEST(Tree, TheProductComesFirstAndWhatDependsOnNothingLast) {
     PictureBuilder built;
     built.Add("Alone").Add("Store", {"Disk"}).Add("Gate", {"Disk"}, Role::Product).Add("Disk");
-    EXPECT_EQ(RootsOf(built.Cluster(), "G"), (Texts{"Gate", "Store", "Alone"}));
+    EXPECT_EQ(RootsOf(PictureIndex(built.Cluster()), "G"), (Texts{"Gate", "Store", "Alone"}));
 }
 
 TEST(ProductBase, IsAllThatTheProductRestsOn) {
     PictureBuilder built;
     built.Add("Gate", {"Store"}, Role::Product).Add("Store", {"Disk"}).Add("Disk").Add("Other", {"Disk"});
-    EXPECT_EQ(BaseOfProduct(built.Cluster()), (std::set<std::string>{"Store", "Disk"}));
+    EXPECT_EQ(PictureIndex(built.Cluster()).BaseOfProduct(), (std::set<std::string>{"Store", "Disk"}));
 }

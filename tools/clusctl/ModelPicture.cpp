@@ -11,6 +11,7 @@
 
 #include "common/Files.h"
 #include "core/VeritasNames.h"
+#include "picture/PictureIndex.h"
 #include "simulator/cluster/ModelStates.h"
 
 #include <ClusterFiles.h>
@@ -79,11 +80,12 @@ public:
             NoteDisk(resource);
             NoteUnread(resource);
         }
+        const PictureIndex index(m_result.cluster); // of its resources: the groups are to come
         for (const Json& group : Items("groups")) {
             Group result;
             result.name = group["name"].get<std::string>();
             result.node = owners[Key(group["name"])];
-            SetGroupState(result, StateOfGroup(MembersOf(m_result.cluster, result.name)));
+            SetGroupState(result, StateOfGroup(index.MembersOf(result.name)));
             m_result.cluster.groups.push_back(result);
         }
         const Json settings = m_json.value("settings", Json::object());
@@ -191,9 +193,10 @@ public:
                                                       {"relationship", group.relationships[i]}});
             }
         }
+        const PictureIndex index(m_result.cluster); // of its groups: the resources are to come
         for (const vcssim::CfGroup& group : m_cluster.configuration.Groups()) {
             for (const vcssim::CfBlock& resource : group.resources) {
-                AddResource(group, resource);
+                AddResource(group, resource, index);
             }
         }
         return std::move(m_result);
@@ -208,7 +211,7 @@ private:
         return states;
     }
 
-    void AddResource(const vcssim::CfGroup& group, const vcssim::CfBlock& resource) {
+    void AddResource(const vcssim::CfGroup& group, const vcssim::CfBlock& resource, const PictureIndex& index) {
         using namespace clus::veritas;
         VcsAttributes attributes;
         for (const wchar_t* const name :
@@ -216,8 +219,7 @@ private:
             attributes[name] = FirstPart(m_cluster.ResourceAttribute(group, resource, common::ToUtf8(name)));
         }
         const auto stateOn = [&](const std::string& system) { return m_cluster.ResourceState(resource, system); };
-        Resource result =
-            VcsResource(common::ToUtf16(resource.name), attributes, States(group, stateOn), m_result.cluster);
+        Resource result = VcsResource(common::ToUtf16(resource.name), attributes, States(group, stateOn), index);
         for (const vcssim::CfLink& link : group.links) {
             if (link.parent == resource.name) {
                 result.dependsOn.push_back(link.child);

@@ -23,7 +23,7 @@ namespace {
 // Lines of three columns, as wide as the widest cell of each; longer names push the rest of their line.
 class TreeText {
 public:
-    explicit TreeText(const ClusterPicture& cluster) : m_cluster(cluster), m_base(BaseOfProduct(cluster)) {
+    explicit TreeText(const PictureIndex& index) : m_index(index) {
     }
 
     void AddHeading(const std::string& heading) {
@@ -31,7 +31,7 @@ public:
     }
 
     void AddTree(const std::vector<std::string>& roots, Direction direction) {
-        for (const TreeLine& line : TreeOf(m_cluster, roots, direction)) {
+        for (const TreeLine& line : TreeOf(m_index, roots, direction)) {
             const std::string name = Printable(line.name) + (line.isRepeated ? " (see above)" : "");
             m_lines.push_back(line.resource == nullptr
                                   ? Line{line.branches + name, "-", "unknown", std::string()}
@@ -71,19 +71,18 @@ private:
     };
 
     std::string StateOf(const Resource& resource) const {
-        const Group* const group = GroupNamed(m_cluster, resource.group);
+        const Group* const group = m_index.GroupNamed(resource.group);
         const bool isElsewhere = group != nullptr && !resource.node.empty() && resource.node != group->node;
         return resource.state + (isElsewhere ? " on " + Printable(resource.node) : "");
     }
 
     std::string MarkOf(const Resource& resource) const {
-        return resource.role == Role::Product     ? "<== product"
-               : m_base.count(resource.name) != 0 ? "<-- product's base"
-                                                  : "";
+        return resource.role == Role::Product                      ? "<== product"
+               : m_index.BaseOfProduct().count(resource.name) != 0 ? "<-- product's base"
+                                                                   : "";
     }
 
-    const ClusterPicture& m_cluster;
-    const std::set<std::string> m_base;
+    const PictureIndex& m_index;
     std::vector<Line> m_lines;
 };
 
@@ -103,41 +102,43 @@ std::vector<const Group*> AllGroups(const ClusterPicture& cluster) {
 }
 
 // The resources whose group cannot be read.
-void AddHomeless(const ClusterPicture& cluster, TreeText& text, std::vector<const Resource*>& shown) {
-    const std::vector<const Resource*> homeless = MembersOf(cluster, std::string());
+void AddHomeless(const PictureIndex& index, TreeText& text, std::vector<const Resource*>& shown) {
+    const std::vector<const Resource*>& homeless = index.MembersOf(std::string());
     if (!homeless.empty()) {
         text.AddHeading(std::string());
         text.AddHeading("Group not known:");
-        text.AddTree(RootsOf(cluster, std::string()), Direction::DependsOn);
+        text.AddTree(RootsOf(index, std::string()), Direction::DependsOn);
         shown.insert(shown.end(), homeless.begin(), homeless.end());
     }
 }
 
-void AddGroups(const ClusterPicture& cluster, const std::vector<const Group*>& groups, Report& report) {
-    TreeText text(cluster);
+void AddGroups(const PictureIndex& index, const std::vector<const Group*>& groups, Report& report) {
+    const ClusterPicture& cluster = index.Cluster();
+    TreeText text(index);
     Json groupRecords = Json::array();
     std::vector<const Resource*> shown;
     for (const Group* const group : groups) {
-        const std::vector<const Resource*> members = MembersOf(cluster, group->name);
+        const std::vector<const Resource*>& members = index.MembersOf(group->name);
         if (!groupRecords.empty()) {
             text.AddHeading(std::string());
         }
         text.AddHeading(GroupHeading(*group, members.empty()));
-        text.AddTree(RootsOf(cluster, group->name), Direction::DependsOn);
+        text.AddTree(RootsOf(index, group->name), Direction::DependsOn);
         groupRecords.push_back(GroupRecord(*group));
         shown.insert(shown.end(), members.begin(), members.end());
     }
     if (groups.size() == cluster.groups.size()) {
-        AddHomeless(cluster, text, shown);
+        AddHomeless(index, text, shown);
     }
     report.AddMember("groups", std::move(groupRecords));
     report.AddSentence("resources", ResourceRecords(cluster, shown),
                        groups.empty() && shown.empty() ? "The cluster has no group." : text.Text());
 }
 
-void AddResource(const ClusterPicture& cluster, const std::string& name, Report& report) {
-    const std::vector<TreeLine> above = TreeOf(cluster, {name}, Direction::NeededBy);
-    TreeText text(cluster);
+void AddResource(const PictureIndex& index, const std::string& name, Report& report) {
+    const ClusterPicture& cluster = index.Cluster();
+    const std::vector<TreeLine> above = TreeOf(index, {name}, Direction::NeededBy);
+    TreeText text(index);
     text.AddTree({name}, Direction::DependsOn);
     if (above.size() > 1) {
         text.AddHeading(std::string());
@@ -145,7 +146,7 @@ void AddResource(const ClusterPicture& cluster, const std::string& name, Report&
         text.AddTree({name}, Direction::NeededBy);
     }
     std::set<std::string> names = {name};
-    for (const std::vector<TreeLine>& lines : {above, TreeOf(cluster, {name}, Direction::DependsOn)}) {
+    for (const std::vector<TreeLine>& lines : {above, TreeOf(index, {name}, Direction::DependsOn)}) {
         for (const TreeLine& line : lines) {
             names.insert(line.name);
         }
@@ -156,7 +157,7 @@ void AddResource(const ClusterPicture& cluster, const std::string& name, Report&
             shown.push_back(&resource);
         }
     }
-    const Group* const group = GroupNamed(cluster, ResourceNamed(cluster, name)->group);
+    const Group* const group = index.GroupNamed(index.ResourceNamed(name)->group);
     report.AddMember("groups", group == nullptr ? Json::array() : Json::array({GroupRecord(*group)}));
     report.AddSentence("resources", ResourceRecords(cluster, shown), text.Text());
 }
@@ -169,12 +170,13 @@ Report Tree(const LogCapture& log, const std::wstring& wanted) {
         AddTrees(cluster, report);
         return report;
     }
+    const PictureIndex index(cluster);
     const std::string group = StoredGroup(cluster, wanted);
     const std::string resource = StoredResource(cluster, wanted);
     if (!group.empty()) {
-        AddGroups(cluster, {GroupNamed(cluster, group)}, report);
+        AddGroups(index, {index.GroupNamed(group)}, report);
     } else if (!resource.empty()) {
-        AddResource(cluster, resource, report);
+        AddResource(index, resource, report);
     } else {
         throw Failure(Errors::NotFound, "there is no group and no resource " + Quoted(wanted));
     }
@@ -193,8 +195,9 @@ Report Graph(const LogCapture& log, const GraphOptions& options) {
     if (group.empty() && !options.group.empty()) {
         throw Failure(Errors::GroupNotFound, "there is no group " + Quoted(options.group));
     }
+    const PictureIndex index(cluster);
     const std::vector<GroupDrawing> drawings =
-        group.empty() ? DrawCluster(cluster) : DrawGroups(cluster, {GroupNamed(cluster, group)});
+        group.empty() ? DrawCluster(index) : DrawGroups(index, {index.GroupNamed(group)});
     std::string text = options.format == L"dot"       ? DotText(drawings)
                        : options.format == L"mermaid" ? MermaidText(drawings)
                                                       : SvgPicture(drawings, SvgForm::File);
@@ -207,7 +210,7 @@ Report Graph(const LogCapture& log, const GraphOptions& options) {
 } // namespace
 
 void AddTrees(const ClusterPicture& cluster, Report& report) {
-    AddGroups(cluster, AllGroups(cluster), report);
+    AddGroups(PictureIndex(cluster), AllGroups(cluster), report);
 }
 
 void AddPictureCommands(CommandLine& commandLine) {

@@ -1,5 +1,7 @@
 #include "PictureJson.h"
 
+#include "picture/PictureIndex.h"
+
 #include <set>
 
 using namespace picture;
@@ -41,7 +43,8 @@ Json GroupRecord(const Group& group) {
 }
 
 Json ResourceRecords(const ClusterPicture& cluster, const std::vector<const Resource*>& resources) {
-    const std::set<std::string> base = BaseOfProduct(cluster);
+    const PictureIndex index(cluster);
+    const std::set<std::string>& base = index.BaseOfProduct();
     Json records = Json::array();
     for (const Resource* const resource : resources) {
         records.push_back({

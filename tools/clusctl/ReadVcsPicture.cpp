@@ -165,12 +165,13 @@ std::vector<Resource> ReadResources(const LogCapture& log, const ClusterPicture&
     for (size_t row = DependencyColumns; row + DependencyColumns <= words.size(); row += DependencyColumns) {
         dependencies[words[row + 1]].push_back(common::ToUtf8(words[row + 2]));
     }
+    const PictureIndex index(cluster);
     std::vector<Resource> resources;
     for (const std::wstring& name : names) {
         if (attributes[name].count(GroupAttribute) == 0) {
             throw Failure(Errors::Incomplete, "cannot read the resources: VCS shows no group of " + Quoted(name));
         }
-        Resource resource = VcsResource(name, attributes[name], states[name], cluster);
+        Resource resource = VcsResource(name, attributes[name], states[name], index);
         resource.dependsOn = dependencies[name];
         resources.push_back(resource);
     }

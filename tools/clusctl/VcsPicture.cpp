@@ -138,12 +138,12 @@ Group VcsGroup(const std::wstring& name, const SystemStates& states) {
 }
 
 Resource VcsResource(const std::wstring& name, const VcsAttributes& attributes, const SystemStates& states,
-                     const ClusterPicture& cluster) {
+                     const PictureIndex& index) {
     Resource resource;
     resource.name = common::ToUtf8(name);
     resource.type = common::ToUtf8(ValueOf(attributes, TypeAttribute));
     resource.group = common::ToUtf8(ValueOf(attributes, GroupAttribute));
-    const Group* const group = GroupNamed(cluster, resource.group);
+    const Group* const group = index.GroupNamed(resource.group);
     SetState(resource, states, group == nullptr ? std::string() : group->node);
     SetRole(resource, attributes);
     return resource;

@@ -4,7 +4,7 @@
 
 #include "VcsStates.h"
 
-#include "picture/ClusterPicture.h"
+#include "picture/PictureIndex.h"
 
 #include <map>
 #include <string>
@@ -22,8 +22,8 @@ picture::Node VcsSystem(const std::wstring& name, const std::wstring& state);
 
 picture::Group VcsGroup(const std::wstring& name, const SystemStates& states);
 
-// Without what it depends on. The picture has its group already.
+// Without what it depends on. `index`: of the picture, which has its groups already.
 picture::Resource VcsResource(const std::wstring& name, const VcsAttributes& attributes, const SystemStates& states,
-                              const picture::ClusterPicture& cluster);
+                              const picture::PictureIndex& index);
 
 #endif

@@ -3,8 +3,6 @@
 #ifndef CLUSCTL_PICTURE_CLUSTERPICTURE_H
 #define CLUSCTL_PICTURE_CLUSTERPICTURE_H
 
-#include <cstddef>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -83,19 +81,6 @@ struct ClusterPicture {
     std::vector<std::string>
         productServices; // on VCS: the Windows services that the product has in each virtual server
 };
-
-// Null when there is none. Letter case counts.
-const Group* GroupNamed(const ClusterPicture& cluster, const std::string& name);
-const Resource* ResourceNamed(const ClusterPicture& cluster, const std::string& name);
-
-// The resources of a group.
-std::vector<const Resource*> MembersOf(const ClusterPicture& cluster, const std::string& group);
-
-// The names of all that a resource depends on, directly or not, its own left out.
-std::set<std::string> BaseOf(const ClusterPicture& cluster, const Resource& resource);
-
-// The same of all product resources together, the product's own left out: what the product rests on.
-std::set<std::string> BaseOfProduct(const ClusterPicture& cluster);
 
 } // namespace picture
 

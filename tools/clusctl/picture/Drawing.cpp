@@ -22,9 +22,9 @@ Box BoxOf(const Resource& resource, const std::set<std::string>& base) {
 }
 
 // A resource that is drawn only because a member depends on it.
-Box ForeignBox(const ClusterPicture& cluster, const std::string& name) {
+Box ForeignBox(const PictureIndex& index, const std::string& name) {
     Box box;
-    if (const Resource* const resource = ResourceNamed(cluster, name)) {
+    if (const Resource* const resource = index.ResourceNamed(name)) {
         box = BoxOf(*resource, {});
     } else {
         box.name = Printable(name);
@@ -34,9 +34,10 @@ Box ForeignBox(const ClusterPicture& cluster, const std::string& name) {
     return box;
 }
 
-GroupDrawing DrawMembers(const ClusterPicture& cluster, const std::string& group, const std::set<std::string>& base) {
+GroupDrawing DrawMembers(const PictureIndex& index, const std::string& group) {
+    const std::set<std::string>& base = index.BaseOfProduct();
     GroupDrawing drawing;
-    const std::vector<const Resource*> members = MembersOf(cluster, group);
+    const std::vector<const Resource*>& members = index.MembersOf(group);
     std::map<std::string, std::size_t> places;
     for (const Resource* const member : members) {
         if (places.emplace(member->name, drawing.boxes.size()).second) {
@@ -47,7 +48,7 @@ GroupDrawing DrawMembers(const ClusterPicture& cluster, const std::string& group
         for (const std::string& name : member->dependsOn) {
             const auto place = places.emplace(name, drawing.boxes.size());
             if (place.second) {
-                drawing.boxes.push_back(ForeignBox(cluster, name));
+                drawing.boxes.push_back(ForeignBox(index, name));
             }
             drawing.lines.push_back({places[member->name], place.first->second});
         }
@@ -57,11 +58,10 @@ GroupDrawing DrawMembers(const ClusterPicture& cluster, const std::string& group
 
 } // namespace
 
-std::vector<GroupDrawing> DrawGroups(const ClusterPicture& cluster, const std::vector<const Group*>& groups) {
-    const std::set<std::string> base = BaseOfProduct(cluster);
+std::vector<GroupDrawing> DrawGroups(const PictureIndex& index, const std::vector<const Group*>& groups) {
     std::vector<GroupDrawing> drawings;
     for (const Group* const group : groups) {
-        GroupDrawing drawing = DrawMembers(cluster, group->name, base);
+        GroupDrawing drawing = DrawMembers(index, group->name);
         drawing.title =
             Printable(group->name) + ": " + group->state + (group->node.empty() ? "" : " on " + Printable(group->node));
         drawing.condition = group->condition;
@@ -70,13 +70,13 @@ std::vector<GroupDrawing> DrawGroups(const ClusterPicture& cluster, const std::v
     return drawings;
 }
 
-std::vector<GroupDrawing> DrawCluster(const ClusterPicture& cluster) {
+std::vector<GroupDrawing> DrawCluster(const PictureIndex& index) {
     std::vector<const Group*> groups;
-    for (const Group& group : cluster.groups) {
+    for (const Group& group : index.Cluster().groups) {
         groups.push_back(&group);
     }
-    std::vector<GroupDrawing> drawings = DrawGroups(cluster, groups);
-    GroupDrawing homeless = DrawMembers(cluster, std::string(), BaseOfProduct(cluster));
+    std::vector<GroupDrawing> drawings = DrawGroups(index, groups);
+    GroupDrawing homeless = DrawMembers(index, std::string());
     if (!homeless.boxes.empty()) {
         homeless.title = "Group not known";
         drawings.push_back(homeless);

@@ -2,7 +2,7 @@
 #ifndef CLUSCTL_PICTURE_DRAWING_H
 #define CLUSCTL_PICTURE_DRAWING_H
 
-#include "ClusterPicture.h"
+#include "PictureIndex.h"
 #include "Layout.h"
 
 #include <string>
@@ -34,10 +34,10 @@ struct GroupDrawing {
 };
 
 // Of some groups, in this order.
-std::vector<GroupDrawing> DrawGroups(const ClusterPicture& cluster, const std::vector<const Group*>& groups);
+std::vector<GroupDrawing> DrawGroups(const PictureIndex& index, const std::vector<const Group*>& groups);
 
 // Of all groups, and of the resources whose group is not known.
-std::vector<GroupDrawing> DrawCluster(const ClusterPicture& cluster);
+std::vector<GroupDrawing> DrawCluster(const PictureIndex& index);
 
 } // namespace picture
 

@@ -1,5 +1,6 @@
 #include "Health.h"
 
+#include "PictureIndex.h"
 #include "Printable.h"
 #include "Problems.h"
 
@@ -48,7 +49,7 @@ bool IsFaulted(const StateOnNode& state) {
 
 class Examination {
 public:
-    Examination(const ClusterPicture& cluster, bool isComplete) : m_cluster(cluster) {
+    Examination(const ClusterPicture& cluster, bool isComplete) : m_cluster(cluster), m_index(cluster) {
         for (const Resource& resource : cluster.resources) {
             m_members[resource.group].push_back(&resource);
             m_resources.emplace(resource.name, &resource);
@@ -233,7 +234,7 @@ private:
                 if (member->role != role) {
                     continue;
                 }
-                const std::set<std::string> base = BaseOf(m_cluster, *member);
+                const std::set<std::string> base = m_index.BaseOf(*member);
                 for (const Resource* const other : members) {
                     if (other->role == Role::NetworkName && base.count(other->name) != 0) {
                         return other->networkName;
@@ -349,7 +350,7 @@ private:
                 Add("network-name-dependency-missing", member->name,
                     "it does not depend on the server's network name: the library finds no server");
             }
-            const bool isStored = RestsOn(Role::Store, members, BaseOf(m_cluster, *member));
+            const bool isStored = RestsOn(Role::Store, members, m_index.BaseOf(*member));
             if (!isStored) {
                 Add("store-dependency-missing", member->name, "it does not depend on the server's Information Store");
             }
@@ -384,7 +385,7 @@ private:
         std::set<std::string> base;
         for (const Resource* const member : members) {
             if (member->role == Role::Product) {
-                base.merge(BaseOf(m_cluster, *member));
+                base.merge(m_index.BaseOf(*member));
             }
         }
         return RestsOn(Role::NetworkName, members, base) && RestsOn(Role::Store, members, base);
@@ -399,6 +400,7 @@ private:
     }
 
     const ClusterPicture& m_cluster;
+    const PictureIndex m_index;
     std::map<std::string, Members> m_members; // of each group
     std::map<std::string, const Resource*> m_resources;
     std::set<std::string>

@@ -154,13 +154,13 @@ PageTable GroupTable(const ClusterPicture& cluster) {
     return table;
 }
 
-PageTable ResourceTable(const ClusterPicture& cluster) {
+PageTable ResourceTable(const PictureIndex& index) {
     PageTable table = {"All resources",
                        "The cluster has no resource.",
                        {"Resource", "Type", "Group", "State", "Node", "Part", "Depends on"},
                        {}};
-    const std::set<std::string> base = BaseOfProduct(cluster);
-    for (const Resource& resource : cluster.resources) {
+    const std::set<std::string>& base = index.BaseOfProduct();
+    for (const Resource& resource : index.Cluster().resources) {
         std::string names = resource.hasDependenciesRead ? "" : "cannot be read";
         for (const std::string& name : resource.dependsOn) {
             names += (names.empty() ? "" : ", ") + name;
@@ -174,15 +174,14 @@ PageTable ResourceTable(const ClusterPicture& cluster) {
     return table;
 }
 
-std::string Pictures(const PageContent& content) {
+std::string Pictures(const PageContent& content, const PictureIndex& index) {
     std::string text =
         "<h2>What the virtual servers depend on</h2>\n<p class=\"dim\">Boxes stand to the left of those that "
         "they depend on. The product's have a bold frame; what it rests on is tinted.</p>\n";
     for (const VirtualServer& server : content.health.servers) {
-        const Group* const group = GroupNamed(content.cluster, server.group);
-        text += "<figure class=\"frame\" tabindex=\"0\">" +
-                SvgPicture(DrawGroups(content.cluster, {group}), SvgForm::Inline) + "<figcaption>" +
-                EscapedXml(server.name) + "</figcaption></figure>\n";
+        const Group* const group = index.GroupNamed(server.group);
+        text += "<figure class=\"frame\" tabindex=\"0\">" + SvgPicture(DrawGroups(index, {group}), SvgForm::Inline) +
+                "<figcaption>" + EscapedXml(server.name) + "</figcaption></figure>\n";
     }
     return content.health.servers.empty() ? std::string() : text;
 }
@@ -212,6 +211,7 @@ std::string Head(const PageContent& content) {
 } // namespace
 
 std::string HtmlPage(const PageContent& content) {
+    const PictureIndex index(content.cluster);
     std::string text = Head(content);
     if (!content.warnings.empty()) {
         text += "<h2>What could not be read</h2>\n<ul>\n";
@@ -221,14 +221,14 @@ std::string HtmlPage(const PageContent& content) {
         text += "</ul>\n";
     }
     if (content.cluster.kind != Kind::None) {
-        text += Section(ProblemTable(content.health)) + Section(ServerTable(content.health)) + Pictures(content) +
-                Section(NodeTable(content.cluster));
+        text += Section(ProblemTable(content.health)) + Section(ServerTable(content.health)) +
+                Pictures(content, index) + Section(NodeTable(content.cluster));
     }
     for (const PageTable& table : content.tables) {
         text += Section(table);
     }
     if (content.cluster.kind != Kind::None) {
-        text += SearchableSection(GroupTable(content.cluster)) + SearchableSection(ResourceTable(content.cluster));
+        text += SearchableSection(GroupTable(content.cluster)) + SearchableSection(ResourceTable(index));
     }
     return text + "</main>\n<footer>Made by " + EscapedXml(content.madeBy) + "</footer>\n<script>" + Script +
            "</script></body></html>\n";

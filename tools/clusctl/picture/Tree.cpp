@@ -1,7 +1,6 @@
 #include "Tree.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 #include <utility>
 
@@ -11,14 +10,7 @@ namespace {
 
 class Drawing {
 public:
-    Drawing(const ClusterPicture& cluster, Direction direction) {
-        for (const Resource& resource : cluster.resources) {
-            m_resources.emplace(resource.name, &resource);
-            for (const std::string& name : resource.dependsOn) {
-                const bool isDown = direction == Direction::DependsOn;
-                m_below[isDown ? resource.name : name].push_back(isDown ? name : resource.name);
-            }
-        }
+    Drawing(const PictureIndex& index, Direction direction) : m_index(index), m_direction(direction) {
     }
 
     void AddRoot(const std::string& name) {
@@ -56,36 +48,40 @@ private:
 
     void Begin(const std::string& name, const std::string& branches, const std::string& margin,
                std::vector<Open>& open) {
-        const auto resource = m_resources.find(name);
-        const auto below = m_below.find(name);
-        const bool hasBelow = below != m_below.end();
+        const Resource* const resource = m_index.ResourceNamed(name);
+        const std::vector<std::string>& below = Below(name, resource);
         const bool isFirst = m_drawn.insert(name).second;
-        m_lines.push_back(
-            {branches, name, resource == m_resources.end() ? nullptr : resource->second, hasBelow && !isFirst});
-        if (hasBelow && isFirst) {
-            open.push_back({&below->second, 0, margin});
+        m_lines.push_back({branches, name, resource, !below.empty() && !isFirst});
+        if (!below.empty() && isFirst) {
+            open.push_back({&below, 0, margin});
         }
     }
 
-    std::map<std::string, const Resource*> m_resources;
-    std::map<std::string, std::vector<std::string>> m_below;
+    const std::vector<std::string>& Below(const std::string& name, const Resource* resource) const {
+        static const std::vector<std::string> none;
+        return m_direction == Direction::NeededBy ? m_index.Dependants(name)
+               : resource == nullptr              ? none
+                                                  : resource->dependsOn;
+    }
+
+    const PictureIndex& m_index;
+    const Direction m_direction;
     std::set<std::string> m_drawn;
     std::vector<TreeLine> m_lines;
 };
 
 } // namespace
 
-std::vector<TreeLine> TreeOf(const ClusterPicture& cluster, const std::vector<std::string>& roots,
-                             Direction direction) {
-    Drawing drawing(cluster, direction);
+std::vector<TreeLine> TreeOf(const PictureIndex& index, const std::vector<std::string>& roots, Direction direction) {
+    Drawing drawing(index, direction);
     for (const std::string& root : roots) {
         drawing.AddRoot(root);
     }
     return drawing.Lines();
 }
 
-std::vector<std::string> RootsOf(const ClusterPicture& cluster, const std::string& group) {
-    const std::vector<const Resource*> members = MembersOf(cluster, group);
+std::vector<std::string> RootsOf(const PictureIndex& index, const std::string& group) {
+    const std::vector<const Resource*>& members = index.MembersOf(group);
     std::set<std::string> needed;
     for (const Resource* const member : members) {
         for (const std::string& name : member->dependsOn) {
@@ -99,7 +95,7 @@ std::vector<std::string> RootsOf(const ClusterPicture& cluster, const std::strin
     const auto take = [&](const Resource& member) {
         roots.push_back(member.name);
         reached.insert(member.name);
-        const std::set<std::string> base = BaseOf(cluster, member);
+        const std::set<std::string> base = index.BaseOf(member);
         reached.insert(base.begin(), base.end());
     };
     for (const Resource* const member : members) {
@@ -107,8 +103,8 @@ std::vector<std::string> RootsOf(const ClusterPicture& cluster, const std::strin
             take(*member);
         }
     }
-    const auto placeOf = [&cluster](const std::string& name) {
-        const Resource& resource = *ResourceNamed(cluster, name);
+    const auto placeOf = [&index](const std::string& name) {
+        const Resource& resource = *index.ResourceNamed(name);
         return resource.role == Role::Product ? 0 : resource.dependsOn.empty() ? 2 : 1;
     };
     std::stable_sort(roots.begin(), roots.end(), [&placeOf](const std::string& one, const std::string& other) {

@@ -2,7 +2,7 @@
 #ifndef CLUSCTL_PICTURE_TREE_H
 #define CLUSCTL_PICTURE_TREE_H
 
-#include "ClusterPicture.h"
+#include "PictureIndex.h"
 
 #include <string>
 #include <vector>
@@ -23,11 +23,11 @@ struct TreeLine {
 
 // The trees of some resources, one below the other. Each resource has what is below it once, so that there are no more
 // lines than dependencies and roots. The picture has to outlive the lines.
-std::vector<TreeLine> TreeOf(const ClusterPicture& cluster, const std::vector<std::string>& roots, Direction direction);
+std::vector<TreeLine> TreeOf(const PictureIndex& index, const std::vector<std::string>& roots, Direction direction);
 
 // The members of a group on which no other member depends, and one of each circle, which no cluster should have. The
 // product's come first, those that depend on nothing behind the others.
-std::vector<std::string> RootsOf(const ClusterPicture& cluster, const std::string& group);
+std::vector<std::string> RootsOf(const PictureIndex& index, const std::string& group);
 
 } // namespace picture
 
