@@ -19,8 +19,8 @@ if(TARGET clusrecord)
   install(TARGETS clusrecord RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(FILES tools/recording/clusrecord.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
-foreach(part clussim_clusapi clussim_resutils vcssim_hacf vcssim_haclus vcssim_haconf vcssim_hagrp vcssim_hares
-    vcssim_hastatus vcssim_hasys vcssim_vcsencrypt vcssim_vcssim)
+foreach(part clussim_clusapi clussim_resutils vcssim_haagent vcssim_hacf vcssim_haclus vcssim_haconf vcssim_hagrp
+    vcssim_hares vcssim_hastatus vcssim_hasys vcssim_vcsencrypt vcssim_vcssim)
   if(TARGET ${part})
     install(TARGETS ${part} RUNTIME DESTINATION simulator ARCHIVE DESTINATION simulator)
   endif()

@@ -92,6 +92,9 @@ const char* UsageOf(const std::string& tool) {
     if (tool == "hastatus") {
         return "hastatus -sum | -summary";
     }
+    if (tool == "haagent") {
+        return "haagent -display AGENT";
+    }
     if (tool == "hacf") {
         return "hacf -verify FOLDER";
     }

@@ -24,6 +24,8 @@ void Add(Context& context, Arguments& arguments) {
         context.output.Simulated("99022", "Type " + type + " does not exist");
     } else if (!configuration.GroupNamed(group)) {
         context.output.Warning("10133", "Group does not exist");
+    } else if (context.output.Switches().refusesRegistration) {
+        context.output.Simulated("10806", "Resource " + name + " cannot be registered");
     } else {
         configuration.AddResource(group, type, name);
         configuration.SetAttribute(name, "Enabled", "", "0");

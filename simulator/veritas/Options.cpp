@@ -39,6 +39,8 @@ Options ParseOptions(const std::string& list) {
             options.actsOnUnfreeze = entry == "unfreeze=acts";
         } else if (entry == "slow-offline=fault" || entry == "slow-offline=stuck") {
             options.faultsSlowOffline = entry == "slow-offline=fault";
+        } else if (entry == "registration=accepted" || entry == "registration=refused") {
+            options.refusesRegistration = entry == "registration=refused";
         } else if (entry == "scope=follows" || entry == "scope=keeps") {
             options.keepsScope = entry == "scope=keeps";
         } else {

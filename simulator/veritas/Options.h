@@ -18,6 +18,7 @@ struct Options {
     bool bareClusterState = false;     // cluster-state=bare|table
     bool actsOnUnfreeze = true;        // unfreeze=acts|waits
     bool keepsScope = false;           // scope=keeps|follows
+    bool refusesRegistration = false;  // registration=refused|accepted
     bool faultsSlowOffline = true;     // slow-offline=fault|stuck
     std::string nodeState = "RUNNING"; // node=RUNNING|LEAVING|REMOTE_BUILD|ADMIN_WAIT: of the one that the tools run on
 };

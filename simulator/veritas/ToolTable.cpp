@@ -11,8 +11,8 @@ struct KnownTool {
 };
 
 const KnownTool KnownTools[] = {
-    {"haconf", RunHaconf}, {"hasys", RunHasys},       {"hagrp", RunHagrp},   {"hares", RunHares},
-    {"haclus", RunHaclus}, {"hastatus", RunHastatus}, {"vcssim", RunVcssim},
+    {"haconf", RunHaconf}, {"hasys", RunHasys},       {"hagrp", RunHagrp},     {"hares", RunHares},
+    {"haclus", RunHaclus}, {"hastatus", RunHastatus}, {"haagent", RunHaagent}, {"vcssim", RunVcssim},
 };
 
 // What changes the mode of the configuration or of a system needs a node that is up; false after a message.

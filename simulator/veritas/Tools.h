@@ -52,6 +52,7 @@ struct Context {
 void RunTool(Context& context, const std::string& tool, const Arguments& arguments);
 
 // The first argument is the command: "-list".
+void RunHaagent(Context& context, Arguments arguments);
 void RunHaconf(Context& context, Arguments arguments);
 void RunHasys(Context& context, Arguments arguments);
 void RunHagrp(Context& context, Arguments arguments);

@@ -16,7 +16,7 @@ import sys
 from pathlib import Path
 
 SHIPPED = ["clusutil.dll", "CommonUtil.dll", "DebugLog.dll", "WebServerUtil.dll", "clusctl.exe", "clusrecord.dll", "clusapi.dll", "resutils.dll",
-           "hacf.exe", "haclus.exe", "haconf.exe", "hagrp.exe", "hares.exe", "hastatus.exe", "hasys.exe", "vcsencrypt.exe",
+           "haagent.exe", "hacf.exe", "haclus.exe", "haconf.exe", "hagrp.exe", "hares.exe", "hastatus.exe", "hasys.exe", "vcsencrypt.exe",
            "vcssim.exe", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"]
 RUNTIME = {"msvcrt.dll", "libstdc++-6.dll", "libgcc_s_seh-1.dll", "libwinpthread-1.dll"}
 CRYPTOGRAPHY = re.compile(r"\s+(Crypt|BCrypt|NCrypt)")

@@ -56,6 +56,7 @@ const struct {
     {"vcs-unfreeze", "a frozen group has to have a fault"},
     {"vcs-slow-offline", "a resource has to be taken offline"},
     {"vcs-scope", "modifies"},
+    {"vcs-registration", "a resource has to be added"},
     {"vcs-node-state", "the node has to leave"},
     {"vcs-engine", "the engine has to stop"},
 };

@@ -28,8 +28,10 @@ TEST_F(ToolOptions, AreReadFromAList) {
         vcssim::ParseOptions("summary=known,cluster-state=bare,unfreeze=waits,slow-offline=stuck");
     EXPECT_TRUE(others.shortSummary && others.bareClusterState);
     EXPECT_FALSE(others.actsOnUnfreeze || others.faultsSlowOffline);
-    EXPECT_FALSE(standard.keepsScope);
+    EXPECT_FALSE(standard.keepsScope || standard.refusesRegistration);
     EXPECT_TRUE(vcssim::ParseOptions("scope=keeps").keepsScope);
+    EXPECT_TRUE(vcssim::ParseOptions("registration=refused").refusesRegistration);
+    EXPECT_FALSE(vcssim::ParseOptions("registration=refused,registration=accepted").refusesRegistration);
     EXPECT_THROW(vcssim::ParseOptions("colour=red"), std::invalid_argument);
 }
 
@@ -43,8 +45,8 @@ TEST_F(ToolOptions, EndLinesAsAsked) {
 TEST_F(ToolOptions, TakeTheEngineDownForEveryTool) {
     m_environment.options.engineIsUp = false;
     const std::vector<std::pair<const char*, const char*>> runs = {
-        {"haconf", "-makerw"}, {"hasys", "-list"},   {"hagrp", "-list"},        {"hares", "-list"},
-        {"haclus", "-state"},  {"hastatus", "-sum"}, {"vcsencrypt", "-agent x"}};
+        {"haconf", "-makerw"}, {"hasys", "-list"},   {"hagrp", "-list"},         {"hares", "-list"},
+        {"haclus", "-state"},  {"hastatus", "-sum"}, {"vcsencrypt", "-agent x"}, {"haagent", "-display IP"}};
     for (const auto& run : runs) {
         const bool ofStatus = std::string(run.first) == "hastatus";
         EXPECT_EQ(Run(run.first, run.second),

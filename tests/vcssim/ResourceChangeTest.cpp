@@ -52,6 +52,15 @@ TEST_F(ToolResourceChange, RefusesAResourceThatCannotBe) {
     EXPECT_FALSE(HasFile(L".live"));
 }
 
+TEST_F(ToolResourceChange, RefusesToRegisterAResource) {
+    m_environment.options.refusesRegistration = true;
+    EXPECT_EQ(Run("hares", "-add New IP G"),
+              "VCS WARNING V-16-1-10806 (simulated) Resource New cannot be registered\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_FALSE(HasFile(L".live"));
+    EXPECT_THAT(Run("hares", "-add G-IP IP G"), HasSubstr("V-16-1-99021")) << "what is wrong with it goes first";
+}
+
 TEST_F(ToolResourceChange, TakesTheTypesThatAreInUse) {
     WriteFile(L"", "group G (\n\t)\n\n\tOwnType r (\n\t\t)\n");
     Run("hares", "-add s OwnType G");

@@ -1,4 +1,4 @@
-// hastatus, haclus and hacf.
+// hastatus, haclus, hacf and haagent.
 #include "ToolTest.h"
 
 #include "common/Text.h"
@@ -129,5 +129,18 @@ TEST_F(ToolStatus, WhatIsWrongWithAConfigurationIsNamed) {
         WriteFile(L"", entry.first);
         EXPECT_THAT(Run("hacf", "-verify " + Folder()), HasSubstr(entry.second));
         EXPECT_EQ(m_exitCode, 1);
+    }
+}
+
+TEST_F(ToolStatus, AnAgentThatIsNotThereIsRefused) {
+    EXPECT_EQ(Run("haagent", "-display NoSuchType"), "VCS WARNING V-16-1-13301 Attempt to access non-existent agent\n");
+    EXPECT_EQ(m_exitCode, 1);
+    EXPECT_TRUE(m_pieces.at(0).toErrors);
+    EXPECT_EQ(Run("haagent", "-display IP"),
+              "VCS WARNING V-16-1-99061 (simulated) Not simulated: what haagent shows of an agent\n");
+    EXPECT_EQ(m_exitCode, 1);
+    for (const char* const arguments : {"", "-display", "-display IP NIC", "-list"}) {
+        EXPECT_EQ(Run("haagent", arguments), "usage: haagent -display AGENT\n");
+        EXPECT_EQ(m_exitCode, 2);
     }
 }

@@ -116,6 +116,7 @@ const std::vector<ProbeRule>& VcsRules() {
         {"vcs-unfreeze", "whether faults of a frozen group are acted on when it is unfrozen"},
         {"vcs-slow-offline", "what becomes of a resource that does not go offline in time"},
         {"vcs-scope", "whether hares -modify makes an attribute local or global"},
+        {"vcs-registration", "whether hares -add ends in message 10806"},
         {"vcs-node-state", "what is refused while the node leaves, or waits for its configuration"},
         {"vcs-engine", "what the tools print while the engine does not run, or starts"},
     };
