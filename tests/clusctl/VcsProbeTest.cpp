@@ -1,10 +1,10 @@
 // The probe of VCS: all as simulated on the simulator, exactly one rule different where one thing is otherwise, and
 // none where an answer is only refused.
 #include "Probe.h"
+#include "SimulatedTool.h"
 
 #include "Options.h"
 #include "Process.h"
-#include "Tools.h"
 
 #include "common/Text.h"
 
@@ -197,43 +197,11 @@ protected:
         return platform::ThisProcess().files;
     }
 
-    static std::vector<std::string> Split(const std::string& text) {
-        std::istringstream stream(text);
-        std::vector<std::string> words;
-        for (std::string word; stream >> word;) {
-            words.push_back(word);
-        }
-        return words;
-    }
-
-    static ToolOutput Ask(const vcssim::Options& options, const std::string& tool, const std::string& arguments) {
-        vcssim::Output output(options);
-        if (arguments == "-help") {
-            output.Print(std::string("usage: ") + vcssim::UsageOf(tool) + "\n");
-        } else {
-            vcssim::Store store{vcssim::ClusterFiles(MainCf)};
-            vcssim::Cluster cluster = store.Load();
-            vcssim::Context context = {cluster, store, output};
-            vcssim::RunTool(context, tool, vcssim::Arguments(Split(arguments)));
-            store.Save(cluster);
-        }
-        ToolOutput answer;
-        for (const vcssim::OutputPiece& piece : output.Pieces()) {
-            (piece.toErrors ? answer.errors : answer.raw) += piece.text;
-        }
-        answer.output = answer.raw;
-        for (std::string* text : {&answer.output, &answer.errors}) {
-            text->erase(std::remove(text->begin(), text->end(), '\r'), text->end());
-        }
-        answer.exitCode = static_cast<unsigned long>(output.ExitCode());
-        return answer;
-    }
-
     static ProbeAnswers Probe(const char* options, const std::string& command, const Change& change) {
         const vcssim::Options switches = vcssim::ParseOptions(options);
         return ProbeVcs([&](const std::wstring& tool, const std::wstring& arguments) {
             const std::string given = common::ToUtf8(arguments);
-            ToolOutput answer = Ask(switches, common::ToUtf8(tool), given);
+            ToolOutput answer = RunSimulatedTool(MainCf, switches, common::ToUtf8(tool), given);
             if (change && (common::ToUtf8(tool) + " " + given).compare(0, command.size(), command) == 0) {
                 change(given, answer);
             }

@@ -1,12 +1,17 @@
-// Reads texts as recordings: what is taken is written again and read as the same. Takes the bytes for what the cluster
-// and its tools give, and hides in them what must not be in a recording.
+// Reads texts as recordings: what is taken is written again and read as the same, and the model of VCS that is made of
+// it is one that the simulator reads. Takes the bytes for what the cluster and its tools give, and hides in them what
+// must not be in a recording.
 #include "FuzzInput.h"
 
 #include "Bytes.h"
 #include "Recording.h"
 #include "ToolText.h"
+#include "VcsModelMaker.h"
 
 #include "common/Text.h"
+
+#include <CfDocument.h>
+#include <State.h>
 
 #include <string>
 
@@ -23,9 +28,37 @@ std::string Written(const recording::Recording& recording) {
     return text + recording::EndLine(recording.calls.size(), recording.tools.size(), nullptr);
 }
 
+void CheckModel(const recording::Recording& recording) {
+    try {
+        const RecordedVcsModel model = MakeVcsModel(recording);
+        const vcssim::CfDocument configuration(model.mainCf);
+        FUZZ_CHECK(configuration.Groups().size() == model.groups);
+        FUZZ_CHECK(configuration.Systems().size() == model.systems && model.systems != 0);
+        vcssim::ReadState(common::DumpJson(model.states));
+    } catch (const vcssim::CfError& error) { // of names that no configuration can have
+        FUZZ_CHECK(error.what()[0] != '\0');
+    }
+}
+
+// A run of a tool in each part: the command line, and behind it the output.
+void CheckRuns(const std::string& text) {
+    recording::Recording recording;
+    recording.header.computer = "N";
+    for (std::string part : PartsOf(text, '$')) {
+        recording::RecordedTool run;
+        run.commandLine = TakeLine(part);
+        run.exitCode = part.empty() ? 1 : 0;
+        run.output.push_back({part.empty(), part});
+        recording.tools.push_back(run);
+    }
+    CheckModel(recording);
+}
+
 void CheckText(const std::string& text) {
     try {
-        const std::string written = Written(recording::ReadRecording(text));
+        const recording::Recording taken = recording::ReadRecording(text);
+        CheckModel(taken);
+        const std::string written = Written(taken);
         const recording::Recording again = recording::ReadRecording(written);
         FUZZ_CHECK(!again.isCut && Written(again) == written);
     } catch (const common::JsonError& error) {
@@ -67,5 +100,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckText(text);
     CheckBytes(data, size);
     CheckTools(text);
+    CheckRuns(text);
     return 0;
 }

@@ -1,4 +1,4 @@
-// The model of the failover cluster that a recording was made of, as far as the recording tells.
+// The model of the cluster that a recording was made of, as far as the recording tells.
 #ifndef CLUSCTL_MODELFROMRECORDING_H
 #define CLUSCTL_MODELFROMRECORDING_H
 
@@ -16,7 +16,7 @@ struct RecordedModel {
     std::vector<std::string> missing;
 };
 
-// Throws Failure when the recording names no node at all, which no model can be without.
+// Of a failover cluster. Throws Failure when the recording holds no call.
 RecordedModel ModelFromRecording(const recording::Recording& recording);
 
 // Adds "from-recording" to the family of commands about models.

@@ -102,8 +102,7 @@ void RequireModel(const std::wstring& file) {
     const std::string text = TextOfModel(ModelFile(file));
     if (IsRecording(text)) {
         throw Failure(Errors::NotPossible, Quoted(file) + " is a recording, not a model")
-            .Hint(IsRecordingOfVcs(text) ? "Of a recorded \"vcs snapshot\", the same command with --model makes one."
-                                         : "\"clusctl model from-recording\" makes one of it.");
+            .Hint("\"clusctl model from-recording\" makes one of it.");
     }
 }
 

@@ -17,14 +17,6 @@ const unsigned MajorVersionOf2008 = 6;
 
 } // namespace
 
-std::string Joined(const ModelMaker::Texts& texts) {
-    std::string joined;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        joined += (i == 0 ? "" : i + 1 == texts.size() ? " and " : ", ") + texts[i];
-    }
-    return joined;
-}
-
 bool IsSameName(const std::string& first, const std::string& second) {
     return common::Folded(common::ToUtf16(first)) == common::Folded(common::ToUtf16(second));
 }
@@ -33,24 +25,6 @@ const RecordedObject* Find(const std::vector<RecordedObject>& objects, const std
     const auto found = std::find_if(objects.begin(), objects.end(),
                                     [&name](const RecordedObject& object) { return IsSameName(object.name, name); });
     return found == objects.end() ? nullptr : &*found;
-}
-
-void ModelMaker::Untold(const Texts& parts, const std::string& name) {
-    if (parts.empty()) {
-        return;
-    }
-    const std::string what = Joined(parts);
-    auto known = std::find_if(m_untold.begin(), m_untold.end(),
-                              [&what](const std::pair<std::string, Texts>& told) { return told.first == what; });
-    known = known == m_untold.end() ? m_untold.insert(known, {what, Texts()}) : known;
-    known->second.push_back(Quoted(name));
-}
-
-void ModelMaker::MissUntold() {
-    for (const auto& told : m_untold) {
-        Miss("the recording does not tell " + told.first + " of " + Joined(told.second));
-    }
-    m_untold.clear();
 }
 
 std::string ModelMaker::MadeUp(const std::string& what, const std::string& name, const std::string& otherwise) {
@@ -80,9 +54,7 @@ void ModelMaker::AddLists() {
             unlisted.emplace_back(plural);
         }
     }
-    if (!unlisted.empty()) {
-        Miss("the recording does not list all " + Joined(unlisted) + ": the model has those that it names");
-    }
+    m_missing.MissLists(unlisted);
 }
 
 Json ModelMaker::Nodes() {
@@ -144,10 +116,10 @@ Json ModelMaker::Groups() {
         } else if (!common.value.empty()) {
             model["common"] = common.value;
         }
-        Untold(untold, group.name);
+        m_missing.Untold(untold, group.name);
         groups.push_back(std::move(model));
     }
-    MissUntold();
+    m_missing.MissUntold();
     return groups;
 }
 
@@ -195,15 +167,7 @@ Json ModelMaker::Behaviour() {
 
 RecordedModel ModelMaker::Make() {
     std::vector<RecordedObject>& nodes = m_cluster.objects[static_cast<std::size_t>(RecordedKind::Node)];
-    if (m_recording.isCut) {
-        Miss("the end of the recording is missing: the command that it was made of was ended by force");
-    }
-    if (m_recording.header.isAnonymised) {
-        Miss("names, addresses and binary values of the recording are not those of the cluster");
-    }
-    if (m_cluster.hasChanged) {
-        Miss("the command changed the cluster: of each object the model has what was read last");
-    }
+    m_missing.MissWhole(m_recording, m_cluster.hasChanged);
     if (nodes.empty()) {
         nodes.emplace_back();
         nodes.back().name = m_recording.header.computer;
@@ -234,5 +198,5 @@ RecordedModel ModelMaker::Make() {
     }
     model["resources"] = std::move(resources);
     NameThisComputer(model, m_recording.header.computer);
-    return {std::move(model), std::move(m_missing)};
+    return {std::move(model), m_missing.Take()};
 }

@@ -186,7 +186,7 @@ Json ModelMaker::ResourceOf(const RecordedObject& resource, std::size_t number) 
     } else if (flags.value.is_null()) {
         untold.emplace_back("the flags");
     }
-    Untold(untold, resource.name);
+    m_missing.Untold(untold, resource.name);
     return model;
 }
 
@@ -201,6 +201,6 @@ Json ModelMaker::Resources() {
         }
     }
     AddUntoldTypes();
-    MissUntold();
+    m_missing.MissUntold();
     return resources;
 }

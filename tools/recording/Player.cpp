@@ -23,14 +23,6 @@ std::uint64_t NumberOf(Slot handle) {
     return isOurs ? (handle - FirstHandle) / HandleStep : static_cast<std::uint64_t>(-1);
 }
 
-std::string BytesOfText(const std::string& utf8) {
-    std::string bytes;
-    for (const wchar_t c : common::ToUtf16(utf8)) {
-        bytes += static_cast<char>(static_cast<unsigned char>(c));
-    }
-    return bytes;
-}
-
 } // namespace
 
 Player::Player(Recording recording) : m_recording(std::move(recording)) {

@@ -2,6 +2,8 @@
 
 #include "CallLine.h"
 
+#include "common/Text.h"
+
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -214,6 +216,14 @@ std::string LineOf(const RecordedTool& tool) {
 
 std::string EndLine(std::uint64_t calls, std::uint64_t tools, const Json& exitCode) {
     return common::DumpJsonLine({{"end", {{"calls", calls}, {"tools", tools}, {"exitCode", exitCode}}}}) + "\n";
+}
+
+std::string BytesOfText(const std::string& text) {
+    std::string bytes;
+    for (const wchar_t c : common::ToUtf16(text)) {
+        bytes += static_cast<char>(static_cast<unsigned char>(c));
+    }
+    return bytes;
 }
 
 bool IsRecording(const std::string& text) {

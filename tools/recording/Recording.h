@@ -49,6 +49,9 @@ struct Printed {
     std::string text; // UTF-8
 };
 
+// What the tool printed, byte by byte.
+std::string BytesOfText(const std::string& text);
+
 // A run of a VCS tool.
 struct RecordedTool {
     std::string commandLine;
