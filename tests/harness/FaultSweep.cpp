@@ -138,25 +138,40 @@ void SweepRuns::Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& eve
     const unsigned long code = test.Cluster().Happen(event.event, event.name, event.node, error, sizeof(error));
     ASSERT_TRUE(code == ERROR_SUCCESS || code == ERROR_IO_PENDING) << event.event << ": " << code << " " << error;
 
-    const std::string text = std::string(event.event) + " " + event.name + " " + event.node;
+    std::string text = std::string(event.event) + " " + event.name + " " + event.node;
+    text.erase(text.find_last_not_of(' ') + 1);
+    unsigned step = 0;
+    Run(test, sweep,
+        {text, CodeAfter(event),
+         [&](unsigned n) {
+             step = n;
+             test.AddFault("*#" + std::to_string(n) + "=event:\"" + text + "\"");
+         },
+         [&] {
+             const bool happened = test.Cluster().Journal().find("\"event\": ") != std::string::npos;
+             EXPECT_EQ(happened, test.Cluster().CallCount(nullptr) >= step);
+             return happened;
+         }});
+}
+
+void SweepRuns::Run(LibraryTest& test, const Sweep& sweep, const Befalling& befalling) {
     SweepRuns runs(test);
     bool happened = true;
     for (unsigned n = 1; happened && !::testing::Test::HasFailure(); ++n) {
         ASSERT_LE(n, sweep.limit);
         sweep.prepare();
-        test.AddFault("*#" + std::to_string(n) + "=event:\"" + text.substr(0, text.find_last_not_of(' ') + 1) + "\"");
+        befalling.before(n);
         test.Forget();
         SweepRun done;
         ++runs.m_runs;
         runs.Operate(sweep, done, [&](SweepRun& run) {
-            happened = test.Cluster().Journal().find("\"event\": ") != std::string::npos;
+            happened = befalling.hasHappened();
             run.faulted = happened;
             run.isEvent = happened;
-            run.fault = happened ? text : "nothing";
-            run.code = happened ? CodeAfter(event) : ERROR_SUCCESS;
+            run.fault = happened ? befalling.what : "nothing";
+            run.code = happened ? befalling.code : ERROR_SUCCESS;
             EXPECT_FALSE(run.threw);
-            EXPECT_EQ(happened, test.Cluster().CallCount(nullptr) >= n);
-            return text + " before cluster call " + std::to_string(n);
+            return befalling.what + " before step " + std::to_string(n);
         });
         runs.m_failures += happened ? 1 : 0;
     }

@@ -70,6 +70,15 @@ const SweepEvent HandlesGoStale = {"handles-stale", "", ""};
 // What EventSweep brings about by itself: the service stops, the handles go stale, and the group EVS1 moves to NODE-B.
 extern const std::vector<SweepEvent> SweepEvents;
 
+// Something that happens while an operation is under way.
+struct Befalling {
+    std::string what;
+    DWORD code = ERROR_SUCCESS; // that open handles give then
+    std::function<void(unsigned n)>
+        before; // makes it happen just before the n-th step of the next run of the operation
+    std::function<bool()> hasHappened;
+};
+
 // What FaultSweep does with a fixture.
 class SweepRuns {
 public:
@@ -82,6 +91,8 @@ public:
     SweepRuns& operator=(const SweepRuns&) = delete;
     void Run(const Sweep& sweep);
     static void Run(ClusterTest& test, const Sweep& sweep, const SweepEvent& event);
+    // Before the 1st, 2nd, ... step, until the operation has ended before it happens.
+    static void Run(LibraryTest& test, const Sweep& sweep, const Befalling& befalling);
 
 private:
     enum class What {

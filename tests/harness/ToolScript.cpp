@@ -112,6 +112,9 @@ BOOL ToolScript::Create(const CreateProcessArguments& arguments, LPPROCESS_INFOR
         SetLastError(reply.startError);
         return FALSE;
     }
+    if (onAnswer) {
+        onAnswer(run.commandLine, reply.output, reply.exitCode);
+    }
     if (onRun) {
         onRun(run);
     }

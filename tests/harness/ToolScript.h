@@ -65,6 +65,9 @@ public:
         return m_runs;
     }
 
+    // Called with the answer to each run that starts, which it may change.
+    std::function<void(const std::wstring& commandLine, std::string& output, DWORD& exitCode)> onAnswer;
+
     // Called in each run that starts, before its output is written.
     std::function<void(const ToolRun&)> onRun;
 
