@@ -11,6 +11,9 @@ namespace common {
 
 namespace {
 
+// An object that grows copies the names of its members: most have no more than this.
+const std::size_t UsualMembers = 8;
+
 // Builds the document while the parser reads it.
 class DocumentBuilder : public nlohmann::json_sax<Json> {
 public:
@@ -48,6 +51,7 @@ public:
     }
     bool start_object(std::size_t) override {
         m_open.push_back(&Add(Json::object()));
+        m_open.back()->get_ref<Json::object_t&>().reserve(UsualMembers);
         return true;
     }
     bool key(string_t& name) override {

@@ -5,12 +5,17 @@
 #include "common/Json.h"
 #include "common/Text.h"
 
+#include <utility>
+
 namespace clussim {
 
 using common::Json;
 using common::ToUtf8;
 
 namespace {
+
+// Of a resource. An object that grows copies the names of its members.
+const std::size_t UsualMembers = 12;
 
 std::string NodeText(const Node& node) {
     return node.isThisComputer ? "." : ToUtf8(node.name);
@@ -48,13 +53,19 @@ Json PropertiesJson(const PropertySet& properties) {
             value = {{"binary", common::HexDigits(item.value.bytes.data(), item.value.bytes.size())}};
             break;
         }
-        json[ToUtf8(item.name)] = value;
+        json[ToUtf8(item.name)] = std::move(value);
     }
     return json;
 }
 
+Json ObjectOfResource() {
+    Json json = Json::object();
+    json.get_ref<Json::object_t&>().reserve(UsualMembers);
+    return json;
+}
+
 Json ResourceJson(const Resource& resource) {
-    Json json;
+    Json json = ObjectOfResource();
     json["name"] = ToUtf8(resource.name);
     json["type"] = ToUtf8(resource.type->name);
     json["id"] = ToUtf8(resource.id);
@@ -84,7 +95,7 @@ Json ResourceJson(const Resource& resource) {
         common["PersistentState"] = resource.isWanted ? 1 : 0;
     }
     if (!common.empty()) {
-        json["common"] = common;
+        json["common"] = std::move(common);
     }
     if (!resource.privateProperties.Items().empty()) {
         json["private"] = PropertiesJson(resource.privateProperties);
@@ -106,9 +117,9 @@ Json ResourceJson(const Resource& resource) {
             if (!partition.label.empty()) {
                 item["label"] = ToUtf8(partition.label);
             }
-            disk["partitions"].push_back(item);
+            disk["partitions"].push_back(std::move(item));
         }
-        json["disk"] = disk;
+        json["disk"] = std::move(disk);
     }
     if (!resource.unread.empty()) {
         json["unread"] = resource.unread;
@@ -228,7 +239,7 @@ std::string WriteModel(const Model& model) {
             for (const Node* node : type.hosts) {
                 item["nodes"].push_back(NodeText(*node));
             }
-            json["resourceTypes"].push_back(item);
+            json["resourceTypes"].push_back(std::move(item));
         }
     }
     json["nodes"] = Json::array();
@@ -243,7 +254,7 @@ std::string WriteModel(const Model& model) {
         if (!node.unread.empty()) {
             item["unread"] = node.unread;
         }
-        json["nodes"].push_back(item);
+        json["nodes"].push_back(std::move(item));
     }
     WriteNetworks(model, json);
     json["groups"] = Json::array();
@@ -271,7 +282,7 @@ std::string WriteModel(const Model& model) {
         if (group.failbackAt != 0) {
             item["failbackAt"] = group.failbackAt;
         }
-        json["groups"].push_back(item);
+        json["groups"].push_back(std::move(item));
     }
     json["resources"] = Json::array();
     for (const Resource& resource : model.resources) {
