@@ -32,6 +32,12 @@ CLUSSIM_API size_t ClusSimReadModel(char* buffer, size_t cb);
 // The model's "settings" as JSON; an empty text when it has none, and 0 when there is no model that can be read.
 CLUSSIM_API size_t ClusSimReadSettings(char* buffer, size_t cb);
 
+// From now on the file that CLUSSIM_FILE names is this process's alone: once it has been read it is not looked at
+// again, and what calls change is kept, until ClusSimWriteKeptFile writes it. 0, or the Win32 code when it cannot be
+// written.
+CLUSSIM_API void ClusSimKeepFile(void);
+CLUSSIM_API unsigned long ClusSimWriteKeptFile(void);
+
 // Forgets the model, faults, journal, counters and the manual clock; the next cluster call reads CLUSSIM_FILE again.
 // Handles still open stay valid for closing only.
 CLUSSIM_API void ClusSimReset(void);

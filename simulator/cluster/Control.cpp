@@ -57,6 +57,18 @@ size_t ClusSimReadSettings(char* buffer, size_t cb) {
     return settings ? CopyOut(*settings, buffer, cb) : 0;
 }
 
+void ClusSimKeepFile(void) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    service.KeepFile();
+}
+
+unsigned long ClusSimWriteKeptFile(void) {
+    Service& service = Service::Instance();
+    const Guard guard(service.lock);
+    return service.WriteKeptFile();
+}
+
 void ClusSimReset(void) {
     Service& service = Service::Instance();
     const Guard guard(service.lock);

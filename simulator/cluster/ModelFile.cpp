@@ -97,6 +97,7 @@ void ModelFile::SetPath(const std::wstring& path) {
     m_systemPath = SystemPath(m_path);
     m_lock = common::FileLock(m_path);
     m_told.clear();
+    m_isKept = m_isUnwritten = false;
     Forget();
 }
 
@@ -121,7 +122,8 @@ Model* ModelFile::Current() {
     if (m_path.empty()) {
         return nullptr;
     }
-    if (!m_stamp || HasChanged()) {
+    const bool isKnown = m_isKept && m_model;
+    if (!isKnown && (!m_stamp || HasChanged())) {
         Read();
     }
     return m_model.get();
@@ -175,6 +177,22 @@ void ModelFile::Read() {
 }
 
 Code ModelFile::Write() {
+    if (m_isKept) {
+        m_isUnwritten = true;
+        return ERROR_SUCCESS;
+    }
+    return Replace();
+}
+
+Code ModelFile::WriteKept() {
+    if (!m_isUnwritten || !m_model) {
+        return ERROR_SUCCESS;
+    }
+    m_isUnwritten = false;
+    return Replace();
+}
+
+Code ModelFile::Replace() {
     std::string text = WriteModel(*m_model);
     try {
         common::WriteWholeFile(m_path, text);

@@ -32,6 +32,15 @@ public:
     // is forgotten when it cannot be written.
     Code Write();
 
+    // From now on the file is this process's alone: it is not looked at again once it has been read, and changes are
+    // kept until WriteKept. Until SetPath names another one.
+    void Keep() {
+        m_isKept = true;
+    }
+
+    // Writes what has been changed since Keep. The Win32 code, as of Write.
+    Code WriteKept();
+
     // Keeps other processes from reading and changing the file.
     common::FileLock& Lock() {
         return m_lock;
@@ -52,6 +61,7 @@ private:
     std::optional<Stamp> StampOfFile() const;
     void Read();
     void Forget();
+    Code Replace();
     void Tell(const std::string& message);
 
     std::wstring m_path;
@@ -63,6 +73,8 @@ private:
     std::optional<Stamp> m_stamp;      // of the file with that text; none while a change might not show in it
     std::int64_t m_looked = 0;         // QueryPerformanceCounter when the file was compared with it last
     std::string m_told;
+    bool m_isKept = false;
+    bool m_isUnwritten = false; // of a kept file: the model is not what the file holds
 };
 
 // GetComputerNameW.

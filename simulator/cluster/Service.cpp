@@ -276,6 +276,16 @@ void Service::ClearFaults() {
     m_faults.Clear();
 }
 
+void Service::KeepFile() {
+    LoadConfiguration();
+    m_file.Keep();
+}
+
+Code Service::WriteKeptFile() {
+    const common::FileLock::Turn turn(m_file.Lock());
+    return m_file.WriteKept();
+}
+
 void Service::UseManualClock() {
     m_manualNow = Now();
     m_manualClock = true;

@@ -68,6 +68,8 @@ public:
     void Reset();
     void AddFault(const std::string& text); // throws common::FaultError
     void ClearFaults();
+    void KeepFile();
+    Code WriteKeptFile();
     void UseManualClock();
     Code AdvanceClock(std::uint64_t milliseconds);
     bool SeeFrom(const std::string& node);

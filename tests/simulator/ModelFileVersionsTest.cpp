@@ -286,3 +286,61 @@ TEST_F(ModelFileVersions, WhatAnotherProcessMakesIsSeenWhileItGoesOn) {
     EXPECT_EQ(found, 25);
     EXPECT_EQ(writer.Wait(), 0u);
 }
+
+TEST_F(ModelFileVersions, AKeptFileIsWrittenAtLast) {
+    UseOldFile();
+    ClusSimKeepFile();
+    EXPECT_EQ(OfflineClusterResource(Resource(L"EVS1 IP")), 0u);
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOffline);
+    EXPECT_EQ(Read(), MailCluster);
+    EXPECT_EQ(ClusSimWriteKeptFile(), 0u);
+    const std::string written = Read();
+    EXPECT_EQ(written, ReadModel());
+    EXPECT_NE(written, MailCluster);
+    Write(MailCluster);
+    EXPECT_EQ(ClusSimWriteKeptFile(), 0u);
+    EXPECT_EQ(Read(), MailCluster) << "nothing has been changed since it was written";
+}
+
+TEST_F(ModelFileVersions, AKeptFileIsNotLookedAtAgain) {
+    Write(MailCluster); // just now: it would be read at each call
+    SetEnvironmentVariableW(L"CLUSSIM_FILE", m_path.c_str());
+    ClusSimKeepFile();
+    m_cluster = ClusterOwner(OpenCluster(nullptr));
+    ASSERT_NE(static_cast<HCLUSTER>(m_cluster), nullptr);
+    std::size_t opened = 0;
+    const auto counting = CountOpening(opened);
+    Write("{");
+    EXPECT_EQ(StateOf(L"EVS1 IP"), ClusterResourceOnline);
+    EXPECT_EQ(opened, 0u);
+    EXPECT_EQ(ClusSimWriteKeptFile(), 0u);
+    EXPECT_EQ(Read(), "{") << "nothing has been changed";
+}
+
+TEST_F(ModelFileVersions, AKeptFileThatCannotBeWrittenIsTold) {
+    UseOldFile();
+    ClusSimKeepFile();
+    EXPECT_EQ(OfflineClusterResource(Resource(L"EVS1 IP")), 0u);
+    const auto full = PatchImportOf(Simulator(), kernel32, CreateFileW,
+                                    [](LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                                       DWORD how, DWORD flags, HANDLE sample) -> HANDLE {
+                                        if (access == GENERIC_WRITE) {
+                                            SetLastError(ERROR_DISK_FULL);
+                                            return INVALID_HANDLE_VALUE;
+                                        }
+                                        return CreateFileW(path, access, share, security, how, flags, sample);
+                                    });
+    EXPECT_EQ(ClusSimWriteKeptFile(), static_cast<unsigned long>(ERROR_DISK_FULL));
+    EXPECT_EQ(Read(), MailCluster);
+}
+
+TEST_F(ModelFileVersions, AResetEndsTheKeepingOfAFile) {
+    UseOldFile();
+    ClusSimKeepFile();
+    m_cluster = ClusterOwner();
+    ClusSimReset();
+    m_cluster = ClusterOwner(OpenCluster(nullptr));
+    ASSERT_NE(static_cast<HCLUSTER>(m_cluster), nullptr);
+    EXPECT_EQ(OfflineClusterResource(Resource(L"EVS1 IP")), 0u);
+    EXPECT_NE(Read(), MailCluster);
+}
