@@ -51,6 +51,29 @@ TEST(ClusterCalls, CodesComeFromTheErrorOrTheResult) {
     EXPECT_EQ(calls[5].code, 5010U);
 }
 
+TEST(ClusterCalls, OnlyTextsAndWholeNumbersTellAnything) {
+    const std::vector<ClusterCall> calls = ReadClusterCalls(
+        R"({"seq":1,"call":"OpenClusterGroup","args":{"cluster":1,"name":"EVS1"},"result":7}
+[1, 2]
+"OpenCluster"
+{"call":"OpenClusterNode","args":{"name":"cut
+{"call":"ClusterGroupOpenEnum","args":{"group":7,"type":2},"result":8}
+{"call":"ClusterGroupEnum","args":{"enum":8,"index":0,"cch":256},"result":0}
+{"call":"OnlineClusterGroup","args":{"group":7,"node":null,"more":{"args":{"x":1},"call":"Other"},"list":["y"]},"result":997}
+{"call":"ResUtilResourceTypesEqual","args":{"type":"A","resource":null},"result":true}
+{"call":"CloseClusterGroup","args":{"handle":7},"result":false,"error":6})");
+    std::vector<std::string> texts;
+    std::vector<unsigned long> codes;
+    for (const ClusterCall& call : calls) {
+        texts.push_back(call.text);
+        codes.push_back(call.code);
+    }
+    EXPECT_EQ(texts, (std::vector<std::string>{"OpenClusterGroup(EVS1)", "ClusterGroupOpenEnum(EVS1, type 2)",
+                                               "ClusterGroupEnum(EVS1, type 2, index 0)", "OnlineClusterGroup(EVS1)",
+                                               "ResUtilResourceTypesEqual(A)", "CloseClusterGroup(EVS1)"}));
+    EXPECT_EQ(codes, (std::vector<unsigned long>{0, 0, 0, 997, 0, 6}));
+}
+
 TEST(ClusterCalls, WhatAsksFailsForWantOfTheServerAndWhatChangesIsDenied) {
     EXPECT_EQ(UsualCodeOf("GetClusterResourceState"), 1722U);
     EXPECT_EQ(UsualCodeOf("ClusterEnum"), 1722U);
