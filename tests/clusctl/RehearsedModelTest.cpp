@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 Json TwoNodes() {
@@ -64,6 +67,26 @@ TEST(RehearsedModel, EndsAreComparedWithoutTimesAndNewIds) {
     EXPECT_NE(ComparableEnd(before, first), ComparableEnd(before, second));
     EXPECT_TRUE(ModelDifference(before, before).empty());
     EXPECT_FALSE(ModelDifference(before, first).empty());
+}
+
+TEST(RehearsedModel, WhatIsInAnotherPlaceOfItsListIsTheSame) {
+    Json before = TwoNodes();
+    before["resources"].push_back({{"name", "Gate"}, {"type", "T"}, {"group", "EVS1"}, {"id", "3"}});
+    Json after = before;
+    after["resources"].erase(1);
+    after["cluster"]["clock"] = 6000;
+    const std::vector<std::string> gone = ModelDifference(before, after);
+    EXPECT_EQ(std::count(gone.begin(), gone.end(), "-      \"name\": \"IS\","), 1);
+    EXPECT_EQ(std::count(gone.begin(), gone.end(), "-      \"name\": \"Gate\","), 0);
+    std::swap(before["resources"][0], before["resources"][2]);
+    after["resources"] = before["resources"];
+    std::swap(after["resources"][0], after["resources"][1]);
+    EXPECT_EQ(ModelDifference(before, after), std::vector<std::string>());
+    after["resources"][0]["state"] = "Failed";
+    const std::vector<std::string> lines = ModelDifference(before, after);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "       \"id\": \"2\","), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "-      \"state\": \"OnlinePending\","), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "+      \"state\": \"Failed\","), 1);
 }
 
 TEST(RehearsedModel, WhatStaysDownHasTheNearestReason) {

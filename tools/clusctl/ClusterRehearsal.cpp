@@ -14,6 +14,8 @@
 
 #include <clus_VirtualServerUtil.h>
 
+#include <utility>
+
 namespace {
 
 const Columns NodeColumns = {{"name", "NODE"}, {"stateBefore", "BEFORE"}, {"stateAfter", "AFTER"}};
@@ -23,27 +25,32 @@ const Columns DownColumns = {{"name", "STAYS DOWN"}, {"group", "GROUP"}, {"state
 
 const std::int64_t LongestSettling = 3600000; // milliseconds
 
+// The loaded model.
+WrittenModelPointer ReadModel() {
+    return std::make_shared<const WrittenModel>(ClusterSimulator::Read());
+}
+
 // Advances the clock of the loaded model until nothing goes on. False when something does after an hour.
-bool LetEnd(Json& model) {
-    const std::int64_t start = ClockOf(model);
-    for (std::int64_t next = NextEnd(model); next > ClockOf(model); next = NextEnd(model)) {
+bool LetEnd(WrittenModelPointer& model) {
+    const std::int64_t start = ClockOf(model->json);
+    for (std::int64_t next = NextEnd(model->json); next > ClockOf(model->json); next = NextEnd(model->json)) {
         if (next - start > LongestSettling) {
             return false;
         }
-        ClusterSimulator::AdvanceClock(static_cast<unsigned>(next - ClockOf(model)));
-        model = ClusterSimulator::Read();
+        ClusterSimulator::AdvanceClock(static_cast<unsigned>(next - ClockOf(model->json)));
+        model = ReadModel();
     }
     return true;
 }
 
 // What goes on in the model is let end; nothing is told of it.
-Json Settled(const Json& model) {
-    if (NextEnd(model) == 0) {
-        return model;
+WrittenModelPointer Settled(const std::string& model) {
+    auto settled = std::make_shared<const WrittenModel>(model);
+    if (NextEnd(settled->json) != 0) {
+        ClusterSimulator::Load(model);
+        settled = ReadModel();
+        LetEnd(settled);
     }
-    ClusterSimulator::Load(model);
-    Json settled = ClusterSimulator::Read();
-    LetEnd(settled);
     return settled;
 }
 
@@ -53,21 +60,21 @@ bool HasFaults(const Json& model) {
 
 class SweptCopy : public SweptRehearsal {
 public:
-    SweptCopy(const Json& before, const SweptEnds& ends, const Words& command, const std::string& fault,
+    SweptCopy(const WrittenModel& before, const SweptEnds& ends, const Words& command, const std::string& fault,
               const std::wstring& rehearsed)
-        : m_before(before), m_ends(ends), m_run(before, command, {fault}, rehearsed, true) {
+        : m_before(before), m_ends(ends), m_run(before.text, command, {fault}, rehearsed, true) {
     }
     const ChildProgram& Program() const override {
         return m_run.Program();
     }
     SweepRun Finish() override {
         const CopyResult result = m_run.Finish();
-        const Json end = ComparableEnd(m_before, Settled(result.model));
+        const Json end = ComparableEnd(m_before.json, Settled(result.model)->json);
         return SweepRunOf(result.command.program, end == m_ends.asBefore, end == m_ends.asWanted);
     }
 
 private:
-    const Json& m_before;
+    const WrittenModel& m_before;
     const SweptEnds& m_ends;
     CopyRun m_run;
 };
@@ -119,12 +126,12 @@ Json DifferenceLines(const Json& before, const Json& after) {
 
 } // namespace
 
-ClusterRehearsal::ClusterRehearsal(const Json& model, const std::wstring& rehearsed)
+ClusterRehearsal::ClusterRehearsal(Json model, const std::wstring& rehearsed)
     : m_rehearsed(rehearsed), m_thisComputer(common::ToUtf8(ComputerName())) {
     ClusterSimulator::RecordEvents();
-    ClusterSimulator::Load(PrivateCopy(model));
-    m_before = m_model = ClusterSimulator::Read();
-    m_start = ClockOf(m_before);
+    ClusterSimulator::Load(common::DumpJson(PrivateCopy(std::move(model))));
+    m_before = m_model = ReadModel();
+    m_start = ClockOf(m_before->json);
     TakeEvents(ClusterSimulator::TakeEvents());
 }
 
@@ -144,17 +151,17 @@ void ClusterRehearsal::TakeEvents(const ClusterEvents& events) {
 }
 
 void ClusterRehearsal::Tell(const char* kind, const std::string& name, const std::string& what) {
-    m_timeline.push_back(TimelineEntry(SecondsAt(ClockOf(m_model)), kind, name, what));
+    m_timeline.push_back(TimelineEntry(SecondsAt(ClockOf(m_model->json)), kind, name, what));
 }
 
 void ClusterRehearsal::NoteServers() {
     Report earlier; // what is not as it should be at first is no matter of the rehearsal
-    for (const std::string& node : NodesOf(m_before, m_thisComputer)) {
-        m_serversBefore[node] = ServersOn(m_before, node, earlier);
+    for (const std::string& node : NodesOf(m_before->json, m_thisComputer)) {
+        m_serversBefore[node] = ServersOn(*m_before, node, earlier);
     }
     ClusterSimulator::SeeFrom("");
-    if (HasFaults(m_before)) { // which may have made something happen
-        ClusterSimulator::Load(m_before);
+    if (HasFaults(m_before->json)) { // which may have made something happen
+        ClusterSimulator::Load(m_before->text);
         ClusterSimulator::TakeEvents();
     }
 }
@@ -164,7 +171,7 @@ void ClusterRehearsal::Happen(const RehearsalEvent& event) {
     const std::vector<std::string>& names = event.names;
     const unsigned long code =
         ClusterSimulator::Happen(event.word, names.empty() ? "" : names[0], names.size() < 2 ? "" : names[1]);
-    m_model = ClusterSimulator::Read();
+    m_model = ReadModel();
     TakeEvents(ClusterSimulator::TakeEvents());
     if (code != ERROR_SUCCESS && code != ERROR_IO_PENDING) {
         throw Failure::OfCode("the cluster refuses the event " + event.Text(), code).As(Errors::Refused);
@@ -175,31 +182,34 @@ RehearsedCommand ClusterRehearsal::Run(const Words& command, const FaultTexts& f
     const std::string line = LineOf(command);
     Tell("command", line, "begins");
     m_beforeCommand = m_model;
-    const CopyResult result = CopyRun(m_model, command, faults, m_rehearsed, asJson).Finish();
+    const CopyResult result = CopyRun(m_model->text, command, faults, m_rehearsed, asJson).Finish();
     TakeEvents(result.events);
-    m_model = result.model;
-    m_isLoaded = false;
+    if (result.model != m_model->text) { // a command that only asks leaves it as it is
+        m_model = std::make_shared<const WrittenModel>(result.model);
+        m_isLoaded = false;
+    }
     Tell("command", line, "ends with exit code " + std::to_string(result.command.program.exitCode));
     return result.command;
 }
 
 std::unique_ptr<SweptRehearsal> ClusterRehearsal::RunAgain(const Words& command, const std::string& fault) {
     if (m_ends.asBefore.empty()) {
-        m_ends = {ComparableEnd(m_beforeCommand, m_beforeCommand), ComparableEnd(m_beforeCommand, m_model)};
+        const Json& before = m_beforeCommand->json;
+        m_ends = {ComparableEnd(before, before), ComparableEnd(before, m_model->json)};
     }
-    return std::make_unique<SweptCopy>(m_beforeCommand, m_ends, command, fault, m_rehearsed);
+    return std::make_unique<SweptCopy>(*m_beforeCommand, m_ends, command, fault, m_rehearsed);
 }
 
 // Loading takes long for a large model: only what is asked is loaded.
 void ClusterRehearsal::Load() {
     if (!m_isLoaded) {
-        ClusterSimulator::Load(m_model);
+        ClusterSimulator::Load(m_model->text);
         m_isLoaded = true;
     }
 }
 
 bool ClusterRehearsal::Settle() {
-    if (NextEnd(m_model) == 0) {
+    if (NextEnd(m_model->json) == 0) {
         return true;
     }
     Load();
@@ -209,16 +219,16 @@ bool ClusterRehearsal::Settle() {
 }
 
 // Of the loaded model, which is this one.
-Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Report& report) const {
-    const std::string state = NodeState(model, node, m_thisComputer);
+Json ClusterRehearsal::ServersOn(const WrittenModel& model, const std::string& node, Report& report) const {
+    const std::string state = NodeState(model.json, node, m_thisComputer);
     if (state != "up" && state != "paused") {
         return Json();
     }
     if (!CVirtualServerUtil::CheckIsClusterByRegKey() && node != m_thisComputer) {
         return Json::array(); // the library would tell of this computer
     }
-    if (HasFaults(model)) {
-        ClusterSimulator::Load(model); // they count anew for each node
+    if (HasFaults(model.json)) {
+        ClusterSimulator::Load(model.text); // they count anew for each node
     }
     ClusterSimulator::SeeFrom(node);
     Report told;
@@ -237,12 +247,12 @@ Json ClusterRehearsal::ServersOn(const Json& model, const std::string& node, Rep
 Json ClusterRehearsal::Nodes(Report& report) {
     Json nodes = Json::array();
     Load();
-    for (const std::string& node : NodesOf(m_before, m_thisComputer)) {
+    for (const std::string& node : NodesOf(m_before->json, m_thisComputer)) {
         nodes.push_back({{"name", node},
-                         {"stateBefore", NodeState(m_before, node, m_thisComputer)},
-                         {"stateAfter", NodeState(m_model, node, m_thisComputer)},
+                         {"stateBefore", NodeState(m_before->json, node, m_thisComputer)},
+                         {"stateAfter", NodeState(m_model->json, node, m_thisComputer)},
                          {"serversBefore", m_serversBefore.at(node)},
-                         {"serversAfter", ServersOn(m_model, node, report)}});
+                         {"serversAfter", ServersOn(*m_model, node, report)}});
     }
     return nodes;
 }
@@ -255,18 +265,18 @@ void ClusterRehearsal::TellCluster(Report& report) {
     }
     report.AddTable("nodes", nodes, NodeColumns, "The cluster has no nodes.");
     report.AddTable("servers", ServerRows(nodes), ServerColumns, "No node serves a server, before or after.");
-    report.AddTable("down", StaysDown(m_before, m_model, m_timeline), DownColumns,
+    report.AddTable("down", StaysDown(m_before->json, m_model->json, m_timeline), DownColumns,
                     "Nothing stays down that was online or is to be.");
 }
 
 void ClusterRehearsal::TellDifference(Report& report) const {
     report.AddMember("states", nullptr); // they are part of the model
-    const Json lines = DifferenceLines(m_before, m_model);
+    const Json lines = DifferenceLines(m_before->json, m_model->json);
     report.AddSentence("difference", lines, TitledBlock("Change of the configuration:", lines, "none"));
 }
 
 void ClusterRehearsal::Save(const std::wstring& path) const {
-    WriteModel(path, m_model);
+    WriteModel(path, m_model->json);
 }
 
 std::string ClusterRehearsal::CompletedFault(const std::string& fault) const {

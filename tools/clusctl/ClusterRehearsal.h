@@ -4,6 +4,7 @@
 
 #include "ClusterSimulator.h"
 #include "Rehearsal.h"
+#include "RehearsedModel.h"
 
 #include <cstdint>
 
@@ -16,7 +17,7 @@ struct SweptEnds {
 class ClusterRehearsal : public Rehearsal {
 public:
     // `rehearsed`: what the model is one of, as people are told. Throws Failure when the model contradicts itself.
-    ClusterRehearsal(const Json& model, const std::wstring& rehearsed);
+    ClusterRehearsal(Json model, const std::wstring& rehearsed);
 
     void NoteServers() override;
     void Happen(const RehearsalEvent& event) override;
@@ -37,13 +38,13 @@ private:
     double SecondsAt(std::int64_t time) const;
     void Load();
     Json Nodes(Report& report);
-    Json ServersOn(const Json& model, const std::string& node, Report& report) const;
+    Json ServersOn(const WrittenModel& model, const std::string& node, Report& report) const;
 
     const std::wstring m_rehearsed;
     const std::string m_thisComputer;
-    Json m_before = Json::object();        // at first
-    Json m_beforeCommand = Json::object(); // where Run began
-    Json m_model = Json::object();         // by now
+    WrittenModelPointer m_before;          // at first
+    WrittenModelPointer m_beforeCommand;   // where Run began
+    WrittenModelPointer m_model;           // by now
     Json m_serversBefore = Json::object(); // by node
     bool m_isLoaded = true;                // m_model, by the simulator
     SweptEnds m_ends;

@@ -49,17 +49,27 @@ bool IsLoaded() {
     return Find<unsigned()>("ClusSimVersion") != nullptr;
 }
 
-void Load(const Json& model) {
+void Load(const std::string& model) {
     char error[1024] = "";
-    if (!Need<int(const char*, char*, size_t)>("ClusSimLoadModel")(common::DumpJson(model).c_str(), error,
-                                                                   sizeof(error))) {
+    if (!Need<int(const char*, char*, size_t)>("ClusSimLoadModel")(model.c_str(), error, sizeof(error))) {
         throw Failure(std::string("the simulator does not take the model: ") + error);
     }
     Need<void(int)>("ClusSimRecordJournal")(0);
 }
 
-Json Read() {
-    return common::ParseJson(Text("ClusSimReadModel"));
+std::string Read() {
+    return Text("ClusSimReadModel");
+}
+
+void KeepFile() {
+    Need<void()>("ClusSimKeepFile")();
+}
+
+void WriteKeptFile() {
+    const unsigned long code = Need<unsigned long()>("ClusSimWriteKeptFile")();
+    if (code != ERROR_SUCCESS) {
+        throw Failure::OfCode("cannot write the model", code);
+    }
 }
 
 void SeeFrom(const std::string& node) {

@@ -16,10 +16,15 @@ namespace ClusterSimulator {
 bool IsLoaded();
 
 // From now on the model answers, in memory. Throws Failure with the reason when it contradicts itself.
-void Load(const Json& model);
+void Load(const std::string& model);
 
 // The model as it is by now.
-Json Read();
+std::string Read();
+
+// From now on the model's file is this process's alone, which writes it at last, and not with each change.
+void KeepFile();
+// Throws Failure when it cannot be written.
+void WriteKeptFile();
 
 // The answers are those on this node until the next call, or for "" as they were. The loaded model must not be changed
 // meanwhile.

@@ -29,11 +29,11 @@ std::string ReadTold(const common::TemporaryFolder& folder, const wchar_t* name,
 
 } // namespace
 
-CopyRun::CopyRun(const Json& model, const Words& command, const FaultTexts& faults, const std::wstring& rehearsed,
-                 bool asJson) {
+CopyRun::CopyRun(const std::string& model, const Words& command, const FaultTexts& faults,
+                 const std::wstring& rehearsed, bool asJson) {
     try {
         m_folder = std::make_unique<common::TemporaryFolder>(L"clusctl");
-        common::WriteWholeFile(m_folder->File(ModelName), common::DumpJson(model));
+        common::WriteWholeFile(m_folder->File(ModelName), model);
     } catch (const common::FileError& error) {
         FailToCopy(error);
     }
@@ -64,6 +64,6 @@ CopyResult CopyRun::Finish() const {
     for (std::string line; std::getline(events, line);) {
         result.events.push_back(common::ParseJson(line));
     }
-    result.model = common::ParseJson(ReadTold(*m_folder, ModelName, program));
+    result.model = ReadTold(*m_folder, ModelName, program);
     return result;
 }

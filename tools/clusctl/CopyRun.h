@@ -12,14 +12,14 @@
 struct CopyResult {
     RehearsedCommand command;
     ClusterEvents events;
-    Json model = Json::object(); // as the command leaves it
+    std::string model; // as the command leaves it
 };
 
 class CopyRun {
 public:
     // Starts "clusctl COMMAND" on a copy of the model, with these faults. `rehearsed` is what the model is one of, as
     // people are told; `asJson`: with --json. Throws Failure when the copy cannot be made.
-    CopyRun(const Json& model, const Words& command, const FaultTexts& faults, const std::wstring& rehearsed,
+    CopyRun(const std::string& model, const Words& command, const FaultTexts& faults, const std::wstring& rehearsed,
             bool asJson);
 
     const ChildProgram& Program() const {

@@ -130,8 +130,10 @@ void AddCommand(Report& report, const Words& command, const ProgramResult& resul
     report.EndWith(static_cast<ExitCode>(code));
 }
 
-void AddCalls(Report& report, const Rehearsal& rehearsal, const std::vector<ClusterCall>& calls) {
-    report.AddSentence("calls", CallRecords(calls), TitledBlock(rehearsal.TitleOfCalls(), CallLines(calls), "none"));
+// There may be thousands, which people are shown in some lines.
+void AddCalls(Report& report, const Rehearsal& rehearsal, const std::vector<ClusterCall>& calls, bool isJson) {
+    report.AddSentence("calls", isJson ? CallRecords(calls) : Json(),
+                       TitledBlock(rehearsal.TitleOfCalls(), CallLines(calls), "none"));
 }
 
 void WarnOfFaultsNotMet(Report& report, const FaultTexts& faults, const RehearsedCommand& command) {
@@ -198,7 +200,7 @@ Report RehearseModel(const LogCapture& log, const RehearseOptions& options, cons
     rehearsal->TellCluster(report);
     rehearsal->TellDifference(report);
     if (!options.command.empty()) {
-        AddCalls(report, *rehearsal, command.calls);
+        AddCalls(report, *rehearsal, command.calls, isJson);
         AddCommand(report, options.command, command.program, isJson);
     } else {
         report.AddMember("calls", Json::array());
@@ -216,7 +218,7 @@ Report DryRun(const Words& words, const CommandLine& commandLine) {
     if (!rehearsal->Settle()) {
         report.AddWarning("something still goes on in the cluster after an hour");
     }
-    AddCalls(report, *rehearsal, command.calls);
+    AddCalls(report, *rehearsal, command.calls, isJson);
     rehearsal->TellDifference(report);
     AddCommand(report, words, command.program, isJson);
     return report;
@@ -239,10 +241,10 @@ std::wstring CopyLive(const LogCapture& log, Answering asked, const common::Temp
         return folder.Path();
     }
     Report unread;
-    const Json model = ReadClusterModel(log, unread);
+    Json model = ReadClusterModel(log, unread);
     WarnOfCopy(unread.Warnings());
     std::wstring path = folder.File(L"model.json");
-    common::WriteWholeFile(path, common::DumpJson(Essence(model)));
+    common::WriteWholeFile(path, common::DumpJson(Essence(std::move(model))));
     return path;
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <utility>
 
 namespace {
 
@@ -57,21 +58,24 @@ const Json* FindNode(const Json& model, const std::string& node, const std::stri
     return nullptr;
 }
 
-// The objects of a list by their names; they stay the model's.
+// The objects of a list by their names; they stay the model's. Made when it is asked: often nothing is looked for.
 class Index {
 public:
-    Index(const Json& model, const char* list) {
-        for (const Json& object : ListOf(model, list)) {
-            m_objects[Lower(TextOf(object, "name"))] = &object;
-        }
+    Index(const Json& model, const char* list) : m_list(ListOf(model, list)) {
     }
     const Json* Find(const std::string& name) const {
+        if (m_objects.empty()) {
+            for (const Json& object : m_list) {
+                m_objects[Lower(TextOf(object, "name"))] = &object;
+            }
+        }
         const auto found = m_objects.find(Lower(name));
         return found == m_objects.end() ? nullptr : found->second;
     }
 
 private:
-    std::map<std::string, const Json*> m_objects;
+    const Json& m_list;
+    mutable std::map<std::string, const Json*> m_objects;
 };
 
 // "OnlinePending" as people are told: "online pending".
@@ -142,11 +146,14 @@ Json WhyDown(const Index& resources, const Json& resource, const Json& timeline)
     return ofGroup.empty() ? Json() : Json(ofGroup);
 }
 
+bool IsList(const std::string& member) {
+    return std::find(std::begin(Lists), std::end(Lists), member) != std::end(Lists);
+}
+
 std::vector<std::string> LinesWithout(const Json& model, const Json& other) {
     Json reduced = Json::object();
     for (const auto& member : model.items()) {
-        const bool isList = std::find(std::begin(Lists), std::end(Lists), member.key()) != std::end(Lists);
-        if (!isList) {
+        if (!IsList(member.key())) {
             if (!other.contains(member.key()) || other.at(member.key()) != member.value()) {
                 reduced[member.key()] = member.value();
             }
@@ -167,10 +174,31 @@ std::vector<std::string> LinesWithout(const Json& model, const Json& other) {
     return reduced.empty() ? std::vector<std::string>() : SplitLines(common::DumpJson(reduced));
 }
 
+// Without the objects that stand in the same place of both, unchanged: hardly any is left of a large model.
+Json WithoutUnchanged(const Json& model, const Json& other) {
+    Json reduced = Json::object();
+    for (const auto& member : model.items()) {
+        if (!IsList(member.key())) {
+            reduced[member.key()] = member.value();
+            continue;
+        }
+        const Json& others = ListOf(other, member.key().c_str());
+        Json& objects = reduced[member.key()] = Json::array();
+        for (std::size_t i = 0; i < member.value().size(); ++i) {
+            if (i >= others.size() || others[i] != member.value()[i]) {
+                objects.push_back(member.value()[i]);
+            }
+        }
+    }
+    return reduced;
+}
+
 } // namespace
 
-Json PrivateCopy(const Json& model) {
-    Json copy = model;
+WrittenModel::WrittenModel(std::string written) : text(std::move(written)), json(common::ParseJson(text)) {
+}
+
+Json PrivateCopy(Json copy) {
     if (!copy.contains("cluster") || !copy["cluster"].is_object()) {
         return copy; // which the simulator refuses, with the reason
     }
@@ -223,8 +251,7 @@ std::string NodeState(const Json& model, const std::string& node, const std::str
     return !isRunning && takesPart && IsSame(node, thisComputer) ? "stopped" : state;
 }
 
-Json Essence(const Json& model) {
-    Json essence = model;
+Json Essence(Json essence) {
     if (essence.contains("cluster")) {
         essence["cluster"].erase("clock");
     }
@@ -258,8 +285,8 @@ Json ComparableEnd(const Json& before, const Json& end) {
 }
 
 std::vector<std::string> ModelDifference(const Json& before, const Json& after) {
-    Json first = Essence(before);
-    Json second = Essence(after);
+    Json first = Essence(WithoutUnchanged(before, after));
+    Json second = Essence(WithoutUnchanged(after, before));
     DropUnchangedWishes(first, second);
     return UnifiedDifference(LinesWithout(first, second), LinesWithout(second, first));
 }

@@ -5,12 +5,22 @@
 #include "Json.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
+// A model as the simulator writes it, and the same as a document.
+struct WrittenModel {
+    explicit WrittenModel(std::string written);
+
+    std::string text;
+    Json json;
+};
+typedef std::shared_ptr<const WrittenModel> WrittenModelPointer; // a large one is not copied
+
 // The private copy: with a clock of its own, and, where the model does not say otherwise, in a cluster that acts on
 // failures.
-Json PrivateCopy(const Json& model);
+Json PrivateCopy(Json copy);
 
 // Milliseconds since 1601 (UTC).
 std::int64_t ClockOf(const Json& model);
@@ -28,7 +38,7 @@ std::vector<std::string> NodesOf(const Json& model, const std::string& thisCompu
 std::string NodeState(const Json& model, const std::string& node, const std::string& thisComputer);
 
 // What is compared and shown: without times, with secrets masked.
-Json Essence(const Json& model);
+Json Essence(Json essence);
 
 // An end to compare with others: also without the IDs that were made since `before`.
 Json ComparableEnd(const Json& before, const Json& end);

@@ -56,6 +56,7 @@ void RehearsedRun::Begin(Answering asked) {
             }
         });
     } else if (ClusterSimulator::IsLoaded()) {
+        ClusterSimulator::KeepFile(); // nobody else looks at the copy meanwhile
         ClusterSimulator::RecordEvents();
         ClusterSimulator::RecordCalls();
         SimulatedTime::Begin(&ClusterSimulator::AdvanceClock);
@@ -69,6 +70,7 @@ RehearsedRun::~RehearsedRun() {
     }
     try {
         ClusterSimulator::AdvanceClock(0); // what has come about by now is written, too
+        ClusterSimulator::WriteKeptFile();
         std::string events;
         for (const Json& event : ClusterSimulator::TakeEvents()) {
             events += common::DumpJsonLine(event) + "\n";
