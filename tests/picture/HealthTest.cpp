@@ -15,8 +15,8 @@ typedef std::vector<std::string> Texts;
 class Server : public ::testing::Test {
 protected:
     Server() {
-        m_built.Add("Name", {}, Role::NetworkName).Add("Store", {"Name"}, Role::Store);
-        m_built.Add("Gate", {"Store", "Name"}, Role::Product);
+        m_built.Add("Name", {"Address"}, Role::NetworkName).Add("Store", {"Name"}, Role::Store);
+        m_built.Add("Address", {}, Role::Address).Add("Gate", {"Store", "Name"}, Role::Product);
         m_built.Cluster().resources[0].networkName = "MAIL1";
         m_built.Cluster().nodes = {{"N", "up", true}};
         m_built.Cluster().name = "C";
@@ -109,8 +109,9 @@ TEST_F(Server, OfWhichTheGroupCannotBeReadIsOfflineWhereNothingIsOnline) {
     Set("Store", "offline", Condition::Offline);
     EXPECT_EQ(Problems(), (Texts{"critical Store: the resource is offline, and its virtual server is not",
                                  "unknown G: its state is not known"}));
-    Set("Name", "offline", Condition::Offline);
-    Set("Gate", "offline", Condition::Offline);
+    for (const char* const name : {"Address", "Name", "Gate"}) {
+        Set(name, "offline", Condition::Offline);
+    }
     EXPECT_EQ(Problems(), Texts{"unknown G: its state is not known"});
 }
 
@@ -178,10 +179,66 @@ TEST_F(Server, OfAnOwnerInAnotherLetterCaseIsNotProtected) {
 TEST_F(Server, WithoutNetworkNameIsNotProtected) {
     Remove("Name");
     m_built.Cluster().resources[0].dependsOn.clear();
-    m_built.Cluster().resources[1].dependsOn = {"Store"};
+    m_built.Cluster().resources.back().dependsOn = {"Store"};
     EXPECT_EQ(Problems(), Texts{"critical G: the virtual server has no network name"});
     EXPECT_FALSE(Found().servers[0].isProtected);
     EXPECT_EQ(Found().problems[0].code, std::string("network-name-missing"));
+}
+
+TEST_F(Server, WhoseNetworkNameHasNoAddressIsNotProtected) {
+    Resource& name = m_built.Cluster().resources[0];
+    name.dependsOn = {"Store"};
+    EXPECT_EQ(Problems(),
+              Texts{"critical Gate: its network name depends on no IP address: the library finds no server"});
+    EXPECT_FALSE(Found().servers[0].isProtected);
+    EXPECT_EQ(Found().serversProtected, 0U);
+    m_built.Cluster().leftOut = {{"Gate", "of this"}}; // which is told already
+    EXPECT_EQ(Problems().size(), 1U);
+    m_built.Cluster().leftOut.clear();
+    name.hasDependenciesRead = false; // it may depend on one
+    EXPECT_EQ(Problems(), Texts());
+    name.hasDependenciesRead = true;
+    name.dependsOn = {"Not read"};
+    EXPECT_EQ(Problems(), Texts());
+    EXPECT_TRUE(Found().servers[0].isProtected);
+}
+
+TEST_F(Server, WhoseAddressIsOfflineIsAWarning) {
+    Set("Address", "offline", Condition::Offline);
+    EXPECT_EQ(Problems(), Texts{"warning Address: the resource is offline, and its virtual server is not"});
+}
+
+TEST_F(Server, ThatTheLibraryLeavesOutIsNotProtected) {
+    m_built.Cluster().leftOut = {{"Gate", "it has no path"}, {"Of another group", "too"}};
+    EXPECT_EQ(Problems(), Texts{"critical Gate: the library leaves its server out: it has no path"});
+    EXPECT_EQ(Found().problems[0].code, std::string("server-left-out"));
+    EXPECT_EQ(Found().servers[0].product, "online");
+    EXPECT_FALSE(Found().servers[0].isProtected);
+}
+
+TEST_F(Server, OnANodeThatIsAPlainServerIsNotProtected) {
+    m_built.AddGroup("G2").Add("Store 2", {}, Role::Store).Add("Gate 2", {"Store 2"}, Role::Product);
+    m_built.Add("Address 2", {}, Role::Address).Add("Name 2", {"Address 2"}, Role::NetworkName);
+    m_built.Cluster().resources[5].dependsOn = {"Store 2", "Name 2"};
+    m_built.Cluster().groups[1].node = "N2";
+    m_built.Cluster().plainNode = "N";
+    EXPECT_EQ(Problems(), Texts{"critical N: the product takes the node for a plain server, for IsCluster is not 1: no "
+                                "virtual server is served there"});
+    const Health found = Found();
+    ASSERT_EQ(found.servers.size(), 2U);
+    EXPECT_EQ(found.servers[0].group, "G");
+    EXPECT_EQ(found.servers[0].level, Level::Critical);
+    EXPECT_FALSE(found.servers[0].isProtected);
+    EXPECT_TRUE(found.servers[1].isProtected); // by what is known of the other node
+}
+
+TEST_F(Server, OnVcsWithoutStoreIsNotProtected) {
+    m_built.Cluster().kind = Kind::Vcs;
+    Remove("Store");
+    m_built.Cluster().resources.back().dependsOn = {"Name"};
+    EXPECT_EQ(Problems(),
+              Texts{"critical G: none of its resources is the Information Store: the library finds no server"});
+    EXPECT_FALSE(Found().servers[0].isProtected);
 }
 
 TEST_F(Server, WhatIsOfNoKnownTypeIsNotMissing) {
@@ -233,6 +290,20 @@ TEST_F(Server, KeepsWhatWasKnownWhileItCannotBeRead) {
     EXPECT_TRUE(Found().servers[0].isInOrder);
 }
 
+TEST_F(Server, IsLeftOutAsBeforeWhileItCannotBeRead) {
+    m_built.Cluster().leftOut = {{"Gate", "it has no path"}};
+    const ClusterPicture before = m_built.Cluster();
+    ClusterPicture& now = m_built.Cluster();
+    now.leftOut.clear();
+    now.resources.back().type.clear();
+    now.resources.back().role = Role::Other;
+    KeepKnown(before, now);
+    EXPECT_EQ(Problems(), Texts{"critical Gate: the library leaves its server out: it has no path"});
+    now.leftOut.clear(); // of one that was read, the library has been asked
+    KeepKnown(before, now);
+    EXPECT_EQ(Problems(), Texts());
+}
+
 TEST_F(Server, AGroupWithoutExchangeMayBeOffline) {
     m_built.AddGroup("Available Storage").Add("Disk");
     Set("Disk", "offline", Condition::Offline);
@@ -245,7 +316,7 @@ TEST_F(Server, TheLineForMonitoringHasAVerdictAndFigures) {
     m_built.Cluster().name = "C|\n";
     EXPECT_EQ(MonitoringLine(m_built.Cluster(), Found()),
               "CLUSTER OK - C/\\x0A: 1 of 1 virtual servers protected, 1 of 1 nodes up | nodes_up=1;;;0;1 "
-              "servers_online=1;;;0;1 servers_protected=1;;;0;1 resources_failed=0;;;0;3 resources_pending=0;;;0;3");
+              "servers_online=1;;;0;1 servers_protected=1;;;0;1 resources_failed=0;;;0;4 resources_pending=0;;;0;4");
     for (int i = 0; i < 5; ++i) {
         m_built.Cluster().nodes.push_back({"D" + std::to_string(i), "down", false});
     }

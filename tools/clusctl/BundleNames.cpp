@@ -230,6 +230,11 @@ void BundleNames::Rename(picture::ClusterPicture& cluster) {
         renameStates(resource.states);
         std::for_each(resource.dependsOn.begin(), resource.dependsOn.end(), rename);
     }
+    for (picture::LeftOutResource& resource : cluster.leftOut) {
+        rename(resource.name);
+        rename(resource.reason);
+    }
+    rename(cluster.plainNode);
 }
 
 void BundleNames::Rename(picture::PageContent& page) {

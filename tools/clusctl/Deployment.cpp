@@ -90,7 +90,7 @@ IntendedCluster ReadIntendedCluster() {
     HKEY key = nullptr;
     const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key);
     if (code != ERROR_SUCCESS) {
-        return code == ERROR_FILE_NOT_FOUND ? IntendedCluster::None : IntendedCluster::Unknown;
+        return code == ERROR_FILE_NOT_FOUND ? IntendedCluster::NotInstalled : IntendedCluster::Unknown;
     }
     DWORD isCluster = 0;
     const bool isOne = ReadNumber(key, L"IsCluster", isCluster) && isCluster == 1;

@@ -20,7 +20,8 @@ Deployment ReadDeployment();
 // Whether the product's key says that this computer is to be a node of a failover cluster. Also an account that may
 // only read the key learns it; the library takes such a computer for a plain server.
 enum class IntendedCluster {
-    None, // or the product is not installed
+    None,
+    NotInstalled,
     One,
     Unknown // the key cannot be read
 };

@@ -62,7 +62,7 @@ const DoctorCode Codes[] = {
     // the failover cluster
     {"cluster-open", Ok, ""},
     {"cluster-not-open", Error, "The library can list no server: enumeration, look-up and creation fail."},
-    {"cluster-not-deployed", Warning,
+    {"cluster-not-deployed", Error,
      "The library lists this computer as a plain server, and none of the cluster's virtual servers."},
     {"node-name", Ok, ""},
     {"node-name-case", Error, NotHere},

@@ -69,6 +69,7 @@ const Mend VcsMends[] = {
     {"vcs-lanman-missing", "hares -add @-Lanman Lanman @"},
     {"vcs-product-missing", "clusctl vcs product create @ --rw"},
     {"vcs-service-missing", "clusctl vcs product create @ --rw"},
+    {"vcs-store-missing", "clusctl vcs resources --where Group=@"},
     {"vcs-resource-offline", "clusctl vcs resource online @ SYSTEM"},
     {"vcs-group-offline", "hagrp -online @ -sys SYSTEM"},
     {"vcs-resource-disabled", "hares -modify @ Enabled 1"},

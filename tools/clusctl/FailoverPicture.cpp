@@ -60,5 +60,6 @@ Role RoleOfType(const std::wstring& type) {
            : type == clus::InformationStoreType ? Role::Store
            : type == clus::SystemAttendantType  ? Role::Attendant
            : type == clus::NetworkNameType      ? Role::NetworkName
+           : type == clus::IpAddressType        ? Role::Address
                                                 : Role::Other;
 }

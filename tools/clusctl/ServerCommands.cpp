@@ -39,19 +39,11 @@ Json ServerRecord(const CClusterVirtualServerInfo& info) {
     return record;
 }
 
-// Why the library could list nothing: it only says that it could not.
-[[noreturn]] void FailToList() {
-    CCluster cluster;
-    OpenLocalCluster(cluster);
-    ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
-    throw Failure(Errors::Incomplete, "the cluster's resources could not be listed, and can be now").Hint("Ask again.");
-}
-
 // What the list lacks is told to the report.
 std::vector<CClusterVirtualServerInfo> ListServers(Report& report) {
     ServersHere here;
     if (!ListServersHere(here)) {
-        FailToList();
+        FailToListServers();
     }
     TellServersLeftOut(here.leftOut, report);
     // A node that the cluster spells in another letter case serves nothing; of others the groups need not be asked.

@@ -44,6 +44,10 @@ bool HasProperty(HRESOURCE resource, const wchar_t* name, const std::string& wha
     return true;
 }
 
+std::string LeftOut(const std::wstring& name) {
+    return "the server of " + Quoted(name) + " is left out: ";
+}
+
 std::string WhyNotDescribed(CClusterResource& resource) {
     std::string why;
     CClusterResource networkName;
@@ -61,12 +65,21 @@ std::string WhyNotDescribed(CClusterResource& resource) {
     return "the cluster does not describe its network name";
 }
 
-void TellLeftOut(const CCluster& cluster, const std::wstring& name, Report& report) {
+} // namespace
+
+void FailToListServers() {
+    CCluster cluster;
+    OpenLocalCluster(cluster);
+    ListNames(cluster, CCluster::CCLUSTER_OBJ_RESOURCE);
+    throw Failure(Errors::Incomplete, "the cluster's resources could not be listed, and can be now").Hint("Ask again.");
+}
+
+std::string WhyLeftOut(const CCluster& cluster, const std::wstring& name, Report& report) {
     const std::string what = "a server may be left out: ";
     CClusterResource resource(OpenClusterResource(cluster.GetHandle(), name.c_str()));
     if (resource.GetResourceHandle() == nullptr) {
         MarkUnread(report, what + "cannot open the resource " + Quoted(name), GetLastError());
-        return;
+        return std::string();
     }
     Report unread;
     const Json record = ReadResource(cluster, name, ResourceParts::Line, unread);
@@ -75,20 +88,19 @@ void TellLeftOut(const CCluster& cluster, const std::wstring& name, Report& repo
         if (unread.IsLost()) {
             report.MarkLost(unread.LostCode());
         }
-        return;
+        return std::string();
     }
     if (!clus::IsProductType(common::ToUtf16(record["type"].get<std::string>()).c_str()) ||
         !IsThisComputer(common::ToUtf16(record["owner"].get<std::string>()))) {
-        return; // it can be read now, and makes no server of this node
+        return std::string(); // it can be read now, and makes no server of this node
     }
     const auto info = std::make_unique<CClusterVirtualServerInfo>();
     const bool isDescribed = CVirtualServerUtil::GetVirtualServerInfo(resource.GetResourceHandle(), *info, true, false);
-    report.MarkIncomplete(
-        "the server of " + Quoted(name) + " is left out: " +
-        (isDescribed ? "it could not be read, and can be now: ask again" : WhyNotDescribed(resource)));
+    if (isDescribed) {
+        report.MarkIncomplete(LeftOut(name) + "it could not be read, and can be now: ask again");
+    }
+    return isDescribed ? std::string() : WhyNotDescribed(resource);
 }
-
-} // namespace
 
 void TellServersLeftOut(const Names& resources, Report& report) {
     if (resources.empty()) {
@@ -97,6 +109,9 @@ void TellServersLeftOut(const Names& resources, Report& report) {
     CCluster cluster;
     OpenLocalCluster(cluster);
     for (const std::wstring& name : resources) {
-        TellLeftOut(cluster, name, report);
+        const std::string reason = WhyLeftOut(cluster, name, report);
+        if (!reason.empty()) {
+            report.MarkIncomplete(LeftOut(name) + reason);
+        }
     }
 }

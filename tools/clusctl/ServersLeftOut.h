@@ -17,8 +17,14 @@ struct ServersHere {
 // False when the library cannot list them.
 bool ListServersHere(ServersHere& here);
 
-// Marks the report incomplete for each of these resources, by asking the cluster again. Throws Failure when that cannot
-// be opened any more.
+// Why the library could list nothing: it only says that it could not.
+[[noreturn]] void FailToListServers();
+
+// Why the library makes no server of a resource that it leaves out, by asking the cluster again. Empty when that cannot
+// be told, or it makes one now: then the report is marked incomplete; and of a resource that makes none.
+std::string WhyLeftOut(const CCluster& cluster, const std::wstring& name, Report& report);
+
+// Marks the report incomplete for each of these resources. Throws Failure when the cluster cannot be opened any more.
 void TellServersLeftOut(const Names& resources, Report& report);
 
 #endif

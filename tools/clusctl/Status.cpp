@@ -5,8 +5,14 @@
 #include "OwnerSpelling.h"
 #include "PictureJson.h"
 #include "ReadPicture.h"
+#include "ServersLeftOut.h"
+#include "ThisComputer.h"
 
 #include "common/Text.h"
+
+#include <clus_VirtualServerUtil.h>
+
+#include <map>
 
 using namespace picture;
 
@@ -57,6 +63,57 @@ void WarnOfOwners(const ClusterPicture& cluster, Report& report) {
     }
 }
 
+// Whether the product takes this node for a plain server. One that it may not be a node of is not asked for.
+void ReadPlainNode(ClusterPicture& cluster) {
+    if (ReadIntendedCluster() != IntendedCluster::None) {
+        return;
+    }
+    for (const Node& node : cluster.nodes) {
+        if (IsThisComputer(common::ToUtf16(node.name))) {
+            cluster.plainNode = node.name;
+        }
+    }
+}
+
+// What the library says of the servers of this node. A resource that could not be read is told as such.
+void ReadLeftOut(ClusterPicture& picture, Report& report) {
+    ServersHere here;
+    if (!ListServersHere(here)) {
+        FailToListServers();
+    }
+    std::map<std::string, Role> roles;
+    for (const Resource& resource : picture.resources) {
+        roles.emplace(resource.name, resource.role);
+    }
+    CCluster cluster;
+    for (const std::wstring& name : here.leftOut) {
+        const std::string text = common::ToUtf8(name);
+        const auto found = roles.find(text);
+        if (found == roles.end() || found->second != Role::Product) {
+            continue;
+        }
+        if (cluster.GetHandle() == nullptr) {
+            OpenLocalCluster(cluster);
+        }
+        const std::string reason = WhyLeftOut(cluster, name, report);
+        if (!reason.empty()) {
+            picture.leftOut.push_back({text, reason});
+        }
+    }
+}
+
+// The servers of other nodes are judged by what the cluster shows, and so are all where the product is not installed,
+// or this account may not do what the library does.
+void ReadServed(ClusterPicture& cluster, Report& report) {
+    if (cluster.kind != Kind::Failover) {
+        return;
+    }
+    ReadPlainNode(cluster);
+    if (CVirtualServerUtil::CheckIsClusterByRegKey()) {
+        ReadLeftOut(cluster, report);
+    }
+}
+
 } // namespace
 
 Status ReadStatus(const LogCapture& log, Report& report) {
@@ -77,6 +134,7 @@ Status ReadStatus(const LogCapture& log, Report& report) {
             throw;
         }
     }
+    ReadServed(status.cluster, report);
     status.health = HealthOf(status.cluster, report.IsComplete());
     return status;
 }

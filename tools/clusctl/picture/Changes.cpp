@@ -177,6 +177,10 @@ void KeepKnown(const ClusterPicture& before, ClusterPicture& now) {
     }
     for (Resource& resource : now.resources) {
         if (const Resource* const known = FindNamed(before.resources, resource.name)) {
+            const LeftOutResource* const leftOut = FindNamed(before.leftOut, resource.name);
+            if (leftOut != nullptr && resource.type.empty()) { // the library was not asked of it
+                now.leftOut.push_back(*leftOut);
+            }
             KeepParts(*known, resource);
         }
     }

@@ -28,6 +28,7 @@ enum class Condition {
 enum class Role {
     Other,
     NetworkName, // carries the server's name
+    Address,     // of a failover cluster: the IP address on which that rests
     Attendant,   // Exchange System Attendant
     Store,       // Exchange Information Store
     Product      // the product's own: one resource of a failover cluster, several services of VCS
@@ -72,6 +73,12 @@ struct Resource {
     std::vector<std::string> dependsOn;
 };
 
+// One of the product's resources of which the library makes no server, asked on the node that owns it.
+struct LeftOutResource {
+    std::string name;
+    std::string reason;
+};
+
 struct ClusterPicture {
     Kind kind = Kind::None;
     std::string name; // empty: not known, as of VCS without the tool that tells it
@@ -80,6 +87,9 @@ struct ClusterPicture {
     std::vector<Resource> resources; // in the cluster's order
     std::vector<std::string>
         productServices; // on VCS: the Windows services that the product has in each virtual server
+    // Of a failover cluster, as far as this computer is one of its nodes:
+    std::vector<LeftOutResource> leftOut;
+    std::string plainNode; // this computer, when the product takes it for a plain server
 };
 
 } // namespace picture

@@ -1,6 +1,6 @@
 #include "Health.h"
 
-#include "PictureIndex.h"
+#include "Dependencies.h"
 #include "Printable.h"
 #include "Problems.h"
 
@@ -52,7 +52,6 @@ public:
     Examination(const ClusterPicture& cluster, bool isComplete) : m_cluster(cluster), m_index(cluster) {
         for (const Resource& resource : cluster.resources) {
             m_members[resource.group].push_back(&resource);
-            m_resources.emplace(resource.name, &resource);
             if (resource.type.empty() || resource.group.empty()) {
                 m_groupsNotWhole.insert(resource.group);
             }
@@ -61,8 +60,13 @@ public:
         for (const Group& group : cluster.groups) {
             ExamineGroup(group);
         }
+        m_group.clear();
+        if (!cluster.plainNode.empty() && !m_health.servers.empty()) {
+            Add("cluster-not-deployed", cluster.plainNode,
+                "the product takes the node for a plain server, for IsCluster is not 1: no virtual server is served "
+                "there");
+        }
         if (!isComplete) {
-            m_group.clear();
             Add("cluster-unread", cluster.name, "not all of the cluster can be read");
         }
         Finish();
@@ -73,8 +77,6 @@ public:
     }
 
 private:
-    typedef std::vector<const Resource*> Members;
-
     void Add(const char* code, const std::string& object, const std::string& text) {
         m_health.problems.push_back({LevelOf(code), object, text, code, m_group});
     }
@@ -117,6 +119,9 @@ private:
             VirtualServer& server = m_health.servers.back();
             for (std::size_t i = before; i < m_health.problems.size(); ++i) {
                 server.level = std::max(server.level, m_health.problems[i].level);
+            }
+            if (IsOnPlainNode(group)) { // told once, of the node
+                server.level = Level::Critical;
             }
         }
     }
@@ -198,7 +203,8 @@ private:
             break;
         case Condition::Offline:
             if (!isGroupDown && isOfServer && !isProduct) { // the product's are told by themselves
-                Add(resource.role == Role::Other ? "resource-offline" : "server-part-offline", resource.name,
+                const bool isPart = resource.role != Role::Other && resource.role != Role::Address;
+                Add(isPart ? "server-part-offline" : "resource-offline", resource.name,
                     "the resource is offline, and its virtual server is not");
             }
             break;
@@ -271,6 +277,7 @@ private:
         const bool isServerUp = group.condition == Condition::Online || group.condition == Condition::Partly;
         m_health.serversOnline += isServerUp ? 1 : 0;
         const bool hasName = HasNetworkName(group, members);
+        const bool hasStore = HasStore(group, members);
         const auto there = std::count_if(server.parts.begin(), server.parts.end(),
                                          [](const ProductPart& part) { return part.isThere; });
         if (there == 0) {
@@ -295,7 +302,9 @@ private:
         }
         const bool isOwned = JudgeOwner(group, server);
         const bool isFound = JudgeOrder(members, hasName, server);
-        server.isProtected = hasName && isOwned && isFound && isWhole && worst == Condition::Online && isServerUp;
+        const bool isListed = JudgeList(group, hasName && isFound);
+        server.isProtected = hasName && hasStore && isOwned && isFound && isListed && isWhole &&
+                             worst == Condition::Online && isServerUp;
         m_health.serversProtected += server.isProtected ? 1 : 0;
     }
 
@@ -322,6 +331,38 @@ private:
         return !group.isOwnerMisspelt;
     }
 
+    // On VCS that is how the library finds a server.
+    bool HasStore(const Group& group, const Members& members) {
+        const bool hasOne = std::any_of(members.begin(), members.end(),
+                                        [](const Resource* member) { return member->role == Role::Store; });
+        if (m_cluster.kind != Kind::Vcs || hasOne) {
+            return true;
+        }
+        AddOfGroup("vcs-store-missing", group.name,
+                   "none of its resources is the Information Store: the library finds no server");
+        return false;
+    }
+
+    // What the library itself says of the server. Why it finds none may be told already.
+    bool JudgeList(const Group& group, bool isFound) {
+        bool isListed = !IsOnPlainNode(group);
+        for (const LeftOutResource& resource : m_cluster.leftOut) {
+            const Resource* const found = m_index.ResourceNamed(resource.name);
+            if (found == nullptr || found->group != group.name) {
+                continue;
+            }
+            isListed = false;
+            if (isFound) {
+                Add("server-left-out", resource.name, "the library leaves its server out: " + resource.reason);
+            }
+        }
+        return isListed;
+    }
+
+    bool IsOnPlainNode(const Group& group) const {
+        return !group.node.empty() && group.node == m_cluster.plainNode;
+    }
+
     static std::string MissingNames(const VirtualServer& server) {
         std::string names;
         for (const ProductPart& part : server.parts) {
@@ -333,7 +374,7 @@ private:
     // False when the library finds no server for want of a dependency.
     bool JudgeOrder(const Members& members, bool hasName, VirtualServer& server) {
         if (m_cluster.kind == Kind::Vcs) {
-            server.isInOrder = IsInOrderOnVcs(members);
+            server.isInOrder = IsInOrderOnVcs(m_index, members);
             if (!server.isInOrder) {
                 AddOfGroup("vcs-service-order", server.group,
                            "the product does not depend on the server's network name and store");
@@ -345,50 +386,24 @@ private:
             if (member->role != Role::Product || !member->hasDependenciesRead) {
                 continue;
             }
-            const bool isNamed = !hasName || NeedsNetworkName(*member);
+            const bool isNamed = !hasName || Needs(*member, Role::NetworkName, m_index);
             if (!isNamed) {
                 Add("network-name-dependency-missing", member->name,
                     "it does not depend on the server's network name: the library finds no server");
+            }
+            const bool hasAddress = !isNamed || NeedsAddress(*member, m_index);
+            if (!hasAddress) {
+                Add("address-dependency-missing", member->name,
+                    "its network name depends on no IP address: the library finds no server");
             }
             const bool isStored = RestsOn(Role::Store, members, m_index.BaseOf(*member));
             if (!isStored) {
                 Add("store-dependency-missing", member->name, "it does not depend on the server's Information Store");
             }
-            areServed = areServed && isNamed;
+            areServed = areServed && isNamed && hasAddress;
             server.isInOrder = server.isInOrder && isNamed && isStored;
         }
         return areServed;
-    }
-
-    // By itself, as the library looks for it. One that cannot be read may be it.
-    bool NeedsNetworkName(const Resource& product) const {
-        return std::any_of(product.dependsOn.begin(), product.dependsOn.end(), [this](const std::string& name) {
-            const auto found = m_resources.find(name);
-            return found == m_resources.end() || found->second->role == Role::NetworkName ||
-                   found->second->type.empty();
-        });
-    }
-
-    // Whether one of the role is in the base, if there is one at all.
-    static bool RestsOn(Role role, const Members& members, const std::set<std::string>& base) {
-        bool isOneThere = false;
-        bool isOneNeeded = false;
-        for (const Resource* const member : members) {
-            isOneThere = isOneThere || member->role == role;
-            isOneNeeded = isOneNeeded || (member->role == role && base.count(member->name) != 0);
-        }
-        return isOneNeeded || !isOneThere;
-    }
-
-    // It is enough that one of the services does.
-    bool IsInOrderOnVcs(const Members& members) const {
-        std::set<std::string> base;
-        for (const Resource* const member : members) {
-            if (member->role == Role::Product) {
-                base.merge(m_index.BaseOf(*member));
-            }
-        }
-        return RestsOn(Role::NetworkName, members, base) && RestsOn(Role::Store, members, base);
     }
 
     void Finish() {
@@ -402,7 +417,6 @@ private:
     const ClusterPicture& m_cluster;
     const PictureIndex m_index;
     std::map<std::string, Members> m_members; // of each group
-    std::map<std::string, const Resource*> m_resources;
     std::set<std::string>
         m_groupsNotWhole; // with resources of a type that is not known; "" for those of no known group
     std::string m_group;  // that is being examined

@@ -20,6 +20,7 @@ const ProblemKind ProblemKinds[] = {
     {"node-joining", Level::Warning},
     {"node-unread", Level::Unknown},
     {"vcs-system-down", Level::Warning},
+    {"cluster-not-deployed", Level::Critical},
     {"group-failed", Level::Critical},
     {"group-offline", Level::Critical},
     {"group-unread", Level::Unknown},
@@ -48,8 +49,11 @@ const ProblemKind ProblemKinds[] = {
     {"network-name-missing", Level::Critical},
     {"vcs-lanman-missing", Level::Critical},
     {"network-name-dependency-missing", Level::Critical},
+    {"address-dependency-missing", Level::Critical},
     {"store-dependency-missing", Level::Warning},
     {"owner-case", Level::Critical},
+    {"server-left-out", Level::Critical},
+    {"vcs-store-missing", Level::Critical},
 };
 
 } // namespace
