@@ -7,14 +7,15 @@ HELD_UP = 800 # milliseconds: how long that run, or call, is held up, so that it
 
 
 def once(case, how, number, arguments, variables):
-    """Presses Ctrl+C ("ctrl-c"), twice ("twice"), when the run is over ("later"), closes the console ("close"), ends the session
+    """With the faults that VCSSIM_FAULTS names besides: presses Ctrl+C ("ctrl-c"), twice ("twice"), when the run is over ("later"), closes the console ("close"), ends the session
     ("logoff"), ends clusctl ("kill"), or presses Ctrl+C in a run that hangs ("hang"). What clusctl says, its exit code, the mode of the configuration and how many temporary
     files are left."""
     held = case.folder / "held.json"
     counts = case.folder / "held.json.counts"
     counts.unlink(missing_ok=True)
     effect = "hang" if how == "hang" else f"delay_ms:{HELD_UP}"
-    held.write_text(json.dumps([f"*#{number}={effect}"]), encoding="ascii")
+    others = json.loads((case.folder / variables["VCSSIM_FAULTS"]).read_text(encoding="utf-8")) if "VCSSIM_FAULTS" in variables else []
+    held.write_text(json.dumps([*others, f"*#{number}={effect}"]), encoding="ascii")
     program, case.program = case.program, case.runner.bin / "e2e" / "interrupt-tool.exe"
     key, pause = ("ctrl-c", 2 * HELD_UP) if how == "later" else ("ctrl-c", 300) if how == "hang" else (how, 100)
     try:
