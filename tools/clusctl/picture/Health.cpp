@@ -51,7 +51,6 @@ class Examination {
 public:
     Examination(const ClusterPicture& cluster, bool isComplete) : m_cluster(cluster), m_index(cluster) {
         for (const Resource& resource : cluster.resources) {
-            m_members[resource.group].push_back(&resource);
             if (resource.type.empty() || resource.group.empty()) {
                 m_groupsNotWhole.insert(resource.group);
             }
@@ -105,7 +104,7 @@ private:
     }
 
     void ExamineGroup(const Group& group) {
-        const Members& members = m_members[group.name];
+        const Members& members = m_index.MembersOf(group.name);
         const bool isServer = std::any_of(members.begin(), members.end(), [](const Resource* member) {
             return member->role == Role::Store || member->role == Role::Attendant || member->role == Role::Product;
         });
@@ -416,7 +415,6 @@ private:
 
     const ClusterPicture& m_cluster;
     const PictureIndex m_index;
-    std::map<std::string, Members> m_members; // of each group
     std::set<std::string>
         m_groupsNotWhole; // with resources of a type that is not known; "" for those of no known group
     std::string m_group;  // that is being examined
