@@ -5,7 +5,6 @@
 #include "Problems.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 namespace picture {
