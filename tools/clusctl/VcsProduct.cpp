@@ -30,11 +30,11 @@ using namespace clus::veritas;
 namespace {
 
 const size_t LongestPart = 255; // of a path
+const wchar_t MountPathAttribute[] = L"MountPath";
+const wchar_t DataFolder[] = L"GateData\\";
 
 // Everything that is known before the first change.
-struct Plan {
-    CVeritasVirtualServerInfo info;
-    VcsNames before;   // all resources of the cluster
+struct Plan : PlannedProduct {
     Password password; // as an argument
     bool isAccountGiven = false;
 };
@@ -91,11 +91,15 @@ std::wstring ChosenMount(const LogCapture& log, const ProductCreateOptions& opti
                                             ListText(mounts)));
 }
 
-std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const Plan& plan) {
+std::wstring UsualRegRep(const std::wstring& group) {
+    return group + L"-RegRep";
+}
+
+std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& options, const PlannedProduct& plan) {
     const std::wstring existing = FindRegistryReplication(log, plan.info.sGroupName).resource;
     std::wstring name = !options.regRep.empty() ? options.regRep
                         : !existing.empty()     ? existing
-                                                : plan.info.sGroupName + L"-RegRep";
+                                                : UsualRegRep(plan.info.sGroupName);
     // Setting up another program's resource again would turn it into the product's.
     if (name != existing && Contains(plan.before, name)) {
         if (Contains(ListHalfMadeReplications(log, plan.info.sGroupName), name)) {
@@ -103,7 +107,7 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
                                                      " is half made: it has no keys, as a creation that was "
                                                      "interrupted leaves it")
                 .Hint("'clusctl vcs product delete " + Printable(plan.info.sGroupName) +
-                      "' deletes it; then give this command again.");
+                      (options.opens ? " --rw" : "") + "' deletes it; then give this command again.");
         }
         throw Failure(Errors::AlreadyExists,
                       "the resource " + Quoted(name) +
@@ -114,15 +118,7 @@ std::wstring ChosenRegRep(const LogCapture& log, const ProductCreateOptions& opt
 
 Plan MakePlan(const LogCapture& log, const ProductCreateOptions& options) {
     Plan plan;
-    plan.info = FindVcsServer(log, options.group);
-    plan.before = ListVcsResources(log);
-    plan.info.sMountResName = ChosenMount(log, options, plan.info.sGroupName);
-    plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
-    plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataPath;
-    const std::string reason = ReasonAgainstDataPath(plan.info.sDataPath);
-    if (!reason.empty()) {
-        throw Failure(reason + "; it comes from the product's settings, and --data-path gives another one");
-    }
+    static_cast<PlannedProduct&>(plan) = RequireVcsCreatable(log, options);
     plan.info.nDelayAfterOnline = options.delayOnline;
     plan.info.nDelayAfterOffline = options.delayOffline;
     plan.isAccountGiven = !options.accountUser.empty();
@@ -313,8 +309,50 @@ Json ProductRecord(const std::wstring& name, const std::wstring& service, bool e
     return {{"name", name}, {"service", TextOrNull(service)}, {"result", existed ? "existed already" : "created"}};
 }
 
-Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options) {
+PlannedProduct RequireVcsCreatable(const LogCapture& log, const ProductCreateOptions& options) {
     CheckOptions(options);
+    PlannedProduct plan;
+    plan.info = FindVcsServer(log, options.group);
+    plan.before = ListVcsResources(log);
+    plan.info.sMountResName = ChosenMount(log, options, plan.info.sGroupName);
+    plan.info.sRegRepResName = ChosenRegRep(log, options, plan);
+    plan.info.sDataPath = options.dataPath.empty() ? CVirtualServerUtil::GetDataRootPath() : options.dataPath;
+    const std::string reason = ReasonAgainstDataPath(plan.info.sDataPath);
+    if (!reason.empty()) {
+        throw Failure(reason + "; it comes from the product's settings, and --data-path gives another one");
+    }
+    return plan;
+}
+
+ProductCreateOptions NeededOptions(const LogCapture& log, const std::wstring& group) {
+    ProductCreateOptions options;
+    options.group = group;
+    options.opens = true;
+    const VcsNames mounts = TopMountResources(log, group);
+    if (mounts.size() > 1) {
+        options.mount = mounts.front();
+    }
+    const VcsNames resources = ListVcsResources(log);
+    if (Contains(resources, UsualRegRep(group)) && FindRegistryReplication(log, group).resource.empty() &&
+        !Contains(ListHalfMadeReplications(log, group), UsualRegRep(group))) {
+        const std::wstring other = group + L"-GateRegRep";
+        options.regRep = other;
+        for (int number = 2; Contains(resources, options.regRep); ++number) {
+            options.regRep = other + std::to_wstring(number);
+        }
+    }
+    if (!mounts.empty() && !ReasonAgainstDataPath(CVirtualServerUtil::GetDataRootPath()).empty()) {
+        const Json folder = ReadVcsAttribute(mounts.front(), MountPathAttribute);
+        std::wstring path = folder.is_string() ? common::ToUtf16(folder.get<std::string>()) : std::wstring();
+        if (!path.empty()) {
+            path += path.back() == L'\\' ? DataFolder : std::wstring(L"\\") + DataFolder;
+            options.dataPath = ReasonAgainstDataPath(path).empty() ? path : std::wstring();
+        }
+    }
+    return options;
+}
+
+Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options) {
     Plan plan = MakePlan(log, options);
     const ToolWatch watch(log);
     Report report;

@@ -4,6 +4,9 @@
 
 #include "LogCapture.h"
 #include "Report.h"
+#include "VcsValues.h"
+
+#include <clus_VeritasCluster.h>
 
 #include <string>
 
@@ -20,6 +23,19 @@ struct ProductCreateOptions {
     int delayOffline = 600;
     bool opens = false;
 };
+
+// The set as it is going to be.
+struct PlannedProduct {
+    CVeritasVirtualServerInfo info;
+    VcsNames before; // all resources of the cluster
+};
+
+// Throws Failure, or WrongUsage, when the set cannot be created. Changes nothing.
+PlannedProduct RequireVcsCreatable(const LogCapture& log, const ProductCreateOptions& options);
+
+// The options without which the set of a group cannot be created, as far as VCS shows what they may be, and that which
+// opens the configuration. Throws Failure when VCS cannot be asked.
+ProductCreateOptions NeededOptions(const LogCapture& log, const std::wstring& group);
 
 // Throws Failure, or WrongUsage before anything is changed.
 Report CreateVcsProduct(const LogCapture& log, const ProductCreateOptions& options);
