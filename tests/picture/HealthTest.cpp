@@ -157,7 +157,7 @@ TEST_F(Server, OnVcsIsToldOfWhatIsFaultedElsewhere) {
 TEST_F(Server, OnVcsIsToldOfWhatIsSwitchedOff) {
     ClusterPicture& cluster = m_built.Cluster();
     cluster.kind = Kind::Vcs;
-    cluster.groups[0].isFrozen = true;
+    cluster.groups[0].isFrozenForNow = true;
     cluster.groups[0].disabledOn = {"N2"};
     cluster.resources.back().isEnabled = false;
     EXPECT_EQ(Problems(), (Texts{"warning G: the group is frozen: VCS does nothing when it fails",

@@ -14,8 +14,9 @@ const char* LevelWord(FindingLevel level) {
     return words[static_cast<int>(level)];
 }
 
-void Findings::Add(const char* code, const std::string& object, const std::string& seen, const std::string& mend) {
-    m_findings.push_back({&FindDoctorCode(code), m_group, object, seen, mend});
+void Findings::Add(const char* code, const std::string& object, const std::string& seen, const std::string& mend,
+                   const std::string& ask) {
+    m_findings.push_back({&FindDoctorCode(code), m_group, object, seen, mend, ask});
 }
 
 size_t Findings::Count(FindingLevel level) const {
@@ -41,7 +42,8 @@ Json Findings::Records() const {
                            {"object", finding.object},
                            {"seen", finding.seen},
                            {"effect", orNull(finding.code->effect)},
-                           {"mend", orNull(finding.mend)}});
+                           {"mend", orNull(finding.mend)},
+                           {"ask", orNull(finding.ask)}});
     }
     return records;
 }
@@ -64,7 +66,8 @@ Findings Diagnose(const LogCapture& log, const DoctorRequest& request) {
 void TellNoServer(const std::wstring& wanted, const std::string& lister, Findings& findings) {
     if (IsSomethingUnread(findings)) {
         if (!wanted.empty()) {
-            findings.Add("server-unread", Printable(wanted), "No group that can be read is it, or holds it.", lister);
+            findings.AddQuestion("server-unread", Printable(wanted), "No group that can be read is it, or holds it.",
+                                 lister);
         }
         return;
     }

@@ -30,7 +30,8 @@ struct Finding {
     std::wstring group; // empty: about this computer or its cluster
     std::string object; // "Zyntra Gate (EXVS-MAIL1)"
     std::string seen;   // a sentence
-    std::string mend;   // the command that mends it, or what to do; empty when there is nothing to mend
+    std::string mend;   // the commands that mend it (InTurn), or what to do; empty when nothing is known to
+    std::string ask;    // a command that tells more of it and mends nothing; may be empty
 };
 
 class Findings {
@@ -41,7 +42,11 @@ public:
     }
     // `code` has to be one of the table.
     void Add(const char* code, const std::string& object, const std::string& seen,
-             const std::string& mend = std::string());
+             const std::string& mend = std::string(), const std::string& ask = std::string());
+    // Of what nothing is known to mend before the question is answered.
+    void AddQuestion(const char* code, const std::string& object, const std::string& seen, const std::string& ask) {
+        Add(code, object, seen, std::string(), ask);
+    }
 
     const std::vector<Finding>& All() const {
         return m_findings;
@@ -49,7 +54,7 @@ public:
     size_t Count(FindingLevel level) const;
     FindingLevel Worst() const; // Ok when there are none
 
-    // A record each: level, code, group, object, seen, effect, mend.
+    // A record each: level, code, group, object, seen, effect, mend, ask.
     Json Records() const;
 
 private:

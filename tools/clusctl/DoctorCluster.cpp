@@ -81,7 +81,7 @@ void DiagnoseNodes(const CCluster& cluster, Findings& findings) {
         unread.MarkIncomplete(failure.what());
     }
     if (!unread.IsComplete()) {
-        findings.Add("node-unread", "nodes", AsSentence(unread.Warnings().front()), "clusctl nodes");
+        findings.AddQuestion("node-unread", "nodes", AsSentence(unread.Warnings().front()), "clusctl nodes");
     }
     if (nodes.is_array()) {
         DiagnoseThisNode(nodes, findings);
@@ -128,7 +128,7 @@ void DiagnoseTypes(const CCluster& cluster, const std::vector<Json>& resources, 
         }
     } catch (const Failure& failure) {
         findings.Add("types-unlisted", Printable(std::wstring(wanted)), AsSentence(failure.what()),
-                     "clusctl doctor, again");
+                     "ask again, elevated");
     }
 }
 
@@ -139,13 +139,13 @@ bool ReadResources(const CCluster& cluster, std::vector<Json>& resources, Findin
             Report unread;
             resources.push_back(ReadResource(cluster, name, ResourceParts::Line, unread));
             if (!unread.IsComplete()) {
-                findings.Add("resource-unread", Printable(name), AsSentence(unread.Warnings().front()),
-                             "clusctl resources " + Quoted(name));
+                findings.AddQuestion("resource-unread", Printable(name), AsSentence(unread.Warnings().front()),
+                                     "clusctl resources " + Quoted(name));
             }
         }
         return true;
     } catch (const Failure& failure) {
-        findings.Add("resources-unlisted", "resources", AsSentence(failure.what()), "clusctl resources");
+        findings.AddQuestion("resources-unlisted", "resources", AsSentence(failure.what()), "clusctl resources");
         return false;
     }
 }
@@ -186,8 +186,8 @@ void TellUnreadNames(const CCluster& cluster, const ServerGroup& group, Findings
         if (isNamed && !ReadNetworkName(cluster, member, networkName)) {
             const std::wstring name = TextMember(member, "name");
             findings.SetGroup(group.name);
-            findings.Add("network-name-unread", Printable(name), "The cluster does not tell its network name.",
-                         "clusctl resources " + Quoted(name));
+            findings.AddQuestion("network-name-unread", Printable(name), "The cluster does not tell its network name.",
+                                 "clusctl resources " + Quoted(name));
         }
     }
     findings.SetGroup(std::wstring());

@@ -16,7 +16,8 @@ std::string Line(const Finding& finding) {
     if (finding.code->effect[0] != '\0') {
         text += "           So: " + std::string(finding.code->effect) + "\n";
     }
-    return finding.mend.empty() ? text : text + "           Do: " + finding.mend + "\n";
+    text += finding.mend.empty() ? "" : "           Do: " + finding.mend + "\n";
+    return finding.ask.empty() ? text : text + "           Ask: " + finding.ask + "\n";
 }
 
 std::string Counted(size_t count, const std::string& word) {

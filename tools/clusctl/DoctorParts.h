@@ -45,6 +45,7 @@ struct ServerGroup {
 
 // What the status says of the cluster.
 struct ClusterHealth {
+    picture::ClusterPicture picture;
     picture::Health health;
     std::string unread; // the first thing that could not be read
 };

@@ -53,7 +53,7 @@ bool TellRecorded(RecordedPart part, Findings& findings) {
         const auto text = [&finding](const char* member) { return common::ToUtf8(TextMember(finding, member)); };
         const auto shown = [&finding](const char* member) { return Printable(TextMember(finding, member)); };
         if (finding.is_object() && IsOf(part, text("code")) && IsDoctorCode(text("code"))) {
-            findings.Add(FindDoctorCode(text("code")).name, text("object"), shown("seen"), shown("mend"));
+            findings.Add(FindDoctorCode(text("code")).name, text("object"), shown("seen"), shown("mend"), shown("ask"));
         }
     }
     return true;

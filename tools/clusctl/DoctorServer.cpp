@@ -2,6 +2,7 @@
 #include "DoctorParts.h"
 
 #include "CreationChecks.h"
+#include "DoctorMends.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
@@ -45,7 +46,7 @@ public:
         if (products.size() > 1) {
             Add("product-resource-several", TextMember(*products[1], "name"),
                 "The group holds " + std::to_string(products.size()) + " resources of the product.",
-                "clusctl resource delete " + m_serverName + ", then clusctl resource create");
+                InTurn({"clusctl resource delete " + m_serverName, CreationCommand()}));
         }
         for (const Json* product : products) {
             LookAtProduct(*product);
@@ -55,8 +56,11 @@ public:
 
 private:
     void Add(const char* code, const std::wstring& object, const std::string& seen,
-             const std::string& mend = std::string()) {
-        m_findings.Add(code, Printable(object), seen, mend);
+             const std::string& mend = std::string(), const std::string& ask = std::string()) {
+        m_findings.Add(code, Printable(object), seen, mend, ask);
+    }
+    void AddQuestion(const char* code, const std::wstring& object, const std::string& seen, const std::string& ask) {
+        Add(code, object, seen, std::string(), ask);
     }
 
     std::vector<const Json*> OfType(const wchar_t* type) const {
@@ -67,6 +71,12 @@ private:
             }
         }
         return found;
+    }
+
+    // The one of its type, or else a word in its place.
+    std::string OnlyOf(const wchar_t* type, const char* otherwise) const {
+        const std::vector<const Json*> found = OfType(type);
+        return found.size() == 1 ? Quoted(TextMember(*found.front(), "name")) : otherwise;
     }
 
     std::vector<const Json*> Products() const {
@@ -88,8 +98,8 @@ private:
             const std::wstring name = TextMember(*resource, "name");
             std::wstring text;
             if (!ReadNetworkName(m_cluster, *resource, text)) {
-                Add("network-name-unread", name, "The cluster does not tell its network name.",
-                    "clusctl resources " + Quoted(name));
+                AddQuestion("network-name-unread", name, "The cluster does not tell its network name.",
+                            "clusctl resources " + Quoted(name));
                 continue;
             }
             if (std::any_of(text.begin(), text.end(), [](wchar_t c) { return c >= L'a' && c <= L'z'; })) {
@@ -103,7 +113,7 @@ private:
             }
         }
         if (all.empty() && m_group.isWhole) {
-            Add("network-name-missing", m_group.name, "The group has no Network Name resource.",
+            Add("network-name-missing", m_group.name, "The group has no Network Name resource.", "add one to the group",
                 "clusctl resources --group " + Quoted(m_group.name));
         }
         return chosen;
@@ -133,25 +143,30 @@ private:
         return CVirtualServerUtil::GetClusterQuorumModeByRegKey() != CVirtualServerUtil::CLUSTER_QUORUM_CCR;
     }
 
+    std::wstring ProductName() const {
+        return L"Zyntra Gate (" + m_group.name + L")";
+    }
+
+    std::string CreationCommand() const {
+        return "clusctl resource create " + m_serverName + " --name " + Quoted(ProductName()) +
+               (IsSingleCopy() ? " --data-path FOLDER" : "");
+    }
+
     void TellProductMissing(const Json* networkName) {
-        const std::wstring name = L"Zyntra Gate (" + m_group.name + L")";
-        const std::string path = IsSingleCopy() ? " --data-path FOLDER" : "";
-        Add("product-resource-missing", m_group.name, "The group holds no resource of the product.",
-            "clusctl resource create " + (networkName == nullptr ? "SERVER" : m_serverName) + " --name " +
-                Quoted(name) + path);
+        Add("product-resource-missing", m_group.name, "The group holds no resource of the product.", CreationCommand());
         if (networkName == nullptr) {
             return;
         }
         try {
             Report unchecked;
-            RequireCreatable(m_cluster, {m_networkName, name, std::wstring(), IsSingleCopy(), std::wstring()},
+            RequireCreatable(m_cluster, {m_networkName, ProductName(), std::wstring(), IsSingleCopy(), std::wstring()},
                              unchecked);
             Add("creation-possible", m_group.name,
                 "Nothing stands in the way of creating it on this node" +
                     (unchecked.Warnings().empty() ? "." : ", but " + unchecked.Warnings().front() + "."));
         } catch (const Failure& failure) {
-            Add("creation-blocked", m_group.name, AsSentence(failure.what()),
-                failure.Hint().empty() ? "clusctl groups " + Quoted(m_group.name) : failure.Hint());
+            Add("creation-blocked", m_group.name, AsSentence(failure.what()), failure.Hint(),
+                "clusctl groups " + Quoted(m_group.name));
         }
     }
 
@@ -167,8 +182,8 @@ private:
         Report unread;
         const Json detail = ReadResource(m_cluster, name, ResourceParts::Detail, unread);
         if (!unread.IsComplete()) {
-            Add("product-detail-unread", name, AsSentence(unread.Warnings().front()),
-                "clusctl resources " + Quoted(name));
+            AddQuestion("product-detail-unread", name, AsSentence(unread.Warnings().front()),
+                        "clusctl resources " + Quoted(name));
         }
         LookAtNames(resource, detail);
         LookAtDataPath(resource, detail);
@@ -194,6 +209,7 @@ private:
             Add("type-not-of-deployment", name,
                 std::string("It is made for a ") + (isSingleCopy ? "shared disk" : "cluster with replication") +
                     ", and the registry says otherwise.",
+                "set ClusterQuorumMode to what this cluster is, or create the resource again",
                 "clusctl host --explain");
         }
     }
@@ -208,14 +224,15 @@ private:
             return true;
         }
         if (owner.empty()) {
-            Add("owner-unread", name, "The cluster does not tell its owner.", "clusctl resources " + Quoted(name));
+            AddQuestion("owner-unread", name, "The cluster does not tell its owner.",
+                        "clusctl resources " + Quoted(name));
         } else if (IsSameName(owner, computer)) {
             Add("owner-case", name,
                 "The cluster calls its owner " + Quoted(owner) + ", and this computer is " + Quoted(computer) + ".",
                 "let the node leave the cluster and join it again under the name " + Printable(computer));
         } else {
-            Add("owner-other-node", name, "The node " + Quoted(owner) + " owns it.",
-                "clusctl doctor, on " + Printable(owner));
+            AddQuestion("owner-other-node", name, "The node " + Quoted(owner) + " owns it.",
+                        "clusctl doctor, on " + Printable(owner));
         }
         return false;
     }
@@ -231,13 +248,14 @@ private:
         } else if (state == "failed") {
             Add("product-failed", name, "It has failed.", switchOn);
         } else if (state != "unknown") {
-            Add("product-pending", name, "It is " + state + ".", "clusctl resources " + Quoted(name));
+            Add("product-pending", name, "It is " + state + ".", "wait", "clusctl resources " + Quoted(name));
         }
     }
 
     void TellUnread(const std::wstring& object, const Report& unread, const std::string& otherwise) {
-        Add("product-detail-unread", object, unread.IsComplete() ? otherwise : AsSentence(unread.Warnings().front()),
-            "clusctl resources " + Quoted(object));
+        AddQuestion("product-detail-unread", object,
+                    unread.IsComplete() ? otherwise : AsSentence(unread.Warnings().front()),
+                    "clusctl resources " + Quoted(object));
     }
 
     // False also when a name cannot be looked up.
@@ -257,15 +275,15 @@ private:
         if (!resource.GetResourceDependencyByType(networkName, clus::NetworkNameType)) {
             if (LacksType(detail["dependsOn"], clus::NetworkNameType)) {
                 Add("network-name-dependency-missing", name, "It depends on no Network Name.",
-                    OnResource("adddep", name, ":NETWORK-NAME-RESOURCE"));
+                    OnResource("adddep", name, ":" + OnlyOf(clus::NetworkNameType, "NETWORK-NAME-RESOURCE")));
             } else if (detail["dependsOn"].is_array()) { // otherwise that is told already
                 TellUnread(name, Report(), "The Network Name that it depends on cannot be read.");
             }
             return;
         }
         if (networkName.GetSystemStringProperty(CClusterResource::RES_PROP_GUID, false) == nullptr) {
-            Add("network-name-id-unread", name, "The cluster does not tell the ID of its Network Name.",
-                "clusctl resources --group " + Quoted(m_group.name));
+            AddQuestion("network-name-id-unread", name, "The cluster does not tell the ID of its Network Name.",
+                        "clusctl resources --group " + Quoted(m_group.name));
         }
         LookAtAddress(networkName, name);
     }
@@ -280,7 +298,7 @@ private:
             const Json detail = ReadResource(m_cluster, nameResource, ResourceParts::Detail, unread);
             if (LacksType(detail["dependsOn"], clus::IpAddressType)) {
                 Add("address-dependency-missing", name, "Its Network Name depends on no IP Address.",
-                    OnResource("adddep", nameResource, ":ADDRESS-RESOURCE"));
+                    OnResource("adddep", nameResource, ":" + OnlyOf(clus::IpAddressType, "ADDRESS-RESOURCE")));
             } else {
                 TellUnread(nameResource, unread, "The IP Address that it depends on cannot be read.");
             }
@@ -359,16 +377,16 @@ private:
                 "The group has " + std::to_string(instances.size()) + " SMTP instances.",
                 "leave " + std::to_string(CClusterVirtualServerInfo::MaxSmtpInstances) + " in the group at most");
         } else {
-            Add("smtp-instances-unread", m_group.name, "The library cannot collect the SMTP instances.",
-                "clusctl smtp-instances " + m_serverName);
+            AddQuestion("smtp-instances-unread", m_group.name, "The library cannot collect the SMTP instances.",
+                        "clusctl smtp-instances " + m_serverName);
         }
     }
 
     void TellVerdict(CClusterResource& resource, const std::wstring& name, bool isHere) {
         const auto info = std::make_unique<CClusterVirtualServerInfo>();
         if (m_here == nullptr || Contains(m_here->leftOut, name)) {
-            Add("server-left-out", name, "The library does not list its server.",
-                "mend the errors that are told of it, then clusctl servers");
+            Add("server-left-out", name, "The library does not list its server.", "mend the errors that are told of it",
+                "clusctl servers --explain");
             return;
         }
         const bool isDescribed =

@@ -34,7 +34,7 @@ void DiagnosePaths(CClusterResource& disk, Findings& findings) {
     std::vector<std::wstring> paths;
     if (!GetDiskLettersFromResource(disk.GetResourceHandle(), paths) || paths.empty()) {
         findings.Add("disk-path-unknown", Printable(name), "None of its partitions has a path that can be told.",
-                     "clusctl disk " + Quoted(name));
+                     "give the partition a drive letter, or mount it in a folder", "clusctl disk " + Quoted(name));
     }
 }
 
@@ -92,8 +92,8 @@ void DiagnoseStorage(const CCluster& cluster, CClusterResource& resource, const 
             findings.Add("disk-dependency-missing", Printable(name), "It depends on no disk.",
                          OnResource("adddep", name, ":DISK"));
         } else if (detail["dependsOn"].is_array()) {
-            findings.Add("product-detail-unread", Printable(name), "Whether it depends on a disk cannot be read.",
-                         "clusctl resources " + Quoted(name));
+            findings.AddQuestion("product-detail-unread", Printable(name),
+                                 "Whether it depends on a disk cannot be read.", "clusctl resources " + Quoted(name));
         }
         return;
     }

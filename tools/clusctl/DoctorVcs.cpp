@@ -91,7 +91,7 @@ bool LookAtEngine(const LogCapture& log, Findings& findings) {
     } catch (const Failure& failure) {
         const bool isDown = failure.Kind().name == std::string(Errors::EngineDown.name);
         findings.Add(isDown ? "vcs-engine-down" : "vcs-not-asked", "VCS", AsSentence(failure.what()),
-                     isDown ? "hastart" : "clusctl vcs systems");
+                     isDown ? "hastart" : "", isDown ? "" : "clusctl vcs systems");
         return false;
     }
 }
@@ -136,6 +136,7 @@ void LookAtOtherGroups(const LogCapture& log, const std::vector<CVeritasVirtualS
             findings.Add("vcs-store-missing", Printable(group),
                          "It holds resources of Exchange (" + ListText(resources) +
                              "), none of which is the Information Store.",
+                         "create the Information Store's resource with Exchange's own set-up",
                          "clusctl vcs attribute " + Printable(resources.front()) + " Service");
         }
     }
@@ -154,7 +155,8 @@ void LookAtServers(const LogCapture& log, const ClusterHealth& health, const std
     std::vector<CVeritasVirtualServerInfo> servers;
     const ToolWatch watch(log);
     if (!CVeritasCluster().CollectExchangeEVSInfo(servers) || !watch.Problems().empty()) {
-        findings.Add("vcs-servers-unread", "virtual servers", "Not all of them can be read.", "clusctl vcs servers");
+        findings.AddQuestion("vcs-servers-unread", "virtual servers", "Not all of them can be read.",
+                             "clusctl vcs servers");
     }
     bool isFound = false;
     for (const CVeritasVirtualServerInfo& server : servers) {
@@ -165,14 +167,14 @@ void LookAtServers(const LogCapture& log, const ClusterHealth& health, const std
             DiagnoseProblems(health, server.sGroupName, findings);
         } else if (!asked.Problems().empty()) {
             findings.SetGroup(server.sGroupName);
-            findings.Add("vcs-server-unread", Printable(server.sGroupName), "Its network name cannot be read.",
-                         "clusctl vcs servers " + Printable(server.sGroupName));
+            findings.AddQuestion("vcs-server-unread", Printable(server.sGroupName), "Its network name cannot be read.",
+                                 "clusctl vcs servers " + Printable(server.sGroupName));
         }
     }
     try {
         LookAtOtherGroups(log, servers, wanted, isFound, findings);
     } catch (const Failure& failure) {
-        findings.Add("vcs-servers-unread", "groups", AsSentence(failure.what()), "clusctl vcs groups");
+        findings.AddQuestion("vcs-servers-unread", "groups", AsSentence(failure.what()), "clusctl vcs groups");
     }
     findings.SetGroup(std::wstring());
     if (!isFound) {

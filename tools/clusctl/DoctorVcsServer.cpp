@@ -1,9 +1,12 @@
 // The doctor's look at one virtual server on VCS: what the product's resources need, and how these are.
 #include "DoctorParts.h"
 
+#include "DoctorMends.h"
+#include "Interruption.h"
 #include "ModelSettings.h"
 #include "Text.h"
 #include "ThisComputer.h"
+#include "VcsProduct.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
 #include "VcsTools.h"
@@ -51,11 +54,10 @@ private:
 
     void LookAtLanman() {
         if (m_server.sLanmanResName.empty()) {
-            m_findings.Add("vcs-lanman-missing", m_group, "It has no Lanman resource.",
-                           "hares -add " + m_group + "-Lanman Lanman " + m_group);
+            m_findings.Add("vcs-lanman-missing", m_group, "It has no Lanman resource.", LanmanCommand(m_group));
         } else if (ReadAttribute(m_server.sLanmanResName, VirtualNameAttribute).is_null()) {
             m_findings.Add("vcs-virtual-name-missing", Printable(m_server.sLanmanResName), "It has no VirtualName.",
-                           "hares -modify " + Printable(m_server.sLanmanResName) + " VirtualName NAME");
+                           WhileWritable("hares -modify " + Printable(m_server.sLanmanResName) + " VirtualName NAME"));
         }
     }
 
@@ -72,14 +74,18 @@ private:
             }
         }
         if (!m_server.bGroupOnline) {
+            std::vector<picture::StateOnNode> states;
+            for (const SystemState& row : state.states) {
+                states.push_back({common::ToUtf8(row.system), common::ToUtf8(row.state)});
+            }
             m_findings.Add("vcs-group-offline", m_group, "It is online on no system.",
-                           "hagrp -online " + m_group + " -sys SYSTEM");
+                           "hagrp -online " + m_group + " -sys " + SystemToComeOnline(states));
         } else if (IsThisComputer(m_server.sOnlineNode)) {
             m_findings.Add("vcs-group-here", m_group, std::string("It is ") + state.word + " on this system.");
         } else {
-            m_findings.Add("vcs-group-other-system", m_group,
-                           std::string("It is ") + state.word + " on " + Printable(m_server.sOnlineNode) + ".",
-                           "clusctl doctor, on " + Printable(m_server.sOnlineNode));
+            m_findings.AddQuestion("vcs-group-other-system", m_group,
+                                   std::string("It is ") + state.word + " on " + Printable(m_server.sOnlineNode) + ".",
+                                   "clusctl doctor, on " + Printable(m_server.sOnlineNode));
         }
     }
 
@@ -91,15 +97,15 @@ private:
         const VcsNames mounts = TopMountResources(m_log, m_server.sGroupName);
         if (attendants.empty()) {
             m_findings.Add("vcs-attendant-missing", m_group, "None of its resources is the System Attendant.",
+                           "create the System Attendant's resource with Exchange's own set-up",
                            "clusctl vcs resources --where Group=" + m_group);
         } else if (mounts.empty()) {
             m_findings.Add("vcs-mount-missing", Printable(attendants.front()), "It depends on no MountV resource.",
-                           "hares -link " + Printable(attendants.front()) + " MOUNT");
+                           LinkCommand(Printable(attendants.front()), MountOfGroup()), AskForMounts());
         } else if (mounts.size() > 1) {
             m_findings.Add("vcs-mount-several", m_group,
                            "Several MountV resources are top-most: " + ListText(mounts) + ".",
-                           "name one where it is asked for: clusctl vcs product create " + m_group + " --mount " +
-                               Printable(mounts.front()) + " --rw");
+                           "name one of them with --mount when the product's resources are created");
         } else {
             m_findings.Add("vcs-mount", Printable(mounts.front()), "It is the top-most MountV resource.");
         }
@@ -116,19 +122,77 @@ private:
                                     : ListResourcesOfService(m_log, m_server.sGroupName, HostService).empty() &&
                                           ListResourcesOfService(m_log, m_server.sGroupName, SAService).empty();
         if (hasNone && replication.resource.empty()) {
+            const Creation creation = PlanCreation();
             m_findings.Add("vcs-product-missing", m_group, "It holds none of the product's resources.",
-                           "clusctl vcs product create " + m_group + " --rw");
+                           creation.Mend(""));
+            TellCreation(creation);
             return;
         }
-        const std::string create = "clusctl vcs product create " + m_group + " --rw";
+        const Creation creation = PlanCreation();
         if (replication.resource.empty()) {
             m_findings.Add("vcs-replication-missing", m_group,
-                           "No RegRep resource replicates the product's registry key and no other.", create);
+                           "No RegRep resource replicates the product's registry key and no other.", creation.Mend(""));
         }
-        LookAtService(HostService, "vcs-service-missing", create);
-        LookAtService(SAService, "vcs-service-missing", create);
-        LookAtService(QAVMonitorService, "vcs-service-optional", create + " --quarantine");
-        LookAtService(RemoteConfigService, "vcs-service-optional", create + " --remote-config");
+        const bool hasHost = LookAtService(HostService, "vcs-service-missing", creation.Mend(""));
+        const bool hasAttendant = LookAtService(SAService, "vcs-service-missing", creation.Mend(""));
+        LookAtService(QAVMonitorService, "vcs-service-optional", creation.Mend(" --quarantine"));
+        LookAtService(RemoteConfigService, "vcs-service-optional", creation.Mend(" --remote-config"));
+        if (replication.resource.empty() || !hasHost || !hasAttendant) {
+            TellCreation(creation);
+        }
+    }
+
+    // The command that creates what is missing of the product's resources, and why it would refuse.
+    struct Creation {
+        std::string command;
+        std::string reason; // empty: it would not
+        std::string hint;
+
+        std::string Mend(const std::string& options) const {
+            return (reason.empty() ? "" : "mend what stands in the way, then ") + command + options;
+        }
+    };
+
+    Creation PlanCreation() const {
+        Creation creation;
+        ProductCreateOptions options;
+        try {
+            options = NeededOptions(m_log, m_server.sGroupName);
+            RequireVcsCreatable(m_log, options);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            creation.reason = AsSentence(failure.what());
+            creation.hint = failure.Hint();
+        }
+        creation.command = "clusctl vcs product create " + m_group;
+        for (const auto& option :
+             {std::make_pair(" --mount ", options.mount), std::make_pair(" --regrep ", options.regRep),
+              std::make_pair(" --data-path ", options.dataPath)}) {
+            creation.command += option.second.empty() ? "" : option.first + Printable(option.second);
+        }
+        creation.command += " --rw";
+        return creation;
+    }
+
+    void TellCreation(const Creation& creation) {
+        if (creation.reason.empty()) {
+            m_findings.Add("vcs-creation-possible", m_group, "Nothing stands in the way of creating what is missing.");
+        } else {
+            m_findings.Add("vcs-creation-blocked", m_group, creation.reason, creation.hint,
+                           "clusctl vcs resources --where Group=" + m_group);
+        }
+    }
+
+    // The one MountV resource of the group, if there is no other.
+    std::string MountOfGroup() const {
+        const VcsNames mounts = ListVcsNames(m_log, &CVeritasCluster::EnumResourceNamesW, "resources",
+                                             {{GroupAttribute, m_server.sGroupName}, {TypeAttribute, MountVType}});
+        return mounts.size() == 1 ? Printable(mounts.front()) : "MOUNT";
+    }
+
+    std::string AskForMounts() const {
+        return "clusctl vcs resources --where Group=" + m_group + " --where Type=" + Printable(MountVType);
     }
 
     void LookAtReplications(const RegistryReplication& replication) {
@@ -139,7 +203,7 @@ private:
             if (replication.disk.empty()) {
                 m_findings.Add("vcs-replication-disk-missing", Printable(replication.resource),
                                "It depends on no MountV resource of the group.",
-                               "hares -link " + Printable(replication.resource) + " MOUNT");
+                               LinkCommand(Printable(replication.resource), MountOfGroup()), AskForMounts());
             }
         }
         for (const std::wstring& name :
@@ -158,18 +222,20 @@ private:
         }
     }
 
-    void LookAtService(const wchar_t* service, const char* whenMissing, const std::string& mend) {
+    // Whether there is one.
+    bool LookAtService(const wchar_t* service, const char* whenMissing, const std::string& mend) {
         const VcsNames resources = ListResourcesOfService(m_log, m_server.sGroupName, service);
         const std::string name = Printable(std::wstring(service));
         if (resources.empty()) {
             m_findings.Add(whenMissing, name, "No resource of the group runs it.", mend);
-            return;
+            return false;
         }
         if (resources.size() > 1) {
             m_findings.Add("vcs-service-several", name, "Several resources run it: " + ListText(resources) + ".",
                            "clusctl vcs resource delete " + Printable(resources.back()) + " --rw");
         }
         LookAtStates(resources.front(), "runs " + name + " and ");
+        return true;
     }
 
     // Of a resource that has to be online where the group is; `does` precedes "is online".
@@ -217,7 +283,7 @@ void DiagnoseVcsServer(const LogCapture& log, const CVeritasVirtualServerInfo& s
     try {
         VcsServerRound(log, server, findings).Run();
     } catch (const Failure& failure) {
-        findings.Add("vcs-server-unread", Printable(server.sGroupName), AsSentence(failure.what()),
-                     "clusctl vcs servers " + Printable(server.sGroupName));
+        findings.AddQuestion("vcs-server-unread", Printable(server.sGroupName), AsSentence(failure.what()),
+                             "clusctl vcs servers " + Printable(server.sGroupName));
     }
 }

@@ -23,6 +23,7 @@ namespace {
 const wchar_t AllOfThem[] = L"";
 const wchar_t StateAttribute[] = L"State";
 const wchar_t SystemStateAttribute[] = L"SysState";
+const wchar_t FrozenForNowAttribute[] = L"TFrozen";
 const wchar_t GroupTool[] = L"hagrp";
 const wchar_t ClusterTool[] = L"haclus";
 const wchar_t EverySystem[] = L"global";
@@ -105,8 +106,10 @@ void ReadSwitches(const LogCapture& log, std::vector<Group>& groups) {
             continue;
         }
         Group& group = *found->second;
-        if (row.attribute != EnabledAttribute) {
-            group.isFrozen = group.isFrozen || row.value == L"1";
+        if (row.attribute == FrozenForNowAttribute) {
+            group.isFrozenForNow = row.value == L"1";
+        } else if (row.attribute != EnabledAttribute) {
+            group.isFrozenPersistently = row.value == L"1";
         } else if (row.value == L"0" && row.system != EverySystem) {
             group.disabledOn.push_back(common::ToUtf8(row.system));
         } else if (row.value == L"0") {

@@ -85,17 +85,18 @@ PageTable Settings() {
 
 // The doctor's findings, the worst first; what is well is only counted.
 PageTable FindingsTable(const Findings& findings) {
-    PageTable table = {"Findings", "", {"Level", "Code", "Group", "Object", "Seen", "Effect", "Mend"}, {}};
+    PageTable table = {"Findings", "", {"Level", "Code", "Group", "Object", "Seen", "Effect", "Mend", "Ask"}, {}};
     for (const FindingLevel level : {FindingLevel::Error, FindingLevel::Warning, FindingLevel::Note}) {
         for (const Finding& finding : findings.All()) {
             if (finding.code->level == level) {
                 table.rows.push_back({LevelWord(level), finding.code->name, common::ToUtf8(finding.group),
-                                      finding.object, finding.seen, finding.code->effect, finding.mend});
+                                      finding.object, finding.seen, finding.code->effect, finding.mend, finding.ask});
             }
         }
     }
     const size_t good = findings.Count(FindingLevel::Ok);
-    table.rows.push_back({LevelWord(FindingLevel::Ok), "", "", "", std::to_string(good) + " things are well.", "", ""});
+    table.rows.push_back(
+        {LevelWord(FindingLevel::Ok), "", "", "", std::to_string(good) + " things are well.", "", "", ""});
     return table;
 }
 

@@ -51,9 +51,10 @@ struct Group {
     std::string state;
     Condition condition = Condition::Unknown;
     std::string node; // where it is, or of VCS where it is at least partly online; empty: nowhere, or not known
-    std::vector<StateOnNode> states;          // of VCS
-    bool isOwnerMisspelt = false;             // of a failover cluster: it is this computer, in another letter case
-    bool isFrozen = false;                    // of VCS, as is the next
+    std::vector<StateOnNode> states; // of VCS
+    bool isOwnerMisspelt = false;    // of a failover cluster: it is this computer, in another letter case
+    bool isFrozenForNow = false;     // of VCS, as are the next
+    bool isFrozenPersistently = false;
     std::vector<std::string> disabledOn = {}; // nodes
 };
 

@@ -159,6 +159,7 @@ private:
                 told.insert(state.node);
                 AddOfGroup("vcs-group-faulted-elsewhere", group.name,
                            "it cannot go to " + Printable(state.node) + ", where it is faulted");
+                m_health.problems.back().node = state.node;
             }
         }
         for (const Resource* const member : members) {
@@ -166,6 +167,7 @@ private:
                 if (state.node != group.node && IsFaulted(state) && told.count(state.node) == 0) {
                     Add("vcs-resource-faulted-elsewhere", member->name,
                         "the resource is faulted on " + Printable(state.node));
+                    m_health.problems.back().node = state.node;
                 }
             }
         }
@@ -173,12 +175,13 @@ private:
 
     // What somebody has switched off in VCS.
     void ExamineSwitches(const Group& group, const Members& members) {
-        if (group.isFrozen) {
+        if (group.isFrozenForNow || group.isFrozenPersistently) {
             AddOfGroup("vcs-group-frozen", group.name, "the group is frozen: VCS does nothing when it fails");
         }
         for (const std::string& node : group.disabledOn) {
             AddOfGroup("vcs-group-disabled", group.name,
                        "the group is disabled on " + Printable(node) + ", and cannot come online there");
+            m_health.problems.back().node = node;
         }
         for (const Resource* const member : members) {
             if (!member->isEnabled && member->role != Role::Other) {

@@ -28,6 +28,7 @@ struct Problem {
     const char* code = "";  // one of the doctor's, which judges by the same rule
     std::string group = {}; // that it is in; empty of what is in none
     bool isOfGroup = false; // the object is the group
+    std::string node = {};  // of VCS: where it is so, if it is not where the group is
 };
 
 // One of the product's resources of a virtual server, or one that should be there.
