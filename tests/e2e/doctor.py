@@ -1,8 +1,10 @@
 """The doctor's codes: documented, judged as the status judges, found in a case and not found in another that came as far, and one for each branch of the library that leads to less.
 
 The branches are those of the source files that enumerate, look up and create, but for the functions that the table names with a reason."""
+import json
 import re
 
+import mends
 import schemas
 
 ROOT = schemas.FOLDER.parent.parent
@@ -11,6 +13,7 @@ TABLE = ROOT / "tools" / "clusctl" / "DoctorCodes.cpp"
 RULE = ROOT / "tools" / "clusctl" / "picture" / "Problems.cpp"
 MANUAL = ROOT / "docs" / "doctor.md"
 BRANCHES = HERE / "doctor-branches.txt"
+NOT_RUN = HERE / "doctor-mends.txt"
 FOLDERS = ("src/virtualserver", "src/veritas", "src/cluster", "src/settings")
 FILES = ("src/core/SettingsFile.cpp",)
 
@@ -167,6 +170,34 @@ def problems_of_branches(table):
     return problems
 
 
+def mends_in_cases():
+    """The mends of the cases that are commands, in either form, by code and program: a code may have one on each kind of cluster."""
+    found = {}
+    for case in sorted(schemas.CASES.glob("*.txt")):
+        text = case.read_text(encoding="utf-8")
+        pairs = re.findall(r"(?m)^  (?:ok|note|warning|error) .* \[([a-z-]+)\]\n(?: +So: .*\n)? +Do: (.*)$", text)
+        pairs += [(code, json.loads(mend)) for code, mend in
+                  re.findall(r'(?m)^ +"code": "([a-z-]+)",\n(?: +"(?!code|mend)\w+": .*\n)* +"mend": (".*"),?$', text)]
+        found.update({f"{code} {mends.commands_of(mend)[0].split()[0]}": mend for code, mend in pairs if mends.commands_of(mend)})
+    return found
+
+
+def problems_of_mends(table):
+    """Each mend that is a command is run by a case, after which its finding is gone, or the list says why it cannot be."""
+    needed = mends_in_cases()
+    proofs = re.compile(r"(?m)^\$ (?:\S+=\S+ )*mends ([a-z-]+) .*\n((\w+).*\n(?:.+\n?)*)")
+    answers = [(case.stem, *found) for case in sorted(schemas.CASES.glob("*.txt")) for found in proofs.findall(case.read_text(encoding="utf-8"))]
+    problems = [f"{case}: the mend of {code} does not mend" for case, code, answer, _ in answers if not answer.endswith(f"{code} is gone\n")]
+    proved = {f"{code} {program}" for _, code, _, program in answers}
+    lines = [line for line in NOT_RUN.read_text(encoding="utf-8").splitlines() if line and not line.startswith("#")]
+    reasons = dict(line.split(" - ", 1) for line in lines)
+    problems += [f"no case runs a mend as of {pair}, and {NOT_RUN.name} does not say why: {mend}" for pair, mend in sorted(needed.items())
+                 if pair not in proved and pair not in reasons]
+    problems += [f"{NOT_RUN.name}: {pair} is proved by a case" for pair in reasons if pair in proved]
+    problems += [f"{NOT_RUN.name}: no case shows a mend as of {pair}" for pair in reasons if pair not in needed]
+    return problems + [f"a case mends {pair}, a code that the doctor does not have" for pair in sorted(proved) if pair.split()[0] not in table]
+
+
 def check(_runner, _update):
     table = codes()
-    return problems_of_manual(table) + problems_of_rule(table) + problems_of_cases(table) + problems_of_branches(table)
+    return problems_of_manual(table) + problems_of_rule(table) + problems_of_cases(table) + problems_of_branches(table) + problems_of_mends(table)

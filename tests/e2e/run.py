@@ -85,6 +85,9 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   long-log LINES BYTES FILE  there is a log of so many lines of so many bytes
   elsewhere NAME      from now on this is another computer of that name, without the product and its settings file
   without FILE A.zip B.zip  copies the bundle A but for one file, which the manifest of B does not name either
+  mends CODE [PLACE=VALUE ...] clusctl ...  runs "clusctl ...", which is the doctor, then the mends of all findings of that code, with these values
+                      for placeholders, and the doctor again; prints the commands, what they print when they fail, and whether the code is gone
+  program NAME ...    runs a VCS tool of the simulator, vcssim, or reg
   left-keys           counts the registry keys of runs on models with settings
 """
 import argparse
@@ -109,6 +112,7 @@ sys.dont_write_bytecode = True
 import browser  # noqa: E402
 import bundled  # noqa: E402
 import interrupted  # noqa: E402
+import mends  # noqa: E402
 import replayed  # noqa: E402
 import schemas  # noqa: E402
 import screen  # noqa: E402
@@ -695,6 +699,10 @@ class Case:
             return ""
         if verb == "without":
             return self.without(*arguments)
+        if verb == "mends":
+            return normalised(mends.mend(self, arguments[0], arguments[1:], variables))
+        if verb == "program":
+            return normalised(mends.run(self, arguments, variables))
         if verb == "left-keys":
             keys = subprocess.run(self.runner.wine("reg", "query", "HKCU\\Software"), stdout=subprocess.PIPE, check=True).stdout
             return f"{keys.count(b'clusctl-')}\n"

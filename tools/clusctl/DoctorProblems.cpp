@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 using namespace picture;
 
@@ -63,10 +64,13 @@ ClusterHealth ReadClusterHealth(const LogCapture& log) {
 }
 
 void DiagnoseProblems(const ClusterHealth& cluster, const std::wstring& group, Findings& findings) {
-    const PictureIndex index(cluster.picture);
+    std::optional<PictureIndex> index; // most servers have no problem
     for (const Problem& problem : cluster.health.problems) {
         if (common::ToUtf16(problem.group) == group) {
-            Tell(problem, index, findings);
+            if (!index) {
+                index.emplace(cluster.picture);
+            }
+            Tell(problem, *index, findings);
         }
     }
 }
