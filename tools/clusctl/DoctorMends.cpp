@@ -129,11 +129,15 @@ const Resource* FirstOf(const std::vector<const Resource*>& members, Role role) 
 // The product's resources rest on the store, as the library links them, and on the network name, as the store should.
 std::string OrderCommands(const PictureIndex& cluster, const std::string& group) {
     const std::vector<const Resource*>& members = cluster.MembersOf(group);
+    const auto isHost = [](const Resource& resource) {
+        return resource.service == common::ToUtf8(clus::veritas::HostService);
+    };
     const Resource* product = FirstOf(members, Role::Product);
     std::set<std::string> base;
     for (const Resource* const member : members) {
         if (member->role == Role::Product) {
-            product = member->service == common::ToUtf8(clus::veritas::HostService) ? member : product;
+            const bool isFirstHost = isHost(*member) && !isHost(*product);
+            product = isFirstHost ? member : product;
             base.merge(cluster.BaseOf(*member));
         }
     }
