@@ -60,6 +60,42 @@ TEST_F(ToolBrokenFile, SaysWhatIsWrongWithTheState) {
     EXPECT_THAT(messageOf(R"({"systems": 1})"), EndsWith("systems: is no object\n"));
 }
 
+TEST_F(ToolBrokenFile, NothingIsOnlineOnASystemThatDoesNotRun) {
+    const auto answerTo = [&](const std::string& systemState, const std::string& members) {
+        WriteFile(L".state.json",
+                  R"({"mode": "rw", "systems": {"NODE1": ")" + systemState +
+                      R"("}, "resources": {"G-IP": {"NODE1": "OFFLINE"}, "G-NIC": {"NODE1": "ONLINE"}, )" +
+                      R"("G-Mount": {"NODE1": "ONLINE|STATE UNKNOWN"}})" + members + "}");
+        return Run("hasys", "-list");
+    };
+    const auto refusal = [](const std::string& systemState) {
+        return "main.cf.state.json: resources.G-Mount.NODE1: the system NODE1 is " + systemState +
+               " and has nothing online; with \"downSystems\": \"accepted\" it may have\n";
+    };
+    for (const char* const state : {"EXITED", "FAULTED", "REMOTE_BUILD", "UNKNOWN"}) {
+        EXPECT_THAT(answerTo(state, ""), EndsWith(refusal(state)));
+        EXPECT_THAT(m_exitCode, 1);
+        EXPECT_THAT(answerTo(state, R"(, "downSystems": "refused")"), EndsWith(refusal(state)));
+        EXPECT_EQ(answerTo(state, R"(, "downSystems": "accepted")"), "NODE1\nNODE2\n");
+        EXPECT_EQ(answerTo(state, R"(, "clock": 3)"), "NODE1\nNODE2\n") << "the cluster notices";
+    }
+    const std::string before = ReadFile(L"");
+    EXPECT_THAT(answerTo("EXITED", ""), EndsWith(refusal("EXITED")));
+    const std::string state = ReadFile(L".state.json");
+    for (const char* const change :
+         {"-modify G-IP Address 1", "-online G-IP -sys NODE2", "-offline G-Mount -sys NODE1"}) {
+        EXPECT_THAT(Run("hares", change), EndsWith(refusal("EXITED")));
+    }
+    EXPECT_EQ(ReadFile(L".state.json"), state);
+    EXPECT_EQ(ReadFile(L""), before);
+    EXPECT_EQ(answerTo("RUNNING", ""), "NODE1\nNODE2\n");
+    EXPECT_EQ(answerTo("LEAVING", ""), "NODE1\nNODE2\n") << "it takes them offline";
+    EXPECT_THAT(answerTo("EXITED", R"(, "downSystems": true)"),
+                EndsWith("downSystems: is neither \"refused\" nor \"accepted\"\n"));
+    WriteFile(L".state.json", R"({"systems": {"NODE1": "EXITED"}, "resources": {"G-Mount": {"NODE2": "ONLINE"}}})");
+    EXPECT_EQ(Run("hasys", "-list"), "NODE1\nNODE2\n") << "what is persistent is online on each";
+}
+
 TEST_F(ToolBrokenFile, SaysWhatIsWrongWithTheTypes) {
     WriteFile(L"", "include \"main.cf.types\"\nsystem NODE1\n");
     WriteFile(L".types", "type T (\n\tfloat X\n\t)\n");

@@ -85,13 +85,17 @@ TEST_F(ToolFailover, WhatTheStateFileSaysOfASystemIsNoticed) {
 }
 
 TEST_F(ToolFailover, WithoutAClockWhatTheStateFileSaysStays) {
-    UseState(R"("systems": {"A": "FAULTED"})");
+    UseState(R"("systems": {"A": "FAULTED"}, "downSystems": "accepted")");
     EXPECT_EQ(Run("hagrp", "-state G -sys B"), "OFFLINE\n");
     EXPECT_EQ(Run("hares", "-display g-ip -attribute State"),
               "#Resource    Attribute             System     Value\n"
               "g-ip         State                 A          ONLINE\n"
               "g-ip         State                 B          OFFLINE\n");
     EXPECT_THAT(ReadFile(L".state.json"), Not(HasSubstr("timeline")));
+    EXPECT_EQ(Run("haconf", "-dump -makero"), "");
+    EXPECT_THAT(ReadFile(L".state.json"), HasSubstr("\"downSystems\": \"accepted\"")) << "the switch stays";
+    EXPECT_THAT(Run("vcssim", "clock 5"), "");
+    EXPECT_EQ(Run("hagrp", "-state G -sys B"), "ONLINE\n") << "a clock lets the cluster notice, with the switch, too";
 }
 
 TEST_F(ToolFailover, TransitionsTakeTimeWhenAskedTo) {

@@ -9,6 +9,7 @@
 
 #include <ClusterFiles.h>
 #include <ConfigurationCheck.h>
+#include <StateCheck.h>
 #include <Store.h>
 
 #include <winsock2.h>
@@ -127,22 +128,28 @@ void NoteStrangers(const vcssim::Cluster& cluster, const Json& states, const std
     }
 }
 
-// What is wrong with the states; `known` is what they are the states of, null when that cannot be read.
-void CheckStates(const std::wstring& file, const vcssim::Cluster* known, std::vector<ModelFinding>& findings) {
+// What is wrong with the states; `cluster` is what they are the states of, null when that cannot be read.
+void CheckStates(const std::wstring& file, vcssim::Cluster* cluster, std::vector<ModelFinding>& findings) {
     const std::string text = ReadModelText(file);
+    const auto add = [&](const std::string& reason) {
+        const common::TextPlace at = common::FindJsonPlace(text, reason.substr(0, reason.find(": ")));
+        findings.push_back({file, false, at.line, at.column, reason});
+    };
     try {
         const Json states = common::ParseJson(text);
-        vcssim::ReadState(text);
-        if (known != nullptr) {
-            NoteStrangers(*known, states, text, file, findings);
+        const vcssim::State state = vcssim::ReadState(text);
+        if (cluster != nullptr) {
+            cluster->state = state;
+            for (const std::string& contradiction : vcssim::ContradictionsIn(*cluster)) {
+                add(contradiction);
+            }
+            NoteStrangers(*cluster, states, text, file, findings);
         }
     } catch (const common::JsonError& error) {
         const std::string reason = error.what();
         findings.push_back({file, false, NumberBehind(reason, "line "), NumberBehind(reason, "column "), reason});
     } catch (const vcssim::StateError& error) {
-        const std::string reason = error.what();
-        const common::TextPlace at = common::FindJsonPlace(text, reason.substr(0, reason.find(": ")));
-        findings.push_back({file, false, at.line, at.column, reason});
+        add(error.what());
     }
 }
 

@@ -1,5 +1,26 @@
 #include "ShownStates.h"
 
+#include <StateCheck.h>
+
+#include <algorithm>
+
+namespace {
+
+// Of the resources that are shown as online on a system which does not run: what is persistent is online everywhere.
+bool HasLostResources(const ShownConfiguration& shown, const Json& systems) {
+    const vcssim::TypeTable types;
+    return std::any_of(shown.resources.begin(), shown.resources.end(), [&](const ShownValue& row) {
+        if (row.attribute != "State" || row.value.compare(0, 6, "ONLINE") != 0 || !systems.contains(row.system) ||
+            vcssim::CanHoldResources(systems[row.system].get<std::string>())) {
+            return false;
+        }
+        const vcssim::ResourceType* const type = types.Find(ShownValueOf(shown.resources, row.object, "Type"));
+        return type == nullptr || !type->persistent;
+    });
+}
+
+} // namespace
+
 Json StatesJson(const ShownConfiguration& shown) {
     Json systems = Json::object();
     Json frozenSystems = Json::array();
@@ -26,9 +47,13 @@ Json StatesJson(const ShownConfiguration& shown) {
         }
     }
     const bool isWritable = ShownValueOf(shown.cluster, "", "ReadOnly") == "0";
-    return {{"mode", isWritable ? "rw" : "ro"},
-            {"systems", systems},
-            {"resources", resources},
-            {"probed", probed},
-            {"frozen", {{"groups", frozenGroups}, {"systems", frozenSystems}}}};
+    Json states = {{"mode", isWritable ? "rw" : "ro"},
+                   {"systems", systems},
+                   {"resources", resources},
+                   {"probed", probed},
+                   {"frozen", {{"groups", frozenGroups}, {"systems", frozenSystems}}}};
+    if (HasLostResources(shown, systems)) {
+        states["downSystems"] = "accepted";
+    }
+    return states;
 }

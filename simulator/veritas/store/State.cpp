@@ -57,6 +57,11 @@ void ReadMember(const std::string& name, const Json& value, State& state) {
             throw StateError("engine: is not \"stopped\"");
         }
         state.isEngineStopped = true;
+    } else if (name == "downSystems") {
+        if (value != "refused" && value != "accepted") {
+            throw StateError("downSystems: is neither \"refused\" nor \"accepted\"");
+        }
+        state.takesDownSystems = value == "accepted";
     } else if (name == "resources" || name == "groups") {
         if (!IsTableOf(value, true)) {
             throw StateError(name + ": is no object of objects");
@@ -123,6 +128,9 @@ std::string WriteState(const State& state) {
     root["mode"] = state.writable ? "rw" : "ro";
     if (state.isEngineStopped) {
         root["engine"] = "stopped";
+    }
+    if (state.takesDownSystems) {
+        root["downSystems"] = "accepted";
     }
     root["systems"] = state.systems;
     root["groups"] = state.groups;

@@ -25,8 +25,9 @@ struct State {
     Table groups;                               // only where it shall not follow from the resources: "PARTIAL|FAULTED"
     std::map<std::string, std::string> systems; // other than RUNNING
     Marks probed;
-    Marks failing;                // going online ends in FAULTED
-    bool isEngineStopped = false; // for the tools of this computer
+    Marks failing;                 // going online ends in FAULTED
+    bool isEngineStopped = false;  // for the tools of this computer
+    bool takesDownSystems = false; // something may be online where nothing runs; else no such state is read
     Progress progress;
 
     void Forget(const std::string& resource);

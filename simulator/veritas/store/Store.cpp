@@ -1,5 +1,7 @@
 #include "Store.h"
 
+#include "StateCheck.h"
+
 #include "common/Files.h"
 #include "common/Text.h"
 
@@ -73,6 +75,10 @@ Cluster Store::Load() {
             cluster.state = ReadState(ReadWholeFile(statePath));
         } catch (const StateError& error) {
             throw StoreError(statePath, {}, error.what());
+        }
+        const std::vector<std::string> contradictions = ContradictionsIn(cluster);
+        if (!contradictions.empty()) {
+            throw StoreError(statePath, {}, contradictions.front());
         }
     }
     m_loadedState = WriteState(cluster.state);
