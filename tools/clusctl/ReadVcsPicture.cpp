@@ -6,6 +6,7 @@
 #include "VcsPicture.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
+#include "VcsSystems.h"
 #include "VcsTable.h"
 #include "VcsToolProcess.h"
 #include "VcsTools.h"
@@ -22,7 +23,6 @@ namespace {
 
 const wchar_t AllOfThem[] = L"";
 const wchar_t StateAttribute[] = L"State";
-const wchar_t SystemStateAttribute[] = L"SysState";
 const wchar_t FrozenForNowAttribute[] = L"TFrozen";
 const wchar_t GroupTool[] = L"hagrp";
 const wchar_t ClusterTool[] = L"haclus";
@@ -68,27 +68,6 @@ std::vector<std::wstring> ReadDependencies(const LogCapture& log) {
                              }),
                       words);
     return words;
-}
-
-// Asks for the systems of each state until there is one for each: mostly the first question is the last.
-std::vector<Node> ReadSystems(const LogCapture& log) {
-    const VcsNames names = ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems");
-    std::map<std::wstring, std::wstring> found;
-    for (const wchar_t* const known : VcsSystemStates()) {
-        if (found.size() >= names.size()) {
-            break;
-        }
-        for (const std::wstring& name :
-             ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems", {{SystemStateAttribute, known}})) {
-            found.emplace(name, known);
-        }
-    }
-    std::vector<Node> nodes;
-    for (const std::wstring& name : names) {
-        const auto state = found.find(name);
-        nodes.push_back(VcsSystem(name, state == found.end() ? std::wstring() : state->second));
-    }
-    return nodes;
 }
 
 // What somebody has switched off. An attribute that the tool does not show is as it is mostly.
@@ -188,7 +167,7 @@ ClusterPicture ReadVcsPicture(const LogCapture& log) {
     result.kind = Kind::Vcs;
     result.name = ReadVcsName(log);
     result.productServices = {common::ToUtf8(HostService), common::ToUtf8(SAService)};
-    result.nodes = ReadSystems(log);
+    result.nodes = ReadVcsSystems(log, ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems"));
     result.groups = ReadGroups(log);
     result.resources = ReadResources(log, result);
     return result;

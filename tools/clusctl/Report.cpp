@@ -33,10 +33,12 @@ std::string CellText(const Json& value) {
     return value.dump();
 }
 
-// Behind an owner that is down or only joins: what it is said to own is what the cluster remembers.
-std::string MarkOfOwner(const Json& record) {
-    const Json state = record.value("ownerState", Json());
-    return state == "down" || state == "joining" ? " (" + state.get<std::string>() + ")" : std::string();
+// Behind an owner that is down or only joins, or a system that does not run: what is said to be there is what the
+// cluster remembers.
+std::string MarkOfPlace(const Json& record, const std::string& key) {
+    const Json state = key == "owner" || key == "onlineNode" ? record.value(key + "State", Json()) : Json();
+    const bool isAway = state == "down" || state == "joining" || state == "not running";
+    return isAway ? " (" + state.get<std::string>() + ")" : std::string();
 }
 
 std::string Cell(const Json& record, const Column& column) {
@@ -44,8 +46,7 @@ std::string Cell(const Json& record, const Column& column) {
     if (found == record.end()) {
         return Nothing;
     }
-    const bool isOwner = std::string(column.key) == "owner";
-    return CellText(*found) + (isOwner ? MarkOfOwner(record) : std::string());
+    return CellText(*found) + MarkOfPlace(record, column.key);
 }
 
 std::string Padded(const std::string& text, size_t width) {

@@ -5,6 +5,7 @@
 #include "VcsConditions.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
+#include "VcsSystems.h"
 #include "VcsTable.h"
 #include "VcsTools.h"
 #include "VcsValues.h"
@@ -24,30 +25,57 @@ const Columns DependencyTitles = {
     {"dependants", "Needed by"},
 };
 
+// The records of names, with what there is to tell of them besides.
+typedef Json (*RecordFunction)(const LogCapture& log, const VcsNames& names, Report& report);
+
+Json NamesOnly(const LogCapture&, const VcsNames& names, Report&) {
+    return NameRecords(names);
+}
+
+// A state that cannot be read makes the report incomplete.
+Json SystemRecords(const LogCapture& log, const VcsNames& names, Report& report) {
+    Json records = Json::array();
+    try {
+        for (const picture::Node& system : ReadVcsSystems(log, names)) {
+            records.push_back({{"name", system.name}, {"state", system.state}, {"up", system.isUp}});
+        }
+    } catch (const Failure& failure) {
+        report.MarkIncomplete(std::string("cannot read the states of the systems: ") + failure.what());
+        for (const std::wstring& name : names) {
+            records.push_back({{"name", name}, {"state", "unknown"}, {"up", nullptr}});
+        }
+    }
+    return records;
+}
+
 struct Kind {
     const char* name; // of the sub-command and in JSON
-    const char* title;
     const char* description;
+    Columns columns;
     ListFunction list;
     ConditionedKind conditioned;
+    RecordFunction records;
 };
 
 const Kind Kinds[] = {
     {"systems",
-     "SYSTEM",
-     "List the systems of the VCS cluster",
+     "List the systems of the VCS cluster with their states",
+     {{"name", "SYSTEM"}, {"state", "STATE"}},
      &CVeritasCluster::EnumSystemNames,
-     {"system", L"hasys", TableForm::ObjectValue}},
+     {"system", L"hasys", TableForm::ObjectValue},
+     SystemRecords},
     {"groups",
-     "GROUP",
      "List the service groups",
+     {{"name", "GROUP"}},
      &CVeritasCluster::EnumGroupNames,
-     {"group", L"hagrp", TableForm::ObjectSystemValue}},
+     {"group", L"hagrp", TableForm::ObjectSystemValue},
+     NamesOnly},
     {"resources",
-     "RESOURCE",
      "List the resources",
+     {{"name", "RESOURCE"}},
      &CVeritasCluster::EnumResourceNamesW,
-     {"resource", L"hares", TableForm::ObjectSystemValue}},
+     {"resource", L"hares", TableForm::ObjectSystemValue},
+     NamesOnly},
 };
 
 struct AttributeName {
@@ -66,7 +94,7 @@ Report List(const LogCapture& log, const Kind& kind, const NameValuePairList& co
     if (names.empty() && !conditions.empty()) {
         JudgeConditions(log, kind.conditioned, conditions, report);
     }
-    report.AddTable(kind.name, NameRecords(names), {{"name", kind.title}},
+    report.AddTable(kind.name, kind.records(log, names, report), kind.columns,
                     conditions.empty() ? std::string("There are none.") : std::string("None matches."));
     return report;
 }
@@ -140,12 +168,15 @@ Report Attribute(const LogCapture& log, const AttributeName& attribute) {
 Report OnlineNode(const LogCapture& log, const std::wstring& group, bool acceptsPartial) {
     const GroupState state = ReadGroupState(log, group);
     const bool isAccepted = state.IsOnline() || (acceptsPartial && state.IsPartlyOnline());
-    const std::string place = std::string(state.word) + " on " + Printable(state.system);
     Report report;
+    const Json systemState = RunningSystems(log, report).StateUnder(group, state);
+    const std::string place = std::string(state.word) + " on " + Printable(state.system) +
+                              (systemState == "not running" ? " (not running)" : "");
     report.AddSentence("onlineNode",
                        {{"group", group},
                         {"online", state.IsOnline()},
                         {"system", isAccepted ? TextOrNull(state.system) : Json()},
+                        {"systemState", isAccepted ? systemState : Json()},
                         {"state", state.word},
                         {"states", StateRecords(state.states)}},
                        Quoted(group) + (isAccepted               ? " is " + place + "."

@@ -4,6 +4,7 @@
 #include "VcsCommands.h"
 #include "VcsServers.h"
 #include "VcsStates.h"
+#include "VcsSystems.h"
 #include "VcsTools.h"
 
 #include "core/VeritasNames.h"
@@ -24,6 +25,7 @@ const Columns ServerTitles = {
     {"group", "Group"},
     {"state", "State"},
     {"onlineNode", "Node"},
+    {"onlineNodeState", "Node is"},
     {"storeResource", "Store resource"},
     {"lanmanResource", "Lanman resource"},
     {"productResources", "Product's resources"},
@@ -58,13 +60,15 @@ Json NetworkName(const LogCapture& log, const CVeritasVirtualServerInfo& info, R
     return name;
 }
 
-Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info, Report& report) {
+Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info, RunningSystems& systems,
+                  Report& report) {
     const GroupState state = LastGroupState(log, info.sGroupName);
     Json record;
     record["networkName"] = NetworkName(log, info, report);
     record["group"] = info.sGroupName;
     record["online"] = state.IsOnline();
     record["onlineNode"] = TextOrNull(state.system);
+    record["onlineNodeState"] = systems.StateUnder(info.sGroupName, state);
     record["state"] = state.word;
     record["storeResource"] = TextOrNull(info.sExchangeResName);
     record["lanmanResource"] = TextOrNull(info.sLanmanResName);
@@ -74,7 +78,8 @@ Json ServerRecord(const LogCapture& log, const CVeritasVirtualServerInfo& info, 
 // With the product's resources: those that are there, and the names that the others would have.
 Report OneServer(const LogCapture& log, const CVeritasVirtualServerInfo& info) {
     Report report;
-    Json record = ServerRecord(log, info, report);
+    RunningSystems systems(log, report);
+    Json record = ServerRecord(log, info, systems, report);
     const VcsNames all = ListVcsResources(log, info.sGroupName);
     record["productResources"] = Json::array();
     record["missingProductResources"] = Json::array();
@@ -102,8 +107,9 @@ Report AllServers(const LogCapture& log) {
     }
     watch.RequireNames(names, what);
     Report report;
+    RunningSystems systems(log, report);
     for (const CVeritasVirtualServerInfo& info : infos) {
-        records.push_back(ServerRecord(log, info, report));
+        records.push_back(ServerRecord(log, info, systems, report));
     }
     report.AddTable("virtualServers", records, ServerColumns, "The cluster holds no Exchange virtual server.");
     return report;
