@@ -24,7 +24,7 @@ TEST(NameStore, IsEmptyAtFirst) {
 
 TEST(NameStore, KeepsNamesInOrderAndDoubleOnesToo) {
     NameStore store;
-    const Names names = {L"b", L"a", L"", L"b", L""};
+    const Names names = {L"", L"b", L"a", L"", L"b", L""};
     for (const std::wstring& name : names) {
         store.emplace_back(name.c_str());
     }
