@@ -36,9 +36,10 @@ std::string CellText(const Json& value) {
 // Behind an owner that is down or only joins, or a system that does not run: what is said to be there is what the
 // cluster remembers.
 std::string MarkOfPlace(const Json& record, const std::string& key) {
-    const Json state = key == "owner" || key == "onlineNode" ? record.value(key + "State", Json()) : Json();
+    const auto found = key == "owner" || key == "onlineNode" ? record.find(key + "State") : record.end();
+    const std::string state = found != record.end() && found->is_string() ? found->get<std::string>() : std::string();
     const bool isAway = state == "down" || state == "joining" || state == "not running";
-    return isAway ? " (" + state.get<std::string>() + ")" : std::string();
+    return isAway ? " (" + state + ")" : std::string();
 }
 
 std::string Cell(const Json& record, const Column& column) {
