@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "ModelSettings.h"
+#include "Secrets.h"
 #include "Text.h"
 #include "ThisComputer.h"
 
@@ -22,7 +23,7 @@ recording::Header HeaderFor(const RecordOptions& options, Answering asked, const
     recording::Header header;
     header.program = "clusctl " CLUSCTL_VERSION;
     header.begun = common::UtcNow();
-    header.command = options.isAnonymised ? Json::array({commandName}) : Json(options.command);
+    header.command = options.isAnonymised ? Json::array({commandName}) : Json(MaskedWords(options.command));
     header.cluster = asked == Answering::Vcs ? "vcs" : "failover";
     header.computer = common::ToUtf8(ComputerName());
     const Json settings = ReadProductSettings();

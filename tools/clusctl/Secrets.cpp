@@ -76,3 +76,19 @@ std::vector<std::string> MaskedConfiguration(const std::vector<std::string>& lin
     }
     return result;
 }
+
+std::vector<std::string> MaskedWords(const std::vector<std::string>& words) {
+    std::vector<std::string> result;
+    for (const std::string& word : words) {
+        const bool isOption = word.compare(0, 2, "--") == 0;
+        const size_t first = word.find('=');
+        const size_t second = isOption && first != std::string::npos ? word.find('=', first + 1) : std::string::npos;
+        const size_t equals = second == std::string::npos ? first : second;
+        const size_t begin = second == std::string::npos ? 0 : first + 1;
+        const bool isSecret =
+            equals != std::string::npos &&
+            clus::IsSecretAttribute(common::ToUtf16(Trimmed(word.substr(begin, equals - begin), "\" \t")));
+        result.push_back(isSecret ? word.substr(0, equals + 1) + common::ToUtf8(clus::SecretMask) : word);
+    }
+    return result;
+}

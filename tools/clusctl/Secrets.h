@@ -23,4 +23,8 @@ private:
 // The lines of a main.cf with the values of the secret attributes replaced.
 std::vector<std::string> MaskedConfiguration(const std::vector<std::string>& lines);
 
+// The words of a command line of clusctl, with the mask in place of what secret attributes and options are given:
+// "--set Password=x", "--where=Password=x".
+std::vector<std::string> MaskedWords(const std::vector<std::string>& words);
+
 #endif
