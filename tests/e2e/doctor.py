@@ -52,6 +52,7 @@ STEPS = [
     (r"vcs-(tool|type|data-root)-.*", {"vcs-tool"}),
     (r"vcs-(engine-down|not-asked)", {"vcs-engine"}),
     (r"vcs-(system|mode)-.*|vcs-servers?-unread|vcs-store-.*", {"vcs-engine"}, {"vcs-server"}),
+    (r"vcs-creation-.*", {"vcs-creation-possible"}),
     (r"vcs-(lanman|virtual|group|attendant|mount|product)-.*", {"vcs-server"}),
     (r"vcs-(replication|service|resource)-.*", {"vcs-server"}, VCS_PRODUCT),
 ]

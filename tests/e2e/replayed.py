@@ -21,6 +21,7 @@ UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|ma
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed",  # a replay always says that the settings are those of the recording
+         "status-not-deployed",  # and a plain server, which asks no cluster, is not simulated but in a replay
          "vcs-killed"}  # the runs that are told were ended on the simulated cluster, not on the recorded one
 # What changes a case's cluster or files for the lines behind it; all else only looks, and is left out.
 PREPARING = re.compile(r"clusctl (snapshot|model|record)\b|--save\b")
