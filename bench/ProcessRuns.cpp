@@ -4,9 +4,23 @@
 #include "ThreadClock.h"
 #include "ToolRuns.h"
 
+#include "common/Text.h"
+
 #include <cstdio>
+#include <stdexcept>
 
 namespace bench {
+
+namespace {
+
+// The doctor has done its work when it finds a warning or an error, too.
+bool IsDone(DWORD exitCode) {
+    const DWORD worstIsWarning = 11;
+    const DWORD worstIsError = 12;
+    return exitCode == 0 || exitCode == worstIsWarning || exitCode == worstIsError;
+}
+
+} // namespace
 
 std::wstring Quoted(const std::wstring& program) {
     return L"\"" + program + L"\"";
@@ -44,7 +58,9 @@ RunTime TimeOfRun(const std::wstring& commandLine) {
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     CloseHandle(nothing);
-    Require(code == 0, "a process failed");
+    if (!IsDone(code)) {
+        throw std::runtime_error("exit code " + std::to_string(code) + ": " + common::ToUtf8(commandLine));
+    }
     return time;
 }
 
