@@ -241,9 +241,9 @@ private:
 };
 
 // What one run of a VCS tool came to, for programs that act on it; the debug log is for people. Secrets are replaced by
-// "***": the arguments and the result of "vcsencrypt" (its messages are shown), the values of attributes whose name
-// ends in password, secret, token or key, and what repeats them. Texts are valid during the callback only; when there
-// is no memory for them, the command line is empty and the output null.
+// "***": the arguments and the result of "vcsencrypt" ("*** ***" when it is several words; its messages are shown), the
+// values of attributes whose name ends in password, secret, token or key, and what repeats them. Texts are valid during
+// the callback only; when there is no memory for them, the command line is empty and the output null.
 struct CVeritasToolRun {
     const wchar_t* commandLine; // as the tool got it: what goes beyond 16,383 characters is cut off
     bool started;               // false: it could not be started, and there is no exit code

@@ -59,6 +59,12 @@ std::size_t FindAssignedSecret(std::wstring_view commandLine) {
     return std::wstring_view::npos;
 }
 
+bool HasSeveralWords(std::wstring_view text) {
+    constexpr wchar_t spaces[] = L" \t\r\n";
+    return text.find_first_not_of(spaces, text.find_first_of(spaces, text.find_first_not_of(spaces))) !=
+           std::wstring_view::npos;
+}
+
 // What of a message of VCS names it, and holds no secret whatever the tool was given.
 std::size_t LengthOfMessageName(std::wstring_view line) {
     const std::vector<Word> words = WordsOf(line, NumberColumn + 1);
@@ -189,7 +195,10 @@ std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret
 
 std::wstring MessagesWithoutSecrets(const std::wstring& output, const ToolSecret& secret) {
     if (!IsErrorText(output.c_str())) {
-        return output.empty() ? std::wstring() : SecretMask;
+        if (output.empty()) {
+            return std::wstring();
+        }
+        return HasSeveralWords(output) ? SecretMaskOfWords : SecretMask;
     }
     return LineByLine(output, [&secret](std::wstring_view line, std::wstring& masked) {
         const std::size_t named = IsErrorText(line.data()) ? LengthOfMessageName(line) : 0;

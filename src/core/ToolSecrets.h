@@ -12,6 +12,9 @@ namespace clus {
 // What stands for a secret.
 const wchar_t SecretMask[] = L"***";
 
+// What stands for the result of a tool that gives a secret when it is more than the one word that it has to be.
+const wchar_t SecretMaskOfWords[] = L"*** ***";
+
 // Whether an attribute of this name holds a secret: its name ends in "password", "secret", "token" or "key", in any
 // letter case. "Keys", of what a RegRep resource replicates, is none.
 bool IsSecretAttribute(std::wstring_view name);
@@ -57,7 +60,8 @@ private:
 std::wstring WithoutSecrets(const std::wstring& output, const ToolSecret& secret);
 
 // What may be shown of the output of a tool that takes and gives a secret. Of messages of VCS, when it begins with one,
-// the leading words with the number ("VCS ERROR V-16-1-10600"), and the rest without the secret; the mask for all else.
+// the leading words with the number ("VCS ERROR V-16-1-10600"), and the rest without the secret; the mask for one word,
+// and that of words for all else.
 std::wstring MessagesWithoutSecrets(const std::wstring& output, const ToolSecret& secret);
 
 } // namespace clus

@@ -148,7 +148,16 @@ TEST(ToolSecretInAMessage, LeavesTheWordsThatNameTheMessage) {
 TEST(ToolSecretInAMessage, HidesAllElse) {
     EXPECT_EQ(Messages(L"", L"x1"), L"");
     EXPECT_EQ(Messages(L"gPiRc\n", L"x1"), L"***");
+    EXPECT_EQ(Messages(L" \t gPiRc \r\n", L"x1"), L"***");
+    EXPECT_EQ(Messages(L"\n", L"x1"), L"***");
     EXPECT_EQ(Messages(L"VCS WARNING V-16-1-10 old key\n\ngPiRc\n", L"x1"), L"VCS WARNING V-16-1-10 old key\n\n***\n");
+}
+
+// A caller can tell a result from a prompt and what else stands in its place.
+TEST(ToolSecretInAMessage, ShowsThatThereAreSeveralWords) {
+    for (const wchar_t* output : {L"Enter Password:\ngPiRc\n", L"a b", L"a\tb", L"a\rb", L" a b c \n"}) {
+        EXPECT_EQ(Messages(output, L"x1"), L"*** ***");
+    }
 }
 
 // Its bytes are single characters of the output, which ones depends on the tool.

@@ -35,10 +35,15 @@ recording::Slot LibraryCalls::Answer(const recording::Call& call, const recordin
         m_former == nullptr ? invoke(call.original, slots) : m_former->Answer(call, slots, invoke);
     if (GetCurrentThreadId() == m_thread && call.effect != recording::Effect::Closes) {
         const DWORD lastError = GetLastError();
-        Note(call, slots, CodeOf(call, result));
+        const DWORD code = CodeOf(call, result);
+        Note(call, slots, code);
+        Done(call, slots, code);
         SetLastError(lastError);
     }
     return result;
+}
+
+void LibraryCalls::Done(const recording::Call& /*call*/, const recording::Slot* /*slots*/, DWORD /*code*/) {
 }
 
 void LibraryCalls::Note(const recording::Call& call, const recording::Slot* slots, DWORD code) {

@@ -28,6 +28,9 @@ public:
     }
 
 private:
+    // Called behind each call, before the library goes on. `code`: what it failed with, or ERROR_SUCCESS.
+    virtual void Done(const recording::Call& call, const recording::Slot* slots, DWORD code);
+
     recording::Slot Answer(const recording::Call& call, const recording::Slot* slots,
                            recording::Invocation invoke) override;
     BOOL StartProcess(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,

@@ -22,6 +22,29 @@ const Columns InstanceTitles = {
     {"name", "Resource"}, {"type", "Type"}, {"group", "Group"}, {"owner", "Owner"}, {"state", "State"},
 };
 
+// Asks, before the library goes on, whether an instance that the cluster says to have taken offline at once is so.
+class RestartCalls : public LibraryCalls {
+public:
+    // As the cluster shows it then; ClusterResourceOffline when it did not say that.
+    CLUSTER_RESOURCE_STATE StateWhenOffline() const {
+        return m_state;
+    }
+
+private:
+    void Done(const recording::Call& call, const recording::Slot* slots, DWORD code) override {
+        if (std::string(call.name) == "OfflineClusterResource" && code == ERROR_SUCCESS) {
+            const auto instance = reinterpret_cast<HRESOURCE>(static_cast<std::uintptr_t>(slots[0]));
+            m_state = GetClusterResourceState(instance, nullptr, nullptr, nullptr, nullptr);
+        }
+    }
+
+    CLUSTER_RESOURCE_STATE m_state = ClusterResourceOffline;
+};
+
+[[noreturn]] void FailOnline(const std::wstring& name) {
+    throw Failure(Errors::Refused, "the cluster did not take " + Quoted(name) + " offline");
+}
+
 // Throws Failure when an instance that is online may have been passed over.
 [[noreturn]] void FailToFind(const CCluster& cluster) {
     Report unread;
@@ -49,25 +72,35 @@ Json AwaitOffline(const CCluster& cluster, const std::wstring& name, Report& rep
 }
 
 // The instance as the cluster holds it after the library's work. Throws Failure unless it is online or on its way.
-// `refusal` is the code that the library got of a change.
-Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool isRestarted, DWORD refusal,
+Json RequireRestarted(const CCluster& cluster, const std::wstring& name, bool isRestarted, const RestartCalls& calls,
                       Report& report) {
     Json record = ReadResource(cluster, name, ResourceParts::Line, report);
+    if (isRestarted && calls.StateWhenOffline() == ClusterResourceOnline) {
+        FailOnline(name);
+    }
+    if (isRestarted && calls.StateWhenOffline() == ClusterResourceStateUnknown) {
+        report.MarkIncomplete("cannot tell whether the cluster took " + Quoted(name) +
+                              " offline: its state could not be read");
+    }
     if (!isRestarted && record["state"] == "offline pending") {
         throw Failure(Errors::TimedOut, "cannot restart " + Quoted(name) + ": it is still offline pending")
             .Hint("Once it is offline, bring its group online.");
     }
     if (!isRestarted && record["state"] == "online") {
-        if (Interruption::IsPending() && refusal == ERROR_SUCCESS) {
-            throw Failure(Errors::Refused, "the cluster did not take " + Quoted(name) + " offline");
+        if (Interruption::IsPending() && calls.RefusedChange() == ERROR_SUCCESS) {
+            FailOnline(name);
         }
-        const DWORD code = Interruption::IsPending() ? refusal : AskAgain(cluster, name, &OfflineClusterResource);
+        const DWORD code =
+            Interruption::IsPending() ? calls.RefusedChange() : AskAgain(cluster, name, &OfflineClusterResource);
         if (code != ERROR_SUCCESS) {
             throw Failure::OfCode("cannot restart " + Quoted(name) + ": " +
                                       UnlessLost("the cluster does not take it offline", code),
                                   code, Errors::Refused);
         }
         record = AwaitOffline(cluster, name, report);
+        if (record["state"] == "online") {
+            FailOnline(name);
+        }
     }
     if (record["state"] == "offline") { // the library does not look whether the cluster brings it online
         const DWORD code = AskAgain(cluster, name, &OnlineClusterResource);
@@ -98,14 +131,13 @@ Report Restart(const LogCapture& log) {
     RequireNodeStarts(cluster, ComputerName()); // or the instance would go offline and stay it
     Interruption::RequireNone();
     bool isRestarted = false;
-    const LibraryCalls calls;
+    const RestartCalls calls;
     {
         const Progress progress(log, Names(1, name));
         isRestarted = CVirtualServerUtil::RestartSmtpVirtualServerInstanceResourceOnCurrentNode();
     }
     Report report;
-    report.AddRecord("restarted", RequireRestarted(cluster, name, isRestarted, calls.RefusedChange(), report),
-                     InstanceTitles);
+    report.AddRecord("restarted", RequireRestarted(cluster, name, isRestarted, calls, report), InstanceTitles);
     return report;
 }
 

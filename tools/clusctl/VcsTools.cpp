@@ -6,6 +6,8 @@
 
 #include "common/Text.h"
 
+#include "core/ToolSecrets.h"
+
 #include <algorithm>
 
 namespace {
@@ -17,8 +19,6 @@ const size_t MostLines = 8;
 const size_t LongestCommand = 120;
 const size_t LongestLine = 200;
 const size_t LongestProgress = 60; // has to fit into a narrow terminal
-
-const wchar_t PromptWord[] = L"Enter";
 
 bool IsLetterOrDigit(wchar_t c) {
     return (c >= L'0' && c <= L'9') || (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
@@ -290,14 +290,14 @@ std::wstring EncryptForVcs(const LogCapture& log, const Password& password) {
     const ToolWatch watch(log);
     const bool isDone = CVeritasCluster().EncryptVeritasPassword(password.Text(), encrypted);
     watch.Require(isDone, what);
-    // What the tool printed is no part of the log, so its words are all there is to go by.
     if (encrypted.empty() || _wcsicmp(encrypted.c_str(), L"VCS") == 0) {
         throw Failure(what + (encrypted.empty() ? ": the VCS tool \"vcsencrypt\" printed nothing"
                                                 : ": VCS answered with a message"));
     }
-    // The first word of "Enter Password:" is one of letters, too.
-    if (encrypted == PromptWord || !std::all_of(encrypted.begin(), encrypted.end(), IsLetterOrDigit)) {
-        throw Failure(what + ": the VCS tool \"vcsencrypt\" printed something else before it, such as a prompt")
+    // The library gives the first word of whatever the tool printed.
+    if (watch.Runs().back().Output() != clus::SecretMask ||
+        !std::all_of(encrypted.begin(), encrypted.end(), IsLetterOrDigit)) {
+        throw Failure(what + ": the VCS tool \"vcsencrypt\" printed more than that, such as a prompt")
             .Hint("A password that was set of that would not be the one that was meant, so nothing was changed.");
     }
     return encrypted;

@@ -42,7 +42,6 @@ const char PunctuationBehind[] = "'\".,:;)]";
 
 // vcsencrypt may ask, and then prints what it asks before its result.
 const wchar_t* const Prompts[] = {L"Enter Password:", L"Enter Again:"};
-const wchar_t MaskedWords[] = L"*** ***"; // no password can be made of it
 const char MaskedWord[] = "***";
 const char EncryptedStandIn[] = "xxxxxxxx"; // has the form of an encrypted password
 
@@ -170,7 +169,7 @@ std::wstring MaskedResult(const std::wstring& output) {
     const bool isWord = std::all_of(
         output.begin() + static_cast<std::ptrdiff_t>(at), output.begin() + static_cast<std::ptrdiff_t>(end + 1),
         [](wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9'); });
-    return masked + (isWord ? clus::SecretMask : MaskedWords) + (end + 1 < output.size() ? L"\n" : L"");
+    return masked + (isWord ? clus::SecretMask : clus::SecretMaskOfWords) + (end + 1 < output.size() ? L"\n" : L"");
 }
 
 } // namespace
