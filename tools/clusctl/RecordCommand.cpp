@@ -33,7 +33,7 @@ recording::Header HeaderFor(const RecordOptions& options, Answering asked, const
     }
     header.isAnonymised = options.isAnonymised;
     header.allowsChanges = options.allowsChanges;
-    header.unseen = recording::Interception::UnknownOf(RecordedModules());
+    header.unseen = recording::Interception::UnknownOf(RecordedModules(), !options.allowsChanges);
     return header;
 }
 

@@ -80,9 +80,9 @@ recording::Header HeaderFor(DWORD flags, const std::vector<HMODULE>& modules) {
     header.program = ProgramName();
     header.begun = common::UtcNow();
     header.computer = common::ToUtf8(name);
-    header.unseen = recording::Interception::UnknownOf(modules);
     header.isAnonymised = (flags & CLUSRECORD_ANONYMISE) != 0;
     header.allowsChanges = (flags & CLUSRECORD_ALLOW_CHANGES) != 0;
+    header.unseen = recording::Interception::UnknownOf(modules, !header.allowsChanges);
     return header;
 }
 

@@ -1,6 +1,7 @@
 #include "Interception.h"
 
 #include "CallTable.h"
+#include "ChangingCalls.h"
 
 #include <algorithm>
 #include <atomic>
@@ -107,10 +108,20 @@ bool IsOfCluster(const char* library) {
     return IsSame(library, "clusapi.dll") || IsSame(library, "resutils.dll");
 }
 
+void* EntryOfCluster(const char* library, const char* name, bool takesChangesByName) {
+    const Call* const known = FindCall(name);
+    const Call* const call = known == nullptr && takesChangesByName ? FindChangingCall(name) : known;
+    return call != nullptr && IsSame(call->library, library) ? call->entry : nullptr;
+}
+
+bool TakesChangesByName() {
+    const Answerer interceptor;
+    return interceptor.Get() != nullptr && interceptor->TakesChangesByName();
+}
+
 void* EntryFor(const char* library, const char* name, bool isForLibrary) {
     if (IsOfCluster(library)) {
-        const Call* const call = FindCall(name);
-        return call != nullptr && IsSame(call->library, library) ? call->entry : nullptr;
+        return EntryOfCluster(library, name, TakesChangesByName());
     }
     for (const SystemCall& call : SystemCalls) {
         if ((isForLibrary || !call.isOfLibrary) && IsSame(library, call.library) && std::strcmp(name, call.name) == 0) {
@@ -301,13 +312,14 @@ GivenComputerName::~GivenComputerName() {
     g_computerName.clear();
 }
 
-std::vector<std::string> Interception::UnknownOf(const std::vector<HMODULE>& modules) {
+std::vector<std::string> Interception::UnknownOf(const std::vector<HMODULE>& modules, bool takesChangesByName) {
     std::set<std::string> names;
     for (const HMODULE module : modules) {
         ForEachImport(module == nullptr ? GetModuleHandleW(nullptr) : module,
-                      [&names](const char* library, const char* name, void**) {
+                      [&](const char* library, const char* name, void**) {
                           const bool isOfSimulator = std::strncmp(name, "ClusSim", 7) == 0;
-                          if (IsOfCluster(library) && !isOfSimulator && EntryFor(library, name, false) == nullptr) {
+                          if (IsOfCluster(library) && !isOfSimulator &&
+                              EntryOfCluster(library, name, takesChangesByName) == nullptr) {
                               names.insert(name);
                           }
                       });

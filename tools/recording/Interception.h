@@ -78,6 +78,12 @@ public:
     virtual std::wstring ComputerName() const {
         return std::wstring();
     }
+
+    // Whether it answers functions that change the cluster, too, of which only the names are known. They come without
+    // arguments, and refuse when they are invoked; else they pass by.
+    virtual bool TakesChangesByName() const {
+        return false;
+    }
 };
 
 // The function that the call is made of; null when the DLL does not have it, or cannot be loaded.
@@ -118,9 +124,9 @@ public:
     // of the cluster API. For functions that a module looks up by their name.
     static FARPROC Replacement(const char* library, const char* name);
 
-    // Functions of the cluster's DLLs that the modules import, and of which nothing is known: their calls pass by. In
-    // order, each once.
-    static std::vector<std::string> UnknownOf(const std::vector<HMODULE>& modules);
+    // Functions of the cluster's DLLs that the modules import, and whose calls pass by an interceptor that takes
+    // changes by their names, or does not. In order, each once.
+    static std::vector<std::string> UnknownOf(const std::vector<HMODULE>& modules, bool takesChangesByName);
 
 private:
     void PatchModule(HMODULE module);

@@ -37,6 +37,9 @@ public:
                       PROCESS_INFORMATION* information) override;
     BOOL ExitCodeOf(HANDLE process, DWORD* exitCode) override;
     std::wstring ComputerName() const override;
+    bool TakesChangesByName() const override {
+        return true; // nothing reaches a cluster
+    }
 
     const Header& Head() const {
         return m_recording.header;

@@ -2,6 +2,7 @@
 
 #include "CallTable.h"
 #include "CapturedRun.h"
+#include "ChangingCalls.h"
 #include "ToolText.h"
 
 #include "common/Files.h"
@@ -53,15 +54,6 @@ private:
     Slot m_slots[MostSlots] = {};
     DWORD m_count = 0;
 };
-
-// The answer of a call that is not made.
-Slot Failed(const Call& call, DWORD code) {
-    if (call.result == Result::Code) {
-        return code;
-    }
-    SetLastError(code);
-    return call.result == Result::State ? static_cast<DWORD>(-1) : 0;
-}
 
 } // namespace
 

@@ -28,6 +28,9 @@ public:
     BOOL StartProcess(const wchar_t* program, wchar_t* commandLine, DWORD flags, STARTUPINFOW* startup,
                       PROCESS_INFORMATION* information) override;
     BOOL ExitCodeOf(HANDLE process, DWORD* exitCode) override;
+    bool TakesChangesByName() const override {
+        return !m_allowsChanges;
+    }
 
     // Writes the last line, with the exit code or null. The Win32 code of the first write that failed, since when
     // nothing is written.
