@@ -73,6 +73,10 @@ DWORD WINAPI GetClusterInformation(HCLUSTER cluster, LPWSTR name, LPDWORD cch, L
         return call.Return(call.service().LostCode());
     }
     if (info) {
+        const Code unread = CodeOf(model->unread, "version");
+        if (unread != ERROR_SUCCESS) {
+            return call.Return(unread);
+        }
         // The short form, of Windows NT 4, ends before dwClusterHighestVersion.
         if (info->dwVersionInfoSize < offsetof(CLUSTERVERSIONINFO, dwClusterHighestVersion)) {
             return call.Return(ERROR_INVALID_PARAMETER);
@@ -109,6 +113,10 @@ DWORD WINAPI GetClusterQuorumResource(HCLUSTER cluster, LPWSTR name, LPDWORD cch
     const Model* model = call.service().Running();
     if (!model) {
         return call.Return(call.service().LostCode());
+    }
+    const Code unread = CodeOf(model->unread, "quorum");
+    if (unread != ERROR_SUCCESS) {
+        return call.Return(unread);
     }
     const auto holder = std::find_if(model->resources.begin(), model->resources.end(),
                                      [](const Resource& resource) { return resource.isQuorum; });

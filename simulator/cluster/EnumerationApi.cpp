@@ -66,6 +66,11 @@ HCLUSENUM WINAPI ClusterOpenEnum(HCLUSTER cluster, DWORD mask) {
     if ((mask & ~ClusterEnumKnown) != 0 || (mask == 0 && !model->behaviour.emptyMaskIsEmptyList)) {
         return call.NotOpened<HCLUSENUM>(ERROR_INVALID_PARAMETER);
     }
+    const bool asksNetworks = (mask & (CLUSTER_ENUM_NETWORK | CLUSTER_ENUM_NETINTERFACE)) != 0;
+    const Code unread = asksNetworks ? CodeOf(model->unread, "networks") : static_cast<Code>(ERROR_SUCCESS);
+    if (unread != ERROR_SUCCESS) {
+        return call.NotOpened<HCLUSENUM>(unread);
+    }
     HandleEntry entry(HandleKind::ClusterEnum);
     if (mask & CLUSTER_ENUM_NODE) {
         ListAll(entry, CLUSTER_ENUM_NODE, model->nodes);

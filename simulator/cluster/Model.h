@@ -208,6 +208,7 @@ public:
     std::wstring name;
     std::wstring domain; // of the DNS names of cluster and nodes; empty: they have none
     bool running = true;
+    Unread unread; // of the cluster itself
     Quorum quorum = Quorum::Shared;
     Witness witness = Witness::None;
     Behaviour behaviour;

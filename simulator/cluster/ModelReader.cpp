@@ -174,6 +174,7 @@ private:
             switches.Done();
         }
         CheckWitness();
+        ReadUnread(reader, {"networks", "quorum", "version"}, m_model.unread);
         reader.Done();
     }
 

@@ -200,6 +200,9 @@ Json ClusterJson(const Model& model) {
     if (!behaviour.empty()) {
         json["behaviour"] = behaviour;
     }
+    if (!model.unread.empty()) {
+        json["unread"] = model.unread;
+    }
     return json;
 }
 

@@ -133,6 +133,28 @@ TEST_F(GroupControl, WhatCouldNotBeOpenedOrHasNoStateIsRefusedWithItsCode) {
     EXPECT_THAT(ReadModel(), HasSubstr("\"open\": 32"));
 }
 
+TEST_F(GroupControl, WhatCouldNotBeReadOfTheClusterIsRefusedWithItsCode) {
+    Load(R"({"cluster": {"name": "C", "coreGroup": "none", "unread": {"networks": 41, "quorum": 42, "version": 43}},
+             "nodes": [{"name": "N"}]})");
+    for (const DWORD mask : {CLUSTER_ENUM_NETWORK, CLUSTER_ENUM_NETINTERFACE, CLUSTER_ENUM_ALL}) {
+        EXPECT_EQ(ClusterOpenEnum(m_cluster, mask), nullptr);
+        EXPECT_EQ(GetLastError(), 41u);
+    }
+    EXPECT_EQ(ListCluster(m_cluster, CLUSTER_ENUM_NODE).size(), 1u);
+    wchar_t name[20] = L"";
+    wchar_t device[20] = L"";
+    DWORD length = 20;
+    DWORD deviceLength = 20;
+    DWORD type = 0;
+    EXPECT_EQ(GetClusterQuorumResource(m_cluster, name, &length, device, &deviceLength, &type), 42u);
+    CLUSTERVERSIONINFO version = {};
+    version.dwVersionInfoSize = sizeof(version);
+    EXPECT_EQ(GetClusterInformation(m_cluster, name, &length, &version), 43u);
+    EXPECT_EQ(GetClusterInformation(m_cluster, name, &length, nullptr), 0u) << "the name alone";
+    EXPECT_EQ(LoadError(ReadModel()), "") << "it is written as it was read";
+    EXPECT_THAT(ReadModel(), HasSubstr("\"quorum\": 42"));
+}
+
 TEST_F(GroupControl, OnlyPartsThatThereAreCanBeUnread) {
     EXPECT_EQ(LoadError(Replaced(RefusingCluster, "\"class\": 11", "\"colour\": 11")),
               "resources[0].unread.colour: unknown member");

@@ -97,6 +97,7 @@ private:
         const DWORD code = GetClusterInformation(m_cluster.GetHandle(), name, &length, &version);
         if (code != ERROR_SUCCESS && code != ERROR_MORE_DATA) {
             MarkUnread(m_report, "cannot read the cluster's version: it counts as one of Windows Server 2003", code);
+            model["cluster"]["unread"]["version"] = code;
         } else if (version.MajorVersion >= MajorVersionOf2008) {
             model["cluster"]["behaviour"]["protocol"] = 2008;
         }

@@ -81,6 +81,11 @@ Json ReadInterface(const CCluster& cluster, const std::wstring& name) {
     return object;
 }
 
+// A part of the cluster that the simulator refuses as well. One without a code was told, and makes no sense.
+void MarkPart(Json& model, const char* part, DWORD code) {
+    model["cluster"]["unread"][part] = code == ERROR_SUCCESS ? static_cast<DWORD>(ERROR_INVALID_DATA) : code;
+}
+
 struct QuorumAnswer {
     std::wstring resource;
     DWORD number = 0;
@@ -147,6 +152,7 @@ void AddNetworks(const CCluster& cluster, Json& model, Report& report) {
             throw;
         }
         report.MarkIncomplete(std::string("the networks are left out: ") + failure.what());
+        MarkPart(model, "networks", failure.Win32());
         return;
     }
     model["networks"] = std::move(networks);
@@ -165,6 +171,7 @@ void AddQuorum(const CCluster& cluster, Json& model, Json& resources, Report& re
             throw failure;
         }
         report.MarkIncomplete(failure.what() + std::string("; a disk of the cluster's own counts as it"));
+        MarkPart(model, "quorum", code);
         for (Json& resource : resources) {
             if (resource.contains("core") && resource.contains("disk")) {
                 resource.erase("core");
@@ -185,6 +192,7 @@ void AddQuorum(const CCluster& cluster, Json& model, Json& resources, Report& re
     if (is2008 && !isMajority && answer.number != DiskOnly) {
         report.MarkIncomplete("the cluster's quorum is of a kind that is not known (" + std::to_string(answer.number) +
                               "): it counts as held by a disk alone");
+        MarkPart(model, "quorum", ERROR_INVALID_DATA);
     }
     if (!isMajority) {
         return;

@@ -152,9 +152,13 @@ void ModelMaker::AddNetworks(Json& model) {
     }
 }
 
-Json ModelMaker::Behaviour() {
+Json ModelMaker::Behaviour(Json& cluster) {
     Json behaviour = Json::object();
-    if (m_cluster.version.value.is_null()) {
+    if (m_cluster.version.code != 0) {
+        cluster["unread"]["version"] = m_cluster.version.code;
+        Miss("the cluster did not tell its version: it counts as one of Windows Server 2003: " +
+             ErrorText(m_cluster.version.code));
+    } else if (m_cluster.version.value.is_null()) {
         Miss("the recording does not tell the version of the cluster: it counts as one of Windows Server 2003");
     } else if (m_cluster.version.value.get<unsigned>() >= MajorVersionOf2008) {
         behaviour["protocol"] = 2008;
@@ -192,7 +196,7 @@ RecordedModel ModelMaker::Make() {
     if (!m_hasCore) {
         model["cluster"]["coreGroup"] = "none"; // what was recorded stands in the model
     }
-    Json behaviour = Behaviour();
+    Json behaviour = Behaviour(model["cluster"]);
     if (!behaviour.empty()) {
         model["cluster"]["behaviour"] = std::move(behaviour);
     }

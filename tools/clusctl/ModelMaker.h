@@ -33,7 +33,7 @@ private:
     void AddType(const RecordedObject& resource, const std::string& type, Json& model);
     void AddUntoldTypes();
     void AddNetworks(Json& model);
-    Json Behaviour();
+    Json Behaviour(Json& cluster); // marks there what was refused
     void ChooseClasses();
     bool IsDown(const std::string& node) const;
     std::string MadeUp(const std::string& what, const std::string& name, const std::string& otherwise);

@@ -59,6 +59,7 @@ public:
     ModelPicture Read() {
         m_result.cluster.kind = Kind::Failover;
         ReadCluster(m_json["cluster"]);
+        NoteUnread(m_json["cluster"]);
         for (const Json& node : Items("nodes")) {
             const auto state = static_cast<CLUSTER_NODE_STATE>(
                 NumberOf(clussim::NodeStates, TextOr(node, "state", "up"), ClusterNodeStateUnknown));
