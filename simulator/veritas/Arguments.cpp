@@ -100,8 +100,8 @@ const char* UsageOf(const std::string& tool) {
     }
     if (tool == "vcssim") {
         return "vcssim system-down SYSTEM | system-exit [-evacuate] SYSTEM | system-up SYSTEM | fault RESOURCE SYSTEM "
-               "| recover RESOURCE SYSTEM | move GROUP SYSTEM | engine-stop | engine-start | clock [SECONDS] | wait "
-               "SECONDS | state | timeline";
+               "| recover RESOURCE SYSTEM | move GROUP SYSTEM | vanish RESOURCE | appear GROUP RESOURCE | engine-stop "
+               "| engine-start | clock [SECONDS] | wait SECONDS | state | timeline";
     }
     return "vcsencrypt -agent TEXT | -vcs TEXT";
 }

@@ -54,11 +54,37 @@ void WriteJournal(const std::wstring& path, const std::string& tool, const std::
     common::AppendFile(path).Append(common::DumpJsonLine(entry) + "\n"); // no run fails because of its line
 }
 
-// The fault of this run, or null. The counts of earlier runs lie beside the file.
-std::unique_ptr<common::Fault> FindFault(const std::wstring& path, const std::string& tool,
-                                         const std::vector<std::string>& arguments) {
+// The clock of the cluster. A state that cannot be read is told by who needs it, and has the computer's.
+Progress ClockOf(const Environment& environment) {
+    Progress progress;
+    const std::wstring file = ClusterFiles(environment.mainCf).State();
+    try {
+        if (!environment.mainCf.empty() && common::FileExists(file)) {
+            progress.clock = ReadState(common::ReadWholeFile(file)).progress.clock;
+        }
+    } catch (const common::FileError&) {
+    } catch (const StateError&) {
+    }
+    return progress;
+}
+
+// How long the run lets simulated time pass.
+Seconds PassedBy(const std::string& tool, const std::vector<std::string>& arguments, const Progress& clock) {
+    const bool isWait = clock.clock && tool == "vcssim" && arguments.size() == 2 && arguments.front() == "wait";
+    return isWait ? SecondsIn(arguments.back()).value_or(0) : 0;
+}
+
+struct Hits {
+    std::unique_ptr<common::Fault> fault; // of this run, or null
+    std::vector<TimedEvent> events;       // that the clock reaches before the run, or in it
+};
+
+// The counts of earlier runs lie beside the file.
+Hits FindHits(const Environment& environment, const std::string& tool, const std::vector<std::string>& arguments) {
+    const std::wstring& path = environment.faults;
+    Hits hits;
     if (path.empty()) {
-        return nullptr;
+        return hits;
     }
     common::FileLock lock(path);
     const common::FileLock::Turn turn(lock);
@@ -68,8 +94,14 @@ std::unique_ptr<common::Fault> FindFault(const std::wstring& path, const std::st
         faults.SetCounts(common::ReadWholeFile(countsPath));
     }
     const common::Fault* const hit = faults.Hit(tool, arguments);
+    if (faults.HaveTimes()) {
+        const Progress clock = ClockOf(environment);
+        const bool isDone = !hit || (!hit->hangs && !TakesItsPlace(*hit));
+        hits.events = faults.TakeDue(clock.Now(), clock.Now() + (isDone ? PassedBy(tool, arguments, clock) : 0));
+    }
     common::WriteWholeFile(countsPath, faults.Counts());
-    return hit ? std::make_unique<common::Fault>(*hit) : nullptr;
+    hits.fault = hit ? std::make_unique<common::Fault>(*hit) : nullptr;
+    return hits;
 }
 
 bool WriteBytes(DWORD stream, const char* bytes, std::size_t count) {
@@ -149,6 +181,26 @@ std::string Happen(const std::string& event, const Environment& environment) {
     return "event \"" + event + "\": " + said.substr(0, said.find_first_of("\r\n"));
 }
 
+// Lets the events of the clock happen, in a run that lets time pass each in its time: `arguments` become what is left
+// of it, `pieces` what it has printed. Empty, or why one does not happen.
+std::string LetHappen(const std::vector<TimedEvent>& events, const Environment& environment, const std::string& tool,
+                      std::vector<std::string>& arguments, std::vector<OutputPiece>& pieces) {
+    std::string why;
+    for (auto event = events.begin(); event != events.end() && why.empty(); ++event) {
+        const Progress clock = ClockOf(environment);
+        const Seconds left = PassedBy(tool, arguments, clock);
+        const Seconds first = event->due - clock.Now();
+        if (first > 0 && first <= left) {
+            const std::vector<OutputPiece> waited =
+                RunCommand(tool, {"wait", std::to_string(first)}, environment).Pieces();
+            pieces.insert(pieces.end(), waited.begin(), waited.end());
+            arguments.back() = std::to_string(left - first);
+        }
+        why = Happen(event->event, environment);
+    }
+    return why;
+}
+
 } // namespace
 
 Output RunCommand(const std::string& tool, const std::vector<std::string>& arguments, const Environment& environment) {
@@ -186,10 +238,10 @@ Output RunCommand(const std::string& tool, const std::vector<std::string>& argum
 
 int RunTool(const std::string& tool, const std::vector<std::string>& arguments) {
     Environment environment;
-    std::unique_ptr<common::Fault> fault;
+    Hits hits;
     try {
         environment = ReadEnvironment();
-        fault = FindFault(environment.faults, tool, arguments);
+        hits = FindHits(environment, tool, arguments);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
@@ -197,13 +249,19 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
         output.Failure(error.what());
         return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
     }
+    std::vector<std::string> left = arguments;
+    std::vector<OutputPiece> pieces;
+    std::string why = LetHappen(hits.events, environment, tool, left, pieces);
+    const common::Fault* const fault = hits.fault.get();
+    if (fault && fault->event && why.empty()) {
+        why = Happen(*fault->event, environment);
+    }
+    if (!why.empty()) {
+        Output output(environment.options);
+        output.Failure(why);
+        return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
+    }
     if (fault) {
-        const std::string why = fault->event ? Happen(*fault->event, environment) : std::string();
-        if (!why.empty()) {
-            Output output(environment.options);
-            output.Failure(why);
-            return Finish(environment, tool, arguments, output.Pieces(), 2, nullptr);
-        }
         if (fault->delayMs > 0) {
             SetConsoleCtrlHandler(nullptr, TRUE);
             Sleep(fault->delayMs);
@@ -214,11 +272,13 @@ int RunTool(const std::string& tool, const std::vector<std::string>& arguments) 
         }
         if (TakesItsPlace(*fault)) {
             return Finish(environment, tool, arguments, {{fault->toErrors, PrintedBy(*fault)}},
-                          static_cast<int>(fault->code.value_or(0)), fault.get());
+                          static_cast<int>(fault->code.value_or(0)), fault);
         }
     }
-    const Output output = RunCommand(tool, arguments, environment);
-    return Finish(environment, tool, arguments, output.Pieces(), output.ExitCode(), fault.get());
+    const Output output = RunCommand(tool, left, environment);
+    const std::vector<OutputPiece> printed = output.Pieces();
+    pieces.insert(pieces.end(), printed.begin(), printed.end());
+    return Finish(environment, tool, arguments, pieces, output.ExitCode(), fault);
 }
 
 } // namespace vcssim

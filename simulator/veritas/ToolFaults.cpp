@@ -3,6 +3,7 @@
 #include "ControlEvents.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <random>
 #include <sstream>
@@ -28,6 +29,20 @@ std::string RandomBytes(std::size_t count) {
         bytes += static_cast<char>(generator() >> 24);
     }
     return bytes;
+}
+
+const char Time[] = "time";
+
+// What the count of an event of the clock says: nothing yet, that it has happened, or when it is due and 1 more.
+const std::size_t NotBegun = 0;
+const std::size_t HasHappened = std::numeric_limits<std::size_t>::max();
+
+void CheckTime(const common::Fault& fault) {
+    const bool hasOtherEffects = fault.code || fault.output || fault.random || fault.repeat || fault.kill ||
+                                 fault.delayMs != 0 || fault.hangs || fault.toErrors;
+    if (!SecondsIn(fault.object) || !fault.event || fault.onlyFirst || fault.first != 1 || hasOtherEffects) {
+        throw common::FaultError("a time is so many seconds, and takes an event: time@5=event:\"text\"");
+    }
 }
 
 } // namespace
@@ -79,6 +94,9 @@ ToolFaults::ToolFaults(const std::string& text) : m_faults(common::ParseFaults(t
         if (fault.event && !IsControlEvent(*fault.event)) {
             throw common::FaultError("event: vcssim has no command '" + *fault.event + "' that changes the cluster");
         }
+        if (fault.call == Time) {
+            CheckTime(fault);
+        }
     }
 }
 
@@ -106,7 +124,7 @@ const common::Fault* ToolFaults::Hit(const std::string& tool, const std::vector<
     }
     const common::Fault* hit = nullptr;
     for (common::Fault& fault : m_faults) {
-        if ((!fault.call.empty() && fault.call != tool) ||
+        if (fault.call == Time || (!fault.call.empty() && fault.call != tool) ||
             (!fault.object.empty() && !MatchesPattern(fault.object, joined))) {
             continue;
         }
@@ -115,6 +133,30 @@ const common::Fault* ToolFaults::Hit(const std::string& tool, const std::vector<
         }
     }
     return hit;
+}
+
+bool ToolFaults::HaveTimes() const {
+    return std::any_of(m_faults.begin(), m_faults.end(), [](const common::Fault& fault) { return fault.call == Time; });
+}
+
+std::vector<TimedEvent> ToolFaults::TakeDue(std::int64_t now, std::int64_t until) {
+    std::vector<TimedEvent> events;
+    for (common::Fault& fault : m_faults) {
+        if (fault.call != Time || fault.seen == HasHappened) {
+            continue;
+        }
+        if (fault.seen == NotBegun) {
+            fault.seen = static_cast<std::size_t>(now + *SecondsIn(fault.object)) + 1;
+        }
+        const auto due = static_cast<std::int64_t>(fault.seen - 1);
+        if (due <= until) {
+            events.push_back({due, *fault.event});
+            fault.seen = HasHappened;
+        }
+    }
+    std::stable_sort(events.begin(), events.end(),
+                     [](const TimedEvent& first, const TimedEvent& second) { return first.due < second.due; });
+    return events;
 }
 
 } // namespace vcssim

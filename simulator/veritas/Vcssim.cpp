@@ -1,5 +1,6 @@
 // vcssim: what happens to the simulated cluster, and what it did.
 #include "ClusterEngine.h"
+#include "ControlEvents.h"
 #include "Operations.h"
 
 #include <functional>
@@ -8,21 +9,14 @@ namespace vcssim {
 
 namespace {
 
-const Seconds MostSeconds = 1000000000; // some thirty years
+const char TypeOfCreated[] = "GenericService"; // every cluster of Windows has it
 
 Seconds TakeSeconds(Arguments& arguments) {
-    const std::string text = arguments.Next();
-    Seconds seconds = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9' || seconds > MostSeconds) {
-            throw UsageError();
-        }
-        seconds = seconds * 10 + (c - '0');
-    }
-    if (text.empty() || seconds > MostSeconds) {
+    const std::optional<Seconds> seconds = SecondsIn(arguments.Next());
+    if (!seconds) {
         throw UsageError();
     }
-    return seconds;
+    return *seconds;
 }
 
 void PrintTimeline(Output& output, const std::vector<TimelineEntry>& entries) {
@@ -128,6 +122,20 @@ void MoveGroup(Context& context, Arguments& arguments) {
     RunHagrp(context, Arguments({"-switch", group, "-to", system}));
 }
 
+// What somebody else does, who has the configuration open for it, whoever else has: as hares does it.
+void ChangeBySomebody(Context& context, const std::string& command, Arguments& arguments) {
+    const std::string name = arguments.Next();
+    const bool isCreated = command == "appear";
+    const std::string created = isCreated ? arguments.Next() : std::string();
+    arguments.NeedEnd();
+    bool& isWritable = context.cluster.state.writable;
+    const bool wasWritable = isWritable;
+    isWritable = true;
+    RunHares(context, Arguments(isCreated ? std::vector<std::string>{"-add", created, TypeOfCreated, name}
+                                          : std::vector<std::string>{"-delete", name}));
+    isWritable = wasWritable;
+}
+
 // The cluster goes on as it did: only the tools of this computer find no engine.
 void SetEngine(Context& context, bool isStopped, Arguments& arguments) {
     arguments.NeedEnd();
@@ -176,6 +184,8 @@ void RunVcssim(Context& context, Arguments arguments) {
         AskOfResource(context, command, arguments);
     } else if (command == "move") {
         MoveGroup(context, arguments);
+    } else if (command == "vanish" || command == "appear") {
+        ChangeBySomebody(context, command, arguments);
     } else if (command == "engine-stop" || command == "engine-start") {
         SetEngine(context, command == "engine-stop", arguments);
     } else if (command == "wait") {

@@ -99,6 +99,40 @@ TEST_F(ToolPrograms, WritesAJournal) {
     EXPECT_EQ(entries[1]["exit"], 2);
 }
 
+TEST_F(ToolPrograms, LetsEventsHappenAtTheirTime) {
+    UseFaults("time@40=event:\"engine-stop\"\ntime@20=event:\"fault G-IP NODE1\"\nhasys=event:\"wait 1\"\n");
+    WriteFile(L"", "system NODE1\nsystem NODE2\n\ngroup G (\n\tSystemList = { NODE1 = 0, NODE2 = 1 }\n\t)\n\n\tIP G-IP "
+                   "(\n\t\t)\n");
+    WriteFile(L".state.json", R"({"resources": {"G-IP": {"NODE1": "ONLINE"}}, "clock": 100})");
+    EXPECT_EQ(RunProcess(L"hagrp -state G -sys NODE1"), "ONLINE\n"); // from here on the seconds count
+    EXPECT_EQ(RunProcess(L"vcssim wait 19"), "");
+    EXPECT_EQ(RunProcess(L"vcssim wait 11"), "");
+    EXPECT_EQ(RunProcess(L"hagrp -state G -sys NODE2"), "ONLINE\n");
+    EXPECT_EQ(RunProcess(L"vcssim clock"), "130\n");
+    EXPECT_THAT(RunProcess(L"vcssim timeline"), StartsWith("   120  resource G-IP is FAULTED on NODE1: fault\n"));
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n"); // an event of its own, and 131
+    EXPECT_EQ(RunProcess(L"vcssim wait 100"), "");
+    EXPECT_EQ(RunProcess(L"vcssim clock"), "231\n");
+    EXPECT_THAT(RunProcess(L"hagrp -list"), HasSubstr("Cannot connect to VCS engine"));
+    EXPECT_EQ(RunProcess(L"vcssim engine-start"), "");
+    EXPECT_EQ(RunProcess(L"hagrp -list"), "G\t\tNODE1\nG\t\tNODE2\n"); // each happens once
+    std::vector<std::string> told;
+    for (const nlohmann::json& entry : Journal()) {
+        told.push_back(entry.contains("event") ? entry["event"].get<std::string>()
+                                               : entry["tool"].get<std::string>() + entry["arguments"].dump());
+    }
+    EXPECT_THAT(told, testing::IsSupersetOf({"fault G-IP NODE1", "engine-stop", "vcssim[\"wait\",\"11\"]"}));
+}
+
+// What falls due while no tool runs happens before the next one does.
+TEST_F(ToolPrograms, LetsEventsHappenByTheComputersClockToo) {
+    UseFaults("time@0=event:\"engine-stop\"\ntime@3600=event:\"engine-start\"\n");
+    EXPECT_THAT(RunProcess(L"hasys -list"), HasSubstr("Cannot connect to VCS engine"));
+    EXPECT_THAT(RunProcess(L"hasys -list"), HasSubstr("Cannot connect to VCS engine"));
+    WriteFile(L".faults.counts", std::to_string(SIZE_MAX) + "\n1000\n"); // long ago
+    EXPECT_EQ(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+}
+
 TEST_F(ToolPrograms, LetsEventsHappenBetweenRuns) {
     UseFaults(
         "hagrp@-state G -sys *#2=event:\"move G NODE2\"\n*#5=event:\"engine-stop\"\n*#7=event:\"engine-start\"\n");
@@ -353,6 +387,14 @@ TEST_F(ToolPrograms, SaysWhatIsWrongWithTheFaults) {
     UseFaults("\nhasys=colour:1\n");
     EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("line 2: there is no effect 'colour:1'\n"));
     EXPECT_EQ(m_processExit, 2u);
+    for (const char* fault : {"time=event:\"engine-stop\"", "time@x=event:\"engine-stop\"", "time@5=9",
+                              "time@5#2=event:\"engine-stop\"", "time@5=event:\"engine-stop\",kill:3"}) {
+        UseFaults(fault);
+        EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("a time is so many seconds, and takes an event: "
+                                                         "time@5=event:\"text\"\n"))
+            << fault;
+        EXPECT_EQ(m_processExit, 2u);
+    }
     UseFaults("hasys=state:1");
     EXPECT_THAT(RunProcess(L"hasys -list"), EndsWith("state: a tool has none\n"));
     EXPECT_EQ(m_processExit, 2u);

@@ -85,3 +85,20 @@ TEST_F(ToolResourceChange, LeavesNothingOfAResourceThatCameAndWent) {
     Run("hares", "-delete New");
     EXPECT_EQ(ReadFile(L".live"), Sample);
 }
+
+// What somebody else does needs no writable configuration, and leaves its mode as it is.
+TEST_F(ToolResourceChange, ResourcesVanishAndAppear) {
+    Run("haconf", "-dump -makero");
+    EXPECT_EQ(Run("vcssim", "vanish G-Mount"), "");
+    EXPECT_THAT(Run("hares", "-list"), Not(HasSubstr("G-Mount\t")));
+    Run("vcssim", "appear H New");
+    EXPECT_EQ(m_exitCode, 0);
+    EXPECT_EQ(Run("hares", "-list Group=H Type=GenericService Enabled=0"), "New\t\tNODE2\n");
+    EXPECT_EQ(Run("haclus", "-value ReadOnly"), "1\n");
+    EXPECT_EQ(Run("vcssim", "appear H New"), "VCS WARNING V-16-1-99021 (simulated) Resource New exists already\n");
+    EXPECT_THAT(Run("vcssim", "vanish G-Mount"), HasSubstr("V-16-1-10260"));
+    EXPECT_THAT(Run("vcssim", "vanish New New"), HasSubstr("usage: vcssim "));
+    Run("haconf", "-makerw");
+    Run("vcssim", "vanish New");
+    EXPECT_EQ(Run("haclus", "-value ReadOnly"), "0\n");
+}
