@@ -29,8 +29,10 @@ system NODE1 (
 	)
 system NODE2 (
 	)
+system NODE3 (
+	)
 group G (
-	SystemList = { NODE1 = 0, NODE2 = 1 }
+	SystemList = { NODE1 = 0, NODE3 = 2, NODE2 = 1 }
 	)
 	IP G-IP (
 		Address = "10.1.2.3"
@@ -44,7 +46,8 @@ group G (
 	G-Lanman requires G-IP
 )";
 
-const char States[] = R"({"mode": "ro", "resources": {"G-Lanman": {"NODE1": "ONLINE"}}})";
+const char States[] = R"({"mode": "ro", "resources": {"G-Lanman": {"NODE1": "ONLINE"}},
+  "systems": {"NODE3": "EXITED"}})";
 
 // Rules that reading does not show, and why.
 const struct {
@@ -170,6 +173,7 @@ const std::vector<ToolTwist>& ToolTwists() {
          }},
         {"vcs-cluster-state", "cluster-state=bare", "", nullptr},
         {"vcs-read-only", "", "haclus -value", Instead("READONLY\n")},
+        {"vcs-down-systems", "", "hagrp -state", Only("-state", Text("NODE3      |OFFLINE|", "NODE3      |PARTIAL|"))},
         {"vcs-usage", "", "haconf -help", [](const std::string&, ToolOutput& answer) { answer.exitCode = 1; }},
     };
     return twists;
@@ -227,6 +231,14 @@ TEST_F(VcsProbe, FindsExactlyTheRuleThatDiffers) {
         EXPECT_EQ(Answering(Probe(twist.options, twist.command, twist.change), "differs"), Rules{twist.rule})
             << twist.options;
     }
+}
+
+TEST_F(VcsProbe, SeesWhatTheStateFileAcceptsOfSystemsThatAreDown) {
+    Files()[StateFile] = R"({"downSystems": "accepted", "resources": {"G-Lanman": {"NODE3": "ONLINE"}},
+                             "systems": {"NODE3": "EXITED"}})";
+    EXPECT_EQ(Answering(Probe("", "", nullptr), "differs"), Rules{"vcs-down-systems"});
+    Files()[StateFile] = R"({"resources": {"G-Lanman": {"NODE3": "ONLINE"}}})";
+    EXPECT_STREQ(Probe("", "", nullptr).AnswerTo("vcs-down-systems"), "not answerable here");
 }
 
 TEST_F(VcsProbe, HasADifferenceOrAReasonForEveryRule) {

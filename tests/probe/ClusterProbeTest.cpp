@@ -23,7 +23,6 @@ typedef std::set<std::string> Rules;
 const Unreadable UnreadableRules[] = {
     {"delete-online", "deletes"},
     {"offline-failed", "takes offline"},
-    {"down-owners", "a node has to be lost"},
     {"failures", "a resource has to fail"},
     {"failovers-used-up", "a resource has to fail again and again"},
     {"required-dependencies", "brings online"},
@@ -33,7 +32,7 @@ const Unreadable UnreadableRules[] = {
 
 const char Model[] = R"({
   "cluster": {"name": "EXCLUS", "domain": "corp.example", "coreGroup": "standard", "behaviour": {"protocol": 2003}},
-  "nodes": [{"name": "NODE1"}, {"name": "NODE-TWO"}],
+  "nodes": [{"name": "NODE1"}, {"name": "NODE-TWO"}, {"name": "NODE-LOST", "state": "down"}],
   "groups": [{"name": "EVS1", "owner": "NODE1"}],
   "resources": [
     {"name": "EVS1 IP", "type": "IP Address", "id": "27036a50-4c94-53d7-9803-4fb028669c48", "group": "EVS1",
@@ -124,6 +123,13 @@ TEST_F(ClusterProbe, FindsEveryRuleThatCanBeReadAsSimulated) {
     EXPECT_EQ(Answering(answers, "not answerable here"), unanswered);
 }
 
+TEST_F(ClusterProbe, SaysNothingOfNodesThatAreDownWhereNoneIs) {
+    std::string model = Model;
+    const std::string state = ", \"state\": \"down\"";
+    model.erase(model.find(state), state.size());
+    EXPECT_STREQ(OnFile(model).AnswerTo("down-owners"), "not answerable here");
+}
+
 TEST_F(ClusterProbe, FindsExactlyTheRuleThatDiffers) {
     for (const Twist& twist : ClusterTwists()) {
         const RunProbe run = [this](const std::string& model) { return OnFile(model); };
@@ -151,8 +157,8 @@ TEST_F(ClusterProbe, TakesNoRefusedCallForADifference) {
     for (const char* call :
          {"ClusterOpenEnum", "ClusterEnum", "ClusterGroupOpenEnum", "ClusterGroupEnum", "ClusterResourceOpenEnum",
           "ClusterResourceEnum", "ClusterResourceControl", "GetClusterGroupState", "GetClusterInformation",
-          "GetClusterResourceState", "OpenCluster", "OpenClusterGroup", "OpenClusterNode", "OpenClusterResource",
-          "ResUtilGetResourceDependency", "ResUtilResourceTypesEqual"}) {
+          "GetClusterNodeState", "GetClusterResourceState", "OpenCluster", "OpenClusterGroup", "OpenClusterNode",
+          "OpenClusterResource", "ResUtilGetResourceDependency", "ResUtilResourceTypesEqual"}) {
         ExpectNothingDiffers(call, "5");
         ExpectNothingDiffers(call, "1722");
     }

@@ -379,6 +379,13 @@ const std::vector<Twist>& ClusterTwists() {
                     }
                 }),
         InModel("owner-letter-case", "\"owner\": \"NODE1\"", "\"owner\": \"node1\""),
+        {"down-owners",
+         [](const RunProbe& run, const std::string& model) {
+             const Twist owned =
+                 InModel("", "\"groups\": [", "\"groups\": [{\"name\": \"Left\", \"owner\": \"NODE-LOST\"}, ");
+             return InModel("", "\"protocol\": 2003", "\"downOwners\": \"accepted\"")
+                 .run([&](const std::string& accepting) { return owned.run(run, accepting); }, model);
+         }},
         OfControl("name-as-listed", CLUSCTL_RESOURCE_GET_NAME, false, FirstLetterInOtherCase),
         OfControl("id-form", CLUSCTL_RESOURCE_GET_ID, false,
                   [](DWORD&, Bytes& answer) {

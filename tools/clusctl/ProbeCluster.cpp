@@ -55,6 +55,14 @@ std::wstring DnsDomain() {
     return GetComputerNameExW(ComputerNameDnsDomain, domain, &count) ? domain : std::wstring();
 }
 
+// Empty when it is not told.
+std::wstring ReadOwner(HGROUP group) {
+    std::vector<wchar_t> owner(ProbeRoom + 1);
+    DWORD count = ProbeRoom;
+    return GetClusterGroupState(group, owner.data(), &count) == ClusterGroupStateUnknown ? std::wstring()
+                                                                                         : std::wstring(owner.data());
+}
+
 class ClusterProbe {
 public:
     explicit ClusterProbe(HCLUSTER cluster) : m_cluster(cluster) {
@@ -77,6 +85,7 @@ public:
         if (m_isWhole) {
             resources.Conclude();
         }
+        LookAtDownNodes();
         for (const ResourceProbe::Owner& owner : resources.Owners()) {
             LookAtOwner(owner.node, owner.object);
         }
@@ -97,13 +106,17 @@ private:
     void OutliveCluster();
     void LookAtGroup(const std::wstring& name);
     void LookAtOwner(const std::wstring& owner, const std::wstring& object);
+    void LookAtDownNodes();
+    std::wstring OwnerOf(const std::wstring& group) const;
+    bool IsDown(const std::wstring& node) const;
     void RequireCluster() const;
     const Item* FirstOf(DWORD kind) const;
 
     HCLUSTER m_cluster;
     ProbeAnswers m_answers{FailoverRules()};
     std::vector<Item> m_items;
-    bool m_isWhole = false; // the list of them
+    std::vector<ResourceProbe::Owner> m_owners; // of groups
+    bool m_isWhole = false;                     // the list of them
 };
 
 const Item* ClusterProbe::FirstOf(DWORD kind) const {
@@ -277,15 +290,43 @@ void ClusterProbe::LookAtOwner(const std::wstring& owner, const std::wstring& ob
     }
 }
 
+std::wstring ClusterProbe::OwnerOf(const std::wstring& group) const {
+    const GroupHandle opened(OpenClusterGroup(m_cluster, group.c_str()));
+    return opened ? ReadOwner(opened.get()) : std::wstring();
+}
+
+bool ClusterProbe::IsDown(const std::wstring& node) const {
+    const NodeHandle opened(OpenClusterNode(m_cluster, node.c_str()));
+    const CLUSTER_NODE_STATE state = opened ? GetClusterNodeState(opened.get()) : ClusterNodeStateUnknown;
+    return state == ClusterNodeDown || state == ClusterNodeJoining;
+}
+
+// A node may be lost meanwhile, and its groups be on their way: what it owns is asked for once more.
+void ClusterProbe::LookAtDownNodes() {
+    for (const Item& item : m_items) {
+        if (item.kind != CLUSTER_ENUM_NODE || m_owners.empty() || !IsDown(item.name)) {
+            continue;
+        }
+        const auto isItsOwn = [&item](const std::wstring& owner) {
+            return _wcsicmp(item.name.c_str(), owner.c_str()) == 0;
+        };
+        const auto owned = std::find_if(m_owners.begin(), m_owners.end(), [&](const ResourceProbe::Owner& owner) {
+            return isItsOwn(owner.node) && isItsOwn(OwnerOf(owner.object));
+        });
+        m_answers.Saw("down-owners", owned == m_owners.end(), owned == m_owners.end() ? "none there" : "a group there",
+                      item.name);
+    }
+}
+
 void ClusterProbe::LookAtGroup(const std::wstring& name) {
     const GroupHandle group(OpenClusterGroup(m_cluster, name.c_str()));
     if (!group) {
         return; // it is gone meanwhile
     }
-    std::vector<wchar_t> owner(ProbeRoom + 1);
-    DWORD count = ProbeRoom;
-    if (GetClusterGroupState(group.get(), owner.data(), &count) != ClusterGroupStateUnknown) {
-        LookAtOwner(owner.data(), name);
+    const std::wstring owner = ReadOwner(group.get());
+    if (!owner.empty()) {
+        LookAtOwner(owner, name);
+        m_owners.push_back({owner, name});
     }
     LookAtGroupLists(group.get(), name, m_answers);
 }

@@ -1,5 +1,6 @@
 // What VCS shows of its rules when its tools only ask.
 #include "Probe.h"
+#include "ProbeDown.h"
 #include "ProbeToolText.h"
 
 #include "common/Text.h"
@@ -35,6 +36,7 @@ public:
         LookAtDependencies();
         LookAtMessages();
         LookAtClusterState();
+        LookAtDownSystems(m_ask, m_answers);
         return m_answers;
     }
 
