@@ -16,12 +16,12 @@ KINDS = {"failover": "model", "vcs": "vcs"}
 APART = {"settings", "simulator", "missing", "replaced", "tools", "writable-tool", "planted-tool", "environment-tool", "disk", "small-disk",
          "read-only-disk", "debug-log"}
 # Command lines that say something else in a recording, or nothing about a cluster: docs/testing.md says why.
-UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|STDOUT=|STDIN|CLUSSIM_FILE=|VCSSIM_MAIN_CF=")
+UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|STDOUT=|STDIN|CLUSSIM_FILE= |VCSSIM_MAIN_CF= ")
 UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|manual|completion|rehearse|doctor|support-bundle|report|model|probe \S+\.json)\b")
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed",  # a replay always says that the settings are those of the recording
-         "status-not-deployed",  # and a plain server, which asks no cluster, is not simulated but in a replay
+         "vcs-long-answer",  # no recording holds what a tool prints beyond what is taken of an answer
          "vcs-killed"}  # the runs that are told were ended on the simulated cluster, not on the recorded one
 # What changes a case's cluster or files for the lines behind it; all else only looks, and is left out.
 PREPARING = re.compile(r"clusctl (snapshot|model|record)\b|--save\b")
@@ -40,7 +40,8 @@ def is_asking(line, changing):
         words.pop(0)
     if not words or words[0] != "clusctl" or UNRECORDED.search(line) or re.search(rf"\b({changing})( |$)", line):
         return False
-    return not UNRECORDED_COMMANDS.match(" ".join(word for word in words[1:] if not word.startswith("-")))
+    command = " ".join(word for word in words[1:] if not word.startswith("-"))
+    return not UNRECORDED_COMMANDS.match(command) or (command.startswith("vcs snapshot ") and "--from-tools" in words)
 
 
 def prepares(line, expected, changing):
@@ -104,9 +105,59 @@ def player_folder(runner):
 
 def without_stray_codes(text):
     """Without the last-error values that the library logs where no call has set one: they are of the process, not of the cluster.
-    And without binary values, which no recording has."""
+    And without binary values, which no recording has, and the number of secrets, which those that are empty are among there."""
     text = re.sub(r'("binary": ?")[0-9a-f]+', r"\1BYTES", text)
+    text = re.sub(r"masked \d+ secrets? of the configuration", "masked SECRETS of the configuration", text)
     return re.sub(r"(GetVirtualServerInfo for server .* fail, code: |Cannot open registry .*, Last err:)\d+( \([^)]*\))?", r"\1CODE", text)
+
+
+def source_of(case, begin):
+    """The file that a line says the answers come from: one of its own, or the case's."""
+    named = re.search(r"(?:CLUSSIM_FILE|VCSSIM_MAIN_CF)=(\S+)", begin)
+    return named[1] if named else next(model for model in ("model.json", "main.cf") if (case.folder / model).exists())
+
+
+def without_source_of_replay(recorded, replayed, name):
+    """What is replayed of a plain server, whose settings the recording has, is its answer, and marked; nobody but this computer has
+    answered when it was recorded."""
+    if "clusctl: simulated: " in recorded:
+        return replayed
+    return replayed.replace(f'clusctl: simulated: the answers come from "{name}"\n', "").replace(f'"simulated": "{name}"', '"simulated": null')
+
+
+class Written:
+    """What a command made in the case's folder of what its line names, laid aside, so that its replay makes it again."""
+    def __init__(self, case, words):
+        self.case = case
+        self.names = {word for word in words if (case.folder / word).parent == case.folder and not (case.folder / word).exists()}
+        self.aside = case.folder.parent / f"{case.folder.name}-aside"
+
+    def made(self):
+        return sorted(path for path in self.case.folder.iterdir() if path.name in self.names)
+
+    def lay_aside(self):
+        shutil.rmtree(self.aside, ignore_errors=True)
+        self.aside.mkdir()
+        for path in self.made():
+            path.rename(self.aside / path.name)
+
+    def contents(self, folder, names):
+        files = (file for name in names for file in ([folder / name, *sorted((folder / name).rglob("*"))]))
+        text = "".join(f"{file.relative_to(folder)}: {file.read_text(encoding='utf-8') if file.is_file() else ''}\n" for file in files)
+        return re.sub(r'\t+\w+ = "\*\*\*"\n', "", text) # a secret that is empty is one as well in a recording
+
+    def compare(self, difference, what):
+        """What the replay made against it, which it leaves in its place."""
+        names = sorted(path.name for path in self.aside.iterdir())
+        made = [path.name for path in self.made()]
+        problem = difference(*map(without_stray_codes, (self.contents(self.aside, names), self.contents(self.case.folder, made))), what, "replayed")
+        for name in names:
+            path = self.case.folder / name
+            if path.is_dir():
+                shutil.rmtree(path)
+            (self.aside / name).replace(path)
+        self.aside.rmdir()
+        return problem
 
 
 def check_case(case, steps, player, difference):
@@ -119,25 +170,26 @@ def check_case(case, steps, player, difference):
             continue
         name = f"{number}.rec"
         begin, rest = line[:line.index("clusctl ") + 8], line[line.index("clusctl ") + 8:]
+        written = Written(case, shlex.split(rest))
         recorded = case.run(f"{begin}record {name} -- {rest}")
         problems.append(difference(*map(without_stray_codes, (expected, recorded)), f"{case.file.name}: {line}", "recorded"))
         if not (case.folder / name).exists(): # nobody was asked
             continue
         program, case.program = case.program, player / "clusctl.exe"
+        written.lay_aside()
         replayed = case.run(f"CLUSSIM_FAULTS= VCSSIM_FAULTS= clusctl --model {name} {rest}")
         case.program = program
-        for model in ("model.json", "main.cf"):
-            if (case.folder / model).exists():
-                replayed = replayed.replace(f'"{name}"', f'"{model}"')
-                break
+        replayed = without_source_of_replay(recorded, replayed, name).replace(f'"{name}"', f'"{source_of(case, begin)}"')
+        problems.append(written.compare(difference, f"files of {case.file.name}: {line}"))
         problems.append(difference(*map(without_stray_codes, (recorded, replayed)), f"recorded in {case.file.name}: {line}", "replayed"))
     return [problem for problem in problems if problem]
 
 
-# Committed recordings: the model, the command, and the file in examples/.
-RECORDINGS = [("model", "two-node-single-copy.json", "servers", "servers.rec"),
-              ("model", "two-node-single-copy.json", "resources", "resources.rec"),
-              ("vcs", "vcs-exchange.cf", "vcs servers", "vcs-servers.rec")]
+# Committed recordings: the model, the product's settings, the command, and the file in examples/.
+RECORDINGS = [("model", "two-node-single-copy.json", "cluster.reg", "servers", "servers.rec"),
+              ("model", "two-node-single-copy.json", "cluster.reg", "resources", "resources.rec"),
+              ("model", "ccr.json", "ccr.reg", "servers", "servers-ccr.rec"),
+              ("vcs", "vcs-exchange.cf", "cluster.reg", "vcs servers", "vcs-servers.rec")]
 
 
 def calls_of(file):
@@ -152,10 +204,10 @@ def calls_of(file):
 def check_examples(make_case, update, difference):
     """The library asks what it asked when the examples were recorded, and their replay says what the simulator says."""
     problems = []
-    for kind, model, command, name in RECORDINGS:
+    for kind, model, settings, command, name in RECORDINGS:
         case = make_case("cluster")
         case.configuration = case.model = None
-        case.prepare([(kind, model), ("registry", "cluster.reg")])
+        case.prepare([(kind, model), ("registry", settings)])
         said = case.run(f"clusctl record {name} -- {command}")
         if update:
             text = re.sub(r'"file":"[^"]*"', '"file":""', (case.folder / name).read_text(encoding="utf-8"))

@@ -1,6 +1,7 @@
 #include "VcsModel.h"
 
 #include "MainCfText.h"
+#include "Replay.h"
 #include "ShownStates.h"
 #include "Text.h"
 #include "VcsToolFiles.h"
@@ -42,6 +43,9 @@ std::wstring FolderOf(const std::wstring& path) {
 
 // One of another installation than the tools that were asked before may tell of another cluster.
 bool HasHaclus() {
+    if (IsReplaying()) {
+        return HasVcsTool(L"haclus"); // it was asked then, wherever it is on this computer
+    }
     const std::wstring haclus = FindVcsTool(L"haclus");
     return !haclus.empty() && _wcsicmp(FolderOf(haclus).c_str(), FolderOf(FindVcsTool(L"hares")).c_str()) == 0;
 }
