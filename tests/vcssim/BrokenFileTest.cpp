@@ -58,6 +58,9 @@ TEST_F(ToolBrokenFile, SaysWhatIsWrongWithTheState) {
     EXPECT_THAT(messageOf(R"({"probed": {"a": "b"}})"), EndsWith("probed: is no object of lists\n"));
     EXPECT_THAT(messageOf(R"({"failing": {"a": [1]}})"), EndsWith("failing.a: is no list of systems\n"));
     EXPECT_THAT(messageOf(R"({"systems": 1})"), EndsWith("systems: is no object\n"));
+    EXPECT_THAT(messageOf(R"({"settings": []})"), EndsWith("settings: is no object\n"));
+    EXPECT_THAT(messageOf(R"({"settings": {"IsCluster": true}})"),
+                EndsWith("settings.IsCluster: is no text or number\n"));
 }
 
 TEST_F(ToolBrokenFile, NothingIsOnlineOnASystemThatDoesNotRun) {

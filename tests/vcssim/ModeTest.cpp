@@ -54,6 +54,16 @@ TEST_F(ToolMode, ShowsChangesAtOnceAndWritesThemWithTheDump) {
     EXPECT_EQ(Run("hares", "-value G-Mount VolumeName"), "Vol\n");
 }
 
+TEST_F(ToolMode, AChangeKeepsTheSettingsOfTheProduct) {
+    WriteFile(L".state.json", R"({"settings": {"ThirdPartyClusterType": 1, "DataRootPath": "F:\\Gate"}})");
+    Run("haconf", "-makerw");
+    EXPECT_THAT(ReadFile(L".state.json"), HasSubstr("\"mode\": \"rw\""));
+    EXPECT_THAT(ReadFile(L".state.json"), HasSubstr("  \"settings\": {\n"
+                                                    "    \"ThirdPartyClusterType\": 1,\n"
+                                                    "    \"DataRootPath\": \"F:\\\\Gate\"\n"
+                                                    "  }\n"));
+}
+
 TEST_F(ToolMode, AppliesToHaconfOnlyInItsThreeForms) {
     for (const char* arguments : {"", "-makero", "-makerw -dump", "-dump -other"}) {
         EXPECT_EQ(Run("haconf", arguments), "usage: haconf -makerw | -dump [-makero]\n") << arguments;

@@ -34,6 +34,18 @@ void ReadMarks(const Json& json, const char* member, State::Marks& marks) {
     }
 }
 
+std::string ReadSettings(const Json& json) {
+    if (!json.is_object()) {
+        throw StateError("settings: is no object");
+    }
+    for (const auto& setting : json.items()) {
+        if (!setting.value().is_string() && !setting.value().is_number_unsigned()) {
+            throw StateError("settings." + setting.key() + ": is no text or number");
+        }
+    }
+    return common::DumpJsonLine(json);
+}
+
 bool IsTableOf(const Json& json, bool ofObjects) {
     if (!json.is_object()) {
         return false;
@@ -62,6 +74,8 @@ void ReadMember(const std::string& name, const Json& value, State& state) {
             throw StateError("downSystems: is neither \"refused\" nor \"accepted\"");
         }
         state.takesDownSystems = value == "accepted";
+    } else if (name == "settings") {
+        state.settings = ReadSettings(value);
     } else if (name == "resources" || name == "groups") {
         if (!IsTableOf(value, true)) {
             throw StateError(name + ": is no object of objects");
@@ -138,6 +152,9 @@ std::string WriteState(const State& state) {
     root["probed"] = state.probed;
     root["failing"] = state.failing;
     WriteProgress(state.progress, root);
+    if (!state.settings.empty()) {
+        root["settings"] = common::ParseJson(state.settings);
+    }
     return common::DumpJson(root);
 }
 

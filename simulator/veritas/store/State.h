@@ -28,6 +28,7 @@ struct State {
     Marks failing;                 // going online ends in FAULTED
     bool isEngineStopped = false;  // for the tools of this computer
     bool takesDownSystems = false; // something may be online where nothing runs; else no such state is read
+    std::string settings;          // of the product, as JSON, which the tools know nothing of; empty without any
     Progress progress;
 
     void Forget(const std::string& resource);
