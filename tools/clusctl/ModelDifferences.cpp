@@ -109,8 +109,14 @@ Objects ObjectsOfVcsModel(const vcssim::ClusterFiles& files) {
         }
     }
     if (common::FileExists(files.State())) {
+        Json states = common::ParseJson(ReadModelText(files.State()));
+        if (states.is_object() && states.contains("settings")) { // titled as those of a failover cluster
+            objects.push_back({"settings", {}});
+            AddFlat("", states["settings"], objects.back().properties);
+            states.erase("settings");
+        }
         objects.push_back({"states", {}});
-        AddFlat("", common::ParseJson(ReadModelText(files.State())), objects.back().properties);
+        AddFlat("", states, objects.back().properties);
     }
     return objects;
 }

@@ -51,6 +51,14 @@ CLUSTER_GROUP_STATE StateOfGroup(const std::vector<const Resource*>& members) {
                                                                 : ClusterGroupPartialOnline;
 }
 
+Json SettingRecords(const Json& settings) {
+    Json records = Json::array();
+    for (const auto& setting : settings.items()) {
+        records.push_back({{"name", setting.key()}, {"value", setting.value()}});
+    }
+    return records;
+}
+
 class FailoverModel {
 public:
     explicit FailoverModel(const Json& json) : m_json(json), m_thisComputer(common::ToUtf8(ComputerName())) {
@@ -89,10 +97,7 @@ public:
             SetGroupState(result, StateOfGroup(index.MembersOf(result.name)));
             m_result.cluster.groups.push_back(result);
         }
-        const Json settings = m_json.value("settings", Json::object());
-        for (const auto& setting : settings.items()) {
-            m_result.settings.push_back({{"name", setting.key()}, {"value", setting.value()}});
-        }
+        m_result.settings = SettingRecords(m_json.value("settings", Json::object()));
         return std::move(m_result);
     }
 
@@ -181,6 +186,9 @@ public:
         const std::optional<vcssim::Seconds>& clock = m_cluster.state.progress.clock;
         m_result.model = {{"configuration", m_cluster.state.writable ? "read-write" : "read-only"},
                           {"clock", clock ? Json(*clock) : Json()}};
+        if (!m_cluster.state.settings.empty()) {
+            m_result.settings = SettingRecords(common::ParseJson(m_cluster.state.settings));
+        }
         for (const vcssim::CfBlock& system : m_cluster.configuration.Systems()) {
             m_result.cluster.nodes.push_back(
                 VcsSystem(common::ToUtf16(system.name), FirstPart(m_cluster.SystemAttribute(system, "SysState"))));

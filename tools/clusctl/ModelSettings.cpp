@@ -1,5 +1,6 @@
 #include "ModelSettings.h"
 
+#include "ClusterInUse.h"
 #include "Failure.h"
 #include "ModelInUse.h"
 #include "Replay.h"
@@ -7,8 +8,12 @@
 #include "Text.h"
 #include "ThisComputer.h"
 
+#include "common/Environment.h"
+#include "common/Files.h"
 #include "common/Text.h"
 
+#include <ClusterFiles.h>
+#include <State.h>
 #include <clus_VirtualServerUtil.h>
 
 #include <sddl.h>
@@ -111,7 +116,23 @@ template <typename Look> void LookAtEach(const Look& look) {
     look(ThirdPartyName, ReadAnyValue(CompiledInProductKey, ThirdPartyName), REG_DWORD);
 }
 
-// The model's settings; null when there is no simulator, no model file or no settings.
+// Of the simulated VCS cluster; null when there is none, or it has no settings. Of states that are not in order the
+// tools tell what is wrong.
+Json ReadFromVcs() {
+    const std::wstring mainCf = common::EnvironmentVariable(VcsVariable);
+    const std::wstring states = vcssim::ClusterFiles(mainCf).State();
+    if (mainCf.empty() || !common::FileExists(states)) {
+        return Json();
+    }
+    try {
+        const std::string settings = vcssim::ReadState(common::ReadWholeFile(states)).settings;
+        return settings.empty() ? Json() : common::ParseJson(settings);
+    } catch (const std::exception&) {
+        return Json();
+    }
+}
+
+// Of the simulated failover cluster; null when there is no simulator, no model file or no settings.
 Json ReadFromSimulator() {
     typedef size_t (*ReadFunction)(char* buffer, size_t cb);
     const HMODULE api = GetModuleHandleW(L"clusapi.dll");
@@ -299,9 +320,10 @@ ModelSettings::ModelSettings() {
     DeleteLeftKeys();
     const BundledComputer* const bundled = BundledComputerInUse();
     const bool isWholeComputer = IsReplaying() || bundled != nullptr; // which tells also that the product is not there
-    const Json settings = IsReplaying()        ? ReplayedSettings()
-                          : bundled != nullptr ? bundled->settings
-                                               : ReadFromSimulator();
+    const Json settings = IsReplaying()                      ? ReplayedSettings()
+                          : bundled != nullptr               ? bundled->settings
+                          : ClusterInUse() == Answering::Vcs ? ReadFromVcs()
+                                                             : ReadFromSimulator();
     SetLastError(lastError);
     if (settings.is_null() && !isWholeComputer) {
         return;

@@ -1,4 +1,4 @@
-// The product's settings in a model of the cluster simulator: written by a snapshot, and in force while such a model
+// The product's settings in a model of either simulator: written by a snapshot, and in force while such a model
 // answers, whatever the registry of this computer holds.
 #ifndef CLUSCTL_MODELSETTINGS_H
 #define CLUSCTL_MODELSETTINGS_H

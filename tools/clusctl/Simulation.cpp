@@ -97,7 +97,8 @@ bool Simulation::HasAnswered(bool hasRunTools) const {
     if (IsReplaying()) {
         return ModelSettings::AreInForce() || HasReplayed();
     }
-    return m_asked == Answering::Vcs ? hasRunTools && IsVcsSimulated() : HasClusterSimulatorAnswered();
+    return m_asked == Answering::Vcs ? ModelSettings::AreInForce() || (hasRunTools && IsVcsSimulated())
+                                     : HasClusterSimulatorAnswered();
 }
 
 const wchar_t* Simulation::Variable() const {

@@ -257,7 +257,13 @@ private:
                 m_names.Rename(part.document);
             } else if (part.name == std::string(BundleFiles::MainCf) + StatesSuffix) {
                 Json states = common::ParseJson(part.text);
+                Json settings = states.value("settings", Json());
+                states.erase("settings"); // whose names are those of the registry
                 m_names.RenameKeys(states);
+                if (!settings.is_null()) {
+                    m_names.Rename(settings);
+                    states["settings"] = std::move(settings);
+                }
                 part.text = common::DumpJson(states);
             } else {
                 part.text = m_names.Renamed(part.text);

@@ -1,6 +1,7 @@
 #include "VcsModel.h"
 
 #include "MainCfText.h"
+#include "ModelSettings.h"
 #include "Replay.h"
 #include "ShownStates.h"
 #include "Text.h"
@@ -116,7 +117,12 @@ public:
         if (own.empty() || !Copy(own)) {
             Make();
         }
-        m_model.files.push_back({StateName, common::DumpJson(StatesJson(m_shown))});
+        Json states = StatesJson(m_shown);
+        const Json settings = ReadProductSettings();
+        if (!settings.empty()) {
+            states["settings"] = settings;
+        }
+        m_model.files.push_back({StateName, common::DumpJson(states)});
         m_model.systems = ObjectsIn(m_shown.systems).size();
         m_model.groups = ObjectsIn(m_shown.groups).size();
         m_model.resources = ObjectsIn(m_shown.resources).size();

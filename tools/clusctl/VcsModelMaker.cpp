@@ -312,6 +312,9 @@ Json VcsModelMaker::States(const ShownConfiguration& shown) const {
                 begin == std::string::npos ? std::string() : row.value.substr(begin, end + 1 - begin);
         }
     }
+    if (m_recording.header.settings.is_object()) {
+        states["settings"] = m_recording.header.settings;
+    }
     return states;
 }
 

@@ -251,8 +251,7 @@ ExitCode Execute(CommandLine& commandLine, const Stream& output, const Stream& e
     std::unique_ptr<ModelSettings> settings; // in force until the answer is shown
     Report report;
     try {
-        if ((commandLine.Asked() == Answering::FailoverCluster && !AsksNone(commandLine)) ||
-            BundledComputerInUse() != nullptr) {
+        if (!AsksNone(commandLine) || BundledComputerInUse() != nullptr) {
             settings = std::make_unique<ModelSettings>();
         }
         std::vector<VcsToolFile> tools;
