@@ -5,6 +5,9 @@
 #include "VcsServers.h"
 #include "VcsTools.h"
 
+#include "common/Text.h"
+#include "picture/SystemsUnder.h"
+
 #include <clus_VeritasCluster.h>
 
 #include <algorithm>
@@ -14,8 +17,6 @@ namespace {
 
 const wchar_t SystemStateAttribute[] = L"SysState";
 const wchar_t RunningState[] = L"RUNNING";
-const char Running[] = "running";
-const char NotRunning[] = "not running";
 
 VcsNames ListSystemsIn(const LogCapture& log, const wchar_t* state) {
     return ListVcsNames(log, &CVeritasCluster::EnumSystemNames, "systems", {{SystemStateAttribute, state}});
@@ -43,6 +44,11 @@ std::vector<picture::Node> ReadVcsSystems(const LogCapture& log, const VcsNames&
     return systems;
 }
 
+std::string SaidToBeOn(const std::string& group, const std::string& state, const std::string& system) {
+    return "the group " + Quoted(group) + " is said to be " + state + " on the system " + Quoted(system) +
+           ", which is " + picture::NotRunning;
+}
+
 Json RunningSystems::StateUnder(const std::wstring& group, const GroupState& state) {
     if (state.system.empty()) {
         return Json();
@@ -60,12 +66,11 @@ Json RunningSystems::StateUnder(const std::wstring& group, const GroupState& sta
         }
     }
     if (!m_running) {
-        return "unknown";
+        return picture::RunningUnknown;
     }
     if (Contains(*m_running, state.system)) {
-        return Running;
+        return picture::Running;
     }
-    m_report.AddWarning("the group " + Quoted(group) + " is said to be " + state.word + " on the system " +
-                        Quoted(state.system) + ", which is " + NotRunning);
-    return NotRunning;
+    m_report.AddWarning(SaidToBeOn(common::ToUtf8(group), state.word, common::ToUtf8(state.system)));
+    return picture::NotRunning;
 }

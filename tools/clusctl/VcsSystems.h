@@ -17,6 +17,9 @@
 // The states of these systems. Throws Failure when VCS does not tell.
 std::vector<picture::Node> ReadVcsSystems(const LogCapture& log, const VcsNames& names);
 
+// Of a system that does not run: what VCS shows of it is from before.
+std::string SaidToBeOn(const std::string& group, const std::string& state, const std::string& system);
+
 // Whether the systems run that groups are said to be on. VCS is asked once, when the first of them is on one.
 class RunningSystems {
 public:
