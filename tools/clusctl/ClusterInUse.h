@@ -4,6 +4,8 @@
 
 #include "Simulation.h"
 
+#include <string>
+
 // For this process, once: the kind of cluster that `asked` means. Answering::Either is the kind of the model of --model
 // (`model`, empty without one), or of the simulated cluster that the environment names; else VCS when the product is
 // configured for it, or when its tools are on the search path and no failover cluster answers; else a failover cluster,
@@ -13,5 +15,8 @@ Answering ChooseCluster(Answering asked, const std::wstring& model);
 
 // What was chosen.
 Answering ClusterInUse();
+
+// Why, as a part of a sentence; empty when the product's settings alone say so, or every failover cluster would do.
+const std::string& WhyClusterInUse();
 
 #endif

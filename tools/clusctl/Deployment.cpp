@@ -1,5 +1,6 @@
 #include "Deployment.h"
 
+#include "ClusterInUse.h"
 #include "CommandLine.h"
 #include "ModelSettings.h"
 #include "Text.h"
@@ -11,6 +12,8 @@
 namespace {
 
 const char ExplainOption[] = "--explain";
+const char ExplainDescription[] =
+    "Say which deployment of the product the answer is for, and which registry values make it so";
 
 const Columns DeploymentTitles = {{"kind", "Deployment"}, {"reason", "Because"}};
 
@@ -28,11 +31,33 @@ std::string NumberSentence(HKEY key, const wchar_t* name) {
                                          : Quoted(std::wstring(name)) + " is not set";
 }
 
+std::string CannotBeOpened(const std::string& key, LSTATUS code) {
+    return "the product's registry key " + key + " cannot be opened: " + ErrorText(static_cast<unsigned long>(code));
+}
+
+// The library goes by the compiled-in key, and only reads it.
+Deployment ReadVcsDeployment() {
+    HKEY key = nullptr;
+    const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, CompiledInProductKey, 0, KEY_READ, &key);
+    const std::string name = "HKEY_LOCAL_MACHINE\\" + Printable(CompiledInProductKey);
+    std::string value;
+    if (code == ERROR_SUCCESS) {
+        value = NumberSentence(key, L"ThirdPartyClusterType") + " in " + name;
+        RegCloseKey(key);
+    } else {
+        value = CannotBeOpened(name, code);
+    }
+    return {"vcs", WhyClusterInUse().empty() ? value : WhyClusterInUse() + "; " + value};
+}
+
 } // namespace
 
 void AddExplain(CLI::App& command, bool& isExplained) {
-    command.add_flag(ExplainOption, isExplained,
-                     "Say which deployment of the product the answer is for, and which registry values make it so");
+    command.add_flag(ExplainOption, isExplained, ExplainDescription);
+}
+
+CLI::Option& AddExplain(CLI::App& command) {
+    return *command.add_flag(ExplainOption, ExplainDescription);
 }
 
 const char* KindOfCluster(int quorumMode) {
@@ -47,6 +72,9 @@ const char* KindOfCluster(int quorumMode) {
 }
 
 Deployment ReadDeployment() {
+    if (ClusterInUse() == Answering::Vcs) {
+        return ReadVcsDeployment();
+    }
     const std::wstring path = CVirtualServerUtil::GetProductRegistryKey();
     const bool isCluster = CVirtualServerUtil::CheckIsClusterByRegKey();
     const char* kind = isCluster ? KindOfCluster(CVirtualServerUtil::GetClusterQuorumModeByRegKey()) : "plain-server";
@@ -55,12 +83,19 @@ Deployment ReadDeployment() {
     const LSTATUS code = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key);
     const std::string name = "HKEY_LOCAL_MACHINE\\" + Printable(ProductKey());
     if (code != ERROR_SUCCESS) {
-        return {kind, "the product's registry key " + name +
-                          " cannot be opened: " + ErrorText(static_cast<unsigned long>(code))};
+        return {kind, CannotBeOpened(name, code)};
     }
     const std::string values = NumberSentence(key, L"IsCluster") + " and " + NumberSentence(key, L"ClusterQuorumMode");
     RegCloseKey(key);
     return {kind, values + " in " + name};
+}
+
+Deployment DeploymentAsked() {
+    Deployment deployment = ReadDeployment();
+    if (ClusterInUse() == Answering::FailoverCluster && !WhyClusterInUse().empty()) {
+        deployment.reason += "; " + WhyClusterInUse();
+    }
+    return deployment;
 }
 
 bool DependsOnDeployment(const CLI::App& command) {
@@ -74,7 +109,7 @@ bool IsExplained(const CLI::App& command) {
 Deployment DeploymentOf(const CLI::App& command) {
     const CLI::Option* const mode = command.get_option_no_throw("--mode");
     if (mode == nullptr || mode->count() == 0) {
-        return ReadDeployment();
+        return DeploymentAsked();
     }
     return {KindOfCluster(mode->results().front() == "ccr" ? CVirtualServerUtil::CLUSTER_QUORUM_CCR
                                                            : CVirtualServerUtil::CLUSTER_QUORUM_SINGLE_COPY),

@@ -1,6 +1,7 @@
 #include "PictureCommands.h"
 
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "PictureJson.h"
 #include "ReadPicture.h"
 #include "Text.h"
@@ -219,6 +220,7 @@ void AddPictureCommands(CommandLine& commandLine) {
                                      [wanted](const LogCapture& log) { return Tree(log, *wanted); });
     CommandLine::AddText(tree, "GROUP|RESOURCE", *wanted, "GROUP|RESOURCE",
                          "Only the resources of this group, or this resource: what it depends on, and what needs it");
+    AddExplain(tree);
 
     const auto options = std::make_shared<GraphOptions>();
     CLI::App& graph = commandLine.Add(headings::TheCluster, "graph", "Draw what depends on what",
@@ -226,4 +228,5 @@ void AddPictureCommands(CommandLine& commandLine) {
     CommandLine::AddText(graph, "GROUP", options->group, "GROUP", "Only this group");
     CommandLine::AddChoice(graph, "--format", options->format, {"svg", "dot", "mermaid"},
                            "A picture, which is what it is without this option, or text for Graphviz or Mermaid");
+    AddExplain(graph);
 }

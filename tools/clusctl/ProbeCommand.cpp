@@ -1,6 +1,7 @@
 // clusctl probe.
 #include "CommandLine.h"
 #include "ClusterInUse.h"
+#include "Deployment.h"
 #include "LogCapture.h"
 #include "Probe.h"
 #include "Report.h"
@@ -75,4 +76,5 @@ void AddProbeCommand(CommandLine& commandLine) {
                         [options](const LogCapture& log) { return Probe(log, *options); });
     CommandLine::AddText(command, "FILE", options->file, "FILE", "Also write the answers to a file, as JSON");
     command.add_flag("--show-names", options->showsNames, "Name the objects at which something was seen");
+    AddExplain(command);
 }

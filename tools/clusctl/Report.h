@@ -32,6 +32,9 @@ public:
 
     // A value that only the JSON form shows.
     void AddMember(const char* key, Json value);
+    bool Has(const char* key) const {
+        return m_document.contains(key);
+    }
 
     // A document that is printed as it is, in both forms, with the warnings of another report.
     static Report Verbatim(Json document, const Report& warned);

@@ -2,6 +2,7 @@
 
 #include "ClusterInUse.h"
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "Doctor.h"
 #include "NewFile.h"
 #include "ReportPage.h"
@@ -51,4 +52,5 @@ void AddReportCommand(CommandLine& commandLine) {
         .required()
         // Commands of VCS do not run where the user is.
         ->transform([](const std::string& text) { return common::ToUtf8(common::FullPath(common::ToUtf16(text))); });
+    AddExplain(report);
 }

@@ -203,6 +203,7 @@ void AddServerCommands(CommandLine& commandLine) {
         .required();
     AddExplain(instances, *areExplained);
 
-    commandLine.Add(headings::ServersHere, "store-online", "Tell whether an Exchange store is online on this node",
-                    [](const LogCapture&) { return StoreOnline(); });
+    AddExplain(commandLine.Add(headings::ServersHere, "store-online",
+                               "Tell whether an Exchange store is online on this node",
+                               [](const LogCapture&) { return StoreOnline(); }));
 }

@@ -9,6 +9,7 @@
 #include "ThisComputer.h"
 
 #include "common/Text.h"
+#include "picture/SystemsUnder.h"
 
 #include <clus_VirtualServerUtil.h>
 
@@ -29,9 +30,9 @@ Json ProblemRecords(const Health& health) {
     return records;
 }
 
-Json ServerRecords(const Health& health) {
+Json ServerRecords(const Status& status) {
     Json records = Json::array();
-    for (const VirtualServer& server : health.servers) {
+    for (const VirtualServer& server : status.health.servers) {
         Json parts = Json::array();
         for (const ProductPart& part : server.parts) {
             parts.push_back(
@@ -41,6 +42,7 @@ Json ServerRecords(const Health& health) {
                            {"group", server.group},
                            {"state", server.state},
                            {"node", TextOrNull(server.node)},
+                           {"nodeState", TextOrNull(RunningUnder(status.cluster, server.node))},
                            {"level", NameOf(server.level)},
                            {"product", server.product},
                            {"inOrder", server.isInOrder},
@@ -143,6 +145,7 @@ Json StatusJson(const Status& status) {
     Json groups = Json::array();
     for (const Group& group : status.cluster.groups) {
         groups.push_back(GroupRecord(group));
+        groups.back()["nodeState"] = TextOrNull(RunningUnder(status.cluster, group.node));
     }
     return {{"cluster", ClusterJson(status.cluster)},
             {"health",
@@ -150,7 +153,7 @@ Json StatusJson(const Status& status) {
               {"problems", ProblemRecords(status.health)},
               {"resourcesFailed", status.health.resourcesFailed},
               {"resourcesPending", status.health.resourcesPending}}},
-            {"servers", ServerRecords(status.health)},
+            {"servers", ServerRecords(status)},
             {"nodes", NodeRecords(status.cluster)},
             {"groups", std::move(groups)}};
 }

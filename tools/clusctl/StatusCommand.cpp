@@ -1,10 +1,14 @@
 #include "StatusCommand.h"
 
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "Status.h"
 #include "StatusText.h"
 #include "StatusWatch.h"
 #include "Text.h"
+#include "VcsSystems.h"
+
+#include "picture/SystemsUnder.h"
 
 #include <CLI/CLI.hpp>
 
@@ -77,6 +81,11 @@ Report Once(const LogCapture& log) {
     }
     report.AddSentence("cluster", document["cluster"],
                        PageText(StatusPage(status.cluster, status.health), WantsColour()));
+    for (const Group& group : status.cluster.groups) {
+        if (RunningUnder(status.cluster, group.node) == NotRunning) {
+            report.AddWarning(SaidToBeOn(group.name, group.state, group.node));
+        }
+    }
     return report;
 }
 
@@ -135,9 +144,12 @@ void AddStatusCommand(CommandLine& commandLine) {
                                               "to 4294967, 5 without a number; Ctrl+C ends")
             ->type_name("[SECONDS]")
             ->expected(0, 1);
-    status
-        .add_flag(CheckOption, options->isCheck,
-                  "For monitoring systems: one line with figures, and as exit code 0 for ok, 1 for a warning, 2 for "
-                  "critical, 3 for unknown")
-        ->excludes(watch);
+    CLI::Option* const check =
+        status
+            .add_flag(
+                CheckOption, options->isCheck,
+                "For monitoring systems: one line with figures, and as exit code 0 for ok, 1 for a warning, 2 for "
+                "critical, 3 for unknown")
+            ->excludes(watch);
+    AddExplain(status).excludes(watch)->excludes(check);
 }

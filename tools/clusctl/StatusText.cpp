@@ -3,6 +3,7 @@
 #include "Stream.h"
 #include "Text.h"
 
+#include "picture/SystemsUnder.h"
 #include "picture/TextWidth.h"
 
 #include "common/Environment.h"
@@ -30,6 +31,10 @@ const char* StyleOf(Level level) {
 
 std::string OrDash(const std::string& text) {
     return text.empty() ? "-" : Printable(text);
+}
+
+std::string Place(const ClusterPicture& cluster, const std::string& node) {
+    return OrDash(node) + (RunningUnder(cluster, node) == NotRunning ? std::string(" (") + NotRunning + ")" : "");
 }
 
 class Table {
@@ -77,7 +82,7 @@ void AddProblems(const Health& health, std::vector<StyledLine>& lines) {
     table.AppendTo(lines);
 }
 
-void AddServers(const Health& health, std::vector<StyledLine>& lines) {
+void AddServers(const ClusterPicture& cluster, const Health& health, std::vector<StyledLine>& lines) {
     lines.push_back({});
     if (health.servers.empty()) {
         lines.push_back({"There is no Exchange virtual server.", ""});
@@ -86,7 +91,7 @@ void AddServers(const Health& health, std::vector<StyledLine>& lines) {
     Table table;
     table.Add({"VIRTUAL SERVER", "GROUP", "STATE", "NODE", "PRODUCT"}, Styles::Bold);
     for (const VirtualServer& server : health.servers) {
-        table.Add({Printable(server.name), Printable(server.group), server.state, OrDash(server.node),
+        table.Add({Printable(server.name), Printable(server.group), server.state, Place(cluster, server.node),
                    server.product + (server.isInOrder ? "" : ", not in order")},
                   StyleOf(server.level));
     }
@@ -112,7 +117,7 @@ void AddOtherGroups(const ClusterPicture& cluster, const Health& health, std::ve
                                           [&group](const VirtualServer& server) { return server.group == group.name; });
         if (!isServer) {
             hasOne = true;
-            table.Add({Printable(group.name), group.state, OrDash(group.node)},
+            table.Add({Printable(group.name), group.state, Place(cluster, group.node)},
                       group.condition == Condition::Failed ? Styles::Red : "");
         }
     }
@@ -131,7 +136,7 @@ std::vector<StyledLine> StatusPage(const ClusterPicture& cluster, const Health& 
     std::vector<StyledLine> lines;
     lines.push_back({Headline(cluster, health), health.level == Level::Ok ? Styles::Green : StyleOf(health.level)});
     AddProblems(health, lines);
-    AddServers(health, lines);
+    AddServers(cluster, health, lines);
     AddNodes(cluster, lines);
     AddOtherGroups(cluster, health, lines);
     return lines;

@@ -2,6 +2,7 @@
 
 #include "ClusterInUse.h"
 #include "ClusterNotices.h"
+#include "Deployment.h"
 #include "Interruption.h"
 #include "Simulation.h"
 #include "Status.h"
@@ -103,6 +104,7 @@ public:
             const Simulation simulation(ClusterInUse());
             Json line = {{"time", common::UtcNow()}};
             line.update(StatusJson(status));
+            line["deployment"] = DeploymentJson(DeploymentAsked());
             line["simulated"] = TextOrNull(simulation.HasAnswered(true) ? simulation.File() : std::wstring());
             Write(line);
             m_hasBegun = true;

@@ -1,5 +1,6 @@
 // "vcs systems", "vcs deps", "vcs attribute" and the like: what VCS answers.
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsConditions.h"
@@ -248,6 +249,7 @@ void AddOnlineNode(CommandLine& commandLine, CLI::App& family) {
         [group, acceptsPartial](const LogCapture& log) { return OnlineNode(log, *group, *acceptsPartial); });
     CommandLine::AddVcsName(command, "GROUP", *group, "GROUP", "The service group").required();
     command.add_flag("--partial", *acceptsPartial, "A system on which the group is partly online will do");
+    AddExplain(command);
 }
 
 } // namespace

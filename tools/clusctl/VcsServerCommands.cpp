@@ -1,5 +1,6 @@
 // "vcs servers", "vcs storage": the Exchange virtual servers on VCS and their storage.
 #include "CommandLine.h"
+#include "Deployment.h"
 #include "Text.h"
 #include "VcsCommands.h"
 #include "VcsServers.h"
@@ -148,6 +149,7 @@ void AddVcsServerCommands(CommandLine& commandLine, CLI::App& family) {
     CommandLine::AddText(servers, "--name", wanted->networkName, "NETWORK-NAME",
                          "The virtual server with this network name, in place of a group")
         .excludes(&group);
+    AddExplain(servers);
 
     const auto owner = std::make_shared<std::wstring>();
     CLI::App& storage =

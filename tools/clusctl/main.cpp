@@ -74,6 +74,23 @@ Report BelievedIn(const CommandLine& commandLine, Answer& answer) {
     return report;
 }
 
+// What an answer is for, unless the command has told it itself. A drawing stands alone on standard output.
+void TellDeployment(const CommandLine& commandLine, Report& report) {
+    const CLI::App& command = *FindCommand(commandLine.Root(), commandLine.ChosenName());
+    const bool isAsked = commandLine.Shared().json || IsExplained(command);
+    if (!DependsOnDeployment(command) || !isAsked || commandLine.IsRehearsal() || IsCheck(commandLine) ||
+        report.IsPrinted() || report.Has("deployment")) {
+        return;
+    }
+    const Deployment deployment = DeploymentOf(command);
+    const bool isDrawing = report.Has("graph");
+    AddDeployment(deployment, IsExplained(command) && !isDrawing, report);
+    if (IsExplained(command) && isDrawing) {
+        Stream(STD_ERROR_HANDLE)
+            .Write(std::string("clusctl: deployment: ") + deployment.kind + ", because " + deployment.reason + "\n");
+    }
+}
+
 // "vcs product create EVS1 --rw": what the command is told to change, without its other options.
 std::string NamedCommand(const CommandLine& commandLine) {
     std::string text = commandLine.ChosenName();
@@ -136,6 +153,7 @@ Report WorkThrough(const CommandLine& commandLine, const LogCapture& log) {
     try {
         const Progress progress(log, CommandProgress(commandLine, log), Progress::Patience::UntilNothingElseIsShown);
         report = commandLine.Chosen()(log);
+        TellDeployment(commandLine, report);
     } catch (const WrongUsage&) {
         throw;
     } catch (const FailureWithReport& halfway) {
