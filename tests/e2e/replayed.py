@@ -17,7 +17,7 @@ APART = {"settings", "simulator", "missing", "replaced", "tools", "writable-tool
          "read-only-disk", "debug-log"}
 # Command lines that say something else in a recording, or nothing about a cluster: docs/testing.md says why.
 UNRECORDED = re.compile(r"--(model|log|show-secrets|help|version|show-tools)\b|STDOUT=|STDIN|CLUSSIM_FILE= |VCSSIM_MAIN_CF= ")
-UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|host|help|manual|completion|rehearse|doctor|support-bundle|report|model|probe \S+\.json)\b")
+UNRECORDED_COMMANDS = re.compile(r"(record|vcs encrypt|vcs snapshot|vcs type|host|help|manual|completion|rehearse|doctor|support-bundle|report|model|probe \S+\.json)\b")
 CLUSTERS = {"model", "vcs", "faults", "registry", "more-resources", "computer"}
 # Cases whose recordings say more than the case shows, or nothing.
 ALONE = {"deployment-not-installed",  # a replay always says that the settings are those of the recording
