@@ -42,6 +42,14 @@ std::wstring Folded(const std::wstring& text) {
     return folded;
 }
 
+bool IsSameName(const std::wstring& one, const std::wstring& other) {
+    return Folded(one) == Folded(other);
+}
+
+bool IsSameName(const std::string& one, const std::string& other) {
+    return IsSameName(ToUtf16(one), ToUtf16(other));
+}
+
 std::string HexDigits(const void* bytes, std::size_t count) {
     std::string digits(count * 2, '0');
     for (std::size_t i = 0; i < count; ++i) {

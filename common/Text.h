@@ -17,6 +17,10 @@ bool IsUtf8(const std::string& text);
 // The text in one letter case, for comparing names.
 std::wstring Folded(const std::wstring& text);
 
+// Whether two names differ in nothing but letter case, if at all. Narrow ones are UTF-8.
+bool IsSameName(const std::wstring& one, const std::wstring& other);
+bool IsSameName(const std::string& one, const std::string& other);
+
 // Two lower-case hexadecimal digits per byte.
 std::string HexDigits(const void* bytes, std::size_t count);
 

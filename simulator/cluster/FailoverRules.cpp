@@ -93,7 +93,7 @@ std::vector<const wchar_t*> RequiredTypes(const Resource& resource, const Model&
     const int generation = model.quorum == Quorum::Majority ? 2008 : model.behaviour.protocol;
     std::vector<const wchar_t*> types;
     for (const Requirement& requirement : Requirements) {
-        if (generation <= requirement.until && Folded(resource.type->name) == Folded(requirement.type)) {
+        if (generation <= requirement.until && common::IsSameName(resource.type->name, requirement.type)) {
             types.push_back(requirement.required);
         }
     }
@@ -103,7 +103,7 @@ std::vector<const wchar_t*> RequiredTypes(const Resource& resource, const Model&
 const wchar_t* MissingType(const Model& model, const Resource& resource) {
     for (const wchar_t* type : RequiredTypes(resource, model)) {
         if (std::none_of(resource.dependsOn.begin(), resource.dependsOn.end(),
-                         [type](const Resource* provider) { return Folded(provider->type->name) == Folded(type); })) {
+                         [type](const Resource* provider) { return common::IsSameName(provider->type->name, type); })) {
             return type;
         }
     }

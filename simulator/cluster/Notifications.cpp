@@ -116,7 +116,7 @@ void NotificationPort::Look(const Model* model) {
 // One is told once for each interest in it.
 void NotificationPort::Announce(unsigned long change, const std::wstring& name) {
     for (const Interest& interest : m_interests) {
-        if ((interest.filter & change) != 0 && (interest.object.empty() || Folded(interest.object) == Folded(name))) {
+        if ((interest.filter & change) != 0 && (interest.object.empty() || common::IsSameName(interest.object, name))) {
             m_waiting.push_back({change, name, interest.key});
         }
     }

@@ -218,5 +218,5 @@ BOOL WINAPI ResUtilResourceTypesEqual(LPCWSTR type, HRESOURCE resource) {
         return call.ReturnBool(false);
     }
     std::wstring itsType;
-    return call.ReturnBool(type && resource && TypeOf(resource, itsType) && Folded(itsType) == Folded(type));
+    return call.ReturnBool(type && resource && TypeOf(resource, itsType) && common::IsSameName(itsType, type));
 }

@@ -1,23 +1,9 @@
 #include "SimulatedTool.h"
 
 #include "Tools.h"
+#include "Words.h"
 
 #include <algorithm>
-#include <sstream>
-#include <vector>
-
-namespace {
-
-std::vector<std::string> Split(const std::string& text) {
-    std::istringstream stream(text);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;) {
-        words.push_back(word);
-    }
-    return words;
-}
-
-} // namespace
 
 ToolOutput RunSimulatedTool(const std::wstring& mainCf, const vcssim::Options& options, const std::string& tool,
                             const std::string& arguments) {
@@ -28,7 +14,7 @@ ToolOutput RunSimulatedTool(const std::wstring& mainCf, const vcssim::Options& o
         vcssim::Store store{vcssim::ClusterFiles(mainCf)};
         vcssim::Cluster cluster = store.Load();
         vcssim::Context context = {cluster, store, output};
-        vcssim::RunTool(context, tool, vcssim::Arguments(Split(arguments)));
+        vcssim::RunTool(context, tool, vcssim::Arguments(harness::Words(arguments)));
         store.Save(cluster);
     }
     ToolOutput answer;

@@ -5,6 +5,7 @@
 
 using common::Folded;
 using common::HexDigits;
+using common::IsSameName;
 using common::IsUtf8;
 using common::ToUtf16;
 using common::ToUtf8;
@@ -69,6 +70,13 @@ TEST(Text, IsFoldedForComparing) {
     EXPECT_EQ(Folded(L"B\u00fcro \u00e9t\u00e9"), Folded(L"b\u00dcRO \u00c9T\u00c9"));
     EXPECT_NE(Folded(L"b\u00fcro"), Folded(L"buro"));
     EXPECT_EQ(Folded(std::wstring(L"a\0b", 3)), std::wstring(L"A\0B", 3));
+}
+
+TEST(Text, NamesAreTheSameInAnyLetterCase) {
+    EXPECT_TRUE(IsSameName(L"B\u00fcro 1", L"b\u00dcRO 1"));
+    EXPECT_FALSE(IsSameName(L"B\u00fcro 1", L"B\u00fcro 11"));
+    EXPECT_TRUE(IsSameName("B\xC3\xBCro 1", "b\xC3\x9CRO 1"));
+    EXPECT_FALSE(IsSameName("B\xC3\xBCro", "Buro"));
 }
 
 TEST(Text, BytesAreShownInDigits) {

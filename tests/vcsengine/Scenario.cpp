@@ -1,6 +1,7 @@
 #include "Scenario.h"
 
 #include "EngineInput.h"
+#include "Words.h"
 
 #include <memory>
 #include <sstream>
@@ -10,18 +11,10 @@ namespace scenario {
 
 namespace {
 
+using harness::Words;
 using vcssim::Cluster;
 using vcssim::ClusterEngine;
 using vcssim::NoPlace;
-
-std::vector<std::string> Words(const std::string& line) {
-    std::istringstream stream(line);
-    std::vector<std::string> words;
-    for (std::string word; stream >> word;) {
-        words.push_back(word);
-    }
-    return words;
-}
 
 class Player {
 public:

@@ -1,8 +1,7 @@
 #include "ToolTest.h"
 
+#include "Words.h"
 #include "common/Files.h"
-
-#include <sstream>
 
 const char* const ToolTest::Sample = "include \"types.cf\"\n"
                                      "\n"
@@ -79,13 +78,7 @@ bool ToolTest::HasFile(const std::wstring& suffix) const {
 }
 
 std::string ToolTest::Run(const std::string& tool, const std::string& arguments) {
-    std::istringstream stream(arguments);
-    std::vector<std::string> split;
-    std::string argument;
-    while (stream >> argument) {
-        split.push_back(argument);
-    }
-    return RunWith(tool, split);
+    return RunWith(tool, harness::Words(arguments));
 }
 
 std::string ToolTest::RunWith(const std::string& tool, const std::vector<std::string>& arguments) {

@@ -133,8 +133,7 @@ private:
 
     Json StateOf(const std::string& owner) const {
         for (const Json& node : m_nodes) {
-            if (common::Folded(common::ToUtf16(node["name"].get<std::string>())) ==
-                common::Folded(common::ToUtf16(owner))) {
+            if (common::IsSameName(node["name"].get<std::string>(), owner)) {
                 return node["state"];
             }
         }

@@ -175,7 +175,7 @@ bool RequirePathOnDisk(const CCluster& cluster, const std::wstring& diskName, co
         throw Failure(Errors::NotPossible, notThere + ", whose paths are " + known);
     }
     for (const std::wstring& other : mounted) {
-        if (common::Folded(other) != common::Folded(diskName)) {
+        if (!common::IsSameName(other, diskName)) {
             const std::wstring below = DeepestOf(FoldersHere(cluster, other), full);
             if (below.size() > deepest.size()) {
                 throw Failure(Errors::NotPossible,
@@ -204,7 +204,7 @@ void RequireDisk(const CCluster& cluster, const std::wstring& name, const std::w
     if (state == ClusterResourceStateUnknown) {
         throw Failure::OfCode("cannot read the state of " + Quoted(name), GetLastError(), Errors::Incomplete);
     }
-    if (common::Folded(group) != common::Folded(serverGroup)) {
+    if (!common::IsSameName(group, serverGroup)) {
         throw Failure(Errors::NotPossible, "the disk " + Quoted(name) + " is in the group " + Quoted(group) +
                                                ", not in that of the virtual server, " + Quoted(serverGroup));
     }

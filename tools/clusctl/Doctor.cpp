@@ -98,7 +98,3 @@ std::string AsSentence(const std::string& message) {
     }
     return text + ".";
 }
-
-bool IsSameName(const std::wstring& one, const std::wstring& other) {
-    return common::Folded(one) == common::Folded(other);
-}

@@ -25,7 +25,7 @@ const wchar_t* const ServerTypes[] = {clus::SingleCopyType, clus::CcrType, clus:
                                       clus::SystemAttendantType};
 
 bool IsOneOf(const wchar_t* const* begin, const wchar_t* const* end, const std::wstring& type) {
-    return std::any_of(begin, end, [&type](const wchar_t* other) { return IsSameName(type, other); });
+    return std::any_of(begin, end, [&type](const wchar_t* other) { return common::IsSameName(type, other); });
 }
 
 void DiagnosePlainServer(const std::wstring& wanted, Findings& findings) {
@@ -61,7 +61,7 @@ void DiagnoseThisNode(const Json& nodes, Findings& findings) {
             findings.Add("node-name", Printable(name), "The cluster spells this node as the computer is called.");
             return;
         }
-        if (IsSameName(name, computer)) {
+        if (common::IsSameName(name, computer)) {
             findings.Add("node-name-case", Printable(name),
                          "The computer is called " + Quoted(computer) + ": letter case differs.",
                          "let the node leave the cluster and join it again under the name " + Printable(computer));
@@ -106,7 +106,7 @@ void DiagnoseTypes(const CCluster& cluster, const std::vector<Json>& resources, 
     for (const Json& resource : resources) {
         const std::wstring type = TextMember(resource, "type");
         for (const wchar_t* const known : ComparedTypes) {
-            if (type != known && IsSameName(type, known)) {
+            if (type != known && common::IsSameName(type, known)) {
                 findings.SetGroup(TextMember(resource, "group"));
                 findings.Add("type-case", Printable(TextMember(resource, "name")),
                              "Its type is " + Quoted(type) + ", not " + Quoted(std::wstring(known)) + ".",
@@ -195,12 +195,12 @@ void TellUnreadNames(const CCluster& cluster, const ServerGroup& group, Findings
 
 // Whether it is the group of that name, or one with a Network Name resource of it.
 bool IsWanted(const CCluster& cluster, const ServerGroup& group, const std::wstring& wanted) {
-    if (wanted.empty() || IsSameName(group.name, wanted)) {
+    if (wanted.empty() || common::IsSameName(group.name, wanted)) {
         return true;
     }
     return std::any_of(group.members.begin(), group.members.end(), [&](const Json& member) {
         std::wstring networkName;
-        return ReadNetworkName(cluster, member, networkName) && IsSameName(networkName, wanted);
+        return ReadNetworkName(cluster, member, networkName) && common::IsSameName(networkName, wanted);
     });
 }
 

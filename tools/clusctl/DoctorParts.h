@@ -94,7 +94,4 @@ std::wstring TextMember(const Json& record, const char* member);
 // A message of this tool as one line that begins with a capital and ends with a full stop.
 std::string AsSentence(const std::string& message);
 
-// Whether two names differ in nothing but letter case, if at all.
-bool IsSameName(const std::wstring& one, const std::wstring& other);
-
 #endif

@@ -16,7 +16,7 @@
 
 namespace {
 
-const size_t LongestDataPath = 511; // of the library's record
+const size_t LongestDataPath = sizeof(CClusterVirtualServerInfo::m_wsDataPath) / sizeof(wchar_t) - 1;
 
 bool Contains(const Names& names, const std::wstring& name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -226,7 +226,7 @@ private:
         if (owner.empty()) {
             AddQuestion("owner-unread", name, "The cluster does not tell its owner.",
                         "clusctl resources " + Quoted(name));
-        } else if (IsSameName(owner, computer)) {
+        } else if (common::IsSameName(owner, computer)) {
             Add("owner-case", name,
                 "The cluster calls its owner " + Quoted(owner) + ", and this computer is " + Quoted(computer) + ".",
                 "let the node leave the cluster and join it again under the name " + Printable(computer));

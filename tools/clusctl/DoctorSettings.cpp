@@ -8,6 +8,7 @@
 #include "Text.h"
 
 #include "common/Files.h"
+#include "common/Text.h"
 #include "core/SettingsFile.h"
 
 #include <clus_VirtualServerUtil.h>
@@ -223,7 +224,7 @@ void DiagnoseDataRoot(const std::wstring& path, Findings& findings) {
     const KeyLook look(key, compiledIn, findings);
     const Value root = look.Read(L"DataRootPath", false, LongText);
     RegCloseKey(key);
-    if (root.IsThere() && !IsSameName(path, compiledIn)) {
+    if (root.IsThere() && !common::IsSameName(path, compiledIn)) {
         findings.Add("data-root-other-key", "DataRootPath",
                      "It is read from " + Quoted(L"HKLM\\" + compiledIn) + ", not from the key that the file names.");
     }

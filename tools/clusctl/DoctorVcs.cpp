@@ -12,6 +12,7 @@
 #include "VcsTools.h"
 
 #include "common/Files.h"
+#include "common/Text.h"
 #include "core/VeritasNames.h"
 
 #include <clus_VirtualServerUtil.h>
@@ -46,7 +47,7 @@ bool LookAtTools(bool allowsWritable, Findings& findings) {
                              (version.empty() ? std::string(".") : ", of version " + version + "."));
         }
         const std::wstring planted = VcsFolder::CallersFolder() + L"\\" + tool.tool + L".exe";
-        if (common::FileExists(planted) && !IsSameName(planted, tool.path)) {
+        if (common::FileExists(planted) && !common::IsSameName(planted, tool.path)) {
             findings.Add("vcs-tool-current-folder", Printable(tool.tool),
                          "There is another one in the current folder: " + QuotedPath(planted) + ".",
                          "del " + QuotedPath(planted));
@@ -125,7 +126,7 @@ void LookAtOtherGroups(const LogCapture& log, const std::vector<CVeritasVirtualS
     for (const std::wstring& group : ListVcsGroups(log)) {
         const bool isServer = std::any_of(servers.begin(), servers.end(),
                                           [&group](const auto& server) { return server.sGroupName == group; });
-        if (isServer || (!wanted.empty() && !IsSameName(group, wanted))) {
+        if (isServer || (!wanted.empty() && !common::IsSameName(group, wanted))) {
             continue;
         }
         const VcsNames resources = ListVcsNames(log, &CVeritasCluster::EnumResourceNamesW, "resources",
@@ -143,12 +144,12 @@ void LookAtOtherGroups(const LogCapture& log, const std::vector<CVeritasVirtualS
 }
 
 bool IsWanted(const CVeritasVirtualServerInfo& server, const std::wstring& wanted) {
-    if (wanted.empty() || IsSameName(server.sGroupName, wanted)) {
+    if (wanted.empty() || common::IsSameName(server.sGroupName, wanted)) {
         return true;
     }
     const Json name =
         server.sLanmanResName.empty() ? Json() : ReadVcsAttribute(server.sLanmanResName, VirtualNameAttribute);
-    return name.is_string() && IsSameName(common::ToUtf16(name.get<std::string>()), wanted);
+    return name.is_string() && common::IsSameName(common::ToUtf16(name.get<std::string>()), wanted);
 }
 
 void LookAtServers(const LogCapture& log, const ClusterHealth& health, const std::wstring& wanted, Findings& findings) {

@@ -17,13 +17,10 @@ const unsigned MajorVersionOf2008 = 6;
 
 } // namespace
 
-bool IsSameName(const std::string& first, const std::string& second) {
-    return common::Folded(common::ToUtf16(first)) == common::Folded(common::ToUtf16(second));
-}
-
 const RecordedObject* Find(const std::vector<RecordedObject>& objects, const std::string& name) {
-    const auto found = std::find_if(objects.begin(), objects.end(),
-                                    [&name](const RecordedObject& object) { return IsSameName(object.name, name); });
+    const auto found = std::find_if(objects.begin(), objects.end(), [&name](const RecordedObject& object) {
+        return common::IsSameName(object.name, name);
+    });
     return found == objects.end() ? nullptr : &*found;
 }
 

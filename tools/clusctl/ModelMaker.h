@@ -55,7 +55,6 @@ private:
 };
 
 // In any letter case; null when there is none.
-bool IsSameName(const std::string& first, const std::string& second);
 const RecordedObject* Find(const std::vector<RecordedObject>& objects, const std::string& name);
 
 #endif

@@ -94,7 +94,7 @@ void ModelMaker::AddRelated(const RecordedObject& resource, Json& model) {
         for (const Json& name : dependencies) {
             const RecordedObject* const other = Find(m_cluster.Of(RecordedKind::Resource), name.get<std::string>());
             const std::string group = model["group"].get<std::string>();
-            if (other != nullptr && IsSameName(other->Text("group"), group)) {
+            if (other != nullptr && common::IsSameName(other->Text("group"), group)) {
                 within.push_back(name);
             } else {
                 Miss("the recording does not tell that " + Quoted(name.get<std::string>()) + " is in the group " +

@@ -33,8 +33,7 @@ Json ReadResourcesHere(const CCluster& cluster, const std::wstring& type, Report
     for (const std::wstring& group : ListNames(cluster, CCluster::CCLUSTER_OBJ_GROUP)) {
         for (const std::wstring& name : ListMembersHere(cluster, group, report)) {
             const Json found = ReadResourceType(cluster, name, report);
-            if (found.is_string() &&
-                common::Folded(common::ToUtf16(found.get<std::string>())) == common::Folded(type)) {
+            if (found.is_string() && common::IsSameName(common::ToUtf16(found.get<std::string>()), type)) {
                 records.push_back(ReadResource(cluster, name, ResourceParts::Line, report));
             }
         }

@@ -149,7 +149,7 @@ KilledRuns::KilledRuns(const std::wstring* model) {
         try {
             const Json mark = Json::parse(common::ReadWholeFile(folder + name));
             const std::wstring changed = ModelOf(mark);
-            if (model != nullptr && mark.contains(ModelMember) && common::Folded(changed) != common::Folded(*model)) {
+            if (model != nullptr && mark.contains(ModelMember) && !common::IsSameName(changed, *model)) {
                 continue;
             }
             if (!changed.empty() && IsGone(changed)) {

@@ -40,7 +40,7 @@ void RequireNamesReadable(const CCluster& cluster, const std::wstring& server) {
             }
             // The library looks for the name in capitals.
             const std::wstring networkName = clus::TextInBuffer(answer.data(), answer.size(), 0);
-            if (common::Folded(networkName) == common::Folded(server)) {
+            if (common::IsSameName(networkName, server)) {
                 throw Failure(Errors::NotPossible, "the library does not find the virtual server " +
                                                        Quoted(networkName) + ": its network name has small letters")
                     .Hint("'clusctl doctor' says what to do about it.");

@@ -250,7 +250,7 @@ namespace {
 
 std::string InOtherCase(const std::wstring& name, const VcsNames& names) {
     for (const std::wstring& known : names) {
-        if (common::Folded(known) == common::Folded(name)) {
+        if (common::IsSameName(known, name)) {
             return DidYouMean(common::ToUtf8(name), {common::ToUtf8(known)});
         }
     }

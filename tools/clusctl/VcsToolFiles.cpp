@@ -163,7 +163,7 @@ std::wstring FolderOf(const std::wstring& path) {
 
 bool IsSameFolder(const std::wstring& one, const std::wstring& other) {
     const auto bare = [](const std::wstring& path) { return path.substr(0, path.find_last_not_of(L"\\/") + 1); };
-    return common::Folded(bare(one)) == common::Folded(bare(other));
+    return common::IsSameName(bare(one), bare(other));
 }
 
 bool IsFolder(const std::wstring& path) {
