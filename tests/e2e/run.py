@@ -845,6 +845,21 @@ PAGES = {
 COMMON_PAGES = ("failover", "vcs") # of clusters of common size
 
 
+def problems_of_picture(picture, page, update):
+    """Whether a committed picture is the one that was made of this page: what both were is kept beside it, as hashes, of the page without
+    version and times. Pixels are not compared, which are the browser's and the fonts'."""
+    text = re.sub(r"(?<![\d.])\d+\.\d+\.\d+(?![\d.])", "VERSION", normalised(page.read_text(encoding="utf-8")))
+    text = re.sub(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d UTC", "TIME", text)
+    made = f"page {hashlib.sha256(text.encode('utf-8')).hexdigest()}\npicture {hashlib.sha256(picture.read_bytes()).hexdigest()}\n"
+    kept = picture.with_suffix(".sha256")
+    if update:
+        kept.write_text(made, encoding="utf-8")
+    if kept.is_file() and kept.read_text(encoding="utf-8") == made:
+        return []
+    return [f"docs/{picture.name} is not the picture of the page that 'clusctl report' writes now: run.py ... browser --update makes it anew, "
+            f"with docs/{kept.name}; look at it, and commit both"]
+
+
 def check_pages(runner, update):
     pages = []
     for name, (settings, word) in PAGES.items():
@@ -856,7 +871,10 @@ def check_pages(runner, update):
             return False
         pages.append((case.folder / f"{name}.html", word, name in COMMON_PAGES))
     pictures = runner.work / "pages"
-    problems = browser.check(pages, pictures, ROOT / "docs" / "report.png" if update else None)
+    shown = ROOT / "docs" / "report.png"
+    problems = browser.check(pages, pictures, shown if update else None)
+    if not problems:
+        problems = problems_of_picture(shown, pages[0][0], update)
     print("".join(f"{problem}\n" for problem in problems), end="")
     return not problems
 
