@@ -5,6 +5,7 @@
 #include "Deployment.h"
 #include "ModelSettings.h"
 #include "SettingsFileLines.h"
+#include "SettingsLimits.h"
 #include "Text.h"
 
 #include "common/Files.h"
@@ -18,12 +19,9 @@
 
 namespace {
 
-const wchar_t FileName[] = L"cfg_ProductRegistry.txt";
-const wchar_t KeyName[] = L"RegKeyProductCurrentVersion";
+using namespace settings;
 
 const DWORD NoLimit = 0;
-const DWORD ShortText = 2048; // bytes that the library has room for, the terminator included
-const DWORD LongText = 4096;
 
 std::wstring ProgramFolder() {
     std::wstring path(32768, L'\0'); // the longest there is
