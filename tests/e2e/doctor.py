@@ -14,13 +14,15 @@ RULE = ROOT / "tools" / "clusctl" / "picture" / "Problems.cpp"
 MANUAL = ROOT / "docs" / "doctor.md"
 BRANCHES = HERE / "doctor-branches.txt"
 NOT_RUN = HERE / "doctor-mends.txt"
-FOLDERS = ("src/virtualserver", "src/veritas", "src/cluster", "src/settings")
+FOLDERS = ("src/virtualserver", "src/veritas", "src/cluster", "src/settings", "src/platform")
 FILES = ("src/core/SettingsFile.cpp",)
 
 # A branch that leaves something out, passes it over, or gives up.
-EXIT = re.compile(r"\b(?:return (?:false|-1|[\w:]+::(?:NotHere|Unknown|ENUM_VS_RESULT_FAIL)|(?:served|owner).*)|continue|succeeded = false|return 0);|\.erase\(|\bSleep\(retryInterval\);")
-CONDITION = re.compile(r"^\s*(?:\} else )?(?:if|while|for) \(")
-
+EXIT = re.compile(r"\breturn (?:false|-1|0|nullptr|\{\}|std::wstring\(\)|[\w:]*(?:NotHere|Unknown|UNKNOWN|ENUM_VS_RESULT_FAIL)|(?:served|owner).*);|\breturn .*(?:==|!=|&&)"
+                  r"|\b(?:continue|succeeded = false);|\.erase\(|remove_if\(|\bSleep\(retryInterval\);|\bLOG_\w+\(.*\bskip\b")
+JUDGED = re.compile(r"return (?!.*(?:==|!=|&&))|continue|succeeded|Sleep|LOG_") # by the condition that leads there; all others by their own text
+CONDITION = re.compile(r"(?:\} )?(?:else )?(?:if|while|for|switch|catch) \(|(?:case .*|default):|\} else \{")
+FUNCTION = re.compile(r"(?:[\w:<>&*,~ ]*[ *&])?(?:\w+::)*~?(?!bool\b)(\w+)\([^;]*(?:\{|,|\)|const)$")
 
 # What only a run shows that came to the step of a code, on a cluster of its kind: one of each set. The first line that matches counts.
 # "deployment KIND" stands for a deployment of that kind.
@@ -91,20 +93,21 @@ def problems_of_rule(table):
 
 
 def runs():
-    """The case of each run of the doctor, and the codes that it found, as its readable form or its document has them."""
+    """Each run of the doctor: its case, the command, and what it found: code and words, as its readable form or its
+    document has them."""
     for case in sorted(schemas.CASES.glob("*.txt")):
         for run in case.read_text(encoding="utf-8").split("\n$ ")[1:]:
-            if re.match(r"(\S+=(\"[^\"]*\"|\S+) )*clusctl (\S+ )*doctor\b", run):
-                found = set(re.findall(r"(?m)^  (?:ok|note|warning|error) .* \[([a-z-]+)\]$", run))
-                found |= set(re.findall(r'(?m)^      "code": "([a-z-]+)",$', run))
-                found |= {f"deployment {kind}" for kind in re.findall(r"(?m)^  ok       ([a-z-]+): .* \[deployment\]$", run)}
-                found |= {f"deployment {kind}" for kind in re.findall(r'"code": "deployment",\n      "group": null,\n      "object": "([a-z-]+)"', run)}
+            if re.match(r"(\S+=(\"[^\"]*\"|\S+) )*(found \S+ )?clusctl (\S+ )*doctor\b", run):
+                found = [(code, text) for text, code in re.findall(r"(?m)^  (?:ok|note|warning|error) +(.*) \[([a-z-]+)\]$", run)]
+                found += [(code, f"{object}: {seen}") for code, object, seen in
+                          re.findall(r'(?m)^      "code": "([a-z-]+)",\n.*\n      "object": "(.*)",\n      "seen": "(.*)",$', run)]
                 if found:
-                    yield case.stem, found
+                    yield case.stem, run.partition("\n")[0], found
 
 
 def problems_of_cases(table):
-    all_runs = [found for _, found in runs()]
+    all_runs = [{f"deployment {text.partition(':')[0]}" if code == "deployment" else code for code, text in found} | {code for code, _ in found}
+                for _, _, found in runs()]
     found = {code for run in all_runs for code in run if not code.startswith("deployment ")}
     problems = [f"no case makes the doctor find {code}" for code in table if code not in found]
     for code in (code for code in table if table[code] != "ok"):
@@ -117,38 +120,86 @@ def problems_of_cases(table):
 
 
 def branches_in(file):
-    """The branches of a source file, each as the condition that leads there; of equal ones in a function one."""
-    function = ""
-    condition = ""
-    open_condition = ""
+    """The branches of a source file, each as its function and the innermost condition that leads there, or the statement that decides; of
+    equal ones in a function one."""
+    function, conditions, open_text = "", [], ""
     for line in (ROOT / file).read_text(encoding="utf-8").splitlines():
-        begun = re.match(r"^[\w:<>&*,~ ]*?\b(?:\w+::)?(\w+)\((?!.*;$)", line)
-        if begun and not line.startswith(" "):
-            function, condition = begun[1], ""
-        if CONDITION.match(line) or open_condition:
-            open_condition += " " + line.strip()
-            if line.rstrip().endswith("{"):
-                condition, open_condition = open_condition.strip(), ""
-        if EXIT.search(line):
-            yield f"{file} {function}: {condition.rstrip('{ ')}"
+        code = line.split(" // ")[0].rstrip()
+        text = code.strip()
+        if not text or text.startswith(("//", "#", "[]")):
+            continue
+        if open_text:
+            text = f"{open_text} {text}"
+        else:
+            indent = len(code) - len(code.lstrip())
+        is_condition = CONDITION.match(text)
+        if not text.endswith(("{", ":", ";", "}")) and (is_condition or text.startswith("return ")):
+            open_text = text
+            continue
+        open_text = ""
+        begun = FUNCTION.match(text)
+        if begun and not is_condition and (indent == 0 or indent == 4 and text.endswith("{")):
+            function, conditions = begun[1], []
+        former = next((condition for depth, condition in conditions if depth == indent), "")
+        conditions = [(depth, condition) for depth, condition in conditions if depth < indent]
+        if is_condition:
+            conditions.append((indent, f"else of {former}" if text == "} else {" else text.strip("{} ")))
+        if EXIT.search(text):
+            inner = conditions[-1][1] if conditions else ""
+            if not JUDGED.match(text) or inner.startswith(("for", "while")):
+                inner = text.rstrip(";")
+            yield f"{file} {function}: {inner or 'at the end'}"
+
+
+def causes_of(branch):
+    """How many causes its condition has of its own: "a || b" is two."""
+    causes, depth = 1, 0
+    for i, letter in enumerate(branch):
+        depth += {"(": 1, ")": -1}.get(letter, 0)
+        causes += depth <= 1 and branch.startswith("||", i)
+    return causes
 
 
 def read_branches():
-    """The branches with the codes that tell of them, as the table of this test has them: a line that begins with a blank holds the codes
-    of the branch above it with the cases that show them, "code, code: case, case", or after a dash why there is none. And the functions that are not looked at, "not FILE FUNCTION - WHY"."""
-    table, passed_over = {}, []
+    """The table of this test, whose beginning tells its form: branch -> lines below it, each with the run in which all is well; and the
+    functions that are not looked at; and the runs by name: case and command."""
+    table, passed_over, named, fine = {}, [], {}, ""
     for line in BRANCHES.read_text(encoding="utf-8").splitlines():
         if line.startswith("  "):
-            table[branch] = line.strip()
+            told, _, other = line.strip().partition("; not in ")
+            table[branch].append((told, other or fine))
         elif line.startswith("not "):
             passed_over.append(re.fullmatch(r"not (\S+ \S+) - \S.*", line)[1])
+        elif line.startswith("run "):
+            name, case, command = re.fullmatch(r"run (\S+) = (\S+) \$ (.*)", line).groups()
+            named[name] = case, command
+        elif line.startswith("fine "):
+            fine = line[5:]
         elif line and not line.startswith("#"):
             branch = line
-    return table, passed_over
+            if branch in table:
+                raise ValueError(f"{BRANCHES.name}: twice: {branch}")
+            table[branch] = []
+    return table, passed_over, named
+
+
+def problems_of_line(table, shown, told, fine):
+    if told.startswith("- "):
+        return []
+    said = re.fullmatch(r"([a-z-]+): (\S+)(?: (.+))?", told)
+    if said is None:
+        return ["is no 'CODE: RUN WORDS'"]
+    code, run, words = said[1], said[2], said[3] or ""
+    problems = [] if code in table else [f"there is no code {code}"]
+    if not any(found == code and words in text for found, text in shown.get(run, ())):
+        problems.append(f"run {run} shows no {code} of '{words}'")
+    if fine not in shown or any(found == code for found, _ in shown[fine]):
+        problems.append(f"run {fine} is none, or shows {code} as well")
+    return problems
 
 
 def problems_of_branches(table):
-    told, passed_over = read_branches()
+    told, passed_over, named = read_branches()
     files = [file.relative_to(ROOT).as_posix() for folder in FOLDERS for file in sorted((ROOT / folder).iterdir())] + list(FILES)
     every = {branch for file in files for branch in branches_in(file)}
     found = {branch for branch in every if branch.split(": ")[0] not in passed_over}
@@ -156,18 +207,13 @@ def problems_of_branches(table):
                 if not any(branch.startswith(f"{function}: ") for branch in every)]
     problems += [f"{BRANCHES.name} lacks: {branch}" for branch in sorted(found - set(told))]
     problems += [f"{BRANCHES.name}: the library has no such branch: {branch}" for branch in sorted(set(told) - found)]
-    shown = {}
-    for case, codes_of_run in runs():
-        shown.setdefault(case, set()).update(codes_of_run)
-    for branch, line in told.items():
-        if line.startswith("- "):
-            continue
-        names, _, cases = line.partition(": ")
-        found = set().union(*(shown.get(case, set()) for case in cases.split(", ")))
-        problems += [f"{BRANCHES.name}: {branch}: there is no code {name}" for name in names.split(", ") if name not in table]
-        problems += [f"{BRANCHES.name}: {branch}: none of the cases '{cases}' shows {name}" for name in names.split(", ") if name not in found]
-        problems += [f"{BRANCHES.name}: {branch}: the case {case} shows none of its codes" for case in cases.split(", ")
-                     if not shown.get(case, set()) & set(names.split(", "))]
+    found_by = {(case, command): findings for case, command, findings in runs()}
+    problems += [f"{BRANCHES.name}: {name}: there is no '$ {command}' in {case}" for name, (case, command) in named.items() if (case, command) not in found_by]
+    shown = {name: found_by.get(run, []) for name, run in named.items()}
+    for branch, lines in told.items():
+        if len(lines) < causes_of(branch) and not (len(lines) == 1 and lines[0][0].startswith("- ")):
+            problems.append(f"{BRANCHES.name}: {branch}: {causes_of(branch)} causes, and {len(lines)} lines")
+        problems += [f"{BRANCHES.name}: {branch}: {problem}" for line in lines for problem in problems_of_line(table, shown, *line)]
     return problems
 
 

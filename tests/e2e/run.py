@@ -45,7 +45,7 @@ the case's purpose ("# ...") and its setting:
   environment-tool TOOL  in place of this VCS tool one that lists the CLUSCTL_ variables that it was started with
   faults FILE         faults of the VCS tools from models/, copied to faults.json, for VCSSIM_FAULTS
 
-Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
+Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings; VCSSIM_FAULTS=FAULT;FAULT are the faults themselves:
 
   clusctl ...         STDOUT=full, STDOUT=closed or STDOUT=none says where its output goes, STDERR=file that its messages go to a file, as
                       processes that are left behind keep a pipe, STDIN=TEXT what it is told, with a line end, STDIN_BYTES=EFBBBF41 the bytes it is told; {x*5000} stands for 5,000 letters x
@@ -63,6 +63,7 @@ Commands, with the quoting of a shell and, before them, VARIABLE=VALUE settings:
   rehearsed clusctl . runs "clusctl ..." with --dry-run and then without; prints how the runs of VCS tools differ
   terminal clusctl .. runs clusctl on a terminal; prints the pending states that it drew meanwhile, and what stands there in the end
   shown PATTERN clusctl ..  the same with what it drew that matches the pattern
+  found CODE,CODE clusctl doctor ..  prints of what the doctor finds what has one of these codes, a line each
   colours clusctl ... runs clusctl on a terminal; prints the lines that have a colour or another style, and which
   screen CALL clusctl ..  runs clusctl on a terminal, and prints what stands there, in which colours, in this call of the cluster, in
                       which Ctrl+C is pressed
@@ -591,6 +592,9 @@ class Case:
             name, _, value = words.pop(0).partition("=")
             variables[name] = value
         verb, arguments = words[0], words[1:]
+        if "=" in variables.get("VCSSIM_FAULTS", ""):
+            (self.folder / "given-faults").write_text(variables["VCSSIM_FAULTS"].replace(";", "\n"), encoding="utf-8")
+            variables["VCSSIM_FAULTS"] = "given-faults"
         if self.silent and verb in ("show", "lines", "absent") and ".log" in line:
             return "" # there is none
         if verb == "clusctl":
@@ -636,6 +640,10 @@ class Case:
             return self.colours(arguments[1:], variables)
         if verb == "terminal":
             return self.terminal(arguments[1:], variables)
+        if verb == "found":
+            result = self.clusctl(arguments[2:], variables)
+            codes = "|".join(arguments[0].split(","))
+            return "".join(f"{line}\n" for line in result.splitlines() if re.search(rf" \[({codes})\]$|^\[exit ", line))
         if verb == "shown":
             return self.terminal(arguments[2:], variables, arguments[0])
         if verb == "screen":
