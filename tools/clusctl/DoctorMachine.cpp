@@ -7,8 +7,12 @@
 #include "Text.h"
 #include "VcsFolder.h"
 
+#include "common/Text.h"
+
 #include <winsock2.h>
 #include <windows.h>
+
+#include <set>
 
 namespace {
 
@@ -39,9 +43,7 @@ void LookAtLeftRuns(Findings& findings) {
     }
 }
 
-// The library leaves the captured output of a VCS tool only when its process is ended in the middle.
-void LookAtLeftFiles(Findings& findings) {
-    const std::wstring folder = VcsFolder::CallersFolder();
+void LookForLeftFiles(const std::wstring& folder, Findings& findings) {
     WIN32_FIND_DATAW found;
     const HANDLE search = FindFirstFileW((folder + L"\\ha-*.tmp").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) {
@@ -56,6 +58,29 @@ void LookAtLeftFiles(Findings& findings) {
                  std::to_string(count) + (count == 1 ? " file" : " files") +
                      " of the kind ha-*.tmp: what VCS tools said in runs that were ended.",
                  "del " + QuotedPath(folder + L"\\ha-*.tmp") + ", while no program of the product runs");
+}
+
+// The folder in which the system starts services.
+std::wstring ServicesFolder() {
+    wchar_t folder[MAX_PATH] = {};
+    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
+    return length < MAX_PATH ? folder : L"";
+}
+
+// The library leaves the captured output of a VCS tool only when its process is ended in the middle, in the folder in
+// which it runs: what that was of another program nobody can tell, but where it is likely.
+void LookAtLeftFiles(Findings& findings) {
+    std::vector<std::wstring> folders = {VcsFolder::CallersFolder(), ServicesFolder()};
+    for (const std::vector<std::wstring>& more : {FoldersOfSettings(), VcsFolder::LeftFolders()}) {
+        folders.insert(folders.end(), more.begin(), more.end());
+    }
+    std::set<std::wstring> seen;
+    for (const std::wstring& folder : folders) {
+        const std::wstring bare = folder.substr(0, folder.find_last_not_of(L"\\/") + 1);
+        if (!bare.empty() && seen.insert(common::Folded(bare)).second) {
+            LookForLeftFiles(bare, findings);
+        }
+    }
 }
 
 } // namespace

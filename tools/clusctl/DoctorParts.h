@@ -32,6 +32,10 @@ void DiagnoseMachine(const LogCapture& log, Findings& findings);
 // The settings file, the product's registry key and its values, and the deployment that follows.
 void DiagnoseSettings(Findings& findings);
 
+// Where the product's programs may run: beside this one, in the home directory, in the data root. Empty ones are not
+// set.
+std::vector<std::wstring> FoldersOfSettings();
+
 // The failover cluster and its virtual servers; `wanted` as of Diagnose. With a deployment that has no cluster one that
 // is there all the same is told.
 void DiagnoseFailoverCluster(const LogCapture& log, const std::wstring& wanted, Findings& findings);

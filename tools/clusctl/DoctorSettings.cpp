@@ -137,6 +137,17 @@ Value ReadValue(HKEY key, const wchar_t* name) {
     return value;
 }
 
+// Empty when there is no such text.
+std::wstring ReadFolder(const std::wstring& path, const wchar_t* name) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return std::wstring();
+    }
+    const Value value = ReadValue(key, name);
+    RegCloseKey(key);
+    return value.text;
+}
+
 std::string RegAdd(const std::wstring& path, const wchar_t* name, const char* type, const char* data) {
     return "reg add " + Quoted(L"HKLM\\" + path) + " /v " + Printable(name) + " /t " + type + " /d " + data;
 }
@@ -262,6 +273,11 @@ void DiagnoseKey(Findings& findings) {
 }
 
 } // namespace
+
+std::vector<std::wstring> FoldersOfSettings() {
+    return {ProgramFolder(), ReadFolder(CVirtualServerUtil::GetProductRegistryKey(), L"HomeDir"),
+            ReadFolder(CompiledInProductKey, L"DataRootPath")};
+}
 
 void DiagnoseSettings(Findings& findings) {
     if (!TellRecorded(RecordedPart::SettingsFile, findings)) {

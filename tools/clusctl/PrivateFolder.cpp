@@ -53,9 +53,8 @@ ULONGLONG AgeOf(const WIN32_FIND_DATAW& folder) {
     return seconds(now) - std::min(seconds(now), seconds(folder.ftLastWriteTime));
 }
 
-// What ended runs have left, and what others had open when a run removed its folder. A folder of anybody else is not
-// touched, nor one that leads elsewhere.
-void RemoveLeftFolders(const std::wstring& kind) {
+// Calls use(path, found) for each folder of this kind but those that lead elsewhere.
+template <typename Use> void ForEachFolder(const std::wstring& kind, Use use) {
     wchar_t temporary[MAX_PATH + 1] = L"";
     GetTempPathW(MAX_PATH + 1, temporary);
     WIN32_FIND_DATAW found;
@@ -64,19 +63,31 @@ void RemoveLeftFolders(const std::wstring& kind) {
         return;
     }
     do {
-        const std::wstring folder = std::wstring(temporary) + found.cFileName;
-        const bool isPlain = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-                             (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
-        if (!isPlain || !HasTrustedOwner(folder)) {
-            continue;
+        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+            (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+            use(std::wstring(temporary) + found.cFileName, found);
         }
-        if (OpenUnshared(folder + L"\\" + UseName, OPEN_EXISTING)) {
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+}
+
+bool IsLeft(const std::wstring& folder) {
+    return static_cast<bool>(OpenUnshared(folder + L"\\" + UseName, OPEN_EXISTING));
+}
+
+// What ended runs have left, and what others had open when a run removed its folder. A folder of anybody else is not
+// touched.
+void RemoveLeftFolders(const std::wstring& kind) {
+    ForEachFolder(kind, [](const std::wstring& folder, const WIN32_FIND_DATAW& found) {
+        if (!HasTrustedOwner(folder)) {
+            return;
+        }
+        if (IsLeft(folder)) {
             common::RemoveFolder(folder, UseName);
         } else if (AgeOf(found) > LongestBeginning) {
             RemoveDirectoryW(folder.c_str()); // an empty one, which somebody had as his current folder
         }
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    });
 }
 
 } // namespace
@@ -97,4 +108,14 @@ PrivateFolder::PrivateFolder(const std::wstring& kind) {
 
 PrivateFolder::~PrivateFolder() {
     m_use.Close();
+}
+
+std::vector<std::wstring> PrivateFolder::Left(const std::wstring& kind) {
+    std::vector<std::wstring> folders;
+    ForEachFolder(kind, [&folders](const std::wstring& folder, const WIN32_FIND_DATAW&) {
+        if (IsLeft(folder)) {
+            folders.push_back(folder);
+        }
+    });
+    return folders;
 }

@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 // Only this account, administrators and the system may use it, whatever the temporary folder allows. Folders of the
 // same kind that ended runs have left are removed first, and those in which somebody had a file open at their end.
@@ -24,6 +25,9 @@ public:
     std::wstring File(const std::wstring& name) const {
         return m_folder->File(name);
     }
+
+    // The folders of this kind that are in no use, but for those of accounts that keep them to themselves.
+    static std::vector<std::wstring> Left(const std::wstring& kind);
 
 private:
     std::unique_ptr<common::TemporaryFolder> m_folder;

@@ -70,6 +70,10 @@ std::wstring VcsFolder::CallersFolder() {
     return g_former.empty() ? CurrentFolder() : g_former;
 }
 
+std::vector<std::wstring> VcsFolder::LeftFolders() {
+    return PrivateFolder::Left(FolderName);
+}
+
 void VcsFolder::NameAbsolutely(const wchar_t* variable) {
     const std::wstring given = common::EnvironmentVariable(variable);
     if (!given.empty()) {

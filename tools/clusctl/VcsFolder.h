@@ -23,6 +23,9 @@ public:
     // The folder in which the caller started this program, whether or not one of these lives.
     static std::wstring CallersFolder();
 
+    // Those that runs which were ended have left, as far as this account may look into them.
+    static std::vector<std::wstring> LeftFolders();
+
 private:
     struct Variable {
         const wchar_t* name;
