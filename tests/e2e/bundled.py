@@ -40,7 +40,7 @@ def problems_of_list():
 def of_command(command, text):
     """What is compared. That of the computer alone asks no cluster: only of one in a bundle it says whose answers those are."""
     text = without_source(text)
-    return text.replace('[stderr]\nclusctl: simulated: the answers come from "FILE"\n', "") if command == "host" else text
+    return text.replace('[stderr]\nclusctl: simulated: the answers come from "FILE"\n', "") if command in ("host", "vcs type") else text
 
 
 def without_source(text):

@@ -124,6 +124,15 @@ TEST_F(ToolPrograms, LetsEventsHappenAtTheirTime) {
     EXPECT_THAT(told, testing::IsSupersetOf({"fault G-IP NODE1", "engine-stop", "vcssim[\"wait\",\"11\"]"}));
 }
 
+// Before that, the time was another clock's.
+TEST_F(ToolPrograms, LetsSecondsBeginBehindTheSettingOfAClock) {
+    UseFaults("time@30=event:\"engine-stop\"\n");
+    EXPECT_EQ(RunProcess(L"vcssim clock 1000"), "");
+    EXPECT_THAT(RunProcess(L"hasys -list"), "NODE1\nNODE2\n");
+    EXPECT_EQ(RunProcess(L"vcssim wait 31"), "");
+    EXPECT_THAT(RunProcess(L"hasys -list"), HasSubstr("Cannot connect to VCS engine"));
+}
+
 // What falls due while no tool runs happens before the next one does.
 TEST_F(ToolPrograms, LetsEventsHappenByTheComputersClockToo) {
     UseFaults("time@0=event:\"engine-stop\"\ntime@3600=event:\"engine-start\"\n");

@@ -275,6 +275,9 @@ void DiagnoseKey(Findings& findings) {
 } // namespace
 
 std::vector<std::wstring> FoldersOfSettings() {
+    if (ModelSettings::AreInForce()) { // those that they name are another computer's
+        return {ProgramFolder()};
+    }
     return {ProgramFolder(), ReadFolder(CVirtualServerUtil::GetProductRegistryKey(), L"HomeDir"),
             ReadFolder(CompiledInProductKey, L"DataRootPath")};
 }

@@ -85,7 +85,7 @@ void TellDeployment(const CommandLine& commandLine, Report& report) {
     const Deployment deployment = DeploymentOf(command);
     const bool isDrawing = report.Has("graph");
     AddDeployment(deployment, IsExplained(command) && !isDrawing, report);
-    if (IsExplained(command) && isDrawing) {
+    if (IsExplained(command) && isDrawing && !commandLine.Shared().json) {
         Stream(STD_ERROR_HANDLE)
             .Write(std::string("clusctl: deployment: ") + deployment.kind + ", because " + deployment.reason + "\n");
     }
