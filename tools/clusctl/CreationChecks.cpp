@@ -110,11 +110,36 @@ std::wstring NameOf(HRESOURCE resource) {
     return clus::TextInBuffer(answer.data(), answer.size(), 0);
 }
 
+// The platform does not document which last error means that no dependency is a disk: asked again, one by one.
+void RequireDependenciesRead(const CCluster& cluster, const std::wstring& attendantName) {
+    const std::string cannotTell = "cannot tell on which disk " + Quoted(attendantName) + " depends";
+    const ResourceHandle attendant = RequireResource(cluster, attendantName);
+    Names dependencies;
+    const DWORD code = ListRelated(attendant.get(), CLUSTER_RESOURCE_ENUM_DEPENDS, dependencies);
+    if (code != ERROR_SUCCESS) {
+        throw FailureOfList(cannotTell, code, Errors::Incomplete).Hint("Name the disk with --disk.");
+    }
+    for (const std::wstring& name : dependencies) {
+        const ResourceHandle dependency = OpenResource(cluster, name);
+        DWORD itsClass = CLUS_RESCLASS_UNKNOWN;
+        const DWORD failed = dependency ? ReadResourceClass(dependency.get(), itsClass) : GetLastError();
+        if (failed != ERROR_SUCCESS) {
+            throw Failure::OfCode(cannotTell + ": " + Quoted(name) + " could not be asked", failed, Errors::Incomplete)
+                .Hint("Name the disk with --disk.");
+        }
+        if (itsClass == CLUS_RESCLASS_STORAGE) {
+            throw Failure(Errors::Incomplete, cannotTell + ": it was not told, and " + Quoted(name) + " is a disk")
+                .Hint("Name the disk with --disk.");
+        }
+    }
+}
+
 std::wstring DiskOf(CCluster& cluster, const std::wstring& attendantName) {
     CClusterResource attendant;
     CClusterResource disk;
     if (!cluster.OpenResourceByName(attendant, attendantName.c_str()) ||
         !attendant.GetResourceStorageDependency(disk)) {
+        RequireDependenciesRead(cluster, attendantName);
         throw Failure(Errors::NotPossible, Quoted(attendantName) + " depends on no disk")
             .Hint("Name the disk with --disk.");
     }
